@@ -1,0 +1,62 @@
+#include "support/scratch.h"
+
+#include <stdlib.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+
+namespace fs = std::filesystem;
+
+namespace test {
+
+Scratch::Scratch() {
+  std::string pattern = (fs::temp_directory_path() / "zelvane-test-XXXXXX").string();
+  if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no scratch folder: " + pattern);
+  folder_ = pattern + "/";
+}
+
+Scratch::~Scratch() {
+  std::error_code ignored;
+  fs::remove_all(folder_, ignored);
+}
+
+std::string Scratch::Write(std::string const& name, std::string const& bytes) const {
+  fs::create_directories(fs::path(Path(name)).parent_path());
+  WriteFile(Path(name), bytes);
+  return Path(name);
+}
+
+std::string Scratch::Read(std::string const& name) const { return ReadFile(Path(name)); }
+
+bool Scratch::Exists(std::string const& name) const { return fs::exists(fs::symlink_status(Path(name))); }
+
+std::vector<std::string> Scratch::List() const {
+  std::vector<std::string> names;
+  for (auto const& entry : fs::recursive_directory_iterator(folder_))
+    names.push_back(entry.path().string().substr(folder_.size()) + (entry.is_directory() ? "/" : ""));
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+std::string ReadFile(std::string const& path) {
+  std::ifstream in(path, std::ios::binary);
+  if (!in) return "<missing>";
+  return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+void WriteFile(std::string const& path, std::string const& bytes) {
+  std::ofstream out(path, std::ios::binary | std::ios::trunc);
+  out << bytes;
+  out.close();
+  if (!out) throw std::runtime_error("cannot write " + path);
+}
+
+int OpenDescriptors() {
+  fs::directory_iterator folder("/proc/self/fd");
+  return static_cast<int>(std::distance(fs::begin(folder), fs::end(folder))) - 1;
+}
+
+}  // namespace test
