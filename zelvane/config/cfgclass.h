@@ -1,0 +1,362 @@
+// CfgClass, the sectioned key/value text-file engine that every configuration file of the product goes through, and
+// RegCfgClass, its variant for the per-user and system-wide settings.
+//
+// THE LIFE OF AN OBJECT
+//
+//   CfgClass cfg;                                   cfg.SetCached(true);             // many changes, one save
+//   if (!cfg.Open("upscli.cfg")) return;            cfg.SetSection("RUNCOMMAND");
+//   std::string line = cfg.ReadStr("RUNCOMMAND",    cfg.WriteUInt("DELAY", 30);
+//                                  "CMDLINE", "");  bool saved = cfg.Flush();
+//
+// Open reads the whole file; the file is open only while it is read or written. Every line is kept as it was read
+// (comments, blank lines, spacing, order, case, line ends); an operation rewrites the lines it names and no other, so
+// all the rest is written back byte for byte. Without cached mode every change is saved before its operation returns;
+// in cached mode changes stay in memory until Flush, SetCached(false), Close or the destructor. An object that goes out
+// of scope saves what it holds.
+//
+// THE LINES OF A FILE (each is judged after blanks, tabs and carriage returns at both ends are taken off)
+//
+//   (nothing)                          kept, no meaning
+//   ; text    # text    ' text         comment; only the first character counts
+//   [Name]                             header: the keys that follow belong to section NAME
+//   Key = value                        key; the first "=" parts them. A line without "=" is both key and value
+//   anything else                      syntax error: one character alone, [], "[" or "]" elsewhere, "=" in front
+//
+// Keys before the first header belong to the section with the empty name. There is no quoting, no escape and no
+// continuation. A later header of a name already seen goes on with the earlier section; a key that comes again in its
+// section stays in the file but is never read or written (the first one counts).
+//
+// Names match without regard to case (Latin-1, as AnsiUpperCase does it). Walking by index yields upper-cased names in
+// ascending byte order, not in file order.
+//
+// WHERE NEW LINES GO
+//
+// A new key goes directly after the last key of its section, a new section to the end of the file, with no blank line
+// between. Names are written upper-cased (RegCfgClass: as given). A changed key keeps its spelling and loses its
+// indentation and whatever followed its value: the line becomes `Key = value`.
+//
+// WHAT NOBODY CHECKS
+//
+// Values are written as given. A value with "[" or "]" makes its own line a syntax error for the next load, which then
+// stops there: callers that pass on what people type must refuse brackets. Line feeds in a section, key or value are
+// refused (error 1): they would write lines of their own. Blanks around a value are gone after the next load.
+//
+// A LOAD THAT STOPS AT A SYNTAX ERROR
+//
+// Open still succeeds, with error 7 and the line's number in GetErrorLine(). Lines up to and including the bad one are
+// kept, later ones are dropped by the next save. Before the first such save the file is kept beside itself as
+// NAME.lost; one that is there already is left alone. Where that copy cannot be made, nothing is saved (error 2).
+//
+// SAVING is whole or not at all: the new text goes to a file beside the old one, reaches the disk and takes its place;
+// mode, owner and symbolic links stay. docs/config-format.md has the details and the exceptions.
+//
+// ERROR CODES: every operation sets the code that GetErrorCode() reads (CfgError). Each operation's arguments are
+// checked before the state of the object (error 1 before 5 before 6); SetSection alone does it the other way round.
+//
+// THREADS: one object belongs to one thread at a time; separate objects are independent.
+#ifndef ZELVANE_CONFIG_CFGCLASS_H
+#define ZELVANE_CONFIG_CFGCLASS_H
+
+#include <list>
+#include <map>
+#include <memory>
+#include <string>
+
+#include "zelvane/export.h"
+
+namespace zelvane::internal {
+struct CfgState;
+template <class Base>
+class OptionalFile;
+}  // namespace zelvane::internal
+
+// One indexed section and one indexed key. Opaque: callers only hold positions of them.
+struct SectRec;
+struct KeyRec;
+
+// What GetErrorCode() gives.
+enum CfgError : int {
+  CFG_OK = 0,             // success
+  CFG_BAD_ARGUMENT = 1,   // null or empty name where one is needed, null position, line feed in what is to be written
+  CFG_FILE_FAILED = 2,    // the file could not be opened, read or written
+  CFG_EXISTS = 3,         // insertion refused: the name is indexed already
+  CFG_SAME_FILE = 4,      // SaveAs to the open file itself
+  CFG_NOT_OPEN = 5,       // no file is open
+  CFG_READ_ONLY = 6,      // the file is open read-only
+  CFG_SYNTAX = 7,         // a line is no blank, comment, header or key: its number is GetErrorLine()
+};
+
+class ZELVANE_API CfgClass {
+ public:
+  // Positions of a line, a section and a key. They stay valid until what they name is removed or the object is closed.
+  using LinePosition = std::list<std::string>::iterator;
+  using SectionPosition = std::map<std::string, SectRec>::iterator;
+  using KeyPosition = std::map<std::string, KeyRec>::iterator;
+
+  // Empty: no file, not read-only, not cached, error 0.
+  CfgClass();
+  CfgClass(CfgClass const&) = delete;
+  CfgClass& operator=(CfgClass const&) = delete;
+
+  // ---- Steps. The parser and the writers call them through the virtual table, so that a variant can replace any. ----
+
+  // Whether created header and key lines carry upper-cased names: true here, false in RegCfgClass.
+  virtual bool GetUpperCaseWriteCache();
+  // Reads the file named by GetFileName() anew into emptied caches. False with error 2: it could not be opened, or a
+  // read failed (then GetErrorLine() is the line being read); nothing is kept. False with error 7: the parser stopped;
+  // what stands before is kept. `noLines` indexes without keeping lines: such an object can be read, but a save would
+  // write only what it created itself.
+  virtual bool LoadFile(bool noLines);
+  // Writes the lines if anything was modified. No open file: error 5; read-only: error 6; nothing modified: error 0;
+  // all three true with nothing written. A failed write: error 2, false; the changes and the modified mark stay, so a
+  // later call tries again.
+  virtual bool SaveFile();
+  // Empties the index / the lines. Neither touches the file or marks anything as modified.
+  virtual void ClearReadCache();
+  virtual void ClearWriteCache();
+  // Takes in one line without its line feed: keeps it (unless `noLines`) and indexes it. False when it is a syntax
+  // error (error 7).
+  virtual bool ParseLine(std::string const& line, bool noLines);
+  // Enters section `name` in the index. `create`: appends its header line; otherwise `line` is where the header stands
+  // (null: error 1). False with error 3 when it is indexed already. The unnamed section is created as `[ ]`, because
+  // `[]` would not load again.
+  virtual bool InsertSection(std::string const& name, LinePosition const* line, bool create);
+  // Enters a key in `section`, to come after `previous` (the end of its keys: after none). `create`: makes its line
+  // after the section's last key or else after its header; otherwise `line` is where it stands. Null section, previous
+  // or needed line: error 1; indexed already: error 3; nothing is changed then.
+  virtual bool InsertKey(std::string const& key, std::string const& value, SectionPosition const* section,
+                         KeyPosition const* previous, LinePosition const* line, bool create);
+  // True when the section is indexed. `position` (may be null) gets its position, or the end of the sections.
+  virtual bool LocateSection(std::string const& name, SectionPosition* position);
+  // True when the key is indexed in `section`. `position` (may be null) gets its position, or the end of the keys.
+  // Null section: error 1, false. The end of the sections: false, `position` untouched.
+  virtual bool LocateKey(SectionPosition const* section, std::string const& key, KeyPosition* position);
+
+  // Close(): an object that goes out of scope saves its changes. A failure cannot be seen here; Flush first.
+  virtual ~CfgClass();
+
+  // ---- Files. Null or empty names: error 1, false. ----
+
+  // Closes the file open before (saving its changes), then loads `name`. True when it was loaded, also when the load
+  // stopped at a syntax error (error 7). False when it cannot be read: nothing is open then, and nothing is created.
+  virtual bool Open(char const* name);
+  virtual bool Open(std::string const& name);
+  // Same as Open, but every change is refused with error 6.
+  virtual bool OpenReadOnly(char const* name);
+  virtual bool OpenReadOnly(std::string const& name);
+  // Saves pending changes and empties the object; the cached mode stays. The result is that of the save: false means
+  // that the changes are lost. With no open file true, error 5.
+  virtual bool Close();
+  // Writes a normalised copy: per section in ascending order its header (none for the unnamed one), its keys in
+  // ascending order, an empty line; all names upper-cased, no comments. The object stays as it is. The open file's own
+  // name, byte for byte: error 4. Failed writing: error 2.
+  virtual bool SaveAs(char const* name);
+  virtual bool SaveAs(std::string const& name);
+  // The open file's name, "" when none.
+  virtual std::string GetFileName();
+  // SaveAs(name), then Open(name).
+  virtual bool Rename(char const* name);
+  // OpenReadOnly(name) or Open(name).
+  virtual bool SetFileName(char const* name, bool readOnly);
+  // Same as Flush().
+  virtual bool FlushCache();
+
+  // ---- Sections. ----
+
+  // Names the section of all operations that take none; it need not exist. No open file: error 5; then null: error 1.
+  virtual bool SetSection(char const* name);
+  virtual bool SetSection(std::string const& name);
+  // That name, as it was given; "" at first and after Close.
+  virtual std::string GetSection();
+  virtual bool SectionExists(char const* name);  // null: error 1, false
+  virtual bool SectionExists(std::string const& name);
+  virtual bool SectionExists();
+  // Removes the section: its header line and the lines of its indexed keys. Comments, repeated keys and repeated
+  // headers stay. A section that does not exist is no error: true, nothing changes. Null: error 1; no file: 5;
+  // read-only: 6. Not cached: the result is that of the save.
+  virtual bool EraseSection(char const* name);
+  virtual bool EraseSection(std::string const& name);
+  virtual bool EraseSection();
+  virtual unsigned long GetSectionCount();
+  // Upper-cased name of the n-th section in ascending order, counted from 0; "" when out of range (error 0).
+  virtual std::string GetSectionName(unsigned long n);
+
+  // ---- Keys. Null section, null or empty key: error 1 and false. ----
+
+  virtual bool KeyExists(char const* section, char const* key);  // no open file: error 5, false
+  virtual bool KeyExists(std::string const& section, std::string const& key);
+  virtual bool KeyExists(char const* key);
+  virtual bool KeyExists(std::string const& key);
+  // Removes the key and its line. A key that does not exist is no error: true. No file: error 5; read-only: error 6.
+  // Not cached: the result is that of the save. By number: the key that GetKeyName(n) names; none: error 1, false.
+  // After the removal of a section's last key, the next new key follows the last one that this object has added, or
+  // the header when it added none: keys that were loaded do not remember the one before them.
+  virtual bool DeleteKey(char const* section, char const* key);
+  virtual bool DeleteKey(std::string const& section, std::string const& key);
+  virtual bool DeleteKey(char const* key);
+  virtual bool DeleteKey(std::string const& key);
+  virtual bool DeleteKey(unsigned long n);
+  // 0 for a section that does not exist; null: error 1, 0.
+  virtual unsigned long GetKeyCount(char const* section);
+  virtual unsigned long GetKeyCount(std::string const& section);
+  virtual unsigned long GetKeyCount();
+  // Upper-cased name of the section's n-th key in ascending order, counted from 0; "" when there is none.
+  virtual std::string GetKeyName(char const* section, unsigned long n);
+  virtual std::string GetKeyName(std::string const& section, unsigned long n);
+  virtual std::string GetKeyName(unsigned long n);
+
+  // ---- Readers. Null section, null or empty key: error 1; no open file: error 5; the result is the default then.
+  // A missing section or key gives the default with error 0, and so does text that does not convert. By index: the key
+  // that GetKeyName of that index names. Nothing is changed by reading. ----
+
+  // The value: trimmed when it was loaded, as given when it was written. A null default counts as "".
+  virtual std::string ReadStr(char const* section, char const* key, char const* def);
+  virtual std::string ReadStr(std::string const& section, std::string const& key, std::string const& def);
+  virtual std::string ReadStr(char const* key, char const* def);
+  virtual std::string ReadStr(std::string const& key, std::string const& def);
+  virtual std::string ReadStr(char const* section, unsigned long index, char const* def);
+  virtual std::string ReadStr(std::string const& section, unsigned long index, std::string const& def);
+  virtual std::string ReadStr(unsigned long index, char const* def);
+  virtual std::string ReadStr(unsigned long index, std::string const& def);
+
+  // A signed 32-bit decimal number, read by StrToIntDef.
+  virtual long ReadInt(char const* section, char const* key, long def);
+  virtual long ReadInt(std::string const& section, std::string const& key, long def);
+  virtual long ReadInt(char const* key, long def);
+  virtual long ReadInt(std::string const& key, long def);
+  virtual long ReadInt(char const* section, unsigned long index, long def);
+  virtual long ReadInt(std::string const& section, unsigned long index, long def);
+  virtual long ReadInt(unsigned long index, long def);
+
+  // Numbers only: 0 is false, any other number true; words such as "yes" and "true" give the default.
+  virtual bool ReadBool(char const* section, char const* key, bool def);
+  virtual bool ReadBool(std::string const& section, std::string const& key, bool def);
+  virtual bool ReadBool(char const* key, bool def);
+  virtual bool ReadBool(std::string const& key, bool def);
+  virtual bool ReadBool(char const* section, unsigned long index, bool def);
+  virtual bool ReadBool(std::string const& section, unsigned long index, bool def);
+  virtual bool ReadBool(unsigned long index, bool def);
+
+  // Seconds since 1970, read by StrToDateTime with `format` (null or empty: "dd/mm/yyyy hh:nn:ss"). Text shorter than
+  // the format gives the default.
+  virtual long ReadDateTime(char const* section, char const* key, char const* format, long def);
+  virtual long ReadDateTime(std::string const& section, std::string const& key, std::string const& format, long def);
+  virtual long ReadDateTime(char const* key, char const* format, long def);
+  virtual long ReadDateTime(std::string const& key, std::string const& format, long def);
+  virtual long ReadDateTime(char const* section, unsigned long index, char const* format, long def);
+  virtual long ReadDateTime(std::string const& section, unsigned long index, std::string const& format, long def);
+  virtual long ReadDateTime(unsigned long index, char const* format, long def);
+  virtual long ReadDateTime(unsigned long index, std::string const& format, long def);
+
+  // A number as StrToFloatDef reads it, whatever the program's locale.
+  virtual double ReadFloat(char const* section, char const* key, double def);
+  virtual double ReadFloat(std::string const& section, std::string const& key, double def);
+  virtual double ReadFloat(char const* key, double def);
+  virtual double ReadFloat(std::string const& key, double def);
+  virtual double ReadFloat(char const* section, unsigned long index, double def);
+  virtual double ReadFloat(std::string const& section, unsigned long index, double def);
+  virtual double ReadFloat(unsigned long index, double def);
+
+  // ---- Writers. They create what is missing, the section too. Null section, key or value, empty key, a line feed in
+  // any of them, an index out of range: error 1; no open file: error 5; read-only: error 6; all false with nothing
+  // changed. Cached: true. Not cached: the result is that of the save; when it is false, the change stays in memory
+  // and a later Flush tries again. ----
+
+  virtual bool WriteStr(char const* section, char const* key, char const* value);
+  virtual bool WriteStr(std::string const& section, std::string const& key, std::string const& value);
+  virtual bool WriteStr(char const* key, char const* value);
+  virtual bool WriteStr(std::string const& key, std::string const& value);
+  virtual bool WriteStr(char const* section, unsigned long index, char const* value);
+  virtual bool WriteStr(std::string const& section, unsigned long index, std::string const& value);
+  virtual bool WriteStr(unsigned long index, char const* value);
+  virtual bool WriteStr(unsigned long index, std::string const& value);
+
+  // Signed decimal of the low 32 bits.
+  virtual bool WriteInt(char const* section, char const* key, long value);
+  virtual bool WriteInt(std::string const& section, std::string const& key, long value);
+  virtual bool WriteInt(char const* key, long value);
+  virtual bool WriteInt(std::string const& key, long value);
+  virtual bool WriteInt(char const* section, unsigned long index, long value);
+  virtual bool WriteInt(std::string const& section, unsigned long index, long value);
+  virtual bool WriteInt(unsigned long index, long value);
+
+  // Unsigned decimal of the low 32 bits. ReadInt gives numbers above 2147483647 back as its default.
+  virtual bool WriteUInt(char const* section, char const* key, unsigned long value);
+  virtual bool WriteUInt(std::string const& section, std::string const& key, unsigned long value);
+  virtual bool WriteUInt(char const* key, unsigned long value);
+  virtual bool WriteUInt(std::string const& key, unsigned long value);
+  virtual bool WriteUInt(char const* section, unsigned long index, unsigned long value);
+  virtual bool WriteUInt(std::string const& section, unsigned long index, unsigned long value);
+  virtual bool WriteUInt(unsigned long index, unsigned long value);
+
+  // "1" or "0".
+  virtual bool WriteBool(char const* section, char const* key, bool value);
+  virtual bool WriteBool(std::string const& section, std::string const& key, bool value);
+  virtual bool WriteBool(char const* key, bool value);
+  virtual bool WriteBool(std::string const& key, bool value);
+  virtual bool WriteBool(char const* section, unsigned long index, bool value);
+  virtual bool WriteBool(std::string const& section, unsigned long index, bool value);
+  virtual bool WriteBool(unsigned long index, bool value);
+
+  // DateTimeToStr(format, time): seconds since 1970; an invalid time writes an empty value.
+  virtual bool WriteDateTime(char const* section, char const* key, char const* format, long time);
+  virtual bool WriteDateTime(std::string const& section, std::string const& key, std::string const& format, long time);
+  virtual bool WriteDateTime(char const* key, char const* format, long time);
+  virtual bool WriteDateTime(std::string const& key, std::string const& format, long time);
+  virtual bool WriteDateTime(char const* section, unsigned long index, char const* format, long time);
+  virtual bool WriteDateTime(std::string const& section, unsigned long index, std::string const& format, long time);
+  virtual bool WriteDateTime(unsigned long index, char const* format, long time);
+  virtual bool WriteDateTime(unsigned long index, std::string const& format, long time);
+
+  // FloatToStr(value, width, digits, ' '): `digits` significant digits, right-aligned with blanks to `width`.
+  virtual bool WriteFloat(char const* section, char const* key, double value, unsigned int width, unsigned int digits);
+  virtual bool WriteFloat(std::string const& section, std::string const& key, double value, unsigned int width,
+                          unsigned int digits);
+  virtual bool WriteFloat(char const* key, double value, unsigned int width, unsigned int digits);
+  virtual bool WriteFloat(std::string const& key, double value, unsigned int width, unsigned int digits);
+  virtual bool WriteFloat(char const* section, unsigned long index, double value, unsigned int width,
+                          unsigned int digits);
+  virtual bool WriteFloat(std::string const& section, unsigned long index, double value, unsigned int width,
+                          unsigned int digits);
+  virtual bool WriteFloat(unsigned long index, double value, unsigned int width, unsigned int digits);
+
+  // ---- Cached mode and errors. ----
+
+  // Error 0 and true; switching the mode off flushes, and the result is that of the flush.
+  virtual bool SetCached(bool on);
+  // SaveFile().
+  virtual bool Flush();
+  // Whether the last operation left an error code other than 0.
+  virtual bool IsFail();
+  // The last operation's CfgError. Code 7 of an Open lasts until the next operation.
+  virtual long GetErrorCode();
+  // Number, counted from 1, of the first line that the last load could not take; 0 when there was none.
+  virtual long GetErrorLine();
+
+ private:
+  template <class Base>
+  friend class zelvane::internal::OptionalFile;
+
+  bool OpenAs(char const* name, bool readOnly);
+  bool Find(char const* section, char const* key, KeyPosition* position);
+  bool Changed();
+  bool Fail(CfgError code);
+  bool IsPlain() const;
+
+  std::unique_ptr<zelvane::internal::CfgState> state_;
+};
+
+// The variant for the per-user and system-wide settings: lines that it creates keep the caller's spelling. Look-ups
+// ignore case all the same, and SaveAs writes upper-cased names.
+class ZELVANE_API RegCfgClass : public CfgClass {
+ public:
+  RegCfgClass();
+  bool GetUpperCaseWriteCache() override;
+  bool LoadFile(bool noLines) override;
+  bool SaveFile() override;
+  ~RegCfgClass() override;
+  bool SaveAs(char const* name) override;
+  bool SaveAs(std::string const& name) override;
+};
+
+#endif

@@ -1,0 +1,32 @@
+// What the library itself knows of the configuration engine beyond its public interface.
+#ifndef ZELVANE_CONFIG_CFGCLASS_INTERNAL_H
+#define ZELVANE_CONFIG_CFGCLASS_INTERNAL_H
+
+#include "zelvane/config/cfgclass.h"
+
+namespace zelvane::internal {
+
+// CfgClass or RegCfgClass for the exported functions, which work on files that need not exist yet. It replaces the load
+// alone: a file that does not exist loads as one without lines, and nothing is created before the first save that has
+// something to write. Any other failure to load stays a failure.
+template <class Base>
+class OptionalFile final : public Base {
+ public:
+  OptionalFile() = default;
+  // Here and not in the base: a save on destruction must still be this class's.
+  ~OptionalFile() override { this->Close(); }
+  bool LoadFile(bool noLines) override;
+
+  // Drops the mark of unsaved changes: a writer that fails half-way must not have its changes saved on destruction.
+  void ForgetChanges();
+};
+
+extern template class OptionalFile<CfgClass>;
+extern template class OptionalFile<RegCfgClass>;
+
+using OptionalCfg = OptionalFile<CfgClass>;
+using OptionalRegCfg = OptionalFile<RegCfgClass>;
+
+}  // namespace zelvane::internal
+
+#endif
