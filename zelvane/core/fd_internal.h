@@ -1,0 +1,94 @@
+// File descriptors that close themselves, and reads and writes that finish what they began. All of them leave the
+// reason of a failure in errno, where GetOSLastError finds it.
+#ifndef ZELVANE_CORE_FD_INTERNAL_H
+#define ZELVANE_CORE_FD_INTERNAL_H
+
+#include <errno.h>
+#include <fcntl.h>
+#include <stddef.h>
+#include <sys/stat.h>
+#include <sys/types.h>
+#include <unistd.h>
+
+#include <utility>
+
+namespace zelvane::internal {
+
+// Owns a descriptor, or none (-1).
+class Descriptor {
+ public:
+  Descriptor() = default;
+  explicit Descriptor(int fd) : fd_(fd) {}
+  Descriptor(Descriptor&& other) noexcept : fd_(std::exchange(other.fd_, -1)) {}
+  Descriptor& operator=(Descriptor&& other) noexcept {
+    if (this != &other) {
+      Drop();
+      fd_ = std::exchange(other.fd_, -1);
+    }
+    return *this;
+  }
+  ~Descriptor() { Drop(); }
+
+  explicit operator bool() const { return fd_ >= 0; }
+  int Get() const { return fd_; }
+
+  // Closes it and tells whether all that was written has been taken: network and full file systems may complain only
+  // now. EINTR leaves the descriptor closed on Linux, so the call is not repeated.
+  bool Close() { return close(std::exchange(fd_, -1)) == 0; }
+
+ private:
+  // Keeps errno: the owner goes out of scope between a failure and the caller who asks for its reason.
+  void Drop() {
+    if (fd_ < 0) return;
+    int const reason = errno;
+    close(std::exchange(fd_, -1));
+    errno = reason;
+  }
+
+  int fd_ = -1;
+};
+
+// open() with O_CLOEXEC and O_NOCTTY: programs started by the caller inherit nothing, and a terminal's name opened by
+// mistake does not become the service's controlling terminal. `mode` counts with O_CREAT only.
+inline Descriptor Open(char const* path, int flags, mode_t mode = 0) {
+  int fd = -1;
+  do fd = open(path, flags | O_CLOEXEC | O_NOCTTY, mode);
+  while (fd < 0 && errno == EINTR);
+  return Descriptor(fd);
+}
+
+// One read: the number of bytes, 0 at the end, -1 on failure.
+inline ssize_t ReadSome(int fd, char* buffer, size_t size) {
+  ssize_t got = -1;
+  do got = read(fd, buffer, size);
+  while (got < 0 && errno == EINTR);
+  return got;
+}
+
+// Reads until `size` bytes are there or the end is met: fewer than `size` means the end. -1 on failure.
+inline ssize_t ReadBlock(int fd, char* buffer, size_t size) {
+  size_t filled = 0;
+  while (filled < size) {
+    ssize_t const got = ReadSome(fd, buffer + filled, size - filled);
+    if (got < 0) return -1;
+    if (got == 0) break;
+    filled += static_cast<size_t>(got);
+  }
+  return static_cast<ssize_t>(filled);
+}
+
+// Writes all `size` bytes; false if any of them could not be written.
+inline bool WriteAll(int fd, char const* bytes, size_t size) {
+  while (size > 0) {
+    ssize_t const put = write(fd, bytes, size);
+    if (put < 0 && errno == EINTR) continue;
+    if (put < 0) return false;
+    bytes += put;
+    size -= static_cast<size_t>(put);
+  }
+  return true;
+}
+
+}  // namespace zelvane::internal
+
+#endif

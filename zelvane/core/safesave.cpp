@@ -1,0 +1,231 @@
+#include <stdint.h>
+#include <stdio.h>
+#include <sys/random.h>
+#include <sys/xattr.h>
+#include <time.h>
+
+#include <algorithm>
+#include <climits>
+#include <initializer_list>
+
+#include "zelvane/core/fd_internal.h"
+#include "zelvane/core/safesave_internal.h"
+
+namespace zelvane::internal {
+namespace {
+
+constexpr size_t kReadBlock = 65536;
+constexpr size_t kDeviceLimit = 16 * 1024 * 1024;
+constexpr int kNameTries = 100;
+constexpr int kLinkDepth = 40;  // as deep as the kernel follows
+
+bool IsOneOf(int reason, std::initializer_list<int> reasons) {
+  return std::find(reasons.begin(), reasons.end(), reason) != reasons.end();
+}
+
+// With its trailing "/"; "" is the current folder.
+std::string FolderOf(std::string const& path) {
+  return path.substr(0, path.rfind('/') + 1);
+}
+
+// Where the path leads when its last part is a symbolic link, whether or not there is a file.
+std::string FollowLinks(std::string path) {
+  for (int depth = 0; depth < kLinkDepth; depth++) {
+    char target[PATH_MAX];
+    ssize_t const length = readlink(path.c_str(), target, sizeof target);
+    if (length <= 0) break;
+    std::string const folder = target[0] == '/' ? "" : FolderOf(path);
+    path = folder + std::string(target, static_cast<size_t>(length));
+  }
+  return path;
+}
+
+bool HasAccessList(int fd) {
+  return fgetxattr(fd, "system.posix_acl_access", nullptr, 0) > 0;
+}
+
+// ---- A file being made beside the one that it will replace ----
+
+// Only has to miss the leftovers of killed programs and the files of others at work: O_EXCL decides.
+uint64_t RandomNumber() {
+  uint64_t number = 0;
+  if (getrandom(&number, sizeof number, GRND_NONBLOCK) == static_cast<ssize_t>(sizeof number)) return number;
+  // Early at boot the kernel has no random numbers yet.
+  timespec now = {};
+  clock_gettime(CLOCK_MONOTONIC, &now);
+  return static_cast<uint64_t>(now.tv_nsec) * 2654435761U + static_cast<uint64_t>(getpid());
+}
+
+std::string RandomName() {
+  static char const kLetters[] = "abcdefghijklmnopqrstuvwxyz012345";
+  std::string name = ".zelv";
+  uint64_t number = RandomNumber();
+  for (int i = 0; i < 8; i++, number >>= 5) name += kLetters[number & 31];
+  return name;
+}
+
+// Removed again unless it was renamed into its place.
+class Temporary {
+ public:
+  Temporary(std::string const& folder, mode_t mode) {
+    for (int tries = 0; tries < kNameTries && !file_; tries++) {
+      path_ = folder + RandomName();
+      file_ = Open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, mode);
+      if (!file_ && errno != EEXIST) break;
+    }
+    exists_ = static_cast<bool>(file_);
+  }
+  ~Temporary() {
+    if (exists_) unlink(path_.c_str());
+  }
+  Temporary(Temporary const&) = delete;
+  Temporary& operator=(Temporary const&) = delete;
+
+  explicit operator bool() const { return static_cast<bool>(file_); }
+  int Get() const { return file_.Get(); }
+
+  // Brings `text` to disk and closes the file.
+  bool Fill(std::string_view text) {
+    return WriteAll(file_.Get(), text.data(), text.size()) && fsync(file_.Get()) == 0 && file_.Close();
+  }
+
+  // Takes the name from whatever has it.
+  bool Replace(std::string const& name) {
+    if (rename(path_.c_str(), name.c_str()) != 0) return false;
+    exists_ = false;
+    return true;
+  }
+
+  // Takes the name if nothing has it. File systems differ in what they offer; the last way can overwrite a file that
+  // appears in that very moment, on those that offer neither.
+  bool TakeFreeName(std::string const& name) {
+    if (renameat2(AT_FDCWD, path_.c_str(), AT_FDCWD, name.c_str(), RENAME_NOREPLACE) == 0) {
+      exists_ = false;
+      return true;
+    }
+    if (!IsOneOf(errno, {EINVAL, ENOSYS})) return false;
+    if (link(path_.c_str(), name.c_str()) == 0) return true;
+    return errno != EEXIST && Replace(name);
+  }
+
+ private:
+  std::string path_;
+  Descriptor file_;
+  bool exists_ = false;
+};
+
+// ---- Saving ----
+
+enum class Outcome { kSaved, kFailed, kNotThisWay };
+
+// Gives the new file the old one's owner, group and mode; false if anything would differ. The new file starts closed to
+// all but its owner, so nobody can open it before it has its mode.
+bool TakeIdentity(int fd, struct stat const& old) {
+  struct stat now;
+  if (fstat(fd, &now) != 0 || HasAccessList(fd)) return false;
+  bool const owned = now.st_uid == old.st_uid && now.st_gid == old.st_gid;
+  if (!owned && fchown(fd, old.st_uid, old.st_gid) != 0) return false;
+  if (fchmod(fd, old.st_mode & 07777) != 0 || fstat(fd, &now) != 0) return false;
+  return now.st_uid == old.st_uid && now.st_gid == old.st_gid && now.st_mode == old.st_mode;
+}
+
+Outcome SaveBeside(std::string const& path, int oldFile, struct stat const& old, std::string_view text) {
+  std::string const target = FollowLinks(path);
+  struct stat there;
+  bool const found = lstat(target.c_str(), &there) == 0 && there.st_dev == old.st_dev && there.st_ino == old.st_ino;
+  if (!found || !S_ISREG(old.st_mode) || old.st_nlink != 1 || HasAccessList(oldFile)) return Outcome::kNotThisWay;
+
+  Temporary made(FolderOf(target), 0600);
+  if (!made) return IsOneOf(errno, {EACCES, EPERM, EROFS, ENAMETOOLONG}) ? Outcome::kNotThisWay : Outcome::kFailed;
+  if (!TakeIdentity(made.Get(), old)) return Outcome::kNotThisWay;
+  if (!made.Fill(text)) return Outcome::kFailed;
+  return made.Replace(target) ? Outcome::kSaved : Outcome::kNotThisWay;
+}
+
+// The space first: a full disk then shows before a single byte has changed. File systems that cannot reserve go on.
+bool Reserve(int fd, off_t size) {
+  if (size == 0) return true;
+  int failed = 0;
+  do failed = fallocate(fd, 0, 0, size);
+  while (failed != 0 && errno == EINTR);
+  return failed == 0 || IsOneOf(errno, {EINVAL, EOPNOTSUPP, ENOSYS});
+}
+
+bool Overwrite(int fd, std::string_view text) {
+  return lseek(fd, 0, SEEK_SET) == 0 && WriteAll(fd, text.data(), text.size()) &&
+         ftruncate(fd, static_cast<off_t>(text.size())) == 0;
+}
+
+bool SaveInPlace(std::string const& path, Descriptor& file, struct stat const& old, std::string_view text) {
+  if (!S_ISREG(old.st_mode)) return WriteAll(file.Get(), text.data(), text.size()) && file.Close();
+  std::string before;
+  bool const known = ReadWhole(path, before) == ReadResult::kOk;
+  if (!Reserve(file.Get(), static_cast<off_t>(text.size()))) {
+    (void)!ftruncate(file.Get(), old.st_size);
+    return false;
+  }
+  if (Overwrite(file.Get(), text) && fsync(file.Get()) == 0) return file.Close();
+  if (known) Overwrite(file.Get(), before);
+  return false;
+}
+
+bool SaveNew(std::string const& path, std::string_view text) {
+  std::string const target = FollowLinks(path);
+  Temporary made(FolderOf(target), 0666);
+  return made && made.Fill(text) && made.Replace(target);
+}
+
+// ---- Keeping a copy ----
+
+// Owner, group and mode as far as this user may give them, never open to more people than the old file.
+bool TakeIdentityOrLess(int fd, struct stat const& old, bool listed) {
+  bool const grouped = fchown(fd, old.st_uid, old.st_gid) == 0 || fchown(fd, static_cast<uid_t>(-1), old.st_gid) == 0;
+  mode_t const mode = old.st_mode & 07777;
+  return fchmod(fd, grouped && !listed && !HasAccessList(fd) ? mode : mode & ~static_cast<mode_t>(S_IRWXG)) == 0;
+}
+
+}  // namespace
+
+ReadResult ReadWhole(std::string const& path, std::string& out) {
+  out.clear();
+  Descriptor const file = Open(path.c_str(), O_RDONLY | O_NONBLOCK);
+  struct stat status;
+  if (!file) return ReadResult::kNotOpened;
+  if (fstat(file.Get(), &status) != 0) return ReadResult::kReadFailed;
+  bool const regular = S_ISREG(status.st_mode);
+  if (regular) out.reserve(static_cast<size_t>(status.st_size));
+  for (;;) {
+    char block[kReadBlock];
+    ssize_t const got = ReadSome(file.Get(), block, sizeof block);
+    if (got == 0) return ReadResult::kOk;
+    if (got > 0) out.append(block, static_cast<size_t>(got));
+    if (got > 0 && (regular || out.size() <= kDeviceLimit)) continue;
+    if (got > 0) errno = EFBIG;
+    out.clear();
+    return ReadResult::kReadFailed;
+  }
+}
+
+bool SafeSave(std::string const& path, std::string_view text) {
+  Descriptor file = Open(path.c_str(), O_WRONLY | O_NONBLOCK);
+  if (!file) return errno == ENOENT && SaveNew(path, text);
+  struct stat old;
+  if (fstat(file.Get(), &old) != 0) return false;
+  Outcome const beside = SaveBeside(path, file.Get(), old, text);
+  return beside == Outcome::kNotThisWay ? SaveInPlace(path, file, old, text) : beside == Outcome::kSaved;
+}
+
+bool KeepAside(std::string const& path, char const* suffix) {
+  std::string const name = path + suffix;
+  struct stat status;
+  if (lstat(name.c_str(), &status) == 0) return true;
+  std::string bytes;
+  Descriptor const file = Open(path.c_str(), O_RDONLY | O_NONBLOCK);
+  if (!file || fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode)) return false;
+  if (ReadWhole(path, bytes) != ReadResult::kOk) return false;
+  Temporary made(FolderOf(name), 0600);
+  if (!made || !TakeIdentityOrLess(made.Get(), status, HasAccessList(file.Get())) || !made.Fill(bytes)) return false;
+  return made.TakeFreeName(name) || errno == EEXIST;
+}
+
+}  // namespace zelvane::internal
