@@ -57,8 +57,8 @@ ZELVANE_API int CloseUPSTypeList(void* list);
 // installation root that has this model index. 1: a name was found, or `modelIndex` is negative ("AUTO"). 0: none was
 // found; `buffer` holds "AUTO" then too. 0 with `buffer` untouched when it is null or `size` below 2.
 //
-// At most `size` bytes are written. A shorter name is followed by NULs up to `size`; one of `size` bytes or more fills
-// the buffer and is NOT terminated: callers pass buffers longer than any name.
+// At most `size` bytes are written: the name and, if there is room, one NUL. A name of `size` bytes or more fills the
+// buffer and is NOT terminated: callers pass buffers longer than any name.
 ZELVANE_API int GetUPSModelName(short modelIndex, unsigned int subModel, char* buffer, unsigned int size);
 
 // The capabilities of a communication family, as bits whose meaning is the programs' own. Kinds are 0 to 5; every other

@@ -1,0 +1,20 @@
+// The two halves of the search for serial ports, apart so that either can be tried without the hardware.
+#ifndef ZELVANE_API_SERIALPORTS_INTERNAL_H
+#define ZELVANE_API_SERIALPORTS_INTERNAL_H
+
+#include <string>
+#include <vector>
+
+#include "zelvane/api/serialports.h"
+
+namespace zelvane::internal {
+
+// The ports from 1 to 16 whose device `answers`, in ascending order.
+std::vector<portinfo> FindSerialPorts(bool (*answers)(std::string const& device));
+
+// Whether the device can be opened, without waiting, and tells the state of its modem lines.
+bool HasModemLines(std::string const& device);
+
+}  // namespace zelvane::internal
+
+#endif

@@ -1,0 +1,105 @@
+#include "zelvane/api/upstypes.h"
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "zelvane/api/cfghandle_internal.h"
+#include "zelvane/config/cfgclass.h"
+#include "zelvane/config/paths.h"
+#include "zelvane/core/barrier_internal.h"
+#include "zelvane/core/strutils.h"
+#include "zelvane/core/strutils_internal.h"
+
+using zelvane::internal::Cfg;
+using zelvane::internal::CopyToBuffer;
+using zelvane::internal::CopyToField;
+using zelvane::internal::Guard;
+
+namespace {
+
+constexpr char kUnknownModel[] = "AUTO";
+
+bool ReadType(CfgClass& table, unsigned int type, UpsTypeItem& item) {
+  std::vector<std::string> fields;
+  if (!zelvane::internal::SplitFields(table.ReadStr(UIntToStr(type), ""), 5, fields)) return false;
+  item.upsType = static_cast<int32_t>(type);
+  item.modelIndex = static_cast<int16_t>(StrToIntDef(fields[4], -1));
+  CopyToField(item.upsName, fields[0]);
+  CopyToField(item.upsDriver, fields[1]);
+  CopyToField(item.cfgModule, fields[2]);
+  CopyToField(item.cliModule, fields[3]);
+  return true;
+}
+
+std::string NameInModelFile(short modelIndex, unsigned int subModel) {
+  CfgClass model;
+  // A file that cannot be read leaves the object empty, and the key is missing like any other.
+  model.OpenReadOnly(GetZelvanePath() + "default/upscfg" + IntToStr(modelIndex, 2) + ".cfg");
+  return model.ReadStr(UIntToStr(subModel), "MODELO", "");
+}
+
+std::string NameInTypeTable(short modelIndex) {
+  std::unique_ptr<void, int (*)(void*)> const table(OpenUPSTypeList(nullptr), CloseUPSTypeList);
+  int const count = GetUPSTypeListCount(table.get());
+  for (int i = 0; i < count; i++) {
+    UpsTypeItem item;
+    if (GetUPSTypeListItem(table.get(), static_cast<unsigned int>(i), &item) != 0 && item.modelIndex == modelIndex)
+      return item.upsName;
+  }
+  return "";
+}
+
+}  // namespace
+
+void* OpenUPSTypeList(char const* path) {
+  return Guard<void*>(nullptr, [&] {
+    std::string const table = path == nullptr || *path == '\0' ? GetZelvanePath() + "upstype.cfg" : path;
+    return zelvane::internal::OpenHandle(table, "UPSTYPE", true);
+  });
+}
+
+int GetUPSTypeListCount(void* list) {
+  return zelvane::internal::HandleKeyCount(list);
+}
+
+int GetUPSTypeListItem(void* list, unsigned int position, UpsTypeItem* item) {
+  if (list == nullptr || item == nullptr) return 0;
+  return Guard(0, [&] {
+    if (position >= Cfg(list)->GetKeyCount()) return 0;
+    long const type = StrToIntDef(Cfg(list)->GetKeyName(position), 0);
+    return GetUPSTypeListItemByType(list, static_cast<unsigned int>(type), item);
+  });
+}
+
+int GetUPSTypeListItemByType(void* list, unsigned int type, UpsTypeItem* item) {
+  if (list == nullptr || item == nullptr) return 0;
+  return Guard(0, [&] { return ReadType(*Cfg(list), type, *item) ? 1 : 0; });
+}
+
+int CloseUPSTypeList(void* list) {
+  return zelvane::internal::CloseHandle(list);
+}
+
+int GetUPSModelName(short modelIndex, unsigned int subModel, char* buffer, unsigned int size) {
+  if (buffer == nullptr || size < 2) return 0;
+  if (modelIndex < 0) {
+    CopyToBuffer(buffer, size, kUnknownModel);
+    return 1;
+  }
+  std::string const name = Guard(std::string(), [&] {
+    std::string const own = NameInModelFile(modelIndex, subModel);
+    return own.empty() ? NameInTypeTable(modelIndex) : own;
+  });
+  CopyToBuffer(buffer, size, name.empty() ? std::string_view(kUnknownModel) : name);
+  return name.empty() ? 0 : 1;
+}
+
+int GetUPSCapabilities(unsigned int kind, unsigned int* mask) {
+  constexpr unsigned int kAll = 0x3FFFFFF;
+  constexpr unsigned int kMasks[] = {0x184000, kAll, 0x3BFF7FF, 0x15D6EF, 0x3BFF7FF, 0x3BFF7FF};
+  if (mask == nullptr) return 0;
+  *mask = kind < sizeof kMasks / sizeof kMasks[0] ? kMasks[kind] : kAll;
+  return 1;
+}

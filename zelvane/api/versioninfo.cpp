@@ -1,0 +1,86 @@
+#include "zelvane/api/versioninfo.h"
+
+#include <string>
+
+#include "zelvane/config/cfgclass.h"
+#include "zelvane/config/paths.h"
+#include "zelvane/core/barrier_internal.h"
+#include "zelvane/core/fileutils.h"
+#include "zelvane/core/strutils.h"
+#include "zelvane/core/strutils_internal.h"
+
+using zelvane::internal::CopyToField;
+using zelvane::internal::Guard;
+
+namespace {
+
+struct Module {
+  unsigned short bit;
+  char const* key;
+  char const* program;
+  char const* numbered[2];  // families of programs with two digits behind the name, or null
+};
+
+constexpr Module kModules[] = {
+    {ZELVANE_MODULE_ZELSRV, "ZELSRV", "zelsrv", {nullptr, nullptr}},
+    {ZELVANE_MODULE_SHUTSRV, "SHUTSRV", "shutsrv", {nullptr, nullptr}},
+    {ZELVANE_MODULE_CLIENT, "ZELCLI", "zelvane", {"zelcli", "czelcli"}},
+    {ZELVANE_MODULE_CONFIG, "ZELCFG", "zelconfig", {"zelcfg", "czelcfg"}},
+    {ZELVANE_MODULE_BROWSER, "ZELBRWS", "zelbrws", {nullptr, nullptr}},
+};
+constexpr int kLastNumbered = 15;
+constexpr unsigned short kAllModules = 0x1F;
+
+bool IsInstalled(Module const& module, std::string const& root) {
+  if (FilePermToRead(root + module.program)) return true;
+  for (char const* family : module.numbered) {
+    if (family == nullptr) continue;
+    for (int i = 0; i <= kLastNumbered; i++)
+      if (FilePermToRead(root + family + IntToStr(i, 2))) return true;
+  }
+  return false;
+}
+
+unsigned short FindModules(CfgClass& settings, std::string const& root) {
+  unsigned short found = 0;
+  for (Module const& module : kModules) {
+    long const stated = settings.ReadInt(module.key, -1);
+    if (stated > 0 || (stated < 0 && IsInstalled(module, root)))
+      found = static_cast<unsigned short>(found | module.bit);
+  }
+  return found;
+}
+
+unsigned short WithModules(unsigned short word, unsigned short modules) {
+  return static_cast<unsigned short>((word & ~kAllModules) | (modules & kAllModules));
+}
+
+bool Fill(VersionInfo& info) {
+  std::string const root = GetZelvanePath();
+  if (root.empty()) return false;
+  RegCfgClass settings;
+  settings.OpenReadOnly("/etc/zelvane.conf");
+  settings.SetSection("ZELVANE");
+  std::string const version = settings.ReadStr("VERSION", "4.0+");
+  std::string const product = settings.ReadStr("PRODUCT", "Zelvane " + version);
+  unsigned short const modules = FindModules(settings, root);
+  CopyToField(info.installPath, root);
+  CopyToField(info.version, version);
+  CopyToField(info.product, product);
+  info.modules = WithModules(info.modules, modules);
+  return true;
+}
+
+}  // namespace
+
+int GetZelvaneVersionInfo(VersionInfo* info) {
+  if (info == nullptr) return 0;
+  return Guard(0, [&] { return Fill(*info) ? 1 : 0; });
+}
+
+int GetZelvaneInstalledModules(unsigned short* mask) {
+  VersionInfo info = {};
+  if (mask == nullptr || GetZelvaneVersionInfo(&info) == 0) return 0;
+  *mask = WithModules(*mask, info.modules);
+  return 1;
+}

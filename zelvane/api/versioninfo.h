@@ -1,0 +1,53 @@
+// Where the product is installed, which version it is, and which of its programs are on this computer.
+#ifndef ZELVANE_API_VERSIONINFO_H
+#define ZELVANE_API_VERSIONINFO_H
+
+#include <stddef.h>
+
+#include "zelvane/export.h"
+
+// The bits of VersionInfo::modules, one a program.
+typedef enum ZelvaneModule {
+  ZELVANE_MODULE_ZELSRV = 0x01,   // monitoring service
+  ZELVANE_MODULE_SHUTSRV = 0x02,  // shutdown service
+  ZELVANE_MODULE_CLIENT = 0x04,
+  ZELVANE_MODULE_CONFIG = 0x08,  // configuration tool
+  ZELVANE_MODULE_BROWSER = 0x10  // network browser
+} ZelvaneModule;
+
+// Text longer than its field is cut; the last byte of a field is always NUL.
+typedef struct VersionInfo {
+  unsigned short modules;  // ZelvaneModule; bits 5 to 15 are the caller's and stay as they were
+  char installPath[260];   // installation root with its trailing "/"
+  char version[10];
+  char product[256];
+} VersionInfo;
+
+ZELVANE_STATIC_ASSERT(sizeof(VersionInfo) == 528, "VersionInfo: size");
+ZELVANE_STATIC_ASSERT(offsetof(VersionInfo, modules) == 0, "VersionInfo: modules");
+ZELVANE_STATIC_ASSERT(offsetof(VersionInfo, installPath) == 2, "VersionInfo: installPath");
+ZELVANE_STATIC_ASSERT(offsetof(VersionInfo, version) == 262, "VersionInfo: version");
+ZELVANE_STATIC_ASSERT(offsetof(VersionInfo, product) == 272, "VersionInfo: product");
+
+ZELVANE_C_BEGIN
+
+// Fills the record from section [ZELVANE] of /etc/zelvane.conf:
+//
+//   PATH     installation root; by default (also when empty) the folder of the running program
+//   VERSION  by default "4.0+"
+//   PRODUCT  by default "Zelvane " and the whole text of VERSION, even what its field cuts off
+//   ZELSRV SHUTSRV ZELCLI ZELCFG ZELBRWS
+//            whether the program is installed: 0 no, any number above 0 yes. Without the key, or when it holds no
+//            32-bit number or a negative one, the program counts as installed if one of its files in the root can be
+//            read: zelsrv, shutsrv, zelvane or zelcliNN or czelcliNN, zelconfig or zelcfgNN or czelcfgNN, zelbrws (NN
+//            from 00 to 15)
+//
+// A missing settings file leaves the defaults. 1: filled; 0, with the record untouched: null, or no root is known.
+ZELVANE_API int GetZelvaneVersionInfo(VersionInfo* info);
+
+// The modules alone, into bits 0 to 4 of `mask`; its other bits stay. 1, or 0 with `mask` untouched as above.
+ZELVANE_API int GetZelvaneInstalledModules(unsigned short* mask);
+
+ZELVANE_C_END
+
+#endif
