@@ -1,0 +1,72 @@
+#include "zelvane/config/paths.h"
+
+#include <string_view>
+
+#include "zelvane/config/cfgclass.h"
+#include "zelvane/core/barrier_internal.h"
+#include "zelvane/core/fileutils.h"
+#include "zelvane/core/strutils.h"
+
+using zelvane::internal::Guard;
+
+namespace {
+
+constexpr char kSettings[] = "/etc/zelvane.conf";
+
+struct MacroName {
+  std::string_view name;
+  bool inRoot;  // shared by all units; the others lie in the working directory
+  char const* file;
+};
+
+constexpr MacroName kMacros[] = {
+    {"//LOGEVTFILE//", false, "logevt.rgt"},        {"//LOGHISTHORA//", false, "loghora.rgt"},
+    {"//LOGHISTDIA//", false, "logdia.rgt"},        {"//LOGHISTMES//", false, "logmes.rgt"},
+    {"//UPSPOWEROFFFILE//", false, "poweroff.rgt"}, {"//UPSPOWERONFILE//", false, "poweron.rgt"},
+    {"//LOGDOCSAVE//", true, "logsave.rgt"},        {"//LOGDOCCLOSE//", true, "logclose.rgt"},
+    {"//UPSSRVCFG//", false, "upssrv.cfg"},         {"//UPSCLICFG//", true, "upscli.cfg"},
+    {"//USBHIDCFG//", true, "usbhid.cfg"},
+};
+
+std::string FindRoot() {
+  RegCfgClass settings;
+  settings.SetFileName(kSettings, false);
+  std::string root = settings.ReadStr("ZELVANE", "PATH", "");
+  if (root.empty()) root = ExtractFilePath(GetExeName(false));
+  return root.empty() ? root : IncludePathDelimiter(root);
+}
+
+void ReplacePrefix(std::string& text, std::string_view prefix, std::string const& by) {
+  if (text.compare(0, prefix.size(), prefix) == 0) text.replace(0, prefix.size(), by);
+}
+
+std::string Expand(char const* name, char const* directory) {
+  std::string const root = GetZelvanePath();
+  std::string const working =
+      StrToIntDef(directory, -1) >= 0 ? IncludePathDelimiter(root + directory) : std::string(directory);
+  std::string text = name;
+  for (MacroName const& macro : kMacros) {
+    if (text != macro.name) continue;
+    text = (macro.inRoot ? root : working) + macro.file;
+    break;
+  }
+  // Both look at what has come out so far: a working directory may itself begin with a prefix.
+  ReplacePrefix(text, "//BASEDIR//", root);
+  ReplacePrefix(text, "//UPSCONFIGDIR//", working);
+  return text;
+}
+
+}  // namespace
+
+std::string GetZelvanePath() {
+  return Guard(std::string(), FindRoot);
+}
+
+std::string ParseMacroFileName(char const* name, char const* directory) {
+  if (name == nullptr || directory == nullptr) return "";
+  return Guard(std::string(), [&] { return Expand(name, directory); });
+}
+
+std::string ParseMacroFileName(std::string const& name, std::string const& directory) {
+  return ParseMacroFileName(name.c_str(), directory.c_str());
+}
