@@ -1,0 +1,151 @@
+// The settings records as tables. A record's array of rows says once what GetDef fills in, what Get reads and what Set
+// writes; its order is the order of the lines in a new file. What a row cannot say is a named step.
+#ifndef ZELVANE_API_RECORD_INTERNAL_H
+#define ZELVANE_API_RECORD_INTERNAL_H
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+#include "zelvane/config/cfgclass.h"
+
+// The place of a field in its record.
+#define ZELVANE_FIELD(Record, field)               \
+  ::zelvane::internal::table::Place {              \
+    offsetof(Record, field), sizeof(Record::field) \
+  }
+
+namespace zelvane::internal::table {
+
+struct Place {
+  std::size_t offset;
+  std::size_t width;
+};
+
+enum class Kind : unsigned char {
+  kText,      // char array
+  kSigned,    // int32_t; int16_t only without a line
+  kUnsigned,  // 32 bits, written unsigned whatever the field's own sign, times `scale` in the record
+  kFlag,      // one byte: 0 is false, and any other value true, since C callers may store one
+  kBit,       // bit number `bit` of the byte; of the number in the file the lowest bit counts
+};
+
+struct Row;
+
+// Replaces the reading or the writing of one row (null: as its kind has it). False ends the walk.
+struct Step {
+  bool (*read)(CfgClass& file, Row const& row, void* record);
+  bool (*write)(CfgClass& file, Row const& row, void const* record);
+};
+
+struct Row {
+  char const* section;  // null: a field without a line of its own, of which only the default is known here
+  char const* key;
+  Kind kind;
+  Place place;
+  char const* text;     // default of a text
+  std::int32_t number;  // default of the other kinds, as it stands in the file
+  std::uint32_t scale;
+  unsigned char bit;
+  Step const* step;
+};
+
+// ---- Rows, by kind; without section and key for fields without a line. ----
+
+constexpr Row Text(char const* section, char const* key, Place place, char const* def, Step const* step = nullptr) {
+  return {section, key, Kind::kText, place, def, 0, 1, 0, step};
+}
+constexpr Row Text(Place place, char const* def) {
+  return Text(nullptr, nullptr, place, def);
+}
+
+constexpr Row Signed(char const* section, char const* key, Place place, std::int32_t def) {
+  return {section, key, Kind::kSigned, place, "", def, 1, 0, nullptr};
+}
+constexpr Row Signed(Place place, std::int32_t def) {
+  return Signed(nullptr, nullptr, place, def);
+}
+
+constexpr Row Unsigned(char const* section, char const* key, Place place, std::int32_t def, std::uint32_t scale = 1) {
+  return {section, key, Kind::kUnsigned, place, "", def, scale, 0, nullptr};
+}
+constexpr Row Unsigned(Place place, std::int32_t def) {
+  return Unsigned(nullptr, nullptr, place, def);
+}
+
+// Seconds in the file, milliseconds in the record.
+constexpr Row Seconds(char const* section, char const* key, Place place, std::int32_t def) {
+  return Unsigned(section, key, place, def, 1000);
+}
+
+constexpr Row Flag(char const* section, char const* key, Place place, bool def) {
+  return {section, key, Kind::kFlag, place, "", def, 1, 0, nullptr};
+}
+
+constexpr Row Bit(char const* section, char const* key, Place place, unsigned char bit, bool def) {
+  return {section, key, Kind::kBit, place, "", def, 1, bit, nullptr};
+}
+
+// A whole table, or several rows of one.
+struct Rows {
+  template <std::size_t N>
+  constexpr Rows(Row const (&rows)[N]) : first(rows), last(rows + N) {}  // NOLINT(google-explicit-constructor)
+  constexpr Row const* begin() const { return first; }
+  constexpr Row const* end() const { return last; }
+
+  Row const* first;
+  Row const* last;
+};
+
+// ---- Checks of a table, made when it is compiled. ----
+
+constexpr bool RowFits(Row const& row, std::size_t size) {
+  std::size_t const width = row.place.width;
+  if (row.place.offset > size || width > size - row.place.offset) return false;
+  switch (row.kind) {
+    case Kind::kText: return std::string_view(row.text).size() < width;
+    case Kind::kSigned:
+      return width == sizeof(std::int32_t) || (width == sizeof(std::int16_t) && row.section == nullptr);
+    case Kind::kUnsigned: return width == sizeof(std::uint32_t) && row.scale > 0;
+    case Kind::kFlag: return width == 1;
+    case Kind::kBit: return width == 1 && row.bit < 8;
+  }
+  return false;
+}
+
+constexpr bool RowsApart(Row const& a, Row const& b) {
+  if (a.place.offset + a.place.width <= b.place.offset || b.place.offset + b.place.width <= a.place.offset) return true;
+  return a.kind == Kind::kBit && b.kind == Kind::kBit && a.bit != b.bit;
+}
+
+// Every row, of one table or of two that share the record, lies inside it and touches no other.
+constexpr bool RowsFit(std::size_t size, Rows rows) {
+  for (Row const& row : rows) {
+    if (!RowFits(row, size)) return false;
+    for (Row const* other = &row + 1; other != rows.last; ++other)
+      if (!RowsApart(row, *other)) return false;
+  }
+  return true;
+}
+constexpr bool RowsFit(std::size_t size, Rows rows, Rows more) {
+  for (Row const& row : rows)
+    for (Row const& other : more)
+      if (!RowsApart(row, other)) return false;
+  return RowsFit(size, rows) && RowsFit(size, more);
+}
+
+// ---- The three walks. `record` is the one that the rows' places were taken from. ----
+
+// Every field's default, with zeros behind the texts.
+void SetDefaults(Rows rows, void* record);
+
+// Reads all rows that have a line. A missing key, text that does not convert and a file that is not open give the
+// default; texts are cut to their fields. False when a step refused: the rows before it are filled then.
+bool ReadRows(CfgClass& file, Rows rows, void* record);
+
+// Writes all rows that have a line. False at the first that cannot be written.
+bool WriteRows(CfgClass& file, Rows rows, void const* record);
+
+}  // namespace zelvane::internal::table
+
+#endif
