@@ -1,4 +1,5 @@
-/* What crosses the library's boundary, and how. Every public header includes this file; it compiles as C99 and C++17. */
+/* What crosses the library's boundary, and how. Every public header includes this file; it compiles as C99 and C++17.
+ */
 #ifndef ZELVANE_EXPORT_H
 #define ZELVANE_EXPORT_H
 

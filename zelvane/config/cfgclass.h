@@ -61,29 +61,48 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "zelvane/export.h"
 
 namespace zelvane::internal {
 struct CfgState;
+struct SectKeys;
 template <class Base>
 class OptionalFile;
 }  // namespace zelvane::internal
 
-// One indexed section and one indexed key. Opaque: callers only hold positions of them.
-struct SectRec;
-struct KeyRec;
+// One indexed key and one indexed section, as positions reach them. The engine alone fills and reads them.
+struct KeyRec {
+  std::string_view value;
+  std::list<std::string>::iterator line;             // the end of the lines when the key has no line
+  std::map<std::string, KeyRec>::iterator previous;  // in the order of writing; the end of the keys for none
+  std::map<std::string, KeyRec>::iterator next;
+};
+
+struct SectRec {
+  SectRec(zelvane::internal::CfgState& state, std::list<std::string>::iterator headerLine);
+  ~SectRec();
+  SectRec(SectRec const&) = delete;
+  SectRec& operator=(SectRec const&) = delete;
+
+  std::unique_ptr<zelvane::internal::SectKeys> const keys;
+  // The unnamed section of a loaded file has no header: this is its first key's line while that stands, then the end of
+  // the lines.
+  std::list<std::string>::iterator header;
+  std::map<std::string, KeyRec>::iterator lastKey;  // new keys go behind it; the end of the keys for none
+};
 
 // What GetErrorCode() gives.
 enum CfgError : int {
-  CFG_OK = 0,             // success
-  CFG_BAD_ARGUMENT = 1,   // null or empty name where one is needed, null position, line feed in what is to be written
-  CFG_FILE_FAILED = 2,    // the file could not be opened, read or written
-  CFG_EXISTS = 3,         // insertion refused: the name is indexed already
-  CFG_SAME_FILE = 4,      // SaveAs to the open file itself
-  CFG_NOT_OPEN = 5,       // no file is open
-  CFG_READ_ONLY = 6,      // the file is open read-only
-  CFG_SYNTAX = 7,         // a line is no blank, comment, header or key: its number is GetErrorLine()
+  CFG_OK = 0,            // success
+  CFG_BAD_ARGUMENT = 1,  // null or empty name where one is needed, null position, line feed in what is to be written
+  CFG_FILE_FAILED = 2,   // the file could not be opened, read or written
+  CFG_EXISTS = 3,        // insertion refused: the name is indexed already
+  CFG_SAME_FILE = 4,     // SaveAs to the open file itself
+  CFG_NOT_OPEN = 5,      // no file is open
+  CFG_READ_ONLY = 6,     // the file is open read-only
+  CFG_SYNTAX = 7,        // a line is no blank, comment, header or key: its number is GetErrorLine()
 };
 
 class ZELVANE_API CfgClass {
@@ -338,6 +357,7 @@ class ZELVANE_API CfgClass {
   friend class zelvane::internal::OptionalFile;
 
   bool OpenAs(char const* name, bool readOnly);
+  CfgError Refusal(char const* section, char const* key, bool writing) const;
   bool Find(char const* section, char const* key, KeyPosition* position);
   bool Changed();
   bool Fail(CfgError code);

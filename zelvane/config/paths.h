@@ -16,9 +16,9 @@
 
 extern "C" {
 
-// The installation root with its trailing "/": key PATH of section [ZELVANE] of /etc/zelvane.conf, or else (no such file,
-// no such key, an empty value) the folder of the running program; "" when neither is known. The settings are read anew
-// at every call.
+// The installation root with its trailing "/": key PATH of section [ZELVANE] of /etc/zelvane.conf, or else (no such
+// file, no such key, an empty value) the folder of the running program; "" when neither is known. The settings are read
+// anew at every call.
 ZELVANE_API std::string GetZelvanePath();
 
 // The file that a symbolic name stands for; a name that is none comes back unchanged; "" when an argument is null.

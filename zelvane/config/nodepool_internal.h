@@ -1,0 +1,99 @@
+// Memory for the nodes of one object's lists and maps: a file of a million keys makes three million of them, all gone
+// at once when the object goes.
+#ifndef ZELVANE_CONFIG_NODEPOOL_INTERNAL_H
+#define ZELVANE_CONFIG_NODEPOOL_INTERNAL_H
+
+#include <algorithm>
+#include <cstddef>
+#include <memory>
+#include <new>
+#include <vector>
+
+namespace zelvane::internal {
+
+// Hands out pieces of a few sizes from large blocks and takes them back for the next request of their size. The memory
+// itself is freed with the pool.
+class NodePool {
+ public:
+  NodePool() = default;
+  NodePool(NodePool const&) = delete;
+  NodePool& operator=(NodePool const&) = delete;
+
+  void* Take(std::size_t size) {
+    std::size_t const kind = Kind(size);
+    if (free_[kind] == nullptr) return Carve((kind + 1) * kUnit);
+    Free* const piece = free_[kind];
+    free_[kind] = piece->next;
+    return piece;
+  }
+
+  void Give(void* piece, std::size_t size) {
+    std::size_t const kind = Kind(size);
+    free_[kind] = ::new (piece) Free{free_[kind]};
+  }
+
+  // Whether pieces of this size come from the pool.
+  static constexpr bool Serves(std::size_t size) { return size <= kKinds * kUnit; }
+
+ private:
+  struct Free {
+    Free* next;
+  };
+  static constexpr std::size_t kUnit = alignof(std::max_align_t);
+  static constexpr std::size_t kKinds = 16;
+  static constexpr std::size_t kFirstBlock = 2048;
+  static constexpr std::size_t kLargestBlock = 256 * 1024;
+
+  static constexpr std::size_t Kind(std::size_t size) { return (size + kUnit - 1) / kUnit - 1; }
+
+  void* Carve(std::size_t size) {
+    if (static_cast<std::size_t>(end_ - next_) < size) {
+      blocks_.emplace_back(new std::byte[blockSize_]);
+      next_ = blocks_.back().get();
+      end_ = next_ + blockSize_;
+      blockSize_ = std::min(2 * blockSize_, kLargestBlock);
+    }
+    void* const piece = next_;
+    next_ += size;
+    return piece;
+  }
+
+  Free* free_[kKinds] = {};
+  std::vector<std::unique_ptr<std::byte[]>> blocks_;
+  std::byte* next_ = nullptr;
+  std::byte* end_ = nullptr;
+  std::size_t blockSize_ = kFirstBlock;
+};
+
+template <class T>
+class PoolAllocator {
+ public:
+  using value_type = T;
+
+  explicit PoolAllocator(NodePool& pool) : pool_(&pool) {}
+  template <class U>
+  PoolAllocator(PoolAllocator<U> const& other)
+      : pool_(other.pool_) {}  // NOLINT(google-explicit-constructor): rebinding
+
+  T* allocate(std::size_t count) {
+    static_assert(alignof(T) <= alignof(std::max_align_t));
+    if (count == 1 && NodePool::Serves(sizeof(T))) return static_cast<T*>(pool_->Take(sizeof(T)));
+    return std::allocator<T>().allocate(count);
+  }
+  void deallocate(T* nodes, std::size_t count) {
+    if (count == 1 && NodePool::Serves(sizeof(T))) return pool_->Give(nodes, sizeof(T));
+    std::allocator<T>().deallocate(nodes, count);
+  }
+
+  friend bool operator==(PoolAllocator const& a, PoolAllocator const& b) { return a.pool_ == b.pool_; }
+  friend bool operator!=(PoolAllocator const& a, PoolAllocator const& b) { return !(a == b); }
+
+ private:
+  template <class U>
+  friend class PoolAllocator;
+  NodePool* pool_;
+};
+
+}  // namespace zelvane::internal
+
+#endif

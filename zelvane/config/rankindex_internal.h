@@ -1,0 +1,99 @@
+// Addressing an ordered map by number. A map reaches its n-th entry in n steps, which makes a walk by number quadratic;
+// this keeps the map's positions in rows of a few hundred, finds the row by counting, and remembers where it was.
+#ifndef ZELVANE_CONFIG_RANKINDEX_INTERNAL_H
+#define ZELVANE_CONFIG_RANKINDEX_INTERNAL_H
+
+#include <algorithm>
+#include <cstddef>
+#include <iterator>
+#include <vector>
+
+namespace zelvane::internal {
+
+// Built when a number is first asked for, then kept up to date through Inserted and Erased; a caller that reads a few
+// names never pays for it. `Map` is ordered by operator< of its keys.
+template <class Map>
+class RankIndex {
+ public:
+  using Position = typename Map::iterator;
+
+  // The n-th position in ascending order, counted from 0; n is below map.size().
+  Position At(Map& map, std::size_t n) {
+    if (n < kStepsCheaper) return std::next(map.begin(), static_cast<std::ptrdiff_t>(n));
+    if (rows_.empty()) Build(map);
+    while (n < before_) before_ -= rows_[--row_].size();
+    while (n - before_ >= rows_[row_].size()) before_ += rows_[row_++].size();
+    return rows_[row_][n - before_];
+  }
+
+  // `position` has been inserted.
+  void Inserted(Position position) {
+    if (rows_.empty()) return;
+    std::size_t const at = RowOf(position);
+    Row& row = rows_[at];
+    row.insert(PlaceIn(row, position), position);
+    if (at < row_) before_++;
+    if (row.size() > 2 * kRow) Split(at);
+  }
+
+  // `position` is about to be erased.
+  void Erased(Position position) {
+    if (rows_.empty()) return;
+    std::size_t const at = RowOf(position);
+    Row& row = rows_[at];
+    row.erase(PlaceIn(row, position));
+    if (at < row_) before_--;
+    if (!row.empty()) return;
+    rows_.erase(rows_.begin() + static_cast<std::ptrdiff_t>(at));
+    Restart();
+  }
+
+  void Clear() {
+    rows_.clear();
+    Restart();
+  }
+
+ private:
+  using Row = std::vector<Position>;
+  static constexpr std::size_t kRow = 512;
+  static constexpr std::size_t kStepsCheaper = 8;
+
+  void Build(Map& map) {
+    for (Position position = map.begin(); position != map.end(); ++position) {
+      if (rows_.empty() || rows_.back().size() == kRow) rows_.emplace_back().reserve(kRow);
+      rows_.back().push_back(position);
+    }
+    Restart();
+  }
+
+  static bool Less(Position a, Position b) { return a->first < b->first; }
+
+  // The first row whose last entry is not before `position`, or the last row.
+  std::size_t RowOf(Position position) const {
+    auto const row = std::partition_point(rows_.begin(), rows_.end() - 1,
+                                          [position](Row const& each) { return Less(each.back(), position); });
+    return static_cast<std::size_t>(row - rows_.begin());
+  }
+
+  static typename Row::iterator PlaceIn(Row& row, Position position) {
+    return std::lower_bound(row.begin(), row.end(), position, Less);
+  }
+
+  void Split(std::size_t at) {
+    auto const middle = rows_[at].begin() + kRow;
+    Row upper(middle, rows_[at].end());
+    rows_[at].erase(middle, rows_[at].end());
+    rows_.insert(rows_.begin() + static_cast<std::ptrdiff_t>(at) + 1, std::move(upper));
+    Restart();
+  }
+
+  void Restart() { row_ = before_ = 0; }
+
+  std::vector<Row> rows_;
+  std::size_t row_ = 0;     // the row used last
+  std::size_t before_ = 0;  // the entries in the rows before it
+};
+
+}  // namespace zelvane::internal
+
+#endif
