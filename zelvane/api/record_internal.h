@@ -5,8 +5,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <string_view>
 
+#include "zelvane/api/settingsfile_internal.h"
 #include "zelvane/config/cfgclass.h"
 
 // The place of a field in its record.
@@ -145,6 +147,20 @@ bool ReadRows(CfgClass& file, Rows rows, void* record);
 
 // Writes all rows that have a line. False at the first that cannot be written.
 bool WriteRows(CfgClass& file, Rows rows, void const* record);
+
+// ReadRows from a file of its own; one that cannot be read gives the defaults.
+template <class File>
+bool ReadRowsFrom(std::string const& path, Rows rows, void* record) {
+  File file;
+  file.SetFileName(path.c_str(), true);
+  return ReadRows(file, rows, record);
+}
+
+// WriteRows to a file of its own, all of them or none.
+template <class File>
+bool WriteRowsTo(std::string const& path, Rows rows, void const* record) {
+  return ChangeFile<File>(path, Saving::kOnce, [&](CfgClass& file) { return WriteRows(file, rows, record); });
+}
 
 }  // namespace zelvane::internal::table
 
