@@ -156,10 +156,10 @@ bool ReadRowsFrom(std::string const& path, Rows rows, void* record) {
   return ReadRows(file, rows, record);
 }
 
-// WriteRows to a file of its own, all of them or none.
+// WriteRows to a file of its own.
 template <class File>
-bool WriteRowsTo(std::string const& path, Rows rows, void const* record) {
-  return ChangeFile<File>(path, Saving::kOnce, [&](CfgClass& file) { return WriteRows(file, rows, record); });
+bool WriteRowsTo(std::string const& path, Saving saving, Rows rows, void const* record) {
+  return ChangeFile<File>(path, saving, [&](CfgClass& file) { return WriteRows(file, rows, record); });
 }
 
 }  // namespace zelvane::internal::table

@@ -17,8 +17,8 @@ enum class Saving {
 
 // Opens `path` as a File (CfgClass or RegCfgClass), or starts it anew when it does not exist, and lets `body(file)`
 // change it. True when `body` returned true and all its changes are in the file. What is not in the file when this
-// returns or throws is dropped: the engine would save it on destruction. A file that `body` leaves as it was is not
-// created.
+// returns or throws is dropped: the engine would save it on destruction. A file to which `body` writes nothing is
+// neither created nor written; one that exists but cannot be read refuses every write.
 template <class File, class Body>
 bool ChangeFile(std::string const& path, Saving saving, Body&& body) {
   struct Forget {
@@ -27,8 +27,9 @@ bool ChangeFile(std::string const& path, Saving saving, Body&& body) {
   };
   OptionalFile<File> file;
   Forget const forget{file};
-  return file.SetCached(saving == Saving::kOnce) && file.SetFileName(path.c_str(), false) &&
-         std::forward<Body>(body)(static_cast<CfgClass&>(file)) && file.FlushCache();
+  file.SetCached(saving == Saving::kOnce);
+  file.SetFileName(path.c_str(), false);
+  return std::forward<Body>(body)(static_cast<CfgClass&>(file)) && file.FlushCache();
 }
 
 // The calling user's own settings, a RegCfgClass: ".zelvane" in the home folder, or "~.zelvane" in the current one

@@ -115,7 +115,7 @@ int GetShutSrvDefConfig(ShutSrvConfig* cfg) {
 int SetShutSrvConfig(char const* cfgDir, ShutSrvConfig const* cfg) {
   if (cfg == nullptr) return 0;
   return Guard(false, [&] {
-    return WriteRowsTo<CfgClass>(SettingsPath(cfgDir), kRows, cfg) &&
-           WriteRowsTo<RegCfgClass>(UserSettingsPath(), kUserRows, cfg);
+    return WriteRowsTo<CfgClass>(SettingsPath(cfgDir), Saving::kOnce, kRows, cfg) &&
+           WriteRowsTo<RegCfgClass>(UserSettingsPath(), Saving::kOnce, kUserRows, cfg);
   });
 }

@@ -1,0 +1,233 @@
+#include "zelvane/api/upssrvconfig.h"
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "zelvane/api/record_internal.h"
+#include "zelvane/api/serverentry_internal.h"
+#include "zelvane/api/settingsfile_internal.h"
+#include "zelvane/api/upstypes.h"
+#include "zelvane/config/paths.h"
+#include "zelvane/core/barrier_internal.h"
+#include "zelvane/core/datetime.h"
+#include "zelvane/core/fileutils.h"
+#include "zelvane/core/strutils.h"
+#include "zelvane/core/strutils_internal.h"
+
+namespace {
+
+using namespace zelvane::internal;
+using namespace zelvane::internal::table;
+
+constexpr char kAutoDriver[] = "autoups";
+constexpr char kSerial[] = "rs232";
+constexpr char kUsb[] = "usbhid";
+constexpr std::int32_t kUsbComm = 1;
+
+constexpr std::int32_t kLowCharge = 0;
+constexpr std::int32_t kNormalSensitivity = 2;
+
+#define ZELVANE_UPSSRV(field) ZELVANE_FIELD(UpsSrvConfig, field)
+
+constexpr Row kRows[] = {
+    Signed("UPS", "UPSTYPE", ZELVANE_UPSSRV(upsType), 0),
+    Text("UPS", "UPSDL", ZELVANE_UPSSRV(upsDriver), kAutoDriver),
+    Text("UPS", "COMMDL", ZELVANE_UPSSRV(commDriver), kSerial),
+    Signed("UPS", "COMMPORT", ZELVANE_UPSSRV(commPort), 2),
+    Flag("UPS", "HISTLOG", ZELVANE_UPSSRV(histLog), true),
+    Flag("UPS", "NBSHUTDOWN", ZELVANE_UPSSRV(nbShutdown), true),
+    Flag("UPS", "NBSTANDBY", ZELVANE_UPSSRV(nbStandby), false),
+    Signed("UPS", "NBSHUTDOWNDELAY", ZELVANE_UPSSRV(nbShutdownDelay), 120),
+    Unsigned("UPS", "UPSDISCHDELAY", ZELVANE_UPSSRV(dischargeInterval), 120),
+    Signed("UPS", "UPSFULLDISCH", ZELVANE_UPSSRV(fullDischargeDate), -1),
+    Seconds("TIMERS", "MANUAL", ZELVANE_UPSSRV(timerManual), 20),
+    Seconds("TIMERS", "OPBAT", ZELVANE_UPSSRV(timerOnBattery), 300),
+    Seconds("TIMERS", "BATBAIXA", ZELVANE_UPSSRV(timerLowBattery), 20),
+    Seconds("TIMERS", "FALHA", ZELVANE_UPSSRV(timerFailure), 20),
+    Seconds("TIMERS", "CONTREG", ZELVANE_UPSSRV(timerRegister), 20),
+    Unsigned("TIMERS", "BATLEVEL", ZELVANE_UPSSRV(batteryLevel), 10),
+    Unsigned("TCPIP", "PORT", ZELVANE_UPSSRV(tcpPort), kDefaultPort),
+    // What COMMDL, the type table, usbhid.cfg and the model file say.
+    Signed(ZELVANE_UPSSRV(commType), 0),
+    Text(ZELVANE_UPSSRV(upsName), "Auto"),
+    Text(ZELVANE_UPSSRV(cfgModule), "zelcfg01"),
+    Text(ZELVANE_UPSSRV(cliModule), "zelcli01"),
+    Signed(ZELVANE_UPSSRV(modelIndex), -1),
+    Unsigned(ZELVANE_UPSSRV(usbDevice), 0),
+    Signed(ZELVANE_UPSSRV(batteryChargeMode), kLowCharge),
+    Signed(ZELVANE_UPSSRV(lineSensitivity), kNormalSensitivity),
+};
+
+static_assert(RowsFit(sizeof(UpsSrvConfig), kRows), "rows outside the record or on top of each other");
+
+// A setting that only some models have: its field is the number of one of the names.
+struct ModelSetting {
+  char const* key;
+  std::int32_t UpsSrvConfig::*field;
+  std::int32_t def;
+  std::int32_t count;
+  char const* names[5];
+};
+
+constexpr ModelSetting kModelSettings[] = {
+    {"ICARGABAT", &UpsSrvConfig::batteryChargeMode, kLowCharge, 2, {"CARGABATLO", "CARGABATHI"}},
+    {"ENVOLTREDE",
+     &UpsSrvConfig::lineSensitivity,
+     kNormalSensitivity,
+     5,
+     {"SENSVLOW", "SENSLOW", "SENSNORMAL", "SENSHI", "SENSVHI"}},
+};
+
+// What the type table says of the type that is written.
+struct TypeEntry {
+  std::string driver;
+  std::int16_t modelIndex = -1;
+};
+
+struct Folders {
+  std::string config;
+  std::string tables;
+};
+
+// A bare name lies under the root, other than in the shutdown service's settings.
+Folders FindFolders(char const* cfgDir, int tablesInCfgDir) {
+  std::string config = cfgDir;
+  std::string root = GetZelvanePath();
+  if (ExtractFilePath(config).empty()) config.insert(0, root);
+  config = IncludePathDelimiter(config);
+  return {config, tablesInCfgDir != 0 ? config : root};
+}
+
+std::string UsbKey(UpsSrvConfig const& cfg) {
+  return IntToStr(static_cast<std::int32_t>(static_cast<std::uint32_t>(cfg.commPort) - 1U));
+}
+
+std::string ModelPath(Folders const& folders, std::int16_t modelIndex) {
+  return folders.config + "upscfg" + IntToStr(modelIndex, 2, '0') + ".cfg";
+}
+
+// ---- Reading: each fills its fields where its file has something to say of them. ----
+
+void ReadType(Folders const& folders, UpsSrvConfig& cfg) {
+  void* const list = OpenUPSTypeList((folders.tables + "upstype.cfg").c_str());
+  UpsTypeItem item;
+  if (GetUPSTypeListItemByType(list, static_cast<unsigned int>(cfg.upsType), &item) != 0) {
+    // One by one: the item is longer than the fields that the two records share.
+    CopyToField(cfg.upsName, item.upsName);
+    CopyToField(cfg.cfgModule, item.cfgModule);
+    CopyToField(cfg.cliModule, item.cliModule);
+    cfg.modelIndex = item.modelIndex;
+  }
+  CloseUPSTypeList(list);
+}
+
+void ReadUsbDevice(Folders const& folders, UpsSrvConfig& cfg) {
+  if (cfg.commType != kUsbComm) return;
+  CfgClass table;
+  table.OpenReadOnly(folders.tables + "usbhid.cfg");
+  cfg.usbDevice = static_cast<std::uint32_t>(table.ReadInt("USBHID", UsbKey(cfg).c_str(), 0));
+}
+
+void ReadModel(Folders const& folders, UpsSrvConfig& cfg) {
+  CfgClass model;
+  model.OpenReadOnly(ModelPath(folders, cfg.modelIndex));
+  for (ModelSetting const& setting : kModelSettings) {
+    std::string const value = model.ReadStr("INIT", setting.key, "");
+    for (std::int32_t i = 0; i < setting.count; i++)
+      if (value == setting.names[i]) cfg.*setting.field = i;
+  }
+}
+
+// ---- Writing. ----
+
+// False when the entry has too few fields. A missing one, or a missing table, counts as that of the type "Auto".
+bool FindType(Folders const& folders, std::int32_t type, TypeEntry& entry) {
+  CfgClass table;
+  table.OpenReadOnly(folders.tables + "upstype.cfg");
+  std::string const value = table.ReadStr("UPSTYPE", IntToStr(type).c_str(), "Auto;autoups;zelcfg01;zelcli01;-1");
+  std::vector<std::string> fields;
+  if (!SplitFields(value, 5, fields)) return false;
+  entry.driver = fields[1].empty() ? kAutoDriver : fields[1];
+  entry.modelIndex = static_cast<std::int16_t>(StrToIntDef(fields[4], -1));
+  return true;
+}
+
+// A planned discharge is never further away than one interval.
+std::int32_t NextDischarge(UpsSrvConfig const& cfg) {
+  long const now = GetDateTime();
+  if (cfg.fullDischargeDate <= 0 || now < 0) return cfg.fullDischargeDate;
+  std::int64_t const latest = now + std::int64_t{86400} * static_cast<std::uint32_t>(cfg.dischargeInterval);
+  return static_cast<std::int32_t>(std::min<std::int64_t>(cfg.fullDischargeDate, latest));
+}
+
+bool WriteSettings(Folders const& folders, UpsSrvConfig const& cfg, std::string const& driver) {
+  UpsSrvConfig written = cfg;
+  CopyToField(written.upsDriver, driver);
+  CopyToField(written.commDriver, cfg.commType == kUsbComm ? kUsb : kSerial);
+  written.fullDischargeDate = NextDischarge(cfg);
+  return ChangeFile<CfgClass>(folders.config + "upssrv.cfg", Saving::kOnce, [&](CfgClass& file) {
+    // The driver once more, now whole: the table's may be longer than the record's field.
+    return WriteRows(file, kRows, &written) && file.WriteStr("UPS", "UPSDL", driver.c_str());
+  });
+}
+
+bool WriteUsbDevice(Folders const& folders, UpsSrvConfig const& cfg) {
+  if (cfg.commType != kUsbComm) return true;
+  return ChangeFile<CfgClass>(folders.tables + "usbhid.cfg", Saving::kOnce, [&](CfgClass& file) {
+    return file.WriteUInt("USBHID", UsbKey(cfg).c_str(), cfg.usbDevice);
+  });
+}
+
+bool WriteModel(Folders const& folders, UpsSrvConfig const& cfg, std::int16_t modelIndex) {
+  if (modelIndex < 0) return true;
+  return ChangeFile<CfgClass>(ModelPath(folders, modelIndex), Saving::kOnce, [&](CfgClass& file) {
+    for (ModelSetting const& setting : kModelSettings) {
+      // A key that the file lacks stands for a setting that the model lacks.
+      if (!file.KeyExists("INIT", setting.key)) continue;
+      std::int32_t const value = cfg.*setting.field;
+      bool const known = value >= 0 && value < setting.count;
+      if (!file.WriteStr("INIT", setting.key, setting.names[known ? value : setting.def])) return false;
+    }
+    return true;
+  });
+}
+
+}  // namespace
+
+int GetUpsSrvConfig(char const* cfgDir, UpsSrvConfig* cfg, int tablesInCfgDir) {
+  if (cfgDir == nullptr || cfg == nullptr) return 0;
+  return Guard(0, [&] {
+    Folders const folders = FindFolders(cfgDir, tablesInCfgDir);
+    std::string const path = folders.config + "upssrv.cfg";
+    // First all of them: what the other files do not say of their fields is the default as well.
+    SetDefaults(kRows, cfg);
+    if (!FilePermToRead(path)) {
+      SetUpsSrvConfig(cfgDir, cfg, 0);
+      return 1;
+    }
+    ReadRowsFrom<CfgClass>(path, kRows, cfg);
+    cfg->commType = FieldText(cfg->commDriver) == kUsb ? kUsbComm : 0;
+    ReadType(folders, *cfg);
+    ReadUsbDevice(folders, *cfg);
+    ReadModel(folders, *cfg);
+    return 1;
+  });
+}
+
+int GetUpsSrvDefConfig(UpsSrvConfig* cfg) {
+  if (cfg == nullptr) return 0;
+  SetDefaults(kRows, cfg);
+  return 1;
+}
+
+int SetUpsSrvConfig(char const* cfgDir, UpsSrvConfig const* cfg, int tablesInCfgDir) {
+  if (cfgDir == nullptr || cfg == nullptr) return 0;
+  return Guard(false, [&] {
+    Folders const folders = FindFolders(cfgDir, tablesInCfgDir);
+    TypeEntry type;
+    // Judged before anything is opened for writing.
+    return FindType(folders, cfg->upsType, type) && WriteSettings(folders, *cfg, type.driver) &&
+           WriteUsbDevice(folders, *cfg) && WriteModel(folders, *cfg, type.modelIndex);
+  });
+}
