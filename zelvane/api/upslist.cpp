@@ -6,19 +6,22 @@
 #include <string>
 #include <vector>
 
-#include "zelvane/config/cfgclass_internal.h"
+#include "zelvane/api/settingsfile_internal.h"
+#include "zelvane/config/cfgclass.h"
 #include "zelvane/config/paths.h"
 #include "zelvane/core/barrier_internal.h"
 #include "zelvane/core/fileutils.h"
 #include "zelvane/core/strutils.h"
 
+using zelvane::internal::ChangeFile;
 using zelvane::internal::Guard;
-using zelvane::internal::OptionalCfg;
+using zelvane::internal::Saving;
 
 namespace {
 
 constexpr long kUnits = 100;
 constexpr int kNameWidth = 3;
+constexpr char kSection[] = "SRVLIST";
 
 // Octal, and odd: a decimal 664 that was once meant as an octal one. Installed systems have such folders.
 constexpr mode_t kFolderMode = 01230;
@@ -28,8 +31,14 @@ long UnitNumber(char const* name) {
   return StrToIntDef(FillLeft(name, kNameWidth, '0'), kUnits);
 }
 
-bool OpenList(OptionalCfg& list, bool readOnly) {
-  return list.SetFileName((GetZelvanePath() + "srvlist.cfg").c_str(), readOnly) && list.SetSection("SRVLIST");
+std::string ListPath() {
+  return GetZelvanePath() + "srvlist.cfg";
+}
+
+// A list that cannot be read has no entries.
+void OpenList(CfgClass& list) {
+  list.OpenReadOnly(ListPath());
+  list.SetSection(kSection);
 }
 
 // The names in the template's list. False when there is no template, or a name leads out of its folder.
@@ -65,24 +74,27 @@ bool AddUnit(char const* name) {
   std::string const root = GetZelvanePath();
   std::string const folder = root + unit + "/";
   if (!DirExists(folder) && !MakeFolder(root, folder)) return false;
-  OptionalCfg list;
-  return OpenList(list, false) && list.WriteStr(IntToStr(number), unit);
+  return ChangeFile<CfgClass>(ListPath(), Saving::kOnce, [&](CfgClass& list) {
+    return list.WriteStr(kSection, IntToStr(number).c_str(), unit.c_str());
+  });
 }
 
 }  // namespace
 
 int GetUpsListCount(void) {
   return Guard(0, [] {
-    OptionalCfg list;
-    return OpenList(list, true) ? static_cast<int>(list.GetKeyCount()) : 0;
+    CfgClass list;
+    OpenList(list);
+    return static_cast<int>(list.GetKeyCount());
   });
 }
 
 int GetUpsListItem(unsigned int position, char* name) {
   if (name == nullptr) return 0;
   return Guard(0, [&] {
-    OptionalCfg list;
-    if (!OpenList(list, true) || position >= list.GetKeyCount()) return 0;
+    CfgClass list;
+    OpenList(list);
+    if (position >= list.GetKeyCount()) return 0;
     std::string const value = FillLeft(list.ReadStr(position, ""), kNameWidth, '0');
     std::memcpy(name, value.data(), kNameWidth);
     name[kNameWidth] = '\0';
@@ -98,7 +110,9 @@ int AddUpsListItem(char const* name) {
 int RemUpsListItem(char const* name) {
   if (name == nullptr) return 0;
   return Guard(0, [&] {
-    OptionalCfg list;
-    return OpenList(list, false) && list.DeleteKey(IntToStr(UnitNumber(name))) ? 1 : 0;
+    std::string const key = IntToStr(UnitNumber(name));
+    bool const removed = ChangeFile<CfgClass>(ListPath(), Saving::kOnce,
+                                              [&](CfgClass& list) { return list.DeleteKey(kSection, key.c_str()); });
+    return removed ? 1 : 0;
   });
 }
