@@ -1,0 +1,13 @@
+#!/usr/bin/env bash
+# symbols.sh LIBRARY [--update]: the names that the built library exports, compared with abi/symbols.txt. A lost or a new
+# name is a change of the ABI and wants to be seen: --update writes the list anew.
+set -euo pipefail
+list=$(dirname "$0")/../abi/symbols.txt
+# Version nodes are no functions; on 32 bits some names are mangled otherwise, so the list is that of 64 bits.
+exported() { nm -D --defined-only "$1" | awk '$2 != "A" {print $3}' | LC_ALL=C sort; }
+if [ "${2:-}" = --update ]; then
+  exported "$1" >"$list"
+elif ! difference=$(diff -u "$list" <(exported "$1")); then
+  printf 'exported names differ from abi/symbols.txt (- lost, + new):\n%s\n' "$difference"
+  exit 1
+fi
