@@ -1,0 +1,14 @@
+// The families of commands. Each adds one subcommand with its own below it; main.cpp lists them.
+#ifndef ZELVANE_TOOLS_ZELCTL_FAMILIES_H
+#define ZELVANE_TOOLS_ZELCTL_FAMILIES_H
+
+namespace CLI {
+class App;
+}
+struct Terminal;
+
+void AddShutdown(CLI::App& app, Terminal& terminal);
+void AddCfg(CLI::App& app, Terminal& terminal);
+void AddB64(CLI::App& app, Terminal& terminal);
+
+#endif

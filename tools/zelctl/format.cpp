@@ -1,0 +1,58 @@
+#include "format.h"
+
+#include <filesystem>
+
+#include "terminal.h"
+#include "zelvane/config/cfgclass.h"
+#include "zelvane/core/strutils.h"
+
+namespace {
+
+bool Has(std::string const& text, char const* any) {
+  return text.find_first_of(any) != std::string::npos;
+}
+
+}  // namespace
+
+std::string ValueFault(std::string const& value) {
+  if (value.find('\0') != std::string::npos) return "a NUL byte ends the text";
+  if (Has(value, "\n")) return "a line feed cannot stand in a line of the file";
+  if (Has(value, "[]")) return "'[' or ']' would make the line a syntax error";
+  if (Trim(value) != value) return "blanks at either end are not kept by the file";
+  return "";
+}
+
+std::string KeyFault(std::string const& key) {
+  if (key.empty()) return "a key needs a name";
+  if (Has(key, "=")) return "'=' ends the name of a key";
+  if (Has(key.substr(0, 1), ";#'")) return "';', '#' or \"'\" in front makes the line a comment";
+  return ValueFault(key);
+}
+
+std::string SectionFault(std::string const& section) {
+  return ValueFault(section);
+}
+
+bool IsPasswordKey(std::string const& key) {
+  return AnsiUpperCase(key).find("PASSWORD") != std::string::npos;
+}
+
+FileState InspectFile(std::string const& path) {
+  CfgClass cfg;
+  if (cfg.OpenReadOnly(path)) return {true, cfg.GetErrorLine()};
+  std::error_code error;
+  if (std::filesystem::status(path, error).type() != std::filesystem::file_type::not_found)
+    throw Failed(path + ": cannot be read");
+  return {false, 0};
+}
+
+void RequireWholeLoad(std::string const& path) {
+  FileState const state = InspectFile(path);
+  if (state.badLine != 0)
+    throw Failed(StoppedAt(path, state.badLine) + ", and a save drops those lines; `zelctl cfg lint` names them, " +
+                 "--force saves all the same (the file as it was is kept as " + path + ".lost)");
+}
+
+std::string StoppedAt(std::string const& path, long line) {
+  return path + ":" + std::to_string(line) + ": syntax error: lines below this one are not read";
+}
