@@ -1,0 +1,57 @@
+// Text helpers shared by the library's own sources.
+#ifndef ZELVANE_CORE_STRUTILS_INTERNAL_H
+#define ZELVANE_CORE_STRUTILS_INTERNAL_H
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace zelvane::internal {
+
+// The text up to its NUL. A null pointer gives a view whose data() is null: empty, and still to be told from "".
+inline std::string_view View(char const* text) {
+  return text == nullptr ? std::string_view() : std::string_view(text);
+}
+
+// Without the blanks that Trim removes; the result is a part of `text`.
+std::string_view TrimView(std::string_view text);
+
+// Replaces `out` by AnsiUpperCase of `text`, using the room that `out` has already. `text` must not be part of `out`.
+void AnsiUpperInto(std::string& out, std::string_view text);
+
+// A value of `n` fields (at least 1) joined by ";": true when it holds at least n - 1 separators. `fields` is then what
+// Tokenize gives with the limit `n`: exactly n fields, text behind the last dropped. So "h;1;" has three fields, and
+// the empty value has one. On false `fields` stays as it was.
+bool SplitFields(std::string_view value, std::size_t n, std::vector<std::string>& fields);
+
+// Fills a char array of a record: at most width - 1 bytes of `text`, a NUL directly behind them, and a NUL in the last
+// byte. The bytes in between stay as they were.
+inline void CopyToField(char* field, std::size_t width, std::string_view text) {
+  if (width == 0) return;
+  std::size_t const length = std::min(text.size(), width - 1);
+  if (length > 0) std::memcpy(field, text.data(), length);
+  field[length] = '\0';
+  field[width - 1] = '\0';
+}
+
+template <std::size_t N>
+void CopyToField(char (&field)[N], std::string_view text) {
+  CopyToField(field, N, text);
+}
+
+// The text of a caller's char array, up to its NUL or, where there is none, its width. Null gives "".
+inline std::string_view FieldText(char const* field, std::size_t width) {
+  return field == nullptr ? std::string_view() : std::string_view(field, strnlen(field, width));
+}
+
+template <std::size_t N>
+std::string_view FieldText(char const (&field)[N]) {
+  return FieldText(field, N);
+}
+
+}  // namespace zelvane::internal
+
+#endif
