@@ -4,9 +4,13 @@
 
 #include <cstring>
 #include <filesystem>
+#include <iterator>
 #include <string>
+#include <vector>
 
 #include "support/settings.h"
+
+namespace fs = std::filesystem;
 
 namespace {
 
@@ -41,8 +45,7 @@ TEST_F(Version, Texts) {
       {"VERSION = 1234567890\n", "123456789", "Zelvane 1234567890"},  // the default takes the whole version
       {"PRODUCT = " + std::string(255, 'p') + "\n", "4.0+", std::string(255, 'p')},
       {"PRODUCT = " + std::string(256, 'p') + "\n", "4.0+", std::string(255, 'p')},
-      {"VERSION = " + std::string(300, 'v') + "\n", std::string(9, 'v'), "Zelvane " + std::string(247, 'v')},
-  };
+      {"VERSION = " + std::string(300, 'v') + "\n", std::string(9, 'v'), "Zelvane " + std::string(247, 'v')}};
   for (auto const& c : cases) {
     Settings(c.lines);
     VersionInfo info;
@@ -56,7 +59,7 @@ TEST_F(Version, Texts) {
 }
 
 TEST_F(Version, WithoutSettingsTheProgramsFolderIsTheRoot) {
-  std::string const own = std::filesystem::read_symlink("/proc/self/exe").parent_path().string() + "/";
+  std::string const own = fs::read_symlink("/proc/self/exe").parent_path().string() + "/";
   test::SetSettingsFile(root_.Path("missing.conf"));
   VersionInfo info = {};
   ASSERT_EQ(GetZelvaneVersionInfo(&info), 1);
@@ -76,21 +79,20 @@ TEST_F(Version, ARootLongerThanItsFieldIsSearchedWhole) {
 }
 
 TEST_F(Version, ModulesAreFoundByTheirFiles) {
-  struct {
-    char const* file;
-    unsigned int modules;
-  } const cases[] = {
-      {"zelsrv", 1},    {"shutsrv", 2},   {"zelvane", 4},   {"zelcli00", 4},  {"zelcli09", 4}, {"zelcli15", 4},
-      {"czelcli00", 4}, {"czelcli15", 4}, {"zelconfig", 8}, {"zelcfg00", 8},  {"zelcfg15", 8}, {"czelcfg00", 8},
-      {"czelcfg15", 8}, {"zelbrws", 16},  {"zelcli16", 0},  {"czelcli16", 0}, {"zelcfg16", 0}, {"czelcfg16", 0},
-      {"zelcli", 0},    {"zelcli1", 0},   {"zelcli001", 0}, {"zelsrv00", 0},  {"ZELSRV", 0},   {"cshutsrv", 0},
-  };
+  std::vector<char const*> const files[] = {{"zelcli16", "czelcli16", "zelcfg16", "czelcfg16", "zelcli", "zelcli1",
+                                             "zelcli001", "zelsrv00", "ZELSRV", "cshutsrv"},
+                                            {"zelsrv"},
+                                            {"shutsrv"},
+                                            {"zelvane", "zelcli00", "zelcli09", "zelcli15", "czelcli00", "czelcli15"},
+                                            {"zelconfig", "zelcfg00", "zelcfg15", "czelcfg00", "czelcfg15"},
+                                            {"zelbrws"}};
   Settings("");
-  EXPECT_EQ(Modules(), 0u);
-  for (auto const& c : cases) {
-    root_.Write("root/" + std::string(c.file), "");
-    EXPECT_EQ(Modules(), c.modules) << c.file;
-    std::filesystem::remove(root_.Root(c.file));
+  for (unsigned int i = 0; i < std::size(files); i++) {
+    for (char const* file : files[i]) {
+      root_.Write("root/" + std::string(file), "");
+      EXPECT_EQ(Modules(), i == 0 ? 0u : 1u << (i - 1)) << file;
+      fs::remove(root_.Root(file));
+    }
   }
   for (char const* file : {"zelsrv", "shutsrv", "czelcli07", "zelcfg03", "zelbrws"})
     root_.Write("root/" + std::string(file), "");
@@ -98,32 +100,27 @@ TEST_F(Version, ModulesAreFoundByTheirFiles) {
 }
 
 TEST_F(Version, TheSettingsOverrideTheSearch) {
-  struct {
-    char const* value;
-    bool without;  // the flag when the file is missing
-    bool with;     // and when it is there
-  } const cases[] = {
-      {"0", false, false},        {"1", true, true},           {"5", true, true},     {"256", true, true},
-      {"2147483647", true, true}, {"-1", false, true},         {"-256", false, true}, {"", false, true},
-      {"yes", false, true},       {"4294967296", false, true}, {"+0", false, false},
-  };
-  struct {
-    char const* key;
-    char const* file;
-    unsigned int bit;
-  } const modules[] = {{"ZELSRV", "zelsrv", 1},
-                       {"SHUTSRV", "shutsrv", 2},
-                       {"ZELCLI", "czelcli15", 4},
-                       {"ZELCFG", "zelcfg00", 8},
-                       {"ZELBRWS", "zelbrws", 16}};
-  for (auto const& module : modules) {
-    for (auto const& c : cases) {
-      Settings(module.key + std::string(" = ") + c.value + "\n");
-      EXPECT_EQ(Modules(), c.without ? module.bit : 0) << module.key << "=" << c.value;
-      root_.Write("root/" + std::string(module.file), "");
-      EXPECT_EQ(Modules(), c.with ? module.bit : 0) << module.key << "=" << c.value << " with its file";
-      std::filesystem::remove(root_.Root(module.file));
+  char const* const modules[][2] = {{"ZELSRV", "zelsrv"},
+                                    {"SHUTSRV", "shutsrv"},
+                                    {"ZELCLI", "czelcli15"},
+                                    {"ZELCFG", "zelcfg00"},
+                                    {"ZELBRWS", "zelbrws"}};
+  unsigned int bit = 1;
+  for (auto const& [key, file] : modules) {
+    auto const flags = [&, k = key](char const* value) {
+      Settings(k + std::string(" = ") + value + "\n");
+      return Modules();
+    };
+    for (bool const there : {false, true}) {
+      if (there) root_.Write("root/" + std::string(file), "");
+      for (char const* no : {"0", "+0", "-0"}) EXPECT_EQ(flags(no), 0u) << key << no << there;
+      for (char const* yes : {"1", "5", "256", "65536", "2147483647"})
+        EXPECT_EQ(flags(yes), bit) << key << yes << there;
+      for (char const* search : {"-1", "-256", "", "yes", "4294967296"})
+        EXPECT_EQ(flags(search), there ? bit : 0u) << key << search << there;
     }
+    fs::remove(root_.Root(file));
+    bit *= 2;
   }
 }
 
