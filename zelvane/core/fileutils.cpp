@@ -201,9 +201,10 @@ bool FilePermToWrite(char const* path) {
 
 bool DirExists(char const* path) {
   if (path == nullptr) return false;
-  // A folder held open can be returned to even if its path has changed or may no longer be read.
+  // A folder held open can be returned to even if its path has changed. The way back is tried first: a process that has
+  // given up its rights since it came here could not return.
   Descriptor const here = Open(".", O_PATH | O_DIRECTORY);
-  if (!here || chdir(path) != 0) return false;
+  if (!here || fchdir(here.Get()) != 0 || chdir(path) != 0) return false;
   return fchdir(here.Get()) == 0;
 }
 

@@ -8,6 +8,7 @@
 #include <climits>
 #include <initializer_list>
 
+#include "zelvane/core/barrier_internal.h"
 #include "zelvane/core/fd_internal.h"
 #include "zelvane/core/safesave_internal.h"
 
@@ -16,7 +17,7 @@ namespace {
 
 constexpr size_t kReadBlock = 65536;
 constexpr size_t kDeviceLimit = 16 * 1024 * 1024;
-constexpr int kNameTries = 100;
+constexpr int kTries = 100;
 constexpr int kLinkDepth = 40;  // as deep as the kernel follows
 
 bool IsOneOf(int reason, std::initializer_list<int> reasons) {
@@ -38,6 +39,10 @@ std::string FollowLinks(std::string path) {
     path = folder + std::string(target, static_cast<size_t>(length));
   }
   return path;
+}
+
+bool IsSame(struct stat const& one, struct stat const& other) {
+  return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
 }
 
 bool HasAccessList(int fd) {
@@ -68,7 +73,7 @@ std::string RandomName() {
 class Temporary {
  public:
   Temporary(std::string const& folder, mode_t mode) {
-    for (int tries = 0; tries < kNameTries && !file_; tries++) {
+    for (int tries = 0; tries < kTries && !file_; tries++) {
       path_ = folder + RandomName();
       file_ = Open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, mode);
       if (!file_ && errno != EEXIST) break;
@@ -132,7 +137,7 @@ bool TakeIdentity(int fd, struct stat const& old) {
 Outcome SaveBeside(std::string const& path, int oldFile, struct stat const& old, std::string_view text) {
   std::string const target = FollowLinks(path);
   struct stat there;
-  bool const found = lstat(target.c_str(), &there) == 0 && there.st_dev == old.st_dev && there.st_ino == old.st_ino;
+  bool const found = lstat(target.c_str(), &there) == 0 && IsSame(there, old);
   if (!found || !S_ISREG(old.st_mode) || old.st_nlink != 1 || HasAccessList(oldFile)) return Outcome::kNotThisWay;
 
   Temporary made(FolderOf(target), 0600);
@@ -142,11 +147,12 @@ Outcome SaveBeside(std::string const& path, int oldFile, struct stat const& old,
   return made.Replace(target) ? Outcome::kSaved : Outcome::kNotThisWay;
 }
 
-// The space first: a full disk then shows before a single byte has changed. File systems that cannot reserve go on.
+// The space first: a full disk then shows before a single byte or the length has changed. File systems that cannot
+// reserve go on.
 bool Reserve(int fd, off_t size) {
   if (size == 0) return true;
   int failed = 0;
-  do failed = fallocate(fd, 0, 0, size);
+  do failed = fallocate(fd, FALLOC_FL_KEEP_SIZE, 0, size);
   while (failed != 0 && errno == EINTR);
   return failed == 0 || IsOneOf(errno, {EINVAL, EOPNOTSUPP, ENOSYS});
 }
@@ -161,7 +167,7 @@ bool SaveInPlace(std::string const& path, Descriptor& file, struct stat const& o
   std::string before;
   bool const known = ReadWhole(path, before) == ReadResult::kOk;
   if (!Reserve(file.Get(), static_cast<off_t>(text.size()))) {
-    (void)!ftruncate(file.Get(), old.st_size);
+    (void)!ftruncate(file.Get(), old.st_size);  // gives back what was reserved behind the end
     return false;
   }
   if (Overwrite(file.Get(), text) && fsync(file.Get()) == 0) return file.Close();
@@ -177,11 +183,44 @@ bool SaveNew(std::string const& path, std::string_view text) {
 
 // ---- Keeping a copy ----
 
-// Owner, group and mode as far as this user may give them, never open to more people than the old file.
+// Owner, group and mode as far as this user may give them, never open to more people than the old file: those of a
+// group that could not be given are now among the others.
 bool TakeIdentityOrLess(int fd, struct stat const& old, bool listed) {
   bool const grouped = fchown(fd, old.st_uid, old.st_gid) == 0 || fchown(fd, static_cast<uid_t>(-1), old.st_gid) == 0;
-  mode_t const mode = old.st_mode & 07777;
-  return fchmod(fd, grouped && !listed && !HasAccessList(fd) ? mode : mode & ~static_cast<mode_t>(S_IRWXG)) == 0;
+  mode_t const mode = old.st_mode & 0777;
+  mode_t const less = (mode & S_IRWXU) | (mode & mode >> 3 & S_IRWXO);
+  return fchmod(fd, grouped && !listed && !HasAccessList(fd) ? mode : less) == 0;
+}
+
+// ---- Reading ----
+
+bool ReadToEnd(int fd, std::string& out) {
+  struct stat status;
+  if (fstat(fd, &status) != 0) return false;
+  bool const regular = S_ISREG(status.st_mode);
+  // One byte more than the file has, so that its end shows without growing. The kernel's own files say they are empty.
+  out.resize(regular && status.st_size > 0 ? static_cast<size_t>(status.st_size) + 1 : kReadBlock);
+  for (size_t filled = 0;;) {
+    if (filled == out.size()) out.resize(filled * 2);
+    ssize_t const got = ReadSome(fd, out.data() + filled, out.size() - filled);
+    if (got <= 0) {
+      out.resize(filled);
+      return got == 0;
+    }
+    filled += static_cast<size_t>(got);
+    if (!regular && filled > kDeviceLimit) {
+      errno = EFBIG;
+      return false;
+    }
+  }
+}
+
+// Out of memory is one more reason why a file cannot be read; operator new leaves ENOMEM in errno.
+bool ReadOpened(Descriptor const& file, std::string& out) {
+  out.clear();
+  if (Guard(false, [&] { return ReadToEnd(file.Get(), out); })) return true;
+  out.clear();
+  return false;
 }
 
 }  // namespace
@@ -189,40 +228,33 @@ bool TakeIdentityOrLess(int fd, struct stat const& old, bool listed) {
 ReadResult ReadWhole(std::string const& path, std::string& out) {
   out.clear();
   Descriptor const file = Open(path.c_str(), O_RDONLY | O_NONBLOCK);
-  struct stat status;
   if (!file) return ReadResult::kNotOpened;
-  if (fstat(file.Get(), &status) != 0) return ReadResult::kReadFailed;
-  bool const regular = S_ISREG(status.st_mode);
-  if (regular) out.reserve(static_cast<size_t>(status.st_size));
-  for (;;) {
-    char block[kReadBlock];
-    ssize_t const got = ReadSome(file.Get(), block, sizeof block);
-    if (got == 0) return ReadResult::kOk;
-    if (got > 0) out.append(block, static_cast<size_t>(got));
-    if (got > 0 && (regular || out.size() <= kDeviceLimit)) continue;
-    if (got > 0) errno = EFBIG;
-    out.clear();
-    return ReadResult::kReadFailed;
-  }
+  return ReadOpened(file, out) ? ReadResult::kOk : ReadResult::kReadFailed;
 }
 
 bool SafeSave(std::string const& path, std::string_view text) {
-  Descriptor file = Open(path.c_str(), O_WRONLY | O_NONBLOCK);
-  if (!file) return errno == ENOENT && SaveNew(path, text);
-  struct stat old;
-  if (fstat(file.Get(), &old) != 0) return false;
-  Outcome const beside = SaveBeside(path, file.Get(), old, text);
-  return beside == Outcome::kNotThisWay ? SaveInPlace(path, file, old, text) : beside == Outcome::kSaved;
+  for (int tries = 0; tries < kTries; tries++) {
+    Descriptor file = Open(path.c_str(), O_WRONLY | O_NONBLOCK);
+    if (!file) return errno == ENOENT && SaveNew(path, text);
+    struct stat old;
+    if (fstat(file.Get(), &old) != 0) return false;
+    Outcome const beside = SaveBeside(path, file.Get(), old, text);
+    if (beside != Outcome::kNotThisWay) return beside == Outcome::kSaved;
+    // Another program may have renamed its own file over this one meanwhile; what is open is then no longer the file.
+    struct stat now;
+    if (stat(path.c_str(), &now) == 0 && IsSame(now, old)) return SaveInPlace(path, file, old, text);
+  }
+  return false;
 }
 
 bool KeepAside(std::string const& path, char const* suffix) {
   std::string const name = path + suffix;
   struct stat status;
   if (lstat(name.c_str(), &status) == 0) return true;
-  std::string bytes;
   Descriptor const file = Open(path.c_str(), O_RDONLY | O_NONBLOCK);
   if (!file || fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode)) return false;
-  if (ReadWhole(path, bytes) != ReadResult::kOk) return false;
+  std::string bytes;
+  if (!ReadOpened(file, bytes)) return false;
   Temporary made(FolderOf(name), 0600);
   if (!made || !TakeIdentityOrLess(made.Get(), status, HasAccessList(file.Get())) || !made.Fill(bytes)) return false;
   return made.TakeFreeName(name) || errno == EEXIST;

@@ -1,5 +1,7 @@
 #include "zelvane/crypto/base64.h"
 
+#include <endian.h>
+#include <stdint.h>
 #include <string.h>
 
 #include <algorithm>
@@ -21,11 +23,10 @@ namespace {
 constexpr char kAlphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 constexpr unsigned long kLineGroups = 18;  // 54 bytes, 72 characters
 
+// Twelve bits to two characters: half as many look-ups as character by character.
 struct Pair {
   char text[2];
 };
-
-// Twelve bits at once: half as many look-ups as character by character.
 constexpr std::array<Pair, 4096> MakePairs() {
   std::array<Pair, 4096> pairs{};
   for (unsigned i = 0; i < 4096; i++) pairs[i] = {{kAlphabet[i >> 6], kAlphabet[i & 63]}};
@@ -33,17 +34,20 @@ constexpr std::array<Pair, 4096> MakePairs() {
 }
 constexpr std::array<Pair, 4096> kPairs = MakePairs();
 
-// Character to value. The two upper bits tell what needs a closer look: "=" and what is skipped.
-constexpr std::uint8_t kPad = 0x40;
-constexpr std::uint8_t kSkipped = 0x80;
-constexpr std::array<std::uint8_t, 256> MakeValues() {
-  std::array<std::uint8_t, 256> values{};
-  for (auto& value : values) value = kSkipped;
-  for (std::uint8_t i = 0; i < 64; i++) values[static_cast<unsigned char>(kAlphabet[i])] = i;
-  values['='] = kPad;
-  return values;
+// Character to value, one table for each place in a group of four, with the value where it belongs in the upper 24
+// bits: a group is four look-ups joined by "or". The low byte tells what needs a closer look.
+constexpr std::uint32_t kPad = 0x40;      // "=", of value 0
+constexpr std::uint32_t kSkipped = 0x80;  // not in the alphabet
+constexpr std::array<std::array<std::uint32_t, 256>, 4> MakePlaces() {
+  std::array<std::array<std::uint32_t, 256>, 4> places{};
+  for (unsigned place = 0; place < 4; place++) {
+    for (auto& value : places[place]) value = kSkipped;
+    for (unsigned i = 0; i < 64; i++) places[place][static_cast<unsigned char>(kAlphabet[i])] = i << (26 - 6 * place);
+    places[place]['='] = kPad;
+  }
+  return places;
 }
-constexpr std::array<std::uint8_t, 256> kValues = MakeValues();
+constexpr std::array<std::array<std::uint32_t, 256>, 4> kPlaces = MakePlaces();
 
 // Tells the progress object when the percentage has grown. Instead of dividing before every group, it knows the number
 // of bytes at which the next call is due.
@@ -54,7 +58,10 @@ class Meter {
     if (progress_ != nullptr) due_ = DueFor(1);
   }
 
-  unsigned long Due() const { return due_; }
+  // How many groups of `size` bytes from `at` on begin before the next call is due; at least one.
+  unsigned long GroupsUntilDue(unsigned long at, unsigned long size) const {
+    return at < due_ ? (due_ - at - 1) / size + 1 : 1;
+  }
 
   void At(unsigned long consumed) {
     if (consumed < due_) return;
@@ -86,28 +93,38 @@ class Meter {
 
 // ---- Encoding ----
 
-unsigned long EncodedLength(unsigned long length) {
-  unsigned long const groups = length / 3 + (length % 3 != 0 ? 1 : 0);
+std::uint64_t EncodedLength(std::uint64_t length) {
+  std::uint64_t const groups = (length + 2) / 3;
   return groups * 4 + (groups - 1) / kLineGroups * 2;
 }
 
-unsigned char* PutGroup(unsigned char* out, unsigned bits) {
-  memcpy(out, kPairs[bits >> 12].text, 2);
-  memcpy(out + 2, kPairs[bits & 4095].text, 2);
-  return out + 4;
+unsigned char* PutPair(unsigned char* out, std::uint64_t bits) {
+  memcpy(out, kPairs[bits & 4095].text, 2);
+  return out + 2;
 }
 
-unsigned char* PutGroups(unsigned char* out, unsigned char const* in, unsigned long count) {
+unsigned char* PutGroup(unsigned char* out, unsigned bits) {
+  return PutPair(PutPair(out, bits >> 12), bits);
+}
+
+// `count` whole groups; `readable` bytes stand at `in`.
+unsigned char* PutGroups(unsigned char* out, unsigned char const* in, unsigned long count, unsigned long readable) {
+  // Two at a time, out of eight bytes of which six count.
+  for (; count >= 2 && readable >= 8; count -= 2, readable -= 6, in += 6) {
+    std::uint64_t bits = 0;
+    memcpy(&bits, in, 8);
+    bits = be64toh(bits);
+    out = PutPair(PutPair(PutPair(PutPair(out, bits >> 52), bits >> 40), bits >> 28), bits >> 16);
+  }
   for (; count > 0; count--, in += 3) out = PutGroup(out, static_cast<unsigned>(in[0] << 16 | in[1] << 8 | in[2]));
   return out;
 }
 
-unsigned char* PutLastGroup(unsigned char* out, unsigned char const* in, unsigned long length) {
+void PutLastGroup(unsigned char* out, unsigned char const* in, unsigned long length) {
   bool const two = length == 2;
-  out = PutGroup(out, static_cast<unsigned>(in[0] << 16 | (two ? in[1] << 8 : 0)));
-  out[-1] = '=';
-  if (!two) out[-2] = '=';
-  return out;
+  PutGroup(out, static_cast<unsigned>(in[0] << 16 | (two ? in[1] << 8 : 0)));
+  if (!two) out[2] = '=';
+  out[3] = '=';
 }
 
 void Encode(unsigned char const* in, unsigned long length, unsigned char* out, Meter& meter) {
@@ -124,9 +141,8 @@ void Encode(unsigned char const* in, unsigned long length, unsigned char* out, M
       PutLastGroup(out, in + at, left);
       break;
     }
-    unsigned long const untilDue = (meter.Due() - at - 1) / 3 + 1;
-    unsigned long const run = std::min({left / 3, kLineGroups - lineGroups, untilDue});
-    out = PutGroups(out, in + at, run);
+    unsigned long const run = std::min({left / 3, kLineGroups - lineGroups, meter.GroupsUntilDue(at, 3)});
+    out = PutGroups(out, in + at, run, left);
     lineGroups += run;
     at += run * 3;
   }
@@ -134,56 +150,49 @@ void Encode(unsigned char const* in, unsigned long length, unsigned char* out, M
 
 // ---- Decoding ----
 
-unsigned char* PutBytes(unsigned char* out, unsigned bits) {
-  out[0] = static_cast<unsigned char>(bits >> 16);
-  out[1] = static_cast<unsigned char>(bits >> 8);
-  out[2] = static_cast<unsigned char>(bits);
-  return out + 3;
-}
-
-// Decodes groups of four neighbouring characters of the alphabet, up to the first that needs a closer look or to
-// `stop`; gives the number of characters taken.
-unsigned long TakeGroups(unsigned char const* in, unsigned long stop, unsigned char*& out) {
-  unsigned long at = 0;
-  for (; at < stop; at += 4) {
-    unsigned const a = kValues[in[at]];
-    unsigned const b = kValues[in[at + 1]];
-    unsigned const c = kValues[in[at + 2]];
-    unsigned const d = kValues[in[at + 3]];
-    if (((a | b | c | d) & (kPad | kSkipped)) != 0) break;
-    out = PutBytes(out, a << 18 | b << 12 | c << 6 | d);
+// Decodes at most `count` groups of neighbouring characters of the alphabet, up to the first group that needs a closer
+// look, and gives the number of groups done. Writes one byte beyond the last group's three.
+unsigned long DecodeGroups(unsigned char const* in, unsigned long count, unsigned char* out) {
+  unsigned long done = 0;
+  for (; done < count; done++, in += 4, out += 3) {
+    std::uint32_t bits = kPlaces[0][in[0]] | kPlaces[1][in[1]] | kPlaces[2][in[2]] | kPlaces[3][in[3]];
+    if ((bits & (kPad | kSkipped)) != 0) break;
+    bits = htobe32(bits);
+    memcpy(out, &bits, 4);
   }
-  return at;
+  return done;
 }
 
-// Decodes up to `length` bytes of text into `out` and gives the number of bytes written.
+// One group with whatever stands between its characters. Moves `at` behind it and gives the number of bytes written: 0
+// when the text ends first.
+unsigned DecodeCarefully(unsigned char const* in, unsigned long length, unsigned long& at, unsigned char* out) {
+  unsigned char kept[4];
+  std::uint32_t bits = 0;
+  for (int count = 0; count < 4; at++) {
+    if (at == length) return 0;
+    std::uint32_t const value = kPlaces[0][in[at]];
+    if ((value & kSkipped) != 0) continue;
+    bits = bits << 6 | value >> 26;
+    kept[count++] = in[at];
+  }
+  unsigned const size = kept[2] == '=' ? 1 : kept[3] == '=' ? 2 : 3;
+  for (unsigned i = 0; i < size; i++) out[i] = static_cast<unsigned char>(bits >> (16 - 8 * i));
+  return size;
+}
+
+// Decodes `length` bytes of text into `out` and gives the number of bytes there.
 unsigned long Decode(unsigned char const* in, unsigned long length, unsigned char* out, Meter& meter) {
   unsigned char* const start = out;
-  unsigned long at = 0;
-  bool more = true;
-  while (more && at < length) {
+  for (unsigned long at = 0; at < length;) {
     meter.At(at);
-    unsigned long const whole = length < 4 ? 0 : length - 3;
-    unsigned long const stop = std::min(whole, meter.Due());
-    if (at < stop) at += TakeGroups(in + at, stop - at, out);
-    if (at >= meter.Due()) continue;
-
-    unsigned char kept[4];
-    unsigned bits = 0;
-    int count = 0;
-    for (; at < length && count < 4; at++) {
-      std::uint8_t const value = kValues[in[at]];
-      if (value == kSkipped) continue;
-      kept[count++] = in[at];
-      bits = bits << 6 | (value & 63U);
-    }
-    if (count < 4) break;
-    out = PutBytes(out, bits);
-    if (kept[2] == '=')
-      out -= 2;
-    else if (kept[3] == '=')
-      out -= 1;
-    more = kept[2] != '=' && kept[3] != '=';
+    while (at < length && (kPlaces[0][in[at]] & kSkipped) != 0) at++;
+    unsigned long const groups = DecodeGroups(in + at, std::min((length - at) / 4, meter.GroupsUntilDue(at, 4)), out);
+    at += groups * 4;
+    out += groups * 3;
+    if (groups > 0) continue;
+    unsigned const size = DecodeCarefully(in, length, at, out);
+    out += size;
+    if (size < 3) break;
   }
   return static_cast<unsigned long>(out - start);
 }
@@ -298,13 +307,14 @@ EncodeBase64::~EncodeBase64() = default;
 bool EncodeBase64::EncodeDecodeFunction(void const* data, unsigned long length) {
   if (data == nullptr || length == 0) return false;
   Unload();
-  unsigned long const size = EncodedLength(length);
-  std::unique_ptr<unsigned char[]> text(new (std::nothrow) unsigned char[size]);
+  std::uint64_t const size = EncodedLength(length);
+  if (size > PTRDIFF_MAX) return false;
+  std::unique_ptr<unsigned char[]> text(new (std::nothrow) unsigned char[static_cast<size_t>(size)]);
   if (text == nullptr) return false;
   Meter meter(progress_, this, length);
   Encode(static_cast<unsigned char const*>(data), length, text.get(), meter);
   result_ = text.release();
-  resultLength_ = size;
+  resultLength_ = static_cast<unsigned long>(size);
   meter.Finish();
   return true;
 }
@@ -315,7 +325,8 @@ bool EncodeBase64::EncodeStr(std::string const& in, std::string& out) {
 
 std::string EncodeBase64::EncodeStr(std::string const& in) {
   std::string out;
-  return EncodeStr(in, out) ? out : std::string();
+  if (!EncodeStr(in, out)) out.clear();
+  return out;
 }
 
 bool EncodeBase64::EncodeStr(char const* in, char* out, unsigned long size) {
@@ -335,7 +346,7 @@ DecodeBase64::~DecodeBase64() = default;
 bool DecodeBase64::EncodeDecodeFunction(void const* data, unsigned long length) {
   if (data == nullptr || length == 0) return false;
   Unload();
-  // A group is written whole before it is cut, hence never more than three bytes for each four characters.
+  // One byte more than the characters can give: DecodeGroups writes it.
   std::unique_ptr<unsigned char[]> bytes(new (std::nothrow) unsigned char[length / 4 * 3 + 1]);
   if (bytes == nullptr) return false;
   Meter meter(progress_, this, length);
@@ -352,7 +363,8 @@ bool DecodeBase64::DecodeStr(std::string const& in, std::string& out) {
 
 std::string DecodeBase64::DecodeStr(std::string const& in) {
   std::string out;
-  return DecodeStr(in, out) ? out : std::string();
+  if (!DecodeStr(in, out)) out.clear();
+  return out;
 }
 
 bool DecodeBase64::DecodeStr(char const* in, char* out, unsigned long size) {
