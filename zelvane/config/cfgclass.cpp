@@ -95,10 +95,10 @@ ParsedLine Parse(std::string_view raw) {
   using Kind = ParsedLine::Kind;
   std::string_view const text = TrimView(raw);
   if (text.empty() || text[0] == ';' || text[0] == '#' || text[0] == '\'') return {Kind::kNothing, {}, {}};
-  std::size_t const bracket = text.find_first_of("[]");
-  if (bracket != std::string_view::npos) {
-    bool const header = text.size() >= 3 && text[0] == '[' && text.find(']') == text.size() - 1;
-    if (!header) return {Kind::kBad, {}, {}};
+  std::size_t const opening = text.find('[');
+  std::size_t const closing = text.find(']');
+  if (opening != std::string_view::npos || closing != std::string_view::npos) {
+    if (opening != 0 || closing != text.size() - 1 || text.size() < 3) return {Kind::kBad, {}, {}};
     return {Kind::kHeader, TrimView(text.substr(1, text.size() - 2)), {}};
   }
   std::size_t const equals = text.find('=');
