@@ -1,0 +1,524 @@
+#include "zelvane/core/strutils.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <charconv>
+#include <climits>
+#include <cmath>
+#include <cstdint>
+#include <locale>
+#include <sstream>
+#include <string_view>
+#include <utility>
+
+#include "zelvane/core/strutils_internal.h"
+
+using zelvane::internal::TrimView;
+using zelvane::internal::View;
+
+namespace {
+
+using ByteTable = std::array<unsigned char, 256>;
+
+// The bytes from `first` to `last` lie 0x20 away from their partners of the other case, upwards or downwards.
+constexpr void Shift(ByteTable& table, int first, int last, int distance) {
+  for (int byte = first; byte <= last; byte++) {
+    table[static_cast<std::size_t>(byte)] = static_cast<unsigned char>(byte + distance);
+  }
+}
+
+constexpr ByteTable MakeCaseTable(bool upper) {
+  ByteTable table{};
+  Shift(table, 0, 255, 0);
+  int const distance = upper ? -0x20 : 0x20;
+  int const start = upper ? 0x20 : 0;  // how far the lower case lies above the upper
+  Shift(table, 'A' + start, 'Z' + start, distance);
+  Shift(table, 0xC0 + start, 0xD6 + start, distance);
+  Shift(table, 0xD8 + start, 0xDE + start, distance);
+  return table;
+}
+
+constexpr ByteTable kAnsiUpper = MakeCaseTable(true);
+constexpr ByteTable kAnsiLower = MakeCaseTable(false);
+
+void TranslateInto(std::string& out, std::string_view text, ByteTable const& table) {
+  out.resize(text.size());
+  for (std::size_t i = 0; i < text.size(); i++) {
+    out[i] = static_cast<char>(table[static_cast<unsigned char>(text[i])]);
+  }
+}
+
+std::string Translate(std::string_view text, ByteTable const& table) {
+  std::string result;
+  TranslateInto(result, text, table);
+  return result;
+}
+
+std::string ChangeCase(std::string_view text, int (*change)(int)) {
+  std::string result(text);
+  for (char& c : result) c = static_cast<char>(change(static_cast<unsigned char>(c)));
+  return result;
+}
+
+bool IsBlank(char c) {
+  return c == ' ' || c == '\n' || c == '\t' || c == '\r';
+}
+
+std::string_view TrimLeftView(std::string_view text) {
+  std::size_t first = 0;
+  while (first < text.size() && IsBlank(text[first])) first++;
+  return text.substr(first);
+}
+
+std::string_view TrimRightView(std::string_view text) {
+  while (!text.empty() && IsBlank(text.back())) text.remove_suffix(1);
+  return text;
+}
+
+std::string Quoted(std::string_view text) {
+  std::string result;
+  result.reserve(text.size() + 2);
+  if (text.empty() || text.front() != '"') result += '"';
+  result += text;
+  if (text.empty() || text.back() != '"') result += '"';
+  return result;
+}
+
+// How many bytes of fill bring `length` up to `width`.
+std::size_t Missing(std::size_t length, int width) {
+  return width > 0 && static_cast<std::size_t>(width) > length ? static_cast<std::size_t>(width) - length : 0;
+}
+
+// Fills the text of a number: between its sign and its digits.
+std::string Justify(std::string_view text, int width, char fill) {
+  std::string result(text);
+  std::size_t const sign = !text.empty() && text.front() == '-' ? 1 : 0;
+  return result.insert(sign, Missing(text.size(), width), fill);
+}
+
+enum class Pieces { kWhole, kTrimmed };
+
+// Cuts a text by one separator after the other. The first separator of the list that occurs in the rest of the text is
+// the one that counts, and one that does not occur in the rest will not occur later either: so each is used up before
+// the next is looked for, and the time is linear in the text.
+class Splitter {
+ public:
+  Splitter(std::string_view text, unsigned long count, Pieces pieces) : rest_(text), count_(count), pieces_(pieces) {
+    // No more pieces than that can come before the padding, however large the count.
+    tokens_.reserve(std::min<std::size_t>(count, text.size() + 1));
+  }
+
+  void CutBy(std::string_view separator) {
+    if (separator.empty()) return;
+    while (!Full()) {
+      std::size_t const end = rest_.find(separator);
+      if (end == std::string_view::npos) return;
+      Append(rest_.substr(0, end));
+      rest_.remove_prefix(end + separator.size());
+    }
+  }
+
+  std::vector<std::string> Finish() {
+    if (!rest_.empty() && !Full()) Append(rest_);
+    if (count_ != 0) tokens_.resize(count_);
+    return std::move(tokens_);
+  }
+
+ private:
+  bool Full() const { return count_ != 0 && tokens_.size() == count_; }
+  void Append(std::string_view token) { tokens_.emplace_back(pieces_ == Pieces::kTrimmed ? TrimView(token) : token); }
+
+  std::vector<std::string> tokens_;
+  std::string_view rest_;
+  unsigned long count_;
+  Pieces pieces_;
+};
+
+// The pieces are gathered apart from `out`, which may hold the text or the separators.
+void Split(std::vector<std::string>& out, std::string_view text, std::vector<std::string> const& separators,
+           unsigned long count, Pieces pieces) {
+  if (text.data() == nullptr) return out.clear();
+  Splitter splitter(text, count, pieces);
+  for (std::string const& separator : separators) splitter.CutBy(separator);
+  out = splitter.Finish();
+}
+
+void Split(std::vector<std::string>& out, std::string_view text, std::string_view separator, unsigned long count,
+           Pieces pieces) {
+  if (text.data() == nullptr) return out.clear();
+  Splitter splitter(text, count, pieces);
+  splitter.CutBy(separator);
+  out = splitter.Finish();
+}
+
+void Split(std::vector<std::string>& out, std::string_view text, char separator, unsigned long count, Pieces pieces) {
+  Split(out, text, std::string_view(&separator, 1), count, pieces);
+}
+
+// The low 32 bits of a `long` of either width, as a number of their own.
+std::int32_t Signed32(long value) {
+  return static_cast<std::int32_t>(value);
+}
+std::uint32_t Unsigned32(unsigned long value) {
+  return static_cast<std::uint32_t>(value);
+}
+
+template <typename Integer>
+std::string IntegerText(Integer value, int base, int width, char fill) {
+  char digits[33];  // a sign, and 32 of them to the base of 2
+  char* const end = std::to_chars(digits, digits + sizeof digits, value, base).ptr;
+  return Justify(std::string_view(digits, static_cast<std::size_t>(end - digits)), width, fill);
+}
+
+// Digits of a double beyond these are zeros: none has more, not even the smallest ones.
+constexpr unsigned int kDoubleDigits = 767;
+
+// "%#.<digits>g", which the standard library offers only at the mercy of the C locale or, through a stream, on a stack
+// that many digits overflow. It is put together from the exponent notation.
+std::string GeneralText(double value, unsigned int digits) {
+  if (digits > INT_MAX) digits = 6;  // a stream sees a negative precision there and falls back to its own default
+  if (digits == 0) digits = 1;
+  char text[kDoubleDigits + 16];
+  int const precision = static_cast<int>(std::min(digits, kDoubleDigits)) - 1;
+  char* const end = std::to_chars(text, text + sizeof text, value, std::chars_format::scientific, precision).ptr;
+  std::string_view const all(text, static_cast<std::size_t>(end - text));
+  std::size_t const exponentAt = all.find('e');
+  if (exponentAt == std::string_view::npos) return std::string(all);  // inf, nan
+
+  int exponent = 0;
+  char const* const exponentText = text + exponentAt + 1;
+  std::from_chars(exponentText + (*exponentText == '+' ? 1 : 0), end, exponent);
+  std::string result(all.substr(0, exponentAt));
+  std::size_t const sign = result.front() == '-' ? 1 : 0;
+  if (result.size() > sign + 1) result.erase(sign + 1, 1);  // the point, until its place is known
+  result.resize(sign + digits, '0');
+
+  if (exponent < -4 || exponent >= static_cast<int>(digits)) {
+    return result.insert(sign + 1, 1, '.').append(all.substr(exponentAt));
+  }
+  if (exponent < 0) return result.insert(sign, "0.000", static_cast<std::size_t>(1 - exponent));
+  return result.insert(sign + 1 + static_cast<std::size_t>(exponent), 1, '.');
+}
+
+bool IsDigit(char c) {
+  return c >= '0' && c <= '9';
+}
+bool IsHexDigit(char c) {
+  return IsDigit(c) || (c >= 'A' && c <= 'F') || (c >= 'a' && c <= 'f');
+}
+bool IsSign(char c) {
+  return c == '+' || c == '-';
+}
+
+// Takes bytes that `accept` accepts off the front of `text`, `most` of them; gives how many.
+template <typename Accept>
+std::size_t Skip(std::string_view& text, Accept accept, std::size_t most = std::string_view::npos) {
+  std::size_t count = 0;
+  while (count < text.size() && count < most && accept(text[count])) count++;
+  text.remove_prefix(count);
+  return count;
+}
+
+bool SkipChar(std::string_view& text, char wanted) {
+  return Skip(
+             text, [wanted](char c) { return c == wanted; }, 1) == 1;
+}
+
+bool IsInt(std::string_view text) {
+  if (text.empty()) return false;
+  Skip(text, IsSign, 1);
+  Skip(text, IsDigit);
+  return text.empty();
+}
+
+bool IsHex(std::string_view text) {
+  return Skip(text, IsHexDigit) > 0 && text.empty();
+}
+
+bool IsFloat(std::string_view text) {
+  Skip(text, IsSign, 1);
+  std::size_t digits = Skip(text, IsDigit);
+  if (SkipChar(text, '.')) digits += Skip(text, IsDigit);
+  if (digits == 0) return false;
+  if (text.empty()) return true;
+  if (!SkipChar(text, 'E')) return false;
+  Skip(text, IsSign, 1);
+  return Skip(text, IsDigit) > 0 && text.empty();
+}
+
+// `text` has passed the syntax test of its base. from_chars takes no plus sign.
+long ReadInteger(std::string_view text, int base, long def) {
+  SkipChar(text, '+');
+  std::int32_t value = 0;
+  return std::from_chars(text.data(), text.data() + text.size(), value, base).ec == std::errc() ? value : def;
+}
+
+long ReadInt(std::string_view text, long def) {
+  return IsInt(text) ? ReadInteger(text, 10, def) : def;
+}
+
+long ReadHex(std::string_view text, long def) {
+  return IsHex(text) ? ReadInteger(text, 16, def) : def;
+}
+
+double ReadFloat(std::string_view text, double def) {
+  if (!IsFloat(text)) return def;
+  SkipChar(text, '+');
+  double value = 0;
+  if (std::from_chars(text.data(), text.data() + text.size(), value).ec == std::errc()) return value;
+  // Too large and too small look alike to from_chars; a stream takes the small ones.
+  std::istringstream stream{std::string(text)};
+  stream.imbue(std::locale::classic());
+  return stream >> value ? value : def;
+}
+
+}  // namespace
+
+namespace zelvane::internal {
+
+std::string_view TrimView(std::string_view text) {
+  return TrimRightView(TrimLeftView(text));
+}
+
+void AnsiUpperInto(std::string& out, std::string_view text) {
+  TranslateInto(out, text, kAnsiUpper);
+}
+
+bool SplitFields(std::string_view value, std::size_t n, std::vector<std::string>& fields) {
+  auto const separators = static_cast<std::size_t>(std::count(value.begin(), value.end(), ';'));
+  if (separators + 1 < n) return false;
+  Splitter splitter(value, n, Pieces::kWhole);
+  splitter.CutBy(";");
+  fields = splitter.Finish();
+  return true;
+}
+
+}  // namespace zelvane::internal
+
+std::string UpperCase(char const* text) {
+  return ChangeCase(View(text), std::toupper);
+}
+
+std::string UpperCase(std::string const& text) {
+  return ChangeCase(text, std::toupper);
+}
+
+std::string LowerCase(char const* text) {
+  return ChangeCase(View(text), std::tolower);
+}
+
+std::string LowerCase(std::string const& text) {
+  return ChangeCase(text, std::tolower);
+}
+
+std::string AnsiUpperCase(char const* text) {
+  return Translate(View(text), kAnsiUpper);
+}
+
+std::string AnsiUpperCase(std::string const& text) {
+  return Translate(text, kAnsiUpper);
+}
+
+std::string AnsiLowerCase(char const* text) {
+  return Translate(View(text), kAnsiLower);
+}
+
+std::string AnsiLowerCase(std::string const& text) {
+  return Translate(text, kAnsiLower);
+}
+
+std::string Trim(char const* text) {
+  return std::string(TrimView(View(text)));
+}
+
+std::string Trim(std::string const& text) {
+  return std::string(TrimView(text));
+}
+
+std::string TrimLeft(char const* text) {
+  return std::string(TrimLeftView(View(text)));
+}
+
+std::string TrimLeft(std::string const& text) {
+  return std::string(TrimLeftView(text));
+}
+
+std::string TrimRight(char const* text) {
+  return std::string(TrimRightView(View(text)));
+}
+
+std::string TrimRight(std::string const& text) {
+  return std::string(TrimRightView(text));
+}
+
+std::string QuotedStr(char const* text) {
+  return text == nullptr ? std::string() : Quoted(text);
+}
+
+std::string QuotedStr(std::string const& text) {
+  return Quoted(text);
+}
+
+std::string FillLeft(char const* text, int width, char fill) {
+  return text == nullptr ? std::string() : FillLeft(std::string(text), width, fill);
+}
+
+std::string FillLeft(std::string const& text, int width, char fill) {
+  return std::string(Missing(text.size(), width), fill) + text;
+}
+
+std::string FillRight(char const* text, int width, char fill) {
+  return text == nullptr ? std::string() : FillRight(std::string(text), width, fill);
+}
+
+std::string FillRight(std::string const& text, int width, char fill) {
+  return text + std::string(Missing(text.size(), width), fill);
+}
+
+void Tokenize(std::vector<std::string>& out, char const* text, std::vector<std::string> const& separators,
+              unsigned long count) {
+  Split(out, View(text), separators, count, Pieces::kWhole);
+}
+
+void Tokenize(std::vector<std::string>& out, char const* text, std::string const& separator, unsigned long count) {
+  Split(out, View(text), std::string_view(separator), count, Pieces::kWhole);
+}
+
+void Tokenize(std::vector<std::string>& out, char const* text, char const* separator, unsigned long count) {
+  Split(out, View(text), View(separator), count, Pieces::kWhole);
+}
+
+void Tokenize(std::vector<std::string>& out, char const* text, char separator, unsigned long count) {
+  Split(out, View(text), separator, count, Pieces::kWhole);
+}
+
+void Tokenize(std::vector<std::string>& out, std::string const& text, std::vector<std::string> const& separators,
+              unsigned long count) {
+  Split(out, text, separators, count, Pieces::kWhole);
+}
+
+void Tokenize(std::vector<std::string>& out, std::string const& text, std::string const& separator,
+              unsigned long count) {
+  Split(out, text, std::string_view(separator), count, Pieces::kWhole);
+}
+
+void Tokenize(std::vector<std::string>& out, std::string const& text, char const* separator, unsigned long count) {
+  Split(out, text, View(separator), count, Pieces::kWhole);
+}
+
+void Tokenize(std::vector<std::string>& out, std::string const& text, char separator, unsigned long count) {
+  Split(out, text, separator, count, Pieces::kWhole);
+}
+
+void TrimTokenize(std::vector<std::string>& out, char const* text, std::vector<std::string> const& separators,
+                  unsigned long count) {
+  Split(out, View(text), separators, count, Pieces::kTrimmed);
+}
+
+void TrimTokenize(std::vector<std::string>& out, char const* text, std::string const& separator, unsigned long count) {
+  Split(out, View(text), std::string_view(separator), count, Pieces::kTrimmed);
+}
+
+void TrimTokenize(std::vector<std::string>& out, char const* text, char const* separator, unsigned long count) {
+  Split(out, View(text), View(separator), count, Pieces::kTrimmed);
+}
+
+void TrimTokenize(std::vector<std::string>& out, char const* text, char separator, unsigned long count) {
+  Split(out, View(text), separator, count, Pieces::kTrimmed);
+}
+
+void TrimTokenize(std::vector<std::string>& out, std::string const& text, std::vector<std::string> const& separators,
+                  unsigned long count) {
+  Split(out, text, separators, count, Pieces::kTrimmed);
+}
+
+void TrimTokenize(std::vector<std::string>& out, std::string const& text, std::string const& separator,
+                  unsigned long count) {
+  Split(out, text, std::string_view(separator), count, Pieces::kTrimmed);
+}
+
+void TrimTokenize(std::vector<std::string>& out, std::string const& text, char const* separator, unsigned long count) {
+  Split(out, text, View(separator), count, Pieces::kTrimmed);
+}
+
+void TrimTokenize(std::vector<std::string>& out, std::string const& text, char separator, unsigned long count) {
+  Split(out, text, separator, count, Pieces::kTrimmed);
+}
+
+std::string IntToStr(long value, int width, char fill) {
+  return IntegerText(Signed32(value), 10, width, fill);
+}
+
+std::string UIntToStr(unsigned long value, int width, char fill) {
+  return IntegerText(Unsigned32(value), 10, width, fill);
+}
+
+std::string IntToHex(long value, int width, bool upper, char fill) {
+  std::string const digits = IntegerText(Unsigned32(static_cast<unsigned long>(value)), 16, 0, fill);
+  return Justify(upper ? Translate(digits, kAnsiUpper) : digits, width, fill);
+}
+
+std::string IntToBin(long value, int width, char fill) {
+  return IntegerText(Unsigned32(static_cast<unsigned long>(value)), 2, width, fill);
+}
+
+std::string FloatToStr(double value, int width, unsigned int digits, char fill) {
+  return Justify(GeneralText(value, digits), width, fill);
+}
+
+long StrToIntDef(char const* text, long def) {
+  return ReadInt(View(text), def);
+}
+
+long StrToIntDef(std::string const& text, long def) {
+  return ReadInt(text, def);
+}
+
+long HexToIntDef(char const* text, long def) {
+  return ReadHex(View(text), def);
+}
+
+long HexToIntDef(std::string const& text, long def) {
+  return ReadHex(text, def);
+}
+
+double StrToFloatDef(char const* text, double def) {
+  return ReadFloat(View(text), def);
+}
+
+double StrToFloatDef(std::string const& text, double def) {
+  return ReadFloat(text, def);
+}
+
+bool StrIsInt(char const* text) {
+  return IsInt(View(text));
+}
+
+bool StrIsInt(std::string const& text) {
+  return IsInt(text);
+}
+
+bool StrIsHex(char const* text) {
+  return IsHex(View(text));
+}
+
+bool StrIsHex(std::string const& text) {
+  return IsHex(text);
+}
+
+bool StrIsFloat(char const* text) {
+  return IsFloat(View(text));
+}
+
+bool StrIsFloat(std::string const& text) {
+  return IsFloat(text);
+}
+
+bool StrIsIPNumber(char const* /*text*/) {
+  return false;
+}
+
+bool StrIsIPNumber(std::string const& /*text*/) {
+  return false;
+}
