@@ -29,9 +29,9 @@ TEST(SerialPorts, EnumerationOfThisMachine) {
   auto const& ports = *static_cast<std::vector<portinfo>*>(handle);
   ASSERT_EQ(ports.size(), static_cast<size_t>(count));
   unsigned char last = 0;
-  for (unsigned char i = 0; i < ports.size(); i++) {
+  for (unsigned int i = 0; i < ports.size(); i++) {
     unsigned char number = 0;
-    ASSERT_EQ(GetEnumSerialPorts(handle, i, &number), 1);
+    ASSERT_EQ(GetEnumSerialPorts(handle, static_cast<unsigned char>(i), &number), 1);
     EXPECT_TRUE(last < number && number <= 16) << int{number};
     EXPECT_EQ(ports[i].name, GetInternalDeviceName(number));
     last = number;

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstring>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -18,6 +17,10 @@ ServerListItem Item(std::string const& name, std::string const& address, int32_t
   address.copy(item.serverAddress, sizeof item.serverAddress);
   item.serverPort = port;
   return item;
+}
+
+std::string Bytes(ServerListItem const& item) {
+  return {reinterpret_cast<char const*>(&item), sizeof item};
 }
 
 // Lists edited by hand beside sections that others own; whatever is no entry must survive every change.
@@ -68,7 +71,7 @@ class ServerList : public testing::Test {
         all += std::to_string(key) + ":" + item.serverName + "|" + item.serverAddress + "|" +
                std::to_string(item.serverPort) + " ";
       } else {
-        all += std::memcmp(&item, &before, sizeof item) == 0 && key == 99 ? "- " : "changed ";
+        all += Bytes(item) == Bytes(before) && key == 99 ? "- " : "changed ";
       }
     }
     return all;
@@ -227,8 +230,9 @@ TEST_F(ServerList, ASaveThatFailsShowsInTheResult) {
   std::filesystem::remove(root_.Root("upscli.cfg"));
   std::filesystem::create_directories(root_.Root("upscli.cfg/x"));
   std::vector<std::string> const before = root_.List();
-  EXPECT_EQ(Add("e", "f", 3) + Remove("a", "b", 1) + ClearServerList(list_), 0);
-  EXPECT_EQ(RemServerListItem2(list_, 2), 1);
+  EXPECT_EQ(Add("e", "f", 3) + Remove("a", "b", 1), 0);
+  EXPECT_EQ(RemServerListItem2(list_, 2), 1) << "whatever becomes of it";
+  EXPECT_EQ(ClearServerList(list_), 0);
   Close();
   EXPECT_EQ(OpenServerList(), nullptr) << "exists, but cannot be read";
   EXPECT_EQ(root_.List(), before);

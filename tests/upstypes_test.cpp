@@ -26,6 +26,10 @@ std::string Describe(UpsTypeItem const& item) {
          item.upsDriver + "|" + item.cfgModule + "|" + item.cliModule;
 }
 
+std::string Bytes(UpsTypeItem const& item) {
+  return {reinterpret_cast<char const*>(&item), sizeof item};
+}
+
 // What a look-up (by number or by position) fills in; "-" when it finds nothing and leaves the record alone.
 template <class LookUp>
 std::string Found(LookUp lookUp, void* list, unsigned int argument) {
@@ -36,7 +40,7 @@ std::string Found(LookUp lookUp, void* list, unsigned int argument) {
     EXPECT_EQ(item.upsName[40] | item.upsDriver[20] | item.cfgModule[20] | item.cliModule[20], 0);
     return Describe(item);
   }
-  return std::memcmp(&item, &before, sizeof item) == 0 ? "-" : "changed";
+  return Bytes(item) == Bytes(before) ? "-" : "changed";
 }
 
 TEST(UpsTypes, LookUps) {
@@ -116,7 +120,7 @@ TEST(UpsModelName, FromTheModelFileOrElseTheTable) {
   root.Write("root/default/upscfg100.cfg", "[1]\nMODELO = Hundred\n");
   root.Write("root/upstype.cfg",
              "[UPSTYPE]\n1 = First;a;b;c;3\n2 = Second;a;b;c;3\n3 = short;a;b;4\n4 = ;a;b;c;5\n5 = Late;a;b;c;5\n"
-             "6 = Only table;a;b;c;77\n7 = None;a;b;c;-1\n");
+             "6 = Only table;a;b;c;77\n8 = Zero;a;b;c;0\n7 = None;a;b;c;-1\n");
   struct {
     short model;
     unsigned int sub;
@@ -132,6 +136,7 @@ TEST(UpsModelName, FromTheModelFileOrElseTheTable) {
                      {77, 0, 1, "Only table"},
                      {4, 0, 0, "AUTO"},  // its entry has four fields
                      {5, 0, 0, "AUTO"},  // the first entry of model 5 has no name
+                     {0, 0, 1, "Zero"},
                      {32767, 0, 0, "AUTO"},
                      {-1, 0, 1, "AUTO"},
                      {-32768, 12, 1, "AUTO"}};

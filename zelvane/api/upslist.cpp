@@ -44,7 +44,7 @@ void OpenList(CfgClass& list) {
 // The names in the template's list. False when there is no template, or a name leads out of its folder.
 bool ReadTemplate(std::string const& folder, std::vector<std::string>& files) {
   CfgClass list;
-  if (!DirExists(folder) || !list.OpenReadOnly(folder + "zelcfg.cfg")) return false;
+  if (!list.OpenReadOnly(folder + "zelcfg.cfg")) return false;
   list.SetSection("FILES");
   unsigned long const count = list.GetKeyCount();
   for (unsigned long i = 0; i < count; i++) {
