@@ -93,8 +93,11 @@ class Meter {
 
 // ---- Encoding ----
 
-std::uint64_t EncodedLength(std::uint64_t length) {
-  std::uint64_t const groups = (length + 2) / 3;
+// Nothing overflows up to kMostBytes; an array for the text of more could not be had anyway.
+constexpr unsigned long kMostBytes = PTRDIFF_MAX / 2;
+
+unsigned long EncodedLength(unsigned long length) {
+  unsigned long const groups = (length + 2) / 3;
   return groups * 4 + (groups - 1) / kLineGroups * 2;
 }
 
@@ -307,14 +310,14 @@ EncodeBase64::~EncodeBase64() = default;
 bool EncodeBase64::EncodeDecodeFunction(void const* data, unsigned long length) {
   if (data == nullptr || length == 0) return false;
   Unload();
-  std::uint64_t const size = EncodedLength(length);
-  if (size > PTRDIFF_MAX) return false;
-  std::unique_ptr<unsigned char[]> text(new (std::nothrow) unsigned char[static_cast<size_t>(size)]);
+  if (length > kMostBytes) return false;
+  unsigned long const size = EncodedLength(length);
+  std::unique_ptr<unsigned char[]> text(new (std::nothrow) unsigned char[size]);
   if (text == nullptr) return false;
   Meter meter(progress_, this, length);
   Encode(static_cast<unsigned char const*>(data), length, text.get(), meter);
   result_ = text.release();
-  resultLength_ = static_cast<unsigned long>(size);
+  resultLength_ = size;
   meter.Finish();
   return true;
 }

@@ -1,0 +1,31 @@
+// Steps that must not happen in the test program itself: giving up rights, being killed.
+#ifndef ZELVANE_TESTS_SUPPORT_CHILD_H
+#define ZELVANE_TESTS_SUPPORT_CHILD_H
+
+#include <sys/types.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <functional>
+
+namespace test {
+
+constexpr uid_t kNobody = 65534;
+
+// Runs `body` in a child process and tells whether it returned true there.
+inline bool InChild(std::function<bool()> const& body) {
+  pid_t const child = fork();
+  if (child == 0) _exit(body() ? 0 : 1);
+  int status = -1;
+  waitpid(child, &status, 0);
+  return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+// The same as a user whom modes bind, even when the tests run as root.
+inline bool AsOrdinaryUser(std::function<bool()> const& body) {
+  return InChild([&] { return (geteuid() != 0 || (setgid(kNobody) == 0 && setuid(kNobody) == 0)) && body(); });
+}
+
+}  // namespace test
+
+#endif
