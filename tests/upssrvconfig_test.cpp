@@ -268,11 +268,10 @@ TEST_F(UpsSrv, Flags) {
     EXPECT_EQ(cfg_.nbStandby, c.nbStandby) << c.value;
   }
   // C callers may have stored any byte.
-  for (unsigned char const byte : {0, 1, 2, 128, 255}) {
+  for (int const byte : {0, 1, 2, 128, 255}) {
     memset(reinterpret_cast<char*>(&cfg_) + offsetof(UpsSrvConfig, nbShutdown), byte, 3);
     ASSERT_EQ(Set(), 1);
-    for (char const* key : {"NBSHUTDOWN", "NBSTANDBY", "HISTLOG"})
-      EXPECT_EQ(Value(key), byte != 0 ? "1" : "0") << +byte;
+    for (char const* key : {"NBSHUTDOWN", "NBSTANDBY", "HISTLOG"}) EXPECT_EQ(Value(key), byte != 0 ? "1" : "0") << byte;
   }
 }
 

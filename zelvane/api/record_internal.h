@@ -43,33 +43,33 @@ struct Step {
 struct Row {
   char const* section;  // null: a field without a line of its own, of which only the default is known here
   char const* key;
-  Kind kind;
   Place place;
+  Step const* step;
   char const* text;     // default of a text
   std::int32_t number;  // default of the other kinds, as it stands in the file
   std::uint32_t scale;
+  Kind kind;
   unsigned char bit;
-  Step const* step;
 };
 
 // ---- Rows, by kind; without section and key for fields without a line. ----
 
 constexpr Row Text(char const* section, char const* key, Place place, char const* def, Step const* step = nullptr) {
-  return {section, key, Kind::kText, place, def, 0, 1, 0, step};
+  return {section, key, place, step, def, 0, 1, Kind::kText, 0};
 }
 constexpr Row Text(Place place, char const* def) {
   return Text(nullptr, nullptr, place, def);
 }
 
 constexpr Row Signed(char const* section, char const* key, Place place, std::int32_t def) {
-  return {section, key, Kind::kSigned, place, "", def, 1, 0, nullptr};
+  return {section, key, place, nullptr, "", def, 1, Kind::kSigned, 0};
 }
 constexpr Row Signed(Place place, std::int32_t def) {
   return Signed(nullptr, nullptr, place, def);
 }
 
 constexpr Row Unsigned(char const* section, char const* key, Place place, std::int32_t def, std::uint32_t scale = 1) {
-  return {section, key, Kind::kUnsigned, place, "", def, scale, 0, nullptr};
+  return {section, key, place, nullptr, "", def, scale, Kind::kUnsigned, 0};
 }
 constexpr Row Unsigned(Place place, std::int32_t def) {
   return Unsigned(nullptr, nullptr, place, def);
@@ -81,14 +81,14 @@ constexpr Row Seconds(char const* section, char const* key, Place place, std::in
 }
 
 constexpr Row Flag(char const* section, char const* key, Place place, bool def) {
-  return {section, key, Kind::kFlag, place, "", def, 1, 0, nullptr};
+  return {section, key, place, nullptr, "", def, 1, Kind::kFlag, 0};
 }
 
 constexpr Row Bit(char const* section, char const* key, Place place, unsigned char bit, bool def) {
-  return {section, key, Kind::kBit, place, "", def, 1, bit, nullptr};
+  return {section, key, place, nullptr, "", def, 1, Kind::kBit, bit};
 }
 
-// A whole table, or several rows of one.
+// A whole table.
 struct Rows {
   template <std::size_t N>
   constexpr Rows(Row const (&rows)[N]) : first(rows), last(rows + N) {}  // NOLINT(google-explicit-constructor)
