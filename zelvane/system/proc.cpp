@@ -1,0 +1,268 @@
+#include "zelvane/system/proc.h"
+
+#include <signal.h>
+#include <stdio.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <utility>
+
+#include "zelvane/core/barrier_internal.h"
+#include "zelvane/core/fd_internal.h"
+#include "zelvane/core/fileutils.h"
+#include "zelvane/core/strutils.h"
+#include "zelvane/core/strutils_internal.h"
+#include "zelvane/system/proc_internal.h"
+
+using zelvane::internal::Guard;
+using zelvane::internal::PsOutput;
+using zelvane::internal::ReadSome;
+
+namespace {
+
+constexpr char kPsCommand[] = "ps xa -w -o pid -o ppid -o nice -o comm -o command";
+constexpr std::size_t kLineLimit = 1023;
+constexpr int kNormalPriority = 1;
+constexpr int kNiceOfPriority[] = {20, 0, -10, -20};
+constexpr int kCommandNotFound = 127;  // by the shell
+
+int PriorityOfNice(long nice) {
+  if (nice >= 11) return 0;
+  if (nice >= 0) return kNormalPriority;
+  return nice >= -10 ? 2 : 3;
+}
+
+// Only such an id means one process.
+bool IsProcessId(unsigned long id) {
+  return id >= 1 && id <= INT32_MAX;
+}
+
+// Takes the next field off the front of `rest`.
+std::string NextField(std::string_view& rest) {
+  rest.remove_prefix(std::min(rest.find_first_not_of(' '), rest.size()));
+  std::string_view const field = rest.substr(0, rest.find(' '));
+  rest.remove_prefix(field.size());
+  return std::string(zelvane::internal::TrimView(field));
+}
+
+// A negative number wraps to 32 bits, and is no process id then.
+unsigned long IdOf(std::string const& field) {
+  return static_cast<std::uint32_t>(StrToIntDef(field, 0));
+}
+
+// A command that is being read. "e": programs that other threads start meanwhile do not inherit its descriptor.
+class CommandPipe {
+ public:
+  explicit CommandPipe(char const* command) : stream_(popen(command, "re")) {}
+  CommandPipe(CommandPipe const&) = delete;
+  CommandPipe& operator=(CommandPipe const&) = delete;
+  ~CommandPipe() { Close(); }
+
+  explicit operator bool() const { return stream_ != nullptr; }
+  // Not through the stream: stdio drops what it has of a line when a signal interrupts it.
+  ssize_t Read(char* buffer, std::size_t size) { return ReadSome(fileno(stream_), buffer, size); }
+  // Waits for the command; its status as waitpid gives it, -1 when that cannot be had.
+  int Close() {
+    FILE* const stream = std::exchange(stream_, nullptr);
+    return stream == nullptr ? -1 : pclose(stream);
+  }
+
+ private:
+  FILE* stream_;
+};
+
+bool ReadTable(std::vector<ProcClass>& table) {
+  CommandPipe ps(kPsCommand);
+  if (!ps) return false;
+  PsOutput output(table);
+  char piece[4096];
+  ssize_t got = 0;
+  while ((got = ps.Read(piece, sizeof piece)) > 0) output.Take({piece, static_cast<std::size_t>(got)});
+  output.Finish();
+  // The status cannot be had where the host ignores SIGCHLD.
+  int const status = ps.Close();
+  return !(table.empty() && status != -1 && WIFEXITED(status) && WEXITSTATUS(status) == kCommandNotFound);
+}
+
+}  // namespace
+
+namespace zelvane::internal {
+
+std::optional<ProcClass> ParsePsLine(std::string_view line) {
+  std::string const pid = NextField(line);
+  if (!StrIsInt(pid)) return std::nullopt;
+  std::string const ppid = NextField(line);
+  std::string const nice = NextField(line);
+  std::string name = NextField(line);
+  return ProcClass(IdOf(pid), IdOf(ppid), std::move(name), std::string(TrimView(line)),
+                   PriorityOfNice(StrToIntDef(nice, 0)));
+}
+
+// What a line has beyond the limit is dropped, never parsed: every user may choose his command line, and could place
+// there what looks like a row of another process.
+void PsOutput::Take(std::string_view bytes) {
+  while (!bytes.empty()) {
+    std::string_view const part = bytes.substr(0, bytes.find('\n'));
+    line_.append(part.substr(0, kLineLimit - line_.size()));
+    if (part.size() == bytes.size()) return;
+    EndLine();
+    bytes.remove_prefix(part.size() + 1);
+  }
+}
+
+void PsOutput::Finish() {
+  EndLine();
+}
+
+void PsOutput::EndLine() {
+  if (std::optional<ProcClass> entry = ParsePsLine(line_)) table_.push_back(std::move(*entry));
+  line_.clear();
+}
+
+}  // namespace zelvane::internal
+
+// ---- One process ----
+
+ProcClass::ProcClass(unsigned long pid, unsigned long ppid, std::string name, std::string fileName, int priority)
+    : pid_(pid), ppid_(ppid), name_(std::move(name)), fileName_(std::move(fileName)), priority_(priority) {}
+
+ProcClass::~ProcClass() = default;
+
+bool ProcClass::Kill() {
+  if (!IsProcessId(pid_)) return false;
+  auto const id = static_cast<pid_t>(pid_);
+  if (kill(id, SIGTERM) != 0) return false;
+  kill(id, SIGKILL);
+  return true;
+}
+
+int ProcClass::GetPriority() {
+  return priority_;
+}
+
+bool ProcClass::SetPriority(int level) {
+  if (level < 0 || level > 3) level = kNormalPriority;
+  if (!IsProcessId(pid_)) return false;
+  if (setpriority(PRIO_PROCESS, static_cast<id_t>(pid_), kNiceOfPriority[level]) != 0) return false;
+  priority_ = level;
+  return true;
+}
+
+std::string ProcClass::GetName() {
+  return name_;
+}
+
+std::string ProcClass::GetFileName() {
+  return fileName_;
+}
+
+unsigned long ProcClass::GetPID() {
+  return pid_;
+}
+
+unsigned long ProcClass::GetPPID() {
+  return ppid_;
+}
+
+// ---- The table ----
+
+ProcManager::~ProcManager() = default;
+
+bool ProcManager::Update() {
+  Clear();
+  bool const read = Guard(false, [&] { return ReadTable(table_); });
+  if (!read) table_.clear();
+  return read;
+}
+
+void ProcManager::Clear() {
+  table_.clear();
+}
+
+unsigned long ProcManager::GetProcCount() {
+  if (table_.empty()) Update();
+  return table_.size();
+}
+
+ProcClass* ProcManager::GetProcByIndex(unsigned long index) {
+  return index < GetProcCount() && index < table_.size() ? &table_[index] : nullptr;
+}
+
+ProcClass* ProcManager::GetProcByName(char const* name) {
+  if (name == nullptr) return nullptr;
+  return Guard<ProcClass*>(nullptr, [&]() -> ProcClass* {
+    std::string const wanted = ExtractFileName(name);
+    unsigned long const count = GetProcCount();
+    for (unsigned long i = 0; i < count; i++) {
+      ProcClass* const entry = GetProcByIndex(i);
+      if (entry != nullptr && entry->GetName() == wanted) return entry;
+    }
+    return nullptr;
+  });
+}
+
+ProcClass* ProcManager::GetProcByPID(unsigned long pid) {
+  unsigned long const count = GetProcCount();
+  for (unsigned long i = 0; i < count; i++) {
+    ProcClass* const entry = GetProcByIndex(i);
+    if (entry != nullptr && entry->GetPID() == pid) return entry;
+  }
+  return nullptr;
+}
+
+bool ProcManager::IsRunning(char const* name) {
+  return GetProcByName(name) != nullptr;
+}
+
+bool ProcManager::IsRunning(unsigned long pid) {
+  return GetProcByPID(pid) != nullptr;
+}
+
+// ---- New processes ----
+
+bool ProcManager::CreateNew(char const* command) {
+  return command != nullptr && CreateNew(command, 1);
+}
+
+bool ProcManager::CreateNew(char const* command, unsigned long detach) {
+  if (command == nullptr) return false;
+  // execve takes pointers to writable text, and writes none of it.
+  char* const arguments[] = {const_cast<char*>("sh"), const_cast<char*>("-c"), const_cast<char*>(command), nullptr};
+  pid_t const child = fork();
+  if (child != 0) return child > 0;
+  if (detach == 1) setsid();
+  execve("/bin/sh", arguments, environ);
+  return false;
+}
+
+bool ProcManager::CreateNewAndWait(char const* command, long timeout) {
+  return CreateNewAndWait(command, timeout, 0);
+}
+
+bool ProcManager::CreateNewAndWait(char const* command, long, unsigned long) {
+  return command != nullptr && CreateNew(command);
+}
+
+// ---- Twins ----
+
+ProcClass* ProcManager::GetProcByName(std::string const& name) {
+  return GetProcByName(name.c_str());
+}
+bool ProcManager::IsRunning(std::string const& name) {
+  return IsRunning(name.c_str());
+}
+bool ProcManager::CreateNew(std::string const& command) {
+  return CreateNew(command.c_str());
+}
+bool ProcManager::CreateNew(std::string const& command, unsigned long detach) {
+  return CreateNew(command.c_str(), detach);
+}
+bool ProcManager::CreateNewAndWait(std::string const& command, long timeout) {
+  return CreateNewAndWait(command.c_str(), timeout);
+}
+bool ProcManager::CreateNewAndWait(std::string const& command, long timeout, unsigned long flags) {
+  return CreateNewAndWait(command.c_str(), timeout, flags);
+}

@@ -1,0 +1,275 @@
+#include "zelvane/system/svc.h"
+
+#include <dirent.h>
+#include <errno.h>
+#include <stdlib.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <iterator>
+#include <string_view>
+#include <unordered_set>
+#include <utility>
+
+#include "zelvane/core/barrier_internal.h"
+#include "zelvane/core/fileutils.h"
+#include "zelvane/core/safesave_internal.h"
+#include "zelvane/core/strutils.h"
+#include "zelvane/core/strutils_internal.h"
+#include "zelvane/system/proc.h"
+
+using zelvane::internal::Guard;
+using zelvane::internal::ReadResult;
+using zelvane::internal::ReadWhole;
+using zelvane::internal::TrimView;
+
+namespace {
+
+constexpr char kInitFolder[] = "/etc/init.d/";
+constexpr char kRcFolder[] = "/etc/rc.d/";
+constexpr char kLocalRcFolder[] = "/usr/local/etc/rc.d/";
+
+enum class Script { kMissing, kNotExecutable, kExecutable };
+
+// Goes by the mode's bits, for anybody: root may execute whatever has one of them.
+Script LookAt(std::string const& path) {
+  struct stat file;
+  if (stat(path.c_str(), &file) != 0) return Script::kMissing;
+  return (file.st_mode & (S_IXUSR | S_IXGRP | S_IXOTH)) != 0 ? Script::kExecutable : Script::kNotExecutable;
+}
+
+// As one word of a shell's command line, whatever is in it.
+std::string ShellQuoted(std::string const& text) {
+  std::string quoted = "'";
+  for (char const c : text) {
+    if (c == '\'')
+      quoted += "'\\''";
+    else
+      quoted += c;
+  }
+  return quoted += '\'';
+}
+
+// Whether the script was run, however it ended. Where the host ignores SIGCHLD the status is lost (ECHILD), but the
+// script did run.
+bool Run(std::string const& script, char const* action) {
+  std::string const command = ShellQuoted(script) + " " + action;
+  return system(command.c_str()) != -1 || errno == ECHILD;
+}
+
+// The names of all processes, to be asked for many services at once.
+std::unordered_set<std::string> RunningNames() {
+  std::unordered_set<std::string> names;
+  ProcManager processes;
+  unsigned long const count = processes.GetProcCount();
+  for (unsigned long i = 0; i < count; i++) names.insert(processes.GetProcByIndex(i)->GetName());
+  return names;
+}
+
+// The entries of a folder in the order of their names.
+class FolderList {
+ public:
+  explicit FolderList(std::string const& folder) : count_(scandir(folder.c_str(), &entries_, nullptr, alphasort)) {}
+  FolderList(FolderList const&) = delete;
+  FolderList& operator=(FolderList const&) = delete;
+  ~FolderList() {
+    for (int i = 0; i < count_; i++) free(entries_[i]);
+    if (count_ >= 0) free(entries_);
+  }
+
+  // -1 when the folder cannot be read.
+  int Count() const { return count_; }
+  char const* Name(int index) const { return entries_[index]->d_name; }
+
+ private:
+  dirent** entries_ = nullptr;
+  int count_;
+};
+
+std::string ServiceName(std::string name) {
+  if (name.compare(0, 3, "rc.") == 0) name.erase(0, 3);
+  return name.substr(0, name.rfind('.'));
+}
+
+std::string DescriptionIn(std::string_view script) {
+  constexpr std::string_view kHeader = "description";
+  std::string description;
+  bool begun = false;
+  while (!script.empty()) {
+    std::string_view line = script.substr(0, script.find('\n'));
+    script.remove_prefix(std::min(line.size() + 1, script.size()));
+    line = TrimView(line);
+    if (line.empty() || line.front() != '#') continue;
+    std::string_view text = TrimView(line.substr(1));
+    if (!begun) {
+      std::size_t const colon = text.find(':');
+      if (colon == std::string_view::npos) continue;
+      if (LowerCase(std::string(text.substr(0, kHeader.size()))) != kHeader) continue;
+      text = TrimView(text.substr(colon + 1));
+      begun = true;
+    }
+    bool const goesOn = !text.empty() && text.back() == '\\';
+    if (goesOn) text.remove_suffix(1);
+    description += text;
+    if (!goesOn) break;
+  }
+  return description;
+}
+
+}  // namespace
+
+// ---- One service ----
+
+bool SvcClass::Start(long) {
+  return Guard(false, [&] {
+    if (name_.empty() || LookAt(fileName_) != Script::kExecutable || !Run(fileName_, "start")) return false;
+    if (!ProcManager().IsRunning(name_)) return false;
+    running_ = true;
+    return true;
+  });
+}
+
+bool SvcClass::Stop(long) {
+  return Guard(false, [&] {
+    if (name_.empty()) return false;
+    Script const script = LookAt(fileName_);
+    if (script == Script::kMissing) return false;
+    bool stopped = script == Script::kNotExecutable || Run(fileName_, "stop");
+    ProcManager processes;
+    if (ProcClass* const survivor = processes.GetProcByName(name_)) stopped = survivor->Kill();
+    if (stopped) running_ = false;
+    return stopped;
+  });
+}
+
+bool SvcClass::Restart(long, long) {
+  return Guard(false, [&] {
+    if (!running_) return false;
+    Script const script = LookAt(fileName_);
+    if (script == Script::kMissing) return false;
+    if (script == Script::kExecutable && !Run(fileName_, "restart")) return false;
+    return ProcManager().IsRunning(name_);
+  });
+}
+
+std::string SvcClass::GetName() const {
+  return name_;
+}
+
+std::string SvcClass::GetDisplayName() const {
+  return name_;
+}
+
+std::string SvcClass::GetFileName() const {
+  return fileName_;
+}
+
+std::string SvcClass::GetDescription() const {
+  return description_;
+}
+
+bool SvcClass::IsRunning() const {
+  return running_;
+}
+
+bool SvcClass::GetAutomatic() const {
+  return automatic_;
+}
+
+bool SvcClass::GetAutomatic(int level) const {
+  if (level < 0) return automatic_;
+  return level < static_cast<int>(std::size(automaticInLevel_)) && automaticInLevel_[level];
+}
+
+bool SvcClass::SetAutomatic(bool on) {
+  if (name_.empty() || !SetAutomatic(-1, on)) return false;
+  automatic_ = on;
+  return true;
+}
+
+bool SvcClass::SetAutomatic(int level, bool) {
+  return level < static_cast<int>(std::size(automaticInLevel_));
+}
+
+// ---- The table ----
+
+SvcManager::~SvcManager() = default;
+
+bool SvcManager::GetDaemonInfo(std::string const& dir) {
+  return Guard(false, [&] {
+    if (!DirExists(dir)) return false;
+    FolderList const scripts(dir);
+    if (scripts.Count() <= 0) return false;
+    std::unordered_set<std::string> const running = RunningNames();
+    for (int i = 0; i < scripts.Count(); i++) {
+      SvcClass service;
+      service.fileName_ = dir + scripts.Name(i);
+      struct stat file;
+      if (stat(service.fileName_.c_str(), &file) != 0 || S_ISDIR(file.st_mode)) continue;
+      service.name_ = ServiceName(scripts.Name(i));
+      service.description_ = GetDaemonDescr(service.fileName_);
+      service.running_ = running.count(service.name_) != 0;
+      GetDaemonAuto(service, service.fileName_);
+      table_.push_back(std::move(service));
+    }
+    return !table_.empty();
+  });
+}
+
+std::string SvcManager::GetDaemonDescr(std::string const& path) {
+  struct stat file;
+  std::string script;
+  if (stat(path.c_str(), &file) != 0 || !S_ISREG(file.st_mode)) return "";
+  return ReadWhole(path, script) == ReadResult::kOk ? DescriptionIn(script) : "";
+}
+
+void SvcManager::GetDaemonAuto(SvcClass& svc, std::string const& path) {
+  bool const on = ExtractFilePath(path) == kLocalRcFolder && LookAt(path) == Script::kExecutable;
+  svc.automatic_ = on;
+  std::fill(std::begin(svc.automaticInLevel_), std::end(svc.automaticInLevel_), on);
+}
+
+bool SvcManager::Update() {
+  Clear();
+  if (GetDaemonInfo(kInitFolder)) return true;
+  bool const system = GetDaemonInfo(kRcFolder);
+  bool const local = GetDaemonInfo(kLocalRcFolder);
+  return system || local;
+}
+
+void SvcManager::Clear() {
+  table_.clear();
+}
+
+unsigned long SvcManager::GetSvcCount() {
+  if (table_.empty()) Update();
+  return table_.size();
+}
+
+SvcClass* SvcManager::GetSvcByIndex(unsigned long index) {
+  return index < GetSvcCount() && index < table_.size() ? &table_[index] : nullptr;
+}
+
+SvcClass* SvcManager::GetSvcByName(char const* name) {
+  if (name == nullptr) return nullptr;
+  unsigned long const count = GetSvcCount();
+  for (unsigned long i = 0; i < count; i++) {
+    SvcClass* const entry = GetSvcByIndex(i);
+    if (entry != nullptr && entry->GetName() == name) return entry;
+  }
+  return nullptr;
+}
+
+bool SvcManager::IsRunning(char const* name) {
+  SvcClass* const entry = GetSvcByName(name);
+  return entry != nullptr && entry->IsRunning();
+}
+
+// ---- Twins ----
+
+SvcClass* SvcManager::GetSvcByName(std::string const& name) {
+  return GetSvcByName(name.c_str());
+}
+bool SvcManager::IsRunning(std::string const& name) {
+  return IsRunning(name.c_str());
+}
