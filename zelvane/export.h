@@ -3,11 +3,14 @@
 #ifndef ZELVANE_EXPORT_H
 #define ZELVANE_EXPORT_H
 
-/* The library is built with hidden visibility: a function or class is exported because it says ZELVANE_API. */
+/* The library is built with hidden visibility: a function or class is exported because it says ZELVANE_API. Private
+   helpers of an exported class say ZELVANE_HIDDEN and stay out of the symbol table. */
 #if defined(__GNUC__) || defined(__clang__)
 #define ZELVANE_API __attribute__((visibility("default")))
+#define ZELVANE_HIDDEN __attribute__((visibility("hidden")))
 #else
 #define ZELVANE_API
+#define ZELVANE_HIDDEN
 #endif
 
 /* Plain, unmangled names for the exported plain functions. */

@@ -14,10 +14,12 @@
 #include "zelvane/config/cfgclass_internal.h"
 #include "zelvane/config/nodepool_internal.h"
 #include "zelvane/config/rankindex_internal.h"
+#include "zelvane/core/barrier_internal.h"
 #include "zelvane/core/safesave_internal.h"
 #include "zelvane/core/strutils_internal.h"
 
 using zelvane::internal::AnsiUpperInto;
+using zelvane::internal::Guard;
 using zelvane::internal::NodePool;
 using zelvane::internal::PoolAllocator;
 using zelvane::internal::RankIndex;
@@ -736,6 +738,11 @@ bool RegCfgClass::SaveAs(std::string const& name) {
 }
 
 namespace zelvane::internal {
+
+template <class Base>
+OptionalFile<Base>::~OptionalFile() {
+  Guard(false, [this] { return this->Close(); });
+}
 
 template <class Base>
 bool OptionalFile<Base>::LoadFile(bool noLines) {

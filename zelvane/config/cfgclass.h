@@ -80,7 +80,7 @@ struct KeyRec {
   std::map<std::string, KeyRec>::iterator next;
 };
 
-struct SectRec {
+struct ZELVANE_HIDDEN SectRec {
   SectRec(zelvane::internal::CfgState& state, std::list<std::string>::iterator headerLine);
   ~SectRec();
   SectRec(SectRec const&) = delete;
@@ -356,12 +356,12 @@ class ZELVANE_API CfgClass {
   template <class Base>
   friend class zelvane::internal::OptionalFile;
 
-  bool OpenAs(char const* name, bool readOnly);
-  CfgError Refusal(char const* section, char const* key, bool writing) const;
-  bool Find(char const* section, char const* key, KeyPosition* position);
-  bool Changed();
-  bool Fail(CfgError code);
-  bool IsPlain() const;
+  ZELVANE_HIDDEN bool OpenAs(char const* name, bool readOnly);
+  ZELVANE_HIDDEN CfgError Refusal(char const* section, char const* key, bool writing) const;
+  ZELVANE_HIDDEN bool Find(char const* section, char const* key, KeyPosition* position);
+  ZELVANE_HIDDEN bool Changed();
+  ZELVANE_HIDDEN bool Fail(CfgError code);
+  ZELVANE_HIDDEN bool IsPlain() const;
 
   std::unique_ptr<zelvane::internal::CfgState> state_;
 };

@@ -14,7 +14,7 @@ class OptionalFile final : public Base {
  public:
   OptionalFile() = default;
   // Here and not in the base: a save on destruction must still be this class's.
-  ~OptionalFile() override { this->Close(); }
+  ~OptionalFile() override;
   bool LoadFile(bool noLines) override;
 
   // Drops the mark of unsaved changes: a writer that fails half-way must not have its changes saved on destruction.
