@@ -154,7 +154,7 @@ constexpr int kAbsent = -1;
 constexpr int kInvalid = -2;
 
 // What is left absent comes from 1970-01-01 00:00:00.
-Fields const kFirstSecond = {1970, 1, 1, 0, 0, 0, 0, 0};
+constexpr Fields kFirstSecond = {1970, 1, 1, 0, 0, 0, 0, 0};
 
 long ReadText(std::string const& text, std::string const& format, long def) {
   if (text.empty()) return def;

@@ -3,12 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
-#include <charconv>
-#include <climits>
-#include <cmath>
-#include <cstdint>
-#include <locale>
-#include <sstream>
 #include <string_view>
 #include <utility>
 
@@ -90,13 +84,6 @@ std::size_t Missing(std::size_t length, int width) {
   return width > 0 && static_cast<std::size_t>(width) > length ? static_cast<std::size_t>(width) - length : 0;
 }
 
-// Fills the text of a number: between its sign and its digits.
-std::string Justify(std::string_view text, int width, char fill) {
-  std::string result(text);
-  std::size_t const sign = !text.empty() && text.front() == '-' ? 1 : 0;
-  return result.insert(sign, Missing(text.size(), width), fill);
-}
-
 enum class Pieces { kWhole, kTrimmed };
 
 // Cuts a text by one separator after the other. The first separator of the list that occurs in the rest of the text is
@@ -156,123 +143,6 @@ void Split(std::vector<std::string>& out, std::string_view text, char separator,
   Split(out, text, std::string_view(&separator, 1), count, pieces);
 }
 
-// The low 32 bits of a `long` of either width, as a number of their own.
-std::int32_t Signed32(long value) {
-  return static_cast<std::int32_t>(value);
-}
-std::uint32_t Unsigned32(unsigned long value) {
-  return static_cast<std::uint32_t>(value);
-}
-
-template <typename Integer>
-std::string IntegerText(Integer value, int base, int width, char fill) {
-  char digits[33];  // a sign, and 32 of them to the base of 2
-  char* const end = std::to_chars(digits, digits + sizeof digits, value, base).ptr;
-  return Justify(std::string_view(digits, static_cast<std::size_t>(end - digits)), width, fill);
-}
-
-// Digits of a double beyond these are zeros: none has more, not even the smallest ones.
-constexpr unsigned int kDoubleDigits = 767;
-
-// "%#.<digits>g", which the standard library offers only at the mercy of the C locale or, through a stream, on a stack
-// that many digits overflow. It is put together from the exponent notation.
-std::string GeneralText(double value, unsigned int digits) {
-  if (digits > INT_MAX) digits = 6;  // a stream sees a negative precision there and falls back to its own default
-  if (digits == 0) digits = 1;
-  char text[kDoubleDigits + 16];
-  int const precision = static_cast<int>(std::min(digits, kDoubleDigits)) - 1;
-  char* const end = std::to_chars(text, text + sizeof text, value, std::chars_format::scientific, precision).ptr;
-  std::string_view const all(text, static_cast<std::size_t>(end - text));
-  std::size_t const exponentAt = all.find('e');
-  if (exponentAt == std::string_view::npos) return std::string(all);  // inf, nan
-
-  int exponent = 0;
-  char const* const exponentText = text + exponentAt + 1;
-  std::from_chars(exponentText + (*exponentText == '+' ? 1 : 0), end, exponent);
-  std::string result(all.substr(0, exponentAt));
-  std::size_t const sign = result.front() == '-' ? 1 : 0;
-  if (result.size() > sign + 1) result.erase(sign + 1, 1);  // the point, until its place is known
-  result.resize(sign + digits, '0');
-
-  if (exponent < -4 || exponent >= static_cast<int>(digits)) {
-    return result.insert(sign + 1, 1, '.').append(all.substr(exponentAt));
-  }
-  if (exponent < 0) return result.insert(sign, "0.000", static_cast<std::size_t>(1 - exponent));
-  return result.insert(sign + 1 + static_cast<std::size_t>(exponent), 1, '.');
-}
-
-bool IsDigit(char c) {
-  return c >= '0' && c <= '9';
-}
-bool IsHexDigit(char c) {
-  return IsDigit(c) || (c >= 'A' && c <= 'F') || (c >= 'a' && c <= 'f');
-}
-bool IsSign(char c) {
-  return c == '+' || c == '-';
-}
-
-// Takes bytes that `accept` accepts off the front of `text`, `most` of them; gives how many.
-template <typename Accept>
-std::size_t Skip(std::string_view& text, Accept accept, std::size_t most = std::string_view::npos) {
-  std::size_t count = 0;
-  while (count < text.size() && count < most && accept(text[count])) count++;
-  text.remove_prefix(count);
-  return count;
-}
-
-bool SkipChar(std::string_view& text, char wanted) {
-  return Skip(
-             text, [wanted](char c) { return c == wanted; }, 1) == 1;
-}
-
-bool IsInt(std::string_view text) {
-  if (text.empty()) return false;
-  Skip(text, IsSign, 1);
-  Skip(text, IsDigit);
-  return text.empty();
-}
-
-bool IsHex(std::string_view text) {
-  return Skip(text, IsHexDigit) > 0 && text.empty();
-}
-
-bool IsFloat(std::string_view text) {
-  Skip(text, IsSign, 1);
-  std::size_t digits = Skip(text, IsDigit);
-  if (SkipChar(text, '.')) digits += Skip(text, IsDigit);
-  if (digits == 0) return false;
-  if (text.empty()) return true;
-  if (!SkipChar(text, 'E')) return false;
-  Skip(text, IsSign, 1);
-  return Skip(text, IsDigit) > 0 && text.empty();
-}
-
-// `text` has passed the syntax test of its base. from_chars takes no plus sign.
-long ReadInteger(std::string_view text, int base, long def) {
-  SkipChar(text, '+');
-  std::int32_t value = 0;
-  return std::from_chars(text.data(), text.data() + text.size(), value, base).ec == std::errc() ? value : def;
-}
-
-long ReadInt(std::string_view text, long def) {
-  return IsInt(text) ? ReadInteger(text, 10, def) : def;
-}
-
-long ReadHex(std::string_view text, long def) {
-  return IsHex(text) ? ReadInteger(text, 16, def) : def;
-}
-
-double ReadFloat(std::string_view text, double def) {
-  if (!IsFloat(text)) return def;
-  SkipChar(text, '+');
-  double value = 0;
-  if (std::from_chars(text.data(), text.data() + text.size(), value).ec == std::errc()) return value;
-  // Too large and too small look alike to from_chars; a stream takes the small ones.
-  std::istringstream stream{std::string(text)};
-  stream.imbue(std::locale::classic());
-  return stream >> value ? value : def;
-}
-
 }  // namespace
 
 namespace zelvane::internal {
@@ -299,7 +169,6 @@ bool SplitFields(std::string_view value, std::size_t n, std::vector<std::string>
 std::string UpperCase(char const* text) {
   return ChangeCase(View(text), std::toupper);
 }
-
 std::string UpperCase(std::string const& text) {
   return ChangeCase(text, std::toupper);
 }
@@ -307,7 +176,6 @@ std::string UpperCase(std::string const& text) {
 std::string LowerCase(char const* text) {
   return ChangeCase(View(text), std::tolower);
 }
-
 std::string LowerCase(std::string const& text) {
   return ChangeCase(text, std::tolower);
 }
@@ -315,7 +183,6 @@ std::string LowerCase(std::string const& text) {
 std::string AnsiUpperCase(char const* text) {
   return Translate(View(text), kAnsiUpper);
 }
-
 std::string AnsiUpperCase(std::string const& text) {
   return Translate(text, kAnsiUpper);
 }
@@ -323,7 +190,6 @@ std::string AnsiUpperCase(std::string const& text) {
 std::string AnsiLowerCase(char const* text) {
   return Translate(View(text), kAnsiLower);
 }
-
 std::string AnsiLowerCase(std::string const& text) {
   return Translate(text, kAnsiLower);
 }
@@ -331,7 +197,6 @@ std::string AnsiLowerCase(std::string const& text) {
 std::string Trim(char const* text) {
   return std::string(TrimView(View(text)));
 }
-
 std::string Trim(std::string const& text) {
   return std::string(TrimView(text));
 }
@@ -339,7 +204,6 @@ std::string Trim(std::string const& text) {
 std::string TrimLeft(char const* text) {
   return std::string(TrimLeftView(View(text)));
 }
-
 std::string TrimLeft(std::string const& text) {
   return std::string(TrimLeftView(text));
 }
@@ -347,7 +211,6 @@ std::string TrimLeft(std::string const& text) {
 std::string TrimRight(char const* text) {
   return std::string(TrimRightView(View(text)));
 }
-
 std::string TrimRight(std::string const& text) {
   return std::string(TrimRightView(text));
 }
@@ -355,7 +218,6 @@ std::string TrimRight(std::string const& text) {
 std::string QuotedStr(char const* text) {
   return text == nullptr ? std::string() : Quoted(text);
 }
-
 std::string QuotedStr(std::string const& text) {
   return Quoted(text);
 }
@@ -363,7 +225,6 @@ std::string QuotedStr(std::string const& text) {
 std::string FillLeft(char const* text, int width, char fill) {
   return text == nullptr ? std::string() : FillLeft(std::string(text), width, fill);
 }
-
 std::string FillLeft(std::string const& text, int width, char fill) {
   return std::string(Missing(text.size(), width), fill) + text;
 }
@@ -371,7 +232,6 @@ std::string FillLeft(std::string const& text, int width, char fill) {
 std::string FillRight(char const* text, int width, char fill) {
   return text == nullptr ? std::string() : FillRight(std::string(text), width, fill);
 }
-
 std::string FillRight(std::string const& text, int width, char fill) {
   return text + std::string(Missing(text.size(), width), fill);
 }
@@ -380,33 +240,26 @@ void Tokenize(std::vector<std::string>& out, char const* text, std::vector<std::
               unsigned long count) {
   Split(out, View(text), separators, count, Pieces::kWhole);
 }
-
 void Tokenize(std::vector<std::string>& out, char const* text, std::string const& separator, unsigned long count) {
   Split(out, View(text), std::string_view(separator), count, Pieces::kWhole);
 }
-
 void Tokenize(std::vector<std::string>& out, char const* text, char const* separator, unsigned long count) {
   Split(out, View(text), View(separator), count, Pieces::kWhole);
 }
-
 void Tokenize(std::vector<std::string>& out, char const* text, char separator, unsigned long count) {
   Split(out, View(text), separator, count, Pieces::kWhole);
 }
-
 void Tokenize(std::vector<std::string>& out, std::string const& text, std::vector<std::string> const& separators,
               unsigned long count) {
   Split(out, text, separators, count, Pieces::kWhole);
 }
-
 void Tokenize(std::vector<std::string>& out, std::string const& text, std::string const& separator,
               unsigned long count) {
   Split(out, text, std::string_view(separator), count, Pieces::kWhole);
 }
-
 void Tokenize(std::vector<std::string>& out, std::string const& text, char const* separator, unsigned long count) {
   Split(out, text, View(separator), count, Pieces::kWhole);
 }
-
 void Tokenize(std::vector<std::string>& out, std::string const& text, char separator, unsigned long count) {
   Split(out, text, separator, count, Pieces::kWhole);
 }
@@ -415,110 +268,26 @@ void TrimTokenize(std::vector<std::string>& out, char const* text, std::vector<s
                   unsigned long count) {
   Split(out, View(text), separators, count, Pieces::kTrimmed);
 }
-
 void TrimTokenize(std::vector<std::string>& out, char const* text, std::string const& separator, unsigned long count) {
   Split(out, View(text), std::string_view(separator), count, Pieces::kTrimmed);
 }
-
 void TrimTokenize(std::vector<std::string>& out, char const* text, char const* separator, unsigned long count) {
   Split(out, View(text), View(separator), count, Pieces::kTrimmed);
 }
-
 void TrimTokenize(std::vector<std::string>& out, char const* text, char separator, unsigned long count) {
   Split(out, View(text), separator, count, Pieces::kTrimmed);
 }
-
 void TrimTokenize(std::vector<std::string>& out, std::string const& text, std::vector<std::string> const& separators,
                   unsigned long count) {
   Split(out, text, separators, count, Pieces::kTrimmed);
 }
-
 void TrimTokenize(std::vector<std::string>& out, std::string const& text, std::string const& separator,
                   unsigned long count) {
   Split(out, text, std::string_view(separator), count, Pieces::kTrimmed);
 }
-
 void TrimTokenize(std::vector<std::string>& out, std::string const& text, char const* separator, unsigned long count) {
   Split(out, text, View(separator), count, Pieces::kTrimmed);
 }
-
 void TrimTokenize(std::vector<std::string>& out, std::string const& text, char separator, unsigned long count) {
   Split(out, text, separator, count, Pieces::kTrimmed);
-}
-
-std::string IntToStr(long value, int width, char fill) {
-  return IntegerText(Signed32(value), 10, width, fill);
-}
-
-std::string UIntToStr(unsigned long value, int width, char fill) {
-  return IntegerText(Unsigned32(value), 10, width, fill);
-}
-
-std::string IntToHex(long value, int width, bool upper, char fill) {
-  std::string const digits = IntegerText(Unsigned32(static_cast<unsigned long>(value)), 16, 0, fill);
-  return Justify(upper ? Translate(digits, kAnsiUpper) : digits, width, fill);
-}
-
-std::string IntToBin(long value, int width, char fill) {
-  return IntegerText(Unsigned32(static_cast<unsigned long>(value)), 2, width, fill);
-}
-
-std::string FloatToStr(double value, int width, unsigned int digits, char fill) {
-  return Justify(GeneralText(value, digits), width, fill);
-}
-
-long StrToIntDef(char const* text, long def) {
-  return ReadInt(View(text), def);
-}
-
-long StrToIntDef(std::string const& text, long def) {
-  return ReadInt(text, def);
-}
-
-long HexToIntDef(char const* text, long def) {
-  return ReadHex(View(text), def);
-}
-
-long HexToIntDef(std::string const& text, long def) {
-  return ReadHex(text, def);
-}
-
-double StrToFloatDef(char const* text, double def) {
-  return ReadFloat(View(text), def);
-}
-
-double StrToFloatDef(std::string const& text, double def) {
-  return ReadFloat(text, def);
-}
-
-bool StrIsInt(char const* text) {
-  return IsInt(View(text));
-}
-
-bool StrIsInt(std::string const& text) {
-  return IsInt(text);
-}
-
-bool StrIsHex(char const* text) {
-  return IsHex(View(text));
-}
-
-bool StrIsHex(std::string const& text) {
-  return IsHex(text);
-}
-
-bool StrIsFloat(char const* text) {
-  return IsFloat(View(text));
-}
-
-bool StrIsFloat(std::string const& text) {
-  return IsFloat(text);
-}
-
-bool StrIsIPNumber(char const* /*text*/) {
-  return false;
-}
-
-bool StrIsIPNumber(std::string const& /*text*/) {
-  return false;
 }

@@ -1,0 +1,213 @@
+// The conversions between text and numbers of strutils.h.
+#include <algorithm>
+#include <charconv>
+#include <climits>
+#include <cstdint>
+#include <locale>
+#include <sstream>
+#include <string_view>
+
+#include "zelvane/core/strutils.h"
+#include "zelvane/core/strutils_internal.h"
+
+using zelvane::internal::View;
+
+namespace {
+
+// Fills the text of a number: between its sign and its digits.
+std::string Justify(std::string text, int width, char fill) {
+  if (width <= 0) return text;
+  if (text.front() != '-') return FillLeft(text, width, fill);
+  return '-' + FillLeft(text.substr(1), width - 1, fill);
+}
+
+// The low 32 bits of a `long` of either width, as a number of their own.
+std::int32_t Signed32(long value) {
+  return static_cast<std::int32_t>(value);
+}
+std::uint32_t Unsigned32(unsigned long value) {
+  return static_cast<std::uint32_t>(value);
+}
+
+template <typename Integer>
+std::string IntegerText(Integer value, int base, int width, char fill) {
+  char digits[33];  // a sign, and 32 of them to the base of 2
+  char* const end = std::to_chars(digits, digits + sizeof digits, value, base).ptr;
+  return Justify(std::string(digits, end), width, fill);
+}
+
+// Digits of a double beyond these are zeros: none has more, not even the smallest ones.
+constexpr unsigned int kDoubleDigits = 767;
+
+// "%#.<digits>g", which the standard library offers only at the mercy of the C locale or, through a stream, on a stack
+// that many digits overflow. It is put together from the exponent notation.
+std::string GeneralText(double value, unsigned int digits) {
+  if (digits > INT_MAX) digits = 6;  // a stream sees a negative precision there and falls back to its own default
+  if (digits == 0) digits = 1;
+  char text[kDoubleDigits + 16];
+  int const precision = static_cast<int>(std::min(digits, kDoubleDigits)) - 1;
+  char* const end = std::to_chars(text, text + sizeof text, value, std::chars_format::scientific, precision).ptr;
+  std::string_view const all(text, static_cast<std::size_t>(end - text));
+  std::size_t const exponentAt = all.find('e');
+  if (exponentAt == std::string_view::npos) return std::string(all);  // inf, nan
+
+  int exponent = 0;
+  char const* const exponentText = text + exponentAt + 1;
+  std::from_chars(exponentText + (*exponentText == '+' ? 1 : 0), end, exponent);
+  std::string result(all.substr(0, exponentAt));
+  std::size_t const sign = result.front() == '-' ? 1 : 0;
+  if (result.size() > sign + 1) result.erase(sign + 1, 1);  // the point, until its place is known
+  result.resize(sign + digits, '0');
+
+  if (exponent < -4 || exponent >= static_cast<int>(digits)) {
+    return result.insert(sign + 1, 1, '.').append(all.substr(exponentAt));
+  }
+  if (exponent < 0) return result.insert(sign, "0.000", static_cast<std::size_t>(1 - exponent));
+  return result.insert(sign + 1 + static_cast<std::size_t>(exponent), 1, '.');
+}
+
+bool IsDigit(char c) {
+  return c >= '0' && c <= '9';
+}
+bool IsHexDigit(char c) {
+  return IsDigit(c) || (c >= 'A' && c <= 'F') || (c >= 'a' && c <= 'f');
+}
+
+// The following take something off the front of `text`, if it is there.
+
+bool SkipChar(std::string_view& text, char wanted) {
+  if (text.empty() || text.front() != wanted) return false;
+  text.remove_prefix(1);
+  return true;
+}
+
+void SkipSign(std::string_view& text) {
+  if (!SkipChar(text, '+')) SkipChar(text, '-');
+}
+
+std::size_t SkipDigits(std::string_view& text, bool (*isDigit)(char) = IsDigit) {
+  auto const end = std::find_if_not(text.begin(), text.end(), isDigit);
+  auto const count = static_cast<std::size_t>(end - text.begin());
+  text.remove_prefix(count);
+  return count;
+}
+
+bool IsInt(std::string_view text) {
+  if (text.empty()) return false;
+  SkipSign(text);
+  SkipDigits(text);
+  return text.empty();
+}
+
+bool IsHex(std::string_view text) {
+  return SkipDigits(text, IsHexDigit) > 0 && text.empty();
+}
+
+bool IsFloat(std::string_view text) {
+  SkipSign(text);
+  std::size_t digits = SkipDigits(text);
+  if (SkipChar(text, '.')) digits += SkipDigits(text);
+  if (digits == 0) return false;
+  if (text.empty()) return true;
+  if (!SkipChar(text, 'E')) return false;
+  SkipSign(text);
+  return SkipDigits(text) > 0 && text.empty();
+}
+
+// `text` has passed the syntax test of its base. from_chars takes no plus sign.
+long ReadInteger(std::string_view text, int base, long def) {
+  SkipChar(text, '+');
+  std::int32_t value = 0;
+  return std::from_chars(text.data(), text.data() + text.size(), value, base).ec == std::errc() ? value : def;
+}
+
+long ReadInt(std::string_view text, long def) {
+  return IsInt(text) ? ReadInteger(text, 10, def) : def;
+}
+
+long ReadHex(std::string_view text, long def) {
+  return IsHex(text) ? ReadInteger(text, 16, def) : def;
+}
+
+double ReadFloat(std::string_view text, double def) {
+  if (!IsFloat(text)) return def;
+  SkipChar(text, '+');
+  double value = 0;
+  if (std::from_chars(text.data(), text.data() + text.size(), value).ec == std::errc()) return value;
+  // Too large and too small look alike to from_chars; a stream takes the small ones.
+  std::istringstream stream{std::string(text)};
+  stream.imbue(std::locale::classic());
+  return stream >> value ? value : def;
+}
+
+}  // namespace
+
+std::string IntToStr(long value, int width, char fill) {
+  return IntegerText(Signed32(value), 10, width, fill);
+}
+
+std::string UIntToStr(unsigned long value, int width, char fill) {
+  return IntegerText(Unsigned32(value), 10, width, fill);
+}
+
+std::string IntToHex(long value, int width, bool upper, char fill) {
+  std::string const digits = IntegerText(Unsigned32(static_cast<unsigned long>(value)), 16, 0, fill);
+  return Justify(upper ? AnsiUpperCase(digits) : digits, width, fill);
+}
+
+std::string IntToBin(long value, int width, char fill) {
+  return IntegerText(Unsigned32(static_cast<unsigned long>(value)), 2, width, fill);
+}
+
+std::string FloatToStr(double value, int width, unsigned int digits, char fill) {
+  return Justify(GeneralText(value, digits), width, fill);
+}
+
+long StrToIntDef(char const* text, long def) {
+  return ReadInt(View(text), def);
+}
+long StrToIntDef(std::string const& text, long def) {
+  return ReadInt(text, def);
+}
+
+long HexToIntDef(char const* text, long def) {
+  return ReadHex(View(text), def);
+}
+long HexToIntDef(std::string const& text, long def) {
+  return ReadHex(text, def);
+}
+
+double StrToFloatDef(char const* text, double def) {
+  return ReadFloat(View(text), def);
+}
+double StrToFloatDef(std::string const& text, double def) {
+  return ReadFloat(text, def);
+}
+
+bool StrIsInt(char const* text) {
+  return IsInt(View(text));
+}
+bool StrIsInt(std::string const& text) {
+  return IsInt(text);
+}
+
+bool StrIsHex(char const* text) {
+  return IsHex(View(text));
+}
+bool StrIsHex(std::string const& text) {
+  return IsHex(text);
+}
+
+bool StrIsFloat(char const* text) {
+  return IsFloat(View(text));
+}
+bool StrIsFloat(std::string const& text) {
+  return IsFloat(text);
+}
+
+bool StrIsIPNumber(char const* /*text*/) {
+  return false;
+}
+bool StrIsIPNumber(std::string const& /*text*/) {
+  return false;
+}
