@@ -1,0 +1,190 @@
+#include "zelvane/logs/logreader.h"
+
+#include <bitset>
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+
+#include "zelvane/core/barrier_internal.h"
+#include "zelvane/core/bytes_internal.h"
+#include "zelvane/core/datetime.h"
+#include "zelvane/core/fileutils.h"
+#include "zelvane/core/strutils.h"
+#include "zelvane/logs/logclass_internal.h"
+
+using zelvane::internal::Guard;
+using zelvane::internal::LoadLe32;
+using zelvane::internal::LogRecords;
+
+namespace {
+
+constexpr unsigned long kEventSize = 64;
+constexpr unsigned long kRecordSize = 4 + kEventSize;
+constexpr std::int32_t kDaySeconds = 86400;
+constexpr std::int32_t kNoTime = -1;
+
+LogClass* Log(void* handle) {
+  return static_cast<LogClass*>(handle);
+}
+
+std::int32_t TimeOf(unsigned char const* record) {
+  return static_cast<std::int32_t>(LoadLe32(record));
+}
+
+std::uint16_t CodeOf(unsigned char const* record) {
+  return static_cast<std::uint16_t>(record[4] | record[5] << 8);
+}
+
+// `t` with its time of day replaced; -1 when either is not valid.
+std::int32_t AtTimeOfDay(long t, int hour, int minute, int second) {
+  int year = 0;
+  int month = 0;
+  int day = 0;
+  if (!DecodeDateTime(t, &year, &month, &day, nullptr, nullptr, nullptr, nullptr, nullptr)) return kNoTime;
+  return static_cast<std::int32_t>(EncodeDateTime(year, month, day, hour, minute, second));
+}
+
+class DaySpan {
+ public:
+  DaySpan(long from, long to) : first_(AtTimeOfDay(from, 0, 0, 0)), last_(AtTimeOfDay(to, 23, 59, 59)) {}
+
+  std::int32_t Last() const { return last_; }
+
+  bool HasTime(std::int32_t t) const { return t >= 0 && t >= first_ && t <= last_; }
+
+  // Whether the first second of the date of `t` is in the span. Records of one day follow each other in a log, so the
+  // verdict on the last day is kept.
+  bool HasDate(std::int32_t t) {
+    if (t < 0) return false;
+    if (t / kDaySeconds != day_) {
+      day_ = t / kDaySeconds;
+      hasDay_ = HasTime(AtTimeOfDay(t, 0, 0, 0));
+    }
+    return hasDay_;
+  }
+
+ private:
+  std::int32_t first_;
+  std::int32_t last_;
+  std::int32_t day_ = -1;
+  bool hasDay_ = false;
+};
+
+using Codes = std::bitset<65536>;
+
+Codes EndCodes(short const* codes, unsigned long count) {
+  Codes ends;
+  for (unsigned long i = 0; i < count; i++)
+    if (codes[i] >= 0) ends.set(static_cast<std::uint16_t>(codes[i]));
+  return ends;
+}
+
+std::int32_t TimeEvents(LogRecords const& log, std::uint16_t startCode, Codes const& ends, DaySpan const& span) {
+  std::uint32_t total = 0;  // unsigned, to wrap: damaged logs hold any stamp
+  std::int32_t open = kNoTime;
+  bool clipped = false;
+  auto const addUpTo = [&](std::int32_t t) {
+    total += static_cast<std::uint32_t>(t) - static_cast<std::uint32_t>(open);
+  };
+
+  unsigned char const* record = log.bytes;
+  unsigned char const* const end = log.bytes + log.count * kRecordSize;
+  for (; record != end; record += kRecordSize) {
+    std::int32_t t = TimeOf(record);
+    bool const late = t > span.Last();
+    if (open == kNoTime && CodeOf(record) == startCode) open = t;
+    if (open != kNoTime && !clipped && span.HasTime(t)) {
+      clipped = true;
+      open = t;
+    }
+    if (open != kNoTime && (late || ends.test(CodeOf(record)))) {
+      if (late) t = span.Last();
+      if (span.HasTime(t)) addUpTo(t);
+      open = kNoTime;
+    }
+    if (t >= span.Last()) break;
+  }
+  if (open != kNoTime && clipped && record != log.bytes) addUpTo(TimeOf(record - kRecordSize));
+  return static_cast<std::int32_t>(total);
+}
+
+void LoadEarlierGeneration(LogClass& log, char const* path) {
+  void* records = nullptr;
+  unsigned long const length = Load_Zelvane3x_Log(path, &records);
+  if (length > 0) log.SetBuffer(records, length);
+  Close_Zelvane3x_Log(&records);
+}
+
+}  // namespace
+
+void* LogReaderOpen(char const* path) {
+  if (path == nullptr || *path == '\0' || !FilePermToRead(path)) return nullptr;
+  return Guard<void*>(nullptr, [&] {
+    auto log = std::make_unique<LogClass>();
+    if (AnsiLowerCase(ExtractFileExt(path)) == "cry") {
+      LoadEarlierGeneration(*log, path);
+    } else {
+      log->SetFile(path);
+      log->LoadFile(kEventSize);
+    }
+    return static_cast<void*>(log.release());
+  });
+}
+
+int LogReaderClose(void* log) {
+  if (log == nullptr) return 0;
+  Log(log)->UnloadFile();
+  delete Log(log);
+  return 1;
+}
+
+unsigned long LogReaderRegCount(void* log) {
+  return log == nullptr ? 0 : Log(log)->GetRegCount(kEventSize);
+}
+
+int LogReaderReadReg(void* log, unsigned long index, long* when, void* data) {
+  if (log == nullptr || when == nullptr || data == nullptr) return 0;
+  return Log(log)->ReadReg(index, when, data, kEventSize) ? 1 : 0;
+}
+
+unsigned long LogReaderCountEvents(void* log, unsigned short code, long from, long to) {
+  if (log == nullptr) return 0;
+  LogRecords const records(*Log(log), kEventSize);
+  DaySpan span(from, to);
+  unsigned long count = 0;
+  for (unsigned long i = 0; i < records.count; i++) {
+    unsigned char const* const record = records.bytes + i * kRecordSize;
+    if (CodeOf(record) == code && span.HasDate(TimeOf(record))) count++;
+  }
+  return count;
+}
+
+long LogReaderTimeEvents(void* log, short startCode, short endCodeA, short endCodeB, long from, long to) {
+  short const endCodes[] = {endCodeA, endCodeB};
+  return LogReaderTimeEvents2(log, startCode, endCodes, 2, from, to);
+}
+
+long LogReaderTimeEvents2(void* log, short startCode, short const* endCodes, unsigned long count, long from, long to) {
+  if (log == nullptr || endCodes == nullptr || count == 0) return 0;
+  return TimeEvents(LogRecords(*Log(log), kEventSize), static_cast<std::uint16_t>(startCode), EndCodes(endCodes, count),
+                    DaySpan(from, to));
+}
+
+int DecodeProgDateTime(long dateTime, int* year, int* month, int* day, int* hour, int* minute, int* second) {
+  return DecodeDateTime(dateTime, year, month, day, hour, minute, second, nullptr, nullptr) ? 1 : 0;
+}
+
+long EncodeProgDateTime(int year, int month, int day, int hour, int minute, int second) {
+  return EncodeDateTime(year, month, day, hour, minute, second);
+}
+
+unsigned long Load_Zelvane3x_Log(char const* /*path*/, void** records) {
+  if (records != nullptr) *records = nullptr;
+  return 0;
+}
+
+void Close_Zelvane3x_Log(void** records) {
+  if (records == nullptr) return;
+  std::free(*records);
+  *records = nullptr;
+}
