@@ -28,10 +28,9 @@ bool WriteServer(CfgClass& file, Row const& row, void const* record) {
 }
 
 bool ReadPassword(CfgClass& file, Row const& row, void* record) {
-  std::string password = file.ReadStr(row.section, row.key, row.text);
   // Cut to the field only when decoded: the encoded form of a password that fits is longer than the field.
-  if (!password.empty()) password = DecodeBase64ToStr(password);
-  CopyToField(static_cast<ShutSrvConfig*>(record)->mailPassword, password);
+  std::string encoded = file.ReadStr(row.section, row.key, row.text);
+  CopyToField(static_cast<ShutSrvConfig*>(record)->mailPassword, DecodeBase64ToStr(encoded));
   return true;
 }
 

@@ -153,10 +153,10 @@ bool FindType(Folders const& folders, std::int32_t type, TypeEntry& entry) {
   return true;
 }
 
-// A planned discharge is never further away than one interval.
+// A planned discharge is never further away than one interval. Dates that mean "none" lie before any other.
 std::int32_t NextDischarge(UpsSrvConfig const& cfg) {
   long const now = GetDateTime();
-  if (cfg.fullDischargeDate <= 0 || now < 0) return cfg.fullDischargeDate;
+  if (now < 0) return cfg.fullDischargeDate;
   std::int64_t const latest = now + std::int64_t{86400} * static_cast<std::uint32_t>(cfg.dischargeInterval);
   return static_cast<std::int32_t>(std::min<std::int64_t>(cfg.fullDischargeDate, latest));
 }
