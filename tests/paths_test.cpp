@@ -10,9 +10,7 @@
 
 namespace {
 
-std::string ProgramFolder() {
-  return std::filesystem::read_symlink("/proc/self/exe").parent_path().string() + "/";
-}
+std::string ProgramFolder() { return std::filesystem::read_symlink("/proc/self/exe").parent_path().string() + "/"; }
 
 // ---- The root ----
 

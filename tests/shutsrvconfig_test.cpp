@@ -71,9 +71,7 @@ class ShutSrv : public testing::Test {
   ShutSrvConfig cfg_;
 };
 
-void Fill(char* field, size_t width, char const* text) {
-  strncpy(field, text, width);
-}
+void Fill(char* field, size_t width, char const* text) { strncpy(field, text, width); }
 
 // ---- Defaults and missing files ----
 

@@ -55,9 +55,7 @@ constexpr Row kUserRows[] = {
 
 static_assert(RowsFit(sizeof(ClientConfig), kRows, kUserRows), "rows outside the record or on top of each other");
 
-std::string SettingsPath() {
-  return GetZelvanePath() + "upscli.cfg";
-}
+std::string SettingsPath() { return GetZelvanePath() + "upscli.cfg"; }
 
 }  // namespace
 

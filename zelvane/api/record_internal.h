@@ -12,10 +12,8 @@
 #include "zelvane/config/cfgclass.h"
 
 // The place of a field in its record.
-#define ZELVANE_FIELD(Record, field)               \
-  ::zelvane::internal::table::Place {              \
-    offsetof(Record, field), sizeof(Record::field) \
-  }
+#define ZELVANE_FIELD(Record, field) \
+  ::zelvane::internal::table::Place { offsetof(Record, field), sizeof(Record::field) }
 
 namespace zelvane::internal::table {
 
@@ -57,23 +55,17 @@ struct Row {
 constexpr Row Text(char const* section, char const* key, Place place, char const* def, Step const* step = nullptr) {
   return {section, key, place, step, def, 0, 1, Kind::kText, 0};
 }
-constexpr Row Text(Place place, char const* def) {
-  return Text(nullptr, nullptr, place, def);
-}
+constexpr Row Text(Place place, char const* def) { return Text(nullptr, nullptr, place, def); }
 
 constexpr Row Signed(char const* section, char const* key, Place place, std::int32_t def) {
   return {section, key, place, nullptr, "", def, 1, Kind::kSigned, 0};
 }
-constexpr Row Signed(Place place, std::int32_t def) {
-  return Signed(nullptr, nullptr, place, def);
-}
+constexpr Row Signed(Place place, std::int32_t def) { return Signed(nullptr, nullptr, place, def); }
 
 constexpr Row Unsigned(char const* section, char const* key, Place place, std::int32_t def, std::uint32_t scale = 1) {
   return {section, key, place, nullptr, "", def, scale, Kind::kUnsigned, 0};
 }
-constexpr Row Unsigned(Place place, std::int32_t def) {
-  return Unsigned(nullptr, nullptr, place, def);
-}
+constexpr Row Unsigned(Place place, std::int32_t def) { return Unsigned(nullptr, nullptr, place, def); }
 
 // Seconds in the file, milliseconds in the record.
 constexpr Row Seconds(char const* section, char const* key, Place place, std::int32_t def) {

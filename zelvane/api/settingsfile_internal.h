@@ -34,9 +34,7 @@ bool ChangeFile(std::string const& path, Saving saving, Body&& body) {
 
 // The calling user's own settings, a RegCfgClass: ".zelvane" in the home folder, or "~.zelvane" in the current one
 // without HOME.
-inline std::string UserSettingsPath() {
-  return GetUserPath(UserPathHome, false) + ".zelvane";
-}
+inline std::string UserSettingsPath() { return GetUserPath(UserPathHome, false) + ".zelvane"; }
 
 }  // namespace zelvane::internal
 

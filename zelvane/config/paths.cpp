@@ -58,9 +58,7 @@ std::string Expand(char const* name, char const* directory) {
 
 }  // namespace
 
-std::string GetZelvanePath() {
-  return Guard(std::string(), FindRoot);
-}
+std::string GetZelvanePath() { return Guard(std::string(), FindRoot); }
 
 std::string ParseMacroFileName(char const* name, char const* directory) {
   if (name == nullptr || directory == nullptr) return "";
