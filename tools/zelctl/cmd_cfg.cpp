@@ -24,9 +24,7 @@ struct Arguments {
 };
 
 // The unnamed section as a header line would have it.
-std::string Header(std::string const& section) {
-  return "[" + (section.empty() ? " " : section) + "]";
-}
+std::string Header(std::string const& section) { return "[" + (section.empty() ? " " : section) + "]"; }
 
 std::string NameOf(Arguments const& arguments) {
   return Header(arguments.section) + (arguments.hasKey ? " " + arguments.key : "");
@@ -217,7 +215,7 @@ void AddWriters(CLI::App* family, Terminal& terminal) {
           {"set", "Write one value; only its own line changes", Set,
            "What is missing is created: a key below the last one of its section, a section at the end of the file.\n"
            "Names and values that would not come back (brackets, line feeds, blanks at either end) are refused.\n"
-           "Arguments that begin with \"-\" go behind \"--\": zelctl cfg set x.cfg UPS LEVEL -- -5"},
+           "Arguments that begin with \"-\" go behind \"--\": zelctl cfg set x.cfg UPS NAME -- -x"},
           arguments);
   AddName(set, "SECTION", arguments->section, kSectionHelp)->required();
   AddName(set, "KEY", arguments->key, "Key")->required();

@@ -45,7 +45,7 @@ std::vector<Field> Fields() {
       Text<&C::mailMessage>("mailMessage", "mails: text, of a shutdown *"),
       Text<&C::mailCancelSubject>("mailCancelSubject", "mails: subject, of its cancelling *"),
       Text<&C::mailCancelMessage>("mailCancelMessage", "mails: text, of its cancelling *"),
-      Number<&C::langId>("langId", "number of your own language (~/.zelvane)"),
+      Number<&C::langId>("langId", "language of the user (~/.zelvane)"),
   };
 }
 #undef ZELVANE_ACTION

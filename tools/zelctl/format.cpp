@@ -8,9 +8,7 @@
 
 namespace {
 
-bool Has(std::string const& text, char const* any) {
-  return text.find_first_of(any) != std::string::npos;
-}
+bool Has(std::string const& text, char const* any) { return text.find_first_of(any) != std::string::npos; }
 
 }  // namespace
 
@@ -29,13 +27,9 @@ std::string KeyFault(std::string const& key) {
   return ValueFault(key);
 }
 
-std::string SectionFault(std::string const& section) {
-  return ValueFault(section);
-}
+std::string SectionFault(std::string const& section) { return ValueFault(section); }
 
-bool IsPasswordKey(std::string const& key) {
-  return AnsiUpperCase(key).find("PASSWORD") != std::string::npos;
-}
+bool IsPasswordKey(std::string const& key) { return AnsiUpperCase(key).find("PASSWORD") != std::string::npos; }
 
 FileState InspectFile(std::string const& path) {
   CfgClass cfg;

@@ -50,7 +50,7 @@ class Listener final : public CfgClass {
     section_ = AnsiUpperCase(name);
     if (found)
       Add("repeated-section", "repeated section: " + Where(section_) + " was opened in line " +
-                                  std::to_string(sections_[section_]) + ", where the keys below are counted in");
+                                  std::to_string(sections_[section_]) + ", and the keys below are added there");
     return found;
   }
 

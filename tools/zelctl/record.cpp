@@ -141,17 +141,17 @@ void PrintRecord(std::vector<Field> const& fields, Values const& values, std::ve
   terminal.json ? terminal.PrintJson(members) : terminal.PrintTable(rows);
 }
 
+// Success is silent but for --json, as it is for `cfg set`.
 void PrintChanges(std::vector<Field> const& fields, Values const& before, Values const& after, Changes const& changes,
                   Terminal const& terminal) {
+  if (!terminal.json) return;
   Json members = Json::object();
-  std::vector<std::vector<std::string>> rows = {{"FIELD", "BEFORE", "NOW"}};
   for (auto const& [place, unused] : changes) {
     Field const& field = fields[place];
     members[field.name] = {{"before", JsonOf(field, before[place], terminal)},
                            {"now", JsonOf(field, after[place], terminal)}};
-    rows.push_back({field.name, CellOf(field, before[place], terminal), CellOf(field, after[place], terminal)});
   }
-  terminal.json ? terminal.PrintJson(members) : terminal.PrintTable(rows);
+  terminal.PrintJson(members);
 }
 
 void RequireDirectory(std::string const& directory) {

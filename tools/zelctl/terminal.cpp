@@ -51,13 +51,9 @@ void Terminal::PrintJson(Json const& value) const {
   std::cout << value.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
 }
 
-void Terminal::PrintText(std::string const& latin1) const {
-  std::cout << (utf8 ? ToUtf8(latin1) : latin1) << '\n';
-}
+void Terminal::PrintText(std::string const& latin1) const { std::cout << (utf8 ? ToUtf8(latin1) : latin1) << '\n'; }
 
-void Terminal::Note(std::string const& text) const {
-  std::cerr << "zelctl: note: " << text << '\n';
-}
+void Terminal::Note(std::string const& text) const { std::cerr << "zelctl: note: " << text << '\n'; }
 
 CLI::App* AddCommand(CLI::App* family, Terminal& terminal, char const* name, char const* description) {
   CLI::App* const command = family->add_subcommand(name, description);
