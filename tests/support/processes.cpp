@@ -1,0 +1,93 @@
+#include "support/processes.h"
+
+#include <errno.h>
+#include <signal.h>
+#include <stdlib.h>
+#include <sys/prctl.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <stdexcept>
+
+namespace test {
+
+std::string UniqueName() {
+  static int number = 0;
+  return "zt" + std::to_string(getpid()) + "x" + std::to_string(++number);
+}
+
+bool Eventually(std::function<bool()> const& condition) {
+  for (int i = 0; i < 6000; i++) {
+    if (condition()) return true;
+    usleep(5000);
+  }
+  return condition();
+}
+
+std::string CommandName(pid_t id) {
+  std::string const name = ReadFile("/proc/" + std::to_string(id) + "/comm");
+  return name == "<missing>" ? "" : name.substr(0, name.find('\n'));
+}
+
+bool NoChild() {
+  siginfo_t child = {};
+  return waitid(P_ALL, 0, &child, WEXITED | WNOHANG | WNOWAIT) == -1 && errno == ECHILD;
+}
+
+Sleeper::Sleeper(std::string const& name, bool ignoresTerm) : program_(folder_.Path(name)) {
+  if (symlink("/bin/sleep", program_.c_str()) != 0) throw std::runtime_error("no link " + program_);
+  id_ = fork();
+  if (id_ == 0) {
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (ignoresTerm) signal(SIGTERM, SIG_IGN);
+    execl(program_.c_str(), program_.c_str(), "300", nullptr);
+    _exit(127);
+  }
+  std::string const shown = name.substr(0, 15);
+  if (!Eventually([&] { return CommandName(id_) == shown; })) throw std::runtime_error("not started: " + program_);
+}
+
+Sleeper::~Sleeper() {
+  if (id_ <= 0) return;
+  kill(id_, SIGKILL);
+  waitpid(id_, nullptr, 0);
+}
+
+bool Sleeper::IsAlive() const {
+  siginfo_t child = {};
+  return waitid(P_PID, static_cast<id_t>(id_), &child, WEXITED | WNOHANG | WNOWAIT) == 0 && child.si_pid == 0;
+}
+
+int Sleeper::EndingSignal() {
+  int status = 0;
+  waitpid(id_, &status, 0);
+  id_ = -1;
+  return WIFSIGNALED(status) ? WTERMSIG(status) : -1;
+}
+
+Environment::Environment(std::string const& name, std::string const& value) : name_(name) {
+  char const* const old = getenv(name.c_str());
+  had_ = old != nullptr;
+  if (had_) old_ = old;
+  setenv(name.c_str(), value.c_str(), 1);
+}
+
+Environment::~Environment() {
+  if (had_)
+    setenv(name_.c_str(), old_.c_str(), 1);
+  else
+    unsetenv(name_.c_str());
+}
+
+FakePs::FakePs(std::string const& body) : path_("PATH", Path("only")) {
+  Write("only/ps", "#!/bin/sh\ndir='" + Path() + "'\necho \"$@\" >\"$dir/arguments\"\n" + body + "\n");
+  chmod(Path("only/ps").c_str(), 0755);
+}
+
+FakePs::FakePs(std::string const& output, int status)
+    : FakePs("/bin/cat \"$dir/output\"\nexit " + std::to_string(status)) {
+  Write("output", output);
+}
+
+}  // namespace test

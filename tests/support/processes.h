@@ -1,0 +1,75 @@
+// Processes that a test starts, each under a name that no other process of the machine has, and a `ps` of its own.
+// Nothing here or in the tests signals a process that the test has not started.
+#ifndef ZELVANE_TESTS_SUPPORT_PROCESSES_H
+#define ZELVANE_TESTS_SUPPORT_PROCESSES_H
+
+#include <sys/types.h>
+
+#include <functional>
+#include <string>
+
+#include "support/scratch.h"
+
+namespace test {
+
+// A new name of at most 15 characters.
+std::string UniqueName();
+
+// Waits until the condition holds; false when it does not within half a minute.
+bool Eventually(std::function<bool()> const& condition);
+
+// The command name that the system shows for the process; "" when there is no such process.
+std::string CommandName(pid_t id);
+
+// True when this process has no child, running or finished.
+bool NoChild();
+
+// A process of that program name, running until it is killed, at the latest with the object or its thread.
+class Sleeper {
+ public:
+  explicit Sleeper(std::string const& name, bool ignoresTerm = false);
+  ~Sleeper();
+  Sleeper(Sleeper const&) = delete;
+  Sleeper& operator=(Sleeper const&) = delete;
+
+  pid_t Id() const { return id_; }
+  std::string CommandLine() const { return program_ + " 300"; }
+  bool IsAlive() const;
+  // Waits for its end, which somebody has brought about, and gives the signal that did.
+  int EndingSignal();
+
+ private:
+  Scratch folder_;
+  std::string program_;
+  pid_t id_ = -1;
+};
+
+// An environment variable with another value, until the object goes.
+class Environment {
+ public:
+  Environment(std::string const& name, std::string const& value);
+  ~Environment();
+  Environment(Environment const&) = delete;
+  Environment& operator=(Environment const&) = delete;
+
+ private:
+  std::string name_;
+  std::string old_;
+  bool had_;
+};
+
+// In the place of `ps`, until the object goes: a script that runs `body`, in a shell whose PATH finds nothing else, and
+// keeps the arguments it was given in the file "arguments". `body` may use $dir, the folder.
+class FakePs : public Scratch {
+ public:
+  explicit FakePs(std::string const& body);
+  // Prints the text and exits with the status.
+  FakePs(std::string const& output, int status);
+
+ private:
+  Environment path_;
+};
+
+}  // namespace test
+
+#endif
