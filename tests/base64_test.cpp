@@ -1,9 +1,10 @@
 #include "zelvane/crypto/base64.h"
 
 #include <gtest/gtest.h>
-#include <string.h>
 #include <unistd.h>
 
+#include <cmath>
+#include <cstring>
 #include <memory>
 #include <new>
 #include <random>
@@ -37,7 +38,8 @@ std::string const kAlphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvw
 // ---- The codec told again, bit by bit, with the calls that a progress object gets ----
 
 void Step(std::vector<Call>& calls, unsigned long consumed, unsigned long total) {
-  auto const percent = static_cast<unsigned>(100.0 * static_cast<double>(consumed) / static_cast<double>(total) + 0.5);
+  auto const percent =
+      static_cast<unsigned>(std::lround(100.0 * static_cast<double>(consumed) / static_cast<double>(total)));
   unsigned const last = calls.empty() ? 0 : std::get<2>(calls.back());
   if (percent > last) calls.emplace_back(consumed, total, percent, false);
 }
@@ -194,13 +196,13 @@ TEST(Base64, PublishedVectors) {  // RFC 4648, section 10
 
 TEST(Base64, LinesHold72CharactersAndTheLastHasNoBreak) {
   std::string const line(72, 'A');
-  for (auto const& [length, text] :
-       std::vector<std::pair<size_t, std::string>>{{53, std::string(71, 'A') + "="},
-                                                   {54, line},
-                                                   {55, line + "\r\nAA=="},
-                                                   {57, line + "\r\nAAAA"},
-                                                   {108, line + "\r\n" + line},
-                                                   {110, line + "\r\n" + line + "\r\nAAA="}})
+  std::string const two = line + "\r\n" + line;
+  for (auto const& [length, text] : std::vector<std::pair<size_t, std::string>>{{53, std::string(71, 'A') + "="},
+                                                                                {54, line},
+                                                                                {55, line + "\r\nAA=="},
+                                                                                {57, line + "\r\nAAAA"},
+                                                                                {108, two},
+                                                                                {110, two + "\r\nAAA="}})
     EXPECT_EQ(text, Convert<EncodeBase64>(std::string(length, '\0'))) << length;
 }
 

@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <stdlib.h>
 #include <sys/stat.h>
 #include <sys/time.h>
 #include <sys/utsname.h>
@@ -10,6 +9,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <initializer_list>
@@ -420,7 +420,7 @@ TEST(System, VersionNamesTheReleaseAndTheKernel) {
     std::ifstream file(std::string("/etc/") + name);
     if (!file) continue;
     std::getline(file, expected);
-    expected = prefix + expected + " - ";
+    expected.insert(0, prefix).append(" - ");
     break;
   }
   utsname kernel;

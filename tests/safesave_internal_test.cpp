@@ -1,16 +1,16 @@
 #include "zelvane/core/safesave_internal.h"
 
 #include <dlfcn.h>
-#include <errno.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <signal.h>
-#include <stdio.h>
-#include <string.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <functional>
 #include <vector>
@@ -66,9 +66,7 @@ EXPORTED int close(int fd) {
   return Fails("close") ? -1 : result;
 }
 
-EXPORTED int fsync(int fd) {
-  return Fails("fsync") ? -1 : Real<int(int)>("fsync")(fd);
-}
+EXPORTED int fsync(int fd) { return Fails("fsync") ? -1 : Real<int(int)>("fsync")(fd); }
 
 EXPORTED int fchmod(int fd, mode_t mode) __THROW {
   return Fails("fchmod") ? -1 : Real<int(int, mode_t)>("fchmod")(fd, mode);
@@ -117,14 +115,10 @@ struct stat Status(std::string const& path) {
   return status;
 }
 
-mode_t Mode(std::string const& path) {
-  return Status(path).st_mode & 07777;
-}
+mode_t Mode(std::string const& path) { return Status(path).st_mode & 07777; }
 
 // To another user, as far as the tests may.
-void GiveAway(std::string const& path) {
-  ASSERT_TRUE(geteuid() != 0 || chown(path.c_str(), 1234, 4321) == 0) << path;
-}
+void GiveAway(std::string const& path) { ASSERT_TRUE(geteuid() != 0 || chown(path.c_str(), 1234, 4321) == 0) << path; }
 
 class Umask {
  public:

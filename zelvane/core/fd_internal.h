@@ -3,13 +3,13 @@
 #ifndef ZELVANE_CORE_FD_INTERNAL_H
 #define ZELVANE_CORE_FD_INTERNAL_H
 
-#include <errno.h>
 #include <fcntl.h>
-#include <stddef.h>
 #include <sys/stat.h>
 #include <sys/types.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <cstddef>
 #include <utility>
 
 namespace zelvane::internal {

@@ -1,12 +1,11 @@
 #include "zelvane/core/fileutils.h"
 
-#include <stdlib.h>
 #include <sys/time.h>
 #include <sys/utsname.h>
 
 #include <algorithm>
 #include <cstdint>
-#include <string_view>
+#include <cstdlib>
 
 #include "zelvane/core/barrier_internal.h"
 #include "zelvane/core/fd_internal.h"
@@ -130,9 +129,7 @@ std::string ExtractFileExt(char const* path) {
   return dot == std::string::npos ? "" : text.substr(dot + 1);
 }
 
-char GetPathDelimiter() {
-  return '/';
-}
+char GetPathDelimiter() { return '/'; }
 
 std::string IncludePathDelimiter(char const* path) {
   if (path == nullptr) return "";
@@ -151,7 +148,7 @@ std::string ExcludePathDelimiter(char const* path) {
 // ---- Places ----
 
 std::string GetExeName(bool) {
-  std::string const running = LinkTarget("/proc/self/exe");
+  std::string running = LinkTarget("/proc/self/exe");
   if (FilePermToRead(running)) return running;
   // The arguments are separated by NULs: c_str() ends the first one. Without one there is no name to look for.
   std::string const started = ExtractFileName(FirstLine("/proc/self/cmdline").c_str());
@@ -180,7 +177,7 @@ std::string GetTmpPath(bool) {
 std::string GetTmpFileName(bool) {
   return Guard(std::string(), [] {
     std::string const folder = GetTmpPath(false);
-    if (folder.empty()) return folder;
+    if (folder.empty()) return std::string();
     std::string const pattern = folder + "tmpXXXXXX";
     std::string created = pattern;
     // The C library leaves its last try in the text when it fails; callers get the X's.
@@ -271,47 +268,25 @@ std::string GetOSVersion() {
   return result;
 }
 
-int GetOSType() {
-  return 2;
-}
+int GetOSType() { return 2; }
 
-bool CurUserIsAdmin() {
-  return getuid() == 0 || getgid() == 0;
-}
+bool CurUserIsAdmin() { return getuid() == 0 || getgid() == 0; }
 
-int GetOSLastError() {
-  return errno;
-}
+int GetOSLastError() { return errno; }
 
 // ---- Twins ----
 
 std::string ChangeFileExt(std::string const& path, std::string const& ext) {
   return ChangeFileExt(path.c_str(), ext.c_str());
 }
-std::string ExtractFilePath(std::string const& path) {
-  return ExtractFilePath(path.c_str());
-}
-std::string ExtractFileName(std::string const& path) {
-  return ExtractFileName(path.c_str());
-}
-std::string ExtractFileExt(std::string const& path) {
-  return ExtractFileExt(path.c_str());
-}
-std::string IncludePathDelimiter(std::string const& path) {
-  return IncludePathDelimiter(path.c_str());
-}
-std::string ExcludePathDelimiter(std::string const& path) {
-  return ExcludePathDelimiter(path.c_str());
-}
-bool FilePermToRead(std::string const& path) {
-  return FilePermToRead(path.c_str());
-}
-bool FilePermToWrite(std::string const& path) {
-  return FilePermToWrite(path.c_str());
-}
-bool DirExists(std::string const& path) {
-  return DirExists(path.c_str());
-}
+std::string ExtractFilePath(std::string const& path) { return ExtractFilePath(path.c_str()); }
+std::string ExtractFileName(std::string const& path) { return ExtractFileName(path.c_str()); }
+std::string ExtractFileExt(std::string const& path) { return ExtractFileExt(path.c_str()); }
+std::string IncludePathDelimiter(std::string const& path) { return IncludePathDelimiter(path.c_str()); }
+std::string ExcludePathDelimiter(std::string const& path) { return ExcludePathDelimiter(path.c_str()); }
+bool FilePermToRead(std::string const& path) { return FilePermToRead(path.c_str()); }
+bool FilePermToWrite(std::string const& path) { return FilePermToWrite(path.c_str()); }
+bool DirExists(std::string const& path) { return DirExists(path.c_str()); }
 bool CpFile(CpFileProgress progress, std::string const& source, std::string const& destination, unsigned long offset,
             bool overwrite) {
   return CpFile(progress, source.c_str(), destination.c_str(), offset, overwrite);

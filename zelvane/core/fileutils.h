@@ -80,8 +80,8 @@ ZELVANE_API bool FilePermToWrite(char const* path);
 ZELVANE_API bool FilePermToWrite(std::string const& path);
 
 // True if the path is a folder that this process may enter; false for null. It is entered and left again: the process's
-// current folder changes for a moment, so no other thread may use relative paths meanwhile. False, too, when the present
-// folder could not be entered again.
+// current folder changes for a moment, so no other thread may use relative paths meanwhile. False, too, when the
+// present folder could not be entered again.
 ZELVANE_API bool DirExists(char const* path);
 ZELVANE_API bool DirExists(std::string const& path);
 

@@ -1,11 +1,11 @@
-#include <stdint.h>
-#include <stdio.h>
 #include <sys/random.h>
 #include <sys/xattr.h>
-#include <time.h>
 
 #include <algorithm>
 #include <climits>
+#include <cstdint>
+#include <cstdio>
+#include <ctime>
 #include <initializer_list>
 
 #include "zelvane/core/barrier_internal.h"
@@ -25,9 +25,7 @@ bool IsOneOf(int reason, std::initializer_list<int> reasons) {
 }
 
 // With its trailing "/"; "" is the current folder.
-std::string FolderOf(std::string const& path) {
-  return path.substr(0, path.rfind('/') + 1);
-}
+std::string FolderOf(std::string const& path) { return path.substr(0, path.rfind('/') + 1); }
 
 // Where the path leads when its last part is a symbolic link, whether or not there is a file.
 std::string FollowLinks(std::string path) {
@@ -45,9 +43,7 @@ bool IsSame(struct stat const& one, struct stat const& other) {
   return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
 }
 
-bool HasAccessList(int fd) {
-  return fgetxattr(fd, "system.posix_acl_access", nullptr, 0) > 0;
-}
+bool HasAccessList(int fd) { return fgetxattr(fd, "system.posix_acl_access", nullptr, 0) > 0; }
 
 // ---- A file being made beside the one that it will replace ----
 

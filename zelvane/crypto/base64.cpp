@@ -1,12 +1,11 @@
 #include "zelvane/crypto/base64.h"
 
 #include <endian.h>
-#include <stdint.h>
-#include <string.h>
 
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <cstring>
 #include <limits>
 #include <memory>
 #include <new>
@@ -106,9 +105,7 @@ unsigned char* PutPair(unsigned char* out, std::uint64_t bits) {
   return out + 2;
 }
 
-unsigned char* PutGroup(unsigned char* out, unsigned bits) {
-  return PutPair(PutPair(out, bits >> 12), bits);
-}
+unsigned char* PutGroup(unsigned char* out, unsigned bits) { return PutPair(PutPair(out, bits >> 12), bits); }
 
 // `count` whole groups; `readable` bytes stand at `in`.
 unsigned char* PutGroups(unsigned char* out, unsigned char const* in, unsigned long count, unsigned long readable) {
@@ -226,9 +223,7 @@ bool ConvertFile(ClassBase64& codec, char const* source, char const* destination
 
 ProgressClass::~ProgressClass() = default;
 
-ClassBase64::~ClassBase64() {
-  delete[] result_;
-}
+ClassBase64::~ClassBase64() { delete[] result_; }
 
 bool ClassBase64::LoadFromBuf(void const* data, unsigned long length) {
   if (data == nullptr || length == 0) return false;
@@ -236,17 +231,11 @@ bool ClassBase64::LoadFromBuf(void const* data, unsigned long length) {
   return EncodeDecodeFunction(data, length);
 }
 
-bool ClassBase64::LoadFromStr(std::string const& text) {
-  return LoadFromStr(text.c_str());
-}
+bool ClassBase64::LoadFromStr(std::string const& text) { return LoadFromStr(text.c_str()); }
 
-bool ClassBase64::LoadFromStr(char const* text) {
-  return text != nullptr && LoadFromBuf(text, strlen(text) + 1);
-}
+bool ClassBase64::LoadFromStr(char const* text) { return text != nullptr && LoadFromBuf(text, strlen(text) + 1); }
 
-bool ClassBase64::LoadFromFile(std::string const& path) {
-  return LoadFromFile(path.c_str());
-}
+bool ClassBase64::LoadFromFile(std::string const& path) { return LoadFromFile(path.c_str()); }
 
 bool ClassBase64::LoadFromFile(char const* path) {
   return Guard(false, [&] {
@@ -258,9 +247,7 @@ bool ClassBase64::LoadFromFile(char const* path) {
   });
 }
 
-bool ClassBase64::SaveToFile(std::string const& path) {
-  return SaveToFile(path.c_str());
-}
+bool ClassBase64::SaveToFile(std::string const& path) { return SaveToFile(path.c_str()); }
 
 bool ClassBase64::SaveToFile(char const* path) {
   if (path == nullptr) return false;
@@ -295,9 +282,7 @@ unsigned long ClassBase64::SaveToBuf(void* buffer, unsigned long size) {
   return copied;
 }
 
-void ClassBase64::SetProgress(ProgressClass const* progress) {
-  progress_ = progress;
-}
+void ClassBase64::SetProgress(ProgressClass const* progress) { progress_ = progress; }
 
 void ClassBase64::Unload() {
   delete[] result_;
@@ -322,9 +307,7 @@ bool EncodeBase64::EncodeDecodeFunction(void const* data, unsigned long length) 
   return true;
 }
 
-bool EncodeBase64::EncodeStr(std::string const& in, std::string& out) {
-  return ConvertStr(*this, in, out);
-}
+bool EncodeBase64::EncodeStr(std::string const& in, std::string& out) { return ConvertStr(*this, in, out); }
 
 std::string EncodeBase64::EncodeStr(std::string const& in) {
   std::string out;
@@ -332,9 +315,7 @@ std::string EncodeBase64::EncodeStr(std::string const& in) {
   return out;
 }
 
-bool EncodeBase64::EncodeStr(char const* in, char* out, unsigned long size) {
-  return ConvertStr(*this, in, out, size);
-}
+bool EncodeBase64::EncodeStr(char const* in, char* out, unsigned long size) { return ConvertStr(*this, in, out, size); }
 
 bool EncodeBase64::EncodeFile(std::string const& source, std::string const& destination) {
   return EncodeFile(source.c_str(), destination.c_str());
@@ -360,9 +341,7 @@ bool DecodeBase64::EncodeDecodeFunction(void const* data, unsigned long length) 
   return true;
 }
 
-bool DecodeBase64::DecodeStr(std::string const& in, std::string& out) {
-  return ConvertStr(*this, in, out);
-}
+bool DecodeBase64::DecodeStr(std::string const& in, std::string& out) { return ConvertStr(*this, in, out); }
 
 std::string DecodeBase64::DecodeStr(std::string const& in) {
   std::string out;
@@ -370,9 +349,7 @@ std::string DecodeBase64::DecodeStr(std::string const& in) {
   return out;
 }
 
-bool DecodeBase64::DecodeStr(char const* in, char* out, unsigned long size) {
-  return ConvertStr(*this, in, out, size);
-}
+bool DecodeBase64::DecodeStr(char const* in, char* out, unsigned long size) { return ConvertStr(*this, in, out, size); }
 
 bool DecodeBase64::DecodeFile(std::string const& source, std::string const& destination) {
   return DecodeFile(source.c_str(), destination.c_str());
@@ -382,10 +359,6 @@ bool DecodeBase64::DecodeFile(char const* source, char const* destination) {
   return ConvertFile(*this, source, destination);
 }
 
-std::string EncodeBase64FromStr(std::string& s) {
-  return EncodeBase64().EncodeStr(s);
-}
+std::string EncodeBase64FromStr(std::string& s) { return EncodeBase64().EncodeStr(s); }
 
-std::string DecodeBase64ToStr(std::string& s) {
-  return DecodeBase64().DecodeStr(s);
-}
+std::string DecodeBase64ToStr(std::string& s) { return DecodeBase64().DecodeStr(s); }
