@@ -28,10 +28,8 @@
   result CfgClass::name(std::string const& section, unsigned long index, ZELVANE_UNPACK params) {    \
     return name(section.c_str(), index, ZELVANE_UNPACK args);                                        \
   }
-#define ZELVANE_STRING_INDEX_FORM(result, name, params, args)         \
-  result CfgClass::name(unsigned long index, ZELVANE_UNPACK params) { \
-    return name(index, ZELVANE_UNPACK args);                          \
-  }
+#define ZELVANE_STRING_INDEX_FORM(result, name, params, args) \
+  result CfgClass::name(unsigned long index, ZELVANE_UNPACK params) { return name(index, ZELVANE_UNPACK args); }
 #define ZELVANE_UNPACK(...) __VA_ARGS__
 #define ZELVANE_FORMS(result, name, params, args)   \
   ZELVANE_POINTER_FORMS(result, name, params, args) \

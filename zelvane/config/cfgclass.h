@@ -80,9 +80,9 @@ struct KeyRec {
   std::map<std::string, KeyRec>::iterator next;
 };
 
-struct ZELVANE_HIDDEN SectRec {
-  SectRec(zelvane::internal::CfgState& state, std::list<std::string>::iterator headerLine);
-  ~SectRec();
+struct SectRec {
+  ZELVANE_HIDDEN SectRec(zelvane::internal::CfgState& state, std::list<std::string>::iterator headerLine);
+  ZELVANE_HIDDEN ~SectRec();
   SectRec(SectRec const&) = delete;
   SectRec& operator=(SectRec const&) = delete;
 

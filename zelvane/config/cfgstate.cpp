@@ -1,0 +1,156 @@
+#include "zelvane/config/cfgstate_internal.h"
+
+#include "zelvane/core/strutils_internal.h"
+
+using zelvane::internal::CfgState;
+using zelvane::internal::SectKeys;
+
+SectRec::SectRec(CfgState& state, CfgClass::LinePosition headerLine)
+    : keys(std::make_unique<SectKeys>(state.pool)), header(headerLine), lastKey(keys->end()) {}
+
+SectRec::~SectRec() = default;
+
+namespace zelvane::internal {
+namespace {
+
+// A new line directly behind the section's last key or else its header; a section with neither has its keys in front.
+LinePosition MakeKeyLine(CfgState& state, SectRec const& section, std::string text) {
+  auto place = section.header;
+  if (section.lastKey != section.keys->end() && section.lastKey->second.line != state.lines.end())
+    place = section.lastKey->second.line;
+  return state.lines.insert(place == state.lines.end() ? state.lines.begin() : std::next(place), std::move(text));
+}
+
+std::string_view TailOf(std::string const& line, std::size_t length) {
+  return std::string_view(line).substr(line.size() - length);
+}
+
+std::string_view Detach(CfgState& state, std::string_view value) { return state.detached.emplace_back(value); }
+
+}  // namespace
+
+ParsedLine Parse(std::string_view raw) {
+  using Kind = ParsedLine::Kind;
+  std::string_view const text = TrimView(raw);
+  if (text.empty() || text[0] == ';' || text[0] == '#' || text[0] == '\'') return {Kind::kNothing, {}, {}};
+  std::size_t const opening = text.find('[');
+  std::size_t const closing = text.find(']');
+  if (opening != std::string_view::npos || closing != std::string_view::npos) {
+    if (opening != 0 || closing != text.size() - 1 || text.size() < 3) return {Kind::kBad, {}, {}};
+    return {Kind::kHeader, TrimView(text.substr(1, text.size() - 2)), {}};
+  }
+  std::size_t const equals = text.find('=');
+  if (text.size() < 2 || equals == 0) return {Kind::kBad, {}, {}};
+  if (equals == std::string_view::npos) return {Kind::kKey, text, text};
+  return {Kind::kKey, TrimView(text.substr(0, equals)), TrimView(text.substr(equals + 1))};
+}
+
+std::string_view Upper(CfgState& state, std::string_view name) {
+  AnsiUpperInto(state.upper, name);
+  return state.upper;
+}
+
+void RemoveKey(CfgState& state, SectRec& section, KeyPosition position) {
+  KeyRec const& key = position->second;
+  auto const none = section.keys->end();
+  if (key.line != state.lines.end()) {
+    if (section.header == key.line) section.header = state.lines.end();
+    state.lines.erase(key.line);
+  }
+  if (key.previous != none) key.previous->second.next = key.next;
+  if (key.next != none) key.next->second.previous = key.previous;
+  if (section.lastKey == position) section.lastKey = key.previous;
+  if (state.parseSection != state.sections.end() && &state.parseSection->second == &section &&
+      state.parseKey == position)
+    state.parseKey = none;
+  section.keys->ranks.Erased(position);
+  section.keys->erase(position);
+}
+
+void RemoveSection(CfgState& state, SectionPosition position) {
+  SectRec& section = position->second;
+  bool headerIsKeyLine = false;
+  for (auto const& [name, key] : *section.keys) {
+    headerIsKeyLine = headerIsKeyLine || key.line == section.header;
+    if (key.line != state.lines.end()) state.lines.erase(key.line);
+  }
+  if (!headerIsKeyLine && section.header != state.lines.end()) state.lines.erase(section.header);
+  if (state.parseSection == position) state.parseSection = state.sections.end();
+  state.sectionRanks.Erased(position);
+  state.sections.erase(position);
+}
+
+void ForgetIndex(CfgState& state) {
+  state.sections.clear();
+  state.sectionRanks.Clear();
+  state.detached.clear();
+  state.parseSection = state.sections.end();
+}
+
+void ForgetLines(CfgState& state) {
+  for (auto& [name, section] : state.sections) {
+    section.header = state.lines.end();
+    for (auto& [key, record] : *section.keys) {
+      record.value = Detach(state, record.value);
+      record.line = state.lines.end();
+    }
+  }
+  state.lines.clear();
+}
+
+std::string Joined(std::string_view key, std::string_view value) {
+  std::string line;
+  line.reserve(key.size() + 3 + value.size());
+  return line.append(key).append(" = ").append(value);
+}
+
+void Rewrite(CfgState& state, KeyRec& key, std::string_view value) {
+  if (key.line == state.lines.end()) {
+    key.value = Detach(state, value);
+    return;
+  }
+  std::string& line = *key.line;
+  std::string_view const text = TrimView(line);
+  line = Joined(TrimView(text.substr(0, text.find('='))), value);
+  key.value = TailOf(line, value.size());
+}
+
+bool TakeLine(CfgState& state, std::string_view raw) {
+  auto const line = state.lines.emplace(state.lines.end(), raw);
+  ParsedLine const parsed = Parse(*line);
+  auto const thisLine = [&](std::string_view) { return line; };
+  switch (parsed.kind) {
+    case ParsedLine::Kind::kNothing: return true;
+    case ParsedLine::Kind::kBad: state.error = CFG_SYNTAX; return false;
+    case ParsedLine::Kind::kHeader: state.parseSection = AddSection(state, parsed.name, thisLine).first; return true;
+    case ParsedLine::Kind::kKey: break;
+  }
+  if (state.parseSection == state.sections.end()) AddSection(state, {}, thisLine);
+  SectRec& section = state.parseSection->second;
+  AddKey(state, section, parsed.name, section.keys->end(), [&](std::string_view) {
+    return KeyLine{line, parsed.value};
+  });
+  return true;
+}
+
+LinePosition MakeHeader(CfgState& state, std::string_view name) {
+  std::string text(1, '[');
+  if (name.empty()) text.push_back(' ');
+  text.append(name).push_back(']');
+  return state.lines.insert(state.lines.end(), std::move(text));
+}
+
+KeyLine MakeKey(CfgState& state, SectRec const& section, std::string_view key, std::string_view value) {
+  auto const line = MakeKeyLine(state, section, Joined(key, value));
+  return {line, TailOf(*line, value.size())};
+}
+
+std::string_view ValueIn(CfgState& state, LinePosition line, std::string_view value) {
+  if (line != state.lines.end()) {
+    std::string_view const there = Parse(*line).value;
+    if (there == value) return there;
+  }
+  return Detach(state, value);
+}
+
+}  // namespace zelvane::internal

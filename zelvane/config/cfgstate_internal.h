@@ -1,0 +1,164 @@
+// The configuration engine's memory: the lines of a file, the index over them, and the operations that keep both in
+// step. CfgClass adds the order of its steps, the file and the error codes.
+#ifndef ZELVANE_CONFIG_CFGSTATE_INTERNAL_H
+#define ZELVANE_CONFIG_CFGSTATE_INTERNAL_H
+
+#include <functional>
+#include <iterator>
+#include <list>
+#include <map>
+#include <string>
+#include <string_view>
+#include <tuple>
+#include <type_traits>
+#include <utility>
+
+#include "zelvane/config/cfgclass.h"
+#include "zelvane/config/nodepool_internal.h"
+#include "zelvane/config/rankindex_internal.h"
+
+namespace zelvane::internal {
+
+template <class Record>
+using NameMap = std::map<std::string, Record, std::less<>, PoolAllocator<std::pair<std::string const, Record>>>;
+using SectionMap = NameMap<SectRec>;
+using KeyMap = NameMap<KeyRec>;
+using LineList = std::list<std::string, PoolAllocator<std::string>>;
+
+// The public position types name the plain containers; they fit the pooled ones because the standard library makes
+// iterators that do not depend on the allocator or the comparison.
+using LinePosition = CfgClass::LinePosition;
+using SectionPosition = CfgClass::SectionPosition;
+using KeyPosition = CfgClass::KeyPosition;
+static_assert(std::is_same_v<LinePosition, LineList::iterator>);
+static_assert(std::is_same_v<SectionPosition, SectionMap::iterator>);
+static_assert(std::is_same_v<KeyPosition, KeyMap::iterator>);
+
+struct SectKeys : KeyMap {
+  explicit SectKeys(NodePool& pool) : KeyMap(KeyMap::allocator_type(pool)) {}
+  RankIndex<KeyMap> ranks;
+};
+
+struct CfgState {
+  CfgState() : lines(LineList::allocator_type(pool)), sections(SectionMap::allocator_type(pool)) {}
+
+  NodePool pool;  // outlives the containers
+  LineList lines;
+  SectionMap sections;
+  RankIndex<SectionMap> sectionRanks;
+  std::list<std::string> detached;  // values that no line holds
+  std::string fileName;
+  std::string section;
+  SectionPosition parseSection = sections.end();
+  KeyPosition parseKey;
+  std::string upper;         // the upper-cased name of the present look-up; kept for its memory
+  std::size_t textSize = 0;  // of the last load: what a save needs, roughly
+  int error = CFG_OK;
+  int errorLine = 0;
+  bool readOnly = false;
+  bool modified = false;
+  bool cached = false;
+  bool plain = false;          // no step is replaced: see IsPlain
+  bool stoppedAtLine = false;  // the load stopped at a syntax error, and the file has not been saved since
+  bool missing = false;        // the last load failed because there is no such file
+};
+
+// ---- What a line says. ----
+
+struct ParsedLine {
+  enum class Kind { kNothing, kHeader, kKey, kBad } kind;
+  std::string_view name;   // of the section or key
+  std::string_view value;  // of the key
+};
+
+ParsedLine Parse(std::string_view raw);
+
+// ---- The index. ----
+
+// The upper-cased name, in the state's memory until the next call.
+std::string_view Upper(CfgState& state, std::string_view name);
+
+// Where `upper` stands or belongs in `map`; most files are written in ascending order or nearly so.
+template <class Map>
+typename Map::iterator LowerBound(Map& map, std::string_view upper) {
+  if (map.empty() || std::prev(map.end())->first < upper) return map.end();
+  return map.lower_bound(upper);
+}
+
+// Enters the section unless it is there. `makeLine` gets the upper-cased name, gives the header's position and is
+// called only when it is needed.
+template <class MakeLine>
+std::pair<SectionPosition, bool> AddSection(CfgState& state, std::string_view name, MakeLine makeLine) {
+  std::string_view const upper = Upper(state, name);
+  auto const place = LowerBound(state.sections, upper);
+  if (place != state.sections.end() && place->first == upper) return {place, false};
+  auto const added = state.sections.emplace_hint(place, std::piecewise_construct, std::forward_as_tuple(upper),
+                                                 std::forward_as_tuple(state, makeLine(upper)));
+  state.sectionRanks.Inserted(added);
+  state.parseSection = added;
+  state.parseKey = added->second.keys->end();
+  return {added, true};
+}
+
+struct KeyLine {
+  LinePosition line;
+  std::string_view value;
+};
+
+// Enters the key unless it is there, after `previous` in the order of writing. `makeLine` gets the upper-cased name,
+// gives the KeyLine and is called only when it is needed.
+template <class MakeLine>
+std::pair<KeyPosition, bool> AddKey(CfgState& state, SectRec& section, std::string_view key, KeyPosition previous,
+                                    MakeLine makeLine) {
+  std::string_view const upper = Upper(state, key);
+  SectKeys& keys = *section.keys;
+  auto const place = LowerBound(keys, upper);
+  if (place != keys.end() && place->first == upper) return {place, false};
+  KeyLine const made = makeLine(upper);
+  auto const added = keys.emplace_hint(place, std::piecewise_construct, std::forward_as_tuple(upper),
+                                       std::forward_as_tuple(KeyRec{made.value, made.line, previous, keys.end()}));
+  keys.ranks.Inserted(added);
+  if (previous != keys.end()) {
+    KeyPosition& next = previous->second.next;
+    if (next != keys.end()) next->second.previous = keys.end();  // a key is followed by one other at most
+    next = added;
+  }
+  section.lastKey = added;
+  state.parseKey = added;
+  return {added, true};
+}
+
+// The key's line goes, its neighbours in the order of writing are joined.
+void RemoveKey(CfgState& state, SectRec& section, KeyPosition position);
+
+// The lines of the header and of the indexed keys go.
+void RemoveSection(CfgState& state, SectionPosition position);
+
+// Empties the index, or the lines; an index that outlives the lines keeps its values and points at no line.
+void ForgetIndex(CfgState& state);
+void ForgetLines(CfgState& state);
+
+// ---- The lines. ----
+
+// Takes in one line at once: what CfgClass::ParseLine does in steps for an object whose steps may be replaced. False,
+// with the error code set, when it is a syntax error.
+bool TakeLine(CfgState& state, std::string_view raw);
+
+// A new header line at the end; the unnamed section's is `[ ]`, since `[]` would not load again.
+LinePosition MakeHeader(CfgState& state, std::string_view name);
+
+// A new line directly behind the section's last key or else its header; a section with neither has its keys in front.
+KeyLine MakeKey(CfgState& state, SectRec const& section, std::string_view key, std::string_view value);
+
+// The key's line becomes `Key = value`, with the key as it is spelled there.
+void Rewrite(CfgState& state, KeyRec& key, std::string_view value);
+
+// Where `value` stands in a line that is there already; a copy kept by the state where it does not.
+std::string_view ValueIn(CfgState& state, LinePosition line, std::string_view value);
+
+// `key = value`.
+std::string Joined(std::string_view key, std::string_view value);
+
+}  // namespace zelvane::internal
+
+#endif
