@@ -35,7 +35,7 @@ using Call = std::tuple<unsigned long, unsigned long, unsigned, bool>;  // consu
 
 std::string const kAlphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
-// ---- The codec told again, bit by bit, with the calls that a progress object gets ----
+// ---- The codec told again, group by group, with the calls that a progress object gets ----
 
 void Step(std::vector<Call>& calls, unsigned long consumed, unsigned long total) {
   auto const percent =
@@ -46,20 +46,14 @@ void Step(std::vector<Call>& calls, unsigned long consumed, unsigned long total)
 
 std::string NaiveEncode(std::string const& bytes, std::vector<Call>& calls) {
   std::string text;
-  unsigned written = 0;
-  for (size_t at = 0; at < bytes.size(); at += 3) {
+  for (size_t at = 0, written = 0; at < bytes.size(); at += 3) {
     Step(calls, at, bytes.size());
-    std::vector<bool> bits;
-    for (char c : bytes.substr(at, 3))
-      for (int i = 7; i >= 0; i--) bits.push_back((static_cast<unsigned char>(c) >> i & 1) != 0);
-    size_t const characters = (bits.size() + 5) / 6;
-    bits.resize(24);
-    for (size_t i = 0; i < 4; i++) {
-      size_t value = 0;
-      for (size_t bit = 0; bit < 6; bit++) value = value * 2 + (bits[i * 6 + bit] ? 1 : 0);
+    std::string const group = bytes.substr(at, 3);
+    size_t value = 0;
+    for (size_t i = 0; i < 3; i++) value = value * 256 + (i < group.size() ? static_cast<unsigned char>(group[i]) : 0);
+    for (size_t i = 0; i < 4; i++, written++) {
       if (written > 0 && written % 72 == 0) text += "\r\n";
-      text += i < characters ? kAlphabet[value] : '=';
-      written++;
+      text += i <= group.size() ? kAlphabet[value >> (18 - 6 * i) & 63] : '=';
     }
   }
   calls.emplace_back(bytes.size(), bytes.size(), 100, true);
@@ -157,27 +151,22 @@ TEST(Base64, VirtualOperationsKeepTheirSlots) {
 #endif
 
 TEST(Base64, OperationsCallEachOtherVirtually) {
-  class Spy : public EncodeBase64 {
-   public:
+  struct Spy : EncodeBase64 {
     bool LoadFromBuf(void const* data, unsigned long length) override {
-      seen += "load" + std::to_string(length) + ";";
-      return EncodeBase64::LoadFromBuf(data, length);
+      return Note("load", length), EncodeBase64::LoadFromBuf(data, length);
     }
     unsigned long SaveToBuf(void* buffer, unsigned long size) override {
-      seen += "save" + std::to_string(size) + ";";
-      return EncodeBase64::SaveToBuf(buffer, size);
+      return Note("save", size), EncodeBase64::SaveToBuf(buffer, size);
     }
-    void Unload() override {
-      seen += "unload;";
-      EncodeBase64::Unload();
-    }
+    void Unload() override { Note("unload", 0), EncodeBase64::Unload(); }
+    void Note(char const* name, unsigned long size) { seen += name + std::to_string(size) + ";"; }
     std::string seen;
   } spy;
   char out[9];
   EXPECT_TRUE(spy.EncodeStr("abc", out, sizeof out));
   EXPECT_STREQ("YWJjAA==", out);
-  EXPECT_EQ(0U, spy.seen.find("load4;unload;")) << spy.seen;
-  EXPECT_NE(std::string::npos, spy.seen.find("save9;unload;")) << spy.seen;
+  EXPECT_EQ(0U, spy.seen.find("load4;unload0;")) << spy.seen;
+  EXPECT_NE(std::string::npos, spy.seen.find("save9;unload0;")) << spy.seen;
 }
 
 // ---- Conversion ----
