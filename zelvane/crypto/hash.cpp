@@ -1,0 +1,118 @@
+#include "zelvane/crypto/hash.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "zelvane/core/bytes_internal.h"
+#include "zelvane/crypto/ripemd_internal.h"
+
+using zelvane::internal::StoreLe32;
+
+namespace {
+
+// Where the padding keeps the length of the message, a 64-bit number at the end of the last block.
+constexpr std::uint32_t kLengthAt = 56;
+
+}  // namespace
+
+void HashClass::Protect(bool) {}
+
+HashClass::~HashClass() = default;
+
+long HashClass::DigestKeySize() { return 0; }
+
+void HashClass::Init() { Protect(true); }
+
+void HashClass::Done() { Protect(false); }
+
+void* HashClass::DigestKey() { return nullptr; }
+
+Hash_MD4::Hash_MD4() : count_(0), block_(), state_() {}
+
+long Hash_MD4::DigestKeySize() { return 0; }
+
+void Hash_MD4::Init() {}
+
+void Hash_MD4::Calc(void* data, long length) {
+  if (data == nullptr || length <= 0) return;
+  auto const* bytes = static_cast<unsigned char const*>(data);
+  auto left = static_cast<std::size_t>(length);
+  std::size_t taken = count_ % sizeof block_;
+  count_ += static_cast<std::uint32_t>(left);
+  // Whole blocks are copied too: a Transform may read its block as words, and the data can lie at an odd address.
+  while (left > 0) {
+    std::size_t const piece = std::min(left, sizeof block_ - taken);
+    std::memcpy(block_ + taken, bytes, piece);
+    bytes += piece;
+    left -= piece;
+    taken += piece;
+    if (taken < sizeof block_) return;
+    Transform(reinterpret_cast<long*>(block_));
+    taken = 0;
+  }
+}
+
+void Hash_MD4::Done() {
+  std::size_t taken = count_ % sizeof block_;
+  block_[taken++] = 0x80;
+  std::memset(block_ + taken, 0, sizeof block_ - taken);
+  if (taken > kLengthAt) {
+    Transform(reinterpret_cast<long*>(block_));
+    std::memset(block_, 0, sizeof block_);
+  }
+  StoreLe32(block_ + kLengthAt, count_ * 8);
+  Transform(reinterpret_cast<long*>(block_));
+  std::memset(block_, 0, sizeof block_);
+  // From numbers to the bytes that DigestKey promises.
+  for (std::uint32_t& word : state_) StoreLe32(reinterpret_cast<unsigned char*>(&word), word);
+  Protect(false);
+}
+
+void* Hash_MD4::DigestKey() { return state_; }
+
+void Hash_MD4::Transform(long*) {}
+
+long Hash_RipeMD256::DigestKeySize() { return 32; }
+
+void Hash_RipeMD256::Init() {
+  // The last two are the two that RIPEMD-320 has beyond these eight. Nothing reads them.
+  static constexpr std::uint32_t kStart[10] = {0x67452301, 0xEFCDAB89, 0x98BADCFE, 0x10325476, 0x76543210,
+                                               0xFEDCBA98, 0x89ABCDEF, 0x01234567, 0xC3D2E1F0, 0x3C2D1E0F};
+  static_assert(sizeof kStart == sizeof state_, "one start value for each word");
+  count_ = 0;
+  std::memset(block_, 0, sizeof block_);
+  std::memcpy(state_, kStart, sizeof state_);
+  Protect(true);
+}
+
+void Hash_RipeMD256::Transform(long* block) {
+  zelvane::internal::RipeMd256Compress(state_, reinterpret_cast<unsigned char const*>(block));
+}
+
+HashManager::~HashManager() = default;
+
+HashClass* HashManager::GetHashObject() { return hash_; }
+
+void HashManager::CalcBuffer(void const*, unsigned long) {}
+
+void HashManager::CalcString(char const*) {}
+
+void HashManager::CalcFile(char const*) {}
+
+std::string HashManager::GetDigest() { return {}; }
+
+void HashManager::SetDigest(char const*) {}
+
+long HashManager::GetDigestSize() { return 0; }
+
+std::string HashManager::GetDigestString(long) { return {}; }
+
+void HashManager::SetAlgorithm(HashAlgorithm) {}
+
+HashAlgorithm HashManager::GetAlgorithm() { return HASH_RIPEMD256; }
+
+void HashManager::CalcString(std::string const& text) { CalcString(text.c_str()); }
+
+void HashManager::CalcFile(std::string const& path) { CalcFile(path.c_str()); }
+
+void HashManager::SetDigest(std::string const& digest) { SetDigest(digest.c_str()); }
