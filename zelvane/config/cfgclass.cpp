@@ -14,7 +14,6 @@
 #include "zelvane/core/barrier_internal.h"
 #include "zelvane/core/safesave_internal.h"
 
-// NOLINTNEXTLINE(google-build-using-namespace): this is the engine's other half
 using namespace zelvane::internal;
 
 namespace {
@@ -35,7 +34,7 @@ CfgClass::CfgClass() : state_(std::make_unique<CfgState>()) {}
 
 // This class's own steps save here. With no memory left for the text the changes are lost, as at any failed save here.
 CfgClass::~CfgClass() {
-  Guard(false, [this] { return Close(); });  // NOLINT(clang-analyzer-optin.cplusplus.VirtualCall)
+  Guard(false, [this] { return Close(); });
 }
 
 bool CfgClass::Fail(CfgError code) {

@@ -72,8 +72,8 @@ class PoolAllocator {
 
   explicit PoolAllocator(NodePool& pool) : pool_(&pool) {}
   template <class U>
-  PoolAllocator(PoolAllocator<U> const& other)
-      : pool_(other.pool_) {}  // NOLINT(google-explicit-constructor): rebinding
+  // NOLINTNEXTLINE(google-explicit-constructor): containers rebind it
+  PoolAllocator(PoolAllocator<U> const& other) : pool_(other.pool_) {}
 
   T* allocate(std::size_t count) {
     static_assert(alignof(T) <= alignof(std::max_align_t));
