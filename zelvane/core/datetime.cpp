@@ -18,9 +18,7 @@ constexpr int kDaySeconds = 86400;
 constexpr int kYearDays = 365;
 constexpr char const* kDefaultFormat = "dd/mm/yyyy hh:nn:ss";
 
-bool IsLeapYear(int year) {
-  return year % 4 == 0;
-}
+bool IsLeapYear(int year) { return year % 4 == 0; }
 
 // Days before the month in an ordinary year; 13 stands for the end of the year.
 int DaysBefore(int month) {
@@ -32,12 +30,8 @@ int MonthLength(int year, int month) {
   return DaysBefore(month + 1) - DaysBefore(month) + (month == 2 && IsLeapYear(year) ? 1 : 0);
 }
 
-bool IsMonth(int month) {
-  return month >= 1 && month <= 12;
-}
-bool IsDateTime(long t) {
-  return t >= 0 && t <= kLastDateTime;
-}
+bool IsMonth(int month) { return month >= 1 && month <= 12; }
+bool IsDateTime(long t) { return t >= 0 && t <= kLastDateTime; }
 
 struct Fields {
   int year = 0;
@@ -110,9 +104,7 @@ long UniversalFields(std::time_t t) {
   return FromCalendar(gmtime_r(&t, &fields));
 }
 
-std::string EffectiveFormat(std::string const& format) {
-  return LowerCase(format.empty() ? kDefaultFormat : format);
-}
+std::string EffectiveFormat(std::string const& format) { return format.empty() ? kDefaultFormat : LowerCase(format); }
 
 // Length of the run of one repeated character that begins at `start`.
 std::size_t RunLength(std::string const& format, std::size_t start) {
@@ -196,21 +188,13 @@ long long RoundHalfToEven(Float value) {
 
 }  // namespace
 
-long GetDateTime() {
-  return LocalFields(std::time(nullptr));
-}
+long GetDateTime() { return LocalFields(std::time(nullptr)); }
 
-long GetGMTDateTime() {
-  return UniversalFields(std::time(nullptr));
-}
+long GetGMTDateTime() { return UniversalFields(std::time(nullptr)); }
 
-long GMTToLocalDateTime(long t) {
-  return IsDateTime(t) ? LocalFields(t) : kNoDate;
-}
+long GMTToLocalDateTime(long t) { return IsDateTime(t) ? LocalFields(t) : kNoDate; }
 
-long LocalToGMTDateTime(long t) {
-  return IsDateTime(t) ? UniversalFields(t) : kNoDate;
-}
+long LocalToGMTDateTime(long t) { return IsDateTime(t) ? UniversalFields(t) : kNoDate; }
 
 bool SetDateTime(long t) {
   if (!IsDateTime(t)) return false;
@@ -275,15 +259,9 @@ int DayOfYear(long t) {
   return Decode(t, fields) ? fields.dayOfYear : -1;
 }
 
-std::string DateTimeToStr(char const* format, long t) {
-  return Text(format == nullptr ? "" : format, t);
-}
-std::string DateTimeToStr(std::string const& format, long t) {
-  return Text(format, t);
-}
-std::string DateTimeToStr(long t) {
-  return Text("", t);
-}
+std::string DateTimeToStr(char const* format, long t) { return Text(format == nullptr ? "" : format, t); }
+std::string DateTimeToStr(std::string const& format, long t) { return Text(format, t); }
+std::string DateTimeToStr(long t) { return Text("", t); }
 
 std::string FormatDateTime(long t, char const* format) {
   Fields fields;
@@ -302,21 +280,13 @@ std::string FormatDateTime(long t, char const* format) {
   return std::string(buffer, std::strftime(buffer, sizeof buffer, format, &broken));
 }
 
-std::string FormatDateTime(long t, std::string const& format) {
-  return FormatDateTime(t, format.c_str());
-}
+std::string FormatDateTime(long t, std::string const& format) { return FormatDateTime(t, format.c_str()); }
 
 long StrToDateTime(char const* text, char const* format, long def) {
   return ReadText(text == nullptr ? "" : text, format == nullptr ? "" : format, def);
 }
 
-long StrToDateTime(std::string const& text, std::string const& format, long def) {
-  return ReadText(text, format, def);
-}
+long StrToDateTime(std::string const& text, std::string const& format, long def) { return ReadText(text, format, def); }
 
-long long Round(double value) {
-  return RoundHalfToEven(value);
-}
-long long LRound(long double value) {
-  return RoundHalfToEven(value);
-}
+long long Round(double value) { return RoundHalfToEven(value); }
+long long LRound(long double value) { return RoundHalfToEven(value); }

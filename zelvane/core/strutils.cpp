@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <functional>
 #include <string_view>
-#include <utility>
 
 #include "zelvane/core/strutils_internal.h"
 
@@ -55,9 +55,7 @@ std::string ChangeCase(std::string_view text, int (*change)(int)) {
   return result;
 }
 
-bool IsBlank(char c) {
-  return c == ' ' || c == '\n' || c == '\t' || c == '\r';
-}
+bool IsBlank(char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r'; }
 
 std::string_view TrimLeftView(std::string_view text) {
   std::size_t first = 0;
@@ -91,9 +89,11 @@ enum class Pieces { kWhole, kTrimmed };
 // the next is looked for, and the time is linear in the text.
 class Splitter {
  public:
-  Splitter(std::string_view text, unsigned long count, Pieces pieces) : rest_(text), count_(count), pieces_(pieces) {
+  Splitter(std::vector<std::string>& out, std::string_view text, unsigned long count, Pieces pieces)
+      : out_(out), rest_(text), count_(count), pieces_(pieces) {
+    out_.clear();
     // No more pieces than that can come before the padding, however large the count.
-    tokens_.reserve(std::min<std::size_t>(count, text.size() + 1));
+    out_.reserve(std::min<std::size_t>(count, text.size() + 1));
   }
 
   void CutBy(std::string_view separator) {
@@ -106,121 +106,93 @@ class Splitter {
     }
   }
 
-  std::vector<std::string> Finish() {
+  void Finish() {
     if (!rest_.empty() && !Full()) Append(rest_);
-    if (count_ != 0) tokens_.resize(count_);
-    return std::move(tokens_);
+    if (count_ != 0) out_.resize(count_);
   }
 
  private:
-  bool Full() const { return count_ != 0 && tokens_.size() == count_; }
-  void Append(std::string_view token) { tokens_.emplace_back(pieces_ == Pieces::kTrimmed ? TrimView(token) : token); }
+  bool Full() const { return count_ != 0 && out_.size() == count_; }
+  void Append(std::string_view token) { out_.emplace_back(pieces_ == Pieces::kTrimmed ? TrimView(token) : token); }
 
-  std::vector<std::string> tokens_;
+  std::vector<std::string>& out_;
   std::string_view rest_;
   unsigned long count_;
   Pieces pieces_;
 };
 
-// The pieces are gathered apart from `out`, which may hold the text or the separators.
-void Split(std::vector<std::string>& out, std::string_view text, std::vector<std::string> const& separators,
-           unsigned long count, Pieces pieces) {
-  if (text.data() == nullptr) return out.clear();
-  Splitter splitter(text, count, pieces);
+void Cut(Splitter& splitter, std::vector<std::string> const& separators) {
   for (std::string const& separator : separators) splitter.CutBy(separator);
-  out = splitter.Finish();
 }
 
-void Split(std::vector<std::string>& out, std::string_view text, std::string_view separator, unsigned long count,
+void Cut(Splitter& splitter, std::string_view separator) { splitter.CutBy(separator); }
+
+// Whether a text lies in one of the strings of `out`, and goes when they go.
+bool Holds(std::vector<std::string> const& out, std::string_view text) {
+  std::less<char const*> const before;
+  return std::any_of(out.begin(), out.end(), [&](std::string const& held) {
+    return !before(text.data(), held.data()) && !before(held.data() + held.size(), text.data());
+  });
+}
+
+bool Holds(std::vector<std::string> const& out, std::vector<std::string> const& separators) {
+  return &out == &separators;
+}
+
+template <typename Separators>
+void Split(std::vector<std::string>& out, std::string_view text, Separators const& separators, unsigned long count,
            Pieces pieces) {
   if (text.data() == nullptr) return out.clear();
-  Splitter splitter(text, count, pieces);
-  splitter.CutBy(separator);
-  out = splitter.Finish();
-}
-
-void Split(std::vector<std::string>& out, std::string_view text, char separator, unsigned long count, Pieces pieces) {
-  Split(out, text, std::string_view(&separator, 1), count, pieces);
+  if (Holds(out, text) || Holds(out, separators)) {
+    std::vector<std::string> apart;
+    Split(apart, text, separators, count, pieces);
+    return out.swap(apart);
+  }
+  Splitter splitter(out, text, count, pieces);
+  Cut(splitter, separators);
+  splitter.Finish();
 }
 
 }  // namespace
 
 namespace zelvane::internal {
 
-std::string_view TrimView(std::string_view text) {
-  return TrimRightView(TrimLeftView(text));
-}
+std::string_view TrimView(std::string_view text) { return TrimRightView(TrimLeftView(text)); }
 
-void AnsiUpperInto(std::string& out, std::string_view text) {
-  TranslateInto(out, text, kAnsiUpper);
-}
+void AnsiUpperInto(std::string& out, std::string_view text) { TranslateInto(out, text, kAnsiUpper); }
 
 bool SplitFields(std::string_view value, std::size_t n, std::vector<std::string>& fields) {
   auto const separators = static_cast<std::size_t>(std::count(value.begin(), value.end(), ';'));
   if (separators + 1 < n) return false;
-  Splitter splitter(value, n, Pieces::kWhole);
-  splitter.CutBy(";");
-  fields = splitter.Finish();
+  Split(fields, value, std::string_view(";"), n, Pieces::kWhole);
   return true;
 }
 
 }  // namespace zelvane::internal
 
-std::string UpperCase(char const* text) {
-  return ChangeCase(View(text), std::toupper);
-}
-std::string UpperCase(std::string const& text) {
-  return ChangeCase(text, std::toupper);
-}
+std::string UpperCase(char const* text) { return ChangeCase(View(text), std::toupper); }
+std::string UpperCase(std::string const& text) { return ChangeCase(text, std::toupper); }
 
-std::string LowerCase(char const* text) {
-  return ChangeCase(View(text), std::tolower);
-}
-std::string LowerCase(std::string const& text) {
-  return ChangeCase(text, std::tolower);
-}
+std::string LowerCase(char const* text) { return ChangeCase(View(text), std::tolower); }
+std::string LowerCase(std::string const& text) { return ChangeCase(text, std::tolower); }
 
-std::string AnsiUpperCase(char const* text) {
-  return Translate(View(text), kAnsiUpper);
-}
-std::string AnsiUpperCase(std::string const& text) {
-  return Translate(text, kAnsiUpper);
-}
+std::string AnsiUpperCase(char const* text) { return Translate(View(text), kAnsiUpper); }
+std::string AnsiUpperCase(std::string const& text) { return Translate(text, kAnsiUpper); }
 
-std::string AnsiLowerCase(char const* text) {
-  return Translate(View(text), kAnsiLower);
-}
-std::string AnsiLowerCase(std::string const& text) {
-  return Translate(text, kAnsiLower);
-}
+std::string AnsiLowerCase(char const* text) { return Translate(View(text), kAnsiLower); }
+std::string AnsiLowerCase(std::string const& text) { return Translate(text, kAnsiLower); }
 
-std::string Trim(char const* text) {
-  return std::string(TrimView(View(text)));
-}
-std::string Trim(std::string const& text) {
-  return std::string(TrimView(text));
-}
+std::string Trim(char const* text) { return std::string(TrimView(View(text))); }
+std::string Trim(std::string const& text) { return std::string(TrimView(text)); }
 
-std::string TrimLeft(char const* text) {
-  return std::string(TrimLeftView(View(text)));
-}
-std::string TrimLeft(std::string const& text) {
-  return std::string(TrimLeftView(text));
-}
+std::string TrimLeft(char const* text) { return std::string(TrimLeftView(View(text))); }
+std::string TrimLeft(std::string const& text) { return std::string(TrimLeftView(text)); }
 
-std::string TrimRight(char const* text) {
-  return std::string(TrimRightView(View(text)));
-}
-std::string TrimRight(std::string const& text) {
-  return std::string(TrimRightView(text));
-}
+std::string TrimRight(char const* text) { return std::string(TrimRightView(View(text))); }
+std::string TrimRight(std::string const& text) { return std::string(TrimRightView(text)); }
 
-std::string QuotedStr(char const* text) {
-  return text == nullptr ? std::string() : Quoted(text);
-}
-std::string QuotedStr(std::string const& text) {
-  return Quoted(text);
-}
+std::string QuotedStr(char const* text) { return text == nullptr ? std::string() : Quoted(text); }
+std::string QuotedStr(std::string const& text) { return Quoted(text); }
 
 std::string FillLeft(char const* text, int width, char fill) {
   return text == nullptr ? std::string() : FillLeft(std::string(text), width, fill);
@@ -247,7 +219,7 @@ void Tokenize(std::vector<std::string>& out, char const* text, char const* separ
   Split(out, View(text), View(separator), count, Pieces::kWhole);
 }
 void Tokenize(std::vector<std::string>& out, char const* text, char separator, unsigned long count) {
-  Split(out, View(text), separator, count, Pieces::kWhole);
+  Split(out, View(text), std::string_view(&separator, 1), count, Pieces::kWhole);
 }
 void Tokenize(std::vector<std::string>& out, std::string const& text, std::vector<std::string> const& separators,
               unsigned long count) {
@@ -261,7 +233,7 @@ void Tokenize(std::vector<std::string>& out, std::string const& text, char const
   Split(out, text, View(separator), count, Pieces::kWhole);
 }
 void Tokenize(std::vector<std::string>& out, std::string const& text, char separator, unsigned long count) {
-  Split(out, text, separator, count, Pieces::kWhole);
+  Split(out, text, std::string_view(&separator, 1), count, Pieces::kWhole);
 }
 
 void TrimTokenize(std::vector<std::string>& out, char const* text, std::vector<std::string> const& separators,
@@ -275,7 +247,7 @@ void TrimTokenize(std::vector<std::string>& out, char const* text, char const* s
   Split(out, View(text), View(separator), count, Pieces::kTrimmed);
 }
 void TrimTokenize(std::vector<std::string>& out, char const* text, char separator, unsigned long count) {
-  Split(out, View(text), separator, count, Pieces::kTrimmed);
+  Split(out, View(text), std::string_view(&separator, 1), count, Pieces::kTrimmed);
 }
 void TrimTokenize(std::vector<std::string>& out, std::string const& text, std::vector<std::string> const& separators,
                   unsigned long count) {
@@ -289,5 +261,5 @@ void TrimTokenize(std::vector<std::string>& out, std::string const& text, char c
   Split(out, text, View(separator), count, Pieces::kTrimmed);
 }
 void TrimTokenize(std::vector<std::string>& out, std::string const& text, char separator, unsigned long count) {
-  Split(out, text, separator, count, Pieces::kTrimmed);
+  Split(out, text, std::string_view(&separator, 1), count, Pieces::kTrimmed);
 }

@@ -15,25 +15,22 @@ using zelvane::internal::View;
 namespace {
 
 // Fills the text of a number: between its sign and its digits.
-std::string Justify(std::string text, int width, char fill) {
-  if (width <= 0) return text;
-  if (text.front() != '-') return FillLeft(text, width, fill);
-  return '-' + FillLeft(text.substr(1), width - 1, fill);
+void Justify(std::string& text, int width, char fill) {
+  if (width <= 0 || static_cast<std::size_t>(width) <= text.size()) return;
+  text.insert(text.front() == '-' ? 1 : 0, static_cast<std::size_t>(width) - text.size(), fill);
 }
 
 // The low 32 bits of a `long` of either width, as a number of their own.
-std::int32_t Signed32(long value) {
-  return static_cast<std::int32_t>(value);
-}
-std::uint32_t Unsigned32(unsigned long value) {
-  return static_cast<std::uint32_t>(value);
-}
+std::int32_t Signed32(long value) { return static_cast<std::int32_t>(value); }
+std::uint32_t Unsigned32(unsigned long value) { return static_cast<std::uint32_t>(value); }
 
 template <typename Integer>
 std::string IntegerText(Integer value, int base, int width, char fill) {
   char digits[33];  // a sign, and 32 of them to the base of 2
   char* const end = std::to_chars(digits, digits + sizeof digits, value, base).ptr;
-  return Justify(std::string(digits, end), width, fill);
+  std::string text(digits, end);
+  Justify(text, width, fill);
+  return text;
 }
 
 // Digits of a double beyond these are zeros: none has more, not even the smallest ones.
@@ -66,12 +63,8 @@ std::string GeneralText(double value, unsigned int digits) {
   return result.insert(sign + 1 + static_cast<std::size_t>(exponent), 1, '.');
 }
 
-bool IsDigit(char c) {
-  return c >= '0' && c <= '9';
-}
-bool IsHexDigit(char c) {
-  return IsDigit(c) || (c >= 'A' && c <= 'F') || (c >= 'a' && c <= 'f');
-}
+bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+bool IsHexDigit(char c) { return IsDigit(c) || (c >= 'A' && c <= 'F') || (c >= 'a' && c <= 'f'); }
 
 // The following take something off the front of `text`, if it is there.
 
@@ -99,9 +92,7 @@ bool IsInt(std::string_view text) {
   return text.empty();
 }
 
-bool IsHex(std::string_view text) {
-  return SkipDigits(text, IsHexDigit) > 0 && text.empty();
-}
+bool IsHex(std::string_view text) { return SkipDigits(text, IsHexDigit) > 0 && text.empty(); }
 
 bool IsFloat(std::string_view text) {
   SkipSign(text);
@@ -114,20 +105,20 @@ bool IsFloat(std::string_view text) {
   return SkipDigits(text) > 0 && text.empty();
 }
 
-// `text` has passed the syntax test of its base. from_chars takes no plus sign.
+// from_chars takes digits behind an optional minus sign, and the rest of the text has to be empty.
 long ReadInteger(std::string_view text, int base, long def) {
-  SkipChar(text, '+');
   std::int32_t value = 0;
-  return std::from_chars(text.data(), text.data() + text.size(), value, base).ec == std::errc() ? value : def;
+  char const* const end = text.data() + text.size();
+  auto const [stop, error] = std::from_chars(text.data(), end, value, base);
+  return error == std::errc() && stop == end ? value : def;
 }
 
 long ReadInt(std::string_view text, long def) {
-  return IsInt(text) ? ReadInteger(text, 10, def) : def;
+  bool const signedTwice = SkipChar(text, '+') && SkipChar(text, '-');
+  return signedTwice ? def : ReadInteger(text, 10, def);
 }
 
-long ReadHex(std::string_view text, long def) {
-  return IsHex(text) ? ReadInteger(text, 16, def) : def;
-}
+long ReadHex(std::string_view text, long def) { return SkipChar(text, '-') ? def : ReadInteger(text, 16, def); }
 
 double ReadFloat(std::string_view text, double def) {
   if (!IsFloat(text)) return def;
@@ -142,17 +133,17 @@ double ReadFloat(std::string_view text, double def) {
 
 }  // namespace
 
-std::string IntToStr(long value, int width, char fill) {
-  return IntegerText(Signed32(value), 10, width, fill);
-}
+std::string IntToStr(long value, int width, char fill) { return IntegerText(Signed32(value), 10, width, fill); }
 
 std::string UIntToStr(unsigned long value, int width, char fill) {
   return IntegerText(Unsigned32(value), 10, width, fill);
 }
 
 std::string IntToHex(long value, int width, bool upper, char fill) {
-  std::string const digits = IntegerText(Unsigned32(static_cast<unsigned long>(value)), 16, 0, fill);
-  return Justify(upper ? AnsiUpperCase(digits) : digits, width, fill);
+  std::string text = IntegerText(Unsigned32(static_cast<unsigned long>(value)), 16, 0, fill);
+  if (upper) text = AnsiUpperCase(text);
+  Justify(text, width, fill);
+  return text;
 }
 
 std::string IntToBin(long value, int width, char fill) {
@@ -160,54 +151,28 @@ std::string IntToBin(long value, int width, char fill) {
 }
 
 std::string FloatToStr(double value, int width, unsigned int digits, char fill) {
-  return Justify(GeneralText(value, digits), width, fill);
+  std::string text = GeneralText(value, digits);
+  Justify(text, width, fill);
+  return text;
 }
 
-long StrToIntDef(char const* text, long def) {
-  return ReadInt(View(text), def);
-}
-long StrToIntDef(std::string const& text, long def) {
-  return ReadInt(text, def);
-}
+long StrToIntDef(char const* text, long def) { return ReadInt(View(text), def); }
+long StrToIntDef(std::string const& text, long def) { return ReadInt(text, def); }
 
-long HexToIntDef(char const* text, long def) {
-  return ReadHex(View(text), def);
-}
-long HexToIntDef(std::string const& text, long def) {
-  return ReadHex(text, def);
-}
+long HexToIntDef(char const* text, long def) { return ReadHex(View(text), def); }
+long HexToIntDef(std::string const& text, long def) { return ReadHex(text, def); }
 
-double StrToFloatDef(char const* text, double def) {
-  return ReadFloat(View(text), def);
-}
-double StrToFloatDef(std::string const& text, double def) {
-  return ReadFloat(text, def);
-}
+double StrToFloatDef(char const* text, double def) { return ReadFloat(View(text), def); }
+double StrToFloatDef(std::string const& text, double def) { return ReadFloat(text, def); }
 
-bool StrIsInt(char const* text) {
-  return IsInt(View(text));
-}
-bool StrIsInt(std::string const& text) {
-  return IsInt(text);
-}
+bool StrIsInt(char const* text) { return IsInt(View(text)); }
+bool StrIsInt(std::string const& text) { return IsInt(text); }
 
-bool StrIsHex(char const* text) {
-  return IsHex(View(text));
-}
-bool StrIsHex(std::string const& text) {
-  return IsHex(text);
-}
+bool StrIsHex(char const* text) { return IsHex(View(text)); }
+bool StrIsHex(std::string const& text) { return IsHex(text); }
 
-bool StrIsFloat(char const* text) {
-  return IsFloat(View(text));
-}
-bool StrIsFloat(std::string const& text) {
-  return IsFloat(text);
-}
+bool StrIsFloat(char const* text) { return IsFloat(View(text)); }
+bool StrIsFloat(std::string const& text) { return IsFloat(text); }
 
-bool StrIsIPNumber(char const* /*text*/) {
-  return false;
-}
-bool StrIsIPNumber(std::string const& /*text*/) {
-  return false;
-}
+bool StrIsIPNumber(char const* /*text*/) { return false; }
+bool StrIsIPNumber(std::string const& /*text*/) { return false; }
