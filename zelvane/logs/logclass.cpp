@@ -31,18 +31,14 @@ constexpr std::uint64_t kStampSize = 4;
 constexpr std::uint64_t kCopyBlock = 65536;
 
 // The length of a record, or 0 when it would not fit into 32 bits.
-std::uint64_t RecordLength(unsigned long size) {
-  return size > kMost - kStampSize ? 0 : size + kStampSize;
-}
+std::uint64_t RecordLength(unsigned long size) { return size > kMost - kStampSize ? 0 : size + kStampSize; }
 
 std::uint64_t WholeRecords(std::uint64_t bytes, unsigned long size) {
   std::uint64_t const length = RecordLength(size);
   return length == 0 || bytes % length != 0 ? 0 : bytes / length;
 }
 
-Descriptor OpenToRead(std::string const& path) {
-  return Open(path.c_str(), O_RDONLY | O_NONBLOCK);
-}
+Descriptor OpenToRead(std::string const& path) { return Open(path.c_str(), O_RDONLY | O_NONBLOCK); }
 
 // Before a record goes into a file in which none were found. That is settled again on the open file: it may have been
 // unreadable only for a moment, or another program may have written the first record since. Only what is damaged beyond
@@ -92,9 +88,7 @@ bool Cut(std::string const& path, std::string const& scratchPath, std::uint64_t 
 
 }  // namespace
 
-LogClass::~LogClass() {
-  LogClass::UnloadFile();
-}
+LogClass::~LogClass() { LogClass::UnloadFile(); }
 
 int LogClass::SetFile(char const* name) {
   return Guard(0, [&] {
@@ -120,13 +114,9 @@ bool LogClass::SetBuffer(void* data, unsigned long length) {
   return true;
 }
 
-void LogClass::SetMaxLines(unsigned long n) {
-  maxLines_ = static_cast<std::uint32_t>(n);
-}
+void LogClass::SetMaxLines(unsigned long n) { maxLines_ = static_cast<std::uint32_t>(n); }
 
-bool LogClass::WriteReg(void const* data, unsigned long size) {
-  return WriteReg(GetDateTime(), data, size);
-}
+bool LogClass::WriteReg(void const* data, unsigned long size) { return WriteReg(GetDateTime(), data, size); }
 
 bool LogClass::WriteReg(long when, void const* data, unsigned long size) {
   if (file_.empty() || RecordLength(size) == 0 || (data == nullptr && size > 0)) return false;
@@ -207,9 +197,7 @@ void LogClass::UnloadFile() {
   bufferSize_ = 0;
 }
 
-bool LogClass::ClearFile() {
-  return !file_.empty() && zelvane::internal::EmptyFile(file_);
-}
+bool LogClass::ClearFile() { return !file_.empty() && zelvane::internal::EmptyFile(file_); }
 
 void LogClass::LimitFile(unsigned long size) {
   Guard(false, [&] {

@@ -23,17 +23,11 @@ constexpr unsigned long kRecordSize = 4 + kEventSize;
 constexpr std::int32_t kDaySeconds = 86400;
 constexpr std::int32_t kNoTime = -1;
 
-LogClass* Log(void* handle) {
-  return static_cast<LogClass*>(handle);
-}
+LogClass* Log(void* handle) { return static_cast<LogClass*>(handle); }
 
-std::int32_t TimeOf(unsigned char const* record) {
-  return static_cast<std::int32_t>(LoadLe32(record));
-}
+std::int32_t TimeOf(unsigned char const* record) { return static_cast<std::int32_t>(LoadLe32(record)); }
 
-std::uint16_t CodeOf(unsigned char const* record) {
-  return static_cast<std::uint16_t>(record[4] | record[5] << 8);
-}
+std::uint16_t CodeOf(unsigned char const* record) { return static_cast<std::uint16_t>(record[4] | record[5] << 8); }
 
 // `t` with its time of day replaced; -1 when either is not valid.
 std::int32_t AtTimeOfDay(long t, int hour, int minute, int second) {
@@ -138,9 +132,7 @@ int LogReaderClose(void* log) {
   return 1;
 }
 
-unsigned long LogReaderRegCount(void* log) {
-  return log == nullptr ? 0 : Log(log)->GetRegCount(kEventSize);
-}
+unsigned long LogReaderRegCount(void* log) { return log == nullptr ? 0 : Log(log)->GetRegCount(kEventSize); }
 
 int LogReaderReadReg(void* log, unsigned long index, long* when, void* data) {
   if (log == nullptr || when == nullptr || data == nullptr) return 0;

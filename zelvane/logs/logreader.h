@@ -52,14 +52,14 @@ ZELVANE_API long LogReaderTimeEvents(void* log, short startCode, short endCodeA,
 //
 // Records are taken in file order, and the scan ends with the first that is stamped at or after the last second of the
 // span. Starts while a condition is in force and ends while none is are passed over. Programs rely on these details:
-// - While a condition is in force and no record has been met inside the span, the first that is moves its beginning to
-//   its own time. That happens once, so only a beginning before the span is cut, and up to that record rather than to
-//   the span's first second.
+// - The first record inside the span that finds a condition in force moves its beginning to its own time. That happens
+//   once, so a beginning before the span is cut, but to that record rather than to the span's first second.
 // - A condition still in force at a record after the span ends with the last second of the span.
 // - A condition still in force when the scan ends is counted up to the last record before that point, in case any was
 //   met inside the span; not up to the end of the span and not up to now.
-// - Nothing else is cut. In a log that is out of order or has negative stamps a sum can leave the span, be negative, or
-//   wrap.
+// - Nothing else is cut: without a record inside the span an interval counts from where it began, and one that begins
+//   with the very first record after the span counts its distance from the span's last second as negative. In a log
+//   that is out of order or has negative stamps sums can leave the span in other ways, and wrap.
 ZELVANE_API long LogReaderTimeEvents2(void* log, short startCode, short const* endCodes, unsigned long count, long from,
                                       long to);
 

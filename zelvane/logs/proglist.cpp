@@ -23,9 +23,7 @@ using Entries = std::deque<reg_proglist>;
 
 constexpr std::size_t kEntrySize = sizeof(reg_proglist);
 
-std::int32_t DayOf(reg_proglist const& entry) {
-  return entry.dateTime / 86400;
-}
+std::int32_t DayOf(reg_proglist const& entry) { return entry.dateTime / 86400; }
 
 // The first entry of that day. A sorted list is not searched from the front: emptying a long one entry by entry would
 // take quadratic time.
@@ -37,19 +35,13 @@ Entries::iterator FindDay(Entries& entries, bool sorted, std::int32_t day) {
   return first != entries.end() && on(*first) ? first : entries.end();
 }
 
-ProgList* List(void* handle) {
-  return static_cast<ProgList*>(handle);
-}
+ProgList* List(void* handle) { return static_cast<ProgList*>(handle); }
 
 }  // namespace
 
-bool folddatetime(reg_proglist const& entry) {
-  return entry.dateTime < GetDateTime();
-}
+bool folddatetime(reg_proglist const& entry) { return entry.dateTime < GetDateTime(); }
 
-bool fcomp(reg_proglist const& first, reg_proglist const& second) {
-  return first.dateTime < second.dateTime;
-}
+bool fcomp(reg_proglist const& first, reg_proglist const& second) { return first.dateTime < second.dateTime; }
 
 ProgList::~ProgList() = default;
 
@@ -62,9 +54,7 @@ bool ProgList::SetFile(char const* name) {
   });
 }
 
-void ProgList::SetCached(bool on) {
-  cached_ = on;
-}
+void ProgList::SetCached(bool on) { cached_ = on; }
 
 unsigned long ProgList::GetRegCount() {
   if (file_.empty()) return 0;
@@ -88,9 +78,7 @@ bool ProgList::GetNextReg(reg_proglist* entry) {
 }
 
 // What every change ends with.
-bool ProgList::Changed() {
-  return cached_ || WriteToFile();
-}
+bool ProgList::Changed() { return cached_ || WriteToFile(); }
 
 bool ProgList::AddReg(reg_proglist* entry) {
   if (file_.empty() || entry == nullptr) return false;
@@ -166,9 +154,7 @@ void ProgList::RefreshList() {
   sorted_ = true;
 }
 
-bool ProgList::FlushCache() {
-  return WriteToFile();
-}
+bool ProgList::FlushCache() { return WriteToFile(); }
 
 // ---- Exported functions ----
 
@@ -188,9 +174,7 @@ int CloseProgList(void* list) {
   return written ? 1 : 0;
 }
 
-unsigned long GetProgListRegCount(void* list) {
-  return list == nullptr ? 0 : List(list)->GetRegCount();
-}
+unsigned long GetProgListRegCount(void* list) { return list == nullptr ? 0 : List(list)->GetRegCount(); }
 
 int GetProgListRegByIndex(void* list, long index, reg_proglist* entry) {
   return list != nullptr && List(list)->GetRegByIndex(index, entry) ? 1 : 0;
@@ -206,6 +190,4 @@ int RemProgListReg(void* list, reg_proglist const* entry) {
   return list != nullptr && List(list)->RemReg(entry) ? 1 : 0;
 }
 
-int ClearProgList(void* list) {
-  return list != nullptr && List(list)->ClearList() ? 1 : 0;
-}
+int ClearProgList(void* list) { return list != nullptr && List(list)->ClearList() ? 1 : 0; }

@@ -11,9 +11,7 @@ using zelvane::internal::Guard;
 
 TextLogClass::TextLogClass() = default;
 
-TextLogClass::TextLogClass(char const* name) {
-  TextLogClass::SetFile(name);
-}
+TextLogClass::TextLogClass(char const* name) { TextLogClass::SetFile(name); }
 
 TextLogClass::~TextLogClass() = default;
 
@@ -24,13 +22,9 @@ int TextLogClass::SetFile(char const* name) {
   });
 }
 
-bool TextLogClass::ClearFile() {
-  return !textFile_.empty() && zelvane::internal::EmptyFile(textFile_);
-}
+bool TextLogClass::ClearFile() { return !textFile_.empty() && zelvane::internal::EmptyFile(textFile_); }
 
-bool TextLogClass::WriteLine(char const* text) {
-  return WriteLine(GetDateTime(), text);
-}
+bool TextLogClass::WriteLine(char const* text) { return WriteLine(GetDateTime(), text); }
 
 bool TextLogClass::WriteLine(long when, char const* text) {
   if (textFile_.empty() || text == nullptr) return false;
