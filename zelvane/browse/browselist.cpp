@@ -1,0 +1,289 @@
+#include "zelvane/browse/browselist.h"
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "zelvane/browse/browsefile_internal.h"
+#include "zelvane/config/paths.h"
+#include "zelvane/core/barrier_internal.h"
+#include "zelvane/core/datetime.h"
+#include "zelvane/core/strutils.h"
+#include "zelvane/core/strutils_internal.h"
+
+using zelvane::internal::BrowseList;
+using zelvane::internal::BrowseSection;
+using zelvane::internal::CopyToField;
+using zelvane::internal::Fields;
+using zelvane::internal::FieldText;
+using zelvane::internal::Guard;
+using zelvane::internal::kAddress;
+using zelvane::internal::kName;
+using zelvane::internal::kNumber;
+using zelvane::internal::OwnerIn;
+
+namespace {
+
+using Ids = std::vector<std::int32_t>;
+
+constexpr std::int32_t kNone = -1;
+constexpr char kNoAddress[] = "127.0.0.1";
+
+// What `body(list)` returns; 0 without a list and when it throws.
+template <class R, class Body>
+R With(void* list, Body&& body) {
+  if (list == nullptr) return R();
+  return Guard(R(), [&] { return static_cast<R>(body(*static_cast<BrowseList*>(list))); });
+}
+
+std::int32_t Id(long id) { return static_cast<std::int32_t>(id); }
+
+// Whether a field may hold the text without ending there, or ending the next load.
+bool Holds(std::string_view text) { return text.find_first_of(";[]\r\n") == std::string_view::npos; }
+bool IsName(std::string_view text) { return !text.empty() && Holds(text); }
+
+// What every change ends with.
+bool Finish(BrowseList& list, bool stamp, bool flush) {
+  bool const stamped = !stamp || list.file.WriteInt("DATE", "DATETIME", GetDateTime());
+  return (!flush || list.file.FlushCache()) && stamped;
+}
+
+bool Add(BrowseSection& section, Fields const& fields, bool maxPlusOne, unsigned long* identifier) {
+  std::int32_t const id = section.NewIdentifier(maxPlusOne);
+  if (identifier != nullptr) *identifier = static_cast<unsigned long>(id);
+  return section.Put(id, fields);
+}
+
+std::string OwnerOrNone(BrowseSection& owners, std::int32_t id) { return IntToStr(owners.Has(id) ? id : kNone); }
+
+Fields FieldsOf(BrwsComputerRec const& computer, std::string group) {
+  return {std::string(FieldText(computer.name)), std::string(FieldText(computer.address)), std::move(group)};
+}
+
+Fields FieldsOf(BrwsNobreakRec const& nobreak, std::string address, std::int32_t computer) {
+  return {std::string(FieldText(nobreak.name)), std::move(address), UIntToStr(nobreak.number), IntToStr(computer)};
+}
+
+// ---- Removal, in memory ----
+
+bool RemoveEach(BrowseSection& section, Ids const& ids) {
+  for (std::int32_t const id : ids)
+    if (!section.Remove(id)) return false;
+  return true;
+}
+
+bool RemoveComputers(BrowseList& list, Ids const& ids) {
+  for (std::int32_t const id : ids)
+    if (!list.computers.Remove(id) || !RemoveEach(list.nobreaks, list.nobreaks.OwnedBy(id))) return false;
+  return true;
+}
+
+bool RemoveGroup(BrowseList& list, std::int32_t id) {
+  return list.groups.Remove(id) && RemoveComputers(list, list.computers.OwnedBy(id));
+}
+
+// Everything below a group. Chains may be deeper than the stack, so the groups whose own groups are still to go stand
+// in a list. A circle ends by itself: a group that is gone belongs to none.
+bool RemoveGroupsBelow(BrowseList& list, std::int32_t top) {
+  Ids owners = {top};
+  while (!owners.empty()) {
+    Ids const below = list.groups.OwnedBy(owners.back());
+    owners.pop_back();
+    for (std::int32_t const id : below) {
+      if (!RemoveGroup(list, id)) return false;
+      owners.push_back(id);
+    }
+  }
+  return true;
+}
+
+int Clear(void* list, BrowseSection BrowseList::*section, bool flush) {
+  return With<int>(list, [&](BrowseList& l) { return (l.*section).Clear() && Finish(l, true, flush); });
+}
+
+unsigned long Count(void* list, BrowseSection BrowseList::*section) {
+  return With<unsigned long>(list, [&](BrowseList& l) { return (l.*section).Count(); });
+}
+
+}  // namespace
+
+// ---- The list ----
+
+void* OpenBrwsList(char const* path) {
+  return Guard<void*>(nullptr, [path] {
+    auto list = std::make_unique<BrowseList>();
+    std::string const name = path == nullptr || *path == '\0' ? GetZelvanePath() + "zelbrws.cfg" : path;
+    list->file.SetFileName(name.c_str(), false);
+    list->file.SetCached(true);
+    return list.release();
+  });
+}
+
+int CloseBrwsList(void* list) {
+  std::unique_ptr<BrowseList> const owner(static_cast<BrowseList*>(list));
+  return With<int>(list, [](BrowseList& l) { return l.file.Close(); });
+}
+
+long GetBrwsFileDate(void* list) {
+  return With<long>(list, [](BrowseList& l) { return l.file.ReadInt("DATE", "DATETIME", 0); });
+}
+
+int UpdateBrwsFileDate(void* list, bool flush) {
+  return With<int>(list, [&](BrowseList& l) { return Finish(l, true, flush); });
+}
+
+// ---- Reading ----
+
+unsigned long GetBrwsGroupsCount(void* list) { return Count(list, &BrowseList::groups); }
+unsigned long GetBrwsComputersCount(void* list) { return Count(list, &BrowseList::computers); }
+unsigned long GetBrwsNobreaksCount(void* list) { return Count(list, &BrowseList::nobreaks); }
+
+int GetBrwsGroupByIndex(void* list, unsigned long index, BrwsGroupRec* group) {
+  if (group == nullptr) return 0;
+  return With<int>(list, [&](BrowseList& l) {
+    Fields fields;
+    if (!l.groups.At(index, group->id, fields)) return false;
+    CopyToField(group->name, fields[kName]);
+    group->parent = OwnerIn(fields);
+    return true;
+  });
+}
+
+int GetBrwsComputerByIndex(void* list, unsigned long index, BrwsComputerRec* computer) {
+  if (computer == nullptr) return 0;
+  return With<int>(list, [&](BrowseList& l) {
+    Fields fields;
+    if (!l.computers.At(index, computer->id, fields)) return false;
+    CopyToField(computer->name, fields[kName]);
+    CopyToField(computer->address, fields[kAddress]);
+    computer->group = OwnerIn(fields);
+    return true;
+  });
+}
+
+int GetBrwsNobreakByIndex(void* list, unsigned long index, BrwsNobreakRec* nobreak) {
+  if (nobreak == nullptr) return 0;
+  return With<int>(list, [&](BrowseList& l) {
+    Fields fields;
+    if (!l.nobreaks.At(index, nobreak->id, fields)) return false;
+    CopyToField(nobreak->name, fields[kName]);
+    nobreak->number = static_cast<std::uint32_t>(StrToIntDef(fields[kNumber], -1));
+    nobreak->computer = OwnerIn(fields);
+    return true;
+  });
+}
+
+// ---- Adding ----
+
+int AddBrwsGroup(void* list, BrwsGroupRec const* group, bool maxPlusOne, unsigned long* identifier, bool flush) {
+  if (group == nullptr || !IsName(FieldText(group->name))) return 0;
+  return With<int>(list, [&](BrowseList& l) {
+    Fields const fields = {std::string(FieldText(group->name)), OwnerOrNone(l.groups, group->parent)};
+    return Add(l.groups, fields, maxPlusOne, identifier) && Finish(l, true, flush);
+  });
+}
+
+int AddBrwsComputer(void* list, BrwsComputerRec const* computer, bool maxPlusOne, unsigned long* identifier,
+                    bool flush) {
+  if (computer == nullptr || !IsName(FieldText(computer->name)) || !Holds(FieldText(computer->address))) return 0;
+  return With<int>(list, [&](BrowseList& l) {
+    Fields const fields = FieldsOf(*computer, OwnerOrNone(l.groups, computer->group));
+    return Add(l.computers, fields, maxPlusOne, identifier) && Finish(l, true, flush);
+  });
+}
+
+int AddBrwsNobreak(void* list, BrwsNobreakRec const* nobreak, bool maxPlusOne, unsigned long* identifier, bool flush) {
+  if (nobreak == nullptr || !IsName(FieldText(nobreak->name))) return 0;
+  return With<int>(list, [&](BrowseList& l) {
+    Fields computer;
+    bool const known = l.computers.Find(nobreak->computer, computer);
+    Fields const fields = known ? FieldsOf(*nobreak, std::move(computer[kAddress]), nobreak->computer)
+                                : FieldsOf(*nobreak, kNoAddress, kNone);
+    return Add(l.nobreaks, fields, maxPlusOne, identifier) && Finish(l, known, flush);
+  });
+}
+
+// ---- Changing ----
+
+int EditBrwsGroup(void* list, BrwsGroupRec const* group, bool flush) {
+  if (group == nullptr || !IsName(FieldText(group->name))) return 0;
+  return With<int>(list, [&](BrowseList& l) {
+    if (!l.groups.HasKey(group->id)) return false;
+    Fields const fields = {std::string(FieldText(group->name)), IntToStr(group->parent)};
+    return l.groups.Put(group->id, fields) && Finish(l, true, flush);
+  });
+}
+
+int EditBrwsComputer(void* list, BrwsComputerRec const* computer, bool flush) {
+  if (computer == nullptr || !IsName(FieldText(computer->name)) || !IsName(FieldText(computer->address))) return 0;
+  return With<int>(list, [&](BrowseList& l) {
+    if (!l.computers.HasKey(computer->id)) return false;
+    Fields const fields = FieldsOf(*computer, IntToStr(computer->group));
+    bool written = l.computers.Put(computer->id, fields);
+    if (!written) return false;
+    // A key "-1" does not own the units that belong to no computer.
+    for (std::int32_t const id : computer->id < 0 ? Ids() : l.nobreaks.OwnedBy(computer->id)) {
+      Fields unit;
+      if (!l.nobreaks.Find(id, unit)) continue;
+      unit[kAddress] = fields[kAddress];
+      written = l.nobreaks.Put(id, unit);
+    }
+    return written && Finish(l, true, flush);
+  });
+}
+
+int EditBrwsNobreak(void* list, BrwsNobreakRec const* nobreak, bool flush) {
+  if (nobreak == nullptr || !IsName(FieldText(nobreak->name))) return 0;
+  return With<int>(list, [&](BrowseList& l) {
+    Fields computer;
+    if (!l.nobreaks.HasKey(nobreak->id) || !l.computers.Find(nobreak->computer, computer)) return false;
+    Fields const fields = FieldsOf(*nobreak, std::move(computer[kAddress]), nobreak->computer);
+    return l.nobreaks.Put(nobreak->id, fields) && Finish(l, true, flush);
+  });
+}
+
+// ---- Removing ----
+
+int RemoveBrwsGroup(void* list, long id, bool /*flush*/) {
+  return With<int>(list, [&](BrowseList& l) {
+    return RemoveGroup(l, Id(id)) && RemoveGroupsBelow(l, Id(id)) && Finish(l, true, true);
+  });
+}
+
+int RemoveBrwsComputer(void* list, long id, bool /*flush*/) {
+  return With<int>(list, [&](BrowseList& l) { return RemoveComputers(l, {Id(id)}) && Finish(l, true, true); });
+}
+
+int RemoveBrwsNobreak(void* list, long id, bool flush) {
+  return With<int>(list, [&](BrowseList& l) {
+    Fields old;
+    bool const attached = l.nobreaks.Find(Id(id), old) && OwnerIn(old) >= 0;
+    return l.nobreaks.Remove(Id(id)) && Finish(l, attached, flush);
+  });
+}
+
+int RemoveBrwsGroupByGroup(void* list, long parent, bool flush) {
+  return With<int>(list, [&](BrowseList& l) {
+    bool const any = !l.groups.OwnedBy(Id(parent)).empty();
+    return RemoveGroupsBelow(l, Id(parent)) && Finish(l, true, flush || any);
+  });
+}
+
+int RemoveBrwsComputerByGroup(void* list, long group, bool flush) {
+  return With<int>(list, [&](BrowseList& l) {
+    Ids const ids = l.computers.OwnedBy(Id(group));
+    return RemoveComputers(l, ids) && Finish(l, true, flush || !ids.empty());
+  });
+}
+
+int RemoveBrwsNobreakByComputer(void* list, long computer, bool flush) {
+  return With<int>(list, [&](BrowseList& l) {
+    return RemoveEach(l.nobreaks, l.nobreaks.OwnedBy(Id(computer))) && Finish(l, Id(computer) >= 0, flush);
+  });
+}
+
+int ClearBrwsGroupsList(void* list, bool flush) { return Clear(list, &BrowseList::groups, flush); }
+int ClearBrwsComputersList(void* list, bool flush) { return Clear(list, &BrowseList::computers, flush); }
+int ClearBrwsNobreaksList(void* list, bool flush) { return Clear(list, &BrowseList::nobreaks, flush); }
