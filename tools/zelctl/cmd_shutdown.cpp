@@ -62,8 +62,7 @@ void AddShutdown(CLI::App& app, Terminal& terminal) {
   CLI::App* const family = app.add_subcommand("shutdown", "What this computer does when its UPS orders a shutdown");
   family->footer(
       "The settings lie in upscli.cfg of the installation root or --dir; the language in ~/.zelvane.\n"
-      "In texts marked * the service puts in: %c the computer's name, %i its address, %r the seconds left,\n"
-      "%m the reason.\n\n"
+      "\n"
       "  zelctl shutdown show --utf8\n"
       "  zelctl shutdown set popup=on popupInterval=30 shutMessage='%c stops in %r s: %m'\n"
       "  zelctl shutdown set mailPassword=- < password.txt");
@@ -76,5 +75,7 @@ void AddShutdown(CLI::App& app, Terminal& terminal) {
                      [](char const* directory, void const* record) {
                        return SetShutSrvConfig(directory, static_cast<ShutSrvConfig const*>(record));
                      },
-                     "ZELSRV in [SHUTSRV] is not NAME;ADDRESS;PORT"});
+                     "ZELSRV in [SHUTSRV] is not NAME;ADDRESS;PORT",
+                     "In texts marked * the service puts in: %c the computer's name, %i its address, %r the seconds "
+                     "left,\n%m the reason.\n"});
 }

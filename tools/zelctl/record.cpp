@@ -10,6 +10,7 @@
 #include "latin1.h"
 #include "secret.h"
 #include "zelvane/core/fileutils.h"
+#include "zelvane/core/strutils.h"
 
 namespace {
 
@@ -38,13 +39,13 @@ std::size_t Distance(std::string const& from, std::string const& to) {
   return row.back();
 }
 
-std::size_t FindField(std::vector<Field> const& fields, std::string const& name, Terminal const& terminal) {
+std::size_t FindField(std::vector<Field> const& fields, std::string const& name) {
   auto const found = std::find_if(fields.begin(), fields.end(), [&](Field const& field) { return name == field.name; });
   if (found != fields.end()) return static_cast<std::size_t>(found - fields.begin());
   auto const nearest = std::min_element(fields.begin(), fields.end(), [&](Field const& a, Field const& b) {
     return Distance(name, a.name) < Distance(name, b.name);
   });
-  throw WrongUsage("no field \"" + terminal.Shown(name) + "\"; did you mean " + nearest->name + "?");
+  throw WrongUsage("no field \"" + name + "\"; did you mean " + nearest->name + "?");
 }
 
 std::string TextFault(Field const& field, std::string const& value) {
@@ -87,7 +88,7 @@ Changes ParseChanges(std::vector<Field> const& fields, Arguments const& argument
   for (std::string const& item : arguments.items) {
     std::size_t const equals = item.find('=');
     if (equals == std::string::npos) throw WrongUsage("\"" + item + "\": FIELD=VALUE is wanted");
-    std::size_t const place = FindField(fields, item.substr(0, equals), terminal);
+    std::size_t const place = FindField(fields, item.substr(0, equals));
     Field const& field = fields[place];
     std::string value = item.substr(equals + 1);
     if (field.kind == FieldKind::kPassword && value == "-") value = ReadSecretFromInput();
@@ -165,7 +166,7 @@ void ReadRecord(RecordFamily const& family, std::string const& directory, void* 
 
 void Show(RecordFamily const& family, Arguments const& arguments, Terminal const& terminal) {
   std::vector<std::size_t> places;
-  for (std::string const& name : arguments.items) places.push_back(FindField(family.fields, name, terminal));
+  for (std::string const& name : arguments.items) places.push_back(FindField(family.fields, name));
   RequireDirectory(arguments.directory);
   for (std::string const& file : family.files(arguments.directory)) {
     FileState const state = InspectFile(file);
@@ -222,10 +223,11 @@ std::string Limits(Field const& field) {
 std::string FieldList(std::vector<Field> const& fields) {
   std::string list = "Fields:\n";
   for (Field const& field : fields) {
-    std::string const name = field.name;
-    std::string const limits = Limits(field);
-    list += "  " + name + std::string(name.size() < 18 ? 18 - name.size() : 0, ' ') + "  " + limits +
-            std::string(limits.size() < 27 ? 27 - limits.size() : 0, ' ') + "  " + field.meaning + "\n";
+    list += "  ";
+    list += FillRight(field.name, 20, ' ');
+    list += FillRight(Limits(field), 29, ' ');
+    list += field.meaning;
+    list += '\n';
   }
   return list;
 }
@@ -246,7 +248,7 @@ void AddSet(CLI::App* family, Terminal& terminal, std::shared_ptr<RecordFamily c
                 "Save even if a line of the file is a syntax error and those below are lost");
   bool const hasPassword = std::any_of(record->fields.begin(), record->fields.end(),
                                        [](Field const& field) { return field.kind == FieldKind::kPassword; });
-  std::string footer = FieldList(record->fields) +
+  std::string footer = FieldList(record->fields) + record->notes +
                        "Texts cannot hold '[', ']', line feeds or blanks at either end: the file does not keep them.\n";
   if (hasPassword) {
     set->add_option("--password-file", arguments->passwordFile, "Take the password from the first line of FILE")
@@ -270,6 +272,7 @@ void AddRecordCommands(CLI::App* family, Terminal& terminal, RecordFamily const&
   AddDirectory(show, *arguments);
   AddShowPassword(show, terminal);
   show->add_option("FIELD", arguments->items, "Fields to show")->type_name("");
+  show->footer(record->notes);
   show->callback([record, arguments, &terminal] { Show(*record, *arguments, terminal); });
 
   AddSet(family, terminal, record);

@@ -90,6 +90,7 @@ struct RecordFamily {
   int (*defaults)(void* record);
   int (*write)(char const* directory, void const* record);
   char const* readFault;  // what it means when `read` fails
+  char const* notes;      // lines for the help of `show` and `set`
 };
 
 // Adds `show`, `set` and `defaults`.
