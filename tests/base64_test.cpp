@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "support/scratch.h"
+#include "support/slot.h"
 
 namespace {
 bool g_noMemory = false;
@@ -30,6 +31,7 @@ void* operator new[](std::size_t size, std::nothrow_t const&) noexcept {
 namespace {
 
 using test::Scratch;
+using test::Slot;
 
 using Call = std::tuple<unsigned long, unsigned long, unsigned, bool>;  // consumed, total, percent, finished
 
@@ -106,14 +108,6 @@ class Recorder : public ProgressClass {
   ClassBase64* expected = nullptr;
   mutable std::vector<Call> calls;
 };
-
-// The slot of a virtual operation: a pointer to a virtual member begins with 1 + its offset in the table on x86.
-template <class Member>
-size_t Slot(Member member) {
-  size_t first = 0;
-  memcpy(&first, &member, sizeof first);
-  return (first - 1) / sizeof(void*);
-}
 
 // ---- Layout ----
 
@@ -228,7 +222,8 @@ TEST(Base64, AgreesWithTheNaiveCodecInBytesAndCalls) {
     EncodeBase64 encoder;
     recorder.expected = &encoder;
     encoder.SetProgress(watched ? &recorder : nullptr);
-    ASSERT_TRUE(encoder.LoadFromBuf(bytes.data(), bytes.size()));
+    std::vector<char> const exact(bytes.begin(), bytes.end());  // without a NUL behind it
+    ASSERT_TRUE(encoder.LoadFromBuf(exact.data(), exact.size()));
     std::vector<Call> calls;
     std::string text = NaiveEncode(bytes, calls);
     ASSERT_EQ(text, Result(encoder)) << "round " << round;
@@ -366,6 +361,10 @@ TEST(Base64, RefusedLoadsKeepTheOldResultAndFailedOnesDoNot) {
   EXPECT_FALSE(codec.LoadFromFile(scratch.Write("empty", "")));
   EXPECT_FALSE(codec.LoadFromFile(scratch.Path()));
   EXPECT_FALSE(codec.LoadFromFile("/dev/zero"));
+  int pipeEnds[2];
+  ASSERT_TRUE(pipe(pipeEnds) == 0 && write(pipeEnds[1], "foo", 3) == 3 && close(pipeEnds[1]) == 0);
+  EXPECT_FALSE(codec.LoadFromFile("/dev/fd/" + std::to_string(pipeEnds[0])));
+  close(pipeEnds[0]);
   EXPECT_FALSE(codec.EncodeDecodeFunction(nullptr, 3));
   EXPECT_FALSE(codec.EncodeDecodeFunction("foo", 0));
   EXPECT_EQ("Zm9v", Result(codec));

@@ -7,6 +7,7 @@
 #include <sys/utsname.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdint>
 #include <cstdlib>
@@ -372,10 +373,13 @@ TEST(Ticks, DelaysLastAtLeastAsLongAsAsked) {
     long least;
   };
   for (Row const& row : std::vector<Row>{{Delay, 0, 1000}, {Delay, 3, 3000}, {usDelay, 0, 1}, {usDelay, 2500, 2500}}) {
-    auto const start = std::chrono::steady_clock::now();
-    row.wait(row.time);
-    auto const past = std::chrono::steady_clock::now() - start;
-    EXPECT_GE(std::chrono::duration_cast<std::chrono::microseconds>(past).count(), row.least) << row.time;
+    auto shortest = std::chrono::steady_clock::duration::max();  // of several: a busy machine prolongs a short sleep
+    for (int i = 0; i < 20; i++) {
+      auto const start = std::chrono::steady_clock::now();
+      row.wait(row.time);
+      shortest = std::min(shortest, std::chrono::steady_clock::now() - start);
+    }
+    EXPECT_GE(std::chrono::duration_cast<std::chrono::microseconds>(shortest).count(), row.least) << row.time;
   }
   Delay(4294968);  // 32 bits of microseconds: wraps to less than one millisecond, not more than an hour
 }
