@@ -35,9 +35,7 @@ struct Row {
   std::string fileName;
 };
 
-std::string Fixture(char const* name) {
-  return test::ReadFile(std::string(ZELVANE_FIXTURES "/ps/") + name);
-}
+std::string Fixture(char const* name) { return test::ReadFile(std::string(ZELVANE_FIXTURES "/ps/") + name); }
 
 void ExpectTable(ProcManager& table, std::vector<Row> const& rows) {
   EXPECT_EQ(table.GetProcCount(), rows.size());

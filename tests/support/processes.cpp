@@ -1,8 +1,10 @@
 #include "support/processes.h"
 
 #include <errno.h>
+#include <sched.h>
 #include <signal.h>
 #include <stdlib.h>
+#include <sys/mount.h>
 #include <sys/prctl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -78,6 +80,41 @@ Environment::~Environment() {
     setenv(name_.c_str(), old_.c_str(), 1);
   else
     unsetenv(name_.c_str());
+}
+
+namespace {
+
+bool HideFolders() {
+  std::string const user = std::to_string(geteuid());
+  std::string const group = std::to_string(getegid());
+  bool const root = user == "0";
+  if (unshare(CLONE_NEWNS | (root ? 0 : CLONE_NEWUSER)) != 0) return false;
+  if (!root) {
+    // A user who is to own new files must be known in there.
+    WriteFile("/proc/self/setgroups", "deny");
+    WriteFile("/proc/self/uid_map", "0 " + user + " 1");
+    WriteFile("/proc/self/gid_map", "0 " + group + " 1");
+  }
+  return mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+         mount("none", "/etc", "tmpfs", 0, nullptr) == 0 && mount("none", "/usr/local", "tmpfs", 0, nullptr) == 0;
+}
+
+}  // namespace
+
+std::optional<bool> InChildWithEmptyFolders(std::function<bool()> const& body) {
+  pid_t const child = fork();
+  if (child == 0) {
+    bool hidden = false;
+    try {
+      hidden = HideFolders();
+    } catch (std::runtime_error const&) {
+    }
+    _exit(!hidden ? 2 : body() ? 0 : 1);
+  }
+  int status = -1;
+  waitpid(child, &status, 0);
+  if (WIFEXITED(status) && WEXITSTATUS(status) == 2) return std::nullopt;
+  return WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
 FakePs::FakePs(std::string const& body) : path_("PATH", Path("only")) {

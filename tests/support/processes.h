@@ -6,6 +6,7 @@
 #include <sys/types.h>
 
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "support/scratch.h"
@@ -69,6 +70,10 @@ class FakePs : public Scratch {
  private:
   Environment path_;
 };
+
+// Runs `body` in a child process that finds /etc and /usr/local empty, and may fill them: nobody else sees it. What it
+// returned there; nothing where the system does not allow such a child.
+std::optional<bool> InChildWithEmptyFolders(std::function<bool()> const& body);
 
 }  // namespace test
 

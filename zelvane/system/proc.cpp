@@ -36,9 +36,7 @@ int PriorityOfNice(long nice) {
 }
 
 // Only such an id means one process.
-bool IsProcessId(unsigned long id) {
-  return id >= 1 && id <= INT32_MAX;
-}
+bool IsProcessId(unsigned long id) { return id >= 1 && id <= INT32_MAX; }
 
 // Takes the next field off the front of `rest`.
 std::string NextField(std::string_view& rest) {
@@ -49,9 +47,7 @@ std::string NextField(std::string_view& rest) {
 }
 
 // A negative number wraps to 32 bits, and is no process id then.
-unsigned long IdOf(std::string const& field) {
-  return static_cast<std::uint32_t>(StrToIntDef(field, 0));
-}
+unsigned long IdOf(std::string const& field) { return static_cast<std::uint32_t>(StrToIntDef(field, 0)); }
 
 // A command that is being read. "e": programs that other threads start meanwhile do not inherit its descriptor.
 class CommandPipe {
@@ -113,9 +109,7 @@ void PsOutput::Take(std::string_view bytes) {
   }
 }
 
-void PsOutput::Finish() {
-  EndLine();
-}
+void PsOutput::Finish() { EndLine(); }
 
 void PsOutput::EndLine() {
   if (std::optional<ProcClass> entry = ParsePsLine(line_)) table_.push_back(std::move(*entry));
@@ -139,9 +133,7 @@ bool ProcClass::Kill() {
   return true;
 }
 
-int ProcClass::GetPriority() {
-  return priority_;
-}
+int ProcClass::GetPriority() { return priority_; }
 
 bool ProcClass::SetPriority(int level) {
   if (level < 0 || level > 3) level = kNormalPriority;
@@ -151,21 +143,13 @@ bool ProcClass::SetPriority(int level) {
   return true;
 }
 
-std::string ProcClass::GetName() {
-  return name_;
-}
+std::string ProcClass::GetName() { return name_; }
 
-std::string ProcClass::GetFileName() {
-  return fileName_;
-}
+std::string ProcClass::GetFileName() { return fileName_; }
 
-unsigned long ProcClass::GetPID() {
-  return pid_;
-}
+unsigned long ProcClass::GetPID() { return pid_; }
 
-unsigned long ProcClass::GetPPID() {
-  return ppid_;
-}
+unsigned long ProcClass::GetPPID() { return ppid_; }
 
 // ---- The table ----
 
@@ -178,9 +162,7 @@ bool ProcManager::Update() {
   return read;
 }
 
-void ProcManager::Clear() {
-  table_.clear();
-}
+void ProcManager::Clear() { table_.clear(); }
 
 unsigned long ProcManager::GetProcCount() {
   if (table_.empty()) Update();
@@ -213,19 +195,13 @@ ProcClass* ProcManager::GetProcByPID(unsigned long pid) {
   return nullptr;
 }
 
-bool ProcManager::IsRunning(char const* name) {
-  return GetProcByName(name) != nullptr;
-}
+bool ProcManager::IsRunning(char const* name) { return GetProcByName(name) != nullptr; }
 
-bool ProcManager::IsRunning(unsigned long pid) {
-  return GetProcByPID(pid) != nullptr;
-}
+bool ProcManager::IsRunning(unsigned long pid) { return GetProcByPID(pid) != nullptr; }
 
 // ---- New processes ----
 
-bool ProcManager::CreateNew(char const* command) {
-  return command != nullptr && CreateNew(command, 1);
-}
+bool ProcManager::CreateNew(char const* command) { return command != nullptr && CreateNew(command, 1); }
 
 bool ProcManager::CreateNew(char const* command, unsigned long detach) {
   if (command == nullptr) return false;
@@ -238,9 +214,7 @@ bool ProcManager::CreateNew(char const* command, unsigned long detach) {
   return false;
 }
 
-bool ProcManager::CreateNewAndWait(char const* command, long timeout) {
-  return CreateNewAndWait(command, timeout, 0);
-}
+bool ProcManager::CreateNewAndWait(char const* command, long timeout) { return CreateNewAndWait(command, timeout, 0); }
 
 bool ProcManager::CreateNewAndWait(char const* command, long, unsigned long) {
   return command != nullptr && CreateNew(command);
@@ -248,15 +222,9 @@ bool ProcManager::CreateNewAndWait(char const* command, long, unsigned long) {
 
 // ---- Twins ----
 
-ProcClass* ProcManager::GetProcByName(std::string const& name) {
-  return GetProcByName(name.c_str());
-}
-bool ProcManager::IsRunning(std::string const& name) {
-  return IsRunning(name.c_str());
-}
-bool ProcManager::CreateNew(std::string const& command) {
-  return CreateNew(command.c_str());
-}
+ProcClass* ProcManager::GetProcByName(std::string const& name) { return GetProcByName(name.c_str()); }
+bool ProcManager::IsRunning(std::string const& name) { return IsRunning(name.c_str()); }
+bool ProcManager::CreateNew(std::string const& command) { return CreateNew(command.c_str()); }
 bool ProcManager::CreateNew(std::string const& command, unsigned long detach) {
   return CreateNew(command.c_str(), detach);
 }

@@ -17,9 +17,7 @@ namespace {
 constexpr long kNoLimit = -1;
 constexpr unsigned long kKillPause = 200;  // milliseconds
 
-SvcManager* Manager(void* handle) {
-  return static_cast<SvcManager*>(handle);
-}
+SvcManager* Manager(void* handle) { return static_cast<SvcManager*>(handle); }
 
 // What `action` makes of the service; false when there is none.
 template <class Action>
@@ -94,13 +92,9 @@ bool CreateNewProc(char const* command, long timeout) {
   return command != nullptr && Guard(false, [&] { return ProcManager().CreateNewAndWait(command, timeout); });
 }
 
-bool GetProcAuto(char const*, int*) {
-  return false;
-}
+bool GetProcAuto(char const*, int*) { return false; }
 
-bool SetProcAuto(char const*, int) {
-  return false;
-}
+bool SetProcAuto(char const*, int) { return false; }
 
 bool AlreadyRunning(void) {
   return Guard(false, [] {

@@ -4,6 +4,7 @@
 #include <errno.h>
 #include <stdlib.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 
 #include <algorithm>
 #include <iterator>
@@ -51,10 +52,13 @@ std::string ShellQuoted(std::string const& text) {
 }
 
 // Whether the script was run, however it ended. Where the host ignores SIGCHLD the status is lost (ECHILD), but the
-// script did run.
+// script did run. Status 127 may be the script's own, or the C library's word for a shell that could not be started.
 bool Run(std::string const& script, char const* action) {
   std::string const command = ShellQuoted(script) + " " + action;
-  return system(command.c_str()) != -1 || errno == ECHILD;
+  int const status = system(command.c_str());
+  if (status == -1) return errno == ECHILD;
+  bool const unclear = WIFEXITED(status) && WEXITSTATUS(status) == 127;
+  return !unclear || system(nullptr) != 0;
 }
 
 // The names of all processes, to be asked for many services at once.
@@ -152,29 +156,17 @@ bool SvcClass::Restart(long, long) {
   });
 }
 
-std::string SvcClass::GetName() const {
-  return name_;
-}
+std::string SvcClass::GetName() const { return name_; }
 
-std::string SvcClass::GetDisplayName() const {
-  return name_;
-}
+std::string SvcClass::GetDisplayName() const { return name_; }
 
-std::string SvcClass::GetFileName() const {
-  return fileName_;
-}
+std::string SvcClass::GetFileName() const { return fileName_; }
 
-std::string SvcClass::GetDescription() const {
-  return description_;
-}
+std::string SvcClass::GetDescription() const { return description_; }
 
-bool SvcClass::IsRunning() const {
-  return running_;
-}
+bool SvcClass::IsRunning() const { return running_; }
 
-bool SvcClass::GetAutomatic() const {
-  return automatic_;
-}
+bool SvcClass::GetAutomatic() const { return automatic_; }
 
 bool SvcClass::GetAutomatic(int level) const {
   if (level < 0) return automatic_;
@@ -187,9 +179,7 @@ bool SvcClass::SetAutomatic(bool on) {
   return true;
 }
 
-bool SvcClass::SetAutomatic(int level, bool) {
-  return level < static_cast<int>(std::size(automaticInLevel_));
-}
+bool SvcClass::SetAutomatic(int level, bool) { return level < static_cast<int>(std::size(automaticInLevel_)); }
 
 // ---- The table ----
 
@@ -237,9 +227,7 @@ bool SvcManager::Update() {
   return system || local;
 }
 
-void SvcManager::Clear() {
-  table_.clear();
-}
+void SvcManager::Clear() { table_.clear(); }
 
 unsigned long SvcManager::GetSvcCount() {
   if (table_.empty()) Update();
@@ -267,9 +255,5 @@ bool SvcManager::IsRunning(char const* name) {
 
 // ---- Twins ----
 
-SvcClass* SvcManager::GetSvcByName(std::string const& name) {
-  return GetSvcByName(name.c_str());
-}
-bool SvcManager::IsRunning(std::string const& name) {
-  return IsRunning(name.c_str());
-}
+SvcClass* SvcManager::GetSvcByName(std::string const& name) { return GetSvcByName(name.c_str()); }
+bool SvcManager::IsRunning(std::string const& name) { return IsRunning(name.c_str()); }
