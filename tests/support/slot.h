@@ -1,17 +1,18 @@
-// Where a virtual operation stands: callers built against an older library find it by its place.
+// Where a virtual operation stands in its class's table, which is part of the interface.
 #ifndef ZELVANE_TESTS_SUPPORT_SLOT_H
 #define ZELVANE_TESTS_SUPPORT_SLOT_H
 
-#include <string.h>
+#include <cstddef>
+#include <cstring>
 
 namespace test {
 
-// From 0; a destructor takes two. A pointer to a virtual member begins with 1 + its offset in the table, on x86.
+// A pointer to a virtual member begins with 1 + its offset in the table on x86. A destructor takes two slots.
 template <class Member>
-size_t Slot(Member member) {
-  size_t first = 0;
-  memcpy(&first, &member, sizeof first);
-  return (first - 1) / sizeof(void*);
+std::size_t Slot(Member member) {
+  std::size_t offset = 0;
+  std::memcpy(&offset, &member, sizeof offset);
+  return (offset - 1) / sizeof(void*);
 }
 
 }  // namespace test
