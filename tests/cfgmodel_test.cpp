@@ -241,16 +241,7 @@ TEST(CfgModel, AddressingByNumber) {
     }
     if (i % 8 == 0) check(random() % (keys.size() + 2));
   }
-  for (unsigned long n = 0; n <= keys.size(); n += 7) check(n);
-  for (unsigned long n = keys.size() + 1; n-- > 0;)
-    if (n % 5 == 0) check(n);
-  while (!keys.empty()) {
-    unsigned long const n = random() % keys.size();
-    ASSERT_TRUE(cfg.DeleteKey(n));
-    keys.erase(std::next(keys.begin(), static_cast<long>(n)));
-    if (keys.size() % 50 == 0) check(keys.size() / 2);
-  }
-  EXPECT_EQ(cfg.GetKeyCount(), 0u);
+  for (unsigned long n = keys.size() + 1; n-- > 0;) check(n);
 }
 
 }  // namespace
