@@ -1,5 +1,7 @@
 // Processes that a test starts, each under a name that no other process of the machine has, and a `ps` of its own.
-// Nothing here or in the tests signals a process that the test has not started.
+//
+// The test program has a kill() of its own, which the library finds before the C library's: signals go to the test's
+// own children only. A fault in the library must not reach anybody else's process, least of all as kill(-1) by root.
 #ifndef ZELVANE_TESTS_SUPPORT_PROCESSES_H
 #define ZELVANE_TESTS_SUPPORT_PROCESSES_H
 
@@ -8,6 +10,8 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "support/scratch.h"
 
@@ -21,6 +25,9 @@ bool Eventually(std::function<bool()> const& condition);
 
 // The command name that the system shows for the process; "" when there is no such process.
 std::string CommandName(pid_t id);
+
+// The calls of kill() since the last time, as process id and signal, whether or not they were let through.
+std::vector<std::pair<pid_t, int>> TakeSignals();
 
 // True when this process has no child, running or finished.
 bool NoChild();
