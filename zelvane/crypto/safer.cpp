@@ -56,10 +56,12 @@ constexpr std::uint64_t LateKey(int value, Column const& c) { return TimesForLat
 // What two complemented columns, those of bytes 0 and 3, lack when deciphering.
 constexpr std::uint64_t kDecodeLack = Lanes(0, 2, 2, 0);
 
-// Multiples of 256 that keep every lane of the two differences in a deciphering round from going below zero. A half of
-// the matrix comes to 5 * 255 at most.
-constexpr std::uint64_t kFirstReserve = kOne * 256 * 15;
-constexpr std::uint64_t kSecondReserve = kOne * 256 * 10;
+// Multiples of 256 that keep every lane of the two differences in a deciphering round from going below zero.
+constexpr int kFirstReserve = 15 * 256;
+constexpr int kSecondReserve = 10 * 256;
+constexpr int kMostInLane = 5 * 255;  // four table entries and a key
+static_assert(0 + kFirstReserve >= kMostInLane + kSecondReserve, "the first difference");
+static_assert(0 + kSecondReserve >= kMostInLane + kFirstReserve - kSecondReserve, "the second difference");
 
 struct Tables {
   unsigned char exp[256];
@@ -275,8 +277,8 @@ void SaferArrange(SaferContext const& context, SaferSchedule& schedule) {
     std::uint64_t const d1 = Lanes(0, -k[3], 0, -k[7]);
     e.add[0] = (e.add[0] + e0 + (kOne * 256 - e1)) & kLow;
     e.add[1] = (e.add[1] + 2 * e1 + (kOne * 256 - e0)) & kLow;
-    d.add[0] = ((d.add[0] + 2 * d0 + d1) & kLow) + kFirstReserve;
-    d.add[1] = ((d.add[1] + d0 + d1) & kLow) + kSecondReserve;
+    d.add[0] = ((d.add[0] + 2 * d0 + d1) & kLow) + kOne * kFirstReserve;
+    d.add[1] = ((d.add[1] + d0 + d1) & kLow) + kOne * kSecondReserve;
   }
 }
 
