@@ -37,19 +37,22 @@ void Hash_MD4::Calc(void* data, long length) {
   if (data == nullptr || length <= 0) return;
   auto const* bytes = static_cast<unsigned char const*>(data);
   auto left = static_cast<std::size_t>(length);
-  std::size_t taken = count_ % sizeof block_;
+  std::size_t const taken = count_ % sizeof block_;
   count_ += static_cast<std::uint32_t>(left);
-  // Whole blocks are copied too: a Transform may read its block as words, and the data can lie at an odd address.
-  while (left > 0) {
+  if (taken > 0) {
     std::size_t const piece = std::min(left, sizeof block_ - taken);
     std::memcpy(block_ + taken, bytes, piece);
+    if (taken + piece < sizeof block_) return;
+    Transform(reinterpret_cast<long*>(block_));
     bytes += piece;
     left -= piece;
-    taken += piece;
-    if (taken < sizeof block_) return;
-    Transform(reinterpret_cast<long*>(block_));
-    taken = 0;
   }
+  // Whole blocks are copied too: a Transform may read its block as words, and the data can lie at an odd address.
+  for (; left >= sizeof block_; bytes += sizeof block_, left -= sizeof block_) {
+    std::memcpy(block_, bytes, sizeof block_);
+    Transform(reinterpret_cast<long*>(block_));
+  }
+  std::memcpy(block_, bytes, left);
 }
 
 void Hash_MD4::Done() {
