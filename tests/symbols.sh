@@ -7,7 +7,7 @@ list=$(dirname "$0")/../abi/symbols.txt
 exported() { nm -D --defined-only "$1" | awk '$2 != "A" {print $3}' | LC_ALL=C sort; }
 if [ "${2:-}" = --update ]; then
   exported "$1" >"$list"
-elif ! difference=$(diff -u "$list" <(exported "$1")); then
+elif ! difference=$(diff -u "$list" <(exported "$1") 2>&1); then
   printf 'exported names differ from abi/symbols.txt (- lost, + new):\n%s\n' "$difference"
   exit 1
 fi
