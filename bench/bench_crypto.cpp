@@ -1,5 +1,5 @@
 // RIPEMD-256 and the SAFER variants beside libtomcrypt and Crypto++, from whole messages and buffers to whole results.
-// Keys are set beforehand. Every program first makes sure that all three compute the same.
+// Keys are set beforehand. Each measurement first makes sure that its results are ours.
 #include <benchmark/benchmark.h>
 #include <crypto++/modes.h>
 #include <crypto++/ripemd.h>
@@ -8,8 +8,7 @@
 #include <tomcrypt.h>
 #undef byte
 
-#include <cstdio>
-#include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <string>
 #include <vector>
