@@ -405,6 +405,17 @@ TEST(SvcStop, SurvivorsAreKilled) {
   }
 }
 
+TEST(SvcStop, SurvivorThatCannotBeKilled) {
+  Services services;
+  services.Add("upssrv");
+  test::FakePs const ps("4294967295 1 0 upssrv upssrv\n", 0);
+  SvcClass* const service = services.GetSvcByName("upssrv");
+  ASSERT_NE(service, nullptr);
+  EXPECT_FALSE(service->Stop(-1));
+  EXPECT_TRUE(service->IsRunning());
+  EXPECT_EQ(services.Log(), "stop\n");
+}
+
 TEST(SvcStop, NothingRunsAndNoScript) {
   Services services;
   std::string const name = UniqueName();
@@ -484,10 +495,10 @@ TEST(SvcClass, ScriptWithADaemon) {
     EXPECT_TRUE(service->Restart(-1, -1));
     pid_t const second = id();
     EXPECT_NE(first, second);
-    EXPECT_EQ(waitpid(first, nullptr, 0), first);
+    EXPECT_EQ(test::EndingSignal(first), SIGTERM);
     EXPECT_TRUE(service->Stop(-1));
     EXPECT_FALSE(service->IsRunning());
-    EXPECT_EQ(waitpid(second, nullptr, 0), second);
+    EXPECT_GT(test::EndingSignal(second), 0);
     EXPECT_EQ(services.Log(), "start\nrestart\nstop\n");
   }
   EXPECT_EQ(OpenDescriptors(), descriptors);

@@ -82,10 +82,15 @@ bool Sleeper::IsAlive() const {
   return waitid(P_PID, static_cast<id_t>(id_), &child, WEXITED | WNOHANG | WNOWAIT) == 0 && child.si_pid == 0;
 }
 
-int Sleeper::EndingSignal() {
+int Sleeper::EndingSignal() { return test::EndingSignal(std::exchange(id_, -1)); }
+
+int EndingSignal(pid_t child) {
   int status = 0;
-  waitpid(id_, &status, 0);
-  id_ = -1;
+  if (!Eventually([&] { return waitpid(child, &status, WNOHANG) != 0; })) {
+    kill(child, SIGKILL);
+    waitpid(child, &status, 0);
+    return 0;
+  }
   return WIFSIGNALED(status) ? WTERMSIG(status) : -1;
 }
 

@@ -32,6 +32,10 @@ std::vector<std::pair<pid_t, int>> TakeSignals();
 // True when this process has no child, running or finished.
 bool NoChild();
 
+// Waits for the end of a child and gives the signal that brought it about; -1 for another end. One that does not end is
+// killed, and gives 0.
+int EndingSignal(pid_t child);
+
 // A process of that program name, running until it is killed, at the latest with the object or its thread.
 class Sleeper {
  public:
@@ -43,7 +47,6 @@ class Sleeper {
   pid_t Id() const { return id_; }
   std::string CommandLine() const { return program_ + " 300"; }
   bool IsAlive() const;
-  // Waits for its end, which somebody has brought about, and gives the signal that did.
   int EndingSignal();
 
  private:
