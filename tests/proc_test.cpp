@@ -8,6 +8,8 @@
 #include <sys/time.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -151,6 +153,7 @@ TEST(ProcTable, ThisMachine) {
 }
 
 TEST(ProcTable, WhenPsCannotBeRun) {
+  int const descriptors = OpenDescriptors();
   struct {
     char const* output;
     int status;
@@ -177,6 +180,8 @@ TEST(ProcTable, WhenPsCannotBeRun) {
   EXPECT_FALSE(table.Update());
   EXPECT_EQ(table.GetProcCount(), 0u);
   EXPECT_EQ(table.GetProcByName("sh"), nullptr);
+  EXPECT_EQ(OpenDescriptors(), descriptors);
+  EXPECT_TRUE(NoChild());
 }
 
 TEST(ProcTable, WhenThereIsNoPipe) {
@@ -226,18 +231,6 @@ TEST(ProcTable, HostThatIgnoresItsChildren) {
     return table.Update() && table.IsRunning(static_cast<unsigned long>(getpid())) && NoChild() &&
            signal(SIGCHLD, SIG_DFL) == SIG_IGN;
   }));
-}
-
-TEST(ProcTable, NothingIsLeftBehind) {
-  int const descriptors = OpenDescriptors();
-  {
-    ProcManager table;
-    for (int i = 0; i < 3; i++) EXPECT_TRUE(table.Update());
-    FakePs const ps("", 127);
-    EXPECT_FALSE(table.Update());
-  }
-  EXPECT_EQ(OpenDescriptors(), descriptors);
-  EXPECT_TRUE(NoChild());
 }
 
 // ---- Finding ----
@@ -362,7 +355,8 @@ TEST(Proc, Kill) {
 TEST(Proc, OnlyOneProcessIsEverMeant) {
   Sleeper const sleeper(UniqueName());
   unsigned long const id = static_cast<unsigned long>(sleeper.Id());
-  std::vector<unsigned long> wrong = {0, 2147483648ul, 4294967295ul, 4294967296ul - id, 0ul - id, ULONG_MAX};
+  std::vector<unsigned long> wrong = {0,      2147483648ul, 4294967295ul, static_cast<std::uint32_t>(0 - id),
+                                      0 - id, ULONG_MAX};
   if (sizeof(long) > 4) wrong.push_back((ULONG_MAX << 31 << 1) + id);
   test::TakeSignals();
   for (unsigned long const pid : wrong) {
@@ -442,15 +436,11 @@ TEST(ProcCreate, Session) {
 TEST(ProcCreate, NothingIsWaitedFor) {
   Scratch const scratch;
   std::string const wait = "cd '" + scratch.Path() + "'; until [ -e go ]; do sleep 0.01; done; echo >done";
-  for (long const timeout : {-1L, 0L, 1L, 10000L}) {
-    ASSERT_TRUE(ProcManager().CreateNewAndWait(wait, timeout));
-    EXPECT_FALSE(scratch.Exists("done")) << timeout;
-    scratch.Write("go", "");
-    EXPECT_TRUE(Eventually([&] { return scratch.Exists("done"); })) << timeout;
-    EXPECT_GT(waitpid(-1, nullptr, 0), 0);
-    unlink(scratch.Path("go").c_str());
-    unlink(scratch.Path("done").c_str());
-  }
+  ASSERT_TRUE(ProcManager().CreateNewAndWait(wait, 10000));
+  EXPECT_FALSE(scratch.Exists("done"));
+  scratch.Write("go", "");
+  EXPECT_TRUE(Eventually([&] { return scratch.Exists("done"); }));
+  EXPECT_GT(waitpid(-1, nullptr, 0), 0);
 }
 
 // A command longer than the system takes: the child comes back with false, the caller has true.

@@ -16,6 +16,7 @@
 #include "support/child.h"
 #include "support/processes.h"
 #include "support/scratch.h"
+#include "support/services.h"
 #include "support/slot.h"
 
 namespace {
@@ -24,30 +25,9 @@ using test::InChild;
 using test::NoChild;
 using test::OpenDescriptors;
 using test::Scratch;
+using test::Services;
 using test::Sleeper;
 using test::UniqueName;
-
-// Services of a scratch folder in the place of the system's. The scripts append their arguments to the file "log".
-class Services : public SvcManager {
- public:
-  bool GetDaemonInfo(std::string const& dir) override {
-    return dir == "/etc/init.d/" && SvcManager::GetDaemonInfo(scratch.Path("init.d/"));
-  }
-  // A script that may be executed as `mode` says.
-  void Add(std::string const& file, std::string const& body = "", mode_t mode = 0755) {
-    unlink(scratch.Path("init.d/" + file).c_str());  // one that this user may not write
-    std::string const path =
-        scratch.Write("init.d/" + file, "#!/bin/sh\ncd '" + scratch.Path() + "'\necho \"$@\" >>log\n" + body);
-    chmod(path.c_str(), mode);
-  }
-  // What the scripts were called with since the last time.
-  std::string Log() {
-    std::string const log = scratch.Exists("log") ? scratch.Read("log") : "";
-    unlink(scratch.Path("log").c_str());
-    return log;
-  }
-  Scratch scratch;
-};
 
 std::string Names(SvcManager& services) {
   std::string names;
