@@ -29,6 +29,7 @@ namespace {
 constexpr std::uint32_t kMost = std::numeric_limits<std::uint32_t>::max();
 constexpr std::uint64_t kStampSize = 4;
 constexpr std::uint64_t kCopyBlock = 65536;
+constexpr std::uint64_t kPage = 4096;
 
 // The length of a record, or 0 when it would not fit into 32 bits.
 std::uint64_t RecordLength(unsigned long size) { return size > kMost - kStampSize ? 0 : size + kStampSize; }
@@ -40,50 +41,73 @@ std::uint64_t WholeRecords(std::uint64_t bytes, unsigned long size) {
 
 Descriptor OpenToRead(std::string const& path) { return Open(path.c_str(), O_RDONLY | O_NONBLOCK); }
 
-// Before a record goes into a file in which none were found. That is settled again on the open file: it may have been
-// unreadable only for a moment, or another program may have written the first record since. Only what is damaged beyond
-// doubt is emptied, and only once its bytes are safe. It takes two looks: a record that another program is just writing
-// across two pages can be seen by its first half.
-bool MakeSound(Descriptor const& file, std::string const& path, unsigned long size) {
-  for (int look = 0; look < 2; look++) {
-    if (look > 0) Delay(0);
-    struct stat status;
-    if (fstat(file.Get(), &status) != 0) return false;
-    if (!S_ISREG(status.st_mode) || status.st_size == 0) return true;
-    if (WholeRecords(static_cast<std::uint64_t>(status.st_size), size) > 0) return true;
-  }
-  return zelvane::internal::KeepAside(path, ".bad") && ftruncate(file.Get(), 0) == 0;
-}
-
-// Copies what follows the one position to the other, up to the end; the number of bytes, or -1 on failure.
-off_t CopyRest(Descriptor const& from, Descriptor const& to, std::vector<char>& block) {
-  off_t copied = 0;
-  ssize_t got = 0;
-  do {
-    Delay(0);
-    got = ReadBlock(from.Get(), block.data(), block.size());
-    if (got < 0 || !WriteAll(to.Get(), block.data(), static_cast<size_t>(got))) return -1;
-    copied += got;
-  } while (got == static_cast<ssize_t>(block.size()));
-  return copied;
-}
-
 bool Seek(Descriptor const& file, std::uint64_t position) {
   return lseek(file.Get(), static_cast<off_t>(position), SEEK_SET) >= 0;
 }
 
-// Cuts the first `drop` records off `path`. The log is overwritten in whole records: truncating it first would leave a
-// moment in which a kill loses everything.
-bool Cut(std::string const& path, std::string const& scratchPath, std::uint64_t drop, std::uint64_t recordLength) {
+// The length of a file that ends in a part of a record; 0 for any other.
+off_t TornLength(Descriptor const& file, unsigned long size) {
+  struct stat status;
+  if (fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode)) return 0;
+  return WholeRecords(static_cast<std::uint64_t>(status.st_size), size) > 0 ? 0 : status.st_size;
+}
+
+// Before a record goes into a file in which none were found. That is settled again on the open file: it may have been
+// unreadable only for a moment, or another program may have written the first record since. Only what is damaged beyond
+// doubt is emptied, and only once its bytes are safe.
+bool MakeSound(Descriptor const& file, std::string const& path, unsigned long size) {
+  if (TornLength(file, size) == 0) return true;
+  // A record that another program is just writing across two pages can be seen by its first half, for as long as that
+  // program waits for the processor. Setting the file's time, which the new record does anyway, waits for such a write.
+  futimens(file.Get(), nullptr);
+  off_t const torn = TornLength(file, size);
+  if (torn == 0) return true;
+  if (!zelvane::internal::KeepAside(path, ".bad")) return false;
+  return TornLength(file, size) != torn || ftruncate(file.Get(), 0) == 0;
+}
+
+// Writes whole records of `length` bytes at position `at`. A kill ends a write between two pages of the file, so each
+// write keeps to the records of one page; what remains is the one record that may lie across its end.
+bool WriteRecords(Descriptor const& to, std::uint64_t at, char const* bytes, std::uint64_t size, std::uint64_t length) {
+  while (size > 0) {
+    std::uint64_t const room = kPage - at % kPage;
+    std::uint64_t const piece = std::min(size, std::max<std::uint64_t>(room / length, 1) * length);
+    if (!WriteAll(to.Get(), bytes, static_cast<size_t>(piece))) return false;
+    at += piece;
+    bytes += piece;
+    size -= piece;
+  }
+  return true;
+}
+
+// Copies the records from the one's position to its end over the beginning of the other; the number of bytes, or -1 on
+// failure.
+off_t CopyRest(Descriptor const& from, Descriptor const& to, std::uint64_t length) {
+  std::vector<char> block(static_cast<size_t>(std::max<std::uint64_t>(kCopyBlock / length, 1) * length));
+  std::uint64_t copied = 0;
+  ssize_t got = 0;
+  if (!Seek(to, 0)) return -1;
+  do {
+    Delay(0);
+    got = ReadBlock(from.Get(), block.data(), block.size());
+    if (got < 0) return -1;
+    auto const size = static_cast<std::uint64_t>(got);
+    if (!WriteRecords(to, copied, block.data(), size, length)) return -1;
+    copied += size;
+  } while (got == static_cast<ssize_t>(block.size()));
+  return static_cast<off_t>(copied);
+}
+
+// Cuts the first `drop` records off `path`. The log is overwritten and only then shortened: emptying it first would
+// leave a moment in which a kill loses everything.
+bool Cut(std::string const& path, std::string const& scratchPath, std::uint64_t drop, std::uint64_t length) {
   Descriptor log = Open(path.c_str(), O_RDWR | O_NONBLOCK);
   // Created here or not used: a link that somebody placed there would lead the records elsewhere.
   Descriptor const scratch = Open(scratchPath.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
-  if (!log || !scratch || !Seek(log, drop * recordLength)) return false;
-  std::uint64_t const blockLength = std::max<std::uint64_t>(kCopyBlock / recordLength, 1) * recordLength;
-  std::vector<char> block(static_cast<size_t>(blockLength));
-  off_t const kept = CopyRest(log, scratch, block);
-  if (kept < 0 || !Seek(scratch, 0) || !Seek(log, 0)) return false;
-  return CopyRest(scratch, log, block) == kept && ftruncate(log.Get(), kept) == 0 && log.Close();
+  if (!log || !scratch || !Seek(log, drop * length)) return false;
+  off_t const kept = CopyRest(log, scratch, length);
+  if (kept < 0 || !Seek(scratch, 0) || CopyRest(scratch, log, length) != kept) return false;
+  return ftruncate(log.Get(), kept) == 0 && log.Close();
 }
 
 }  // namespace
