@@ -4,6 +4,7 @@
 
 #include "zelvane/config/cfgclass.h"
 #include "zelvane/config/paths.h"
+#include "zelvane/config/settings_internal.h"
 #include "zelvane/core/barrier_internal.h"
 #include "zelvane/core/fileutils.h"
 #include "zelvane/core/strutils.h"
@@ -11,6 +12,8 @@
 
 using zelvane::internal::CopyToField;
 using zelvane::internal::Guard;
+using zelvane::internal::kSettingsFile;
+using zelvane::internal::kSettingsSection;
 
 namespace {
 
@@ -59,8 +62,8 @@ bool Fill(VersionInfo& info) {
   std::string const root = GetZelvanePath();
   if (root.empty()) return false;
   RegCfgClass settings;
-  settings.OpenReadOnly("/etc/zelvane.conf");
-  settings.SetSection("ZELVANE");
+  settings.OpenReadOnly(kSettingsFile);
+  settings.SetSection(kSettingsSection);
   std::string const version = settings.ReadStr("VERSION", "4.0+");
   std::string const product = settings.ReadStr("PRODUCT", "Zelvane " + version);
   unsigned short const modules = FindModules(settings, root);

@@ -3,15 +3,16 @@
 #include <string_view>
 
 #include "zelvane/config/cfgclass.h"
+#include "zelvane/config/settings_internal.h"
 #include "zelvane/core/barrier_internal.h"
 #include "zelvane/core/fileutils.h"
 #include "zelvane/core/strutils.h"
 
 using zelvane::internal::Guard;
+using zelvane::internal::kSettingsFile;
+using zelvane::internal::kSettingsSection;
 
 namespace {
-
-constexpr char kSettings[] = "/etc/zelvane.conf";
 
 struct MacroName {
   std::string_view name;
@@ -30,8 +31,8 @@ constexpr MacroName kMacros[] = {
 
 std::string FindRoot() {
   RegCfgClass settings;
-  settings.SetFileName(kSettings, false);
-  std::string root = settings.ReadStr("ZELVANE", "PATH", "");
+  settings.SetFileName(kSettingsFile, false);
+  std::string root = settings.ReadStr(kSettingsSection, "PATH", "");
   if (root.empty()) root = ExtractFilePath(GetExeName(false));
   return root.empty() ? root : IncludePathDelimiter(root);
 }

@@ -57,6 +57,18 @@ inline Descriptor Open(char const* path, int flags, mode_t mode = 0) {
   return Descriptor(fd);
 }
 
+// Opens, or creates, the file that will hold what is made of `source`, and empties it. None when it is the source
+// itself under another name: emptying it would lose what is to be read.
+inline Descriptor OpenDestination(char const* path, int source) {
+  Descriptor out = Open(path, O_WRONLY | O_CREAT, 0666);
+  struct stat from;
+  struct stat to;
+  if (!out || fstat(source, &from) != 0 || fstat(out.Get(), &to) != 0) return Descriptor();
+  if (from.st_dev == to.st_dev && from.st_ino == to.st_ino) return Descriptor();
+  if (S_ISREG(to.st_mode) && ftruncate(out.Get(), 0) != 0) return Descriptor();
+  return out;
+}
+
 // One read: the number of bytes, 0 at the end, -1 on failure.
 inline ssize_t ReadSome(int fd, char* buffer, size_t size) {
   ssize_t got = -1;

@@ -14,6 +14,7 @@
 using zelvane::internal::Descriptor;
 using zelvane::internal::Guard;
 using zelvane::internal::Open;
+using zelvane::internal::OpenDestination;
 using zelvane::internal::ReadBlock;
 using zelvane::internal::ReadWhole;
 using zelvane::internal::WriteAll;
@@ -58,17 +59,6 @@ constexpr ReleaseFile kReleaseFiles[] = {
     {"/etc/UnitedLinux-release", ""},
     {"/etc/lsb-release", ""},
 };
-
-// Opens the destination of a copy and empties it, but not when it turns out to be the source under another name.
-Descriptor OpenDestination(char const* path, Descriptor const& source) {
-  Descriptor out = Open(path, O_WRONLY | O_CREAT, 0666);
-  struct stat from;
-  struct stat to;
-  if (!out || fstat(source.Get(), &from) != 0 || fstat(out.Get(), &to) != 0) return Descriptor();
-  if (from.st_dev == to.st_dev && from.st_ino == to.st_ino) return Descriptor();
-  if (S_ISREG(to.st_mode) && ftruncate(out.Get(), 0) != 0) return Descriptor();
-  return out;
-}
 
 // Each step is rounded to single precision by hand: the 32-bit floating point unit would carry more digits and cut to
 // another percentage here and there.
@@ -213,7 +203,7 @@ bool CpFile(CpFileProgress progress, char const* source, char const* destination
   Descriptor const in = Open(source, O_RDONLY);
   if (!in) return false;
   if (!overwrite && FilePermToRead(destination)) return false;
-  Descriptor out = OpenDestination(destination, in);
+  Descriptor out = OpenDestination(destination, in.Get());
   if (!out) return false;
 
   off_t const size = progress == nullptr ? 0 : lseek(in.Get(), 0, SEEK_END);

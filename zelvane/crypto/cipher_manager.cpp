@@ -9,23 +9,13 @@
 using zelvane::internal::Descriptor;
 using zelvane::internal::Guard;
 using zelvane::internal::Open;
+using zelvane::internal::OpenDestination;
 using zelvane::internal::ReadBlock;
 using zelvane::internal::WriteAll;
 
 namespace {
 
 constexpr std::size_t kFileChunk = 4096;
-
-// Opens the destination and empties it, but not when it turns out to be the source under another name.
-Descriptor OpenDestination(char const* path, int source) {
-  Descriptor out = Open(path, O_WRONLY | O_CREAT, 0666);
-  struct stat from;
-  struct stat to;
-  if (!out || fstat(source, &from) != 0 || fstat(out.Get(), &to) != 0) return Descriptor();
-  if (from.st_dev == to.st_dev && from.st_ino == to.st_ino) return Descriptor();
-  if (S_ISREG(to.st_mode) && ftruncate(out.Get(), 0) != 0) return Descriptor();
-  return out;
-}
 
 }  // namespace
 
