@@ -114,10 +114,11 @@ TEST(SvcHandle, OpenReadsTheSystemsFolders) {
     mkdir("/etc/init.d/folder", 0755);
     EXPECT_EQ(OpenSvcManager(), nullptr);
     mkdir("/etc/rc.d", 0755);
-    test::WriteFile("/etc/rc.d/rc.zelvane", "");
+    std::string const name = UniqueName();
+    test::WriteFile("/etc/rc.d/rc." + name, "");
     void* const handle = OpenSvcManager();
     Flag running;
-    EXPECT_TRUE(GetSvcStatus(handle, "zelvane", &running.value, nullptr));
+    EXPECT_TRUE(GetSvcStatus(handle, name.c_str(), &running.value, nullptr));
     EXPECT_TRUE(running.Is(0));
     EXPECT_TRUE(CloseSvcManager(handle));
     return !testing::Test::HasFailure();
