@@ -9,10 +9,11 @@
 // A table is a snapshot. Its processes may have ended since, and the system may have given an id to another process:
 // Kill and SetPriority then act on that one. Take a fresh table directly before acting.
 //
-// A name is the command name as `ps` shows it: the first 15 characters of the program's file name, or what the process
-// has called itself. So a longer name is never found, a process may bear any name it likes, and daemons whose names
-// agree in 15 characters cannot be told apart. A name that holds blanks is cut at the first one, and the rest of it
-// begins the file name; one that is nothing but blanks is replaced by the first word of the command line.
+// A name is the command name as `ps` shows it: the first 15 characters of the program's file name (for a script with a
+// "#!" line, the script's), or what the process has called itself. So a longer name is never found, a process may bear
+// any name it likes, and daemons whose names agree in 15 characters cannot be told apart. A name that holds blanks is
+// cut at the first one, and the rest of it begins the file name; one that is nothing but blanks is replaced by the
+// first word of the command line.
 //
 // A finished process that nobody has waited for (zombie) is listed, and counts as running. That goes for children of
 // the caller too: those that it has forked bear its own name until they execute another program.
@@ -20,8 +21,8 @@
 // THE HOST PROGRAM'S CHILDREN AND SIGNALS are left alone: no signal disposition is changed and nothing is waited for
 // but the `ps` that an operation has started itself. A host that ignores SIGCHLD is served all the same.
 //
-// An object is used by one thread at a time. ProcManager does not throw, out of memory is its failing
-// result; ProcClass throws std::bad_alloc where it copies a name.
+// An object is used by one thread at a time. ProcManager does not throw, out of memory is its failing result; ProcClass
+// throws std::bad_alloc where it copies a name.
 #ifndef ZELVANE_SYSTEM_PROC_H
 #define ZELVANE_SYSTEM_PROC_H
 
@@ -56,7 +57,7 @@ class ZELVANE_API ProcClass {
   virtual bool SetPriority(int level);
 
   // Name, and the command line as far as it is known: a line of `ps` counts up to its 1023rd byte, and `ps` itself cuts
-  // its lines to 132 columns when the environment has COLUMNS with a smaller number.
+  // its lines, at the greater of COLUMNS and 132, when the environment has COLUMNS.
   virtual std::string GetName();
   virtual std::string GetFileName();
   // Own id and parent's.
@@ -92,7 +93,8 @@ class ZELVANE_API ProcManager {
   virtual ProcClass* GetProcByIndex(unsigned long index);
 
   // The first entry of that name, to the byte; null when there is none and for a null name. Only what follows the last
-  // "/" of `name` counts, so that a full path may be given. Command lines are not searched.
+  // "/" of `name` counts, so that a full path may be given; a process whose own name has a "/" (kernel threads) is
+  // never found. Command lines are not searched.
   virtual ProcClass* GetProcByName(char const* name);
   ProcClass* GetProcByName(std::string const& name);
   // The first entry with that id; null when there is none.

@@ -5,8 +5,9 @@
 //   if (server != nullptr && !server->IsRunning()) server->Start(-1);
 //
 // A service has the name of its script, and counts as running when some process has that name (proc.h tells what a
-// process's name is; a service whose name is longer than 15 characters never counts as running). What else the machine
-// may use to manage services is not asked.
+// process's name is; a service whose name is longer than 15 characters never counts as running). While a script runs,
+// it is itself a process of its file's name: one that bears the bare name of its service passes for the service to
+// whoever looks meanwhile. What else the machine may use to manage services is not asked.
 //
 // Scripts are run by the shell, with the host's environment, streams and rights; a script is found by its full path,
 // whatever characters that has. An operation returns when the script has returned. The script's exit status is not
