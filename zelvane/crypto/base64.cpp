@@ -294,7 +294,7 @@ EncodeBase64::~EncodeBase64() = default;
 
 bool EncodeBase64::EncodeDecodeFunction(void const* data, unsigned long length) {
   if (data == nullptr || length == 0) return false;
-  Unload();
+  ClassBase64::Unload();  // LoadFromBuf has called the subclass's own
   if (length > kMostBytes) return false;
   unsigned long const size = EncodedLength(length);
   std::unique_ptr<unsigned char[]> text(new (std::nothrow) unsigned char[size]);
@@ -329,7 +329,7 @@ DecodeBase64::~DecodeBase64() = default;
 
 bool DecodeBase64::EncodeDecodeFunction(void const* data, unsigned long length) {
   if (data == nullptr || length == 0) return false;
-  Unload();
+  ClassBase64::Unload();
   // One byte more than the characters can give: DecodeGroups writes it.
   std::unique_ptr<unsigned char[]> bytes(new (std::nothrow) unsigned char[length / 4 * 3 + 1]);
   if (bytes == nullptr) return false;
