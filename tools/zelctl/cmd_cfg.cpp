@@ -48,7 +48,7 @@ void OpenToRead(CfgClass& cfg, std::string const& file, Terminal const& terminal
 std::unique_ptr<CfgClass> OpenToWrite(Arguments const& arguments) {
   std::string const& file = arguments.file;
   if (!InspectFile(file).exists) throw Failed(file + ": no such file");
-  if (!arguments.force) RequireWholeLoad(file);
+  RequireWholeLoad(file, arguments.force);
   std::unique_ptr<CfgClass> cfg = arguments.keepSpelling ? std::unique_ptr<CfgClass>(std::make_unique<RegCfgClass>())
                                                          : std::make_unique<CfgClass>();
   if (!cfg->Open(file)) throw Failed(file + ": cannot be read");
@@ -185,11 +185,6 @@ CLI::Option* AddName(CLI::App* command, char const* name, std::string& target, c
   return command->add_option(name, target, description)->type_name("");
 }
 
-void AddWriteOptions(CLI::App* command, Arguments& arguments) {
-  command->add_flag("--force", arguments.force,
-                    "Save even if a line of the file is a syntax error and those below are lost");
-}
-
 char const kSectionHelp[] = "Section; \"\" for the keys above the first header";
 
 void AddReaders(CLI::App* family, Terminal& terminal) {
@@ -222,7 +217,7 @@ void AddWriters(CLI::App* family, Terminal& terminal) {
   AddName(set, "VALUE", arguments->value, "Value; \"\" for none")->required();
   set->add_flag("--reg", arguments->keepSpelling, "New names keep your spelling; without it they are upper-cased");
   AddShowPassword(set, terminal);
-  AddWriteOptions(set, *arguments);
+  AddForce(set, arguments->force);
 
   CLI::App* const unset =
       Add(family, terminal,
@@ -231,7 +226,7 @@ void AddWriters(CLI::App* family, Terminal& terminal) {
           arguments);
   AddName(unset, "SECTION", arguments->section, kSectionHelp)->required();
   AddName(unset, "KEY", arguments->key, "Key; without it the whole section goes");
-  AddWriteOptions(unset, *arguments);
+  AddForce(unset, arguments->force);
 }
 
 }  // namespace

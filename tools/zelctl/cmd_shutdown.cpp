@@ -51,7 +51,7 @@ std::vector<Field> Fields() {
 #undef ZELVANE_ACTION
 // clang-format on
 
-std::vector<std::string> Files(std::string const& directory) {
+std::vector<std::string> Files(std::string const& directory, void const*) {
   std::string const root = directory.empty() ? GetZelvanePath() : IncludePathDelimiter(directory);
   return {root + "upscli.cfg", GetUserPath() + ".zelvane"};
 }

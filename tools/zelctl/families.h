@@ -10,5 +10,11 @@ struct Terminal;
 void AddShutdown(CLI::App& app, Terminal& terminal);
 void AddCfg(CLI::App& app, Terminal& terminal);
 void AddB64(CLI::App& app, Terminal& terminal);
+void AddUps(CLI::App& app, Terminal& terminal);
+void AddType(CLI::App& app, Terminal& terminal);
+void AddServer(CLI::App& app, Terminal& terminal);
+void AddClient(CLI::App& app, Terminal& terminal);
+void AddInfo(CLI::App& app, Terminal& terminal);
+void AddPorts(CLI::App& app, Terminal& terminal);
 
 #endif

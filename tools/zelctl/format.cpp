@@ -40,11 +40,31 @@ FileState InspectFile(std::string const& path) {
   return {false, 0};
 }
 
-void RequireWholeLoad(std::string const& path) {
+bool HasKey(std::string const& path, std::string const& section, std::string const& key) {
+  CfgClass cfg;
+  return cfg.OpenReadOnly(path) && cfg.KeyExists(section, key);
+}
+
+void RemoveKey(std::string const& path, std::string const& section, std::string const& key,
+               std::function<void()> const& remove) {
+  std::string const name = "[" + section + "] " + key;
+  if (!HasKey(path, section, key)) throw Failed(path + ": no " + name);
+  remove();
+  if (HasKey(path, section, key))
+    throw Failed(path + ": " + name + " stays: the file cannot be written, or a line that repeats it counts now");
+}
+
+void RequireWholeLoad(std::string const& path, bool force) {
   FileState const state = InspectFile(path);
-  if (state.badLine != 0)
+  if (state.badLine != 0 && !force)
     throw Failed(StoppedAt(path, state.badLine) + ", and a save drops those lines; `zelctl cfg lint` names them, " +
                  "--force saves all the same (the file as it was is kept as " + path + ".lost)");
+}
+
+void NoteState(std::string const& path, std::string const& whenMissing, Terminal const& terminal) {
+  FileState const state = InspectFile(path);
+  if (!state.exists) terminal.Note(path + " does not exist: " + whenMissing);
+  if (state.badLine != 0) terminal.Note(StoppedAt(path, state.badLine));
 }
 
 std::string StoppedAt(std::string const& path, long line) {

@@ -9,7 +9,7 @@
 namespace {
 
 using Family = void (*)(CLI::App& app, Terminal& terminal);
-constexpr Family kFamilies[] = {AddShutdown, AddCfg, AddB64};
+constexpr Family kFamilies[] = {AddShutdown, AddCfg, AddB64, AddUps, AddType, AddServer, AddClient, AddInfo, AddPorts};
 
 constexpr int kFailed = 1;
 constexpr int kWrongUsage = 2;

@@ -9,6 +9,8 @@
 #include "format.h"
 #include "latin1.h"
 #include "secret.h"
+#include "zelvane/config/paths.h"
+#include "zelvane/core/datetime.h"
 #include "zelvane/core/fileutils.h"
 #include "zelvane/core/strutils.h"
 
@@ -56,30 +58,41 @@ std::string TextFault(Field const& field, std::string const& value) {
     return value.find('\0') == std::string::npos ? "" : "a NUL byte ends the text";
   if (field.kind == FieldKind::kListText && value.find(';') != std::string::npos)
     return "';' parts the fields of its line in the file";
+  if (field.kind == FieldKind::kLowerText && LowerCase(value) != value)
+    return "capitals: the file is read in lower case";
   return ValueFault(value);
 }
 
-std::string NumberFault(Field const& field, std::string const& value) {
+std::string NumberFault(std::string const& value, std::int64_t lowest, std::int64_t highest, std::int64_t step = 1) {
   std::int64_t number = 0;
   auto const [end, error] = std::from_chars(value.data(), value.data() + value.size(), number);
-  if (error == std::errc() && end == value.data() + value.size() && number >= field.lowest && number <= field.highest)
-    return "";
-  return "a number from " + std::to_string(field.lowest) + " to " + std::to_string(field.highest);
+  bool const isNumber = error == std::errc() && end == value.data() + value.size();
+  if (isNumber && number >= lowest && number <= highest && number % step == 0) return "";
+  return "a number from " + std::to_string(lowest) + " to " + std::to_string(highest) +
+         (step == 1 ? "" : " in steps of " + std::to_string(step));
 }
+
+bool IsNumber(Field const& field) { return field.kind == FieldKind::kNumber || field.kind == FieldKind::kDate; }
 
 // What is wrong with a value for the field, in words; "" when it would come back from the file as it is.
 std::string FieldFault(Field const& field, std::string const& value) {
-  switch (field.kind) {
-    case FieldKind::kNumber: return NumberFault(field, value);
-    case FieldKind::kFlag: return value == "on" || value == "off" ? "" : "on or off";
-    default: return TextFault(field, value);
-  }
+  if (IsNumber(field)) return NumberFault(value, field.lowest, field.highest, field.step);
+  if (field.kind == FieldKind::kFlag) return value == "on" || value == "off" ? "" : "on or off";
+  return TextFault(field, value);
 }
 
-void AddChange(Changes& changes, Field const& field, std::size_t place, std::string value) {
+// The value of an argument as the file will hold it.
+std::string Checked(Field const& field, std::string const& argument, Terminal const& terminal) {
+  if (field.follows != nullptr)
+    throw WrongUsage(std::string(field.name) + ": cannot be set, it follows " + field.follows);
+  std::string value = terminal.FromArgument(field.name, argument);
   if (field.kind == FieldKind::kFlag && (value == "1" || value == "0")) value = value == "1" ? "on" : "off";
   std::string const fault = FieldFault(field, value);
   if (!fault.empty()) throw WrongUsage(std::string(field.name) + ": " + fault);
+  return value;
+}
+
+void AddChange(Changes& changes, Field const& field, std::size_t place, std::string value) {
   if (!changes.emplace(place, std::move(value)).second) throw WrongUsage(std::string(field.name) + ": given twice");
 }
 
@@ -92,13 +105,13 @@ Changes ParseChanges(std::vector<Field> const& fields, Arguments const& argument
     Field const& field = fields[place];
     std::string value = item.substr(equals + 1);
     if (field.kind == FieldKind::kPassword && value == "-") value = ReadSecretFromInput();
-    AddChange(changes, field, place, terminal.FromArgument(field.name, value));
+    AddChange(changes, field, place, Checked(field, value, terminal));
   }
   if (!arguments.passwordFile.empty()) {
     auto const field =
         std::find_if(fields.begin(), fields.end(), [](Field const& f) { return f.kind == FieldKind::kPassword; });
     AddChange(changes, *field, static_cast<std::size_t>(field - fields.begin()),
-              terminal.FromArgument(field->name, ReadSecretFromFile(arguments.passwordFile)));
+              Checked(*field, ReadSecretFromFile(arguments.passwordFile), terminal));
   }
   if (changes.empty()) throw WrongUsage("nothing to set: FIELD=VALUE is wanted");
   return changes;
@@ -115,18 +128,21 @@ bool IsHidden(Field const& field, std::string const& value, Terminal const& term
 }
 
 std::string CellOf(Field const& field, std::string const& value, Terminal const& terminal) {
-  return IsHidden(field, value, terminal) ? kHiddenPassword : value;
+  if (IsHidden(field, value, terminal)) return kHiddenPassword;
+  std::string const date = field.kind == FieldKind::kDate ? DateTimeToStr("yyyy-mm-dd hh:nn:ss", std::stol(value)) : "";
+  return date.empty() ? value : value + " (" + date + ")";
 }
 
 Json JsonOf(Field const& field, std::string const& value, Terminal const& terminal) {
   if (IsHidden(field, value, terminal)) return nullptr;
-  if (field.kind == FieldKind::kNumber) return std::stoll(value);
+  if (IsNumber(field)) return std::stoll(value);
   if (field.kind == FieldKind::kFlag) return value == "on";
+  if (field.kind == FieldKind::kAnswer) return value == "yes";
   return ToUtf8(value);
 }
 
-// Prints the fields at `places`, or all.
-void PrintRecord(std::vector<Field> const& fields, Values const& values, std::vector<std::size_t> places,
+// The fields at `places`, or all.
+void PrintFields(std::vector<Field> const& fields, Values const& values, std::vector<std::size_t> places,
                  Terminal const& terminal) {
   if (places.empty()) {
     places.resize(fields.size());
@@ -155,69 +171,106 @@ void PrintChanges(std::vector<Field> const& fields, Values const& before, Values
   terminal.PrintJson(members);
 }
 
+void Apply(Changes const& changes, std::vector<Field> const& fields, void* record) {
+  for (auto const& [place, value] : changes) fields[place].put(record, value);
+}
+
+bool IsField(std::vector<Field> const& fields, std::string const& name) {
+  return std::any_of(fields.begin(), fields.end(), [&name](Field const& field) { return name == field.name; });
+}
+
+// The folder of the settings; "" for the installation root. Takes the word that names it off the items.
+std::string TakeDirectory(RecordFamily const& family, Arguments& arguments) {
+  std::string directory = arguments.directory;
+  if (family.folder == Folder::kArgument) {
+    std::vector<std::string>& items = arguments.items;
+    if (directory.empty() && !items.empty() && items[0].find('=') == std::string::npos &&
+        !IsField(family.fields, items[0])) {
+      directory = items[0];
+      items.erase(items.begin());
+    }
+    if (!directory.empty() && ExtractFilePath(directory).empty()) directory.insert(0, GetZelvanePath());
+  }
+  return directory;
+}
+
 void RequireDirectory(std::string const& directory) {
   if (!directory.empty() && !DirExists(directory)) throw Failed(directory + ": no such folder");
 }
 
-void ReadRecord(RecordFamily const& family, std::string const& directory, void* record) {
-  if (family.read(directory.c_str(), record) == 0)
-    throw Failed(family.files(directory).front() + ": " + family.readFault);
+std::shared_ptr<void> ReadRecord(RecordFamily const& family, std::string const& directory) {
+  std::shared_ptr<void> record = family.make();
+  if (family.read(directory.c_str(), record.get()) == 0)
+    throw Failed(family.files(directory, record.get()).front() + ": " + family.readFault);
+  return record;
 }
 
-void Show(RecordFamily const& family, Arguments const& arguments, Terminal const& terminal) {
+void Show(RecordFamily const& family, Arguments arguments, Terminal const& terminal) {
+  std::string const directory = TakeDirectory(family, arguments);
   std::vector<std::size_t> places;
   for (std::string const& name : arguments.items) places.push_back(FindField(family.fields, name));
-  RequireDirectory(arguments.directory);
-  for (std::string const& file : family.files(arguments.directory)) {
-    FileState const state = InspectFile(file);
-    if (!state.exists) terminal.Note(file + " does not exist: its settings have their defaults");
-    if (state.badLine != 0) terminal.Note(StoppedAt(file, state.badLine));
-  }
-  std::shared_ptr<void> const record = family.make();
-  ReadRecord(family, arguments.directory, record.get());
-  PrintRecord(family.fields, ValuesOf(family.fields, record.get()), places, terminal);
+  RequireDirectory(directory);
+  std::shared_ptr<void> const record = ReadRecord(family, directory);
+  for (std::string const& file : family.files(directory, record.get()))
+    NoteState(file, "its settings have their defaults", terminal);
+  PrintFields(family.fields, ValuesOf(family.fields, record.get()), places, terminal);
 }
 
 void ShowDefaults(RecordFamily const& family, Terminal const& terminal) {
   std::shared_ptr<void> const record = family.make();
   if (family.defaults(record.get()) == 0) throw Failed("the library gives no defaults");
-  PrintRecord(family.fields, ValuesOf(family.fields, record.get()), {}, terminal);
+  PrintRecord(family.fields, record.get(), terminal);
 }
 
-void Set(RecordFamily const& family, Arguments const& arguments, Terminal const& terminal) {
-  std::vector<Field> const& fields = family.fields;
-  Changes const changes = ParseChanges(fields, arguments, terminal);
-  RequireDirectory(arguments.directory);
-  std::vector<std::string> const files = family.files(arguments.directory);
-  for (std::string const& file : files) arguments.force ? void(InspectFile(file)) : RequireWholeLoad(file);
-
-  std::shared_ptr<void> const record = family.make();
-  ReadRecord(family, arguments.directory, record.get());
-  Values const before = ValuesOf(fields, record.get());
-  for (auto const& [place, value] : changes) fields[place].put(record.get(), value);
-  Values const after = ValuesOf(fields, record.get());
-  // The save writes every field, also one that the file holds in a form that would not come back.
+// The save writes every field, also one that the file holds in a form that would not come back.
+void RequireSavable(std::vector<Field> const& fields, Values const& values) {
   for (std::size_t i = 0; i < fields.size(); i++) {
-    std::string const fault = FieldFault(fields[i], after[i]);
+    std::string const fault = fields[i].follows == nullptr ? FieldFault(fields[i], values[i]) : "";
     if (!fault.empty())
       throw Failed(std::string(fields[i].name) + ": the file holds a value that cannot be saved again (" + fault +
                    "); set this field too");
   }
-  if (family.write(arguments.directory.c_str(), record.get()) == 0) {
+}
+
+// A save may keep something else than it was given: a model may lack a setting, a date may be too far away.
+void RequireKept(std::vector<Field> const& fields, Changes const& changes, Values const& saved, Values const& now,
+                 Terminal const& terminal) {
+  for (auto const& [place, unused] : changes)
+    if (now[place] != saved[place])
+      throw Failed(std::string("saved, but ") + fields[place].name + " reads back as " +
+                   terminal.Shown(CellOf(fields[place], now[place], terminal)));
+}
+
+void Set(RecordFamily const& family, Arguments arguments, Terminal const& terminal) {
+  std::vector<Field> const& fields = family.fields;
+  std::string const directory = TakeDirectory(family, arguments);
+  Changes const changes = ParseChanges(fields, arguments, terminal);
+  RequireDirectory(directory);
+
+  std::shared_ptr<void> const record = ReadRecord(family, directory);
+  Values const before = ValuesOf(fields, record.get());
+  Apply(changes, fields, record.get());
+  bool const reselect = std::any_of(changes.begin(), changes.end(), [&](auto const& change) {
+    Field const& field = fields[change.first];
+    return field.selects && field.get(record.get()) != before[change.first];
+  });
+  if (reselect) {
+    family.reselect(directory, record.get());
+    Apply(changes, fields, record.get());
+  }
+  Values const saved = ValuesOf(fields, record.get());
+  RequireSavable(fields, saved);
+  std::vector<std::string> const files = family.files(directory, record.get());
+  for (std::string const& file : files) RequireWholeLoad(file, arguments.force);
+
+  if (family.write(directory.c_str(), record.get()) == 0) {
     std::string names;
     for (std::string const& file : files) names += (names.empty() ? "" : ", ") + file;
     throw Failed("cannot be written: " + names);
   }
-  PrintChanges(fields, before, after, changes, terminal);
-}
-
-std::string Limits(Field const& field) {
-  switch (field.kind) {
-    case FieldKind::kNumber: return std::to_string(field.lowest) + " to " + std::to_string(field.highest);
-    case FieldKind::kFlag: return "on or off";
-    case FieldKind::kListText: return "up to " + std::to_string(field.highest) + " characters, no ';'";
-    default: return "up to " + std::to_string(field.highest) + " characters";
-  }
+  Values const now = ValuesOf(fields, ReadRecord(family, directory).get());
+  PrintChanges(fields, before, now, changes, terminal);
+  RequireKept(fields, changes, saved, now, terminal);
 }
 
 std::string FieldList(std::vector<Field> const& fields) {
@@ -225,32 +278,48 @@ std::string FieldList(std::vector<Field> const& fields) {
   for (Field const& field : fields) {
     list += "  ";
     list += FillRight(field.name, 20, ' ');
-    list += FillRight(Limits(field), 29, ' ');
+    list += FillRight(Limits(field), 34, ' ');
     list += field.meaning;
     list += '\n';
   }
   return list;
 }
 
-void AddDirectory(CLI::App* command, Arguments& arguments) {
-  command->add_option("--dir", arguments.directory, "Folder of the settings; the installation root if not given")
-      ->type_name("DIR");
+bool HasPassword(RecordFamily const& family) {
+  return std::any_of(family.fields.begin(), family.fields.end(),
+                     [](Field const& field) { return field.kind == FieldKind::kPassword; });
+}
+
+// What `show` and `set` have in common.
+void AddOptions(CLI::App* command, Terminal& terminal, RecordFamily const& family, Arguments& arguments) {
+  if (family.folder != Folder::kRoot)
+    command->add_option("--dir", arguments.directory, "Folder of the settings; the installation root if not given")
+        ->type_name("DIR");
+  if (family.addOptions) family.addOptions(command);
+  if (HasPassword(family)) AddShowPassword(command, terminal);
+}
+
+// The words behind the command.
+void AddItems(CLI::App* command, RecordFamily const& family, Arguments& arguments, std::string const& name,
+              std::string const& description) {
+  bool const takesDirectory = family.folder == Folder::kArgument;
+  // Not `required`: `show` shows all fields, and for `set` a password file alone is enough.
+  command
+      ->add_option(
+          (takesDirectory ? "[DIR] " : "") + name, arguments.items,
+          description + (takesDirectory ? ", behind the folder (a bare name lies in the installation root)" : ""))
+      ->type_name("");
 }
 
 void AddSet(CLI::App* family, Terminal& terminal, std::shared_ptr<RecordFamily const> const& record) {
   auto const arguments = std::make_shared<Arguments>();
   CLI::App* const set = AddCommand(family, terminal, "set", "Change fields and save; all are checked before any is");
-  AddDirectory(set, *arguments);
-  AddShowPassword(set, terminal);
-  // Not `required`: a password file alone is enough.
-  set->add_option("FIELD=VALUE", arguments->items, "Fields with their new values")->type_name("");
-  set->add_flag("--force", arguments->force,
-                "Save even if a line of the file is a syntax error and those below are lost");
-  bool const hasPassword = std::any_of(record->fields.begin(), record->fields.end(),
-                                       [](Field const& field) { return field.kind == FieldKind::kPassword; });
+  AddOptions(set, terminal, *record, *arguments);
+  AddItems(set, *record, *arguments, "FIELD=VALUE", "Fields with their new values");
+  AddForce(set, arguments->force);
   std::string footer = FieldList(record->fields) + record->notes +
                        "Texts cannot hold '[', ']', line feeds or blanks at either end: the file does not keep them.\n";
-  if (hasPassword) {
+  if (HasPassword(*record)) {
     set->add_option("--password-file", arguments->passwordFile, "Take the password from the first line of FILE")
         ->type_name("FILE");
     footer +=
@@ -269,9 +338,8 @@ void AddRecordCommands(CLI::App* family, Terminal& terminal, RecordFamily const&
   family->require_subcommand(1);
 
   CLI::App* const show = AddCommand(family, terminal, "show", "Show the settings, or the fields that are named");
-  AddDirectory(show, *arguments);
-  AddShowPassword(show, terminal);
-  show->add_option("FIELD", arguments->items, "Fields to show")->type_name("");
+  AddOptions(show, terminal, *record, *arguments);
+  AddItems(show, *record, *arguments, "FIELD", "Fields to show");
   show->footer(record->notes);
   show->callback([record, arguments, &terminal] { Show(*record, *arguments, terminal); });
 
@@ -279,4 +347,45 @@ void AddRecordCommands(CLI::App* family, Terminal& terminal, RecordFamily const&
 
   CLI::App* const defaults = AddCommand(family, terminal, "defaults", "Show the factory defaults; touches no file");
   defaults->callback([record, &terminal] { ShowDefaults(*record, terminal); });
+}
+
+std::string Limits(Field const& field) {
+  if (field.follows != nullptr) return std::string("follows ") + field.follows;
+  if (field.kind == FieldKind::kFlag) return "on or off";
+  if (IsNumber(field)) return std::to_string(field.lowest) + " to " + std::to_string(field.highest);
+  std::string const characters = "up to " + std::to_string(field.highest) + " characters";
+  if (field.kind == FieldKind::kListText) return characters + ", no ';'";
+  return field.kind == FieldKind::kLowerText ? characters + ", no capitals" : characters;
+}
+
+void PutArgument(Field const& field, void* record, std::string const& argument, Terminal const& terminal) {
+  field.put(record, Checked(field, argument, terminal));
+}
+
+std::int64_t NumberArgument(std::string const& name, std::string const& text, std::int64_t lowest,
+                            std::int64_t highest) {
+  std::string const fault = NumberFault(text, lowest, highest);
+  if (!fault.empty()) throw WrongUsage(name + ": " + fault);
+  return std::stoll(text);
+}
+
+void PrintRecord(std::vector<Field> const& fields, void const* record, Terminal const& terminal) {
+  PrintFields(fields, ValuesOf(fields, record), {}, terminal);
+}
+
+void PrintRecords(std::vector<Field> const& fields, std::vector<void const*> const& records, Terminal const& terminal) {
+  Json list = Json::array();
+  std::vector<std::vector<std::string>> rows(1);
+  for (Field const& field : fields) rows[0].push_back(UpperCase(field.name));
+  for (void const* record : records) {
+    Json members = Json::object();
+    rows.emplace_back();
+    for (Field const& field : fields) {
+      std::string const value = field.get(record);
+      members[field.name] = JsonOf(field, value, terminal);
+      rows.back().push_back(CellOf(field, value, terminal));
+    }
+    list.push_back(std::move(members));
+  }
+  terminal.json ? terminal.PrintJson(list) : terminal.PrintTable(rows);
 }

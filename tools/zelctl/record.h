@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -14,10 +15,13 @@
 
 enum class FieldKind {
   kText,
-  kListText,  // one of several texts that share a line, parted by ";"
-  kPassword,  // Base64 in the file, so it may hold anything; shown on request only
+  kListText,   // one of several texts that share a line, parted by ";"
+  kLowerText,  // read in lower case, however it was written
+  kPassword,   // Base64 in the file, so it may hold anything; shown on request only
   kNumber,
+  kDate,  // a number that is a date-time of the library's
   kFlag,
+  kAnswer,  // a flag that is only shown
 };
 
 struct Field {
@@ -29,6 +33,9 @@ struct Field {
   // The value as text: numbers in decimal, flags as "on" and "off". `put` takes what FieldFault() found no fault with.
   std::string (*get)(void const* record);
   void (*put)(void* record, std::string const& value);
+  std::int64_t step = 1;          // of a number: the file keeps its multiples
+  char const* follows = nullptr;  // the field that decides on this one, which cannot be set then
+  bool selects = false;           // when it changes, other fields come from elsewhere (RecordFamily::reselect)
 };
 
 // The highest number that reads back: files are read as signed 32-bit numbers, whatever the field's type.
@@ -76,24 +83,92 @@ Field Number(char const* name, char const* meaning, std::int64_t highest = kHigh
           }};
 }
 
+template <auto Member>
+Field Flag(char const* name, char const* meaning) {
+  using Record = RecordOf<Member>;
+  return {name,
+          FieldKind::kFlag,
+          0,
+          1,
+          meaning,
+          [](void const* record) { return std::string(static_cast<Record const*>(record)->*Member ? "on" : "off"); },
+          [](void* record, std::string const& value) { static_cast<Record*>(record)->*Member = value == "on"; }};
+}
+
 // Bits have no address: the table's author gives the two accessors.
 inline Field Flag(char const* name, char const* meaning, std::string (*get)(void const*),
                   void (*put)(void*, std::string const&)) {
   return {name, FieldKind::kFlag, 0, 1, meaning, get, put};
 }
 
+// A bool, only shown: "yes" or "no".
+template <auto Member>
+Field Answer(char const* name, char const* meaning) {
+  return {name,
+          FieldKind::kAnswer,
+          0,
+          0,
+          meaning,
+          [](void const* record) {
+            return std::string(static_cast<RecordOf<Member> const*>(record)->*Member ? "yes" : "no");
+          },
+          nullptr};
+}
+
+// A std::string, only shown.
+template <auto Member>
+Field String(char const* name, char const* meaning = "") {
+  return {name,    FieldKind::kText,
+          0,       0,
+          meaning, [](void const* record) { return static_cast<RecordOf<Member> const*>(record)->*Member; },
+          nullptr};
+}
+
+// Where a record lies.
+enum class Folder {
+  kRoot,      // in the installation root
+  kOption,    // there, or in the folder that --dir names
+  kArgument,  // the same, but the first word names it too; a bare name lies in the root
+};
+
 struct RecordFamily {
   std::vector<Field> fields;
-  std::shared_ptr<void> (*make)();                                  // a record of zeros
-  std::vector<std::string> (*files)(std::string const& directory);  // where the record lies, the main file first
-  int (*read)(char const* directory, void* record);
+  std::shared_ptr<void> (*make)();  // a record of zeros
+  // The files that hold the record, the main file first.
+  std::function<std::vector<std::string>(std::string const& directory, void const* record)> files;
+  std::function<int(char const* directory, void* record)> read;
   int (*defaults)(void* record);
-  int (*write)(char const* directory, void const* record);
+  std::function<int(char const* directory, void const* record)> write;
   char const* readFault;  // what it means when `read` fails
   char const* notes;      // lines for the help of `show` and `set`
+  Folder folder = Folder::kOption;
+  // For tables with fields that select: fills in those that come from elsewhere now, as a `read` after the save would.
+  std::function<void(std::string const& directory, void* record)> reselect = {};
+  std::function<void(CLI::App* command)> addOptions = {};  // to `show` and `set`
 };
 
 // Adds `show`, `set` and `defaults`.
 void AddRecordCommands(CLI::App* family, Terminal& terminal, RecordFamily const& record);
+
+// What a value of the field may be, in words.
+std::string Limits(Field const& field);
+
+// Puts a value from the command line into its field, or throws WrongUsage with the field's name and limit.
+void PutArgument(Field const& field, void* record, std::string const& argument, Terminal const& terminal);
+// The number that `text` spells, in decimal. Throws WrongUsage that names the argument and its limits.
+std::int64_t NumberArgument(std::string const& name, std::string const& text, std::int64_t lowest,
+                            std::int64_t highest);
+
+// One record, a field a line.
+void PrintRecord(std::vector<Field> const& fields, void const* record, Terminal const& terminal);
+
+// Records of one kind, one a line.
+void PrintRecords(std::vector<Field> const& fields, std::vector<void const*> const& records, Terminal const& terminal);
+template <class Record>
+void PrintRecords(std::vector<Field> const& fields, std::vector<Record> const& records, Terminal const& terminal) {
+  std::vector<void const*> addresses;
+  for (Record const& record : records) addresses.push_back(&record);
+  PrintRecords(fields, addresses, terminal);
+}
 
 #endif

@@ -65,3 +65,7 @@ CLI::App* AddCommand(CLI::App* family, Terminal& terminal, char const* name, cha
 void AddShowPassword(CLI::App* command, Terminal& terminal) {
   command->add_flag("--show-password", terminal.showPasswords, "Show passwords, which are hidden otherwise");
 }
+
+void AddForce(CLI::App* command, bool& force) {
+  command->add_flag("--force", force, "Save even if a line of the file is a syntax error and those below are lost");
+}

@@ -55,5 +55,7 @@ extern char const kHiddenPassword[];
 CLI::App* AddCommand(CLI::App* family, Terminal& terminal, char const* name, char const* description);
 // Adds --show-password.
 void AddShowPassword(CLI::App* command, Terminal& terminal);
+// Adds --force to a command that writes a configuration file.
+void AddForce(CLI::App* command, bool& force);
 
 #endif
