@@ -206,37 +206,59 @@ TEST_F(RecordLog, TheScratchFileLeadsNowhere) {
   EXPECT_EQ(ReadFile(path), Records(2, 2));
   EXPECT_EQ(Files(), (Names{"log", "victim"}));
   EXPECT_EQ(ReadFile(victim), "mine");
-  fs::create_directories(path + ".tmp/full");  // cannot be removed: the log stays whole
-  EXPECT_TRUE(Append(log, 3));
+
+  struct Prey : LogClass {  // somebody places the link again between the removal and the copy
+    std::string link, victim;
+    unsigned long GetFileRegCount(unsigned long size) override {
+      if (!link.empty() && !fs::exists(fs::symlink_status(link))) fs::create_symlink(victim, link);
+      return LogClass::GetFileRegCount(size);
+    }
+  } prey;
+  prey.SetFile(path);
+  prey.SetMaxLines(1);
+  prey.link = path + ".tmp";
+  prey.victim = victim;
+  EXPECT_TRUE(Append(prey, 3));
+  EXPECT_EQ(ReadFile(victim), "mine");
   EXPECT_EQ(ReadFile(path), Records(2, 3));
+
+  fs::create_directories(path + ".tmp/full");  // cannot be removed: the log stays whole
+  EXPECT_TRUE(Append(log, 4));
+  EXPECT_EQ(ReadFile(path), Records(2, 4));
 }
 
+// Records of 13 bytes, which neither blocks nor pages are a multiple of.
 TEST_F(RecordLog, AKillDuringTheCutLosesNothing) {
-  constexpr std::uint32_t kMost = 20000;  // three blocks
+  constexpr std::uint32_t kMost = 12000;  // three blocks
+  auto const payload = [](std::uint32_t number) { return Bytes(number) + Bytes(~number) + "."; };
+  auto const append = [&](std::uint32_t number) {
+    log.SetMaxLines(kMost);
+    return log.WriteReg(static_cast<long>(number), payload(number).data(), 9);
+  };
+  std::string full;
+  for (std::uint32_t i = 1; i <= kMost; i++) full += Bytes(i) + payload(i);
   int pauses = 0;
   for (bool survived = false; !survived; pauses++) {
-    WriteFile(path, Records(1, kMost));
+    WriteFile(path, full);
     survived = InChild([&] {
-      log.SetMaxLines(kMost);
       g_pausesToLive = pauses;
-      return Append(log, kMost + 1);
+      return append(kMost + 1);
     });
     std::string const left = ReadFile(path);
-    ASSERT_EQ(left.size() % 8, 0u) << pauses;
+    ASSERT_EQ(left.size() % 13, 0u) << pauses;
     std::vector<bool> found(kMost + 2);
-    for (size_t i = 0; i < left.size(); i += 8) {
+    for (size_t i = 0; i < left.size(); i += 13) {
       std::uint32_t number = 0;
       std::memcpy(&number, left.data() + i, 4);
-      ASSERT_EQ(left.substr(i, 8), Records(number, number)) << pauses;
-      found[number] = true;
+      ASSERT_EQ(left.substr(i + 4, 9), payload(number)) << pauses;
+      found.at(number) = true;
     }
     for (std::uint32_t i = 2; i < found.size(); i++)
       ASSERT_TRUE(found[i]) << "record " << i << ", killed at " << pauses;
-    EXPECT_EQ(fs::exists(path + ".tmp"), !survived && pauses < 7);
-    log.SetMaxLines(kMost);
-    EXPECT_TRUE(Append(log, kMost + 2));
-    EXPECT_EQ(log.GetFileRegCount(kSize), kMost);
-    EXPECT_EQ(ReadFile(path).substr((kMost - 2) * 8), Records(kMost + 1, kMost + 2)) << pauses;
+    EXPECT_EQ(fs::exists(path + ".tmp"), !survived);
+    EXPECT_TRUE(append(kMost + 2));
+    EXPECT_EQ(log.GetFileRegCount(9), kMost);
+    EXPECT_EQ(ReadFile(path).substr((kMost - 1) * 13), Bytes(kMost + 2) + payload(kMost + 2)) << pauses;
     EXPECT_EQ(Files(), Names{"log"});
   }
   EXPECT_EQ(pauses, 7) << "three blocks there and three back";
@@ -274,6 +296,25 @@ TEST_F(RecordLog, RecordsAreReadByIndex) {
   EXPECT_FALSE(log.ReadReg(6, nullptr, nullptr, 0));
 }
 
+TEST_F(RecordLog, PositionsHave64Bits) {
+  constexpr unsigned long kBefore = 600000000;  // 4.8 GB, all of it a hole
+  WriteFile(path, "");
+  ASSERT_EQ(truncate64(path.c_str(), 8LL * kBefore), 0);
+  log.SetMaxLines(UINT32_MAX);
+  ASSERT_TRUE(Append(log, 7));
+  EXPECT_EQ(log.GetFileRegCount(kSize), kBefore + 1);
+  long when = 0;
+  std::uint32_t data = 0;
+  EXPECT_TRUE(log.ReadFileReg(kBefore, &when, &data, kSize));
+  EXPECT_EQ(when, 7);
+  EXPECT_EQ(data, ~7u);
+  EXPECT_EQ(log.LoadFile(kSize), 0u) << "a buffer has no 4 GiB";
+  EXPECT_EQ(log.GetRegCount(kSize), 0u);
+  log.SetMaxLines(1);
+  log.LimitFile(kSize);
+  EXPECT_EQ(ReadFile(path), Records(7, 7));
+}
+
 TEST_F(RecordLog, ABufferIsACopyAndSurvivesRefusals) {
   std::string bytes = Records(1, 3);
   ASSERT_TRUE(log.SetBuffer(bytes.data(), 24));
@@ -282,6 +323,11 @@ TEST_F(RecordLog, ABufferIsACopyAndSurvivesRefusals) {
   EXPECT_FALSE(log.SetBuffer(bytes.data(), 0));
 #if ULONG_MAX > 4294967295
   EXPECT_FALSE(log.SetBuffer(bytes.data(), 4294967296));
+#else
+  LogClass tooLong;
+  EXPECT_FALSE(tooLong.SetBuffer(bytes.data(), 4294967288));
+  EXPECT_EQ(tooLong.GetRegCount(kSize), 536870911u) << "the length stays";
+  EXPECT_FALSE(tooLong.ReadReg(0, nullptr, nullptr, kSize));
 #endif
   EXPECT_EQ(log.LoadFile(kSize), 0u) << "no file yet";
   long when = 0;

@@ -156,6 +156,7 @@ TEST(LogStatistics, CountedByDate) {
                       {date(2004, 12, 31), 9},
                       {date(2004, 1, 1, 0), 9},
                       {0, 7},
+                      {-1, 7},
                       {INT32_MAX, 7}});
   struct {
     unsigned short code;
@@ -209,6 +210,7 @@ TEST(LogStatistics, TimedFromStartToEnd) {
       {"still open, not met inside", {{At(7, 10), kFailed}, {At(7, 11), kNote}}, 0},
       {"open at the last second", {{At(8, 10), kFailed}, {At(8, 11), kNote}, {At(8, 23, 59, 59), kNote}}, 3600},
       {"ended at the last second", {{At(8, 23), kFailed}, {At(8, 23, 59, 59), kBack}, {At(8, 1), kFailed}}, 3599},
+      {"begun at the last second", {{At(8, 23, 59, 59), kFailed}}, 0},
       {"only before", {{At(7, 10), kFailed}, {At(7, 11), kBack}}, 0},
       {"begun after", {{At(9, 10), kFailed}, {At(9, 11), kBack}}, -10 * 3600 - 1},
       {"first record after", {{At(9, 10), kNote}, {At(8, 10), kFailed}, {At(8, 11), kBack}}, 0},
