@@ -2,7 +2,7 @@
 #include <CLI/CLI.hpp>
 
 #include "families.h"
-#include "record.h"
+#include "fields.h"
 #include "zelvane/api/serialports.h"
 #include "zelvane/api/versioninfo.h"
 #include "zelvane/core/fileutils.h"

@@ -2,8 +2,8 @@
 #include <CLI/CLI.hpp>
 
 #include "families.h"
+#include "fields.h"
 #include "handle.h"
-#include "record.h"
 #include "zelvane/api/serialports.h"
 
 namespace {

@@ -4,9 +4,9 @@
 #include <CLI/CLI.hpp>
 
 #include "families.h"
+#include "fields.h"
 #include "format.h"
 #include "handle.h"
-#include "record.h"
 #include "zelvane/api/clientconfig.h"
 #include "zelvane/api/serverlist.h"
 #include "zelvane/config/paths.h"

@@ -8,6 +8,7 @@
 #include "format.h"
 #include "handle.h"
 #include "latin1.h"
+#include "record.h"
 #include "typefields.h"
 #include "zelvane/api/serialports.h"
 #include "zelvane/api/upslist.h"

@@ -2,15 +2,12 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <charconv>
 #include <map>
 #include <numeric>
 
 #include "format.h"
-#include "latin1.h"
 #include "secret.h"
 #include "zelvane/config/paths.h"
-#include "zelvane/core/datetime.h"
 #include "zelvane/core/fileutils.h"
 #include "zelvane/core/strutils.h"
 
@@ -50,48 +47,6 @@ std::size_t FindField(std::vector<Field> const& fields, std::string const& name)
   throw WrongUsage("no field \"" + name + "\"; did you mean " + nearest->name + "?");
 }
 
-std::string TextFault(Field const& field, std::string const& value) {
-  auto const most = static_cast<std::size_t>(field.highest);
-  if (value.size() > most)
-    return "at most " + std::to_string(most) + " characters, not " + std::to_string(value.size());
-  if (field.kind == FieldKind::kPassword)
-    return value.find('\0') == std::string::npos ? "" : "a NUL byte ends the text";
-  if (field.kind == FieldKind::kListText && value.find(';') != std::string::npos)
-    return "';' parts the fields of its line in the file";
-  if (field.kind == FieldKind::kLowerText && LowerCase(value) != value)
-    return "capitals: the file is read in lower case";
-  return ValueFault(value);
-}
-
-std::string NumberFault(std::string const& value, std::int64_t lowest, std::int64_t highest, std::int64_t step = 1) {
-  std::int64_t number = 0;
-  auto const [end, error] = std::from_chars(value.data(), value.data() + value.size(), number);
-  bool const isNumber = error == std::errc() && end == value.data() + value.size();
-  if (isNumber && number >= lowest && number <= highest && number % step == 0) return "";
-  return "a number from " + std::to_string(lowest) + " to " + std::to_string(highest) +
-         (step == 1 ? "" : " in steps of " + std::to_string(step));
-}
-
-bool IsNumber(Field const& field) { return field.kind == FieldKind::kNumber || field.kind == FieldKind::kDate; }
-
-// What is wrong with a value for the field, in words; "" when it would come back from the file as it is.
-std::string FieldFault(Field const& field, std::string const& value) {
-  if (IsNumber(field)) return NumberFault(value, field.lowest, field.highest, field.step);
-  if (field.kind == FieldKind::kFlag) return value == "on" || value == "off" ? "" : "on or off";
-  return TextFault(field, value);
-}
-
-// The value of an argument as the file will hold it.
-std::string Checked(Field const& field, std::string const& argument, Terminal const& terminal) {
-  if (field.follows != nullptr)
-    throw WrongUsage(std::string(field.name) + ": cannot be set, it follows " + field.follows);
-  std::string value = terminal.FromArgument(field.name, argument);
-  if (field.kind == FieldKind::kFlag && (value == "1" || value == "0")) value = value == "1" ? "on" : "off";
-  std::string const fault = FieldFault(field, value);
-  if (!fault.empty()) throw WrongUsage(std::string(field.name) + ": " + fault);
-  return value;
-}
-
 void AddChange(Changes& changes, Field const& field, std::size_t place, std::string value) {
   if (!changes.emplace(place, std::move(value)).second) throw WrongUsage(std::string(field.name) + ": given twice");
 }
@@ -105,57 +60,16 @@ Changes ParseChanges(std::vector<Field> const& fields, Arguments const& argument
     Field const& field = fields[place];
     std::string value = item.substr(equals + 1);
     if (field.kind == FieldKind::kPassword && value == "-") value = ReadSecretFromInput();
-    AddChange(changes, field, place, Checked(field, value, terminal));
+    AddChange(changes, field, place, CheckedArgument(field, value, terminal));
   }
   if (!arguments.passwordFile.empty()) {
     auto const field =
         std::find_if(fields.begin(), fields.end(), [](Field const& f) { return f.kind == FieldKind::kPassword; });
     AddChange(changes, *field, static_cast<std::size_t>(field - fields.begin()),
-              Checked(*field, ReadSecretFromFile(arguments.passwordFile), terminal));
+              CheckedArgument(*field, ReadSecretFromFile(arguments.passwordFile), terminal));
   }
   if (changes.empty()) throw WrongUsage("nothing to set: FIELD=VALUE is wanted");
   return changes;
-}
-
-Values ValuesOf(std::vector<Field> const& fields, void const* record) {
-  Values values;
-  for (Field const& field : fields) values.push_back(field.get(record));
-  return values;
-}
-
-bool IsHidden(Field const& field, std::string const& value, Terminal const& terminal) {
-  return field.kind == FieldKind::kPassword && !value.empty() && !terminal.showPasswords;
-}
-
-std::string CellOf(Field const& field, std::string const& value, Terminal const& terminal) {
-  if (IsHidden(field, value, terminal)) return kHiddenPassword;
-  std::string const date = field.kind == FieldKind::kDate ? DateTimeToStr("yyyy-mm-dd hh:nn:ss", std::stol(value)) : "";
-  return date.empty() ? value : value + " (" + date + ")";
-}
-
-Json JsonOf(Field const& field, std::string const& value, Terminal const& terminal) {
-  if (IsHidden(field, value, terminal)) return nullptr;
-  if (IsNumber(field)) return std::stoll(value);
-  if (field.kind == FieldKind::kFlag) return value == "on";
-  if (field.kind == FieldKind::kAnswer) return value == "yes";
-  return ToUtf8(value);
-}
-
-// The fields at `places`, or all.
-void PrintFields(std::vector<Field> const& fields, Values const& values, std::vector<std::size_t> places,
-                 Terminal const& terminal) {
-  if (places.empty()) {
-    places.resize(fields.size());
-    std::iota(places.begin(), places.end(), std::size_t{0});
-  }
-  Json members = Json::object();
-  std::vector<std::vector<std::string>> rows = {{"FIELD", "VALUE", "MEANING"}};
-  for (std::size_t const place : places) {
-    Field const& field = fields[place];
-    members[field.name] = JsonOf(field, values[place], terminal);
-    rows.push_back({field.name, CellOf(field, values[place], terminal), field.meaning});
-  }
-  terminal.json ? terminal.PrintJson(members) : terminal.PrintTable(rows);
 }
 
 // Success is silent but for --json, as it is for `cfg set`.
@@ -207,13 +121,13 @@ std::shared_ptr<void> ReadRecord(RecordFamily const& family, std::string const& 
 
 void Show(RecordFamily const& family, Arguments arguments, Terminal const& terminal) {
   std::string const directory = TakeDirectory(family, arguments);
-  std::vector<std::size_t> places;
-  for (std::string const& name : arguments.items) places.push_back(FindField(family.fields, name));
+  std::vector<Field> fields;
+  for (std::string const& name : arguments.items) fields.push_back(family.fields[FindField(family.fields, name)]);
   RequireDirectory(directory);
   std::shared_ptr<void> const record = ReadRecord(family, directory);
   for (std::string const& file : family.files(directory, record.get()))
     NoteState(file, "its settings have their defaults", terminal);
-  PrintFields(family.fields, ValuesOf(family.fields, record.get()), places, terminal);
+  PrintRecord(fields.empty() ? family.fields : fields, record.get(), terminal);
 }
 
 void ShowDefaults(RecordFamily const& family, Terminal const& terminal) {
@@ -347,45 +261,4 @@ void AddRecordCommands(CLI::App* family, Terminal& terminal, RecordFamily const&
 
   CLI::App* const defaults = AddCommand(family, terminal, "defaults", "Show the factory defaults; touches no file");
   defaults->callback([record, &terminal] { ShowDefaults(*record, terminal); });
-}
-
-std::string Limits(Field const& field) {
-  if (field.follows != nullptr) return std::string("follows ") + field.follows;
-  if (field.kind == FieldKind::kFlag) return "on or off";
-  if (IsNumber(field)) return std::to_string(field.lowest) + " to " + std::to_string(field.highest);
-  std::string const characters = "up to " + std::to_string(field.highest) + " characters";
-  if (field.kind == FieldKind::kListText) return characters + ", no ';'";
-  return field.kind == FieldKind::kLowerText ? characters + ", no capitals" : characters;
-}
-
-void PutArgument(Field const& field, void* record, std::string const& argument, Terminal const& terminal) {
-  field.put(record, Checked(field, argument, terminal));
-}
-
-std::int64_t NumberArgument(std::string const& name, std::string const& text, std::int64_t lowest,
-                            std::int64_t highest) {
-  std::string const fault = NumberFault(text, lowest, highest);
-  if (!fault.empty()) throw WrongUsage(name + ": " + fault);
-  return std::stoll(text);
-}
-
-void PrintRecord(std::vector<Field> const& fields, void const* record, Terminal const& terminal) {
-  PrintFields(fields, ValuesOf(fields, record), {}, terminal);
-}
-
-void PrintRecords(std::vector<Field> const& fields, std::vector<void const*> const& records, Terminal const& terminal) {
-  Json list = Json::array();
-  std::vector<std::vector<std::string>> rows(1);
-  for (Field const& field : fields) rows[0].push_back(UpperCase(field.name));
-  for (void const* record : records) {
-    Json members = Json::object();
-    rows.emplace_back();
-    for (Field const& field : fields) {
-      std::string const value = field.get(record);
-      members[field.name] = JsonOf(field, value, terminal);
-      rows.back().push_back(CellOf(field, value, terminal));
-    }
-    list.push_back(std::move(members));
-  }
-  terminal.json ? terminal.PrintJson(list) : terminal.PrintTable(rows);
 }

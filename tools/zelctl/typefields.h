@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "record.h"
+#include "fields.h"
 
 template <class Record>
 std::vector<Field> TypeFields() {
