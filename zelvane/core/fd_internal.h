@@ -94,7 +94,8 @@ inline bool WriteAll(int fd, char const* bytes, size_t size) {
   while (size > 0) {
     ssize_t const put = write(fd, bytes, size);
     if (put < 0 && errno == EINTR) continue;
-    if (put < 0) return false;
+    if (put == 0) errno = EIO;  // a driver that takes nothing would keep us here for ever
+    if (put <= 0) return false;
     bytes += put;
     size -= static_cast<size_t>(put);
   }

@@ -166,7 +166,8 @@ bool SaveInPlace(std::string const& path, Descriptor& file, struct stat const& o
     (void)!ftruncate(file.Get(), old.st_size);  // gives back what was reserved behind the end
     return false;
   }
-  if (Overwrite(file.Get(), text) && fsync(file.Get()) == 0) return file.Close();
+  // On disk by then: whatever close() might still complain about, the text is not lost.
+  if (Overwrite(file.Get(), text) && fsync(file.Get()) == 0) return true;
   if (known) Overwrite(file.Get(), before);
   return false;
 }

@@ -20,16 +20,18 @@ enum class ReadResult {
 // device must not eat the memory, and with ENOMEM when there is none. Never throws.
 ReadResult ReadWhole(std::string const& path, std::string& out);
 
-// Makes `text` the file's whole content. True when it is on disk; on false the file holds what it held before, or is
-// still missing, and nothing is left beside it.
+// Makes `text` the file's whole content. True when its bytes are on disk; on false the file holds what it held before,
+// or is still missing, and nothing is left beside it. The folder is not brought to disk: a power cut right after a save
+// may bring back the whole old file.
 //
 // An existing file must be openable for writing by this user, whatever its folder would allow. A new file is then
 // written beside it, given the old one's owner and mode, brought to disk and renamed over it; symbolic links are
 // followed, so the link stays a link. The text is written into the old file where a new one would lose something or is
 // not allowed: several hard links, an access control list, an owner that this user cannot give, a folder that takes no
 // new name, a mount on the file itself. There the space is reserved first, the file is never empty in between, and a
-// failed write puts the old bytes back; only a kill in the middle of that write leaves a mixture. Extended attributes
-// other than the access control list are not carried over. What is not a regular file (a device, a FIFO with a reader)
+// failed write puts the old bytes back; a mixture is left only by a kill in the middle of that write, or when the old
+// bytes cannot be written again either, or could not be read by this user in the first place. Extended attributes other
+// than the access control list are not carried over. What is not a regular file (a device, a FIFO with a reader)
 // just gets the bytes, without waiting.
 //
 // A missing file is created the same way with the mode that the umask gives, at the end of a dangling symbolic link
