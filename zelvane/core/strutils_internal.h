@@ -12,9 +12,7 @@
 namespace zelvane::internal {
 
 // The text up to its NUL. A null pointer gives a view whose data() is null: empty, and still to be told from "".
-inline std::string_view View(char const* text) {
-  return text == nullptr ? std::string_view() : std::string_view(text);
-}
+inline std::string_view View(char const* text) { return text == nullptr ? std::string_view() : std::string_view(text); }
 
 // Without the blanks that Trim removes; the result is a part of `text`.
 std::string_view TrimView(std::string_view text);
