@@ -341,7 +341,10 @@ class Steps : public CfgClass {
  public:
   std::string taken;
   bool upper = true;
-  bool GetUpperCaseWriteCache() override { return taken += 'U', upper; }
+  bool GetUpperCaseWriteCache() override {
+    CfgClass::LocateSection("a look-up in between", nullptr);  // must not get into what is being inserted
+    return taken += 'U', upper;
+  }
   bool LoadFile(bool n) override { return taken += 'L', CfgClass::LoadFile(n); }
   bool SaveFile() override { return taken += 'S', CfgClass::SaveFile(); }
   void ClearReadCache() override { taken += 'r', CfgClass::ClearReadCache(); }
@@ -373,6 +376,8 @@ TEST(CfgSteps, AVariantMayReplaceAny) {
   cfg.upper = false;
   EXPECT_TRUE(cfg.WriteStr("New", "Key", "v"));
   EXPECT_EQ(cfg.Take(), "siUslkUS");
+  EXPECT_EQ(Dump(cfg), "NEW{KEY=v}S{A=1}");
+  cfg.Take();
   EXPECT_TRUE(cfg.DeleteKey("s", "A"));
   EXPECT_EQ(cfg.Take(), "slS");
   EXPECT_EQ(scratch.Read("f.cfg"), "[S]\na=2\n[s]\n[New]\nKey = v");

@@ -205,8 +205,10 @@ bool CfgClass::LocateKey(SectionPosition const* section, std::string const& key,
 
 bool CfgClass::InsertSection(std::string const& name, LinePosition const* line, bool create) {
   if (create ? HasLineFeed(name) : line == nullptr) return Fail(CFG_BAD_ARGUMENT);
+  // Asked before the name is upper-cased: a variant may look into this object for its answer.
+  bool const upperCase = create && GetUpperCaseWriteCache();
   auto const makeLine = [&](std::string_view upper) {
-    return create ? MakeHeader(*state_, GetUpperCaseWriteCache() ? upper : std::string_view(name)) : *line;
+    return create ? MakeHeader(*state_, upperCase ? upper : std::string_view(name)) : *line;
   };
   bool const added = AddSection(*state_, name, makeLine).second;
   return Fail(added ? CFG_OK : CFG_EXISTS);
@@ -218,9 +220,10 @@ bool CfgClass::InsertKey(std::string const& key, std::string const& value, Secti
   if (section == nullptr || previous == nullptr || *section == state.sections.end()) return Fail(CFG_BAD_ARGUMENT);
   if (create ? HasLineFeed(key) || HasLineFeed(value) : line == nullptr) return Fail(CFG_BAD_ARGUMENT);
   SectRec& record = (*section)->second;
+  bool const upperCase = create && GetUpperCaseWriteCache();
   auto const makeLine = [&](std::string_view upper) {
     if (!create) return KeyLine{*line, ValueIn(state, *line, value)};
-    return MakeKey(state, record, GetUpperCaseWriteCache() ? upper : std::string_view(key), value);
+    return MakeKey(state, record, upperCase ? upper : std::string_view(key), value);
   };
   bool const added = AddKey(state, record, key, *previous, makeLine).second;
   return Fail(added ? CFG_OK : CFG_EXISTS);
