@@ -48,30 +48,27 @@ struct Model {
   Cipher_Safer_SK64 cipher;
   std::string feedback = g_iv, scratch = std::string(8, '\0');
 
-  std::string Block(bool encode, std::string block, std::string const& before, std::string const& after) {
-    for (size_t i = 0; i < 8; i++) block[i] = static_cast<char>(block[i] ^ before[i]);
+  std::string Block(bool encode, std::string block) {
     encode ? cipher.Encode(block.data()) : cipher.Decode(block.data());
-    for (size_t i = 0; i < 8; i++) block[i] = static_cast<char>(block[i] ^ after[i]);
     return block;
   }
-  std::string Run(int mode, bool encode, std::string text) {
-    std::string const none(8, '\0');
-    for (size_t at = 0; at < text.size() && (mode == 0 || mode == 4); at += 8) {
-      std::string in = text.substr(at, 8), out;
-      if (mode == 4) {
-        out = Block(encode || in.size() < 8, in + scratch.substr(in.size()), none, none);
-        if (in.size() < 8) scratch = out;
-      } else if (in.size() == 8) {
-        out = Block(encode, in, encode ? feedback : none, encode ? none : feedback);
-        for (size_t i = 0; i < 8; i++) feedback[i] = static_cast<char>(feedback[i] ^ (encode ? out : in)[i]);
-      } else {
-        scratch = Block(true, feedback, none, none);
-        out = Block(true, feedback, none, in + none);
-        for (size_t i = 0; i < 8; i++) feedback[i] = static_cast<char>(feedback[i] ^ scratch[i]);
-      }
-      text.replace(at, 8, out, 0, in.size());
+  static std::string Xor(std::string a, std::string const& b) {
+    for (size_t i = 0; i < a.size(); i++) a[i] = static_cast<char>(a[i] ^ b[i]);
+    return a;
+  }
+  std::string Run(int mode, bool encode, std::string const& text) {
+    if (mode != 0 && mode != 4) return text;
+    std::string all;
+    for (size_t at = 0; at < text.size(); at += 8) {
+      std::string in = text.substr(at, 8), mask = mode == 0 ? feedback : std::string(8, '\0');
+      bool const rest = in.size() < 8;
+      if (rest) scratch = Block(true, mode == 0 ? feedback : in + scratch.substr(in.size()));
+      all += rest     ? mode == 0 ? Xor(in, scratch) : scratch.substr(0, in.size())
+                 : encode ? Block(true, Xor(in, mask))
+                      : Xor(Block(false, in), mask);
+      feedback = Xor(feedback, rest ? scratch : encode ? all.substr(at) : in);
     }
-    return text;
+    return all;
   }
 };
 
@@ -87,17 +84,15 @@ TEST(Cipher, KnownAnswersAtAnyAddressAloneAndInABuffer) {
     ASSERT_TRUE(Key(cipher, FromHex(line[2]), mode));
     cipher.SetMode(CIPHER_CODE_BOOK);
     for (size_t shift = 0; shift < 8; shift++) {
-      std::string text = std::string(shift, '.') + plain + "!";
+      std::string const dots(shift, '.');
+      std::string text = dots + plain + "!", plains, codeds;
       cipher.Encode(&text[shift]);
-      EXPECT_EQ(std::string(shift, '.') + coded + "!", text) << line[0] << " " << line[2] << " + " << shift;
+      EXPECT_EQ(dots + coded + "!", text) << line[0] << " " << line[2] << " + " << shift;
       cipher.Decode(&text[shift]);
-      EXPECT_EQ(std::string(shift, '.') + plain + "!", text) << line[0] << " " << line[2] << " + " << shift;
-    }
-    for (size_t count : {1, 7, 8, 9, 16, 65}) {
-      std::string plains, codeds;
-      for (size_t i = 0; i < count; i++) plains += plain, codeds += coded;
-      EXPECT_EQ(codeds, Code(cipher, kCoders[0], plains)) << line[2] << ", " << count << " blocks";
-      EXPECT_EQ(plains, Code(cipher, kCoders[1], codeds)) << line[2] << ", " << count << " blocks";
+      EXPECT_EQ(dots + plain + "!", text) << line[0] << " " << line[2] << " + " << shift;
+      for (size_t i = 0; i < 9 * shift + 1; i++) plains += plain, codeds += coded;
+      EXPECT_EQ(codeds, Code(cipher, kCoders[0], plains)) << line[2] << ", " << plains.size();
+      EXPECT_EQ(plains, Code(cipher, kCoders[1], codeds)) << line[2] << ", " << plains.size();
     }
   }
 }
@@ -115,20 +110,18 @@ TEST(Cipher, BuffersFollowTheModel) {
         cipher->Done();
         cipher->SetMode(CipherMode(mode));
       }
-      size_t blocks = 0;
       // Two ways in turn, so that the second goes on from registers that a rest has moved.
       for (size_t turn = 0; turn < 4; turn++) {
         Coder const coder = kCoders[turn % 2];
-        std::string const text = Bytes(length + turn);
+        std::string const text = Bytes(length);
         std::string const expected = model.Run(mode, turn % 2 == 0, text);
-        blocks += (text.size() + 7) / 8;
         EXPECT_EQ(expected, Code(plain, coder, text)) << mode << ", " << length << ", turn " << turn;
         // In place, at an odd address.
         std::string shifted = "." + text;
         EXPECT_TRUE((replaced.*coder)(&shifted[1], &shifted[1], static_cast<long>(text.size())));
         EXPECT_EQ("." + expected, shifted) << mode << ", " << length << ", turn " << turn;
       }
-      EXPECT_EQ(mode == 0 || mode == 4 ? blocks + 2 : 2, replaced.blocks) << mode << ", " << length;
+      EXPECT_EQ(mode == 0 || mode == 4 ? 2 + 4 * ((length + 7) / 8) : 2, replaced.blocks) << mode << ", " << length;
     }
   }
 }
@@ -196,15 +189,14 @@ TEST(Cipher, APhraseGoesThroughTheVirtualSteps) {
   struct Spy : Cipher_Safer_SK64 {
     using Base = Cipher_Safer_SK64;
     std::string seen;
-    bool fail = false;
     bool Init(void const* key, long n, void* iv) override { return seen += "Init ", Base::Init(key, n, iv); }
     bool InitBegin(long* length) override { return seen += "Begin ", Base::InitBegin(length); }
     void SetRounds(long rounds) override { seen += "Rounds ", Base::SetRounds(rounds); }
     void Internal_InitTab() override { seen += "Tab ", Base::Internal_InitTab(); }
     void Internal_InitKey(void const* key, long n) override { seen += "Key ", Base::Internal_InitKey(key, n); }
     void InitEnd(void* iv) override { seen += "End ", Base::InitEnd(iv); }
-    bool EncodeBuffer(void const* in, void* out, long n) override {
-      return seen += "Encode ", !fail && Base::EncodeBuffer(in, out, n);
+    bool EncodeBuffer(void const* a, void* b, long n) override {
+      return seen += "Encode ", Base::EncodeBuffer(a, b, n);
     }
     void Done() override { seen += "Done ", Base::Done(); }
   } spy;
@@ -216,13 +208,10 @@ TEST(Cipher, APhraseGoesThroughTheVirtualSteps) {
   // The digest is hidden, and the stream begins at the initial block.
   Cipher_Safer told;
   ASSERT_TRUE(Key(told, FromHex(digest.substr(0, 16)), SAFER_SK64, g_iv.data()));
-  auto const left = [&] { return std::string(static_cast<char const*>(hash.DigestKey()), 32); };
-  EXPECT_EQ(Hex(Code(told, kCoders[0], FromHex(digest))), Hex(left()));
+  EXPECT_EQ(Hex(Code(told, kCoders[0], FromHex(digest))),
+            Hex(std::string(static_cast<char const*>(hash.DigestKey()), 32)));
   told.Done();
   EXPECT_EQ(Code(told, kCoders[0], "text"), Code(spy, kCoders[0], "text"));
-  spy.fail = true;
-  EXPECT_FALSE(spy.InitKey(std::string("abc"), nullptr) || spy.GetFlag(0));
-  EXPECT_EQ(std::string(32, '\0'), left());
 }
 
 TEST(Cipher, VirtualOperationsKeepTheirSlots) {
