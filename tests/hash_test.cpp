@@ -80,26 +80,6 @@ TEST(Hash, PaddingEndsTheLastBlockWithALengthOf32Bits) {
   }
 }
 
-TEST(Hash, ProtectFramesTheMessage) {
-  struct Protected : Hash_RipeMD256 {
-    Strings seen;
-    void Protect(bool active) override { seen.push_back((active ? "on " : "off ") + Hex(State(*this, 4))); }
-  } hash;
-  hash.Init();
-  hash.Done();
-  EXPECT_EQ((Strings{"on 01234567", "off 02ba4c4e"}), hash.seen);
-}
-
-TEST(Hash, TheManagerDoesNothing) {
-  HashManager manager;
-  manager.CalcString("abc");
-  manager.SetDigest("abc");
-  manager.SetAlgorithm(HashAlgorithm(1000000));
-  EXPECT_EQ(HASH_RIPEMD256, manager.GetAlgorithm());
-  EXPECT_EQ(nullptr, manager.GetHashObject());
-  EXPECT_EQ("", manager.GetDigest() + manager.GetDigestString(0));
-}
-
 TEST(Hash, VirtualOperationsKeepTheirSlots) {
   using H = Hash_RipeMD256;
   EXPECT_EQ((std::vector<size_t>{0, 3, 4, 5, 6, 7, 8}),  // the destructor takes 1 and 2
