@@ -49,24 +49,15 @@ TEST(CipherManager, WithoutACipherOrAKeyEverythingFails) {
     EXPECT_FALSE(m->EncodeFile(source, kept) || m->DecodeFile(source, kept)) << (m == &bare);
     EXPECT_EQ("", m->EncodeString("text") + m->DecodeString("text")) << (m == &bare);
   }
+  keyed.SetMode(CIPHER_CODE_BOOK);
+  keyed.SetAlgorithm(CipherAlgorithm(-1));  // a new cipher without a key, whatever the number
+  EXPECT_TRUE(keyed.EncodeString("text").empty() && keyed.GetAlgorithm() == -1 && keyed.InitKey("phrase"));
+  EXPECT_EQ(CIPHER_CODE_BOOK, keyed.GetCipherObject()->GetMode());
   EXPECT_FALSE(bare.InitKey("phrase") || bare.InitKey("phrase", nullptr) || bare.GetCipherObject());
   EXPECT_FALSE(keyed.EncodeBuffer(text, text, 0) || keyed.EncodeBuffer(nullptr, text, 1));
   for (unsigned long length : {0x80000000UL, std::numeric_limits<unsigned long>::max()})
     EXPECT_FALSE(keyed.EncodeBuffer(text, text, length) || keyed.DecodeBuffer(text, text, length)) << length;
   EXPECT_EQ("old12345678", scratch.Read("kept") + text);
-}
-
-TEST(CipherManager, EveryAlgorithmIsANewSaferSk64) {
-  for (int value : {0, 1, -1, std::numeric_limits<int>::max()}) {
-    Keyed manager;
-    manager.SetMode(CIPHER_CODE_BOOK);
-    manager.SetAlgorithm(CipherAlgorithm(value));
-    ASSERT_NE(nullptr, dynamic_cast<Cipher_Safer_SK64*>(manager.GetCipherObject())) << value;
-    EXPECT_EQ(value, manager.GetAlgorithm());
-    EXPECT_EQ(CIPHER_CODE_BOOK, manager.GetCipherObject()->GetMode());
-    EXPECT_EQ("", manager.EncodeString("text"));  // without a key
-    EXPECT_TRUE(manager.InitKey("phrase"));
-  }
 }
 
 TEST(CipherManager, FilesOfAnyLength) {
@@ -113,10 +104,8 @@ TEST(CipherManager, StringsBeginTheirOwnStreamAndEndAtANul) {
   for (int i = 0; i < 2000; i++) {
     std::string const text = "texto n\xfamero " + std::to_string(i), coded = Encoded(text).c_str();
     ASSERT_EQ(coded, manager.EncodeString(text)) << text;
-    if (coded.size() < text.size())
-      cut++;
-    else
-      ASSERT_EQ(text, manager.DecodeString(coded));
+    cut += coded.size() < text.size();
+    ASSERT_TRUE(coded.size() < text.size() || manager.DecodeString(coded) == text) << text;
   }
   EXPECT_GT(cut, 0);
 }
