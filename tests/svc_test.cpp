@@ -60,30 +60,6 @@ TEST(SvcManager, NamesInTheOrderOfTheFiles) {
     EXPECT_EQ(services.GetSvcByName(other), nullptr) << other;
 }
 
-TEST(SvcManager, OrderOfTheFolders) {
-  struct Planned : SvcManager {
-    bool GetDaemonInfo(std::string const& dir) override { return asked += dir + " ", results[calls++]; }
-    std::string asked;
-    std::vector<bool> results;
-    size_t calls = 0;
-  };
-  std::string const first = "/etc/init.d/ ", all = first + "/etc/rc.d/ /usr/local/etc/rc.d/ ";
-  struct {
-    std::vector<bool> results;
-    bool updated;
-    std::string asked;
-  } const cases[] = {{{true}, true, first},
-                     {{false, true, false}, true, all},
-                     {{false, false, true}, true, all},
-                     {{false, false, false}, false, all}};
-  for (auto const& c : cases) {
-    Planned services;
-    services.results = c.results;
-    EXPECT_EQ(services.Update(), c.updated) << testing::PrintToString(c.results);
-    EXPECT_EQ(services.asked, c.asked) << testing::PrintToString(c.results);
-  }
-}
-
 TEST(SvcManager, Descriptions) {
   std::pair<char const*, char const*> const cases[] = {
       {"# Description: Watches the line \\\n# power unit\n", "Watches the line power unit"},
@@ -143,6 +119,9 @@ TEST(SvcManager, TheSystemsFolders) {
     for (int level = -1; level < 8; level++)
       for (std::string const name : {"owner", "other", "none", "z"})
         EXPECT_EQ(services.GetSvcByName(name)->GetAutomatic(level), name[0] == 'o' && level < 7) << name << level;
+    test::WriteFile("/etc/init.d/only", "");
+    EXPECT_TRUE(services.Update());
+    EXPECT_EQ(Names(services), "only|");
     return !testing::Test::HasFailure();
   });
   if (!result) GTEST_SKIP() << "no child with folders of its own on this system";
@@ -211,20 +190,6 @@ TEST(SvcClass, RestartsOnlyWhatRuns) {
   EXPECT_EQ(services.Log(), "start\nrestart\nrestart\n");
   unlink(service->GetFileName().c_str());
   EXPECT_FALSE(service->Restart(-1, -1));
-}
-
-TEST(SvcClass, ShellThatCannotBeStarted) {
-  EXPECT_TRUE(test::AsOrdinaryUser([] {
-    Services services;
-    std::string const name = UniqueName();
-    services.Add(name);
-    Sleeper const process(name);
-    SvcClass* const service = services.GetSvcByName(name);
-    if (!service->Start(-1)) return false;
-    rlimit const none = {0, 0};
-    setrlimit(RLIMIT_NPROC, &none);
-    return !service->Start(-1) && !service->Restart(-1, -1) && !service->Stop(-1) && process.IsAlive();
-  }));
 }
 
 }  // namespace
