@@ -29,13 +29,9 @@ std::string Scratch::Write(std::string const& name, std::string const& bytes) co
   return Path(name);
 }
 
-std::string Scratch::Read(std::string const& name) const {
-  return ReadFile(Path(name));
-}
+std::string Scratch::Read(std::string const& name) const { return ReadFile(Path(name)); }
 
-bool Scratch::Exists(std::string const& name) const {
-  return fs::exists(fs::symlink_status(Path(name)));
-}
+bool Scratch::Exists(std::string const& name) const { return fs::exists(fs::symlink_status(Path(name))); }
 
 std::vector<std::string> Scratch::List() const {
   std::vector<std::string> names;

@@ -1,6 +1,6 @@
-// The system-wide settings file of the tests. The test program has an open() of its own, which the library finds before
-// the C library's: it sends "/etc/zelvane.conf" to a path that the test names (at first one that does not exist), so
-// that no test reads or writes the machine's own settings.
+// The system-wide settings file of the tests. The test program has an open() of its own (redirect.cpp), which the
+// library finds before the C library's: it sends "/etc/zelvane.conf" to a path that the test names (at first one that
+// does not exist), so that no test reads or writes the machine's own settings.
 #ifndef ZELVANE_TESTS_SUPPORT_SETTINGS_H
 #define ZELVANE_TESTS_SUPPORT_SETTINGS_H
 

@@ -27,13 +27,13 @@ std::vector<Field> Fields() {
       String<&Facts::root>("root", "installation root"),
       String<&Facts::version>("version", "version of the product"),
       String<&Facts::product>("product", "name of the product"),
-      Answer<&Facts::zelsrv>("zelsrv", "is the monitoring service present?"),
-      Answer<&Facts::shutsrv>("shutsrv", "is the shutdown service?"),
-      Answer<&Facts::client>("client", "is the client?"),
-      Answer<&Facts::config>("config", "is the configuration tool?"),
-      Answer<&Facts::browser>("browser", "is the network browser?"),
+      Answer<&Facts::zelsrv>("zelsrv", "monitoring service present"),
+      Answer<&Facts::shutsrv>("shutsrv", "shutdown service present"),
+      Answer<&Facts::client>("client", "client present"),
+      Answer<&Facts::config>("config", "configuration tool present"),
+      Answer<&Facts::browser>("browser", "network browser present"),
       String<&Facts::system>("system", "this computer's system"),
-      Answer<&Facts::admin>("admin", "is this user root, or of its group?"),
+      Answer<&Facts::admin>("admin", "this user is root or of its group"),
   };
 }
 

@@ -30,7 +30,8 @@ void List(Arguments const& arguments, Terminal const& terminal) {
   for (unsigned int i = 0; i < count; i++) {
     UpsTypeItem item;
     if (GetUPSTypeListItem(types.get(), i, &item) == 0)
-      terminal.Note(table + ": entry " + std::to_string(i + 1) + " of [UPSTYPE] is not NUMBER = five fields with ';'");
+      terminal.Note(table + ": entry " + std::to_string(i + 1) +
+                    " of [UPSTYPE] is not NUMBER = NAME;DRIVER;MODULE;MODULE;MODEL");
     else
       items.push_back(item);
   }

@@ -48,7 +48,7 @@ bool HasKey(std::string const& path, std::string const& section, std::string con
 void RemoveKey(std::string const& path, std::string const& section, std::string const& key,
                std::function<void()> const& remove) {
   std::string const name = "[" + section + "] " + key;
-  if (!HasKey(path, section, key)) throw Failed(path + ": no " + name);
+  if (!HasKey(path, section, key)) throw Failed(path + ": no key " + name);
   remove();
   if (HasKey(path, section, key))
     throw Failed(path + ": " + name + " stays: the file cannot be written, or a line that repeats it counts now");

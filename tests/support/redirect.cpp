@@ -1,0 +1,42 @@
+// An open() that sends "/etc/zelvane.conf" to the path in the variable ZELVANE_TEST_SETTINGS, or to one that does not
+// exist. It stands in the test program, where the library finds it before the C library's, and in an object of its own
+// that is loaded before the libraries of a command.
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <stdarg.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/stat.h>
+
+namespace {
+
+int OpenRedirected(char const* name, char const* path, int flags, mode_t mode) {
+  using Open = int (*)(char const*, int, ...);
+  Open const real = reinterpret_cast<Open>(dlsym(RTLD_NEXT, name));
+  if (path != nullptr && strcmp(path, "/etc/zelvane.conf") == 0) {
+    char const* const settings = getenv("ZELVANE_TEST_SETTINGS");
+    path = settings != nullptr ? settings : "/nonexistent/zelvane-test.conf";
+  }
+  return real(path, flags, mode);
+}
+
+}  // namespace
+
+extern "C" {
+
+__attribute__((visibility("default"))) int open(char const* path, int flags, ...) {
+  va_list arguments;
+  va_start(arguments, flags);
+  mode_t const mode = (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(arguments, mode_t) : 0;
+  va_end(arguments);
+  return OpenRedirected("open", path, flags, mode);
+}
+
+__attribute__((visibility("default"))) int open64(char const* path, int flags, ...) {
+  va_list arguments;
+  va_start(arguments, flags);
+  mode_t const mode = (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(arguments, mode_t) : 0;
+  va_end(arguments);
+  return OpenRedirected("open64", path, flags, mode);
+}
+}
