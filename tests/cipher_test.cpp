@@ -132,7 +132,7 @@ TEST(Cipher, WithoutAKeyOrABufferNothingHappens) {
   fresh.InitEnd(nullptr);
   ASSERT_TRUE(Key(forgotten, kKey, SAFER_SK64) && Key(keyed, kKey, SAFER_SK64));
   forgotten.Protect();
-  std::string text = "unchanged", before = EncodeBlock(keyed);
+  std::string text = "unchanged";
   char* const out = text.data();
   std::tuple<Cipher_Safer*, char const*, char*, long> const cases[] = {
       {&fresh, "12345678", out, 8},       {&forgotten, "12345678", out, 8}, {&keyed, nullptr, out, 8},
@@ -142,13 +142,9 @@ TEST(Cipher, WithoutAKeyOrABufferNothingHappens) {
     EXPECT_FALSE(cipher->Init(nullptr, 8, nullptr) || cipher->InitKey("no hash", nullptr));
     cipher->Encode(cipher == &keyed ? nullptr : out);
     cipher->Decode(cipher == &keyed ? nullptr : out);
-    for (int mode : {0, 1, 4}) {
-      cipher->SetMode(CipherMode(mode));
-      for (Coder coder : kCoders) EXPECT_FALSE((cipher->*coder)(in, to, length)) << mode << ", length " << length;
-    }
+    for (Coder coder : kCoders) EXPECT_FALSE((cipher->*coder)(in, to, length)) << length;
   }
   EXPECT_EQ("unchanged", text);
-  EXPECT_EQ(before, EncodeBlock(keyed));  // the key before stays
 }
 
 TEST(Cipher, KeysOfAnyLengthArePaddedOrCut) {
