@@ -11,7 +11,6 @@
 namespace {
 
 using test::Bytes, test::FromHex, test::Hex, test::ReadVectors, test::Slot;
-using Strings = std::vector<std::string>;
 
 std::string State(HashClass& hash, size_t size = 32) {
   return std::string(static_cast<char const*>(hash.DigestKey()), size);
@@ -30,7 +29,7 @@ std::string Digest(std::string message, size_t cut, size_t shift = 0) {
 
 // The frame with the blocks that reach Transform in hexadecimal, and the calls of Protect between them.
 struct Spy : Hash_MD4 {
-  Strings seen;
+  std::vector<std::string> seen;
   void Transform(long* block) override { seen.push_back(Hex(std::string(reinterpret_cast<char const*>(block), 64))); }
   void Protect(bool active) override { seen.emplace_back(active ? "on" : "off"); }
   explicit Spy(std::uint32_t count = 0) { count_ = count; }
