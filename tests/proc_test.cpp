@@ -4,21 +4,20 @@
 #include <limits.h>
 #include <signal.h>
 #include <sys/resource.h>
-#include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstdint>
 #include <vector>
 
-#include "support/child.h"
 #include "support/processes.h"
 #include "support/scratch.h"
 #include "support/slot.h"
 
 namespace {
 
-using test::FakePs, test::InChild, test::NoChild, test::OpenDescriptors, test::Scratch, test::Sleeper, test::UniqueName;
+using test::FakePs, test::NoChild, test::OpenDescriptors, test::Scratch, test::Sleeper, test::UniqueName;
 using Signals = std::vector<std::pair<pid_t, int>>;
 
 #if defined(__x86_64__) || defined(__i386__)
@@ -78,11 +77,6 @@ TEST(ProcTable, WhenPsCannotBeRun) {
     EXPECT_EQ(table.GetProcCount(), c.count) << "'" << c.output << "' " << c.status;
   }
   EXPECT_EQ(OpenDescriptors(), descriptors);
-  EXPECT_TRUE(InChild([] {
-    ProcManager table;
-    rlimit const none = {0, 4096};
-    return table.Update() && setrlimit(RLIMIT_NOFILE, &none) == 0 && !table.Update() && table.GetProcCount() == 0;
-  }));
 }
 
 // ---- Finding ----
@@ -111,10 +105,9 @@ TEST(ProcLookup, AnEmptyTableIsReadAndAFilledOneKept) {
     int updates = 0;
   } table;
   FakePs const ps("7 1 0 a a1\n", 0);
-  std::function<bool()> const questions[] = {
-      [&] { return table.GetProcCount() > 0; }, [&] { return table.GetProcByIndex(0) != nullptr; },
-      [&] { return table.GetProcByName("a") != nullptr; }, [&] { return table.GetProcByPID(7) != nullptr; },
-      [&] { return table.IsRunning(7); }};
+  std::function<bool()> const questions[] = {[&] { return table.GetProcCount() == 1; },
+                                             [&] { return table.GetProcByIndex(0) && table.GetProcByName("a"); },
+                                             [&] { return table.GetProcByPID(7) && table.IsRunning(7); }};
   for (auto const& ask : questions) {
     table.Clear();
     table.updates = 0;
@@ -126,18 +119,15 @@ TEST(ProcLookup, AnEmptyTableIsReadAndAFilledOneKept) {
 
 // ---- Acting on a process ----
 
-TEST(Proc, Kill) {
+TEST(Proc, KillAsksThenForces) {
   for (bool const ignoresTerm : {false, true}) {
     Sleeper sleeper(UniqueName(), ignoresTerm);
     ProcClass entry(static_cast<unsigned long>(sleeper.Id()), 1, "a", "a", 1);
-    Signals const both = {{sleeper.Id(), SIGTERM}, {sleeper.Id(), SIGKILL}};
     test::TakeSignals();
     EXPECT_TRUE(entry.Kill());
-    EXPECT_EQ(test::TakeSignals(), both);
-    int const ending = sleeper.EndingSignal();
-    EXPECT_TRUE(ending == SIGKILL || (ending == SIGTERM && !ignoresTerm)) << ending << " " << ignoresTerm;
+    EXPECT_EQ(test::TakeSignals(), (Signals{{sleeper.Id(), SIGTERM}, {sleeper.Id(), SIGKILL}}));
+    EXPECT_GT(sleeper.EndingSignal(), 0);
     EXPECT_FALSE(entry.Kill() || entry.SetPriority(0));  // waited for: the id is free
-    EXPECT_EQ(test::TakeSignals(), Signals({both[0]}));
   }
 }
 
