@@ -28,11 +28,11 @@ TEST(SvcHandle, NullAndUnknown) {
   std::pair<void*, char const*> const cases[] = {{nullptr, "known"}, {handle, nullptr}, {nullptr, nullptr},
                                                  {handle, "other"},  {handle, ""},      {handle, "KNOWN"}};
   for (auto const& [h, name] : cases) {
-    char const* const shown = name == nullptr ? "(null)" : name;
     Flag running, automatic;
-    EXPECT_FALSE(GetSvcStatus(h, name, &running.value, &automatic.value)) << shown;
-    EXPECT_TRUE(running.Is(7) && automatic.Is(7)) << shown;
-    EXPECT_FALSE(SvcStart(h, name) || SvcStop(h, name) || SvcRestart(h, name) || SetSvcAuto(h, name, 1)) << shown;
+    EXPECT_FALSE(GetSvcStatus(h, name, &running.value, &automatic.value)) << (name ? name : "null");
+    EXPECT_TRUE(running.Is(7) && automatic.Is(7)) << (name ? name : "null");
+    EXPECT_FALSE(SvcStart(h, name) || SvcStop(h, name) || SvcRestart(h, name) || SetSvcAuto(h, name, 1))
+        << (name ? name : "null");
   }
   void* const machine = OpenSvcManager();  // whatever it has
   EXPECT_EQ(CloseSvcManager(machine), machine != nullptr);
