@@ -1,7 +1,10 @@
 // The configuration engine: what a file's lines mean, what each operation writes, error codes, replaced steps.
 #include "zelvane/config/cfgclass.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <functional>
@@ -243,6 +246,15 @@ TEST(CfgFiles, OpeningClosingAndWhatLasts) {
   EXPECT_FALSE(cfg.Open(scratch.Path())) << "a folder";
   EXPECT_EQ(cfg.GetErrorCode(), 2);
   EXPECT_FALSE(cfg.Open("/dev/zero")) << "a device without an end";
+  std::string const pipe = scratch.Path("pipe");
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  int const writer = open(pipe.c_str(), O_RDWR | O_NONBLOCK);
+  EXPECT_EQ(write(writer, "a=1\nb=2\nc", 9), 9);
+  EXPECT_FALSE(cfg.Open(pipe)) << "the rest does not come";
+  EXPECT_EQ(cfg.GetErrorLine(), 3);
+  EXPECT_EQ(cfg.GetSectionCount(), 0U);
+  close(writer);
+  unlink(pipe.c_str());
   EXPECT_EQ(scratch.List(), std::vector<std::string>{"f.cfg"});
 
   EXPECT_TRUE(cfg.SetFileName(path.c_str(), false));

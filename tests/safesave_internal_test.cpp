@@ -170,6 +170,7 @@ TEST(ReadWhole, TellsMissingFromUnreadable) {
   EXPECT_EQ(ReadResult::kOk, ReadWhole(fifo, out));  // nobody writes
   EXPECT_EQ("", out);
   int const silent = open(fifo.c_str(), O_RDWR | O_NONBLOCK);
+  EXPECT_EQ(5, write(silent, "begun", 5));
   int const descriptors = test::OpenDescriptors();
   struct Row {
     std::string path;
@@ -185,7 +186,7 @@ TEST(ReadWhole, TellsMissingFromUnreadable) {
     out = "old";
     EXPECT_EQ(row.result, ReadWhole(row.path, out)) << row.path;
     EXPECT_EQ(row.reason, errno) << row.path;
-    EXPECT_EQ("", out) << row.path;
+    EXPECT_TRUE(row.reason == EFBIG || out == (row.reason == EAGAIN ? "begun" : "")) << row.path << ": " << out;
   }
   EXPECT_EQ(descriptors, test::OpenDescriptors());
   close(silent);

@@ -94,8 +94,11 @@ bool CfgClass::LoadFile(bool noLines) {
   std::string text;
   ReadResult const read = ReadWhole(state.fileName, text);
   state.missing = read == ReadResult::kNotOpened && errno == ENOENT;
-  if (read == ReadResult::kReadFailed)
+  if (read == ReadResult::kReadFailed) {
+    ClearReadCache();
+    ClearWriteCache();
     state.errorLine = 1 + static_cast<int>(std::count(text.begin(), text.end(), '\n'));
+  }
   if (read != ReadResult::kOk) return Fail(CFG_FILE_FAILED);
 
   state.textSize = text.size();

@@ -16,6 +16,7 @@ using zelvane::internal::Guard;
 using zelvane::internal::Open;
 using zelvane::internal::OpenDestination;
 using zelvane::internal::ReadBlock;
+using zelvane::internal::ReadResult;
 using zelvane::internal::ReadWhole;
 using zelvane::internal::WriteAll;
 
@@ -34,8 +35,7 @@ std::string LinkTarget(char const* link) {
 // The first line without its line feed, exactly as it stands otherwise; "" when there is nothing to read.
 std::string FirstLine(char const* path) {
   std::string text;
-  ReadWhole(path, text);
-  return text.substr(0, text.find('\n'));
+  return ReadWhole(path, text) == ReadResult::kOk ? text.substr(0, text.find('\n')) : "";
 }
 
 struct ReleaseFile {

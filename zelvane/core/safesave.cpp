@@ -206,6 +206,7 @@ bool ReadToEnd(int fd, std::string& out) {
     }
     filled += static_cast<size_t>(got);
     if (!regular && filled > kDeviceLimit) {
+      out.resize(filled);
       errno = EFBIG;
       return false;
     }
@@ -215,9 +216,7 @@ bool ReadToEnd(int fd, std::string& out) {
 // Out of memory is one more reason why a file cannot be read; operator new leaves ENOMEM in errno.
 bool ReadOpened(Descriptor const& file, std::string& out) {
   out.clear();
-  if (Guard(false, [&] { return ReadToEnd(file.Get(), out); })) return true;
-  out.clear();
-  return false;
+  return Guard(false, [&] { return ReadToEnd(file.Get(), out); });
 }
 
 }  // namespace

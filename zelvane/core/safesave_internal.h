@@ -14,10 +14,11 @@ enum class ReadResult {
   kReadFailed,  // opened, but its bytes could not be had: a directory, an I/O error, an endless device
 };
 
-// Reads the file from start to end into `out`; `out` is empty unless the result is kOk. errno holds the reason of a
-// failure (ENOENT for a missing file, EISDIR for a directory). Never waits: a FIFO without a writer reads as empty, one
-// whose writer is silent fails with EAGAIN. What is not a regular file fails with EFBIG past 16 MiB, since an endless
-// device must not eat the memory, and with ENOMEM when there is none. Never throws.
+// Reads the file from start to end into `out`, which after kReadFailed holds what came before the failure: it shows
+// where that was. errno holds the reason of a failure (ENOENT for a missing file, EISDIR for a directory). Never waits:
+// a FIFO without a writer reads as empty, one whose writer is silent fails with EAGAIN. What is not a regular file
+// fails with EFBIG past 16 MiB, since an endless device must not eat the memory, and with ENOMEM when there is none.
+// Never throws.
 ReadResult ReadWhole(std::string const& path, std::string& out);
 
 // Makes `text` the file's whole content. True when its bytes are on disk; on false the file holds what it held before,
