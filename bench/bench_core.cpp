@@ -159,9 +159,7 @@ void PeerIntToText(benchmark::State& state) {
     }
 }
 
-long DateOf(int i) {
-  return 1000000000L + i * 100003L;
-}
+long DateOf(int i) { return 1000000000L + i * 100003L; }
 
 void OursDateDecode(benchmark::State& state) {
   for (auto _ : state)

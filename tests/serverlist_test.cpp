@@ -19,9 +19,7 @@ ServerListItem Item(std::string const& name, std::string const& address, int32_t
   return item;
 }
 
-std::string Bytes(ServerListItem const& item) {
-  return {reinterpret_cast<char const*>(&item), sizeof item};
-}
+std::string Bytes(ServerListItem const& item) { return {reinterpret_cast<char const*>(&item), sizeof item}; }
 
 // Lists edited by hand beside sections that others own; whatever is no entry must survive every change.
 constexpr char kTop[] = "; cliente \xE9\r\n[SHUTSRV]\r\nZELSRV = a;1.1.1.1;1\r\n\r\n";
@@ -82,9 +80,7 @@ class ServerList : public testing::Test {
   void* list_ = nullptr;
 };
 
-std::string Without(std::string text, std::string const& line) {
-  return text.erase(text.find(line), line.size());
-}
+std::string Without(std::string text, std::string const& line) { return text.erase(text.find(line), line.size()); }
 
 TEST_F(ServerList, ReadsAHandMadeList) {
   Open(kOld);

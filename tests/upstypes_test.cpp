@@ -26,9 +26,7 @@ std::string Describe(UpsTypeItem const& item) {
          item.upsDriver + "|" + item.cfgModule + "|" + item.cliModule;
 }
 
-std::string Bytes(UpsTypeItem const& item) {
-  return {reinterpret_cast<char const*>(&item), sizeof item};
-}
+std::string Bytes(UpsTypeItem const& item) { return {reinterpret_cast<char const*>(&item), sizeof item}; }
 
 // What a look-up (by number or by position) fills in; "-" when it finds nothing and leaves the record alone.
 template <class LookUp>

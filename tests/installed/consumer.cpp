@@ -27,7 +27,8 @@ int main(int argc, char** argv) {
   }
   CfgClass cfg;
   if (!cfg.OpenReadOnly(path) || !cfg.ReadBool("Net", "On", false) || cfg.WriteInt("Net", "On", 2)) return 4;
-  if (Trim(" a ") != "a" || DateTimeToStr(0) != "01/01/1970 00:00:00" || ExtractFileName(path) != "consumer.cfg") return 5;
+  if (Trim(" a ") != "a" || DateTimeToStr(0) != "01/01/1970 00:00:00" || ExtractFileName(path) != "consumer.cfg")
+    return 5;
   std::string text = "abc";
   if (EncodeBase64FromStr(text) != "YWJjAA==" || ParseMacroFileName("plain", "/x/") != "plain") return 6;
   std::puts("C++ consumer: ok");

@@ -23,9 +23,7 @@ inline void* OpenHandle(std::string const& path, char const* section, bool readO
   return handle;
 }
 
-inline CfgClass* Cfg(void* handle) {
-  return static_cast<CfgClass*>(handle);
-}
+inline CfgClass* Cfg(void* handle) { return static_cast<CfgClass*>(handle); }
 
 inline int HandleKeyCount(void* handle) {
   if (handle == nullptr) return 0;

@@ -38,15 +38,11 @@ bool HasModemLines(std::string const& device) {
 
 namespace {
 
-std::vector<portinfo>* Ports(void* handle) {
-  return static_cast<std::vector<portinfo>*>(handle);
-}
+std::vector<portinfo>* Ports(void* handle) { return static_cast<std::vector<portinfo>*>(handle); }
 
 }  // namespace
 
-std::string GetInternalDeviceName(unsigned int number) {
-  return "/dev/ttyS" + UIntToStr((number - 1) % 256);
-}
+std::string GetInternalDeviceName(unsigned int number) { return "/dev/ttyS" + UIntToStr((number - 1) % 256); }
 
 int OpenEnumSerialPorts(void** handle) {
   if (handle == nullptr) return 0;
@@ -73,9 +69,7 @@ int CloseEnumSerialPorts(void* handle) {
   return 1;
 }
 
-int CurrentUserIsAdmin(void) {
-  return CurUserIsAdmin() ? 1 : 0;
-}
+int CurrentUserIsAdmin(void) { return CurUserIsAdmin() ? 1 : 0; }
 
 int GetOSVersionInfo(char* buffer, unsigned int size) {
   if (buffer == nullptr || size == 0) return 0;

@@ -55,9 +55,7 @@ void* OpenServerList(void) {
                       [] { return zelvane::internal::OpenHandle(GetZelvanePath() + "upscli.cfg", "CLILIST", false); });
 }
 
-int GetServerListCount(void* list) {
-  return zelvane::internal::HandleKeyCount(list);
-}
+int GetServerListCount(void* list) { return zelvane::internal::HandleKeyCount(list); }
 
 int GetServerListItem(void* list, unsigned int position, ServerListItem* item) {
   return GetServerListItem2(list, position, item, nullptr);
@@ -112,6 +110,4 @@ int ClearServerList(void* list) {
   return Guard(0, [&] { return Cfg(list)->EraseSection() ? 1 : 0; });
 }
 
-int CloseServerList(void* list) {
-  return zelvane::internal::CloseHandle(list);
-}
+int CloseServerList(void* list) { return zelvane::internal::CloseHandle(list); }

@@ -27,13 +27,9 @@ constexpr char kSection[] = "SRVLIST";
 constexpr mode_t kFolderMode = 01230;
 
 // kUnits for a name that is no number.
-long UnitNumber(char const* name) {
-  return StrToIntDef(FillLeft(name, kNameWidth, '0'), kUnits);
-}
+long UnitNumber(char const* name) { return StrToIntDef(FillLeft(name, kNameWidth, '0'), kUnits); }
 
-std::string ListPath() {
-  return GetZelvanePath() + "srvlist.cfg";
-}
+std::string ListPath() { return GetZelvanePath() + "srvlist.cfg"; }
 
 // A list that cannot be read has no entries.
 void OpenList(CfgClass& list) {

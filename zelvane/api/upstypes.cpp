@@ -60,9 +60,7 @@ void* OpenUPSTypeList(char const* path) {
   });
 }
 
-int GetUPSTypeListCount(void* list) {
-  return zelvane::internal::HandleKeyCount(list);
-}
+int GetUPSTypeListCount(void* list) { return zelvane::internal::HandleKeyCount(list); }
 
 int GetUPSTypeListItem(void* list, unsigned int position, UpsTypeItem* item) {
   if (list == nullptr || item == nullptr) return 0;
@@ -78,9 +76,7 @@ int GetUPSTypeListItemByType(void* list, unsigned int type, UpsTypeItem* item) {
   return Guard(0, [&] { return ReadType(*Cfg(list), type, *item) ? 1 : 0; });
 }
 
-int CloseUPSTypeList(void* list) {
-  return zelvane::internal::CloseHandle(list);
-}
+int CloseUPSTypeList(void* list) { return zelvane::internal::CloseHandle(list); }
 
 int GetUPSModelName(short modelIndex, unsigned int subModel, char* buffer, unsigned int size) {
   if (buffer == nullptr || size < 2) return 0;
