@@ -58,6 +58,8 @@ bool CfgClass::OpenAs(char const* name, bool readOnly) {
   state_->fileName = std::move(copy);
   bool const loaded = LoadFile(false);
   if (!loaded && state_->error != CFG_SYNTAX) {
+    ForgetIndex(*state_);  // a variant's load may refuse what the base has loaded
+    ForgetLines(*state_);
     state_->fileName.clear();
     return false;
   }

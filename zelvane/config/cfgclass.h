@@ -38,14 +38,17 @@
 // WHAT NOBODY CHECKS
 //
 // Values are written as given. A value with "[" or "]" makes its own line a syntax error for the next load, which then
-// stops there: callers that pass on what people type must refuse brackets. Line feeds in a section, key or value are
-// refused (error 1): they would write lines of their own. Blanks around a value are gone after the next load.
+// stops there: callers that pass on what people type must refuse brackets. A name with a bracket does the same; a key
+// that holds "=" is another one after the next load, one that begins with a comment character none, and blanks around
+// names and values are gone. Line feeds in any of them are refused (error 1): they would write lines of their own. The
+// std::string forms read their arguments up to the first NUL, as the others do.
 //
 // A LOAD THAT STOPS AT A SYNTAX ERROR
 //
 // Open still succeeds, with error 7 and the line's number in GetErrorLine(). Lines up to and including the bad one are
 // kept, later ones are dropped by the next save. Before the first such save the file is kept beside itself as
-// NAME.lost; one that is there already is left alone. Where that copy cannot be made, nothing is saved (error 2).
+// NAME.lost; one that is there already is left alone. Where that copy cannot be made, nothing is saved (error 2). The
+// bad line itself stays, and a new section lands behind it, where the next load does not come: mend the line first.
 //
 // SAVING is whole or not at all: the new text goes to a file beside the old one, reaches the disk and takes its place;
 // mode, owner and symbolic links stay. docs/config-format.md has the details and the exceptions.
@@ -117,7 +120,9 @@ class ZELVANE_API CfgClass {
   CfgClass(CfgClass const&) = delete;
   CfgClass& operator=(CfgClass const&) = delete;
 
-  // ---- Steps. The parser and the writers call them through the virtual table, so that a variant can replace any. ----
+  // ---- Steps. The parser and the writers call them through the virtual table, so that a variant can replace any.
+  // Called directly, the insertions ask neither for an open file nor for the mode, and mark nothing as modified: what
+  // they add is saved together with the next change. ----
 
   // Whether created header and key lines carry upper-cased names: true here, false in RegCfgClass.
   virtual bool GetUpperCaseWriteCache();
@@ -133,8 +138,8 @@ class ZELVANE_API CfgClass {
   // Empties the index / the lines. Neither touches the file or marks anything as modified.
   virtual void ClearReadCache();
   virtual void ClearWriteCache();
-  // Takes in one line without its line feed: keeps it (unless `noLines`) and indexes it. False when it is a syntax
-  // error (error 7).
+  // Takes in one line without its line feed: keeps it (unless `noLines`) as the last one and indexes it. A key belongs
+  // to the section last parsed or inserted. False when it is a syntax error (error 7).
   virtual bool ParseLine(std::string const& line, bool noLines);
   // Enters section `name` in the index. `create`: appends its header line; otherwise `line` is where the header stands
   // (null: error 1). False with error 3 when it is indexed already. The unnamed section is created as `[ ]`, because
@@ -158,6 +163,7 @@ class ZELVANE_API CfgClass {
 
   // Closes the file open before (saving its changes), then loads `name`. True when it was loaded, also when the load
   // stopped at a syntax error (error 7). False when it cannot be read: nothing is open then, and nothing is created.
+  // The result says nothing of that saving: changes that must not be lost are flushed first.
   virtual bool Open(char const* name);
   virtual bool Open(std::string const& name);
   // Same as Open, but every change is refused with error 6.
@@ -173,7 +179,7 @@ class ZELVANE_API CfgClass {
   virtual bool SaveAs(std::string const& name);
   // The open file's name, "" when none.
   virtual std::string GetFileName();
-  // SaveAs(name), then Open(name).
+  // SaveAs(name), then Open(name): goes on with the normalised copy, and saves pending changes to the old file too.
   virtual bool Rename(char const* name);
   // OpenReadOnly(name) or Open(name).
   virtual bool SetFileName(char const* name, bool readOnly);
@@ -327,7 +333,9 @@ class ZELVANE_API CfgClass {
   virtual bool WriteDateTime(unsigned long index, char const* format, long time);
   virtual bool WriteDateTime(unsigned long index, std::string const& format, long time);
 
-  // FloatToStr(value, width, digits, ' '): `digits` significant digits, right-aligned with blanks to `width`.
+  // FloatToStr(value, width, digits, ' '): `digits` significant digits, filled with blanks to `width`. To be read back,
+  // write with width 0: ReadFloat takes no leading blanks before they are gone with the next load, and the blanks of a
+  // negative number stand behind its sign for good.
   virtual bool WriteFloat(char const* section, char const* key, double value, unsigned int width, unsigned int digits);
   virtual bool WriteFloat(std::string const& section, std::string const& key, double value, unsigned int width,
                           unsigned int digits);

@@ -48,7 +48,7 @@ class NodePool {
 
   void* Carve(std::size_t size) {
     if (static_cast<std::size_t>(end_ - next_) < size) {
-      blocks_.emplace_back(new std::byte[blockSize_]);
+      blocks_.push_back(std::unique_ptr<std::byte[]>(new std::byte[blockSize_]));
       next_ = blocks_.back().get();
       end_ = next_ + blockSize_;
       blockSize_ = std::min(2 * blockSize_, kLargestBlock);
