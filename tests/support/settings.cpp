@@ -3,9 +3,13 @@
 #include <stdlib.h>
 #include <sys/stat.h>
 
+#include <filesystem>
+
 namespace test {
 
 void SetSettingsFile(std::string const& path) { setenv("ZELVANE_TEST_SETTINGS", path.c_str(), 1); }
+
+std::string ProgramFolder() { return std::filesystem::read_symlink("/proc/self/exe").parent_path().string() + "/"; }
 
 Installation::Installation() {
   char const* home = getenv("HOME");
