@@ -78,6 +78,7 @@ std::int64_t NumberArgument(std::string const& name, std::string const& text, st
 
 std::vector<std::string> ValuesOf(std::vector<Field> const& fields, void const* record) {
   std::vector<std::string> values;
+  values.reserve(fields.size());
   for (Field const& field : fields) values.push_back(field.get(record));
   return values;
 }

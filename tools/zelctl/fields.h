@@ -152,6 +152,7 @@ void PrintRecords(std::vector<Field> const& fields, std::vector<void const*> con
 template <class Record>
 void PrintRecords(std::vector<Field> const& fields, std::vector<Record> const& records, Terminal const& terminal) {
   std::vector<void const*> addresses;
+  addresses.reserve(records.size());
   for (Record const& record : records) addresses.push_back(&record);
   PrintRecords(fields, addresses, terminal);
 }
