@@ -60,7 +60,9 @@ bool BrowseSection::At(unsigned long position, std::int32_t& id, Fields& fields)
 
 bool BrowseSection::HasKey(std::int32_t id) { return file_.KeyExists(shape_.section, IntToStr(id)); }
 
-bool BrowseSection::Find(std::int32_t id, Fields& fields) { return id >= 0 && Parse(Value(id), fields); }
+bool BrowseSection::Read(std::int32_t id, Fields& fields) { return Parse(Value(id), fields); }
+
+bool BrowseSection::Find(std::int32_t id, Fields& fields) { return id >= 0 && Read(id, fields); }
 
 bool BrowseSection::Has(std::int32_t id) {
   Fields fields;

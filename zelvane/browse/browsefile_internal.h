@@ -61,7 +61,9 @@ class BrowseSection {
 
   // Whether the key is there, valid or not.
   bool HasKey(std::int32_t id);
-  // The valid entry of that identifier; false for negative ones.
+  // The valid entry of that key, which may be a negative number.
+  bool Read(std::int32_t id, Fields& fields);
+  // The same for identifiers: false for negative numbers.
   bool Find(std::int32_t id, Fields& fields);
   bool Has(std::int32_t id);
   // The identifiers, from 0, of the valid entries with that owner.

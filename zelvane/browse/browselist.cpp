@@ -259,7 +259,7 @@ int RemoveBrwsComputer(void* list, long id, bool /*flush*/) {
 int RemoveBrwsNobreak(void* list, long id, bool flush) {
   return With<int>(list, [&](BrowseList& l) {
     Fields old;
-    bool const attached = l.nobreaks.Find(Id(id), old) && OwnerIn(old) >= 0;
+    bool const attached = l.nobreaks.Read(Id(id), old) && OwnerIn(old) >= 0;
     return l.nobreaks.Remove(Id(id)) && Finish(l, attached, flush);
   });
 }
