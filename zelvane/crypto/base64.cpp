@@ -86,7 +86,7 @@ class Meter {
 
   ProgressClass const* progress_;
   ClassBase64* codec_;
-  std::uint64_t total_;
+  unsigned long total_;
   unsigned long due_ = std::numeric_limits<unsigned long>::max();
 };
 
