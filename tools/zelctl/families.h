@@ -16,5 +16,6 @@ void AddServer(CLI::App& app, Terminal& terminal);
 void AddClient(CLI::App& app, Terminal& terminal);
 void AddInfo(CLI::App& app, Terminal& terminal);
 void AddPorts(CLI::App& app, Terminal& terminal);
+void AddHelp(CLI::App& app, Terminal& terminal);
 
 #endif
