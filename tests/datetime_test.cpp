@@ -37,7 +37,8 @@ long Encoded(char const* date) {
 
 TEST(Calendar, EveryDayBesideTheCLibrary) {
   for (long day = 0; day <= kLast / kDay && !HasFailure(); day++) {
-    std::time_t const t = std::min(day * kDay + day * 7907 % kDay, kLast);  // the first and the last second, too
+    // The first and the last second, too; the last day's sum does not fit into 32 bits.
+    auto const t = static_cast<std::time_t>(std::min<long long>(1LL * day * kDay + day * 7907 % kDay, kLast));
     std::tm tm = {};
     gmtime_r(&t, &tm);
     int const year = tm.tm_year + 1900, month = tm.tm_mon + 1;
