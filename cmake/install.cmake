@@ -22,3 +22,9 @@ write_basic_package_version_file(zelvaneConfigVersion.cmake COMPATIBILITY SameMa
 install(FILES ${CMAKE_BINARY_DIR}/zelvaneConfig.cmake ${CMAKE_BINARY_DIR}/zelvaneConfigVersion.cmake
         DESTINATION ${zelvane_package})
 install(EXPORT zelvaneTargets NAMESPACE zelvane:: DESTINATION ${zelvane_package})
+
+file(GLOB zelvane_manuals CONFIGURE_DEPENDS RELATIVE ${CMAKE_SOURCE_DIR}/man man/*.[35])
+foreach(manual ${zelvane_manuals})
+  string(REGEX MATCH "[35]$" section ${manual})
+  install(FILES man/${manual} DESTINATION ${CMAKE_INSTALL_MANDIR}/man${section})
+endforeach()

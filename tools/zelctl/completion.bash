@@ -7,7 +7,7 @@ _zelctl() {
       *) [ ${#path[@]} -lt 2 ] && path+=("$each") ;;
     esac
   done
-  [ "${path[0]}" = help ] && path=("${path[@]:1}")
+  [ "${path[0]-}" = help ] && path=("${path[@]:1}")
   mapfile -t COMPREPLY < <(compgen -W "$("${COMP_WORDS[0]}" help --words "${path[@]}" 2>/dev/null)" -- "$word")
 }
 # Where no word fits, the names of files.
