@@ -3,8 +3,10 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <climits>
 #include <csignal>
 #include <cstring>
@@ -18,13 +20,21 @@
 
 namespace {
 int g_pausesToLive = -1;  // the process is killed in the pause after that many; -1: it is not
-}
+int g_looksToFail = -1;   // the look at a file after that many fails; -1: none does
+}  // namespace
 
 // The library pauses before each block that it copies: the moments at which a kill is interesting.
 extern "C" __attribute__((visibility("default"))) int usleep(useconds_t wait) {
   if (g_pausesToLive >= 0 && g_pausesToLive-- == 0) raise(SIGKILL);
   static auto* const real = reinterpret_cast<int (*)(useconds_t)>(dlsym(RTLD_NEXT, "usleep"));
   return real(wait);
+}
+
+extern "C" __attribute__((visibility("default"))) int fstat64(int fd, struct stat64* status) __THROW {
+  static auto* const real = reinterpret_cast<int (*)(int, struct stat64*)>(dlsym(RTLD_NEXT, "fstat64"));
+  if (g_looksToFail < 0 || g_looksToFail-- > 0) return real(fd, status);
+  errno = EIO;
+  return -1;
 }
 
 namespace {
@@ -93,6 +103,22 @@ TEST_F(RecordLog, ADamagedFileIsKeptAndBegunAnew) {
   log.SetFile(scratch.Write(name, "torn!"));
   EXPECT_FALSE(Append(log, 1));
   EXPECT_EQ(scratch.Read(name), "torn!");
+}
+
+// A look at the file that fails does not make a damaged one sound, nor a sound one damaged.
+TEST_F(RecordLog, WhatCannotBeToldIsLeftAlone) {
+  for (std::string const& old : {Records(1, 2), Records(1, 1) + "torn!"}) {
+    bool const sound = old.size() % 8 == 0;
+    for (int look = 0; look < 9; look++) {
+      WriteFile(path, old);
+      fs::remove(path + ".bad");
+      g_looksToFail = look;
+      bool const written = Append(log, 3);
+      g_looksToFail = -1;
+      EXPECT_EQ(ReadFile(path), !written ? old : sound ? old + Records(3, 3) : Records(3, 3)) << look << " " << sound;
+    }
+    EXPECT_EQ(fs::exists(path + ".bad"), !sound);
+  }
 }
 
 TEST_F(RecordLog, OnlyTheNewestStayBeyondTheBound) {

@@ -45,10 +45,11 @@ bool Seek(Descriptor const& file, std::uint64_t position) {
   return lseek(file.Get(), static_cast<off_t>(position), SEEK_SET) >= 0;
 }
 
-// The length of a file that ends in a part of a record; 0 for any other.
+// The length of a file that ends in a part of a record; 0 for any other, -1 when that cannot be told.
 off_t TornLength(Descriptor const& file, unsigned long size) {
   struct stat status;
-  if (fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode)) return 0;
+  if (fstat(file.Get(), &status) != 0) return -1;
+  if (!S_ISREG(status.st_mode)) return 0;
   return WholeRecords(static_cast<std::uint64_t>(status.st_size), size) > 0 ? 0 : status.st_size;
 }
 
@@ -62,8 +63,9 @@ bool MakeSound(Descriptor const& file, std::string const& path, unsigned long si
   futimens(file.Get(), nullptr);
   off_t const torn = TornLength(file, size);
   if (torn == 0) return true;
-  if (!zelvane::internal::KeepAside(path, ".bad")) return false;
-  return TornLength(file, size) != torn || ftruncate(file.Get(), 0) == 0;
+  if (torn < 0 || !zelvane::internal::KeepAside(path, ".bad")) return false;
+  off_t const now = TornLength(file, size);
+  return now == 0 || (now == torn && ftruncate(file.Get(), 0) == 0);
 }
 
 // Writes whole records of `length` bytes at position `at`. A kill ends a write between two pages of the file, so each
