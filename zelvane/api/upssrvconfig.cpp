@@ -20,6 +20,7 @@ namespace {
 using namespace zelvane::internal;
 using namespace zelvane::internal::table;
 
+constexpr char kMainFile[] = "upssrv.cfg";
 constexpr char kAutoDriver[] = "autoups";
 constexpr char kSerial[] = "rs232";
 constexpr char kUsb[] = "usbhid";
@@ -166,7 +167,7 @@ bool WriteSettings(Folders const& folders, UpsSrvConfig const& cfg, std::string 
   CopyToField(written.upsDriver, driver);
   CopyToField(written.commDriver, cfg.commType == kUsbComm ? kUsb : kSerial);
   written.fullDischargeDate = NextDischarge(cfg);
-  return ChangeFile<CfgClass>(folders.config + "upssrv.cfg", Saving::kOnce, [&](CfgClass& file) {
+  return ChangeFile<CfgClass>(folders.config + kMainFile, Saving::kOnce, [&](CfgClass& file) {
     // The driver once more, now whole: the table's may be longer than the record's field.
     return WriteRows(file, kRows, &written) && file.WriteStr("UPS", "UPSDL", driver.c_str());
   });
@@ -199,14 +200,14 @@ int GetUpsSrvConfig(char const* cfgDir, UpsSrvConfig* cfg, int tablesInCfgDir) {
   if (cfgDir == nullptr || cfg == nullptr) return 0;
   return Guard(0, [&] {
     Folders const folders = FindFolders(cfgDir, tablesInCfgDir);
-    std::string const path = folders.config + "upssrv.cfg";
     // First all of them: what the other files do not say of their fields is the default as well.
     SetDefaults(kRows, cfg);
-    if (!FilePermToRead(path)) {
+    CfgClass file;
+    if (!file.OpenReadOnly(folders.config + kMainFile)) {
       SetUpsSrvConfig(cfgDir, cfg, 0);
       return 1;
     }
-    ReadRowsFrom<CfgClass>(path, kRows, cfg);
+    ReadRows(file, kRows, cfg);
     cfg->commType = FieldText(cfg->commDriver) == kUsb ? kUsbComm : 0;
     ReadType(folders, *cfg);
     ReadUsbDevice(folders, *cfg);
