@@ -4,12 +4,16 @@
 #include <limits.h>
 #include <signal.h>
 #include <stdlib.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "support/child.h"
 #include "support/processes.h"
 #include "support/scratch.h"
 #include "support/services.h"
+#include "zelvane/system/proc.h"
 
 using test::NoChild, test::Scratch, test::Services, test::Sleeper, test::UniqueName;
 
@@ -44,19 +48,17 @@ TEST(SvcHandle, StatusStartRestartStop) {
   std::string const name = UniqueName();
   char const* const n = name.c_str();
   services.Add(name);
-  void* const handle = &services;
   auto const status = [&](int running, int automatic) {
     Flag r, a;
-    return GetSvcStatus(handle, n, &r.value, &a.value) && r.Is(running) && a.Is(automatic) &&
-           GetSvcStatus(handle, n, nullptr, nullptr);
+    return GetSvcStatus(&services, n, &r.value, &a.value) && r.Is(running) && a.Is(automatic) &&
+           GetSvcStatus(&services, n, nullptr, nullptr);
   };
-  EXPECT_TRUE(status(0, 0) && !SvcRestart(handle, n));
+  EXPECT_TRUE(status(0, 0) && !SvcRestart(&services, n));
   Sleeper process(name);
   EXPECT_TRUE(status(0, 0));  // as it was when the services were read
-  EXPECT_TRUE(SvcStart(handle, n) && status(1, 0) && SvcRestart(handle, n));
-  for (int const flag : {1, 0, INT_MIN}) EXPECT_TRUE(SetSvcAuto(handle, n, flag) && status(1, flag != 0)) << flag;
-  EXPECT_TRUE(SvcStop(handle, n) && status(0, 1));
-  EXPECT_GT(process.EndingSignal(), 0);
+  EXPECT_TRUE(SvcStart(&services, n) && status(1, 0) && SvcRestart(&services, n));
+  for (int const flag : {1, 0, INT_MIN}) EXPECT_TRUE(SetSvcAuto(&services, n, flag) && status(1, flag != 0)) << flag;
+  EXPECT_TRUE(SvcStop(&services, n) && status(0, 1) && process.EndingSignal() > 0);
   EXPECT_EQ(services.Log(), "start\nrestart\nstop\n");
 }
 
@@ -71,15 +73,29 @@ TEST(ProcFunctions, StatusAndKillOfTheFirstOfThatName) {
   EXPECT_FALSE(KillProc(nullptr) || KillProc((name + "x").c_str()));
   Sleeper& lower = first.Id() < second.Id() ? first : second;
   Sleeper& higher = first.Id() < second.Id() ? second : first;
-  EXPECT_TRUE(status(1) && KillProc(name.c_str()));
-  EXPECT_GT(lower.EndingSignal(), 0);
-  EXPECT_TRUE(higher.IsAlive() && KillProc(("/sbin/" + name).c_str()));
-  EXPECT_GT(higher.EndingSignal(), 0);
-  EXPECT_TRUE(status(0));
-  for (char const* id : {"0", "-1", "-", "4294967295", "99999999999"}) {
-    test::FakePs const ps(std::string(id) + " 1 0 upssrv upssrv\n", 0);
-    EXPECT_FALSE(KillProc("upssrv")) << id;
+  for (Sleeper* sleeper : {&lower, &higher}) {
+    pid_t const id = sleeper->Id();
+    test::TakeSignals();
+    EXPECT_TRUE(status(1) && higher.IsAlive() && KillProc(("/sbin/" + name).c_str()));
+    EXPECT_EQ(test::TakeSignals(), (std::vector<std::pair<pid_t, int>>{{id, SIGTERM}, {id, SIGKILL}}));
+    EXPECT_GT(sleeper->EndingSignal(), 0);
   }
+  EXPECT_TRUE(status(0));
+}
+
+// A user who may have no process more.
+TEST(ProcFunctions, WhenNothingCanBeStarted) {
+  Services services;
+  services.Add("service");
+  services.Update();
+  chmod(services.scratch.Path().c_str(), 0755);
+  EXPECT_TRUE(test::AsOrdinaryUser([&] {
+    rlimit const none = {0, 0};
+    Flag flag;
+    return setrlimit(RLIMIT_NPROC, &none) == 0 && !CreateNewProc("true", -1) && !ProcManager().CreateNew("true", 0) &&
+           !ProcManager().Update() && GetProcStatus("sh", &flag.value) && flag.Is(0) && !AlreadyRunning() &&
+           !SvcStart(&services, "service") && !SvcStop(&services, "service") && NoChild();
+  }));
 }
 
 TEST(ProcFunctions, CreateRunsACommandLineAndAutoDoesNothing) {

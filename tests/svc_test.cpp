@@ -75,7 +75,11 @@ TEST(SvcManager, Descriptions) {
   SvcManager services;
   for (auto const& [script, description] : cases)
     EXPECT_EQ(services.GetDaemonDescr(scratch.Write("script", script)), description) << "'" << script << "'";
-  EXPECT_EQ(services.GetDaemonDescr(ZELVANE_FIXTURES "/initd/latin1_crlf"), "A\xe7\xe3o do nobreakem falta");
+  std::pair<char const*, char const*> const captured[] = {
+      {ZELVANE_FIXTURES "/initd/latin1_crlf", "A\xe7\xe3o do nobreakem falta"},
+      {ZELVANE_FIXTURES "/initd/chkconfig", "Watches the line and the batteries,then shuts down "},
+      {ZELVANE_FIXTURES "/initd/lsb", "Watches the units and tells the clients: batteries first."}};
+  for (auto const& [path, description] : captured) EXPECT_EQ(services.GetDaemonDescr(path), description) << path;
   for (std::string const& path : {scratch.Path("missing"), scratch.Path(), std::string("/dev/zero")})
     EXPECT_EQ(services.GetDaemonDescr(path), "") << path;
 }
@@ -87,11 +91,11 @@ TEST(SvcManager, AutomaticStartIsKeptInTheEntryOnly) {
   EXPECT_FALSE(none.SetAutomatic(true) || none.GetAutomatic());
   for (bool const on : {true, false, true}) {
     EXPECT_TRUE(named->SetAutomatic(on));
-    for (int const level : {INT_MIN, -1}) EXPECT_EQ(named->GetAutomatic(level), on) << level;
-    for (int const level : {0, 6, 7, INT_MAX}) EXPECT_FALSE(named->GetAutomatic(level)) << level;
+    for (int const level : {INT_MIN, -1, 0, 6, 7, INT_MAX}) {
+      EXPECT_EQ(named->SetAutomatic(level, !on), level < 7) << level;
+      EXPECT_EQ(named->GetAutomatic(level), on && level < 0) << level;
+    }
   }
-  for (int const level : {INT_MIN, 0, 6, 7, INT_MAX}) EXPECT_EQ(named->SetAutomatic(level, false), level < 7) << level;
-  EXPECT_TRUE(named->GetAutomatic());
   EXPECT_EQ(services.scratch.List(), (std::vector<std::string>{"init.d/", "init.d/named"}));
 }
 
@@ -102,6 +106,7 @@ TEST(SvcManager, TheSystemsFolders) {
     for (char const* folder : {"/etc/init.d", "/etc/rc.d", "/usr/local/etc", "/usr/local/etc/rc.d"})
       EXPECT_TRUE(!services.Update() && mkdir(folder, 0755) == 0) << folder;
     std::pair<std::string, mode_t> const files[] = {{"/usr/local/etc/rc.d/owner", 0700},
+                                                    {"/usr/local/etc/rc.d/our", 0610},
                                                     {"/usr/local/etc/rc.d/other", 0601},
                                                     {"/usr/local/etc/rc.d/none", 0666},
                                                     {"/etc/rc.d/z", 0755}};
@@ -110,9 +115,9 @@ TEST(SvcManager, TheSystemsFolders) {
       chmod(path.c_str(), mode);
     }
     EXPECT_TRUE(services.Update());
-    EXPECT_EQ(Names(services), "z|none|other|owner|");
+    EXPECT_EQ(Names(services), "z|none|other|our|owner|");
     for (int level = -1; level < 8; level++)
-      for (std::string const name : {"owner", "other", "none", "z"})
+      for (std::string const name : {"owner", "our", "other", "none", "z"})
         EXPECT_EQ(services.GetSvcByName(name)->GetAutomatic(level), name[0] == 'o' && level < 7) << name << level;
     test::WriteFile("/etc/init.d/only", "");
     EXPECT_TRUE(services.Update());
@@ -121,21 +126,6 @@ TEST(SvcManager, TheSystemsFolders) {
   });
   if (!result) GTEST_SKIP() << "no child with folders of its own on this system";
   EXPECT_TRUE(*result);
-}
-
-TEST(SvcClass, StartTellsWhetherTheProcessIsThere) {
-  Services services;
-  std::string const name = UniqueName();
-  services.Add(name, "exit 3\n");
-  EXPECT_FALSE(services.GetSvcByName(name)->Start(-1) || services.GetSvcByName(name)->IsRunning());
-  Sleeper const process(name);
-  for (mode_t const mode : {0u, 0644u, 0100u, 0010u, 0001u}) {
-    services.Add(name, "", mode);
-    services.Update();
-    EXPECT_EQ(services.GetSvcByName(name)->Start(0), (mode & 0111) != 0) << mode;
-  }
-  unlink(services.scratch.Path("init.d/" + name).c_str());
-  EXPECT_FALSE(services.GetSvcByName(name)->Start(-1));
 }
 
 // The file of that name is run, and nothing that a shell could make of it.
@@ -152,39 +142,40 @@ TEST(SvcClass, AnyFileName) {
   }
 }
 
-TEST(SvcClass, StopKillsSurvivors) {
-  for (mode_t const mode : {0755u, 0644u}) {
-    for (bool const ignoresTerm : {false, true}) {
+// Every action on every kind of script (-1: gone), with and without the service's process, marked as running or not.
+// The host ignores its children, except that it waits for the one that is killed.
+TEST(SvcClass, StartRestartStop) {
+  for (int const mode : {0755, 0644, -1}) {
+    for (int state = 0; state < 12; state++) {
+      bool const process = state & 1, marked = state & 2, start = state < 4, stop = state >= 8, exists = mode >= 0;
+      std::string const action = start ? "start" : stop ? "stop" : "restart";
+      SCOPED_TRACE(action + " " + std::to_string(mode) + (process ? " process" : "") + (marked ? " marked" : ""));
       Services services;
       std::string const name = UniqueName();
-      services.Add(name, "exit 1\n", mode);
-      Sleeper process(name, ignoresTerm);
+      services.Add(name, "exit 3\n", exists ? static_cast<mode_t>(mode) : 0755);
+      auto sleeper = marked ? std::make_unique<Sleeper>(name, true) : nullptr;
       SvcClass* const service = services.GetSvcByName(name);
-      EXPECT_TRUE(service->IsRunning() && service->Stop(-1) && !service->IsRunning()) << mode << ignoresTerm;
-      EXPECT_EQ(services.Log(), mode == 0755 ? "stop\n" : "") << ignoresTerm;
-      int const ending = process.EndingSignal();
-      EXPECT_TRUE(ending == SIGKILL || (ending == SIGTERM && !ignoresTerm)) << ending;
+      EXPECT_EQ(service->IsRunning(), marked);
+      if (!exists) unlink(service->GetFileName().c_str());
+      if (process != marked) sleeper = process ? std::make_unique<Sleeper>(name) : nullptr;
+
+      if (!stop) signal(SIGCHLD, SIG_IGN);
+      bool const result = start ? service->Start(-1) : stop ? service->Stop(0) : service->Restart(7, -1);
+      signal(SIGCHLD, SIG_DFL);
+      bool const runs = mode == 0755 && (marked || start || stop);
+      EXPECT_EQ(result, start ? runs && process : stop ? exists : exists && marked && process);
+      EXPECT_EQ(service->IsRunning(), stop ? marked && !result : marked || (start && result));
+      EXPECT_TRUE(!process || (stop && result ? sleeper->EndingSignal() > 0 : sleeper->IsAlive()));
+      EXPECT_EQ(services.Log(), runs ? action + "\n" : "");
     }
   }
-  Services services;
-  services.Add("upssrv");
-  test::FakePs const ps("4294967295 1 0 upssrv upssrv\n", 0);  // cannot be killed
-  EXPECT_TRUE(!services.GetSvcByName("upssrv")->Stop(-1) && services.GetSvcByName("upssrv")->IsRunning());
 }
 
-TEST(SvcClass, RestartsOnlyWhatRuns) {
+TEST(SvcClass, StopOfWhatCannotBeKilled) {
   Services services;
-  std::string const name = UniqueName();
-  services.Add(name, "exit 1\n");
-  SvcClass* const service = services.GetSvcByName(name);
-  auto process = std::make_unique<Sleeper>(name);
-  EXPECT_FALSE(service->Restart(-1, -1));  // not known to run
-  EXPECT_TRUE(service->Start(-1) && service->Restart(0, 7));
-  process.reset();
-  EXPECT_TRUE(!service->Restart(-1, -1) && service->IsRunning());
-  EXPECT_EQ(services.Log(), "start\nrestart\nrestart\n");
-  unlink(service->GetFileName().c_str());
-  EXPECT_FALSE(service->Restart(-1, -1));
+  services.Add("upssrv");
+  test::FakePs const ps("4294967295 1 0 upssrv upssrv\n", 0);
+  EXPECT_TRUE(!services.GetSvcByName("upssrv")->Stop(-1) && services.GetSvcByName("upssrv")->IsRunning());
 }
 
 }  // namespace

@@ -8,6 +8,8 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <optional>
+#include <string_view>
 #include <utility>
 
 #include "zelvane/core/barrier_internal.h"
@@ -15,11 +17,10 @@
 #include "zelvane/core/fileutils.h"
 #include "zelvane/core/strutils.h"
 #include "zelvane/core/strutils_internal.h"
-#include "zelvane/system/proc_internal.h"
 
 using zelvane::internal::Guard;
-using zelvane::internal::PsOutput;
 using zelvane::internal::ReadSome;
+using zelvane::internal::TrimView;
 
 namespace {
 
@@ -43,11 +44,52 @@ std::string NextField(std::string_view& rest) {
   rest.remove_prefix(std::min(rest.find_first_not_of(' '), rest.size()));
   std::string_view const field = rest.substr(0, rest.find(' '));
   rest.remove_prefix(field.size());
-  return std::string(zelvane::internal::TrimView(field));
+  return std::string(TrimView(field));
 }
 
 // A negative number wraps to 32 bits, and is no process id then.
 unsigned long IdOf(std::string const& field) { return static_cast<std::uint32_t>(StrToIntDef(field, 0)); }
+
+// The process that a line (without its line feed) of the columns id, parent's id, nice, command name and command line
+// describes; none when it does not begin with an integer, like the heading. Fields stand between runs of spaces, as the
+// widths of the columns depend on the machine; the last is the rest of the line. Missing fields are 0 or empty.
+std::optional<ProcClass> ParsePsLine(std::string_view line) {
+  std::string const pid = NextField(line);
+  if (!StrIsInt(pid)) return std::nullopt;
+  std::string const ppid = NextField(line);
+  std::string const nice = NextField(line);
+  std::string name = NextField(line);
+  return ProcClass(IdOf(pid), IdOf(ppid), std::move(name), std::string(TrimView(line)),
+                   PriorityOfNice(StrToIntDef(nice, 0)));
+}
+
+// Takes the output piece by piece, cut anywhere, and appends the processes to the table. What a line has beyond the
+// limit is dropped, never parsed: every user may choose his command line, and could place there what looks like a row
+// of another process.
+class PsOutput {
+ public:
+  explicit PsOutput(std::vector<ProcClass>& table) : table_(table) {}
+
+  void Take(std::string_view bytes) {
+    while (!bytes.empty()) {
+      std::string_view const part = bytes.substr(0, bytes.find('\n'));
+      line_.append(part.substr(0, kLineLimit - line_.size()));
+      if (part.size() == bytes.size()) return;
+      EndLine();
+      bytes.remove_prefix(part.size() + 1);
+    }
+  }
+
+  // Also of the last line, which need not end in a line feed.
+  void EndLine() {
+    if (std::optional<ProcClass> entry = ParsePsLine(line_)) table_.push_back(std::move(*entry));
+    line_.clear();
+  }
+
+ private:
+  std::vector<ProcClass>& table_;
+  std::string line_;  // up to the limit
+};
 
 // A command that is being read. "e": programs that other threads start meanwhile do not inherit its descriptor.
 class CommandPipe {
@@ -77,46 +119,13 @@ bool ReadTable(std::vector<ProcClass>& table) {
   char piece[4096];
   ssize_t got = 0;
   while ((got = ps.Read(piece, sizeof piece)) > 0) output.Take({piece, static_cast<std::size_t>(got)});
-  output.Finish();
+  output.EndLine();
   // The status cannot be had where the host ignores SIGCHLD.
   int const status = ps.Close();
   return !(table.empty() && status != -1 && WIFEXITED(status) && WEXITSTATUS(status) == kCommandNotFound);
 }
 
 }  // namespace
-
-namespace zelvane::internal {
-
-std::optional<ProcClass> ParsePsLine(std::string_view line) {
-  std::string const pid = NextField(line);
-  if (!StrIsInt(pid)) return std::nullopt;
-  std::string const ppid = NextField(line);
-  std::string const nice = NextField(line);
-  std::string name = NextField(line);
-  return ProcClass(IdOf(pid), IdOf(ppid), std::move(name), std::string(TrimView(line)),
-                   PriorityOfNice(StrToIntDef(nice, 0)));
-}
-
-// What a line has beyond the limit is dropped, never parsed: every user may choose his command line, and could place
-// there what looks like a row of another process.
-void PsOutput::Take(std::string_view bytes) {
-  while (!bytes.empty()) {
-    std::string_view const part = bytes.substr(0, bytes.find('\n'));
-    line_.append(part.substr(0, kLineLimit - line_.size()));
-    if (part.size() == bytes.size()) return;
-    EndLine();
-    bytes.remove_prefix(part.size() + 1);
-  }
-}
-
-void PsOutput::Finish() { EndLine(); }
-
-void PsOutput::EndLine() {
-  if (std::optional<ProcClass> entry = ParsePsLine(line_)) table_.push_back(std::move(*entry));
-  line_.clear();
-}
-
-}  // namespace zelvane::internal
 
 // ---- One process ----
 

@@ -243,7 +243,7 @@ SvcClass* SvcManager::GetSvcByName(char const* name) {
   unsigned long const count = GetSvcCount();
   for (unsigned long i = 0; i < count; i++) {
     SvcClass* const entry = GetSvcByIndex(i);
-    if (entry != nullptr && entry->GetName() == name) return entry;
+    if (entry != nullptr && entry->name_ == name) return entry;
   }
   return nullptr;
 }
