@@ -16,6 +16,7 @@ void AddServer(CLI::App& app, Terminal& terminal);
 void AddClient(CLI::App& app, Terminal& terminal);
 void AddInfo(CLI::App& app, Terminal& terminal);
 void AddPorts(CLI::App& app, Terminal& terminal);
+void AddDigest(CLI::App& app, Terminal& terminal);
 void AddHelp(CLI::App& app, Terminal& terminal);
 
 #endif
