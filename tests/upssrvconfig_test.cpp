@@ -43,10 +43,6 @@ class UpsSrv : public testing::Test {
   UpsSrvConfig cfg_;
 };
 
-bool Holds(std::string const& text, std::string const& lines) {
-  return ("\n" + text + "\n").find("\n" + lines + "\n") != std::string::npos;
-}
-
 TEST_F(UpsSrv, DefaultsAndNullArguments) {
   memset(&cfg_, 1, sizeof cfg_);
   ASSERT_EQ(GetUpsSrvDefConfig(&cfg_), 1);
@@ -71,7 +67,7 @@ TEST_F(UpsSrv, FirstReadGivesTheDefaultsAndCreatesTheFile) {
   at_.Write("root/1/upstype.cfg", "[UPSTYPE]\n0 = Zero;unitdrv;c;d;2\n");
   at_.Write("root/1/upscfg02.cfg", "[INIT]\nENVOLTREDE = SENSHI\n");
   EXPECT_EQ(Get(1), kDefaults);
-  EXPECT_TRUE(Holds(File(), "UPSDL = rootdrv")) << File();
+  EXPECT_TRUE(test::Holds(File(), "UPSDL = rootdrv")) << File();
   EXPECT_EQ(at_.Read("root/1/upscfg02.cfg"), "[INIT]\nENVOLTREDE = SENSNORMAL\n");
 }
 
@@ -133,7 +129,7 @@ TEST_F(UpsSrv, Readings) {
     at_.Write("root/1/upssrv.cfg", "[UPS]\nUPSTYPE = 5\nUPSDL = mine\n");
     at_.Write("root/upstype.cfg", kTypes);
     at_.Write("root/" + c[0], c[1]);
-    EXPECT_TRUE(Holds(Get(), c[2] + " ")) << c << Show(cfg_);
+    EXPECT_TRUE(test::Holds(Get(), c[2] + " ")) << c << Show(cfg_);
   }
 }
 
@@ -147,7 +143,7 @@ TEST_F(UpsSrv, Writings) {
       memcpy(reinterpret_cast<char*>(&cfg_) + offset, &value, offset == 110 ? 3 : 4);
     ASSERT_EQ(Set(), 1) << c;
     std::string const text = at_.Read("root/" + c[1]);
-    EXPECT_TRUE(c[2][0] == '.' ? Holds(text, c[2].substr(4)) : text == c[2]) << c << '\n' << text;
+    EXPECT_TRUE(c[2][0] == '.' ? test::Holds(text, c[2].substr(4)) : text == c[2]) << c << '\n' << text;
   }
 }
 
@@ -177,9 +173,10 @@ TEST_F(UpsSrv, TypesDecideOnDriverAndModelFile) {
     cfg_.upsType = c.Int(0);
     EXPECT_EQ(Set(), written) << c;
     EXPECT_EQ(at_.List().size(), before.size() + written) << c;
-    EXPECT_EQ(Holds(File(), "UPSDL = " + c[2]), written) << c << File();
+    EXPECT_EQ(test::Holds(File(), "UPSDL = " + c[2]), written) << c << File();
     for (auto const& model : models)
-      EXPECT_EQ(Holds(at_.Read("root/1/upscfg" + model + ".cfg"), "ENVOLTREDE = SENSVHI"), model == c[3]) << c << model;
+      EXPECT_EQ(test::Holds(at_.Read("root/1/upscfg" + model + ".cfg"), "ENVOLTREDE = SENSVHI"), model == c[3])
+          << c << model;
   }
 }
 
@@ -206,7 +203,7 @@ TEST_F(UpsSrv, TablesOfTheUnit) {
     EXPECT_EQ(test::Words(cfg_.upsName, cfg_.usbDevice), own != 0 ? "Unit 20 " : "Root 10 ");
     cfg_.usbDevice = 99;
     ASSERT_EQ(Set(own), 1);
-    EXPECT_TRUE(Holds(File(), own != 0 ? "UPSDL = unitdrv" : "UPSDL = rootdrv"));
+    EXPECT_TRUE(test::Holds(File(), own != 0 ? "UPSDL = unitdrv" : "UPSDL = rootdrv"));
     EXPECT_EQ(at_.Read("root/usbhid.cfg") + at_.Read("root/1/usbhid.cfg"),
               own != 0 ? "[USBHID]\n2 = 10\n[USBHID]\n2 = 99\n" : "[USBHID]\n2 = 99\n[USBHID]\n2 = 20\n");
   }
@@ -225,7 +222,7 @@ TEST_F(UpsSrv, FailedSaves) {
   // The second file fails: the first stays saved, the third is not reached.
   fs::create_directory(at_.Root("usbhid.cfg"));
   EXPECT_EQ(Set(), 0);
-  EXPECT_TRUE(Holds(File(), "COMMDL = usbhid"));
+  EXPECT_TRUE(test::Holds(File(), "COMMDL = usbhid"));
   EXPECT_EQ(at_.Read("root/1/upscfg03.cfg"), "[INIT]\nENVOLTREDE = NADA");
   EXPECT_EQ(test::OpenDescriptors(), open);
 }

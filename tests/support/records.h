@@ -65,6 +65,11 @@ inline std::vector<Case> Cases(std::string const& file, std::string const& table
 // A whole file of fixtures/api.
 inline std::string Fixture(std::string const& file) { return ReadFile(ZELVANE_FIXTURES "/api/" + file); }
 
+// Whether the lines stand in the text, one after the other.
+inline bool Holds(std::string const& text, std::string const& lines) {
+  return ("\n" + text + "\n").find("\n" + lines + "\n") != std::string::npos;
+}
+
 // Fills a char array with the text and zeros behind it; text of its width or longer leaves it without a NUL.
 template <std::size_t N>
 void Put(char (&field)[N], std::string const& text) {
