@@ -8,10 +8,12 @@
 
 // The remaining forms of a family. `params` are the parameters behind the key and `args` their names; a family with a
 // text among them has its std::string forms separately.
+#define ZELVANE_CURRENT_FORM(result, name, params, args)          \
+  result CfgClass::name(char const* key, ZELVANE_UNPACK params) { \
+    return name(GetSection().c_str(), key, ZELVANE_UNPACK args);  \
+  }
 #define ZELVANE_POINTER_FORMS(result, name, params, args)                                  \
-  result CfgClass::name(char const* key, ZELVANE_UNPACK params) {                          \
-    return name(GetSection().c_str(), key, ZELVANE_UNPACK args);                           \
-  }                                                                                        \
+  ZELVANE_CURRENT_FORM(result, name, params, args)                                         \
   result CfgClass::name(char const* section, unsigned long index, ZELVANE_UNPACK params) { \
     return name(section, GetKeyName(section, index).c_str(), ZELVANE_UNPACK args);         \
   }                                                                                        \
@@ -35,9 +37,10 @@
   ZELVANE_POINTER_FORMS(result, name, params, args) \
   ZELVANE_STRING_FORMS(result, name, params, args)
 
-// ---- Readers: ReadStr is the engine's; the others convert its text, with no text at all for what is missing. ----
+// ---- Readers: ReadStr is the engine's, by name and by number; the others convert its text, with no text at all for
+// what is missing. ----
 
-ZELVANE_POINTER_FORMS(std::string, ReadStr, (char const* def), (def))
+ZELVANE_CURRENT_FORM(std::string, ReadStr, (char const* def), (def))
 ZELVANE_STRING_FORMS(std::string, ReadStr, (std::string const& def), (def.c_str()))
 ZELVANE_STRING_INDEX_FORM(std::string, ReadStr, (std::string const& def), (def.c_str()))
 

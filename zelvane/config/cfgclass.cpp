@@ -192,7 +192,7 @@ std::string CfgClass::GetFileName() { return state_->fileName; }
 // ---- Steps on the index. ----
 
 bool CfgClass::LocateSection(std::string const& name, SectionPosition* position) {
-  auto const found = state_->sections.find(Upper(*state_, name));
+  SectionPosition const found = FindSection(*state_, name);
   if (position != nullptr) *position = found;
   Fail(CFG_OK);
   return found != state_->sections.end();
@@ -202,10 +202,10 @@ bool CfgClass::LocateKey(SectionPosition const* section, std::string const& key,
   if (section == nullptr) return Fail(CFG_BAD_ARGUMENT);
   Fail(CFG_OK);
   if (*section == state_->sections.end()) return false;
-  SectKeys& keys = *(*section)->second.keys;
-  auto const found = keys.find(Upper(*state_, key));
+  SectRec& record = (*section)->second;
+  KeyPosition const found = FindKey(*state_, record, key);
   if (position != nullptr) *position = found;
-  return found != keys.end();
+  return found != record.keys->end();
 }
 
 bool CfgClass::InsertSection(std::string const& name, LinePosition const* line, bool create) {
@@ -281,15 +281,33 @@ std::string CfgClass::GetSectionName(unsigned long n) {
 // ---- Keys. ----
 
 // Finds what a reader or writer names, by the object's own steps where those may be replaced.
-bool CfgClass::Find(char const* section, char const* key, KeyPosition* position) {
-  CfgState& state = *state_;
-  SectionPosition at;
-  if (!state.plain) return LocateSection(section, &at) && LocateKey(&at, key, position);
+bool CfgClass::Find(char const* section, SectionPosition* position) {
+  if (!state_->plain) return LocateSection(section, position);
   Fail(CFG_OK);
-  at = state.sections.find(Upper(state, section));
-  if (at == state.sections.end()) return false;
-  *position = at->second.keys->find(Upper(state, key));
+  *position = FindSection(*state_, section);
+  return *position != state_->sections.end();
+}
+
+bool CfgClass::Find(char const* section, char const* key, KeyPosition* position) {
+  SectionPosition at;
+  if (!Find(section, &at)) return false;
+  if (!state_->plain) return LocateKey(&at, key, position);
+  *position = FindKey(*state_, at->second, key);
   return *position != at->second.keys->end();
+}
+
+bool CfgClass::Find(char const* section, unsigned long n, KeyPosition* position) {
+  SectionPosition at;
+  if (!Find(section, &at) || n >= at->second.keys->size()) return false;
+  *position = KeyAt(*state_, at->second, n);
+  return true;
+}
+
+// The current section's name, copied only where that step may be replaced.
+char const* CfgClass::Current(std::string& copy) {
+  if (state_->plain) return state_->section.c_str();
+  copy = GetSection();
+  return copy.c_str();
 }
 
 // The arguments of an operation on one key, and then the object's state, in the order that all share.
@@ -335,21 +353,26 @@ bool CfgClass::DeleteKey(unsigned long n) { return DeleteKey(GetKeyName(n).c_str
 unsigned long CfgClass::GetKeyCount(char const* section) {
   if (section == nullptr) return Fail(CFG_BAD_ARGUMENT), 0;
   SectionPosition at;
-  return LocateSection(section, &at) ? at->second.keys->size() : 0;
+  return Find(section, &at) ? at->second.keys->size() : 0;
 }
 
 unsigned long CfgClass::GetKeyCount(std::string const& section) { return GetKeyCount(section.c_str()); }
-unsigned long CfgClass::GetKeyCount() { return GetKeyCount(GetSection().c_str()); }
+unsigned long CfgClass::GetKeyCount() {
+  std::string copy;
+  return GetKeyCount(Current(copy));
+}
 
 std::string CfgClass::GetKeyName(char const* section, unsigned long n) {
   if (section == nullptr) return Fail(CFG_BAD_ARGUMENT), "";
-  SectionPosition at;
-  if (!LocateSection(section, &at) || n >= at->second.keys->size()) return "";
-  return at->second.keys->ranks.At(*at->second.keys, n)->first;
+  KeyPosition found;
+  return Find(section, n, &found) ? found->first : std::string();
 }
 
 std::string CfgClass::GetKeyName(std::string const& section, unsigned long n) { return GetKeyName(section.c_str(), n); }
-std::string CfgClass::GetKeyName(unsigned long n) { return GetKeyName(GetSection().c_str(), n); }
+std::string CfgClass::GetKeyName(unsigned long n) {
+  std::string copy;
+  return GetKeyName(Current(copy), n);
+}
 
 // ---- Values. ----
 
@@ -359,6 +382,19 @@ std::string CfgClass::ReadStr(char const* section, char const* key, char const* 
   return def == nullptr ? "" : def;
 }
 
+std::string CfgClass::ReadStr(char const* section, unsigned long index, char const* def) {
+  KeyPosition found;
+  if (state_->plain && section != nullptr && Find(section, index, &found) &&
+      Refusal(section, found->first.c_str(), false) == CFG_OK)
+    return std::string(found->second.value);
+  return ReadStr(section, GetKeyName(section, index).c_str(), def);
+}
+
+std::string CfgClass::ReadStr(unsigned long index, char const* def) {
+  std::string copy;
+  return ReadStr(Current(copy), index, def);
+}
+
 bool CfgClass::WriteStr(char const* section, char const* key, char const* value) {
   if (section == nullptr || key == nullptr || value == nullptr || HasLineFeed(section) || HasLineFeed(key) ||
       HasLineFeed(value))
@@ -366,8 +402,7 @@ bool CfgClass::WriteStr(char const* section, char const* key, char const* value)
   if (!Fail(Refusal(section, key, true))) return false;
   CfgState& state = *state_;
   SectionPosition at;
-  if (!LocateSection(section, &at) && (!InsertSection(section, nullptr, true) || !LocateSection(section, &at)))
-    return false;
+  if (!Find(section, &at) && (!InsertSection(section, nullptr, true) || !Find(section, &at))) return false;
   SectRec& record = at->second;
   KeyPosition found;
   if (state.plain) {

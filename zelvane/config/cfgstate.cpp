@@ -50,6 +50,29 @@ std::string_view Upper(CfgState& state, std::string_view name) {
   return state.upper;
 }
 
+SectionPosition FindSection(CfgState& state, std::string_view name) {
+  Recent& recent = state.recent;
+  if (recent.section && name == recent.sectionName) return *recent.section;
+  SectionPosition const found = state.sectionHashes.Find(state.sections, Upper(state, name));
+  if (found != state.sections.end()) {
+    recent.section.reset();  // the name below may not find memory
+    recent.sectionName = name;
+    recent.section = found;
+  }
+  return found;
+}
+
+KeyPosition FindKey(CfgState& state, SectRec& section, std::string_view name) {
+  if (state.recent.keyOwner == &section && name == state.recent.key->first) return state.recent.key;
+  return section.keys->hashes.Find(*section.keys, Upper(state, name));
+}
+
+KeyPosition KeyAt(CfgState& state, SectRec& section, std::size_t n) {
+  state.recent.key = section.keys->ranks.At(*section.keys, n);
+  state.recent.keyOwner = &section;
+  return state.recent.key;
+}
+
 void RemoveKey(CfgState& state, SectRec& section, KeyPosition position) {
   KeyRec const& key = position->second;
   auto const none = section.keys->end();
@@ -63,7 +86,9 @@ void RemoveKey(CfgState& state, SectRec& section, KeyPosition position) {
   if (state.parseSection != state.sections.end() && &state.parseSection->second == &section &&
       state.parseKey == position)
     state.parseKey = none;
+  if (state.recent.keyOwner == &section && state.recent.key == position) state.recent.keyOwner = nullptr;
   section.keys->ranks.Erased(position);
+  section.keys->hashes.Erased();
   section.keys->erase(position);
 }
 
@@ -76,13 +101,17 @@ void RemoveSection(CfgState& state, SectionPosition position) {
   }
   if (!headerIsKeyLine && section.header != state.lines.end()) state.lines.erase(section.header);
   if (state.parseSection == position) state.parseSection = state.sections.end();
+  state.recent = Recent();
   state.sectionRanks.Erased(position);
+  state.sectionHashes.Erased();
   state.sections.erase(position);
 }
 
 void ForgetIndex(CfgState& state) {
   state.sections.clear();
+  state.recent = Recent();
   state.sectionRanks.Clear();
+  state.sectionHashes.Clear();
   state.detached.clear();
   state.parseSection = state.sections.end();
 }

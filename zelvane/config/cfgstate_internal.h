@@ -7,6 +7,7 @@
 #include <iterator>
 #include <list>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <tuple>
@@ -14,6 +15,7 @@
 #include <utility>
 
 #include "zelvane/config/cfgclass.h"
+#include "zelvane/config/hashindex_internal.h"
 #include "zelvane/config/nodepool_internal.h"
 #include "zelvane/config/rankindex_internal.h"
 
@@ -37,6 +39,15 @@ static_assert(std::is_same_v<KeyPosition, KeyMap::iterator>);
 struct SectKeys : KeyMap {
   explicit SectKeys(NodePool& pool) : KeyMap(KeyMap::allocator_type(pool)) {}
   RankIndex<KeyMap> ranks;
+  HashIndex<KeyMap> hashes;
+};
+
+// What was found last: callers stay in a section for a while, and read the key whose name they have just been given.
+struct Recent {
+  std::string sectionName;  // as it was asked for
+  std::optional<SectionPosition> section;
+  SectRec const* keyOwner = nullptr;  // null: no key
+  KeyPosition key;
 };
 
 struct CfgState {
@@ -46,6 +57,8 @@ struct CfgState {
   LineList lines;
   SectionMap sections;
   RankIndex<SectionMap> sectionRanks;
+  HashIndex<SectionMap> sectionHashes;
+  Recent recent;
   std::list<std::string> detached;  // values that no line holds
   std::string fileName;
   std::string section;
@@ -78,6 +91,13 @@ ParsedLine Parse(std::string_view raw);
 // The upper-cased name, in the state's memory until the next call.
 std::string_view Upper(CfgState& state, std::string_view name);
 
+// The section or key of that name in any case, or the end.
+SectionPosition FindSection(CfgState& state, std::string_view name);
+KeyPosition FindKey(CfgState& state, SectRec& section, std::string_view name);
+
+// The n-th key in ascending order; n is below their number.
+KeyPosition KeyAt(CfgState& state, SectRec& section, std::size_t n);
+
 // Where `upper` stands or belongs in `map`; most files are written in ascending order or nearly so.
 template <class Map>
 typename Map::iterator LowerBound(Map& map, std::string_view upper) {
@@ -95,6 +115,7 @@ std::pair<SectionPosition, bool> AddSection(CfgState& state, std::string_view na
   auto const added = state.sections.emplace_hint(place, std::piecewise_construct, std::forward_as_tuple(upper),
                                                  std::forward_as_tuple(state, makeLine(upper)));
   state.sectionRanks.Inserted(added);
+  state.sectionHashes.Inserted(state.sections, added);
   state.parseSection = added;
   state.parseKey = added->second.keys->end();
   return {added, true};
@@ -118,6 +139,7 @@ std::pair<KeyPosition, bool> AddKey(CfgState& state, SectRec& section, std::stri
   auto const added = keys.emplace_hint(place, std::piecewise_construct, std::forward_as_tuple(upper),
                                        std::forward_as_tuple(KeyRec{made.value, made.line, previous, keys.end()}));
   keys.ranks.Inserted(added);
+  keys.hashes.Inserted(keys, added);
   if (previous != keys.end()) {
     KeyPosition& next = previous->second.next;
     if (next != keys.end()) next->second.previous = keys.end();  // a key is followed by one other at most
