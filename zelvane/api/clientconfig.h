@@ -3,8 +3,7 @@
 //
 // The server is the first entry of the server list, section [CLILIST] of upscli.cfg in the installation root
 // (serverlist.h): the first in ascending order of the keys' text, whatever the key ("10" comes before "2"). The user's
-// preferences lie in
-// ".zelvane" in the home folder ("~.zelvane" in the current directory without HOME).
+// preferences lie in ".zelvane" in the home folder ("~.zelvane" in the current directory without HOME).
 #ifndef ZELVANE_API_CLIENTCONFIG_H
 #define ZELVANE_API_CLIENTCONFIG_H
 
