@@ -1,0 +1,42 @@
+/* Reads the shutdown settings of this computer, gives its users more time, and lists the servers it knows.
+
+     settings [SECONDS]      from the installation root; writes upscli.cfg there if SECONDS are given */
+#include <stdio.h>
+#include <stdlib.h>
+#include <zelvane/zelvane.h>
+
+static int ChangeDelay(ShutSrvConfig* settings, char const* seconds) {
+  settings->cmdDelay = (uint32_t)strtoul(seconds, NULL, 10);
+  /* Null stands for the installation root. Only the lines that hold another value now are changed. */
+  if (!SetShutSrvConfig(NULL, settings)) return 0;
+  printf("The command now waits %u seconds.\n", (unsigned)settings->cmdDelay);
+  return 1;
+}
+
+static void ListServers(void) {
+  ServerListItem server;
+  unsigned int i, key;
+  void* list = OpenServerList();
+  int const count = GetServerListCount(list);
+  printf("%d known servers:\n", count);
+  for (i = 0; i < (unsigned int)count; i++)
+    if (GetServerListItem2(list, i, &server, &key))
+      printf("  %u. %s at %s, port %d\n", key, server.serverName, server.serverAddress, (int)server.serverPort);
+  CloseServerList(list);
+}
+
+int main(int argc, char** argv) {
+  ShutSrvConfig settings;
+  if (!GetShutSrvConfig(NULL, &settings)) {
+    fputs("The shutdown settings cannot be read.\n", stderr);
+    return 1;
+  }
+  printf("This computer listens to %s (%s).\n", settings.serverName, settings.serverAddress);
+  printf("At a shutdown it waits %u seconds and runs \"%s\".\n", (unsigned)settings.cmdDelay, settings.cmdLine);
+  if (argc > 1 && !ChangeDelay(&settings, argv[1])) {
+    fputs("upscli.cfg cannot be written.\n", stderr);
+    return 1;
+  }
+  ListServers();
+  return 0;
+}
