@@ -28,7 +28,6 @@ class Client : public testing::Test {
     cfg_.serverPort = port;
   }
   std::string File() const { return at_.Read("root/upscli.cfg"); }
-  std::string UserFile() const { return at_.Read("home/.zelvane"); }
   test::Installation at_;
   ClientConfig cfg_;
 };
@@ -37,7 +36,6 @@ TEST_F(Client, Defaults) {
   memset(&cfg_, 'x', sizeof cfg_);
   ASSERT_EQ(GetClientDefConfig(&cfg_), 1);
   std::string const defaults = test::Bytes(cfg_);
-  memset(&cfg_, 'x', sizeof cfg_);
   SetServer("localhost", "127.0.0.1", 4375);
   test::Put(cfg_.libName, "upscli");
   cfg_.langId = cfg_.colorScheme = 0;
@@ -54,15 +52,15 @@ TEST_F(Client, FreshFiles) {
   cfg_.colorScheme = -1;
   test::Put(cfg_.libName, "MyLib");
   ASSERT_EQ(SetClientConfig(&cfg_), 1);
-  EXPECT_EQ(UserFile(), "[ZELVANE]\nLANGID = 2\nCOLORSCH = 4294967295");
+  EXPECT_EQ(at_.Read("home/.zelvane"), "[ZELVANE]\nLANGID = 2\nCOLORSCH = 4294967295");
   EXPECT_EQ(File(), "[CLILIST]\n0 = hall;10.0.0.7;1234\n[UPSCLI]\nLIBNAME = MyLib");
   EXPECT_EQ(Get(), "hall|10.0.0.7|1234 mylib 2 0 ");  // 4294967295 does not fit a signed number
   // Arrays without NUL end at their width.
-  SetServer(std::string(21, 'z'), std::string(16, 'z'), -1);
-  test::Put(cfg_.libName, std::string(21, 'z'));
+  std::string const n(21, 'n'), a(16, 'a');
+  SetServer(n, a, -1);
+  test::Put(cfg_.libName, n);
   ASSERT_EQ(SetClientConfig(&cfg_), 1);
-  EXPECT_EQ(File(), "[CLILIST]\n0 = " + std::string(21, 'z') + ";" + std::string(16, 'z') +
-                        ";4294967295\n[UPSCLI]\nLIBNAME = " + std::string(21, 'z'));
+  EXPECT_EQ(File(), "[CLILIST]\n0 = " + n + ";" + a + ";4294967295\n[UPSCLI]\nLIBNAME = " + n);
 }
 
 TEST_F(Client, FirstEntryAndModule) {
@@ -73,7 +71,7 @@ TEST_F(Client, FirstEntryAndModule) {
     ASSERT_EQ(SetClientConfig(&cfg_), 1) << c;
     EXPECT_EQ(File(), c[2]) << c;
   }
-  EXPECT_EQ(UserFile(), "# mine\r\n[Zelvane]\r\nLangid = 0\nNote = \xE9\r\nCOLORSCH = 0\n");
+  EXPECT_EQ(at_.Read("home/.zelvane"), "# mine\r\n[Zelvane]\r\nLangid = 0\nNote = \xE9\r\nCOLORSCH = 0\n");
 }
 
 TEST_F(Client, EntryFields) {
@@ -95,19 +93,19 @@ TEST_F(Client, Failures) {
   auto const before = at_.List();
   setenv("HOME", at_.Path("missing").c_str(), 1);
   EXPECT_EQ(SetClientConfig(&cfg_), 0);
-  EXPECT_EQ(at_.List(), before);
   setenv("HOME", at_.Path("home").c_str(), 1);
+  EXPECT_EQ(at_.List(), before);
   fs::create_directory(at_.Root("upscli.cfg"));
   EXPECT_EQ(SetClientConfig(&cfg_), 0);
-  EXPECT_EQ(UserFile(), "[ZELVANE]\nLANGID = 0\nCOLORSCH = 0");
+  EXPECT_EQ(at_.Read("home/.zelvane"), "[ZELVANE]\nLANGID = 0\nCOLORSCH = 0");
   fs::remove(at_.Root("upscli.cfg"));
   test::Put(cfg_.libName, "a\nb");
   EXPECT_EQ(SetClientConfig(&cfg_), 0);
   EXPECT_EQ(File(), "[CLILIST]\n0 = localhost;127.0.0.1;4375");
-  SetServer("a\nb", "b", 1);
-  EXPECT_EQ(SetClientConfig(&cfg_), 0);
-  SetServer("a", "a\nb", 1);
-  EXPECT_EQ(SetClientConfig(&cfg_), 0);
+  for (int const bad : {0, 1}) {
+    SetServer(bad == 0 ? "a\nb" : "a", bad == 1 ? "a\nb" : "b", 1);
+    EXPECT_EQ(SetClientConfig(&cfg_), 0) << bad;
+  }
   EXPECT_EQ(File(), "[CLILIST]\n0 = localhost;127.0.0.1;4375");
   EXPECT_EQ(test::OpenDescriptors(), open);
 }
