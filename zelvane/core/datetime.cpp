@@ -2,13 +2,20 @@
 
 #include <sys/time.h>
 
+#include <bitset>
+#include <cctype>
+#include <charconv>
 #include <cmath>
 #include <cstdint>
 #include <ctime>
 #include <limits>
+#include <stdexcept>
 #include <string_view>
 
-#include "zelvane/core/strutils.h"
+#include "zelvane/core/strutils_internal.h"
+
+using zelvane::internal::ToInt;
+using zelvane::internal::View;
 
 namespace {
 
@@ -16,7 +23,7 @@ constexpr long kNoDate = -1;
 constexpr std::int64_t kLastDateTime = 2147483647;
 constexpr int kDaySeconds = 86400;
 constexpr int kYearDays = 365;
-constexpr char const* kDefaultFormat = "dd/mm/yyyy hh:nn:ss";
+constexpr std::string_view kDefaultFormat = "dd/mm/yyyy hh:nn:ss";
 
 bool IsLeapYear(int year) { return year % 4 == 0; }
 
@@ -47,30 +54,26 @@ struct Fields {
 // Leaves the year in `fields` and returns the days that have gone by in it. 31 December of a leap year is taken for a
 // day on which nothing has: its 365 days are taken off as for an ordinary year, and nothing is left for the leap day.
 int DecodeYear(int days, Fields& fields) {
-  constexpr int kFourYears = 4 * kYearDays + 1;
-  fields.year = 1970 + days / kFourYears * 4;
-  days %= kFourYears;
-  for (; days >= kYearDays; fields.year++) {
-    days -= kYearDays;
-    if (!IsLeapYear(fields.year)) continue;
-    if (days == 0) break;
-    days--;
-  }
-  return days;
+  constexpr int kFourYears = 4 * kYearDays + 1;  // from 1970 on, the third of four is the leap year
+  constexpr int kLeapYearEnd = 3 * kYearDays;
+  int const rest = days % kFourYears;
+  int const withoutLeapDay = rest > kLeapYearEnd ? rest - 1 : rest;
+  fields.year = 1970 + days / kFourYears * 4 + (rest == kLeapYearEnd ? 2 : withoutLeapDay / kYearDays);
+  return rest == kLeapYearEnd ? 0 : withoutLeapDay % kYearDays;
 }
 
 // 29 February comes to a stop the same way, on the first of its month.
 void DecodeMonth(int days, Fields& fields) {
-  fields.month = 1;
-  while (days >= DaysBefore(fields.month + 1) - DaysBefore(fields.month)) {
-    days -= DaysBefore(fields.month + 1) - DaysBefore(fields.month);
-    if (fields.month == 2 && IsLeapYear(fields.year)) {
-      if (days == 0) break;
-      days--;
-    }
-    fields.month++;
+  constexpr int kLeapDay = 31 + 28;
+  if (IsLeapYear(fields.year) && days == kLeapDay) {
+    fields.month = 2;
+    fields.day = 1;
+    return;
   }
-  fields.day = days + 1;
+  if (IsLeapYear(fields.year) && days > kLeapDay) days--;
+  fields.month = days / 31 + 1;  // that month or the one before it
+  if (days >= DaysBefore(fields.month + 1)) fields.month++;
+  fields.day = days - DaysBefore(fields.month) + 1;
 }
 
 bool Decode(long t, Fields& fields) {
@@ -104,12 +107,29 @@ long UniversalFields(std::time_t t) {
   return FromCalendar(gmtime_r(&t, &fields));
 }
 
-std::string EffectiveFormat(std::string const& format) { return format.empty() ? kDefaultFormat : LowerCase(format); }
+// A format's letters count whatever their case, and its literals are written in the lower one. Most are so already.
+char Lower(char c) {
+  auto const byte = static_cast<unsigned char>(c);
+  bool const mayHaveCase = byte >= 0x80 || (byte >= 'A' && byte <= 'Z');
+  return mayHaveCase ? static_cast<char>(std::tolower(byte)) : c;
+}
 
-// Length of the run of one repeated character that begins at `start`.
-std::size_t RunLength(std::string const& format, std::size_t start) {
-  std::size_t const end = format.find_first_not_of(format[start], start);
-  return (end == std::string::npos ? format.size() : end) - start;
+// A run of one repeated character in a format.
+struct Run {
+  char letter;
+  std::size_t start;
+  std::size_t length;
+};
+
+// Calls `take` with each run of the format in turn.
+template <typename Take>
+void ForEachRun(std::string_view format, Take take) {
+  if (format.empty()) format = kDefaultFormat;
+  for (std::size_t start = 0, end = 0; start < format.size(); start = end) {
+    char const letter = Lower(format[start]);
+    while (end < format.size() && Lower(format[end]) == letter) end++;
+    take(Run{letter, start, end - start});
+  }
 }
 
 // The field that a letter of a format stands for; null for a literal.
@@ -125,20 +145,22 @@ int* FieldOf(Fields& fields, char letter) {
   }
 }
 
-std::string Text(std::string const& format, long t) {
+void AppendFilled(std::string& text, int value, std::size_t width) {
+  char digits[12];
+  auto const length = static_cast<std::size_t>(std::to_chars(digits, digits + sizeof digits, value).ptr - digits);
+  if (length < width) text.append(width - length, '0');
+  text.append(digits, length);
+}
+
+std::string Text(std::string_view format, long t) {
   Fields fields;
   std::string result;
   if (!Decode(t, fields)) return result;
-  std::string const pattern = EffectiveFormat(format);
-  for (std::size_t start = 0, length = 0; start < pattern.size(); start += length) {
-    length = RunLength(pattern, start);
-    int const* const field = FieldOf(fields, pattern[start]);
-    if (field == nullptr) {
-      result.append(length, pattern[start]);
-    } else {
-      result += IntToStr(*field, static_cast<int>(length));
-    }
-  }
+  result.reserve(format.empty() ? kDefaultFormat.size() : format.size());
+  ForEachRun(format, [&](Run run) {
+    if (int const* const field = FieldOf(fields, run.letter)) return AppendFilled(result, *field, run.length);
+    result.append(run.length, run.letter);
+  });
   return result;
 }
 
@@ -148,20 +170,20 @@ constexpr int kInvalid = -2;
 // What is left absent comes from 1970-01-01 00:00:00.
 constexpr Fields kFirstSecond = {1970, 1, 1, 0, 0, 0, 0, 0};
 
-long ReadText(std::string const& text, std::string const& format, long def) {
+long ReadText(std::string_view text, std::string_view format, long def) {
   if (text.empty()) return def;
   Fields fields = {kAbsent, kAbsent, kAbsent, kAbsent, kAbsent, kAbsent, 0, 0};
-  std::string const pattern = EffectiveFormat(format);
-  std::string seen;
-  for (std::size_t start = 0, length = 0; start < pattern.size(); start += length) {
-    length = RunLength(pattern, start);
-    char const letter = pattern[start];
-    int* const field = FieldOf(fields, letter);
-    if (field == nullptr) continue;
-    long const value = StrToIntDef(text.substr(start, length), kInvalid);
-    *field = seen.find(letter) == std::string::npos ? static_cast<int>(value) : kInvalid;
-    seen += letter;
-  }
+  std::bitset<256> seen;
+  ForEachRun(format, [&](Run run) {
+    int* const field = FieldOf(fields, run.letter);
+    if (field == nullptr) return;
+    // Callers wait for what std::string says when a text ends before a field begins.
+    if (run.start > text.size()) throw std::out_of_range("basic_string::substr");
+    long const value = ToInt(text.substr(run.start, run.length), kInvalid);
+    auto const letter = static_cast<unsigned char>(run.letter);
+    *field = seen[letter] ? kInvalid : static_cast<int>(value);
+    seen.set(letter);
+  });
   Fields defaults = kFirstSecond;
   for (char const letter : std::string_view("dmyhns")) {
     int* const field = FieldOf(fields, letter);
@@ -259,7 +281,7 @@ int DayOfYear(long t) {
   return Decode(t, fields) ? fields.dayOfYear : -1;
 }
 
-std::string DateTimeToStr(char const* format, long t) { return Text(format == nullptr ? "" : format, t); }
+std::string DateTimeToStr(char const* format, long t) { return Text(View(format), t); }
 std::string DateTimeToStr(std::string const& format, long t) { return Text(format, t); }
 std::string DateTimeToStr(long t) { return Text("", t); }
 
@@ -282,9 +304,7 @@ std::string FormatDateTime(long t, char const* format) {
 
 std::string FormatDateTime(long t, std::string const& format) { return FormatDateTime(t, format.c_str()); }
 
-long StrToDateTime(char const* text, char const* format, long def) {
-  return ReadText(text == nullptr ? "" : text, format == nullptr ? "" : format, def);
-}
+long StrToDateTime(char const* text, char const* format, long def) { return ReadText(View(text), View(format), def); }
 
 long StrToDateTime(std::string const& text, std::string const& format, long def) { return ReadText(text, format, def); }
 

@@ -172,7 +172,8 @@ std::string GetTmpFileName(bool) {
     std::string created = pattern;
     // The C library leaves its last try in the text when it fails; callers get the X's.
     Descriptor const file(mkostemp(created.data(), O_CLOEXEC));
-    return file ? created : pattern;
+    // Moved: with no memory for a copy the file would be there, and nobody would know its name.
+    return file ? std::move(created) : pattern;
   });
 }
 

@@ -17,6 +17,9 @@ inline std::string_view View(char const* text) { return text == nullptr ? std::s
 // Without the blanks that Trim removes; the result is a part of `text`.
 std::string_view TrimView(std::string_view text);
 
+// StrToIntDef of a part of a text.
+long ToInt(std::string_view text, long def);
+
 // Replaces `out` by AnsiUpperCase of `text`, using the room that `out` has already. `text` must not be part of `out`.
 void AnsiUpperInto(std::string& out, std::string_view text);
 

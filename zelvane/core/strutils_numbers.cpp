@@ -10,6 +10,7 @@
 #include "zelvane/core/strutils.h"
 #include "zelvane/core/strutils_internal.h"
 
+using zelvane::internal::ToInt;
 using zelvane::internal::View;
 
 namespace {
@@ -113,11 +114,6 @@ long ReadInteger(std::string_view text, int base, long def) {
   return error == std::errc() && stop == end ? value : def;
 }
 
-long ReadInt(std::string_view text, long def) {
-  bool const signedTwice = SkipChar(text, '+') && SkipChar(text, '-');
-  return signedTwice ? def : ReadInteger(text, 10, def);
-}
-
 long ReadHex(std::string_view text, long def) { return SkipChar(text, '-') ? def : ReadInteger(text, 16, def); }
 
 double ReadFloat(std::string_view text, double def) {
@@ -132,6 +128,11 @@ double ReadFloat(std::string_view text, double def) {
 }
 
 }  // namespace
+
+long zelvane::internal::ToInt(std::string_view text, long def) {
+  bool const signedTwice = SkipChar(text, '+') && SkipChar(text, '-');
+  return signedTwice ? def : ReadInteger(text, 10, def);
+}
 
 std::string IntToStr(long value, int width, char fill) { return IntegerText(Signed32(value), 10, width, fill); }
 
@@ -156,8 +157,8 @@ std::string FloatToStr(double value, int width, unsigned int digits, char fill) 
   return text;
 }
 
-long StrToIntDef(char const* text, long def) { return ReadInt(View(text), def); }
-long StrToIntDef(std::string const& text, long def) { return ReadInt(text, def); }
+long StrToIntDef(char const* text, long def) { return ToInt(View(text), def); }
+long StrToIntDef(std::string const& text, long def) { return ToInt(text, def); }
 
 long HexToIntDef(char const* text, long def) { return ReadHex(View(text), def); }
 long HexToIntDef(std::string const& text, long def) { return ReadHex(text, def); }
