@@ -52,12 +52,18 @@ bool ReadTemplate(std::string const& folder, std::vector<std::string>& files) {
   return true;
 }
 
+// What is no file may have no end to copy: a FIFO, a device.
+bool IsFile(std::string const& path) {
+  struct stat status;
+  return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+}
+
 bool MakeFolder(std::string const& root, std::string const& folder) {
   std::string const source = root + "default/";
   std::vector<std::string> files;
   if (!ReadTemplate(source, files) || mkdir(folder.c_str(), kFolderMode) != 0) return false;
   for (std::string const& file : files) {
-    if (!CpFile(source + file, folder + file, 0, true)) return false;
+    if (!IsFile(source + file) || !CpFile(source + file, folder + file, 0, true)) return false;
     Delay(1);
   }
   return true;
