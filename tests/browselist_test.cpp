@@ -94,10 +94,10 @@ class BrowseList : public testing::Test {
 TEST_F(BrowseList, WhichEntriesAreValid) {
   // Lines, and the record of each as it is read.
   char const* const cases[] = {
-      "0 = LAN;-1 > 0;LAN;-1\n7 = \xE9 = x ;3 > 7;\xE9 = x ;3\n7 = LAN;3; > 7;LAN;3\n7 = LAN;3;; > \n7 = LAN; > \n"
-      "7 = LAN > \n7 = ;3 > \n7 = > \n7 = LAN;x > 7;LAN;-1\n7 = LAN; 3 > 7;LAN;-1\n7 = a;2147483647 > 7;a;2147483647\n"
-      "7 = LAN;2147483648 > 7;LAN;-1\n007 = LAN;+3 > 7;LAN;3\n-5 = LAN;3 > -5;LAN;3\n+ = LAN;3 > -1;LAN;3\n"
-      "2147483648 = LAN;3 > -1;LAN;3\nx = LAN;3 > \n7 =  a\tb ; -3 > 7;a\tb ;-1\n",
+      "0 = g;-1 > 0;g;-1\n7 = \xE9 = x ;3 > 7;\xE9 = x ;3\n7 = g;3; > 7;g;3\n7 = g;3;; > \n7 = g; > \n7 = g > \n7 = ;3 "
+      "> \n"
+      "7 = > \n7 = g;x > 7;g;-1\n7 = g; 3 > 7;g;-1\n7 = a;2147483647 > 7;a;2147483647\n7 = g;2147483648 > 7;g;-1\n"
+      "007 = g;+3 > 7;g;3\n-5 = g;3 > -5;g;3\n+ = g;3 > -1;g;3\n2147483648 = g;3 > -1;g;3\nx = g;3 > \n",
       "3 = PC;10.0.0.1;0 > 3;PC;10.0.0.1;0\n3 = PC1;;3 > \n3 = ;10.0.0.1;3 > \n3 = PC;10.0.0.1; > \n3 = PC;1;0;x > \n",
       "3 = UPS;;2;5 > 3;UPS;2;5\n3 = UPS;;;5 > \n3 = ;;2;5 > \n3 = UPS;;2; > \n3 = UPS;;2;5;x > \n"
       "3 = U;1;2147483647;-1 > 3;U;2147483647;-1\n3 = U;;2147483648;y > 3;U;4294967295;-1\n"};
@@ -112,7 +112,7 @@ TEST_F(BrowseList, WhichEntriesAreValid) {
 }
 
 TEST_F(BrowseList, WritesWhatItIsGiven) {
-  std::string const n(256, 'n'), wide = n + ";1234567890123456;", rest = "03 = c;;1;5\n4 = d;;1;6\n5 = e;;1\n";
+  std::string const n(256, 'n'), wide = n + ";1234567890123456;", rest = "03 = c;;1;5\n4 = d;;1;-1\n5 = e;;1\n";
   list_ = OpenBrwsList(folder_.Path("list.cfg").c_str());
   for (Kind const kind : kKinds) EXPECT_EQ(Do('a', kind, {99, n, 1, wide.substr(257, 16)}, false), 1);
   // A computer without an address does not keep its identifier.
@@ -125,24 +125,26 @@ TEST_F(BrowseList, WritesWhatItIsGiven) {
                          "3000000000;1\n1 = x;127.0.0.1;3000000000;-1");
   Open("; \xE9\r\n[COMPUTERS]\n5 = broken\n-1 = odd;1.1.1.1;-1\n[NOBREAKS]\n0 = a;;007;5\n1=" + n + "n;;x;5\n" + rest +
        "6 = f;;1;-1\n[GROUPS]\n2 = x;-1\n");
-  for (int32_t const id : {5, -1}) EXPECT_EQ(Do('e', kComputer, {id, "pc", 9}, false), 1) << id;
-  EXPECT_EQ(Do('e', kGroup, {2, "y", 2}, false) + Do('e', kNobreak, {6, "f", 5}, false), 2);
+  for (int32_t const group : {8, 9})  // it does not go with the group where it was before
+    EXPECT_EQ(Do('e', kComputer, {5, "pc", group}, false) + Do('o', kComputer, {17 - group, "", 0}, false), 2);
+  EXPECT_EQ(Do('e', kGroup, {2, "y", 2}, false) + Do('e', kComputer, {-1, "pc", 9}, false), 2);
+  EXPECT_EQ(Do('e', kNobreak, {6, "f", 5}, false), 1);
   EXPECT_EQ(Saved(),
             "; \xE9\r\n[COMPUTERS]\n5 = pc;2.2.2.2;9\n-1 = pc;2.2.2.2;9\n[NOBREAKS]\n0 = a;2.2.2.2;007;5\n1 = " + n +
                 "n;2.2.2.2;x;5\n" + rest + "6 = f;2.2.2.2;3000000000;5\n[GROUPS]\n2 = y;2\n\n[DATE]\nDATETIME = now");
 }
 
 char const kSmall[] =
-    "[GROUPS]\n0=all ; -1\n1 = top;-1\n[COMPUTERS]\n0 = pc;10.0.0.1;1\n"
+    "[GROUPS]\n0=all ; -1\n1 = top;-1\n[COMPUTERS]\n-2 = far;1;5\n0 = pc;10.0.0.1;1\n"
     "[NOBREAKS]\n-1 = odd;;2;0\n0 = ups;10.0.0.1;5;0\n1 = free;;6;-1\n[DATE]\nDATETIME = 1\n";
 
 TEST_F(BrowseList, WhatEachChangeStampsAndFlushes) {
   // The change, its kind, the number of the entry and its owner; how many entries are left, whether it stamps (s) and
   // flushes unasked (f).
   for (std::string const c :
-       {"sg0 6s",  "ag1 7s",  "ac1 7s",  "an0 7s", "an4 7",   "eg1 6s", "ec0 6s", "en0 6s",   "rg1 3sf",
-        "rg9 6sf", "rc0 4sf", "rc9 6sf", "rn0 5s", "rn-1 5s", "rn1 5",  "rn9 6",  "og-1 2sf", "og1 6s",
-        "oc1 4sf", "oc0 6s",  "on0 5s",  "on9 6s", "on-1 5",  "cg0 4s", "cc0 5s", "cn0 3s"})
+       {"sg0 7s",  "ag1 8s",  "ac1 8s",  "an0 8s", "an4 8",   "eg1 7s", "ec0 7s", "en0 7s",   "rg1 4sf",
+        "rg9 7sf", "rc0 5sf", "rc9 7sf", "rn0 6s", "rn-1 6s", "rn1 6",  "rn9 7",  "og-1 3sf", "og1 7s",
+        "oc1 5sf", "oc0 7s",  "on0 6s",  "on9 7s", "on-1 6",  "cg0 5s", "cc0 5s", "cn0 4s"})
     for (bool const flush : {false, true}) {
       int const number = std::stoi(c.substr(2));
       Open(kSmall);
@@ -171,7 +173,7 @@ TEST_F(BrowseList, WhatIsRefusedChangesNothing) {
         EXPECT_EQ(Do(change, kind, {0, "x", 0, bad}, true), 0) << change << bad;
       }
   }
-  for (int32_t const computer : {7, -1}) EXPECT_EQ(Do('e', kNobreak, {0, "x", computer}, true), 0) << computer;
+  for (int32_t const computer : {7, -2}) EXPECT_EQ(Do('e', kNobreak, {0, "x", computer}, true), 0) << computer;
   EXPECT_EQ(AddBrwsGroup(list_, nullptr, true, nullptr, true) + EditBrwsGroup(list_, nullptr, true), 0);
   EXPECT_EQ(AddBrwsComputer(list_, nullptr, true, nullptr, true) + EditBrwsComputer(list_, nullptr, true), 0);
   EXPECT_EQ(AddBrwsNobreak(list_, nullptr, true, nullptr, true) + EditBrwsNobreak(list_, nullptr, true), 0);
@@ -187,14 +189,13 @@ TEST_F(BrowseList, AFailedFlushShowsInTheResultAndKeepsTheChange) {
   Records const r(9, "LAN", -1);
   for (char const change : {'r', 'o'}) EXPECT_EQ(Do(change, kNobreak, {-1, "", 0}, true), 1) << "nothing to write";
   for (Kind const kind : kKinds)
-    for (char const change : {'s', 'c', 'o', 'r', 'a'}) EXPECT_EQ(Do(change, kind, r, true), 0) << change << kind;
+    for (char const change : {'s', 'a', 'c', 'o', 'r', 'a'}) EXPECT_EQ(Do(change, kind, r, true), 0) << change << kind;
   std::filesystem::create_directories(root.Root());
   EXPECT_EQ(CloseBrwsList(list_), 1);
   list_ = OpenBrwsList("");
   EXPECT_EQ(Read(list_, kComputer, 0), "1;LAN;2.2.2.2;-1") << "the same default file";
-  CloseBrwsList(list_);
   std::filesystem::create_directories(folder_.Path("list.cfg/x"));
-  list_ = OpenBrwsList(folder_.Path("list.cfg").c_str());
+  CloseBrwsList(std::exchange(list_, OpenBrwsList(folder_.Path("list.cfg").c_str())));
   for (char const change : {'s', 'a', 'r', 'o', 'c'}) EXPECT_EQ(Do(change, kGroup, r, false), 0) << "unreadable";
 }
 
@@ -220,11 +221,12 @@ struct Model {
     for (auto const [id, owner] : std::map(owners[kind]))
       if (owner == of && owners[kind].count(id) > 0) Remove(kind, id);
   }
-  int64_t Free(Kind kind, bool plusOne) const {
+  int64_t Add(Kind kind, int64_t owner, bool plusOne) {
     std::set<int64_t> taken = {0, 7, 12};
     for (auto const& entry : owners[kind]) taken.insert(entry.first);
     int64_t id = plusOne && *taken.rbegin() < 2147483647 ? *taken.rbegin() + 1 : 0;
     while (taken.count(id) > 0) id++;
+    owners[kind][id] = owners[kind == kNobreak ? kComputer : kGroup].count(owner) > 0 ? owner : -1;
     return id;
   }
   std::string Text() const {
@@ -259,9 +261,7 @@ TEST_F(BrowseList, SixHundredRemovalsBesideAModel) {
     ASSERT_EQ(Do(of ? 'o' : 'r', kind, {id, "", 0}, false), 1) << step;
     for (Kind const added : kKinds) {
       int const owner = pick(-1, 30), plusOne = pick(0, 1);
-      bool const known = model.owners[added == kNobreak ? kComputer : kGroup].count(owner) > 0;
-      int64_t const expected = model.Free(added, plusOne == 1);
-      model.owners[added][expected] = known ? owner : -1;
+      int64_t const expected = model.Add(added, owner, plusOne == 1);
       unsigned long got = 0;
       Records const r(0, std::string(1, "gcn"[added]), owner, "127.0.0.1");
       ASSERT_EQ(Do('a', added, r, step % 10 == 9, plusOne == 1, &got), 1) << step;
