@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 #include <limits.h>
 #include <signal.h>
+#include <stdlib.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -11,13 +13,18 @@
 #include <cstdint>
 #include <vector>
 
+#include "support/child.h"
 #include "support/processes.h"
 #include "support/scratch.h"
+#include "support/services.h"
 #include "support/slot.h"
+#include "zelvane/system/procsvc.h"
 
 namespace {
 
-using test::FakePs, test::NoChild, test::OpenDescriptors, test::Scratch, test::Sleeper, test::UniqueName;
+using test::FakePs, test::NoChild, test::OpenDescriptors, test::Scratch, test::Sleeper, test::Services,
+    test::UniqueName;
+using Signals = std::vector<std::pair<pid_t, int>>;
 
 #if defined(__x86_64__) || defined(__i386__)
 TEST(Proc, VirtualOperationsKeepTheirSlots) {
@@ -118,16 +125,17 @@ TEST(ProcTable, WhenPsCannotBeRun) {
   EXPECT_TRUE(NoChild() && OpenDescriptors() == descriptors);
 }
 
-// Some of them while the table waits for more.
+// One before each line, when the table waits for it.
 TEST(ProcTable, SignalsInBetween) {
   struct sigaction interrupts = {}, before;
   interrupts.sa_handler = [](int) {};
   sigaction(SIGUSR1, &interrupts, &before);
   {
-    std::string const id = std::to_string(getpid());
-    FakePs const ps("i=100; while [ $i -lt 200 ]; do kill -USR1 " + id + "; echo \"$i 1 0 a a\"; i=$((i+1)); done");
+    FakePs const ps("id=" + std::to_string(getpid()) +
+                    "; for i in 1 2 3 4 5; do until read a b state c </proc/$id/stat && [ $state = S ]; do :; done; "
+                    "kill -USR1 $id; echo $i 1 0 a a; done");
     ProcManager table;
-    EXPECT_TRUE(table.GetProcCount() == 100 && table.GetProcByPID(199)) << table.GetProcCount();
+    EXPECT_TRUE(table.Update() && table.GetProcByPID(5)) << table.GetProcCount();
   }
   sigaction(SIGUSR1, &before, nullptr);
 }
@@ -139,18 +147,18 @@ TEST(ProcLookup, TheFirstInATableThatIsReadOnce) {
     bool Update() override { return updates++, ProcManager::Update(); }
     int updates = 0;
   } table;
-  FakePs const ps("7 1 0 ab x\n8 1 0 ab y\n9 1 0 c y\n", 0);
+  FakePs const ps("7 1 0 ab x\n8 1 0 ab y\n9 1 0 c y\n10 1", 0);
   std::pair<char const*, unsigned long> const names[] = {{"ab", 7},  {"/x/ab", 7}, {"../c", 9}, {"b", 0},
-                                                         {"a", 0},   {"AB", 0},    {"ab ", 0},  {"ab/", 0},
-                                                         {"abc", 0}, {"x", 0},     {"", 0},     {nullptr, 0}};
+                                                         {"a", 0},   {"AB", 0},    {"ab ", 0},  {"ab/", 10},
+                                                         {"abc", 0}, {"x", 0},     {"", 10},    {nullptr, 0}};
   for (auto const& [name, id] : names) {
     ProcClass* const found = table.GetProcByName(name);
     EXPECT_EQ(found == nullptr ? 0 : found->GetPID(), id) << (name ? name : "null");
     EXPECT_EQ(table.IsRunning(name), id != 0) << (name ? name : "null");
     EXPECT_TRUE(name == nullptr || table.GetProcByName(std::string(name)) == found) << name;
   }
-  EXPECT_TRUE(table.GetProcByPID(8) == table.GetProcByIndex(1) && table.IsRunning(9) && table.GetProcCount() == 3);
-  EXPECT_FALSE(table.GetProcByIndex(3) || table.GetProcByIndex(ULONG_MAX) || table.GetProcByPID(1) ||
+  EXPECT_TRUE(table.GetProcByPID(8) == table.GetProcByIndex(1) && table.IsRunning(9) && table.GetProcCount() == 4);
+  EXPECT_FALSE(table.GetProcByIndex(4) || table.GetProcByIndex(ULONG_MAX) || table.GetProcByPID(1) ||
                table.IsRunning(0ul));
   EXPECT_EQ(table.updates, 1);
   for (bool (*const ask)(ProcManager&) : {+[](ProcManager& t) { return t.GetProcByIndex(0) != nullptr; },
@@ -176,12 +184,12 @@ TEST(Proc, OnlyOneProcessIsEverMeant) {
     ProcClass entry(pid, 1, "a", "a", 2);
     EXPECT_FALSE(entry.Kill() || entry.SetPriority(0) || entry.GetPriority() != 2) << pid;
   }
-  EXPECT_EQ(test::TakeSignals(), (std::vector<std::pair<pid_t, int>>()));
+  EXPECT_EQ(test::TakeSignals(), (Signals()));
   EXPECT_EQ(getpriority(PRIO_PROCESS, 0), before);
   // One that the system refuses gets no second signal.
   ProcClass refused(INT32_MAX, 1, "a", "a", 2);
   EXPECT_FALSE(refused.Kill() || refused.SetPriority(0) || refused.GetPriority() != 2);
-  EXPECT_EQ(test::TakeSignals(), (std::vector<std::pair<pid_t, int>>{{INT32_MAX, SIGTERM}}));
+  EXPECT_EQ(test::TakeSignals(), (Signals{{INT32_MAX, SIGTERM}}));
 }
 
 TEST(Proc, SetPriority) {
@@ -237,6 +245,74 @@ TEST(ProcCreate, ChildOfAFailedStartGoesOn) {
   if (getpid() != self) _exit(created ? 1 : 42);
   int status = 0;
   EXPECT_TRUE(created && waitpid(-1, &status, 0) > 0 && WEXITSTATUS(status) == 42) << status;
+}
+
+// ---- The plain functions ----
+
+TEST(ProcFunctions, StatusAndKillOfTheFirstOfThatName) {
+  std::string const name = UniqueName();
+  auto const status = [&] {
+    int flags[3] = {7, 7, 7};  // only the one in the middle may change
+    EXPECT_TRUE(GetProcStatus(("/sbin/" + name).c_str(), &flags[1]) && flags[0] + flags[2] == 14);
+    return flags[1];
+  };
+  EXPECT_TRUE(status() == 0 && GetProcStatus(name.c_str(), nullptr) && !GetProcStatus(nullptr, nullptr));
+  Sleeper first(name), second(name, true);
+  EXPECT_FALSE(KillProc(nullptr) || KillProc((name + "x").c_str()));
+  Sleeper& lower = first.Id() < second.Id() ? first : second;
+  Sleeper& higher = first.Id() < second.Id() ? second : first;
+  for (Sleeper* sleeper : {&lower, &higher}) {
+    pid_t const id = sleeper->Id();
+    test::TakeSignals();
+    EXPECT_TRUE(status() == 1 && higher.IsAlive() && KillProc(("/sbin/" + name).c_str()));
+    EXPECT_EQ(test::TakeSignals(), (Signals{{id, SIGTERM}, {id, SIGKILL}}));
+    EXPECT_GT(sleeper->EndingSignal(), 0);
+  }
+  EXPECT_EQ(status(), 0);
+}
+
+// A user who may have no process more.
+TEST(ProcFunctions, WhenNothingCanBeStarted) {
+  Services services;
+  services.Add("service");
+  services.Update();
+  chmod(services.scratch.Path().c_str(), 0755);
+  EXPECT_TRUE(test::AsOrdinaryUser([&] {
+    rlimit const none = {0, 0};
+    int running = 7;
+    return setrlimit(RLIMIT_NPROC, &none) == 0 && !CreateNewProc("true", -1) && !ProcManager().CreateNew("true", 0) &&
+           !ProcManager().Update() && GetProcStatus("sh", &running) && running == 0 && !AlreadyRunning() &&
+           !SvcStart(&services, "service") && !SvcStop(&services, "service") && NoChild();
+  }));
+}
+
+TEST(ProcFunctions, CreateRunsACommandLineAndAutoDoesNothing) {
+  Scratch const scratch;
+  EXPECT_TRUE(!CreateNewProc(nullptr, -1) && NoChild());
+  EXPECT_TRUE(CreateNewProc(("echo \"a  b\" >'" + scratch.Path("done") + "'").c_str(), 0));
+  EXPECT_GT(waitpid(-1, nullptr, 0), 0);
+  EXPECT_EQ(scratch.Read("done"), "a  b\n");
+  int automatic = 7;
+  EXPECT_FALSE(GetProcAuto("init", &automatic) || SetProcAuto("init", 1) || automatic != 7);
+}
+
+// This program, started again under a name that nobody else has: what it finds is its exit status.
+TEST(AlreadyRunning, Copies) {
+  if (getenv("ZELVANE_TEST_ALREADY_RUNNING") != nullptr) _exit(AlreadyRunning() ? 1 : 0);
+  Scratch const folder;
+  std::string const name = UniqueName(), program = folder.Path(name);
+  char self[PATH_MAX] = {};
+  ASSERT_TRUE(readlink("/proc/self/exe", self, sizeof self - 1) > 0 && symlink(self, program.c_str()) == 0);
+  std::string const command =
+      "ZELVANE_TEST_ALREADY_RUNNING=1 exec '" + program + "' --gtest_brief=1 --gtest_filter=AlreadyRunning.Copies";
+  auto const copy = [&] { return WEXITSTATUS(system(command.c_str())); };
+  EXPECT_EQ(copy(), 0);
+  Sleeper other(name);  // the same file name, elsewhere, with other arguments
+  EXPECT_EQ(copy(), 1);
+  kill(other.Id(), SIGKILL);
+  EXPECT_EQ(copy(), 1);  // not waited for
+  EXPECT_EQ(other.EndingSignal(), SIGKILL);
+  EXPECT_EQ(copy(), 0);
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "zelvane/system/svc.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <limits.h>
 #include <signal.h>
@@ -13,10 +14,17 @@
 #include "support/scratch.h"
 #include "support/services.h"
 #include "support/slot.h"
+#include "zelvane/system/procsvc.h"
 
 namespace {
 
 using test::Scratch, test::Services, test::Sleeper, test::UniqueName;
+
+// An int between two others: only the one in the middle may change.
+struct Flag {
+  int before = 7, value = 7, after = 7;
+  bool Is(int expected) const { return before == 7 && value == expected && after == 7; }
+};
 
 std::string Names(SvcManager& services) {
   std::string names;
@@ -45,7 +53,7 @@ TEST(SvcManager, NamesInTheOrderOfTheFiles) {
   services.scratch.Write("init.d/folder/inside", "");
   ASSERT_EQ(symlink("plain", services.scratch.Path("init.d/link").c_str()), 0);
   ASSERT_EQ(symlink("nothing", services.scratch.Path("init.d/dangling").c_str()), 0);
-  ASSERT_EQ(mkfifo(services.scratch.Path("init.d/pipe").c_str(), 0755), 0);  // must not be opened
+  ASSERT_EQ(mkfifo(services.scratch.Path("init.d/pipe").c_str(), 0755), 0);
   EXPECT_TRUE(services.Update());
   EXPECT_EQ(Names(services), "|RC|a|b c|link|name|not-executable|pipe|plain||inetd|rc|sendmail|rcs|x.y|");
   SvcClass* const sendmail = services.GetSvcByName("sendmail");
@@ -55,6 +63,9 @@ TEST(SvcManager, NamesInTheOrderOfTheFiles) {
   EXPECT_TRUE(!services.GetSvcByIndex(15) && !services.GetSvcByIndex(ULONG_MAX) && !services.GetSvcByName(nullptr));
   for (char const* other : {"Sendmail", "sendmai", "sendmail ", "rc.sendmail.sh", "/sendmail", "folder", "dangling"})
     EXPECT_EQ(services.GetSvcByName(other), nullptr) << other;
+  SvcClass* const nameless = services.GetSvcByName("");
+  EXPECT_FALSE(nameless->Start(-1) || nameless->Stop(-1) || nameless->SetAutomatic(true) || nameless->GetAutomatic());
+  EXPECT_EQ(services.Log(), "");
 }
 
 TEST(SvcManager, Descriptions) {
@@ -80,23 +91,16 @@ TEST(SvcManager, Descriptions) {
       {ZELVANE_FIXTURES "/initd/chkconfig", "Watches the line and the batteries,then shuts down "},
       {ZELVANE_FIXTURES "/initd/lsb", "Watches the units and tells the clients: batteries first."}};
   for (auto const& [path, description] : captured) EXPECT_EQ(services.GetDaemonDescr(path), description) << path;
-  for (std::string const& path : {scratch.Path("missing"), scratch.Path(), std::string("/dev/zero")})
+  // What is not a regular file is not opened: that alone may do something, or take what is for others.
+  std::string const pipe = scratch.Path("pipe");
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0755), 0);
+  int const fd = open(pipe.c_str(), O_RDWR);
+  EXPECT_EQ(write(fd, "#description:x\n", 15), 15);
+  for (std::string const& path : {pipe, scratch.Path("missing"), scratch.Path()})
     EXPECT_EQ(services.GetDaemonDescr(path), "") << path;
-}
-
-TEST(SvcManager, AutomaticStartIsKeptInTheEntryOnly) {
-  Services services;
-  services.Add("named");
-  SvcClass none, *const named = services.GetSvcByName("named");
-  EXPECT_FALSE(none.SetAutomatic(true) || none.GetAutomatic());
-  for (bool const on : {true, false, true}) {
-    EXPECT_TRUE(named->SetAutomatic(on));
-    for (int const level : {INT_MIN, -1, 0, 6, 7, INT_MAX}) {
-      EXPECT_EQ(named->SetAutomatic(level, !on), level < 7) << level;
-      EXPECT_EQ(named->GetAutomatic(level), on && level < 0) << level;
-    }
-  }
-  EXPECT_EQ(services.scratch.List(), (std::vector<std::string>{"init.d/", "init.d/named"}));
+  char taken[15];
+  EXPECT_EQ(fcntl(fd, F_SETFL, O_NONBLOCK) + read(fd, taken, sizeof taken), 15);
+  close(fd);
 }
 
 // The system's own folders, in a child process that has them to itself.
@@ -116,6 +120,7 @@ TEST(SvcManager, TheSystemsFolders) {
     }
     EXPECT_TRUE(services.Update());
     EXPECT_EQ(Names(services), "z|none|other|our|owner|");
+    EXPECT_EQ(services.GetSvcByIndex(0)->GetDescription(), "/etc/rc.d/z");
     for (int level = -1; level < 8; level++)
       for (std::string const name : {"owner", "our", "other", "none", "z"})
         EXPECT_EQ(services.GetSvcByName(name)->GetAutomatic(level), name[0] == 'o' && level < 7) << name << level;
@@ -129,7 +134,7 @@ TEST(SvcManager, TheSystemsFolders) {
 }
 
 // The file of that name is run, and nothing that a shell could make of it.
-TEST(SvcClass, AnyFileName) {
+TEST(SvcHandle, AnyFileName) {
   for (char const* start : {"two words", "it's", "''", "a;touch hacked;", "$(touch hacked)", "`touch hacked`", "a&b",
                             "a|touch hacked", ">hacked", "*", "\"", "\\", "~", "#", "-n", "a\nb", "$HOME"}) {
     std::string const file = start + UniqueName();  // other runs of this test have scripts that run, too
@@ -142,40 +147,76 @@ TEST(SvcClass, AnyFileName) {
   }
 }
 
+TEST(SvcHandle, NullAndUnknown) {
+  Services services;
+  services.Add("known");
+  void* const handle = &services;
+  std::pair<void*, char const*> const cases[] = {{nullptr, "known"}, {handle, nullptr}, {nullptr, nullptr},
+                                                 {handle, "other"},  {handle, ""},      {handle, "KNOWN"}};
+  for (auto const& [h, name] : cases) {
+    Flag running, automatic;
+    EXPECT_FALSE(GetSvcStatus(h, name, &running.value, &automatic.value)) << (name ? name : "null");
+    EXPECT_TRUE(running.Is(7) && automatic.Is(7)) << (name ? name : "null");
+    EXPECT_FALSE(SvcStart(h, name) || SvcStop(h, name) || SvcRestart(h, name) || SetSvcAuto(h, name, 1))
+        << (name ? name : "null");
+  }
+  void* const machine = OpenSvcManager();  // whatever it has
+  EXPECT_EQ(CloseSvcManager(machine), machine != nullptr);
+  EXPECT_FALSE(CloseSvcManager(nullptr) || services.scratch.Exists("log"));
+}
+
 // Every action on every kind of script (-1: gone), with and without the service's process, marked as running or not.
 // The host ignores its children, except that it waits for the one that is killed.
-TEST(SvcClass, StartRestartStop) {
+TEST(SvcHandle, StartRestartStop) {
   for (int const mode : {0755, 0644, -1}) {
     for (int state = 0; state < 12; state++) {
       bool const process = state & 1, marked = state & 2, start = state < 4, stop = state >= 8, exists = mode >= 0;
-      std::string const action = start ? "start" : stop ? "stop" : "restart";
+      std::string const action = start ? "start" : stop ? "stop" : "restart", name = UniqueName();
       SCOPED_TRACE(action + " " + std::to_string(mode) + (process ? " process" : "") + (marked ? " marked" : ""));
       Services services;
-      std::string const name = UniqueName();
-      services.Add(name, "exit 3\n", exists ? static_cast<mode_t>(mode) : 0755);
+      services.Add(name, "exit 127\n", exists ? static_cast<mode_t>(mode) : 0755);
       auto sleeper = marked ? std::make_unique<Sleeper>(name, true) : nullptr;
-      SvcClass* const service = services.GetSvcByName(name);
-      EXPECT_EQ(service->IsRunning(), marked);
-      if (!exists) unlink(service->GetFileName().c_str());
+      EXPECT_EQ(services.IsRunning(name), marked);
+      if (!exists) unlink(services.scratch.Path("init.d/" + name).c_str());
       if (process != marked) sleeper = process ? std::make_unique<Sleeper>(name) : nullptr;
 
       if (!stop) signal(SIGCHLD, SIG_IGN);
-      bool const result = start ? service->Start(-1) : stop ? service->Stop(0) : service->Restart(7, -1);
+      bool const result = (start ? SvcStart : stop ? SvcStop : SvcRestart)(&services, name.c_str());
       signal(SIGCHLD, SIG_DFL);
       bool const runs = mode == 0755 && (marked || start || stop);
       EXPECT_EQ(result, start ? runs && process : stop ? exists : exists && marked && process);
-      EXPECT_EQ(service->IsRunning(), stop ? marked && !result : marked || (start && result));
+      EXPECT_EQ(services.IsRunning(name), stop ? marked && !result : marked || (start && result));
       EXPECT_TRUE(!process || (stop && result ? sleeper->EndingSignal() > 0 : sleeper->IsAlive()));
       EXPECT_EQ(services.Log(), runs ? action + "\n" : "");
     }
   }
 }
 
-TEST(SvcClass, StopOfWhatCannotBeKilled) {
+TEST(SvcHandle, StatusIsKeptInTheHandleOnly) {
+  Services services;
+  std::string const name = UniqueName();
+  Sleeper const process(name);
+  services.Add(name);
+  SvcClass* const service = services.GetSvcByName(name);
+  for (int const automatic : {1, 0, INT_MIN}) {
+    Flag running, flag;
+    EXPECT_TRUE(SetSvcAuto(&services, name.c_str(), automatic));
+    EXPECT_TRUE(GetSvcStatus(&services, name.c_str(), nullptr, nullptr) &&
+                GetSvcStatus(&services, name.c_str(), &running.value, &flag.value));
+    EXPECT_TRUE(running.Is(1) && flag.Is(automatic != 0)) << automatic;
+    for (int const level : {INT_MIN, -1, 0, 6, 7, INT_MAX}) {
+      EXPECT_EQ(service->SetAutomatic(level, !automatic), level < 7) << level;
+      EXPECT_EQ(service->GetAutomatic(level), automatic && level < 0) << level;
+    }
+  }
+  EXPECT_EQ(services.scratch.List(), (std::vector<std::string>{"init.d/", "init.d/" + name}));
+}
+
+TEST(SvcHandle, StopOfWhatCannotBeKilled) {
   Services services;
   services.Add("upssrv");
   test::FakePs const ps("4294967295 1 0 upssrv upssrv\n", 0);
-  EXPECT_TRUE(!services.GetSvcByName("upssrv")->Stop(-1) && services.GetSvcByName("upssrv")->IsRunning());
+  EXPECT_TRUE(!SvcStop(&services, "upssrv") && services.IsRunning("upssrv"));
 }
 
 }  // namespace
