@@ -17,6 +17,7 @@ void AddClient(CLI::App& app, Terminal& terminal);
 void AddInfo(CLI::App& app, Terminal& terminal);
 void AddPorts(CLI::App& app, Terminal& terminal);
 void AddDigest(CLI::App& app, Terminal& terminal);
+void AddCipher(CLI::App& app, Terminal& terminal);
 void AddHelp(CLI::App& app, Terminal& terminal);
 
 #endif
