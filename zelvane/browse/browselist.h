@@ -48,21 +48,21 @@
 #include "zelvane/export.h"
 
 typedef struct BrwsGroupRec {
-  int32_t id;
-  char name[256];
+  int32_t id;     /* from 0 */
+  char name[256]; /* not empty */
   int32_t parent; /* identifier of a group, or -1 */
 } BrwsGroupRec;
 
 typedef struct BrwsComputerRec {
-  int32_t id;
-  char name[256];
+  int32_t id;       /* from 0 */
+  char name[256];   /* not empty */
   char address[16]; /* dotted IPv4 address */
   int32_t group;    /* identifier of a group, or -1 */
 } BrwsComputerRec;
 
 typedef struct BrwsNobreakRec {
-  int32_t id;
-  char name[256];
+  int32_t id;       /* from 0 */
+  char name[256];   /* not empty */
   uint32_t number;  /* the programs' own; above 2147483647 it is written as it is, but read as 4294967295 */
   int32_t computer; /* identifier of a computer, or -1 */
 } BrwsNobreakRec;
