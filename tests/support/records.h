@@ -21,8 +21,10 @@ struct Case {
   std::string line;
 
   std::string const& operator[](std::size_t column) const { return columns.at(column); }
-  int Int(std::size_t column) const { return static_cast<int>(std::stoll(columns.at(column))); }
-  unsigned int UInt(std::size_t column) const { return static_cast<unsigned int>(std::stoll(columns.at(column))); }
+  int Int(std::size_t column) const { return static_cast<int>(std::stoll(columns.at(column), nullptr, 0)); }
+  unsigned int UInt(std::size_t column) const {
+    return static_cast<unsigned int>(std::stoll(columns.at(column), nullptr, 0));
+  }
 };
 
 inline std::ostream& operator<<(std::ostream& out, Case const& c) { return out << c.line; }
