@@ -11,7 +11,9 @@
 #include <csignal>
 #include <cstring>
 #include <filesystem>
+#include <functional>
 #include <iterator>
+#include <utility>
 #include <vector>
 
 #include "support/child.h"
@@ -138,6 +140,23 @@ TEST_F(RecordLog, OnlyTheNewestStayBeyondTheBound) {
   EXPECT_TRUE(Append(fresh, 1025) && ReadFile(path) == Records(2, 1025)) << "1024 unless set";
 }
 
+TEST_F(RecordLog, ACutThatCannotBeginLeavesTheLog) {
+  WriteFile(path, Records(1, 10));
+  log.SetMaxLines(6);
+  EXPECT_TRUE(InChild([&] {  // the copy of 48 bytes ends in the middle of a record
+    signal(SIGXFSZ, SIG_IGN);
+    rlimit const limit = {37, 37};
+    setrlimit(RLIMIT_FSIZE, &limit);
+    log.LimitFile(kSize);
+    return true;
+  }));
+  EXPECT_EQ(ReadFile(path), Records(1, 10));
+  EXPECT_EQ(scratch.List(), std::vector<std::string>{"log"});
+  fs::create_directories(path + ".tmp/taken");
+  EXPECT_TRUE(Append(log, 11)) << "a failed cut is no failure";
+  EXPECT_EQ(ReadFile(path), Records(1, 11));
+}
+
 // Killed in any pause of the cut the log keeps every record, and the next cut cleans up.
 TEST_F(RecordLog, AKillDuringTheCutLosesNothing) {
   constexpr std::uint32_t kMost = 20000;  // three blocks
@@ -177,6 +196,9 @@ TEST_F(RecordLog, RecordsAreReadByIndex) {
     EXPECT_EQ(std::string(data, 6), std::string(".last\0", 6));
     for (unsigned long i : {3ul, ULONG_MAX, 0x20000000ul}) EXPECT_FALSE((log.*read)(i, &when, data, kSize)) << i;
     EXPECT_FALSE((log.*read)(0, &when, data, 5)) << "no whole number of records";
+    bool const mayBeNull = read == &LogClass::ReadReg;
+    EXPECT_EQ((log.*read)(0, nullptr, data, kSize), mayBeNull);
+    EXPECT_EQ((log.*read)(0, &when, nullptr, kSize), mayBeNull);
   }
   log.UnloadFile();
   EXPECT_EQ(log.LoadFile(kSize) + log.GetRegCount(kSize), 6u);
@@ -200,6 +222,42 @@ long Slot(Member member) {
   long word = 0;
   std::memcpy(&word, &member, sizeof word);
   return (word - 1) / static_cast<long>(sizeof(void*));
+}
+
+// The steps that a subclass may replace: C counts the records of the file, U unloads, W writes.
+struct Replaced : LogClass {
+  unsigned long GetFileRegCount(unsigned long size) override {
+    return seen += "C", LogClass::GetFileRegCount(size) + more;
+  }
+  void UnloadFile() override { seen += "U", LogClass::UnloadFile(); }
+  bool WriteReg(long when, void const* data, unsigned long size) override {
+    return seen += "W", LogClass::WriteReg(when, data, size);
+  }
+  using LogClass::SetFile, LogClass::WriteReg;
+  std::string seen;
+  unsigned long more = 0;
+};
+
+TEST_F(RecordLog, OperationsCallEachOtherVirtually) {
+  Replaced replaced;
+  long when = 0;
+  char data[] = "data";
+  std::pair<char const*, std::function<bool()>> const rows[] = {
+      {"U", [&] { return replaced.SetFile(path) == 1; }},
+      {"WCC", [&] { return replaced.WriteReg(data, kSize); }},
+      {"C", [&] { return replaced.ReadFileReg(0, &when, data, kSize); }},
+      {"CU", [&] { return replaced.LoadFile(kSize) == 1; }},
+      {"", [&] { return replaced.ReadReg(0, &when, data, kSize) && replaced.GetRegCount(kSize) == 1; }},
+      {"U", [&] { return replaced.SetBuffer(data, 4); }},
+      {"C", [&] { return replaced.LimitFile(kSize), true; }},
+      {"", [&] { return replaced.more = 1, true; }},  // a record that is not there: nothing is made up
+      {"C", [&] { return !replaced.ReadFileReg(1, &when, data, kSize); }},
+      {"CUU", [&] { return replaced.UnloadFile(), replaced.seen.clear(), replaced.LoadFile(kSize) == 0; }}};
+  for (auto const& [calls, operation] : rows) {
+    replaced.seen.clear();
+    EXPECT_TRUE(operation()) << calls;
+    EXPECT_EQ(replaced.seen, calls);
+  }
 }
 
 TEST(RecordLogInterface, OrderOfTheVirtualOperations) {

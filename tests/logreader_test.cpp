@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <climits>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <random>
@@ -51,6 +52,16 @@ TEST(LogReader, OpensWhatCanBeRead) {
     EXPECT_EQ(LogReaderClose(log), records < 0 ? 0 : 1) << path;
   }
   EXPECT_EQ(test::OpenDescriptors(), open);
+}
+
+TEST(LogReader, NothingComesFromTheEarlierGeneration) {
+  void* records = &records;
+  EXPECT_EQ(Load_Zelvane3x_Log("any.cry", &records) + Load_Zelvane3x_Log(nullptr, nullptr), 0u);
+  EXPECT_EQ(records, nullptr);
+  records = std::malloc(68);
+  for (int twice = 0; twice < 2; twice++) Close_Zelvane3x_Log(&records);
+  EXPECT_EQ(records, nullptr);
+  Close_Zelvane3x_Log(nullptr);
 }
 
 TEST(LogReader, RecordsComeAsTheyStand) {
