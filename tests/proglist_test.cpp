@@ -12,6 +12,7 @@
 
 #include "support/child.h"
 #include "support/scratch.h"
+#include "support/slot.h"
 #include "zelvane/core/datetime.h"
 
 namespace {
@@ -141,6 +142,16 @@ TEST_F(Schedule, NothingFromNothing) {
   for (void* list : {OpenProgList(nullptr), OpenProgList("")})
     EXPECT_EQ(Add(list, {now}) + Remove(list, {now}) + ClearProgList(list) + CloseProgList(list), 0);
   EXPECT_TRUE(folddatetime({now - 1}) && !folddatetime({now}) && fcomp({-1}, {0}) && !fcomp({3}, {3}));
+}
+
+TEST(ProgListTable, SlotOrder) {
+  using test::Slot;
+  using P = ProgList;
+  EXPECT_EQ((std::vector<std::size_t>{2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13}),  // behind the destructor's two
+            (std::vector<std::size_t>{Slot<bool (P::*)(char const*)>(&P::SetFile), Slot(&P::SetCached),
+                                      Slot(&P::GetRegCount), Slot(&P::GetRegByIndex), Slot(&P::GetNextReg),
+                                      Slot(&P::AddReg), Slot(&P::RemReg), Slot(&P::ClearList), Slot(&P::ReadFromFile),
+                                      Slot(&P::WriteToFile), Slot(&P::RefreshList), Slot(&P::FlushCache)}));
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 
 #include "support/child.h"
 #include "support/scratch.h"
+#include "support/slot.h"
 #include "zelvane/core/datetime.h"
 #include "zelvane/core/fileutils.h"
 
@@ -64,6 +65,12 @@ TEST(TextLog, OrderOfTheVirtualOperations) {
   std::memcpy(&places[0], &now, sizeof(long));
   std::memcpy(&places[1], &stamped, sizeof(long));
   for (long i : {0, 1}) EXPECT_EQ((places[i] - 1) / static_cast<long>(sizeof(void*)), 14 + i);
+}
+
+TEST(TextLog, SlotOrder) {
+  using T = TextLogClass;  // behind the fourteen of LogClass
+  EXPECT_EQ(test::Slot<bool (T::*)(char const*)>(&T::WriteLine), 14U);
+  EXPECT_EQ((test::Slot<bool (T::*)(long, char const*)>(&T::WriteLine)), 15U);
 }
 
 }  // namespace
