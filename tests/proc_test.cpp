@@ -125,17 +125,19 @@ TEST(ProcTable, WhenPsCannotBeRun) {
   EXPECT_TRUE(NoChild() && OpenDescriptors() == descriptors);
 }
 
-// One before each line, when the table waits for it.
-TEST(ProcTable, SignalsInBetween) {
+// The table waits for the first line when the signal comes, and has taken it before there is one.
+TEST(ProcTable, InterruptedByASignal) {
+  static std::string mark;
   struct sigaction interrupts = {}, before;
-  interrupts.sa_handler = [](int) {};
+  interrupts.sa_handler = [](int) { unlink(mark.c_str()); };
   sigaction(SIGUSR1, &interrupts, &before);
   {
-    FakePs const ps("id=" + std::to_string(getpid()) +
-                    "; for i in 1 2 3 4 5; do until read a b state c </proc/$id/stat && [ $state = S ]; do :; done; "
-                    "kill -USR1 $id; echo $i 1 0 a a; done");
+    FakePs const ps("until read a b state c </proc/" + std::to_string(getpid()) +
+                    "/stat && [ $state = S ]; do :; done; : >\"$dir/mark\"; kill -USR1 $a; "
+                    "while [ -e \"$dir/mark\" ]; do :; done; echo 7 1 0 a a");
+    mark = ps.Path("mark");
     ProcManager table;
-    EXPECT_TRUE(table.Update() && table.GetProcByPID(5)) << table.GetProcCount();
+    EXPECT_TRUE(table.Update() && table.IsRunning(7));
   }
   sigaction(SIGUSR1, &before, nullptr);
 }
