@@ -18,6 +18,8 @@ void AddInfo(CLI::App& app, Terminal& terminal);
 void AddPorts(CLI::App& app, Terminal& terminal);
 void AddDigest(CLI::App& app, Terminal& terminal);
 void AddCipher(CLI::App& app, Terminal& terminal);
+void AddProc(CLI::App& app, Terminal& terminal);
+void AddSvc(CLI::App& app, Terminal& terminal);
 void AddHelp(CLI::App& app, Terminal& terminal);
 
 #endif

@@ -1,0 +1,96 @@
+// zelctl cipher beside the library's own file operation, and its bar. What it answers otherwise is in the transcripts.
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <algorithm>
+
+#include "support/command.h"
+#include "support/vectors.h"
+#include "zelvane/crypto/cipher.h"
+
+namespace {
+
+class RipeMd256 : public HashManager {
+ public:
+  HashClass* GetHashObject() override { return &hash_; }
+
+ private:
+  Hash_RipeMD256 hash_;
+};
+
+class ZelctlCipher : public testing::Test {
+ protected:
+  void SetUp() override {
+    if (*ZELVANE_ZELCTL == '\0') GTEST_SKIP() << "built without the command";
+    here_.Write("phrase", "S\xE3o Paulo 4711\n");
+  }
+
+  // The command's arguments for files in the scratch folder.
+  std::vector<std::string> Command(char const* direction, std::string const& in, std::string const& out) const {
+    return {"cipher", direction, "--phrase-file", here_.Path("phrase"), here_.Path(in), here_.Path(out)};
+  }
+
+  test::Scratch here_;
+};
+
+TEST_F(ZelctlCipher, GivesWhatTheLibraryGives) {
+  RipeMd256 hash;
+  // Around a block, the pieces that the library reads and those that the command reads.
+  for (std::size_t const size : {0, 1, 7, 8, 9, 4095, 4096, 4097, 65535, 65536, 65537, 200003}) {
+    std::string const plain = test::Bytes(size);
+    here_.Write("plain", plain);
+    for (auto const& [name, mode] : {std::pair("chained", CIPHER_CHAINED), std::pair("code-book", CIPHER_CODE_BOOK)}) {
+      CipherManager manager;
+      manager.SetMode(mode);
+      manager.SetHashManager(&hash);
+      manager.SetAlgorithm(CIPHER_SAFER_SK64);
+      ASSERT_TRUE(manager.InitKey("S\xE3o Paulo 4711"));
+      ASSERT_TRUE(manager.EncodeFile(here_.Path("plain"), here_.Path("library")));
+      std::vector<std::string> command = Command("encode", "plain", "command");
+      command.insert(command.end(), {"--mode", name});
+      std::string const lost = mode == CIPHER_CODE_BOOK && size % 8 != 0 ? "zelctl: note: " : "";
+      EXPECT_EQ(test::Zelctl(command).substr(0, 14), lost) << name << size;
+      EXPECT_EQ(here_.Read("command"), here_.Read("library")) << name << size;
+
+      // The rest of a code book depends on what went before it, since the keying.
+      ASSERT_TRUE(manager.InitKey("S\xE3o Paulo 4711"));
+      ASSERT_TRUE(manager.DecodeFile(here_.Path("library"), here_.Path("back")));
+      command = Command("decode", "library", "command");
+      command.insert(command.end(), {"--mode", name});
+      EXPECT_EQ(test::Zelctl(command).substr(0, 14), lost) << name << size;
+      EXPECT_EQ(here_.Read("command"), here_.Read("back")) << name << size;
+      EXPECT_EQ(here_.Read("back").substr(0, size - size % 8), plain.substr(0, size - size % 8)) << name << size;
+    }
+  }
+}
+
+// All that the command writes on a terminal.
+std::string OnTerminal(std::vector<std::string> const& arguments) {
+  int const terminal = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+  grantpt(terminal);
+  unlockpt(terminal);
+  int const slave = open(ptsname(terminal), O_RDWR | O_NOCTTY | O_CLOEXEC);
+  pid_t const child = test::StartCommand(ZELVANE_ZELCTL, arguments, slave, slave);
+  close(slave);
+  std::string shown;
+  char piece[4096];
+  for (ssize_t got = 0; (got = read(terminal, piece, sizeof piece)) > 0;)
+    shown.append(piece, static_cast<std::size_t>(got));
+  close(terminal);
+  waitpid(child, nullptr, 0);
+  return shown;
+}
+
+TEST_F(ZelctlCipher, DrawsABarOnATerminalOnly) {
+  here_.Write("plain", test::Bytes(300 * 65536));
+  std::string const shown = OnTerminal(Command("encode", "plain", "out"));
+  std::string const half = "\r[" + std::string(25, '#') + std::string(25, '.') + "] 50 %  9 MiB\r";
+  std::string const end = "\r[" + std::string(50, '#') + "] 100 %  18 MiB\r\n";
+  EXPECT_NE(shown.find(half), std::string::npos) << shown;
+  ASSERT_GE(shown.size(), end.size());
+  EXPECT_EQ(shown.substr(shown.size() - end.size()), end);
+  EXPECT_EQ(std::count(shown.begin(), shown.end(), '%'), 101) << "one drawing per cent";
+  EXPECT_EQ(test::Zelctl(Command("encode", "plain", "out")), "");
+}
+
+}  // namespace
