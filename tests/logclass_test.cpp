@@ -157,30 +157,50 @@ TEST_F(RecordLog, ACutThatCannotBeginLeavesTheLog) {
   EXPECT_EQ(ReadFile(path), Records(1, 11));
 }
 
-// Killed in any pause of the cut the log keeps every record, and the next cut cleans up.
+// Killed in any pause of the cut the log keeps every record, and the next cut cleans up. The records have 24 bytes: no
+// block ends with one unless it is meant to.
 TEST_F(RecordLog, AKillDuringTheCutLosesNothing) {
-  constexpr std::uint32_t kMost = 20000;  // three blocks
+  constexpr std::uint32_t kMost = 7000;  // three blocks
+  constexpr unsigned long kLong = 20;
+  auto const records = [](std::uint32_t first, std::uint32_t last) { return Records(3 * first, 3 * last + 2); };
+  auto const append = [&](std::uint32_t n) { return log.WriteReg(3L * n, records(n, n).data() + 4, kLong); };
   int pauses = 0;
   log.SetMaxLines(kMost);
   for (bool survived = false; !survived; pauses++) {
-    WriteFile(path, Records(1, kMost));
+    WriteFile(path, records(1, kMost));
     survived = InChild([&] {
       g_pausesToLive = pauses;
-      return Append(log, kMost + 1);
+      return append(kMost + 1);
     });
     std::string const left = ReadFile(path);
     std::vector<bool> found(kMost + 2);
-    for (size_t i = 0; i < left.size(); i += 8) {
-      std::uint32_t number = 0;
-      std::memcpy(&number, left.data() + i, 4);
-      ASSERT_EQ(left.substr(i, 8), Records(number, number)) << pauses;
-      found.at(number) = true;
+    for (size_t i = 0; i < left.size(); i += 4 + kLong) {
+      std::uint32_t stamp = 0;
+      std::memcpy(&stamp, left.data() + i, 4);
+      ASSERT_EQ(left.substr(i, 4 + kLong), records(stamp / 3, stamp / 3)) << pauses;
+      found.at(stamp / 3) = true;
     }
     EXPECT_EQ(std::count(found.begin() + 2, found.end(), true), kMost) << "killed at " << pauses;
-    EXPECT_TRUE(Append(log, kMost + 2));
+    EXPECT_TRUE(append(kMost + 2));
     EXPECT_EQ(scratch.List(), std::vector<std::string>{"log"});
   }
   EXPECT_GT(pauses, 4);
+}
+
+// The first name settles the scratch file; later ones remove what has its name, unless it is the log.
+TEST_F(RecordLog, TheScratchFileKeepsItsName) {
+  std::pair<std::string, std::string> const rows[] = {// the file named, and the one that goes
+                                                      {scratch.Path("other"), "log.tmp"},
+                                                      {scratch.Path("log.tmp"), "none"},
+                                                      {scratch.Path("other"), "log.tmp.tmp"},
+                                                      {"", "log.tmp.tmp"}};
+  for (auto const& [name, gone] : rows) {
+    std::vector<std::string> files = {"log.tmp", "log.tmp.tmp", "other.tmp"};
+    for (std::string const& file : files) scratch.Write(file, "");
+    EXPECT_EQ(log.SetFile(name), 1);
+    files.erase(std::remove(files.begin(), files.end(), gone), files.end());
+    EXPECT_EQ(scratch.List(), files) << name;
+  }
 }
 
 TEST_F(RecordLog, RecordsAreReadByIndex) {

@@ -90,7 +90,7 @@ TEST_F(Schedule, UncachedChangesAreWrittenAtOnce) {
 
   // The next moment is the first after now in the order of the list, which a refresh changes.
   test::WriteFile(path, Bytes({now - 5, now, now + 9, now + 1}));
-  EXPECT_TRUE(list.SetFile(path) && list.GetNextReg(&next));
+  EXPECT_TRUE(list.SetFile(path) && list.ReadFromFile() && list.GetNextReg(&next));
   EXPECT_EQ(next.dateTime, now + 9);
   EXPECT_EQ(list.GetRegCount(), 3u);
   EXPECT_TRUE(list.GetNextReg(&next) && !list.GetNextReg(nullptr));
