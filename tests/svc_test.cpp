@@ -108,7 +108,7 @@ TEST(SvcManager, TheSystemsFolders) {
   auto const result = test::InChildWithEmptyFolders([] {
     SvcManager services;
     for (char const* folder : {"/etc/init.d", "/etc/rc.d", "/usr/local/etc", "/usr/local/etc/rc.d"})
-      EXPECT_TRUE(!services.Update() && mkdir(folder, 0755) == 0) << folder;
+      EXPECT_TRUE(!services.Update() && !OpenSvcManager() && mkdir(folder, 0755) == 0) << folder;
     std::pair<std::string, mode_t> const files[] = {{"/usr/local/etc/rc.d/owner", 0700},
                                                     {"/usr/local/etc/rc.d/our", 0610},
                                                     {"/usr/local/etc/rc.d/other", 0601},
@@ -124,6 +124,9 @@ TEST(SvcManager, TheSystemsFolders) {
     for (int level = -1; level < 8; level++)
       for (std::string const name : {"owner", "our", "other", "none", "z"})
         EXPECT_EQ(services.GetSvcByName(name)->GetAutomatic(level), name[0] == 'o' && level < 7) << name << level;
+    EXPECT_EQ(rename("/usr/local/etc/rc.d", "/usr/local/etc/gone"), 0);
+    EXPECT_TRUE(services.Update());
+    EXPECT_EQ(Names(services), "z|");
     test::WriteFile("/etc/init.d/only", "");
     EXPECT_TRUE(services.Update());
     EXPECT_EQ(Names(services), "only|");
@@ -216,7 +219,7 @@ TEST(SvcHandle, StopOfWhatCannotBeKilled) {
   Services services;
   services.Add("upssrv");
   test::FakePs const ps("4294967295 1 0 upssrv upssrv\n", 0);
-  EXPECT_TRUE(!SvcStop(&services, "upssrv") && services.IsRunning("upssrv"));
+  EXPECT_TRUE(!SvcStop(&services, "upssrv") && !KillProc("upssrv") && services.IsRunning("upssrv"));
 }
 
 }  // namespace
