@@ -4,7 +4,7 @@
 
 #include "zelvane/api/record_internal.h"
 #include "zelvane/api/serverentry_internal.h"
-#include "zelvane/config/paths.h"
+#include "zelvane/config/settings_internal.h"
 #include "zelvane/core/barrier_internal.h"
 #include "zelvane/core/strutils.h"
 #include "zelvane/core/strutils_internal.h"
@@ -55,7 +55,7 @@ constexpr Row kUserRows[] = {
 
 static_assert(RowsFit(sizeof(ClientConfig), kRows, kUserRows), "rows outside the record or on top of each other");
 
-std::string SettingsPath() { return GetZelvanePath() + "upscli.cfg"; }
+std::string SettingsPath() { return InstallationRoot() + "upscli.cfg"; }
 
 }  // namespace
 

@@ -6,7 +6,7 @@
 #include "zelvane/api/cfghandle_internal.h"
 #include "zelvane/api/serverentry_internal.h"
 #include "zelvane/config/cfgclass.h"
-#include "zelvane/config/paths.h"
+#include "zelvane/config/settings_internal.h"
 #include "zelvane/core/barrier_internal.h"
 #include "zelvane/core/strutils.h"
 #include "zelvane/core/strutils_internal.h"
@@ -14,6 +14,7 @@
 using zelvane::internal::Cfg;
 using zelvane::internal::FieldText;
 using zelvane::internal::Guard;
+using zelvane::internal::InstallationRoot;
 using zelvane::internal::ParseServerEntry;
 using zelvane::internal::ServerEntry;
 
@@ -51,8 +52,8 @@ unsigned int FreeNumber(CfgClass& list) {
 }  // namespace
 
 void* OpenServerList(void) {
-  return Guard<void*>(nullptr,
-                      [] { return zelvane::internal::OpenHandle(GetZelvanePath() + "upscli.cfg", "CLILIST", false); });
+  return Guard<void*>(
+      nullptr, [] { return zelvane::internal::OpenHandle(InstallationRoot() + "upscli.cfg", "CLILIST", false); });
 }
 
 int GetServerListCount(void* list) { return zelvane::internal::HandleKeyCount(list); }

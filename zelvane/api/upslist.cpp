@@ -8,13 +8,14 @@
 
 #include "zelvane/api/settingsfile_internal.h"
 #include "zelvane/config/cfgclass.h"
-#include "zelvane/config/paths.h"
+#include "zelvane/config/settings_internal.h"
 #include "zelvane/core/barrier_internal.h"
 #include "zelvane/core/fileutils.h"
 #include "zelvane/core/strutils.h"
 
 using zelvane::internal::ChangeFile;
 using zelvane::internal::Guard;
+using zelvane::internal::InstallationRoot;
 using zelvane::internal::Saving;
 
 namespace {
@@ -29,7 +30,7 @@ constexpr mode_t kFolderMode = 01230;
 // kUnits for a name that is no number.
 long UnitNumber(char const* name) { return StrToIntDef(FillLeft(name, kNameWidth, '0'), kUnits); }
 
-std::string ListPath() { return GetZelvanePath() + "srvlist.cfg"; }
+std::string ListPath() { return InstallationRoot() + "srvlist.cfg"; }
 
 // A list that cannot be read has no entries.
 void OpenList(CfgClass& list) {
@@ -73,7 +74,7 @@ bool AddUnit(char const* name) {
   long const number = UnitNumber(name);
   if (number < 0 || number >= kUnits) return false;
   std::string const unit = IntToStr(number, kNameWidth);
-  std::string const root = GetZelvanePath();
+  std::string const root = InstallationRoot();
   std::string const folder = root + unit + "/";
   if (!DirExists(folder) && !MakeFolder(root, folder)) return false;
   return ChangeFile<CfgClass>(ListPath(), Saving::kOnce, [&](CfgClass& list) {

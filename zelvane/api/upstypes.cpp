@@ -7,7 +7,7 @@
 
 #include "zelvane/api/cfghandle_internal.h"
 #include "zelvane/config/cfgclass.h"
-#include "zelvane/config/paths.h"
+#include "zelvane/config/settings_internal.h"
 #include "zelvane/core/barrier_internal.h"
 #include "zelvane/core/strutils.h"
 #include "zelvane/core/strutils_internal.h"
@@ -16,6 +16,7 @@ using zelvane::internal::Cfg;
 using zelvane::internal::CopyToBuffer;
 using zelvane::internal::CopyToField;
 using zelvane::internal::Guard;
+using zelvane::internal::InstallationRoot;
 
 namespace {
 
@@ -36,7 +37,7 @@ bool ReadType(CfgClass& table, unsigned int type, UpsTypeItem& item) {
 std::string NameInModelFile(short modelIndex, unsigned int subModel) {
   CfgClass model;
   // A file that cannot be read leaves the object empty, and the key is missing like any other.
-  model.OpenReadOnly(GetZelvanePath() + "default/upscfg" + IntToStr(modelIndex, 2) + ".cfg");
+  model.OpenReadOnly(InstallationRoot() + "default/upscfg" + IntToStr(modelIndex, 2) + ".cfg");
   return model.ReadStr(UIntToStr(subModel), "MODELO", "");
 }
 
@@ -55,7 +56,7 @@ std::string NameInTypeTable(short modelIndex) {
 
 void* OpenUPSTypeList(char const* path) {
   return Guard<void*>(nullptr, [&] {
-    std::string const table = path == nullptr || *path == '\0' ? GetZelvanePath() + "upstype.cfg" : path;
+    std::string const table = path == nullptr || *path == '\0' ? InstallationRoot() + "upstype.cfg" : path;
     return zelvane::internal::OpenHandle(table, "UPSTYPE", true);
   });
 }

@@ -29,20 +29,12 @@ constexpr MacroName kMacros[] = {
     {"//USBHIDCFG//", true, "usbhid.cfg"},
 };
 
-std::string FindRoot() {
-  RegCfgClass settings;
-  settings.SetFileName(kSettingsFile, false);
-  std::string root = settings.ReadStr(kSettingsSection, "PATH", "");
-  if (root.empty()) root = ExtractFilePath(GetExeName(false));
-  return root.empty() ? root : IncludePathDelimiter(root);
-}
-
 void ReplacePrefix(std::string& text, std::string_view prefix, std::string const& by) {
   if (text.compare(0, prefix.size(), prefix) == 0) text.replace(0, prefix.size(), by);
 }
 
 std::string Expand(char const* name, char const* directory) {
-  std::string const root = GetZelvanePath();
+  std::string const root = zelvane::internal::InstallationRoot();
   std::string const working =
       StrToIntDef(directory, -1) >= 0 ? IncludePathDelimiter(root + directory) : std::string(directory);
   std::string text = name;
@@ -59,7 +51,15 @@ std::string Expand(char const* name, char const* directory) {
 
 }  // namespace
 
-std::string GetZelvanePath() { return Guard(std::string(), FindRoot); }
+std::string zelvane::internal::InstallationRoot() {
+  RegCfgClass settings;
+  settings.SetFileName(kSettingsFile, false);
+  std::string root = settings.ReadStr(kSettingsSection, "PATH", "");
+  if (root.empty()) root = ExtractFilePath(GetExeName(false));
+  return root.empty() ? root : IncludePathDelimiter(root);
+}
+
+std::string GetZelvanePath() { return Guard(std::string(), zelvane::internal::InstallationRoot); }
 
 std::string ParseMacroFileName(char const* name, char const* directory) {
   if (name == nullptr || directory == nullptr) return "";

@@ -4,12 +4,13 @@
 #include <memory>
 #include <string>
 
-#include "zelvane/config/paths.h"
+#include "zelvane/config/settings_internal.h"
 #include "zelvane/core/barrier_internal.h"
 #include "zelvane/core/fileutils.h"
 #include "zelvane/lang/langclass.h"
 
 using zelvane::internal::Guard;
+using zelvane::internal::InstallationRoot;
 
 namespace {
 
@@ -28,7 +29,7 @@ void* OpenLang(long lang) {
   return Guard<void*>(nullptr, [lang] {
     auto tables = std::make_unique<Tables>();
     tables->user.SetFileName(GetUserPath(UserPathHome) + "." + kFileName);
-    tables->system.SetFileName(GetZelvanePath() + kFileName);
+    tables->system.SetFileName(InstallationRoot() + kFileName);
     tables->user.LoadStrings(lang);
     tables->system.LoadStrings(lang);
     return tables.release();
