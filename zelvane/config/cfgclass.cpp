@@ -56,11 +56,22 @@ bool CfgClass::OpenAs(char const* name, bool readOnly) {
   std::string copy = name;  // it may be this object's own file name, which Close clears
   Close();
   state_->fileName = std::move(copy);
-  bool const loaded = LoadFile(false);
-  if (!loaded && state_->error != CFG_SYNTAX) {
-    ForgetIndex(*state_);  // a variant's load may refuse what the base has loaded
+  // Nothing stays of a file that was not taken in whole, by a variant's refusal or for want of memory: a later save
+  // would write the part.
+  auto const forget = [this] {
+    ForgetIndex(*state_);
     ForgetLines(*state_);
     state_->fileName.clear();
+  };
+  bool loaded = false;
+  try {
+    loaded = LoadFile(false);
+  } catch (...) {
+    forget();
+    throw;
+  }
+  if (!loaded && state_->error != CFG_SYNTAX) {
+    forget();
     return false;
   }
   state_->readOnly = readOnly;

@@ -105,6 +105,26 @@ typename Map::iterator LowerBound(Map& map, std::string_view upper) {
   return map.lower_bound(upper);
 }
 
+// Takes a line that was made for an entry away again if no memory was found for the entry itself: it would be saved,
+// and nobody could find or change it.
+class MadeLine {
+ public:
+  explicit MadeLine(CfgState& state) : state_(state), before_(state.lines.size()) {}
+  MadeLine(MadeLine const&) = delete;
+  MadeLine& operator=(MadeLine const&) = delete;
+  ~MadeLine() {
+    if (state_.lines.size() > before_) state_.lines.erase(line_);
+  }
+
+  LinePosition Made(LinePosition line) { return line_ = line; }
+  void Keep() { before_ = state_.lines.size(); }
+
+ private:
+  CfgState& state_;
+  std::size_t before_;
+  LinePosition line_;
+};
+
 // Enters the section unless it is there. `makeLine` gets the upper-cased name, gives the header's position and is
 // called only when it is needed.
 template <class MakeLine>
@@ -112,8 +132,10 @@ std::pair<SectionPosition, bool> AddSection(CfgState& state, std::string_view na
   std::string_view const upper = Upper(state, name);
   auto const place = LowerBound(state.sections, upper);
   if (place != state.sections.end() && place->first == upper) return {place, false};
+  MadeLine header(state);
   auto const added = state.sections.emplace_hint(place, std::piecewise_construct, std::forward_as_tuple(upper),
-                                                 std::forward_as_tuple(state, makeLine(upper)));
+                                                 std::forward_as_tuple(state, header.Made(makeLine(upper))));
+  header.Keep();
   state.sectionRanks.Inserted(added);
   state.sectionHashes.Inserted(state.sections, added);
   state.parseSection = added;
@@ -135,9 +157,12 @@ std::pair<KeyPosition, bool> AddKey(CfgState& state, SectRec& section, std::stri
   SectKeys& keys = *section.keys;
   auto const place = LowerBound(keys, upper);
   if (place != keys.end() && place->first == upper) return {place, false};
+  MadeLine line(state);
   KeyLine const made = makeLine(upper);
+  line.Made(made.line);
   auto const added = keys.emplace_hint(place, std::piecewise_construct, std::forward_as_tuple(upper),
                                        std::forward_as_tuple(KeyRec{made.value, made.line, previous, keys.end()}));
+  line.Keep();
   keys.ranks.Inserted(added);
   keys.hashes.Inserted(keys, added);
   if (previous != keys.end()) {

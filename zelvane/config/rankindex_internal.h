@@ -1,17 +1,21 @@
 // Addressing an ordered map by number. A map reaches its n-th entry in n steps, which makes a walk by number quadratic;
-// this keeps the map's positions in rows of a few hundred, finds the row by counting, and remembers where it was.
+// this goes on from the entry asked for last, and for greater leaps keeps the map's positions in rows of a few hundred,
+// in which it finds the row by counting.
 #ifndef ZELVANE_CONFIG_RANKINDEX_INTERNAL_H
 #define ZELVANE_CONFIG_RANKINDEX_INTERNAL_H
 
 #include <algorithm>
 #include <cstddef>
 #include <iterator>
+#include <new>
+#include <optional>
+#include <utility>
 #include <vector>
 
 namespace zelvane::internal {
 
-// Built when a number is first asked for, then kept up to date through Inserted and Erased; a caller that reads a few
-// names never pays for it. `Map` is ordered by operator< of its keys.
+// The rows are built at the first leap, then kept up to date through Inserted and Erased; a caller that reads a few
+// names or walks over all never pays for them. `Map` is ordered by operator< of its keys.
 template <class Map>
 class RankIndex {
  public:
@@ -19,25 +23,32 @@ class RankIndex {
 
   // The n-th position in ascending order, counted from 0; n is below map.size().
   Position At(Map& map, std::size_t n) {
-    if (n < kStepsCheaper) return std::next(map.begin(), static_cast<std::ptrdiff_t>(n));
-    if (rows_.empty()) Build(map);
+    if (rows_.empty()) {
+      if (n < kStepsCheaper) return Remember(n, std::next(map.begin(), static_cast<std::ptrdiff_t>(n)));
+      if (here_ && n + kStepsCheaper > place_ && n < place_ + kStepsCheaper)
+        return Remember(n, std::next(*here_, static_cast<std::ptrdiff_t>(n) - static_cast<std::ptrdiff_t>(place_)));
+      Build(map);
+    }
     while (n < before_) before_ -= rows_[--row_].size();
     while (n - before_ >= rows_[row_].size()) before_ += rows_[row_++].size();
     return rows_[row_][n - before_];
   }
 
-  // `position` has been inserted.
+  // `position` has been inserted. Rows that find no memory for it go, to be built anew: nothing can fail here, with the
+  // entry in the map.
   void Inserted(Position position) {
+    here_.reset();
     if (rows_.empty()) return;
-    std::size_t const at = RowOf(position);
-    Row& row = rows_[at];
-    row.insert(PlaceIn(row, position), position);
-    if (at < row_) before_++;
-    if (row.size() > 2 * kRow) Split(at);
+    try {
+      Enter(position);
+    } catch (std::bad_alloc const&) {
+      Clear();
+    }
   }
 
   // `position` is about to be erased.
   void Erased(Position position) {
+    here_.reset();
     if (rows_.empty()) return;
     std::size_t const at = RowOf(position);
     Row& row = rows_[at];
@@ -49,6 +60,7 @@ class RankIndex {
   }
 
   void Clear() {
+    here_.reset();
     rows_.clear();
     Restart();
   }
@@ -58,12 +70,28 @@ class RankIndex {
   static constexpr std::size_t kRow = 512;
   static constexpr std::size_t kStepsCheaper = 8;
 
+  Position Remember(std::size_t n, Position position) {
+    here_ = position;
+    place_ = n;
+    return position;
+  }
+
   void Build(Map& map) {
+    std::vector<Row> rows;
     for (Position position = map.begin(); position != map.end(); ++position) {
-      if (rows_.empty() || rows_.back().size() == kRow) rows_.emplace_back().reserve(kRow);
-      rows_.back().push_back(position);
+      if (rows.empty() || rows.back().size() == kRow) rows.emplace_back().reserve(kRow);
+      rows.back().push_back(position);
     }
+    rows_ = std::move(rows);
     Restart();
+  }
+
+  void Enter(Position position) {
+    std::size_t const at = RowOf(position);
+    Row& row = rows_[at];
+    row.insert(PlaceIn(row, position), position);
+    if (at < row_) before_++;
+    if (row.size() > 2 * kRow) Split(at);
   }
 
   static bool Less(Position a, Position b) { return a->first < b->first; }
@@ -89,6 +117,8 @@ class RankIndex {
 
   void Restart() { row_ = before_ = 0; }
 
+  std::optional<Position> here_;  // the entry asked for last, while there are no rows
+  std::size_t place_ = 0;         // its number
   std::vector<Row> rows_;
   std::size_t row_ = 0;     // the row used last
   std::size_t before_ = 0;  // the entries in the rows before it
