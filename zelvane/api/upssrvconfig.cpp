@@ -1,6 +1,9 @@
 #include "zelvane/api/upssrvconfig.h"
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <string>
 #include <vector>
 
@@ -8,7 +11,7 @@
 #include "zelvane/api/serverentry_internal.h"
 #include "zelvane/api/settingsfile_internal.h"
 #include "zelvane/api/upstypes.h"
-#include "zelvane/config/paths.h"
+#include "zelvane/config/settings_internal.h"
 #include "zelvane/core/barrier_internal.h"
 #include "zelvane/core/datetime.h"
 #include "zelvane/core/fileutils.h"
@@ -94,7 +97,7 @@ struct Folders {
 // A bare name lies under the root, other than in the shutdown service's settings.
 Folders FindFolders(char const* cfgDir, int tablesInCfgDir) {
   std::string config = cfgDir;
-  std::string root = GetZelvanePath();
+  std::string root = InstallationRoot();
   if (ExtractFilePath(config).empty()) config.insert(0, root);
   config = IncludePathDelimiter(config);
   return {config, tablesInCfgDir != 0 ? config : root};
@@ -203,8 +206,10 @@ int GetUpsSrvConfig(char const* cfgDir, UpsSrvConfig* cfg, int tablesInCfgDir) {
     // First all of them: what the other files do not say of their fields is the default as well.
     SetDefaults(kRows, cfg);
     CfgClass file;
-    if (!file.OpenReadOnly(folders.config + kMainFile)) {
-      SetUpsSrvConfig(cfgDir, cfg, 0);
+    std::string const path = folders.config + kMainFile;
+    if (!file.OpenReadOnly(path)) {
+      // One that is there, and could not be read just now, must not be replaced by the defaults.
+      if (access(path.c_str(), F_OK) != 0 && errno == ENOENT) SetUpsSrvConfig(cfgDir, cfg, 0);
       return 1;
     }
     ReadRows(file, kRows, cfg);
