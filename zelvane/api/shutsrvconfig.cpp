@@ -4,7 +4,7 @@
 
 #include "zelvane/api/record_internal.h"
 #include "zelvane/api/serverentry_internal.h"
-#include "zelvane/config/paths.h"
+#include "zelvane/config/settings_internal.h"
 #include "zelvane/core/barrier_internal.h"
 #include "zelvane/core/fileutils.h"
 #include "zelvane/core/strutils.h"
@@ -29,8 +29,12 @@ bool WriteServer(CfgClass& file, Row const& row, void const* record) {
 
 bool ReadPassword(CfgClass& file, Row const& row, void* record) {
   // Cut to the field only when decoded: the encoded form of a password that fits is longer than the field.
-  std::string encoded = file.ReadStr(row.section, row.key, row.text);
-  CopyToField(static_cast<ShutSrvConfig*>(record)->mailPassword, DecodeBase64ToStr(encoded));
+  std::string password;
+  DecodeBase64 codec;
+  bool const decoded = codec.LoadFromStr(file.ReadStr(row.section, row.key, row.text)) &&
+                       (codec.SaveToStr(password) || codec.SaveToBuf(nullptr, 0) == 0);
+  if (!decoded) return false;  // out of memory: no password is not what the file says, and would be written back
+  CopyToField(static_cast<ShutSrvConfig*>(record)->mailPassword, password);
   return true;
 }
 
@@ -91,7 +95,7 @@ static_assert(RowsFit(sizeof(ShutSrvConfig), kRows, kUserRows), "rows outside th
 // A bare name is not taken to lie under the root, other than in the settings of the UPS service.
 std::string SettingsPath(char const* cfgDir) {
   bool const given = cfgDir != nullptr && *cfgDir != '\0';
-  return (given ? IncludePathDelimiter(cfgDir) : GetZelvanePath()) + "upscli.cfg";
+  return (given ? IncludePathDelimiter(cfgDir) : InstallationRoot()) + "upscli.cfg";
 }
 
 }  // namespace
