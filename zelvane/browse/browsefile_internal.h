@@ -95,6 +95,8 @@ class BrowseSection {
 // What the handle points to.
 struct BrowseList {
   OptionalCfg file;
+  // A change ran out of memory half way. What is in memory must never reach the file, and takes no more changes.
+  bool halfDone = false;
   BrowseSection groups{file, {"GROUPS", 2, 2, 0}};
   BrowseSection computers{file, {"COMPUTERS", 3, 3, 0}};
   BrowseSection nobreaks{file, {"NOBREAKS", 4, kAddress, -1}};

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "zelvane/browse/browsefile_internal.h"
-#include "zelvane/config/paths.h"
+#include "zelvane/config/settings_internal.h"
 #include "zelvane/core/barrier_internal.h"
 #include "zelvane/core/datetime.h"
 #include "zelvane/core/strutils.h"
@@ -19,6 +19,7 @@ using zelvane::internal::CopyToField;
 using zelvane::internal::Fields;
 using zelvane::internal::FieldText;
 using zelvane::internal::Guard;
+using zelvane::internal::InstallationRoot;
 using zelvane::internal::kAddress;
 using zelvane::internal::kName;
 using zelvane::internal::kNumber;
@@ -36,6 +37,21 @@ template <class R, class Body>
 R With(void* list, Body&& body) {
   if (list == nullptr) return R();
   return Guard(R(), [&] { return static_cast<R>(body(*static_cast<BrowseList*>(list))); });
+}
+
+// The same for what changes the list.
+template <class Body>
+int Change(void* list, Body&& body) {
+  return With<int>(list, [&](BrowseList& l) {
+    if (l.halfDone) return false;
+    try {
+      return static_cast<bool>(body(l));
+    } catch (...) {
+      l.halfDone = true;
+      l.file.ForgetChanges();
+      throw;
+    }
+  });
 }
 
 std::int32_t Id(long id) { return static_cast<std::int32_t>(id); }
@@ -100,7 +116,7 @@ bool RemoveGroupsBelow(BrowseList& list, std::int32_t top) {
 }
 
 int Clear(void* list, BrowseSection BrowseList::*section, bool flush) {
-  return With<int>(list, [&](BrowseList& l) { return (l.*section).Clear() && Finish(l, true, flush); });
+  return Change(list, [&](BrowseList& l) { return (l.*section).Clear() && Finish(l, true, flush); });
 }
 
 unsigned long Count(void* list, BrowseSection BrowseList::*section) {
@@ -114,7 +130,7 @@ unsigned long Count(void* list, BrowseSection BrowseList::*section) {
 void* OpenBrwsList(char const* path) {
   return Guard<void*>(nullptr, [path] {
     auto list = std::make_unique<BrowseList>();
-    std::string const name = path == nullptr || *path == '\0' ? GetZelvanePath() + "zelbrws.cfg" : path;
+    std::string const name = path == nullptr || *path == '\0' ? InstallationRoot() + "zelbrws.cfg" : path;
     list->file.SetFileName(name.c_str(), false);
     list->file.SetCached(true);
     return list.release();
@@ -123,7 +139,7 @@ void* OpenBrwsList(char const* path) {
 
 int CloseBrwsList(void* list) {
   std::unique_ptr<BrowseList> const owner(static_cast<BrowseList*>(list));
-  return With<int>(list, [](BrowseList& l) { return l.file.Close(); });
+  return With<int>(list, [](BrowseList& l) { return l.file.Close() && !l.halfDone; });
 }
 
 long GetBrwsFileDate(void* list) {
@@ -131,7 +147,7 @@ long GetBrwsFileDate(void* list) {
 }
 
 int UpdateBrwsFileDate(void* list, bool flush) {
-  return With<int>(list, [&](BrowseList& l) { return Finish(l, true, flush); });
+  return Change(list, [&](BrowseList& l) { return Finish(l, true, flush); });
 }
 
 // ---- Reading ----
@@ -179,7 +195,7 @@ int GetBrwsNobreakByIndex(void* list, unsigned long index, BrwsNobreakRec* nobre
 
 int AddBrwsGroup(void* list, BrwsGroupRec const* group, bool maxPlusOne, unsigned long* identifier, bool flush) {
   if (group == nullptr || !IsName(FieldText(group->name))) return 0;
-  return With<int>(list, [&](BrowseList& l) {
+  return Change(list, [&](BrowseList& l) {
     Fields const fields = {std::string(FieldText(group->name)), OwnerOrNone(l.groups, group->parent)};
     return Add(l.groups, fields, maxPlusOne, identifier) && Finish(l, true, flush);
   });
@@ -188,7 +204,7 @@ int AddBrwsGroup(void* list, BrwsGroupRec const* group, bool maxPlusOne, unsigne
 int AddBrwsComputer(void* list, BrwsComputerRec const* computer, bool maxPlusOne, unsigned long* identifier,
                     bool flush) {
   if (computer == nullptr || !IsName(FieldText(computer->name)) || !Holds(FieldText(computer->address))) return 0;
-  return With<int>(list, [&](BrowseList& l) {
+  return Change(list, [&](BrowseList& l) {
     Fields const fields = FieldsOf(*computer, OwnerOrNone(l.groups, computer->group));
     return Add(l.computers, fields, maxPlusOne, identifier) && Finish(l, true, flush);
   });
@@ -196,7 +212,7 @@ int AddBrwsComputer(void* list, BrwsComputerRec const* computer, bool maxPlusOne
 
 int AddBrwsNobreak(void* list, BrwsNobreakRec const* nobreak, bool maxPlusOne, unsigned long* identifier, bool flush) {
   if (nobreak == nullptr || !IsName(FieldText(nobreak->name))) return 0;
-  return With<int>(list, [&](BrowseList& l) {
+  return Change(list, [&](BrowseList& l) {
     Fields computer;
     bool const known = l.computers.Find(nobreak->computer, computer);
     Fields const fields = known ? FieldsOf(*nobreak, std::move(computer[kAddress]), nobreak->computer)
@@ -209,7 +225,7 @@ int AddBrwsNobreak(void* list, BrwsNobreakRec const* nobreak, bool maxPlusOne, u
 
 int EditBrwsGroup(void* list, BrwsGroupRec const* group, bool flush) {
   if (group == nullptr || !IsName(FieldText(group->name))) return 0;
-  return With<int>(list, [&](BrowseList& l) {
+  return Change(list, [&](BrowseList& l) {
     if (!l.groups.HasKey(group->id)) return false;
     Fields const fields = {std::string(FieldText(group->name)), IntToStr(group->parent)};
     return l.groups.Put(group->id, fields) && Finish(l, true, flush);
@@ -218,7 +234,7 @@ int EditBrwsGroup(void* list, BrwsGroupRec const* group, bool flush) {
 
 int EditBrwsComputer(void* list, BrwsComputerRec const* computer, bool flush) {
   if (computer == nullptr || !IsName(FieldText(computer->name)) || !IsName(FieldText(computer->address))) return 0;
-  return With<int>(list, [&](BrowseList& l) {
+  return Change(list, [&](BrowseList& l) {
     if (!l.computers.HasKey(computer->id)) return false;
     Fields const fields = FieldsOf(*computer, IntToStr(computer->group));
     bool written = l.computers.Put(computer->id, fields);
@@ -236,7 +252,7 @@ int EditBrwsComputer(void* list, BrwsComputerRec const* computer, bool flush) {
 
 int EditBrwsNobreak(void* list, BrwsNobreakRec const* nobreak, bool flush) {
   if (nobreak == nullptr || !IsName(FieldText(nobreak->name))) return 0;
-  return With<int>(list, [&](BrowseList& l) {
+  return Change(list, [&](BrowseList& l) {
     Fields computer;
     if (!l.nobreaks.HasKey(nobreak->id) || !l.computers.Find(nobreak->computer, computer)) return false;
     Fields const fields = FieldsOf(*nobreak, std::move(computer[kAddress]), nobreak->computer);
@@ -247,17 +263,17 @@ int EditBrwsNobreak(void* list, BrwsNobreakRec const* nobreak, bool flush) {
 // ---- Removing ----
 
 int RemoveBrwsGroup(void* list, long id, bool /*flush*/) {
-  return With<int>(list, [&](BrowseList& l) {
+  return Change(list, [&](BrowseList& l) {
     return RemoveGroup(l, Id(id)) && RemoveGroupsBelow(l, Id(id)) && Finish(l, true, true);
   });
 }
 
 int RemoveBrwsComputer(void* list, long id, bool /*flush*/) {
-  return With<int>(list, [&](BrowseList& l) { return RemoveComputers(l, {Id(id)}) && Finish(l, true, true); });
+  return Change(list, [&](BrowseList& l) { return RemoveComputers(l, {Id(id)}) && Finish(l, true, true); });
 }
 
 int RemoveBrwsNobreak(void* list, long id, bool flush) {
-  return With<int>(list, [&](BrowseList& l) {
+  return Change(list, [&](BrowseList& l) {
     Fields old;
     bool const attached = l.nobreaks.Read(Id(id), old) && OwnerIn(old) >= 0;
     return l.nobreaks.Remove(Id(id)) && Finish(l, attached, flush);
@@ -265,21 +281,21 @@ int RemoveBrwsNobreak(void* list, long id, bool flush) {
 }
 
 int RemoveBrwsGroupByGroup(void* list, long parent, bool flush) {
-  return With<int>(list, [&](BrowseList& l) {
+  return Change(list, [&](BrowseList& l) {
     bool const any = !l.groups.OwnedBy(Id(parent)).empty();
     return RemoveGroupsBelow(l, Id(parent)) && Finish(l, true, flush || any);
   });
 }
 
 int RemoveBrwsComputerByGroup(void* list, long group, bool flush) {
-  return With<int>(list, [&](BrowseList& l) {
+  return Change(list, [&](BrowseList& l) {
     Ids const ids = l.computers.OwnedBy(Id(group));
     return RemoveComputers(l, ids) && Finish(l, true, flush || !ids.empty());
   });
 }
 
 int RemoveBrwsNobreakByComputer(void* list, long computer, bool flush) {
-  return With<int>(list, [&](BrowseList& l) {
+  return Change(list, [&](BrowseList& l) {
     return RemoveEach(l.nobreaks, l.nobreaks.OwnedBy(Id(computer))) && Finish(l, Id(computer) >= 0, flush);
   });
 }

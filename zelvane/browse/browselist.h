@@ -30,8 +30,10 @@
 
    RESULTS are 1 for success and 0 for failure: a null handle or record, no memory, a file that could not be read when
    the list was opened (then it has no entries and takes none), a flush that failed (the change stays in the handle, the
-   next flush tries again), and what the functions name. Texts that the file cannot hold, with ";", "[", "]" or a line
-   break, are refused. The changes are stamped with the date but for the exceptions named.
+   next flush tries again), and what the functions name. A change that runs out of memory may be half done in the
+   handle: nothing that the handle has not flushed goes to the file then, and it takes no more changes. Texts that the
+   file cannot hold, with ";", "[", "]" or a line break, are refused. The changes are stamped with the date but for the
+   exceptions named.
 
    Numbers are 32 bits wide: of a wider `long` the low 32 bits count. Arrays given to the library need no NUL and end at
    their width then; those it fills are cut to fit, with NUL in the last byte. Blanks around a name are gone with the
