@@ -234,7 +234,8 @@ void LogClass::LimitFile(unsigned long size) {
     }
     unsigned long const count = GetFileRegCount(size);
     if (count <= maxLines_ || RecordLength(size) == 0) return true;
-    bool const cut = Cut(file_, scratch_, count - maxLines_, RecordLength(size));
+    // Short of memory in there, the scratch file must go all the same.
+    bool const cut = Guard(false, [&] { return Cut(file_, scratch_, count - maxLines_, RecordLength(size)); });
     if (!scratch_.empty()) std::remove(scratch_.c_str());
     return cut;
   });

@@ -53,9 +53,10 @@ class ZELVANE_API LogClass {
   virtual bool WriteReg(void const* data, unsigned long size);
   // Appends a record stamped with the low 32 bits of `when`, creating the file if need be, then calls LimitFile. The
   // record goes out in one write; what a full disk took of it is taken back. A damaged file is emptied first, see
-  // above. False, with the file as it was: no file named, null `data` for a `size` above 0, the file cannot be opened,
-  // looked at or written (a damaged one can be empty by then, and kept), or it is damaged and cannot be kept. False,
-  // too, when closing fails, though the record may be there. A failed cut is no failure.
+  // above. False, with the file as it was (a new one may be there, empty): no file named, null `data` for a `size`
+  // above 0, the file cannot be opened, looked at or written (a damaged one can be empty by then, and kept), or it is
+  // damaged and cannot be kept. False, too, when closing fails, though the record may be there. A failed cut is no
+  // failure.
   virtual bool WriteReg(long when, void const* data, unsigned long size);
 
   // Records in the file; 0 when it is missing, unreadable, damaged, or not a regular file.

@@ -82,6 +82,8 @@ bool ProgList::Changed() { return cached_ || WriteToFile(); }
 
 bool ProgList::AddReg(reg_proglist* entry) {
   if (file_.empty() || entry == nullptr) return false;
+  // What could not be read for a moment, with no descriptor left, say, must not be lost for one more entry.
+  if (unread_) ReadFromFile();
   return Guard(false, [&] {
     bool const inOrder = entries_.empty() || (sorted_ && !fcomp(*entry, entries_.back()));
     entries_.push_back(*entry);

@@ -62,7 +62,8 @@ ZELVANE_API bool fcomp(reg_proglist const& first, reg_proglist const& second);
 // are refused.
 //
 // While the file exists but the last attempt to read it failed, the list is empty and WriteToFile refuses to write, so
-// that the entries on disk do not go with it. AddReg and ClearList, which say what the list is to hold, end that.
+// that the entries on disk do not go with it. AddReg, after one more attempt, and
+// ClearList say what the list is to hold, and end that.
 class ZELVANE_API ProgList {
  public:
   ProgList() = default;
