@@ -7,8 +7,9 @@
 //     [2] its exit code, unless that is 0
 //     and what `diff` says of the root as it was before: every change of every byte of every file
 //
-// All other lines are remarks. "@" in the answers stands for the root's path. A command that changes nothing shows no
-// difference, so each transcript also tells what was NOT written.
+// `unstamped` takes the date of the last change out of the browse list. All other lines are remarks. "@" in the answers
+// stands for the root's path. A command that changes nothing shows no difference, so each transcript also tells what
+// was NOT written.
 //
 // With ZELVANE_TRANSCRIBE set the files are written anew instead of compared: read the change before you keep it.
 #include <gtest/gtest.h>
@@ -35,6 +36,9 @@ constexpr char kScript[] = R"(
   scratch=$1 command=$2 program=$3 redirect=$4
   zelctl() {
     LD_PRELOAD=$redirect ASAN_OPTIONS=$ASAN_OPTIONS:verify_asan_link_order=0 "$program" "$@"
+  }
+  unstamped() {
+    sed -i '/^DATETIME = /d' zelbrws.cfg
   }
   export HOME="${scratch}root/home" LC_ALL=C
   if [ -s changes ] || [ ! -d before ]; then
