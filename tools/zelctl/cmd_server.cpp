@@ -9,6 +9,7 @@
 #include "handle.h"
 #include "zelvane/api/clientconfig.h"
 #include "zelvane/api/serverlist.h"
+#include "zelvane/config/cfgclass.h"
 #include "zelvane/config/paths.h"
 #include "zelvane/core/strutils.h"
 
@@ -33,6 +34,8 @@ Field const kAddress = Text<&ServerListItem::serverAddress>("address", "address"
 Field const kPort = Number<&ServerListItem::serverPort>("port", "TCP port", kHighestPort);
 std::vector<Field> const kFields = {Number<&Server::key>("key", "key in [CLILIST]"), kName, kAddress, kPort};
 
+constexpr char kSection[] = "CLILIST";
+
 std::string File() { return GetZelvanePath() + "upscli.cfg"; }
 
 Handle Open() { return OpenHandle(File(), OpenServerList(), CloseServerList); }
@@ -45,13 +48,15 @@ Handle OpenToWrite(Arguments const& arguments) {
 // The entries that are well formed; a remark on the others if a terminal is given.
 std::vector<Server> Servers(Handle const& list, Terminal const* terminal = nullptr) {
   std::vector<Server> servers;
+  CfgClass keys;  // the list tells no more of a malformed entry than that it is one
+  if (terminal != nullptr) keys.OpenReadOnly(File());
   auto const count = static_cast<unsigned int>(GetServerListCount(list.get()));
   for (unsigned int i = 0; i < count; i++) {
     Server server;
     if (GetServerListItem2(list.get(), i, &server.item, &server.key) != 0)
       servers.push_back(server);
     else if (terminal != nullptr)
-      terminal->Note(File() + ": entry " + std::to_string(i + 1) + " of [CLILIST] is not NAME;ADDRESS;PORT");
+      terminal->Note(File() + ": [CLILIST] " + keys.GetKeyName(kSection, i) + " is not NAME;ADDRESS;PORT");
   }
   return servers;
 }
@@ -86,10 +91,31 @@ void Add(Arguments const& arguments, Terminal const& terminal) {
   if (terminal.json) PrintRecord(kFields, Find(servers, item), terminal);
 }
 
+// The key that `list` shows as this number: "7" or else "007"; also "hall", which is shown as 0.
+std::string KeyShownAs(unsigned int number) {
+  std::string const key = std::to_string(number);
+  CfgClass keys;
+  if (!keys.OpenReadOnly(File()) || keys.KeyExists(kSection, key)) return key;
+  Handle const list = Open();
+  std::vector<std::string> names;
+  auto const count = static_cast<unsigned int>(GetServerListCount(list.get()));
+  for (unsigned int i = 0, shown = 0; i < count; i++)
+    if (GetServerListItem2(list.get(), i, nullptr, &shown) != 0 && shown == number)
+      names.push_back(keys.GetKeyName(kSection, i));
+  if (names.size() > 1)
+    throw Failed("shown as " + key + " are " + names[0] + " and " + names[1] + "; `zelctl cfg unset` takes the name");
+  return names.empty() ? key : names[0];
+}
+
 void Remove(Arguments const& arguments, Terminal const& terminal) {
   auto const key = static_cast<unsigned int>(NumberArgument("KEY", arguments.key, 0, kHighestNumber));
   RequireWholeLoad(File(), arguments.force);
-  RemoveKey(File(), "CLILIST", std::to_string(key), [key] { RemServerListItem2(Open().get(), key); });
+  std::string const name = KeyShownAs(key);
+  RemoveKey(File(), kSection, name, [&] {
+    if (name == std::to_string(key)) return static_cast<void>(RemServerListItem2(Open().get(), key));
+    CfgClass file;  // the list removes by number only
+    if (file.Open(File())) file.DeleteKey(kSection, name);
+  });
   if (terminal.json) terminal.PrintJson({{"key", key}});
 }
 

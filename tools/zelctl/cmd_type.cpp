@@ -6,6 +6,7 @@
 #include "handle.h"
 #include "typefields.h"
 #include "zelvane/api/upstypes.h"
+#include "zelvane/config/cfgclass.h"
 #include "zelvane/config/paths.h"
 
 namespace {
@@ -25,13 +26,15 @@ Handle Open(std::string const& table, Terminal const& terminal) {
 void List(Arguments const& arguments, Terminal const& terminal) {
   std::string const table = arguments.Table();
   Handle const types = Open(table, terminal);
+  CfgClass keys;  // the table tells no more of a malformed entry than that it is one
+  keys.OpenReadOnly(table);
   std::vector<UpsTypeItem> items;
   auto const count = static_cast<unsigned int>(GetUPSTypeListCount(types.get()));
   for (unsigned int i = 0; i < count; i++) {
     UpsTypeItem item;
     if (GetUPSTypeListItem(types.get(), i, &item) == 0)
-      terminal.Note(table + ": entry " + std::to_string(i + 1) +
-                    " of [UPSTYPE] is not NUMBER = NAME;DRIVER;MODULE;MODULE;MODEL");
+      terminal.Note(table + ": [UPSTYPE] " + keys.GetKeyName("UPSTYPE", i) +
+                    " is not NUMBER = NAME;DRIVER;MODULE;MODULE;MODEL");
     else
       items.push_back(item);
   }
