@@ -20,6 +20,8 @@ void AddDigest(CLI::App& app, Terminal& terminal);
 void AddCipher(CLI::App& app, Terminal& terminal);
 void AddProc(CLI::App& app, Terminal& terminal);
 void AddSvc(CLI::App& app, Terminal& terminal);
+void AddLog(CLI::App& app, Terminal& terminal);
+void AddSchedule(CLI::App& app, Terminal& terminal);
 void AddLang(CLI::App& app, Terminal& terminal);
 void AddBrowse(CLI::App& app, Terminal& terminal);
 void AddHelp(CLI::App& app, Terminal& terminal);

@@ -27,6 +27,7 @@ using Json = nlohmann::ordered_json;
 // The options that every command has, and the output that obeys them. Texts are Latin-1 inside the command.
 struct Terminal {
   bool json = false;
+  bool csv = false;  // of the commands that list records
   bool utf8 = false;
   bool showPasswords = false;
   int status = 0;  // exit code of a command that came to its end
