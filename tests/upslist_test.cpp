@@ -46,7 +46,7 @@ TEST_F(UpsList, ReadsAHandMadeList) {
 TEST_F(UpsList, AFreshUnitGetsItsFolderAndFiles) {
   auto const before = at_.List();
   bool const root = geteuid() == 0;  // others cannot enter the folder, so nothing can be copied
-  for (mode_t const mask : {0, 022}) {
+  for (mode_t const mask : {0U, 022U}) {
     fs::remove_all(at_.Root("007"));
     mode_t const old = umask(mask);
     EXPECT_EQ(AddUpsListItem("7"), root);

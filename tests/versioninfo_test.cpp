@@ -36,7 +36,7 @@ TEST_F(Version, Texts) {
     EXPECT_EQ(info.product, c[2]) << c;
     EXPECT_EQ(info.modules, 0) << c;
   }
-  for (size_t const length : {255, 256, 300})
+  for (size_t const length : {255U, 256U, 300U})
     EXPECT_EQ(Get("PRODUCT = " + std::string(length, 'p')).product, std::string(255, 'p')) << length;
   EXPECT_EQ(Get("VERSION = " + std::string(300, 'v')).product, "Zelvane " + std::string(247, 'v'));
   EXPECT_EQ(at_.List(), (std::vector<std::string>{"home/", "root/", "zelvane.conf"}));
