@@ -105,6 +105,12 @@ class Model {
     return found->second.keys.at(Capital(key)).value;
   }
 
+  std::string Name(std::string const& name, std::size_t n) const {
+    auto const found = sections_.find(Capital(name));
+    if (found == sections_.end() || n >= found->second.keys.size()) return "";
+    return std::next(found->second.keys.begin(), static_cast<std::ptrdiff_t>(n))->first;
+  }
+
   std::string Dump() const {
     std::string text;
     for (auto const& [name, section] : sections_) {
@@ -179,22 +185,26 @@ void Drive(CfgClass& cfg, bool upper, unsigned seed, int operations) {
   cfg.SetCached(true);
   for (int i = 0; i < operations; i++) {
     std::string const section = kSections[below(std::size(kSections))];
-    std::string const key = kKeys[below(std::size(kKeys))] + (below(4) == 0 ? std::to_string(below(40)) : "");
+    std::string const key = kKeys[below(std::size(kKeys))] + (below(2) == 0 ? std::to_string(below(40)) : "");
     std::size_t choice = below(100);
-    // Now and then a stretch without removals, in which enough is asked for the engine to build its tables.
-    if (i / 200 % 2 == 1 && choice >= 45 && choice < 77) choice = 80;
+    // Now and then a stretch with few removals, in which enough is asked for the engine to build its tables.
+    if (i / 200 % 2 == 1 && choice >= 45 && choice < 73) choice = 80;
     if (choice < 45) {
       std::string const value = kValues[below(std::size(kValues))];
       ASSERT_TRUE(cfg.WriteStr(section, key, value));
       model.Write(section, key, value);
-    } else if (choice < 75) {
+    } else if (choice < 73) {
       ASSERT_TRUE(cfg.DeleteKey(section, key));
       model.Delete(section, key);
     } else if (choice < 76) {
-      std::string const name = cfg.GetKeyName(section, 0);
+      unsigned long const n = below(20);
+      std::string name;
+      for (unsigned long k = seed % 2 * n; k <= n; k++) name = cfg.GetKeyName(section, k);  // at a leap or by a walk
+      ASSERT_EQ(name, model.Name(section, n));
       cfg.SetSection(section);
-      ASSERT_EQ(cfg.DeleteKey(0UL), !name.empty());
+      ASSERT_EQ(cfg.DeleteKey(n), !name.empty());
       model.Delete(section, name);
+      ASSERT_EQ(cfg.GetKeyName(section, n), model.Name(section, n)) << section << " at " << n;
       if (!name.empty()) ASSERT_EQ(cfg.ReadStr(section, name, "none"), "none") << section << "/" << name;
     } else if (choice < 77) {
       ASSERT_TRUE(cfg.EraseSection(section));
