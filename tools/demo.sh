@@ -41,3 +41,24 @@ changes home/.zelvane
 
 say 'zelctl shutdown show --dir root --utf8 --show-password popup popupInterval shutMessage mailPassword langId'
 zelctl shutdown show --dir root --utf8 --show-password popup popupInterval shutMessage mailPassword langId
+
+# A small company's network: built, a computer's address changed, a group removed with all that is below it.
+browse() { zelctl browse "$@" --file root/zelbrws.cfg --utf8 >> identifiers; }
+say 'zelctl browse add group|computer|ups ... --file root/zelbrws.cfg   (9 entries)'
+browse add group Matriz
+browse add group Servidores 1
+browse add group Recepção 1
+browse add computer correio 192.168.0.10 2
+browse add computer arquivos 192.168.0.11 2
+browse add computer balcão 192.168.0.50 3
+browse add ups 'Rack 3 kVA' 1 7
+browse add ups 'Rack 1 kVA' 2 8
+browse add ups 'Mesa 600 VA' 3
+say 'zelctl browse tree root/zelbrws.cfg --utf8'
+zelctl browse tree root/zelbrws.cfg --utf8
+say 'zelctl browse edit computer 3 address=10.0.0.50 --file root/zelbrws.cfg'
+browse edit computer 3 address=10.0.0.50
+say 'zelctl browse remove group 2 --file root/zelbrws.cfg'
+zelctl browse remove group 2 --file root/zelbrws.cfg
+say 'zelctl browse tree root/zelbrws.cfg --utf8'
+zelctl browse tree root/zelbrws.cfg --utf8
