@@ -1,0 +1,118 @@
+// Several processes, or threads, at once.
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <functional>
+#include <vector>
+
+#include "support/scratch.h"
+#include "sweeps/world.h"
+#include "zelvane/zelvane.h"
+
+namespace sweeps {
+namespace {
+
+constexpr unsigned long kPayload = 64;
+constexpr long kRecords = 2000;
+
+// The number of children that said false.
+int Together(int count, std::function<bool(int)> const& body) {
+  for (int number = 0; number < count; number++) {
+    if (fork() == 0) _exit(body(number) ? 0 : 1);
+  }
+  int failed = 0;
+  for (int status = 0, left = count; left > 0 && wait(&status) > 0; left--)
+    failed += !WIFEXITED(status) || WEXITSTATUS(status) != 0;
+  return failed;
+}
+
+bool AppendMany(std::string const& path, int number) {
+  LogClass log;
+  log.SetFile(path);
+  log.SetMaxLines(1000000);
+  unsigned char data[kPayload];
+  for (long i = 0; i < kRecords; i++) {
+    std::memset(data, number, sizeof data);
+    if (!log.WriteReg(number * kRecords + i, data, kPayload)) return false;
+  }
+  return true;
+}
+
+// Every record is there once, whole, and each writer's are in its order.
+bool HoldsAll(std::string const& path, int writers) {
+  LogClass log;
+  log.SetFile(path);
+  if (log.LoadFile(kPayload) != static_cast<unsigned long>(writers * kRecords)) return false;
+  std::vector<long> next(static_cast<std::size_t>(writers), 0);
+  long when = 0;
+  unsigned char data[kPayload];
+  for (unsigned long i = 0; log.ReadReg(i, &when, data, kPayload); i++) {
+    long const writer = when / kRecords;
+    if (writer < 0 || writer >= writers || when % kRecords != next[static_cast<std::size_t>(writer)]++) return false;
+    if (std::count(data, data + kPayload, static_cast<unsigned char>(writer)) != kPayload) return false;
+  }
+  return true;
+}
+
+int Appending(World& world) {
+  int failures = 0;
+  for (int const writers : {2, 4, 8}) {
+    world.Set({{"root/company.rgt", ""}});
+    std::string const path = world.base + "root/company.rgt";
+    int const failed = Together(writers, [&](int number) { return AppendMany(path, number); });
+    bool const whole = HoldsAll(path, writers);
+    failures += failed + !whole;
+    std::printf("company: %d processes appending %ld records each to one log: %s\n", writers, kRecords,
+                failed == 0 && whole ? "all there, in order" : "FAILED");
+    std::fflush(stdout);
+  }
+  return failures;
+}
+
+// A writer that goes on between two contents, and readers that must meet one of them.
+int Reading(World& world) {
+  constexpr int kReads = 3000;
+  std::string const one = "[A]\nkey = 1\n" + std::string(20000, ';') + "\nlast = 1";
+  std::string const two = "[A]\nkey = 2\n" + std::string(20000, ';') + "\nlast = 2";
+  world.Set({{"root/shared.cfg", one}});
+  std::string const path = world.base + "root/shared.cfg";
+  pid_t const writer = fork();
+  if (writer == 0) {
+    for (long i = 0;; i++) {
+      CfgClass file;
+      file.SetCached(true);
+      if (!file.Open(path)) _exit(1);
+      file.WriteInt("A", "key", 1 + i % 2);
+      file.WriteInt("A", "last", 1 + i % 2);
+      if (!file.Flush()) _exit(1);
+    }
+  }
+  int const failed = Together(4, [&](int) {
+    for (int i = 0; i < kReads; i++) {
+      std::string const bytes = test::ReadFile(path);
+      if (bytes != one && bytes != two) return false;
+      CfgClass file;
+      if (!file.OpenReadOnly(path) || file.ReadInt("A", "key", 0) != file.ReadInt("A", "last", -1)) return false;
+    }
+    return true;
+  });
+  int status = 0;
+  bool const wrote = waitpid(writer, &status, WNOHANG) == 0;
+  if (wrote) {
+    kill(writer, SIGKILL);
+    waitpid(writer, &status, 0);
+  }
+  std::printf("company: 4 readers, %d reads each, of a file that is being rewritten: %s\n", kReads,
+              failed == 0 && wrote ? "always whole" : "FAILED");
+  return failed + !wrote;
+}
+
+}  // namespace
+
+int Company(World& world) { return Appending(world) + Reading(world); }
+
+}  // namespace sweeps

@@ -1,0 +1,153 @@
+// Writers killed at every call, and at moments of chance.
+#include <sched.h>
+#include <signal.h>
+#include <sys/mman.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <random>
+
+#include "support/scratch.h"
+#include "sweeps/shim.h"
+#include "sweeps/world.h"
+#include "zelvane/logs/logclass.h"
+
+namespace sweeps {
+namespace {
+
+struct Writer {
+  char const* name;
+  char const* scenario;  // what it does
+  bool log;              // records may be lost while they are being written; else each file is old or new
+  bool again;            // at random moments it does it again and again until it is killed
+};
+
+constexpr Writer kWriters[] = {
+    {"configuration save", "CfgClass: many changes, one save", false, true},
+    {"settings record", "SetShutSrvConfig", false, true},
+    {"schedule", "schedule, removing at once", false, false},
+    {"browse cascade", "browse list, cascade", false, true},
+    {"log append", "record log, appending", true, true},
+    {"log at its bound", "record log at its bound", true, false},
+};
+
+constexpr std::size_t kPayload = 64;
+constexpr long kBound = 9;
+
+// What the files may hold: before and after.
+struct Expected {
+  Files before;
+  Files after;
+};
+
+Expected Learn(World& world, Scenario const& scenario) {
+  world.Set(scenario.files);
+  Files const before = world.Get();
+  scenario.run(world);
+  return {before, world.Get()};
+}
+
+bool IsSound(Writer const& writer, Expected const& expected, World const& world, long* lost) {
+  Files const files = world.Get();
+  if (writer.log) {
+    std::string const& log = files.at("root/logevt.rgt");
+    long const last = static_cast<long>(expected.before.at("root/logevt.rgt").size() / (4 + kPayload)) - 1;
+    std::size_t const whole = log.size() / (4 + kPayload) * (4 + kPayload);
+    *lost += whole != log.size();
+    // All records that were there before, but for the one that goes when the new one has come.
+    bool const cut = last + 1 >= kBound;
+    return HoldsNewest(log.substr(0, whole), kPayload, cut ? kBound - 1 : last + 1, last);
+  }
+  for (auto const& [name, bytes] : expected.before) {
+    auto const file = files.find(name);
+    if (file == files.end()) return false;
+    if (file->second != bytes && file->second != expected.after.at(name)) return false;
+  }
+  return true;
+}
+
+template <class Body>
+pid_t Start(Body&& body) {
+  pid_t const child = fork();
+  if (child == 0) {
+    body();
+    _exit(0);
+  }
+  return child;
+}
+
+// The child is killed at its call number `at`. True when it had no such call.
+bool KillAtCall(World& world, Scenario const& scenario, long at) {
+  pid_t const child = Start([&] {
+    ShimArm(SHIM_ANY, at, SHIM_KILL, 0);
+    scenario.run(world);
+  });
+  int status = 0;
+  waitpid(child, &status, 0);
+  return WIFEXITED(status);
+}
+
+// The child is killed that many microseconds after its beginning; true when it was not through by then.
+bool KillAfter(World& world, Scenario const& scenario, bool again, double moment) {
+  static auto* const stage = static_cast<std::atomic<int>*>(
+      mmap(nullptr, sizeof(std::atomic<int>), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
+  *stage = 0;
+  pid_t const child = Start([&] {
+    *stage = 1;
+    do scenario.run(world);
+    while (again);
+    *stage = 2;
+    for (;;) pause();
+  });
+  while (*stage == 0) sched_yield();
+  auto const end = std::chrono::steady_clock::now() + std::chrono::duration<double, std::micro>(moment);
+  while (std::chrono::steady_clock::now() < end) sched_yield();
+  kill(child, SIGKILL);
+  waitpid(child, nullptr, 0);
+  return *stage == 1;
+}
+
+}  // namespace
+
+int Kills(World& world, int killsPerWriter) {
+  std::mt19937 chance(20260321);  // the same moments every time, as far as the machine lets them
+  long failures = 0;
+  for (Writer const& writer : kWriters) {
+    Scenario const& scenario = Find(writer.scenario);
+    Expected const expected = Learn(world, scenario);
+    double span = 400;
+    long atCalls = 0, atRandom = 0, within = 0, torn = 0, damaged = 0, left = 0;
+    auto const check = [&](char const* how, long at) {
+      left += static_cast<long>(world.Leftovers().size());
+      if (IsSound(writer, expected, world, &torn)) return;
+      damaged++;
+      std::printf("FAILED  %s: killed at %s %ld\n", writer.name, how, at);
+    };
+    for (bool finished = false; !finished && atCalls < killsPerWriter / 2; atCalls++) {
+      world.Set(scenario.files);
+      finished = KillAtCall(world, scenario, atCalls);
+      if (!finished) check("call", atCalls);
+    }
+    for (; atCalls + atRandom < killsPerWriter; atRandom++) {
+      world.Set(scenario.files);
+      // The span of the moments follows the machine: about half of the kills are to come while the writer is at work.
+      bool const inside = KillAfter(world, scenario, writer.again, std::uniform_real_distribution<>(0, span)(chance));
+      if (!writer.again) span *= inside ? 1.05 : 0.95;
+      within += inside;
+      check("random moment", atRandom);
+    }
+    std::printf(
+        "kills: %-20s %4ld at each call, %4ld at random (%ld of them at work): %ld damaged, %ld with a torn last "
+        "record, %ld temporary "
+        "files left\n",
+        writer.name, atCalls, atRandom, within, damaged, torn, left);
+    std::fflush(stdout);
+    failures += damaged;
+  }
+  return static_cast<int>(failures);
+}
+
+}  // namespace sweeps

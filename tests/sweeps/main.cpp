@@ -1,0 +1,52 @@
+// The sweeps: faults, kills, company, sizes. The program copies itself into an installation root of its own and goes on
+// there.
+#include <stdlib.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+
+#include "support/scratch.h"
+#include "sweeps/world.h"
+
+namespace {
+
+constexpr char kBase[] = "ZELVANE_SWEEPS_BASE";
+
+int Usage() {
+  std::fputs("usage: sweeps faults [--brief] [SCENARIO] | kills [COUNT] | company | sizes [--brief]\n", stderr);
+  return 2;
+}
+
+int Go(std::string const& base, int argc, char** argv) {
+  static sweeps::World world(base);
+  std::string const what = argv[1];
+  bool const brief = argc > 2 && std::strcmp(argv[2], "--brief") == 0;
+  std::string const rest = argc > 2 && !brief ? argv[2] : argc > 3 ? argv[3] : "";
+  if (what == "faults") return sweeps::Faults(world, brief, rest);
+  if (what == "kills") return sweeps::Kills(world, rest.empty() ? 1000 : std::atoi(rest.c_str()));
+  if (what == "company") return sweeps::Company(world);
+  if (what == "sizes") return sweeps::Sizes(world, brief);
+  return Usage();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc < 2) return Usage();
+  if (char const* const base = getenv(kBase)) return Go(base, argc, argv) == 0 ? 0 : 1;
+  test::Scratch const scratch;
+  std::filesystem::create_directories(scratch.Path("root"));
+  std::filesystem::copy_file("/proc/self/exe", scratch.Path("root/sweeps"));
+  setenv(kBase, scratch.Path().c_str(), 1);
+  pid_t const child = fork();
+  if (child == 0) {
+    execv(scratch.Path("root/sweeps").c_str(), argv);
+    _exit(127);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : 1;
+}

@@ -1,0 +1,243 @@
+#define _GNU_SOURCE
+#include "sweeps/shim.h"
+
+#include <dirent.h>
+#include <dlfcn.h>
+#include <errno.h>
+#include <fcntl.h>
+#include <signal.h>
+#include <stdarg.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/stat.h>
+#include <sys/time.h>
+#include <sys/uio.h>
+#include <time.h>
+#include <unistd.h>
+
+static int g_armed = 0;
+static enum ShimCall g_call;
+static enum ShimMode g_mode;
+static long g_at;
+static int g_reason;
+static long g_seen;
+static long g_hits;
+static long g_pieces;
+static void (*g_changed)(void);
+
+#define EXPORTED __attribute__((visibility("default")))
+
+EXPORTED void ShimArm(enum ShimCall call, long at, enum ShimMode mode, int reason) {
+  g_call = call;
+  g_at = at;
+  g_mode = mode;
+  g_reason = reason;
+  g_seen = g_hits = 0;
+  g_armed = 1;
+}
+
+EXPORTED long ShimDisarm(void) {
+  g_armed = 0;
+  return g_seen;
+}
+
+EXPORTED long ShimHits(void) { return g_hits; }
+EXPORTED void ShimWatch(void (*changed)(void)) { g_changed = changed; }
+EXPORTED long ShimPieces(void) { return g_pieces; }
+
+static void Die(void) {
+  signal(SIGKILL, SIG_DFL);
+  raise(SIGKILL);
+}
+
+/* What becomes of this call: 0 nothing, 1 it fails, 2 it moves half. */
+static int Fate(enum ShimCall call) {
+  long number;
+  if (!g_armed || (call != g_call && (g_call != SHIM_ANY || call == SHIM_MALLOC))) return 0;
+  number = g_seen++ - g_at;
+  if (number < 0 || (g_mode == SHIM_ONCE && number > 0) || (g_mode == SHIM_EINTR && number % 2 != 0)) return 0;
+  if (g_mode == SHIM_KILL) {
+    if (number > 0) return 0;
+    if (call == SHIM_WRITE) return 2; /* dies after half of it */
+    Die();
+  }
+  g_hits++;
+  if (g_mode == SHIM_SHORT) return call == SHIM_READ || call == SHIM_WRITE ? 2 : 0;
+  errno = g_mode == SHIM_EINTR ? EINTR : g_reason;
+  return 1;
+}
+
+static void Changed(void) {
+  if (g_armed && g_changed != NULL) {
+    int const reason = errno;
+    g_armed = 0;
+    g_changed();
+    g_armed = 1;
+    errno = reason;
+  }
+}
+
+#define REAL(name) (__extension__(__typeof__(&name)) Real(#name))
+static void* Real(char const* name) { return dlsym(RTLD_NEXT, name); }
+
+/* ---- Memory. Counted always, so that pieces from before an armed stretch may be freed in it. ---- */
+
+void* __libc_malloc(size_t size);
+void* __libc_calloc(size_t count, size_t size);
+void* __libc_realloc(void* piece, size_t size);
+void __libc_free(void* piece);
+
+static void* Counted(void* piece) {
+  if (piece != NULL) g_pieces++;
+  return piece;
+}
+
+EXPORTED void* malloc(size_t size) { return Fate(SHIM_MALLOC) ? NULL : Counted(__libc_malloc(size)); }
+EXPORTED void* calloc(size_t count, size_t size) {
+  return Fate(SHIM_MALLOC) ? NULL : Counted(__libc_calloc(count, size));
+}
+EXPORTED void* realloc(void* piece, size_t size) {
+  if (Fate(SHIM_MALLOC)) return NULL;
+  if (piece == NULL) return Counted(__libc_malloc(size));
+  return __libc_realloc(piece, size);
+}
+EXPORTED void free(void* piece) {
+  if (piece != NULL) g_pieces--;
+  __libc_free(piece);
+}
+
+/* ---- Files ---- */
+
+static char const* Redirected(char const* path) {
+  if (path == NULL || strcmp(path, "/etc/zelvane.conf") != 0) return path;
+  path = getenv("ZELVANE_TEST_SETTINGS");
+  return path != NULL ? path : "/nonexistent/zelvane-test.conf";
+}
+
+#define DEFINE_OPEN(name)                                                    \
+  EXPORTED int name(char const* path, int flags, ...) {                      \
+    va_list rest;                                                            \
+    mode_t mode = 0;                                                         \
+    if ((flags & (O_CREAT | O_TMPFILE)) != 0) {                              \
+      va_start(rest, flags);                                                 \
+      mode = va_arg(rest, mode_t);                                           \
+      va_end(rest);                                                          \
+    }                                                                        \
+    return Fate(SHIM_OPEN) ? -1 : REAL(name)(Redirected(path), flags, mode); \
+  }
+DEFINE_OPEN(open)
+DEFINE_OPEN(open64)
+
+#define DEFINE_OPENAT(name)                                              \
+  EXPORTED int name(int folder, char const* path, int flags, ...) {      \
+    va_list rest;                                                        \
+    mode_t mode = 0;                                                     \
+    if ((flags & (O_CREAT | O_TMPFILE)) != 0) {                          \
+      va_start(rest, flags);                                             \
+      mode = va_arg(rest, mode_t);                                       \
+      va_end(rest);                                                      \
+    }                                                                    \
+    return Fate(SHIM_OPEN) ? -1 : REAL(name)(folder, path, flags, mode); \
+  }
+DEFINE_OPENAT(openat)
+DEFINE_OPENAT(openat64)
+
+#define DEFINE(result, failed, call, name, parameters, arguments) \
+  EXPORTED result name parameters {                               \
+    result done;                                                  \
+    if (Fate(call)) return failed;                                \
+    done = REAL(name) arguments;                                  \
+    if (call == SHIM_RENAME || call == SHIM_TRUNCATE) Changed();  \
+    return done;                                                  \
+  }
+
+DEFINE(FILE*, NULL, SHIM_OPEN, fopen, (char const* path, char const* mode), (path, mode))
+DEFINE(FILE*, NULL, SHIM_OPEN, fopen64, (char const* path, char const* mode), (path, mode))
+DEFINE(off_t, -1, SHIM_SEEK, lseek, (int fd, off_t at, int from), (fd, at, from))
+DEFINE(off64_t, -1, SHIM_SEEK, lseek64, (int fd, off64_t at, int from), (fd, at, from))
+DEFINE(int, -1, SHIM_SYNC, fsync, (int fd), (fd))
+DEFINE(int, -1, SHIM_RENAME, rename, (char const* from, char const* to), (from, to))
+DEFINE(int, -1, SHIM_RENAME, link, (char const* from, char const* to), (from, to))
+DEFINE(int, -1, SHIM_RENAME, renameat2, (int a, char const* from, int b, char const* to, unsigned flags),
+       (a, from, b, to, flags))
+DEFINE(int, -1, SHIM_TRUNCATE, ftruncate, (int fd, off_t size), (fd, size))
+DEFINE(int, -1, SHIM_TRUNCATE, ftruncate64, (int fd, off64_t size), (fd, size))
+DEFINE(int, -1, SHIM_TRUNCATE, fallocate, (int fd, int mode, off_t at, off_t size), (fd, mode, at, size))
+DEFINE(int, -1, SHIM_TRUNCATE, fallocate64, (int fd, int mode, off64_t at, off64_t size), (fd, mode, at, size))
+DEFINE(int, -1, SHIM_TEMP, mkstemp, (char* path), (path))
+DEFINE(int, -1, SHIM_TEMP, mkostemp, (char* path, int flags), (path, flags))
+DEFINE(int, -1, SHIM_TEMP, mkostemp64, (char* path, int flags), (path, flags))
+DEFINE(pid_t, -1, SHIM_FORK, fork, (void), ())
+DEFINE(FILE*, NULL, SHIM_FORK, popen, (char const* command, char const* mode), (command, mode))
+DEFINE(int, -1, SHIM_STATUS, fstat, (int fd, struct stat* to), (fd, to))
+DEFINE(int, -1, SHIM_STATUS, fstat64, (int fd, struct stat64* to), (fd, to))
+DEFINE(int, -1, SHIM_STATUS, stat, (char const* path, struct stat* to), (path, to))
+DEFINE(int, -1, SHIM_STATUS, stat64, (char const* path, struct stat64* to), (path, to))
+DEFINE(int, -1, SHIM_STATUS, lstat, (char const* path, struct stat* to), (path, to))
+DEFINE(int, -1, SHIM_STATUS, lstat64, (char const* path, struct stat64* to), (path, to))
+DEFINE(int, -1, SHIM_STATUS, fchmod, (int fd, mode_t mode), (fd, mode))
+DEFINE(int, -1, SHIM_STATUS, fchown, (int fd, uid_t user, gid_t group), (fd, user, group))
+DEFINE(int, -1, SHIM_STATUS, mkdir, (char const* path, mode_t mode), (path, mode))
+DEFINE(int, -1, SHIM_STATUS, chdir, (char const* path), (path))
+DEFINE(int, -1, SHIM_STATUS, fchdir, (int fd), (fd))
+DEFINE(int, -1, SHIM_STATUS, scandir,
+       (char const* path, struct dirent*** list, int (*keep)(struct dirent const*),
+        int (*order)(struct dirent const**, struct dirent const**)),
+       (path, list, keep, order))
+DEFINE(int, -1, SHIM_STATUS, scandir64,
+       (char const* path, struct dirent64*** list, int (*keep)(struct dirent64 const*),
+        int (*order)(struct dirent64 const**, struct dirent64 const**)),
+       (path, list, keep, order))
+
+EXPORTED int system(char const* command) { return Fate(SHIM_FORK) ? -1 : REAL(system)(command); }
+
+/* A removal that fails would leave a file by itself, so these only count as a step. */
+EXPORTED int unlink(char const* path) {
+  if (g_call == SHIM_ANY) (void)Fate(SHIM_REMOVE);
+  return REAL(unlink)(path);
+}
+EXPORTED int remove(char const* path) {
+  if (g_call == SHIM_ANY) (void)Fate(SHIM_REMOVE);
+  return REAL(remove)(path);
+}
+
+EXPORTED int close(int fd) {
+  int const done = REAL(close)(fd);
+  return Fate(SHIM_CLOSE) ? -1 : done;
+}
+
+EXPORTED ssize_t read(int fd, void* to, size_t size) {
+  int const fate = Fate(SHIM_READ);
+  return fate == 1 ? -1 : REAL(read)(fd, to, fate == 2 ? (size + 1) / 2 : size);
+}
+
+EXPORTED ssize_t write(int fd, void const* from, size_t size) {
+  int const fate = Fate(SHIM_WRITE);
+  ssize_t done;
+  if (fate == 1) return -1;
+  done = REAL(write)(fd, from, fate == 2 ? (size + 1) / 2 : size);
+  if (fate == 2 && g_mode == SHIM_KILL) Die();
+  Changed();
+  return done;
+}
+
+EXPORTED ssize_t writev(int fd, struct iovec const* parts, int count) {
+  return Fate(SHIM_WRITE) ? -1 : REAL(writev)(fd, parts, count);
+}
+
+/* ---- Time ---- */
+
+EXPORTED int gettimeofday(struct timeval* restrict now, void* restrict zone) {
+  (void)zone;
+  now->tv_sec = SHIM_NOW;
+  now->tv_usec = 250000;
+  return 0;
+}
+
+EXPORTED time_t time(time_t* now) {
+  if (now != NULL) *now = SHIM_NOW;
+  return SHIM_NOW;
+}
+
+EXPORTED int usleep(useconds_t pause) { return g_armed ? 0 : REAL(usleep)(pause); }

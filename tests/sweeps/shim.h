@@ -1,0 +1,56 @@
+// The C library's calls as the sweeps want them: failing, interrupted or killed at a chosen one. Linked into the
+// program (or preloaded), where the library finds these definitions before the C library's.
+#ifndef ZELVANE_TESTS_SWEEPS_SHIM_H
+#define ZELVANE_TESTS_SWEEPS_SHIM_H
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+enum ShimCall {
+  SHIM_OPEN,  // open, openat, fopen
+  SHIM_READ,
+  SHIM_WRITE,  // write, writev
+  SHIM_SEEK,
+  SHIM_CLOSE,
+  SHIM_SYNC,
+  SHIM_RENAME,    // rename, renameat2, link
+  SHIM_TRUNCATE,  // ftruncate, fallocate
+  SHIM_TEMP,      // mkstemp, mkostemp
+  SHIM_FORK,      // fork, popen, system
+  SHIM_MALLOC,    // malloc, calloc, realloc
+  SHIM_STATUS,    // fstat, stat, lstat, fchmod, fchown, mkdir, chdir, fchdir, scandir
+  SHIM_REMOVE,    // unlink, remove; only for kills: what cannot be removed must stay
+  SHIM_CALLS,
+  SHIM_ANY = SHIM_CALLS  // every call but malloc
+};
+
+enum ShimMode {
+  SHIM_ONCE,
+  SHIM_EVER_AFTER,
+  SHIM_SHORT,  // this read or write, and all after it, moves half of what it is asked for
+  SHIM_EINTR,  // this call, and every second one after it, is interrupted
+  SHIM_KILL    // the process is killed there; a write has then written half
+};
+
+// From now on call number `at` (counted from 0) of that kind meets the fault; `reason` is its errno. A close that fails
+// has closed all the same, as on Linux.
+void ShimArm(enum ShimCall call, long at, enum ShimMode mode, int reason);
+// The calls of that kind since ShimArm. Nothing fails from now on.
+long ShimDisarm(void);
+// How many of them met the fault.
+long ShimHits(void);
+// Called after every call that may have changed a file, while armed; null for none.
+void ShimWatch(void (*changed)(void));
+// Pieces of memory that have been asked for and not been given back.
+long ShimPieces(void);
+
+// Besides: the clock stands still at this second (universal time), nobody sleeps while armed, and "/etc/zelvane.conf"
+// is the path in the variable ZELVANE_TEST_SETTINGS.
+#define SHIM_NOW 1792000000
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif
