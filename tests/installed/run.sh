@@ -25,14 +25,26 @@ for cxx in g++ clang++; do
   try "$work/cxx17_$cxx"
 done
 
-while read -r header; do
-  printf '#include <%s>\n' "$header" >"$work/alone.cpp"
-  g++ -std=c++17 "${strict[@]}" -fsyntax-only "$work/alone.cpp" -I"$prefix/include"
-  clang++ -std=c++20 "${strict[@]}" -fsyntax-only "$work/alone.cpp" -I"$prefix/include"
-done < <(cd "$prefix/include" && find zelvane -name '*.h')
-printf '#include <zelvane/zelvane.h>\n' >"$work/alone.c"
-gcc -std=c99 "${strict[@]}" -fsyntax-only "$work/alone.c" -I"$prefix/include"
-clang -std=c11 "${strict[@]}" -fsyntax-only "$work/alone.c" -I"$prefix/include"
+# Every header alone, in every language that it serves; those that open a C section serve C.
+c_headers=$(cd "$prefix/include" && grep -rlE '^ZELVANE_C_BEGIN$' zelvane | sort)
+alone() {
+  local compiler=$1 standard=$2 extension=$3 header
+  shift 3
+  for header in "$@"; do
+    printf '#include <%s>\nextern int zelvane_alone;\n' "$header" >"$work/alone.$extension"
+    "$compiler" -std="$standard" "${strict[@]}" -fsyntax-only "$work/alone.$extension" -I"$prefix/include"
+  done
+}
+mapfile -t all < <(cd "$prefix/include" && find zelvane -name '*.h' | sort)
+read -ra for_c <<<"zelvane/zelvane.h zelvane/export.h ${c_headers//$'\n'/ }"
+for cxx in g++ clang++; do
+  alone "$cxx" c++17 cpp "${all[@]}"
+  alone "$cxx" c++20 cpp "${all[@]}"
+done
+for cc in gcc clang; do
+  alone "$cc" c99 c "${for_c[@]}"
+  alone "$cc" c11 c "${for_c[@]}"
+done
 
 cmake -S "$here" -B "$work/cmake" -G Ninja -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
 cmake --build "$work/cmake" >/dev/null
