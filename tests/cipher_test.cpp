@@ -210,6 +210,33 @@ TEST(Cipher, APhraseGoesThroughTheVirtualSteps) {
   EXPECT_EQ(Code(told, kCoders[0], "text"), Code(spy, kCoders[0], "text"));
 }
 
+// A cipher with blocks of any size, as a subclass may bring one.
+struct Sized : CipherClass {
+  long block, context;
+  Sized(long blockSize, long contextSize) : block(blockSize), context(contextSize) {}
+  void GetContext(long* b, long* key, long* c) override { *b = block, *key = 4, *c = context; }
+  bool Init(void const*, long length, void* iv) override { return InitBegin(&length) && (InitEnd(iv), true); }
+  void Encode(void* bytes) override { *static_cast<char*>(bytes) ^= 'E'; }
+  void Decode(void* bytes) override { Encode(bytes); }
+};
+
+TEST(Cipher, NoKeyWithoutADigestOrABlock) {
+  Hash_RipeMD256 digest;
+  Hash_MD4 none;
+  std::tuple<long, long, HashClass*, bool> const cases[] = {{8, 0, &digest, true},   {1, 9, &digest, true},
+                                                            {0, 9, &digest, false},  {-1, 9, &digest, false},
+                                                            {8, -1, &digest, false}, {8, 9, &none, false}};
+  for (auto const& [block, context, hash, keyed] : cases) {
+    Sized cipher(block, context);
+    cipher.SetHash(hash);
+    EXPECT_EQ(keyed, cipher.InitKey("phrase", nullptr)) << block << ", " << context;
+    EXPECT_EQ(keyed, cipher.GetFlag(0)) << block << ", " << context;
+    char bytes[] = "12345678";
+    EXPECT_EQ(keyed, cipher.EncodeBuffer(bytes, bytes, 8)) << block << ", " << context;
+    EXPECT_TRUE(!keyed || (cipher.Init("", 0, nullptr) && !cipher.GetFlag(0))) << "the flag is a phrase's";
+  }
+}
+
 TEST(Cipher, VirtualOperationsKeepTheirSlots) {
   using C = Cipher_Safer;  // the destructor takes 5 and 6
   EXPECT_EQ((std::vector<size_t>{0, 1, 2, 3, 4, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20}),
