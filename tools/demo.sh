@@ -1,6 +1,7 @@
 #!/bin/bash
 # The library's main job on real files: the shutdown settings of a hand-kept installation are changed, and every line
-# that was not meant stays byte for byte what it was. Works on a copy. Usage: tools/demo.sh PATH-OF-ZELCTL
+# that was not meant stays byte for byte what it was. Then a month of mains failures, from its event log. Works on a
+# copy. Usage: tools/demo.sh PATH-OF-ZELCTL
 set -euo pipefail
 
 [ $# -eq 1 ] || { echo "usage: $0 PATH-OF-ZELCTL" >&2; exit 2; }
@@ -62,3 +63,12 @@ say 'zelctl browse remove group 2 --file root/zelbrws.cfg'
 zelctl browse remove group 2 --file root/zelbrws.cfg
 say 'zelctl browse tree root/zelbrws.cfg --utf8'
 zelctl browse tree root/zelbrws.cfg --utf8
+
+# The month: code 1 is "mains failed", 2 "mains back".
+run() {
+  say "zelctl $*"
+  zelctl "$@"
+}
+run log chart root/logevt.rgt --code 1
+run log time root/logevt.rgt --start 1 --end 2 --from 2005-03-17 --to 2005-03-18
+run log show root/logevt.rgt --code 4 --last 3
