@@ -181,6 +181,17 @@ TEST(Cipher, RoundsOnceTakenStay) {
   }
 }
 
+TEST(Cipher, KeyingForgetsTheRestBefore) {
+  Cipher_Safer used, fresh;
+  for (Cipher_Safer* cipher : {&used, &fresh}) {
+    cipher->SetMode(CIPHER_CODE_BOOK);
+    ASSERT_TRUE(Key(*cipher, kKey, SAFER_SK64));
+    if (cipher == &used) Code(used, kCoders[0], "rest");
+    ASSERT_TRUE(Key(*cipher, kKey, SAFER_SK64));
+  }
+  EXPECT_EQ(Hex(Code(fresh, kCoders[0], "text")), Hex(Code(used, kCoders[0], "text")));
+}
+
 TEST(Cipher, APhraseGoesThroughTheVirtualSteps) {
   struct Spy : Cipher_Safer_SK64 {
     using Base = Cipher_Safer_SK64;

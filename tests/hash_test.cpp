@@ -79,6 +79,15 @@ TEST(Hash, PaddingEndsTheLastBlockWithALengthOf32Bits) {
   }
 }
 
+TEST(Hash, TheManagerDoesNothing) {
+  HashManager manager;
+  manager.SetAlgorithm(HashAlgorithm(7));
+  manager.CalcString("abc");
+  manager.SetDigest("abc");
+  EXPECT_EQ("", manager.GetDigest() + manager.GetDigestString(0));
+  EXPECT_TRUE(manager.GetDigestSize() == 0 && manager.GetHashObject() == nullptr);
+}
+
 TEST(Hash, VirtualOperationsKeepTheirSlots) {
   using H = Hash_RipeMD256;
   EXPECT_EQ((std::vector<size_t>{0, 3, 4, 5, 6, 7, 8}),  // the destructor takes 1 and 2
