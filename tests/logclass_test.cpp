@@ -130,8 +130,13 @@ TEST_F(RecordLog, OnlyTheNewestStayBeyondTheBound) {
                     {8191, 8192, 1}, {8192, 8192, 2}, {8193, 8193, 2}, {20000, 0, 20002}, {20000, 16384, 3618}};
   for (auto const& row : rows) {
     WriteFile(path, Records(1, row.before));
+    fs::permissions(path, fs::perms(0640));
+    struct stat old, now;
+    stat(path.c_str(), &old);
     log.SetMaxLines(row.most);
     EXPECT_TRUE(Append(log, row.before + 1)) << row.before;
+    stat(path.c_str(), &now);
+    EXPECT_TRUE(now.st_ino == old.st_ino && now.st_mode == old.st_mode) << "another file: " << row.before;
     EXPECT_TRUE(ReadFile(path) == Records(row.first, row.before + 1)) << row.before << " bound " << row.most;
     EXPECT_EQ(scratch.List(), std::vector<std::string>{"log"}) << row.before;
   }
@@ -155,6 +160,32 @@ TEST_F(RecordLog, ACutThatCannotBeginLeavesTheLog) {
   fs::create_directories(path + ".tmp/taken");
   EXPECT_TRUE(Append(log, 11)) << "a failed cut is no failure";
   EXPECT_EQ(ReadFile(path), Records(1, 11));
+}
+
+TEST_F(RecordLog, TheScratchFileLeadsNowhere) {
+  struct Prey : LogClass {  // somebody places a link between the removal of the scratch file and the copy
+    using LogClass::SetFile;
+    unsigned long GetFileRegCount(unsigned long size) override {
+      std::error_code there;
+      fs::create_symlink(victim, link, there);
+      return LogClass::GetFileRegCount(size);
+    }
+    std::string link, victim;
+  } prey;
+  prey.link = path + ".tmp";
+  prey.victim = scratch.Write("victim", "mine");
+  prey.SetFile(scratch.Write("log", Records(1, 2)));
+  prey.SetMaxLines(1);
+  EXPECT_TRUE(Append(prey, 3));
+  EXPECT_EQ(scratch.Read("victim"), "mine");
+  EXPECT_EQ(ReadFile(path), Records(1, 3)) << "not cut, not lost";
+  fs::remove(prey.link);
+  fs::create_symlink(prey.victim, prey.link);  // a leftover: goes
+  log.SetMaxLines(1);
+  EXPECT_TRUE(Append(log, 4));
+  EXPECT_EQ(scratch.Read("victim"), "mine");
+  EXPECT_EQ(ReadFile(path), Records(4, 4));
+  EXPECT_EQ(scratch.List(), (std::vector<std::string>{"log", "victim"}));
 }
 
 // Killed in any pause of the cut the log keeps every record, and the next cut cleans up. The records have 24 bytes: no
@@ -234,6 +265,52 @@ TEST_F(RecordLog, APartOfARecordIsTakenBack) {
     return !Append(log, 5);
   }));
   EXPECT_EQ(ReadFile(path), Records(1, 4));
+}
+
+TEST_F(RecordLog, ShortOfDescriptorsNothingIsLost) {
+  for (std::string const& before : {Records(1, 3), std::string("torn!")}) {
+    for (rlim_t free = 0; free < 5; free++) {
+      WriteFile(path, before);
+      fs::remove(path + ".bad");
+      bool const written = InChild([&] {
+        auto const first = static_cast<rlim_t>(dup(0));
+        close(static_cast<int>(first));
+        rlimit const limit = {first + free, first + free};
+        setrlimit(RLIMIT_NOFILE, &limit);
+        return Append(log, 4);
+      });
+      bool const sound = before != "torn!";
+      EXPECT_EQ(ReadFile(path), !written ? before : (sound ? before : "") + Records(4, 4)) << free;
+      EXPECT_EQ(fs::exists(path + ".bad"), written && !sound) << free;
+      EXPECT_TRUE(free == 0 ? !written : written || free < 3) << free;
+    }
+  }
+}
+
+TEST_F(RecordLog, WritersInterleaveWholeRecords) {
+  constexpr std::uint32_t kEach = 2000;
+  log.SetMaxLines(3 * kEach);
+  auto const write = [&](std::uint32_t first) {
+    for (std::uint32_t i = first; i < first + kEach; i++)
+      if (!Append(log, i)) return false;
+    return true;
+  };
+  EXPECT_TRUE(InChild([&] {
+    pid_t const other = fork();
+    if (other == 0) _exit(write(0) ? 0 : 1);
+    int status = -1;
+    bool const written = write(kEach);
+    return waitpid(other, &status, 0) == other && status == 0 && written;
+  }));
+  std::string const bytes = ReadFile(path);
+  ASSERT_EQ(bytes.size(), 2 * kEach * 8);
+  std::uint32_t next[] = {0, kEach};  // each writer's own in order
+  for (size_t i = 0; i < bytes.size(); i += 8) {
+    std::uint32_t number = 0;
+    std::memcpy(&number, bytes.data() + i, 4);
+    ASSERT_EQ(bytes.substr(i, 8), Records(number, number));
+    ASSERT_EQ(number, next[number / kEach]++);
+  }
 }
 
 // The Itanium ABI keeps a virtual member's place in the first word of a pointer to it.
