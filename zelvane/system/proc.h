@@ -53,7 +53,8 @@ class ZELVANE_API ProcClass {
   // -1, -11 and below; 1 where `ps` has "-" for it (real-time processes).
   virtual int GetPriority();
   // Sets the nice value 20, 0, -10 or -20 for level 0, 1, 2 or 3, and stores the level; any other level counts as 1.
-  // False, with the stored level kept, when the system refuses, and for ids that Kill refuses.
+  // False, with the stored level kept, when the system refuses, and for ids that Kill refuses. Linux has a
+  // nice value for each thread: those that the process has started already, besides its first one, keep theirs.
   virtual bool SetPriority(int level);
 
   // Name, and the command line as far as it is known: a line of `ps` counts up to its 1023rd byte, and `ps` itself cuts
