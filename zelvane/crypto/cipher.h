@@ -136,7 +136,7 @@ class ZELVANE_API Cipher_Safer : public CipherClass {
   ~Cipher_Safer() override;
 
   void Protect() override;
-  // 8, 16 and 768.
+  // 8, 16 and 768. A subclass may tell another size for the key alone.
   void GetContext(long* block, long* key, long* context) override;
   // InitNew with SAFER_SK.
   bool Init(void const* key, long length, void* iv) override;

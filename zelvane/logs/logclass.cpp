@@ -227,16 +227,13 @@ bool LogClass::ClearFile() { return !file_.empty() && zelvane::internal::EmptyFi
 
 void LogClass::LimitFile(unsigned long size) {
   Guard(false, [&] {
-    if (!scratch_.empty()) {
-      std::remove(scratch_.c_str());
-    } else if (!file_.empty()) {
-      scratch_ = file_ + ".tmp";
-    }
+    // SetFile has given it a name; without a file both are empty, and there is nothing to remove.
+    std::remove(scratch_.c_str());
     unsigned long const count = GetFileRegCount(size);
     if (count <= maxLines_ || RecordLength(size) == 0) return true;
     // Short of memory in there, the scratch file must go all the same.
     bool const cut = Guard(false, [&] { return Cut(file_, scratch_, count - maxLines_, RecordLength(size)); });
-    if (!scratch_.empty()) std::remove(scratch_.c_str());
+    std::remove(scratch_.c_str());
     return cut;
   });
 }
