@@ -4,6 +4,7 @@
 #include <string.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <filesystem>
 #include <iostream>
 #include <limits>
@@ -153,17 +154,22 @@ Days DaysOf(Arguments const& arguments, Terminal const& terminal) {
   return days;
 }
 
-// The whole records for the library's statistics, also those of a damaged file, which LogReaderOpen takes for empty.
-std::unique_ptr<LogClass> Load(RecordLog const& log, Terminal const& terminal) {
+// The whole records, also those of a damaged file, which LogReaderOpen takes for empty.
+std::vector<unsigned char> Load(RecordLog const& log, Terminal const& terminal) {
   std::vector<unsigned char> bytes;
   bytes.reserve(static_cast<std::size_t>(log.Count() * log.RecordSize()));
   log.ForEachBlock(
       [&](unsigned char const* block, std::size_t size) { bytes.insert(bytes.end(), block, block + size); });
-  auto loaded = std::make_unique<LogClass>();
-  if (!bytes.empty() && !loaded->SetBuffer(bytes.data(), static_cast<unsigned long>(bytes.size())))
-    throw Failed(log.Path() + ": too big to be held in memory");
   log.NoteDamage(terminal);
-  return loaded;
+  return bytes;
+}
+
+// For the library's statistics: the handle of an open log is a LogClass.
+std::unique_ptr<LogClass> HandleOf(std::vector<unsigned char>& bytes) {
+  auto log = std::make_unique<LogClass>();
+  if (!bytes.empty() && !log->SetBuffer(bytes.data(), static_cast<unsigned long>(bytes.size())))
+    throw Failed("the log is too big to be held in memory");
+  return log;
 }
 
 Json DayJson(Option const& given, std::int32_t day) { return given ? Json(DayText(day)) : Json(); }
@@ -171,7 +177,8 @@ Json DayJson(Option const& given, std::int32_t day) { return given ? Json(DayTex
 void Count(Arguments const& arguments, Terminal& terminal) {
   std::uint16_t const code = *CodeArgument("--code", arguments.code);
   Days const days = DaysOf(arguments, terminal);
-  std::unique_ptr<LogClass> const log = Load(OpenLog(arguments), terminal);
+  std::vector<unsigned char> bytes = Load(OpenLog(arguments), terminal);
+  std::unique_ptr<LogClass> const log = HandleOf(bytes);
   unsigned long const count = LogReaderCountEvents(log.get(), code, days.from, days.to);
   if (!PrintMachineRow(terminal, {{"code", 0}, {"from", 0}, {"to", 0}, {"count", 0}},
                        {code, DayJson(arguments.from, days.from), DayJson(arguments.to, days.to), count}))
@@ -183,21 +190,59 @@ std::string Clock(std::int64_t seconds) {
   return std::to_string(seconds / kHourSeconds) + ":" + twoDigits(seconds / 60 % 60) + ":" + twoDigits(seconds % 60);
 }
 
-void Time(Arguments const& arguments, Terminal& terminal) {
-  std::uint16_t const start = *CodeArgument("--start", arguments.start);
+struct Condition {
+  std::uint16_t start;
   std::vector<short> ends;
+  Days days;
+
+  std::int32_t Seconds(std::vector<unsigned char>& bytes) const {
+    std::unique_ptr<LogClass> const log = HandleOf(bytes);
+    return static_cast<std::int32_t>(LogReaderTimeEvents2(log.get(), static_cast<short>(start), ends.data(),
+                                                          static_cast<unsigned long>(ends.size()), days.from, days.to));
+  }
+
+  bool IsOwn(int code) const {
+    return code == start || std::find(ends.begin(), ends.end(), static_cast<short>(code)) != ends.end();
+  }
+
+  // The record that ends the library's scan must not begin the condition: the library would take its distance from the
+  // end of the span off the sum. As an event that has nothing to do with the condition it still ends the scan.
+  void Disarm(std::vector<unsigned char>& bytes, std::uint64_t recordSize) const {
+    std::int32_t const last = days.to + kDaySeconds - 1;
+    int neutral = 0;
+    while (IsOwn(neutral)) neutral++;
+    for (std::size_t at = 0; at < bytes.size(); at += static_cast<std::size_t>(recordSize)) {
+      Record const record = {0, StampOf(&bytes[at]), &bytes[at + kStampSize], kEventSize};
+      if (record.stamp < last) continue;
+      if (record.stamp > last && record.Code() == start) {
+        bytes[at + kStampSize] = static_cast<unsigned char>(neutral & 0xFF);
+        bytes[at + kStampSize + 1] = static_cast<unsigned char>(neutral >> 8);
+      }
+      return;
+    }
+  }
+};
+
+void Time(Arguments const& arguments, Terminal& terminal) {
+  Condition condition = {*CodeArgument("--start", arguments.start), {}, {}};
   std::string list;
   for (std::string const& end : arguments.ends) {
-    ends.push_back(static_cast<short>(NumberArgument("--end", end, 0, kHighestEndCode)));
-    list += (list.empty() ? "" : ",") + std::to_string(ends.back());
+    condition.ends.push_back(static_cast<short>(NumberArgument("--end", end, 0, kHighestEndCode)));
+    list += (list.empty() ? "" : ",") + std::to_string(condition.ends.back());
   }
-  Days const days = DaysOf(arguments, terminal);
-  std::unique_ptr<LogClass> const log = Load(OpenLog(arguments), terminal);
-  auto const seconds = static_cast<std::int32_t>(LogReaderTimeEvents2(
-      log.get(), static_cast<short>(start), ends.data(), static_cast<unsigned long>(ends.size()), days.from, days.to));
-  Json const shownEnds = terminal.json ? Json(ends) : Json(list);
-  if (!PrintMachineRow(terminal, {{"start", 0}, {"end", 0}, {"from", 0}, {"to", 0}, {"seconds", 0}},
-                       {start, shownEnds, DayJson(arguments.from, days.from), DayJson(arguments.to, days.to), seconds}))
+  Days const days = condition.days = DaysOf(arguments, terminal);
+  RecordLog const log = OpenLog(arguments);
+  std::vector<unsigned char> bytes = Load(log, terminal);
+  std::int32_t const counted = condition.Seconds(bytes);
+  condition.Disarm(bytes, log.RecordSize());
+  std::int32_t const seconds = condition.Seconds(bytes);
+  if (seconds != counted)
+    terminal.Note("the programs say " + std::to_string(counted) +
+                  " s: the first record behind --to begins the condition anew, and they take that off");
+  Json const shownEnds = terminal.json ? Json(condition.ends) : Json(list);
+  if (!PrintMachineRow(
+          terminal, {{"start", 0}, {"end", 0}, {"from", 0}, {"to", 0}, {"seconds", 0}},
+          {condition.start, shownEnds, DayJson(arguments.from, days.from), DayJson(arguments.to, days.to), seconds}))
     terminal.PrintText(std::to_string(seconds) + " s" + (seconds < 0 ? "" : " (" + Clock(seconds) + ")"));
 }
 
@@ -309,7 +354,7 @@ void Salvage(Arguments const& arguments, Terminal& terminal) {
   }
   if (!PrintMachineRow(terminal, {{"file", 0}, {"records", 0}, {"leftBytes", 0}}, {out, log.Count(), log.Torn()}))
     terminal.PrintText(std::to_string(log.Count()) + " records saved, " + std::to_string(log.Torn()) +
-                       " bytes left behind");
+                       " bytes behind them left out");
 }
 
 // ---- The command line ----

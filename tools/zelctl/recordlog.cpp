@@ -17,12 +17,6 @@ namespace fs = std::filesystem;
 constexpr std::size_t kCodeSize = 2;
 constexpr std::uint64_t kBlockSize = 1 << 20;
 
-std::int32_t StampOf(unsigned char const* bytes) {
-  std::uint32_t stamp = 0;
-  for (std::size_t i = kStampSize; i-- > 0;) stamp = stamp << 8 | bytes[i];
-  return static_cast<std::int32_t>(stamp);
-}
-
 // The length without the zeros at the end.
 std::size_t Filled(unsigned char const* bytes, std::size_t size) {
   while (size > 0 && bytes[size - 1] == 0) size--;
@@ -30,6 +24,12 @@ std::size_t Filled(unsigned char const* bytes, std::size_t size) {
 }
 
 }  // namespace
+
+std::int32_t StampOf(unsigned char const* record) {
+  std::uint32_t stamp = 0;
+  for (std::size_t i = kStampSize; i-- > 0;) stamp = stamp << 8 | record[i];
+  return static_cast<std::int32_t>(stamp);
+}
 
 std::optional<std::uint16_t> Record::Code() const {
   if (size < kCodeSize) return std::nullopt;

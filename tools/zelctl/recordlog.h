@@ -14,6 +14,9 @@ struct Terminal;
 constexpr std::uint64_t kStampSize = 4;
 constexpr std::uint64_t kEventSize = 64;  // payload of the event log, which the library's statistics read
 
+// The date-time in front of a record.
+std::int32_t StampOf(unsigned char const* record);
+
 struct Record {
   std::uint64_t index;
   std::int32_t stamp;
