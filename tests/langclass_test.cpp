@@ -2,8 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
+#include <iterator>
+#include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "support/scratch.h"
@@ -12,252 +16,156 @@
 namespace {
 
 using Names = std::vector<std::string>;
+using Text = std::string const&;
+using Chars = char const*;
+constexpr Chars kNull = nullptr;
 
 // Kept by hand: comments, CR LF, odd spacing, a name in Latin-1, a language without a name, a name without texts.
 constexpr char kFile[] =
     "; textos \xE9\r\n[lang]\r\n 1 = English ; US\r\n2=Portugu\xEAs\n9 = Klingon\n\n[1]\n12 = Power on\r\n"
     "  13=Power  off\n# note\n[3]\n1 = one\n[2]\n12 = Ligar\n";
 
+// Tells its steps, and does not load where it is told to.
+struct Steps : LangClass {
+  using LangClass::SetLangStr;
+  bool LoadStrings(long lang) override { return Note("load"), LangClass::LoadStrings(lang) && result; }
+  void ClearStrings() override { Note("clear"), LangClass::ClearStrings(); }
+  bool SetLangStr(long i, char const* text, long lang) override {
+    return Note("set"), LangClass::SetLangStr(i, text, lang);
+  }
+  bool SetLangStr(long i, char const* text) override { return Note("set own"), LangClass::SetLangStr(i, text); }
+  void Note(char const* step) { steps.append(step).append(", "); }
+  std::string steps;
+  bool result = true;
+};
+
 class Languages : public testing::Test {
  protected:
   Languages() { lang_.SetFileName(folder_.Path("lang.cfg")); }
-  void Write(std::string const& bytes) { folder_.Write("lang.cfg", bytes); }
+  void Load(std::string const& bytes, long lang) {
+    folder_.Write("lang.cfg", bytes);
+    EXPECT_TRUE(lang_.LoadStrings(lang));
+  }
   std::string File() const { return folder_.Read("lang.cfg"); }
 
   test::Scratch folder_;
-  LangClass lang_;
+  Steps lang_;
 };
 
-TEST(LangClassTable, SlotOrder) {
+TEST_F(Languages, SlotOrder) {
   using L = LangClass;
-  using Text = std::string const&;
   size_t const slots[] = {test::Slot<void (L::*)(Text)>(&L::SetFileName),
-                          test::Slot<void (L::*)(char const*)>(&L::SetFileName),
+                          test::Slot<void (L::*)(Chars)>(&L::SetFileName),
                           test::Slot(&L::GetLangCount),
                           test::Slot(&L::GetLangDesc),
                           test::Slot(&L::LoadStrings),
                           test::Slot(&L::ClearStrings),
                           test::Slot(&L::GetLangStr),
                           test::Slot<bool (L::*)(long, Text, long)>(&L::SetLangStr),
-                          test::Slot<bool (L::*)(long, char const*, long)>(&L::SetLangStr),
+                          test::Slot<bool (L::*)(long, Chars, long)>(&L::SetLangStr),
                           test::Slot<bool (L::*)(long, Text)>(&L::SetLangStr),
-                          test::Slot<bool (L::*)(long, char const*)>(&L::SetLangStr)};
-  size_t expected = 2;  // behind the destructor's two
-  for (size_t const slot : slots) EXPECT_EQ(slot, expected++);
-}
-
-TEST(LangClassTable, WithoutAFile) {
-  LangClass lang;
-  for (bool const named : {false, true}) {
-    if (named) lang.SetFileName(static_cast<char const*>(nullptr));
-    EXPECT_EQ(lang.GetLangCount(), 0u);
-    EXPECT_EQ(lang.GetLangDesc(1), "");
-    EXPECT_FALSE(lang.LoadStrings(1));
-    EXPECT_FALSE(lang.SetLangStr(1, "text", 1));
-    EXPECT_FALSE(lang.SetLangStr(1, "text")) << "no language is loaded";
-    EXPECT_EQ(lang.GetLangStr(1), "");
-  }
+                          test::Slot<bool (L::*)(long, Chars)>(&L::SetLangStr)};
+  for (size_t i = 0; i < std::size(slots); i++) EXPECT_EQ(slots[i], i + 2) << "behind the destructor's two";
 }
 
 TEST_F(Languages, ReadsAHandKeptFile) {
-  Write(kFile);
+  EXPECT_FALSE(lang_.SetLangStr(1, "text")) << "no language is loaded";
+  Load(kFile, 1);
   EXPECT_EQ(lang_.GetLangCount(), 3u);
-  struct {
-    long lang;
-    char const* name;
-    bool loaded;
-    char const* twelve;
-    char const* thirteen;
-  } const cases[] = {{1, "English ; US", true, "Power on", "Power  off"},
-                     {2, "Portugu\xEAs", true, "Ligar", ""},
-                     {9, "Klingon", false, "", ""},
-                     {3, "", true, "", ""},
-                     {4, "", false, "", ""},
-                     {-1, "", false, "", ""}};
-  for (auto const& c : cases) {
-    EXPECT_EQ(lang_.GetLangDesc(c.lang), c.name) << c.lang;
-    EXPECT_EQ(lang_.LoadStrings(c.lang), c.loaded) << c.lang;
-    EXPECT_EQ(lang_.GetLangStr(12), c.twelve) << c.lang;
-    EXPECT_EQ(lang_.GetLangStr(13), c.thirteen) << c.lang;
+  char const* const cases[] = {"0 no", "1English ; USPower onPower  off", "2Portugu\xEAsLigar", "3", "9Klingon no",
+                               "-1 no"};
+  for (std::string const c : cases) {  // the number; its name, texts 12 and 13; whether it does not load
+    std::size_t digits = 0;
+    long const lang = std::stol(c, &digits);
+    std::string const name = lang_.GetLangDesc(lang), loaded = lang_.LoadStrings(lang) ? "" : " no";
+    EXPECT_EQ(name + lang_.GetLangStr(12) + lang_.GetLangStr(13) + loaded, c.substr(digits)) << c;
   }
   EXPECT_EQ(File(), kFile);
+  Load(kFile, 1);
+  lang_.SetFileName(kNull);
+  EXPECT_EQ(lang_.GetLangStr(12), "Power on") << "naming another file leaves what is loaded";
+  EXPECT_FALSE(lang_.LoadStrings(1) || lang_.SetLangStr(1, "text") || lang_.SetLangStr(1, "text", 1));
+  EXPECT_EQ(lang_.GetLangStr(12) + lang_.GetLangDesc(1), "");
+  EXPECT_EQ(lang_.GetLangCount(), 0u);
 }
 
 TEST_F(Languages, WhichKeysAreTexts) {
-  struct {
-    char const* keys;
-    long id;
-    char const* text;
-  } const cases[] = {
-      {"1 = a", 1, "a"},
-      {"0 = a", 0, "a"},
-      {"-1 = a", -1, ""},
-      {"-3 = a", -3, ""},
-      {"x = a", 0, ""},
-      {"1x = a", 1, ""},
-      {"2147483647 = a", 2147483647, "a"},
-      {"2147483648 = a", 0, ""},
-      {"4294967297 = a", 1, ""},
-      {"1 = a;b = c \xE9 ;x", 1, "a;b = c \xE9 ;x"},
-      {"1 =", 1, ""},
-      {"11", 11, "11"},
-      // Of two spellings the first by position counts: "+" and "0" sort before "7".
-      {"7 = plain\n007 = zeros", 7, "zeros"},
-      {"007 = zeros\n+7 = plus", 7, "plus"},
-      {"7 = plain\n07 =", 7, ""},
-      {"7 = first\n7 = again", 7, "first"},
-  };
-  for (auto const& c : cases) {
-    Write("[5]\n" + std::string(c.keys) + "\n");
-    EXPECT_TRUE(lang_.LoadStrings(5)) << c.keys;
-    EXPECT_EQ(lang_.GetLangStr(c.id), c.text) << c.keys;
-    EXPECT_EQ(lang_.GetLangStr(99), "") << c.keys;
+  // Lines, parted by ",", and what they load as texts 0, 1, 7, 2147483647 and -1. Of two spellings the first by
+  // position counts: "+" and "0" sort before "7".
+  std::istringstream cases(
+      "1 = a > |a|||\n0 = a > a||||\n-1 = a,-3 = a > ||||\nx = a,1x = a > ||||\n2147483647 = a > |||a|\n1 = > ||||\n"
+      "2147483648 = a > ||||\n4294967297 = a > ||||\n1 = a;b = c \xE9 ;x > |a;b = c \xE9 ;x|||\n07 > ||07||\n"
+      "7 = a,007 = b > ||b||\n007 = a,+7 = b > ||b||\n7 = a,07 = > ||||\n7 = a,7 = b > ||a||\n");
+  for (std::string row; std::getline(cases, row);) {
+    std::string keys = row.substr(0, row.find(" > "));
+    std::replace(keys.begin(), keys.end(), ',', '\n');
+    Load("[5]\n" + keys + "\n", 5);
+    std::string texts = lang_.GetLangStr(0);
+    for (long const id : {1L, 7L, 2147483647L, -1L}) texts += "|" + lang_.GetLangStr(id);
+    EXPECT_EQ(texts, row.substr(row.find(" > ") + 3)) << row;
   }
-  EXPECT_EQ(lang_.GetLangStr(99).size() + lang_.GetLangStr(7).size(), 5u) << "asking for a text does not make one";
-}
-
-TEST_F(Languages, LoadingReplacesAndClearingForgets) {
-  Write(kFile);
-  EXPECT_TRUE(lang_.LoadStrings(1));
-  EXPECT_TRUE(lang_.LoadStrings(3));
-  EXPECT_EQ(lang_.GetLangStr(12), "");
-  EXPECT_EQ(lang_.GetLangStr(1), "one");
-  lang_.ClearStrings();
-  EXPECT_EQ(lang_.GetLangStr(1), "");
-  EXPECT_FALSE(lang_.SetLangStr(1, "text"));
-  EXPECT_TRUE(lang_.LoadStrings(1));
-  lang_.SetFileName("");
-  EXPECT_EQ(lang_.GetLangStr(12), "Power on") << "naming another file leaves what is loaded";
-  EXPECT_FALSE(lang_.LoadStrings(1));
-  EXPECT_EQ(lang_.GetLangStr(12), "");
-  EXPECT_FALSE(lang_.SetLangStr(1, "text"));
 }
 
 TEST_F(Languages, WritesATextAndKnowsIt) {
-  Write(kFile);
-  EXPECT_TRUE(lang_.LoadStrings(1));
-  EXPECT_TRUE(lang_.SetLangStr(12, "On \xE9"));
+  Load(kFile, 1);
   std::string expected = kFile;
   auto const replace = [&](std::string const& from, std::string const& to) {
     expected.replace(expected.find(from), from.size(), to);
   };
+  EXPECT_TRUE(lang_.SetLangStr(12, "On \xE9"));
   replace("12 = Power on\r\n", "12 = On \xE9\n");
   EXPECT_EQ(File(), expected);
-  EXPECT_EQ(lang_.GetLangStr(12), "On \xE9");
-  EXPECT_EQ(lang_.GetLangStr(13), "Power  off");
-  EXPECT_TRUE(lang_.SetLangStr(1, std::string("two; words"), 3)) << "another language";
+  EXPECT_EQ(lang_.GetLangStr(12) + lang_.GetLangStr(13), "On \xE9Power  off");
+  EXPECT_TRUE(lang_.SetLangStr(1, std::string("two; words\0]", 12), 3)) << "another language, up to the NUL";
   replace("1 = one\n", "1 = two; words\n");
-  EXPECT_EQ(File(), expected);
-  EXPECT_EQ(lang_.GetLangStr(1) + lang_.GetLangStr(12), "On \xE9");
-  EXPECT_TRUE(lang_.SetLangStr(0, std::string("zero")));
-  replace("  13=Power  off\n", "  13=Power  off\n0 = zero\n");
+  EXPECT_TRUE(lang_.SetLangStr(0, lang_.GetLangStr(13))) << "a text of the table itself";
   EXPECT_TRUE(lang_.SetLangStr(-3, "never read"));
-  replace("0 = zero\n", "0 = zero\n-3 = never read\n");
-  EXPECT_TRUE(lang_.SetLangStr(12, ""));
+  replace("  13=Power  off\n", "  13=Power  off\n0 = Power  off\n-3 = never read\n");
+  EXPECT_TRUE(lang_.SetLangStr(12, lang_.GetLangStr(99).c_str()));
   replace("12 = On \xE9\n", "12 = \n");
+  for (std::string const text : {"[", "]", "a[1]", "a\nb", "\n", "a\rb", "12 = x\r\n"})
+    EXPECT_FALSE(lang_.SetLangStr(12, text) || lang_.SetLangStr(12, text.c_str(), 2)) << text;
+  EXPECT_FALSE(lang_.SetLangStr(12, kNull) || lang_.SetLangStr(12, kNull, 1));
   EXPECT_EQ(File(), expected);
-  EXPECT_EQ(lang_.GetLangStr(0) + lang_.GetLangStr(-3) + lang_.GetLangStr(12), "zero");
+  EXPECT_EQ(lang_.GetLangStr(0) + lang_.GetLangStr(-3) + lang_.GetLangStr(12) + lang_.GetLangStr(1), "Power  off");
 }
 
-TEST_F(Languages, ATextOfTheTableItself) {
-  Write("[1]\n1 = a text that is too long to stand in the string itself\n2 = b\n");
-  EXPECT_TRUE(lang_.LoadStrings(1));
-  EXPECT_TRUE(lang_.SetLangStr(2, lang_.GetLangStr(1)));
-  EXPECT_TRUE(lang_.SetLangStr(3, lang_.GetLangStr(2).c_str()));
-  EXPECT_EQ(lang_.GetLangStr(3), "a text that is too long to stand in the string itself");
-}
-
-TEST_F(Languages, TheFirstTextMakesTheFile) {
-  EXPECT_FALSE(lang_.LoadStrings(2));
-  EXPECT_EQ(lang_.GetLangCount(), 0u);
-  EXPECT_EQ(folder_.List(), Names{});
-  EXPECT_FALSE(lang_.SetLangStr(1, "refused]"));
+TEST_F(Languages, TheFirstTextMakesTheFileUnlessItCannotBeWritten) {
+  int const descriptors = test::OpenDescriptors();
+  EXPECT_FALSE(lang_.LoadStrings(2) || lang_.SetLangStr(1, "refused]"));
   EXPECT_EQ(folder_.List(), Names{});
   EXPECT_TRUE(lang_.SetLangStr(12, "Ligar")) << "language 2 counts as loaded although it has no section";
-  EXPECT_EQ(File(), "[2]\n12 = Ligar");
-  EXPECT_EQ(lang_.GetLangStr(12), "Ligar");
-  EXPECT_EQ(folder_.List(), Names{"lang.cfg"});
-}
-
-TEST_F(Languages, TextsThatTheFileCannotHold) {
-  Write(kFile);
-  EXPECT_TRUE(lang_.LoadStrings(1));
-  for (std::string const text : {"[", "]", "a[1]", "a\nb", "\n", "a\rb", "12 = x\r\n"}) {
-    EXPECT_FALSE(lang_.SetLangStr(12, text)) << text;
-    EXPECT_FALSE(lang_.SetLangStr(12, text.c_str(), 2)) << text;
+  EXPECT_EQ(File() + lang_.GetLangStr(12), "[2]\n12 = LigarLigar");
+  for (std::string const name : {"folder", "missing/lang.cfg"}) {
+    std::filesystem::create_directories(folder_.Path("folder/x"));
+    lang_.SetFileName(folder_.Path(name));
+    EXPECT_FALSE(lang_.LoadStrings(1) || lang_.SetLangStr(1, "text")) << name;
+    EXPECT_EQ(lang_.GetLangCount(), 0u) << name;
   }
-  EXPECT_FALSE(lang_.SetLangStr(12, static_cast<char const*>(nullptr)));
-  EXPECT_FALSE(lang_.SetLangStr(12, static_cast<char const*>(nullptr), 1));
-  EXPECT_EQ(File(), kFile);
-  EXPECT_EQ(lang_.GetLangStr(12), "Power on");
-  EXPECT_TRUE(lang_.SetLangStr(12, std::string("a\0]", 3))) << "up to the NUL";
-  EXPECT_EQ(lang_.GetLangStr(12), "a");
-}
-
-TEST_F(Languages, NumbersAre32BitsWide) {
-  if (sizeof(long) == 4) GTEST_SKIP() << "so is long";
-  long const beyond = static_cast<long>(1LL << 32);
-  Write(kFile);
-  EXPECT_TRUE(lang_.LoadStrings(beyond + 1));
-  EXPECT_EQ(lang_.GetLangStr(beyond + 12), "Power on");
-  EXPECT_EQ(lang_.GetLangDesc(beyond + 2), "Portugu\xEAs");
-  EXPECT_TRUE(lang_.SetLangStr(beyond + 12, "On", 1));
-  EXPECT_EQ(lang_.GetLangStr(12), "On");
-}
-
-TEST_F(Languages, AFileThatCannotBeReadOrWritten) {
-  int const descriptors = test::OpenDescriptors();
-  std::filesystem::create_directories(folder_.Path("lang.cfg/x"));
-  EXPECT_FALSE(lang_.LoadStrings(1));
-  EXPECT_FALSE(lang_.SetLangStr(1, "text"));
-  lang_.SetFileName(folder_.Path("missing/lang.cfg"));
-  EXPECT_FALSE(lang_.LoadStrings(1));
-  EXPECT_FALSE(lang_.SetLangStr(1, "text"));
-  EXPECT_EQ(lang_.GetLangCount(), 0u);
-  EXPECT_EQ(folder_.List(), (Names{"lang.cfg/", "lang.cfg/x/"}));
+  EXPECT_EQ(folder_.List(), (Names{"folder/", "folder/x/", "lang.cfg"}));
   EXPECT_EQ(test::OpenDescriptors(), descriptors);
 }
 
-// A subclass that replaces a step is asked wherever the step is taken.
-struct Steps : LangClass {
-  using LangClass::SetLangStr;
-  bool LoadStrings(long lang) override {
-    steps += "load " + std::to_string(lang) + ", ";
-    return LangClass::LoadStrings(lang) && result;
-  }
-  void ClearStrings() override {
-    steps += "clear, ";
-    LangClass::ClearStrings();
-  }
-  bool SetLangStr(long id, char const* text, long lang) override {
-    steps += "set, ";
-    return LangClass::SetLangStr(id, text, lang);
-  }
-  bool SetLangStr(long id, char const* text) override {
-    steps += "set own, ";
-    return LangClass::SetLangStr(id, text);
-  }
-  std::string steps;
-  bool result = true;
-};
+TEST_F(Languages, NumbersAre32BitsWide) {
+  auto const beyond = static_cast<long>(1LL << 32);  // 0 where long has 32 bits
+  Load(kFile, beyond + 1);
+  EXPECT_TRUE(lang_.SetLangStr(beyond + 12, "On", 1));
+  EXPECT_EQ(lang_.GetLangStr(beyond + 12) + lang_.GetLangStr(12) + lang_.GetLangDesc(beyond + 2), "OnOnPortugu\xEAs");
+}
 
 TEST_F(Languages, StepsGoThroughTheTable) {
-  Write("[1]\n1 = one\n");
-  Steps lang;
-  lang.SetFileName(folder_.Path("lang.cfg"));
-  EXPECT_TRUE(lang.LoadStrings(1));
-  EXPECT_EQ(lang.steps, "load 1, clear, ");
-  lang.steps.clear();
-  EXPECT_TRUE(lang.SetLangStr(2, std::string("two")));
-  EXPECT_EQ(lang.steps, "set own, set, clear, load 1, clear, ");
-  lang.steps.clear();
-  lang.result = false;
-  EXPECT_FALSE(lang.SetLangStr(2, std::string("dois"), 1)) << "written, but not loaded anew";
-  EXPECT_EQ(lang.steps, "set, clear, load 1, clear, ");
+  Load("[1]\n1 = one\n", 1);
+  auto const steps = [this](bool expected, bool result) {
+    EXPECT_EQ(result, expected) << lang_.steps;
+    return std::exchange(lang_.steps, "");
+  };
+  EXPECT_EQ(lang_.steps, "load, clear, ");
+  lang_.steps.clear();
+  EXPECT_EQ(steps(true, lang_.SetLangStr(2, std::string("two"))), "set own, set, clear, load, clear, ");
+  lang_.result = false;
+  EXPECT_EQ(steps(false, lang_.SetLangStr(2, std::string("dois"), 1)), "set, clear, load, clear, ") << "but written";
   EXPECT_EQ(File(), "[1]\n1 = one\n2 = dois\n");
-  lang.steps.clear();
-  EXPECT_TRUE(lang.SetLangStr(1, "um", 2)) << "another language is not loaded";
-  EXPECT_EQ(lang.steps, "set, ");
+  EXPECT_EQ(steps(true, lang_.SetLangStr(1, "um", 2)), "set, ") << "another language is not loaded";
 }
 
 }  // namespace
