@@ -93,7 +93,7 @@ void Add(Arguments const& arguments, Terminal const& terminal) {
 
 // The key that `list` shows as this number: "7" or else "007"; also "hall", which is shown as 0.
 std::string KeyShownAs(unsigned int number) {
-  std::string const key = std::to_string(number);
+  std::string key = std::to_string(number);
   CfgClass keys;
   if (!keys.OpenReadOnly(File()) || keys.KeyExists(kSection, key)) return key;
   Handle const list = Open();
