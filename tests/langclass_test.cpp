@@ -149,7 +149,7 @@ TEST_F(Languages, TheFirstTextMakesTheFileUnlessItCannotBeWritten) {
 TEST_F(Languages, NumbersAre32BitsWide) {
   auto const beyond = static_cast<long>(1LL << 32);  // 0 where long has 32 bits
   Load(kFile, beyond + 1);
-  EXPECT_TRUE(lang_.SetLangStr(beyond + 12, "On", 1));
+  EXPECT_TRUE(lang_.SetLangStr(beyond + 12, "On", beyond + 1));
   EXPECT_EQ(lang_.GetLangStr(beyond + 12) + lang_.GetLangStr(12) + lang_.GetLangDesc(beyond + 2), "OnOnPortugu\xEAs");
 }
 
