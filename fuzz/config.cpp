@@ -13,6 +13,8 @@ std::string Everything(CfgClass& file) {
     for (unsigned long k = 0; k < file.GetKeyCount(section); k++) {
       std::string const key = file.GetKeyName(section, k);
       all += key + "=" + file.ReadStr(section, key, "") + "\n";
+      // A name given as text ends at its first NUL.
+      if ((section + key).find('\0') != std::string::npos) continue;
       fuzz::Check(file.ReadStr(section, k, "?") == file.ReadStr(section, key, "!"), "by number as by name");
     }
   }
@@ -33,7 +35,6 @@ int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size) {
   std::string const before = Everything(file);
 
   fuzz::Check(file.WriteStr("FUZZ SECTION", "FUZZ KEY", "value") && file.Flush(), "a change is saved");
-  std::string const changed = disk.Read();
   CfgClass again;
   fuzz::Check(again.Open(disk.Path()), "a saved file opens");
   if (whole) {
@@ -50,6 +51,5 @@ int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size) {
     CfgClass normal;
     fuzz::Check(normal.Open(copy.Path()), "a normalised copy opens");
   }
-  (void)changed;
   return 0;
 }
