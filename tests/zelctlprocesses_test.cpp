@@ -121,19 +121,19 @@ TEST_F(ZelctlProcesses, SparesItself) {
 // In a process-id namespace, whose process 1 is a child of the test's.
 TEST_F(ZelctlProcesses, SparesProcessOne) {
   std::string const name = UniqueName();
+  test::Scratch const scratch;
   auto const result = test::InChildWithEmptyFolders([&] {
-    if (unshare(CLONE_NEWPID) != 0) return false;
-    return test::InChild([&] {
-      EXPECT_EQ(mount("proc", "/proc", "proc", 0, nullptr), 0);
-      prctl(PR_SET_NAME, name.c_str());
-      EXPECT_EQ(getpid(), 1);
-      EXPECT_EQ(Zelctl({"proc", "kill", name}), kRefusal);
-      EXPECT_EQ(Zelctl({"proc", "kill", name, "--pid", "1"}), kRefusal);
-      EXPECT_EQ(Zelctl({"proc", "kill", name, "--all"}), kRefusal);
-      return !HasFailure();
-    });
+    return unshare(CLONE_NEWPID) != 0 || test::InChild([&] {
+             if (getpid() != 1 || mount("proc", "/proc", "proc", 0, nullptr) != 0) return true;
+             scratch.Write("made", "");
+             prctl(PR_SET_NAME, name.c_str());
+             EXPECT_EQ(Zelctl({"proc", "kill", name}), kRefusal);
+             EXPECT_EQ(Zelctl({"proc", "kill", name, "--pid", "1"}), kRefusal);
+             EXPECT_EQ(Zelctl({"proc", "kill", name, "--all"}), kRefusal);
+             return !HasFailure();
+           });
   });
-  if (!result) GTEST_SKIP() << "no child with folders of its own on this system";
+  if (!result || !scratch.Exists("made")) GTEST_SKIP() << "no such namespace on this system";
   EXPECT_TRUE(*result);
 }
 
@@ -153,7 +153,7 @@ TEST_F(ZelctlProcesses, StartsInTheBackground) {
   std::string failure;
   EXPECT_TRUE(test::Eventually([&] {
     failure = Zelctl({"proc", "start", "exit 3"});
-    return failure.substr(failure.find(')') + 1, 8) != "started ";
+    return failure.substr(0, 8) != "started ";
   }));
   EXPECT_EQ(failure.substr(failure.size() - 40), " has ended already, with exit code 3\n[1]") << failure;
 }

@@ -74,6 +74,8 @@ class Output {
     bool const exists = stat(path.c_str(), &old) == 0;
     if (exists && old.st_dev == source.st_dev && old.st_ino == source.st_ino)
       throw Failed("IN and OUT are the same file");
+    // It could be replaced without its owner's leave to write, which is not meant.
+    if (exists && access(path.c_str(), W_OK) != 0) throw FileFailed(path_);
     int const fd = exists && !S_ISREG(old.st_mode) ? open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY)
                                                    : MakeBeside(exists ? &old : nullptr);
     if (fd >= 0) file_.reset(fdopen(fd, "wb"));
