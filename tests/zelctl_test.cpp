@@ -108,4 +108,12 @@ TEST_P(Zelctl, AnswersAsTranscribed) {
 INSTANTIATE_TEST_SUITE_P(Transcript, Zelctl, testing::ValuesIn(Transcripts()),
                          [](auto const& transcript) { return transcript.param; });
 
+// The month that the demo shows.
+TEST(DemoRoot, TheEventLogIsWhatItsScriptWrites) {
+  test::Scratch const scratch;
+  std::string const command = "perl '" ZELVANE_FIXTURES "/../../tools/make_demo_log.pl' > " + scratch.Path("log");
+  ASSERT_EQ(system(command.c_str()), 0) << command;
+  EXPECT_TRUE(scratch.Read("log") == test::ReadFile(ZELVANE_FIXTURES "/demo-root/logevt.rgt"));
+}
+
 }  // namespace
