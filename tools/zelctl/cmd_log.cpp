@@ -268,7 +268,8 @@ void DrawChart(Arguments const& arguments, Terminal& terminal) {
     }
   });
   chart.Print(step, terminal);
-  if (without > 0) terminal.Note(std::to_string(without) + " of the records lack a date-time or a code: not in the chart");
+  if (without > 0)
+    terminal.Note(std::to_string(without) + " of the records lack a date-time or a code: not in the chart");
   log.NoteDamage(terminal);
 }
 
