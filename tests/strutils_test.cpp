@@ -171,8 +171,20 @@ TEST(Numbers, TextToNumbersAsTheCLibraryReadsIt) {
       check(text.c_str());
     }
   }
+  std::mt19937_64 random(1);
+  for (int i = 0; i < 20000; i++) {  // few and many digits, small and great exponents
+    std::string text = std::to_string(random() >> random() % 64);
+    if (random() % 2 == 0) text.insert(random() % (text.size() + 1), ".");
+    if (random() % 4 == 0) text.insert(0, random() % 30, '0');
+    if (random() % 2 == 0) text += "E" + std::to_string(static_cast<int>(random() % 60) - 30);
+    if (random() % 2 == 0) text.insert(0, "-");
+    double const real = strtod(text.c_str(), nullptr);
+    ASSERT_EQ(StrToFloatDef(text, -7), real) << text;
+    ASSERT_EQ(std::signbit(StrToFloatDef(text, -7)), std::signbit(real)) << text;
+  }
   EXPECT_FALSE(StrIsInt(kNull) || StrIsHex(kNull) || StrIsFloat(kNull) || StrIsInt(std::string("1\0", 2)));
-  EXPECT_EQ(StrToIntDef(kNull, 1) + HexToIntDef(kNull, 2) + StrToFloatDef(kNull, 4), 7);
+  EXPECT_EQ(StrToIntDef(kNull, 1) + HexToIntDef(kNull, 2), 3);
+  EXPECT_EQ(StrToFloatDef(kNull, 4), 4);
   std::locale::global(old);
 }
 

@@ -53,7 +53,7 @@ std::string BrowseSection::Value(std::int32_t id) { return file_.ReadStr(shape_.
 
 bool BrowseSection::At(unsigned long position, std::int32_t& id, Fields& fields) {
   std::string const key = file_.GetKeyName(shape_.section, position);
-  if (!Parse(file_.ReadStr(shape_.section, key, ""), fields) || !StrIsInt(key)) return false;
+  if (!Parse(file_.ReadStr(shape_.section, position, ""), fields) || !StrIsInt(key)) return false;
   id = static_cast<std::int32_t>(StrToIntDef(key, -1));
   return true;
 }

@@ -98,10 +98,13 @@ KeyPosition FindKey(CfgState& state, SectRec& section, std::string_view name);
 // The n-th key in ascending order; n is below their number.
 KeyPosition KeyAt(CfgState& state, SectRec& section, std::size_t n);
 
-// Where `upper` stands or belongs in `map`; most files are written in ascending order or nearly so.
+// Where `upper` stands or belongs in `map`. Most files are written in ascending order or nearly so, and numbers in
+// theirs mostly follow each other as texts too: first the end is tried, then the place behind `latest`, the entry added
+// last.
 template <class Map>
-typename Map::iterator LowerBound(Map& map, std::string_view upper) {
+typename Map::iterator LowerBound(Map& map, std::string_view upper, typename Map::iterator latest) {
   if (map.empty() || std::prev(map.end())->first < upper) return map.end();
+  if (latest != map.end() && latest->first < upper && !(std::next(latest)->first < upper)) return std::next(latest);
   return map.lower_bound(upper);
 }
 
@@ -130,7 +133,7 @@ class MadeLine {
 template <class MakeLine>
 std::pair<SectionPosition, bool> AddSection(CfgState& state, std::string_view name, MakeLine makeLine) {
   std::string_view const upper = Upper(state, name);
-  auto const place = LowerBound(state.sections, upper);
+  auto const place = LowerBound(state.sections, upper, state.sections.end());
   if (place != state.sections.end() && place->first == upper) return {place, false};
   MadeLine header(state);
   auto const added = state.sections.emplace_hint(place, std::piecewise_construct, std::forward_as_tuple(upper),
@@ -155,7 +158,7 @@ std::pair<KeyPosition, bool> AddKey(CfgState& state, SectRec& section, std::stri
                                     MakeLine makeLine) {
   std::string_view const upper = Upper(state, key);
   SectKeys& keys = *section.keys;
-  auto const place = LowerBound(keys, upper);
+  auto const place = LowerBound(keys, upper, section.lastKey);
   if (place != keys.end() && place->first == upper) return {place, false};
   MadeLine line(state);
   KeyLine const made = makeLine(upper);

@@ -2,9 +2,9 @@
 
 #include <sys/time.h>
 
+#include <algorithm>
 #include <bitset>
 #include <cctype>
-#include <charconv>
 #include <cmath>
 #include <cstdint>
 #include <ctime>
@@ -145,21 +145,27 @@ int* FieldOf(Fields& fields, char letter) {
   }
 }
 
-void AppendFilled(std::string& text, int value, std::size_t width) {
-  char digits[12];
-  auto const length = static_cast<std::size_t>(std::to_chars(digits, digits + sizeof digits, value).ptr - digits);
-  if (length < width) text.append(width - length, '0');
-  text.append(digits, length);
+// Puts the digits of a field, which is never negative, from the right over the zeros of its run. Digits for which the
+// run is too short go in front of it; gives their number.
+std::size_t PutDigits(std::string& text, std::size_t run, std::size_t length, int value) {
+  for (; length > 0 && value > 0; length--, value /= 10) text[run + length - 1] = static_cast<char>('0' + value % 10);
+  if (value == 0) return 0;
+  std::string const rest = std::to_string(value);
+  text.insert(run, rest);
+  return rest.size();
 }
 
 std::string Text(std::string_view format, long t) {
   Fields fields;
-  std::string result;
-  if (!Decode(t, fields)) return result;
-  result.reserve(format.empty() ? kDefaultFormat.size() : format.size());
+  if (!Decode(t, fields)) return "";
+  std::string result(format.empty() ? kDefaultFormat.size() : format.size(), '0');
+  std::size_t more = 0;  // by which the text has outgrown its format
   ForEachRun(format, [&](Run run) {
-    if (int const* const field = FieldOf(fields, run.letter)) return AppendFilled(result, *field, run.length);
-    result.append(run.length, run.letter);
+    if (int const* const field = FieldOf(fields, run.letter)) {
+      more += PutDigits(result, run.start + more, run.length, *field);
+    } else {
+      std::fill_n(&result[run.start + more], run.length, run.letter);
+    }
   });
   return result;
 }

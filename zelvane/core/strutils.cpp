@@ -55,7 +55,10 @@ std::string ChangeCase(std::string_view text, int (*change)(int)) {
   return result;
 }
 
-bool IsBlank(char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r'; }
+bool IsBlank(char c) {
+  if (c > ' ') return false;  // most are
+  return c == ' ' || c == '\n' || c == '\t' || c == '\r';
+}
 
 std::string_view TrimLeftView(std::string_view text) {
   std::size_t first = 0;
@@ -93,7 +96,7 @@ class Splitter {
       : out_(out), rest_(text), count_(count), pieces_(pieces) {
     out_.clear();
     // No more pieces than that can come before the padding, however large the count.
-    out_.reserve(std::min<std::size_t>(count, text.size() + 1));
+    out_.reserve(std::min<std::size_t>(count == 0 ? kUsualPieces : count, text.size() + 1));
   }
 
   void CutBy(std::string_view separator) {
@@ -112,6 +115,8 @@ class Splitter {
   }
 
  private:
+  static constexpr std::size_t kUsualPieces = 4;  // of a record's line
+
   bool Full() const { return count_ != 0 && out_.size() == count_; }
   void Append(std::string_view token) { out_.emplace_back(pieces_ == Pieces::kTrimmed ? TrimView(token) : token); }
 

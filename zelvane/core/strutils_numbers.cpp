@@ -1,5 +1,6 @@
 // The conversions between text and numbers of strutils.h.
 #include <algorithm>
+#include <cfloat>
 #include <charconv>
 #include <climits>
 #include <cstdint>
@@ -79,11 +80,16 @@ void SkipSign(std::string_view& text) {
   if (!SkipChar(text, '+')) SkipChar(text, '-');
 }
 
-std::size_t SkipDigits(std::string_view& text, bool (*isDigit)(char) = IsDigit) {
-  auto const end = std::find_if_not(text.begin(), text.end(), isDigit);
-  auto const count = static_cast<std::size_t>(end - text.begin());
+template <typename IsWanted>
+std::size_t Skip(std::string_view& text, IsWanted isWanted) {
+  std::size_t count = 0;
+  while (count < text.size() && isWanted(text[count])) count++;
   text.remove_prefix(count);
   return count;
+}
+
+std::size_t SkipDigits(std::string_view& text) {
+  return Skip(text, [](char c) { return IsDigit(c); });
 }
 
 bool IsInt(std::string_view text) {
@@ -93,31 +99,81 @@ bool IsInt(std::string_view text) {
   return text.empty();
 }
 
-bool IsHex(std::string_view text) { return SkipDigits(text, IsHexDigit) > 0 && text.empty(); }
+bool IsHex(std::string_view text) { return Skip(text, IsHexDigit) > 0 && text.empty(); }
 
-bool IsFloat(std::string_view text) {
-  SkipSign(text);
-  std::size_t digits = SkipDigits(text);
-  if (SkipChar(text, '.')) digits += SkipDigits(text);
-  if (digits == 0) return false;
-  if (text.empty()) return true;
-  if (!SkipChar(text, 'E')) return false;
-  SkipSign(text);
-  return SkipDigits(text) > 0 && text.empty();
+// What the text of a floating-point number says: digits * 10^exponent, as far as both are small.
+struct Decimal {
+  std::uint64_t digits = 0;
+  int exponent = 0;
+  bool valid = false;
+  bool small = true;
+};
+
+constexpr std::uint64_t kMostDigits = std::uint64_t{1} << 53;  // the integers that a double holds exactly
+
+// Takes the digits off the front of `text` into `decimal`, each worth ten of the next; gives how many there were.
+std::size_t TakeDigits(std::string_view& text, Decimal& decimal) {
+  return Skip(text, [&decimal](char c) {
+    if (!IsDigit(c)) return false;
+    if (decimal.digits > kMostDigits / 16) decimal.small = false;
+    if (decimal.small) decimal.digits = decimal.digits * 10 + static_cast<unsigned>(c - '0');
+    return true;
+  });
 }
 
+// An exponent of more than three digits is none of a small number.
+bool TakeExponent(std::string_view& text, Decimal& decimal) {
+  bool const negative = !SkipChar(text, '+') && SkipChar(text, '-');
+  int value = 0;
+  std::size_t const count = Skip(text, [&value](char c) {
+    if (IsDigit(c) && value < 1000) value = value * 10 + (c - '0');
+    return IsDigit(c);
+  });
+  decimal.exponent += negative ? -value : value;
+  return count > 0;
+}
+
+Decimal ParseFloat(std::string_view text) {
+  Decimal decimal;
+  SkipSign(text);
+  std::size_t count = TakeDigits(text, decimal);
+  if (SkipChar(text, '.')) {
+    std::size_t const places = TakeDigits(text, decimal);
+    count += places;
+    decimal.exponent = -static_cast<int>(std::min<std::size_t>(places, 1000));
+  }
+  decimal.valid = count > 0 && (text.empty() || (SkipChar(text, 'E') && TakeExponent(text, decimal) && text.empty()));
+  return decimal;
+}
+
+bool IsFloat(std::string_view text) { return ParseFloat(text).valid; }
+
 // from_chars takes digits behind an optional minus sign, and the rest of the text has to be empty.
-long ReadInteger(std::string_view text, int base, long def) {
+template <int kBase>
+long ReadInteger(std::string_view text, long def) {
   std::int32_t value = 0;
   char const* const end = text.data() + text.size();
-  auto const [stop, error] = std::from_chars(text.data(), end, value, base);
+  auto const [stop, error] = std::from_chars(text.data(), end, value, kBase);
   return error == std::errc() && stop == end ? value : def;
 }
 
-long ReadHex(std::string_view text, long def) { return SkipChar(text, '-') ? def : ReadInteger(text, 16, def); }
+long ReadHex(std::string_view text, long def) { return SkipChar(text, '-') ? def : ReadInteger<16>(text, def); }
+
+// Powers of ten that a double holds exactly.
+constexpr double kPowers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
+                              1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+constexpr int kMostPower = 22;
 
 double ReadFloat(std::string_view text, double def) {
-  if (!IsFloat(text)) return def;
+  Decimal const decimal = ParseFloat(text);
+  if (!decimal.valid) return def;
+  // Two exact numbers make one correctly rounded quotient or product, unless the machine computes wider than a double.
+  if (decimal.small && decimal.exponent >= -kMostPower && decimal.exponent <= kMostPower && FLT_EVAL_METHOD == 0) {
+    auto const digits = static_cast<double>(decimal.digits);
+    double const value =
+        decimal.exponent < 0 ? digits / kPowers[-decimal.exponent] : digits * kPowers[decimal.exponent];
+    return text.front() == '-' ? -value : value;
+  }
   SkipChar(text, '+');
   double value = 0;
   if (std::from_chars(text.data(), text.data() + text.size(), value).ec == std::errc()) return value;
@@ -131,7 +187,7 @@ double ReadFloat(std::string_view text, double def) {
 
 long zelvane::internal::ToInt(std::string_view text, long def) {
   bool const signedTwice = SkipChar(text, '+') && SkipChar(text, '-');
-  return signedTwice ? def : ReadInteger(text, 10, def);
+  return signedTwice ? def : ReadInteger<10>(text, def);
 }
 
 std::string IntToStr(long value, int width, char fill) { return IntegerText(Signed32(value), 10, width, fill); }
