@@ -1,26 +1,23 @@
-// The configuration engine beside GLib's GKeyFile, which keeps comments too. Files lie in memory.
-#include <benchmark/benchmark.h>
+// The configuration engine beside GKeyFile and SimpleIni, which keep comments too, and inih, which only reads.
+#include <INIReader.h>
+#define SI_NO_CONVERSION
+#include <SimpleIni.h>
 #include <glib.h>
-#include <unistd.h>
+#include <malloc.h>
 
-#include <cstdio>
-#include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <map>
 #include <random>
-#include <string>
+#include <string_view>
 #include <vector>
 
+#include "bench.h"
 #include "zelvane/config/cfgclass.h"
 
 namespace {
 
 constexpr int kKeysPerSection = 100;
-
-[[noreturn]] void Different(char const* what) {
-  std::fprintf(stderr, "ours and the peer differ: %s\n", what);
-  std::exit(1);
-}
 
 struct Entry {
   std::string section, key, value;
@@ -28,13 +25,12 @@ struct Entry {
 
 // A file of `count` keys with comments and blank lines, and its entries.
 struct Sample {
-  std::string path;
+  ScratchFile file;
   std::vector<Entry> entries;
 
-  explicit Sample(int count)
-      : path("/dev/shm/zelvane-bench-" + std::to_string(getpid()) + "-" + std::to_string(count)) {
+  explicit Sample(int count) : file("cfg-" + std::to_string(count)) {
     std::mt19937 random(static_cast<unsigned>(count));
-    std::ofstream out(path);
+    std::ofstream out(file.Path());
     for (int i = 0; i < count; i++) {
       if (i % kKeysPerSection == 0) out << "\n# settings of one unit\n[UNIT" << i / kKeysPerSection << "]\n";
       if (i % 10 == 0) out << "# a note on what follows\n";
@@ -45,163 +41,317 @@ struct Sample {
       entries.push_back(std::move(entry));
     }
   }
-  ~Sample() { unlink(path.c_str()); }
 
-  static Sample const& Of(int count) {
+  static Sample const& Of(benchmark::State const& state) {
     static std::map<int, Sample> samples;
+    int const count = static_cast<int>(state.range(0));
     return samples.try_emplace(count, count).first->second;
   }
+
+  char const* Path() const { return file.Path().c_str(); }
+  Entry const& Middle() const { return entries[entries.size() / 2]; }
 };
 
-GKeyFile* LoadPeer(Sample const& sample) {
-  GKeyFile* file = g_key_file_new();
-  if (!g_key_file_load_from_file(file, sample.path.c_str(), G_KEY_FILE_KEEP_COMMENTS, nullptr)) Different("load");
-  return file;
+// The text of the last save, while saves are kept from the disk: every engine hands over a text, and what a program
+// then does to bring it safely to disk is another matter.
+bool g_saveToDisk = true;
+std::string_view g_savedText;
+
+}  // namespace
+
+// Stands for the library's safe save (by the linker's --wrap).
+#define ZELVANE_SAFE_SAVE(prefix) \
+  prefix##_ZN7zelvane8internal8SafeSaveERKNSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEESt17basic_string_viewIcS4_E
+extern "C" bool ZELVANE_SAFE_SAVE(__real_)(std::string const& path, std::string_view text);
+extern "C" bool ZELVANE_SAFE_SAVE(__wrap_)(std::string const& path, std::string_view text) {
+  if (g_saveToDisk) return ZELVANE_SAFE_SAVE(__real_)(path, text);
+  g_savedText = text;
+  benchmark::DoNotOptimize(text.data());
+  return true;
 }
 
-void LoadOurs(CfgClass& cfg, Sample const& sample) {
-  if (!cfg.Open(sample.path) || cfg.IsFail()) Different("load");
-}
+namespace {
 
-void OursLoad(benchmark::State& state) {
-  Sample const& sample = Sample::Of(static_cast<int>(state.range(0)));
-  for (auto _ : state) {
-    CfgClass cfg;
-    LoadOurs(cfg, sample);
+// ---- The engines: each opens a file, reads and writes keys, walks over all and gives the text to be saved. ----
+
+class Ours {
+ public:
+  static constexpr char const* kName = "ours";
+  explicit Ours(char const* path) { Require(path == nullptr || (cfg_.Open(path) && !cfg_.IsFail()), "load"); }
+  ~Ours() {
+    g_saveToDisk = false;
+    cfg_.Close();
+    g_saveToDisk = true;
   }
-}
 
-void PeerLoad(benchmark::State& state) {
-  Sample const& sample = Sample::Of(static_cast<int>(state.range(0)));
-  for (auto _ : state) g_key_file_free(LoadPeer(sample));
-}
+  std::string Read(Entry const& entry) { return cfg_.ReadStr(entry.section.c_str(), entry.key.c_str(), ""); }
 
-std::vector<Entry const*> Picks(Sample const& sample) {
-  std::mt19937 random(3);
-  std::vector<Entry const*> picks(10000);
-  for (auto& pick : picks) pick = &sample.entries[random() % sample.entries.size()];
-  return picks;
-}
-
-void OursLookUp(benchmark::State& state) {
-  Sample const& sample = Sample::Of(static_cast<int>(state.range(0)));
-  auto const picks = Picks(sample);
-  CfgClass cfg;
-  LoadOurs(cfg, sample);
-  for (Entry const* pick : picks)
-    if (cfg.ReadStr(pick->section, pick->key, "") != pick->value) Different("look-up");
-  for (auto _ : state)
-    for (Entry const* pick : picks) benchmark::DoNotOptimize(cfg.ReadStr(pick->section.c_str(), pick->key.c_str(), ""));
-}
-
-void PeerLookUp(benchmark::State& state) {
-  Sample const& sample = Sample::Of(static_cast<int>(state.range(0)));
-  auto const picks = Picks(sample);
-  GKeyFile* file = LoadPeer(sample);
-  for (auto _ : state)
-    for (Entry const* pick : picks)
-      g_free(g_key_file_get_value(file, pick->section.c_str(), pick->key.c_str(), nullptr));
-  g_key_file_free(file);
-}
-
-void OursChange(benchmark::State& state) {
-  Sample const& sample = Sample::Of(static_cast<int>(state.range(0)));
-  Entry const& entry = sample.entries[sample.entries.size() / 2];
-  CfgClass cfg;
-  LoadOurs(cfg, sample);
-  for (auto _ : state)
-    if (!cfg.WriteStr(entry.section, entry.key, entry.value)) Different("save");
-}
-
-void PeerChange(benchmark::State& state) {
-  Sample const& sample = Sample::Of(static_cast<int>(state.range(0)));
-  Entry const& entry = sample.entries[sample.entries.size() / 2];
-  GKeyFile* file = LoadPeer(sample);
-  for (auto _ : state) {
-    g_key_file_set_value(file, entry.section.c_str(), entry.key.c_str(), entry.value.c_str());
-    if (!g_key_file_save_to_file(file, sample.path.c_str(), nullptr)) Different("save");
+  void Write(Entry const& entry) {
+    cfg_.SetCached(true);
+    Require(cfg_.WriteStr(entry.section.c_str(), entry.key.c_str(), entry.value.c_str()), "write");
   }
-  g_key_file_free(file);
-}
 
-void OursWalk(benchmark::State& state) {
-  Sample const& sample = Sample::Of(static_cast<int>(state.range(0)));
-  CfgClass cfg;
-  LoadOurs(cfg, sample);
-  for (auto _ : state) {
+  std::size_t TextSize() {
+    g_saveToDisk = false;
+    Require(cfg_.Flush(), "text");
+    g_saveToDisk = true;
+    return g_savedText.size();
+  }
+
+  void Save(char const*) { Require(cfg_.Flush(), "save"); }
+
+  std::size_t Walk() {
     std::size_t bytes = 0;
-    for (unsigned long s = 0; s < cfg.GetSectionCount(); s++) {
-      cfg.SetSection(cfg.GetSectionName(s));
-      for (unsigned long k = 0; k < cfg.GetKeyCount(); k++)
-        bytes += cfg.GetKeyName(k).size() + cfg.ReadStr(k, "").size();
+    for (unsigned long s = 0; s < cfg_.GetSectionCount(); s++) {
+      cfg_.SetSection(cfg_.GetSectionName(s));
+      for (unsigned long k = 0; k < cfg_.GetKeyCount(); k++)
+        bytes += cfg_.GetKeyName(k).size() + cfg_.ReadStr(k, "").size();
     }
-    benchmark::DoNotOptimize(bytes);
+    return bytes;
   }
-}
 
-void PeerWalk(benchmark::State& state) {
-  Sample const& sample = Sample::Of(static_cast<int>(state.range(0)));
-  GKeyFile* file = LoadPeer(sample);
-  for (auto _ : state) {
+ private:
+  CfgClass cfg_;
+};
+
+class KeyFile {
+ public:
+  static constexpr char const* kName = "gkeyfile";
+  explicit KeyFile(char const* path) : file_(g_key_file_new()) {
+    Require(path == nullptr || g_key_file_load_from_file(file_, path, G_KEY_FILE_KEEP_COMMENTS, nullptr), "load");
+  }
+  ~KeyFile() { g_key_file_free(file_); }
+
+  std::string Read(Entry const& entry) {
+    gchar* const value = g_key_file_get_value(file_, entry.section.c_str(), entry.key.c_str(), nullptr);
+    std::string result(value == nullptr ? "" : value);
+    g_free(value);
+    return result;
+  }
+
+  void Write(Entry const& entry) {
+    g_key_file_set_value(file_, entry.section.c_str(), entry.key.c_str(), entry.value.c_str());
+  }
+
+  std::size_t TextSize() {
+    gsize size = 0;
+    g_free(g_key_file_to_data(file_, &size, nullptr));
+    return size;
+  }
+
+  void Save(char const* path) { Require(g_key_file_save_to_file(file_, path, nullptr), "save"); }
+
+  std::size_t Walk() {
     std::size_t bytes = 0;
-    gchar** groups = g_key_file_get_groups(file, nullptr);
+    gchar** const groups = g_key_file_get_groups(file_, nullptr);
     for (gchar** group = groups; *group != nullptr; group++) {
-      gchar** keys = g_key_file_get_keys(file, *group, nullptr, nullptr);
+      gchar** const keys = g_key_file_get_keys(file_, *group, nullptr, nullptr);
       for (gchar** key = keys; *key != nullptr; key++) {
-        gchar* value = g_key_file_get_value(file, *group, *key, nullptr);
-        bytes += std::char_traits<char>::length(*key) + std::char_traits<char>::length(value);
+        gchar* const value = g_key_file_get_value(file_, *group, *key, nullptr);
+        bytes += std::strlen(*key) + std::strlen(value);
         g_free(value);
       }
       g_strfreev(keys);
     }
     g_strfreev(groups);
-    benchmark::DoNotOptimize(bytes);
+    return bytes;
   }
-  g_key_file_free(file);
+
+ private:
+  GKeyFile* file_;
+};
+
+class Simple {
+ public:
+  static constexpr char const* kName = "simpleini";
+  explicit Simple(char const* path) { Require(path == nullptr || ini_.LoadFile(path) == SI_OK, "load"); }
+
+  std::string Read(Entry const& entry) { return ini_.GetValue(entry.section.c_str(), entry.key.c_str(), ""); }
+  void Write(Entry const& entry) { ini_.SetValue(entry.section.c_str(), entry.key.c_str(), entry.value.c_str()); }
+  std::size_t TextSize() {
+    std::string text;
+    Require(ini_.Save(text) == SI_OK, "text");
+    return text.size();
+  }
+  void Save(char const* path) { Require(ini_.SaveFile(path, false) == SI_OK, "save"); }
+
+ private:
+  CSimpleIniA ini_;
+};
+
+class Inih {
+ public:
+  static constexpr char const* kName = "inih";
+  explicit Inih(char const* path) : reader_(path) { Require(reader_.ParseError() == 0, "load"); }
+  std::string Read(Entry const& entry) { return reader_.Get(entry.section, entry.key, ""); }
+
+ private:
+  INIReader reader_;
+};
+
+// ---- The tasks. ----
+
+template <class Engine>
+void Load(benchmark::State& state) {
+  Sample const& sample = Sample::Of(state);
+  for (auto _ : state) Engine engine(sample.Path());
+}
+
+// The life of one exported call: everything loaded, ten keys read, everything gone.
+template <class Engine>
+void ReadTen(benchmark::State& state) {
+  Sample const& sample = Sample::Of(state);
+  for (auto _ : state) {
+    Engine engine(sample.Path());
+    for (std::size_t i = 0; i < 10; i++) {
+      Entry const& entry = sample.entries[i * (sample.entries.size() / 10)];
+      Require(engine.Read(entry) == entry.value, "ten keys");
+    }
+  }
+}
+
+template <class Engine>
+void LookUp(benchmark::State& state) {
+  Sample const& sample = Sample::Of(state);
+  std::mt19937 random(3);
+  std::vector<Entry const*> picks(10000);
+  for (auto& pick : picks) pick = &sample.entries[random() % sample.entries.size()];
+  Engine engine(sample.Path());
+  for (Entry const* pick : picks) Require(engine.Read(*pick) == pick->value, "look-up");
+  for (auto _ : state)
+    for (Entry const* pick : picks) benchmark::DoNotOptimize(engine.Read(*pick));
+}
+
+template <class Engine>
+void ChangeText(benchmark::State& state) {
+  Sample const& sample = Sample::Of(state);
+  Engine engine(sample.Path());
+  for (auto _ : state) {
+    engine.Write(sample.Middle());
+    Require(engine.TextSize() > sample.entries.size(), "text");
+  }
+  Require(engine.Read(sample.Middle()) == sample.Middle().value, "changed value");
+}
+
+template <class Engine>
+void ChangeAndSave(benchmark::State& state) {
+  Sample const& sample = Sample::Of(state);
+  ScratchFile const copy("copy");
+  std::ofstream(copy.Path()) << std::ifstream(sample.Path()).rdbuf();
+  Engine engine(copy.Path().c_str());
+  for (auto _ : state) {
+    engine.Write(sample.Middle());
+    engine.Save(copy.Path().c_str());
+  }
+  Require(Engine(copy.Path().c_str()).Read(sample.Middle()) == sample.Middle().value, "saved value");
+}
+
+template <class Engine>
+void Walk(benchmark::State& state) {
+  Sample const& sample = Sample::Of(state);
+  Engine engine(sample.Path());
+  std::size_t bytes = 0;
+  for (Entry const& entry : sample.entries) bytes += entry.key.size() + entry.value.size();
+  for (auto _ : state) Require(engine.Walk() == bytes, "walk");
+}
+
+template <class Engine>
+void Build(benchmark::State& state) {
+  Sample const& sample = Sample::Of(state);
+  ScratchFile const empty("empty");
+  std::ofstream(empty.Path()).flush();
+  for (auto _ : state) {
+    Engine engine(std::is_same_v<Engine, Ours> ? empty.Path().c_str() : nullptr);
+    for (Entry const& entry : sample.entries) engine.Write(entry);
+    Require(engine.TextSize() > sample.entries.size() * 4, "text");
+  }
+}
+
+template <class Engine>
+void Memory(benchmark::State& state) {
+  Sample const& sample = Sample::Of(state);
+  auto const used = [] {
+    struct mallinfo2 const info = mallinfo2();
+    return static_cast<double>(info.uordblks + info.hblkhd);
+  };
+  double bytes = 0;
+  for (auto _ : state) {
+    double const before = used();
+    Engine engine(sample.Path());
+    bytes = used() - before;
+  }
+  state.counters["bytes"] = bytes / static_cast<double>(sample.entries.size());
 }
 
 // One section of `count` keys, addressed by number. No peer does this; the cost of one step shall not grow with count.
 void FillOne(CfgClass& cfg, std::string const& path, int count) {
   std::ofstream(path).flush();
-  if (!cfg.Open(path)) Different("open");
+  Require(cfg.Open(path), "open");
   cfg.SetCached(true);
   cfg.SetSection("S");
   for (int i = 0; i < count; i++) cfg.WriteInt("K" + std::to_string(i), i);
 }
 
 void OursJump(benchmark::State& state) {
-  std::string const path = "/dev/shm/zelvane-bench-jump-" + std::to_string(getpid());
+  ScratchFile const file("jump");
   int const count = static_cast<int>(state.range(0));
   CfgClass cfg;
-  FillOne(cfg, path, count);
+  FillOne(cfg, file.Path(), count);
   std::mt19937 random(5);
   for (auto _ : state) benchmark::DoNotOptimize(cfg.GetKeyName(random() % static_cast<unsigned>(count)));
-  unlink(path.c_str());
 }
 
 void OursWalkDeleting(benchmark::State& state) {
-  std::string const path = "/dev/shm/zelvane-bench-delete-" + std::to_string(getpid());
+  ScratchFile const file("delete");
   int const count = static_cast<int>(state.range(0));
   for (auto _ : state) {
     state.PauseTiming();
     CfgClass cfg;
-    FillOne(cfg, path, count);
+    FillOne(cfg, file.Path(), count);
     state.ResumeTiming();
     for (unsigned long n = 0; n < cfg.GetKeyCount(); n++) cfg.DeleteKey(n);  // every second one
-    if (cfg.GetKeyCount() != static_cast<unsigned long>(count) / 2) Different("deletions");
+    Require(cfg.GetKeyCount() == static_cast<unsigned long>(count) / 2, "deletions");
   }
-  state.SetItemsProcessed(state.iterations() * count);
-  unlink(path.c_str());
 }
 
-#define ZELVANE_PAIR(task, ours, peer)                                                                    \
-  BENCHMARK(ours)->Name(task "/ours")->Arg(100)->Arg(10000)->Arg(1000000)->Unit(benchmark::kMicrosecond); \
-  BENCHMARK(peer)->Name(task "/gkeyfile")->Arg(100)->Arg(10000)->Arg(1000000)->Unit(benchmark::kMicrosecond)
-ZELVANE_PAIR("load", OursLoad, PeerLoad);
-ZELVANE_PAIR("look-up-10000", OursLookUp, PeerLookUp);
-ZELVANE_PAIR("change-and-save", OursChange, PeerChange);
-ZELVANE_PAIR("walk-by-index", OursWalk, PeerWalk);
-BENCHMARK(OursJump)->Name("jump-by-index/ours")->Arg(1000)->Arg(100000)->Arg(1000000);
-BENCHMARK(OursWalkDeleting)->Name("walk-deleting/ours")->Arg(1000)->Arg(100000)->Unit(benchmark::kMicrosecond);
+template <class Engine>
+void Register(char const* task, void (*run)(benchmark::State&), std::initializer_list<int> sizes) {
+  auto* const rows = benchmark::RegisterBenchmark((std::string(task) + "/" + Engine::kName).c_str(), run);
+  for (int const size : sizes) rows->Arg(size);
+  rows->Unit(benchmark::kMicrosecond);
+}
+
+// Every fifth power of the plot, and the three sizes of the table among them.
+constexpr auto kSizes = {100, 1000, 10000, 100000, 1000000};
+
+int const kRegistered = [] {
+  Register<Ours>("load", Load<Ours>, kSizes);
+  Register<KeyFile>("load", Load<KeyFile>, kSizes);
+  Register<Simple>("load", Load<Simple>, kSizes);
+  Register<Inih>("load", Load<Inih>, kSizes);
+  Register<Ours>("read-ten-keys", ReadTen<Ours>, {100, 10000});
+  Register<KeyFile>("read-ten-keys", ReadTen<KeyFile>, {100, 10000});
+  Register<Simple>("read-ten-keys", ReadTen<Simple>, {100, 10000});
+  Register<Inih>("read-ten-keys", ReadTen<Inih>, {100, 10000});
+  Register<Ours>("look-up-10000", LookUp<Ours>, kSizes);
+  Register<KeyFile>("look-up-10000", LookUp<KeyFile>, kSizes);
+  Register<Ours>("change-to-text", ChangeText<Ours>, kSizes);
+  Register<KeyFile>("change-to-text", ChangeText<KeyFile>, kSizes);
+  Register<Simple>("change-to-text", ChangeText<Simple>, kSizes);
+  Register<Ours>("change-and-save", ChangeAndSave<Ours>, {100, 10000, 1000000});
+  Register<KeyFile>("change-and-save", ChangeAndSave<KeyFile>, {100, 10000, 1000000});
+  Register<Simple>("change-and-save", ChangeAndSave<Simple>, {100, 10000, 1000000});
+  Register<Ours>("walk-by-index", Walk<Ours>, kSizes);
+  Register<KeyFile>("walk-by-index", Walk<KeyFile>, kSizes);
+  Register<Ours>("build", Build<Ours>, kSizes);
+  Register<KeyFile>("build", Build<KeyFile>, kSizes);
+  Register<Simple>("build", Build<Simple>, kSizes);
+  Register<Ours>("memory-a-key", Memory<Ours>, {10000});
+  Register<KeyFile>("memory-a-key", Memory<KeyFile>, {10000});
+  Register<Simple>("memory-a-key", Memory<Simple>, {10000});
+  Register<Ours>("jump-by-index", OursJump, {1000, 100000, 1000000});
+  Register<Ours>("walk-deleting", OursWalkDeleting, {1000, 100000});
+  return 0;
+}();
 
 }  // namespace

@@ -1,27 +1,32 @@
-// The toolkit and Base64 beside what GLib and the C and C++ libraries offer for the same work.
-#include <benchmark/benchmark.h>
+// The toolkit and Base64 beside what a programmer would pick instead: Abseil, fmt, fast_float, the `date` library,
+// OpenSSL, GLib, and the C and C++ libraries.
+#include <absl/strings/ascii.h>
+#include <absl/strings/escaping.h>
+#include <absl/strings/str_split.h>
+#include <date/date.h>
+#include <fast_float/fast_float.h>
+#include <fmt/chrono.h>
+#include <fmt/format.h>
 #include <glib.h>
+#include <openssl/evp.h>
 #include <time.h>
 
+#include <algorithm>
 #include <charconv>
-#include <cstdio>
-#include <cstdlib>
+#include <cmath>
 #include <random>
 #include <string>
 #include <vector>
 
+#include "bench.h"
 #include "zelvane/core/datetime.h"
 #include "zelvane/core/strutils.h"
 #include "zelvane/crypto/base64.h"
 
 namespace {
 
-[[noreturn]] void Different(char const* what) {
-  std::fprintf(stderr, "ours and the peer differ: %s\n", what);
-  std::exit(1);
-}
-
-// ---- Base64 of 1 MiB in lines of 72 characters. ----
+// ---- Base64 of 1 MiB. OpenSSL and GLib break lines at widths of their own; what is between the breaks is the same.
+// ----
 
 std::string const& Bytes() {
   static std::string const bytes = [] {
@@ -33,201 +38,335 @@ std::string const& Bytes() {
   return bytes;
 }
 
-std::string Encoded() {
-  EncodeBase64 codec;
-  if (!codec.LoadFromBuf(Bytes().data(), Bytes().size())) Different("encode");
-  std::string text(codec.SaveToBuf(nullptr, 0), '\0');
-  codec.SaveToBuf(text.data(), text.size());
+// Each writes into a buffer that is large enough and gives the length; the buffer is made once, since the page faults
+// of a fresh megabyte would outweigh the work.
+std::size_t EncodeOurs(char* text, std::size_t size) {
+  static EncodeBase64 codec;
+  Require(codec.LoadFromBuf(Bytes().data(), Bytes().size()), "encode");
+  return codec.SaveToBuf(text, size);
+}
+
+std::size_t EncodeOpenssl(char* text, std::size_t) {
+  auto* const out = reinterpret_cast<unsigned char*>(text);
+  EVP_ENCODE_CTX* const context = EVP_ENCODE_CTX_new();
+  EVP_EncodeInit(context);
+  int length = 0, rest = 0;
+  EVP_EncodeUpdate(context, out, &length, reinterpret_cast<unsigned char const*>(Bytes().data()),
+                   static_cast<int>(Bytes().size()));
+  EVP_EncodeFinal(context, out + length, &rest);
+  EVP_ENCODE_CTX_free(context);
+  return static_cast<std::size_t>(length + rest);
+}
+
+std::size_t EncodeGlib(char* text, std::size_t) {
+  gint saved = 0, step = 0;
+  gsize const length =
+      g_base64_encode_step(reinterpret_cast<guchar const*>(Bytes().data()), Bytes().size(), TRUE, text, &step, &saved);
+  return length + g_base64_encode_close(TRUE, text + length, &step, &saved);
+}
+
+using Encoder = std::size_t (*)(char*, std::size_t);
+
+std::string Unbroken(Encoder encode) {
+  std::string text(2 * Bytes().size(), '\0');
+  text.resize(encode(text.data(), text.size()));
+  text.erase(std::remove_if(text.begin(), text.end(), [](char c) { return c == '\r' || c == '\n'; }), text.end());
   return text;
 }
 
-void OursEncode(benchmark::State& state) {
-  gchar* plain = g_base64_encode(reinterpret_cast<guchar const*>(Bytes().data()), Bytes().size());
-  std::string ours = Encoded();
-  for (std::size_t at; (at = ours.find("\r\n")) != std::string::npos;) ours.erase(at, 2);
-  if (ours != plain) Different("encode");
-  g_free(plain);
-  for (auto _ : state) {
-    EncodeBase64 codec;
-    benchmark::DoNotOptimize(codec.LoadFromBuf(Bytes().data(), Bytes().size()));
-  }
-  state.SetBytesProcessed(state.iterations() * static_cast<long>(Bytes().size()));
+template <Encoder kEncode>
+void Encode(benchmark::State& state) {
+  Require(Unbroken(kEncode) == Unbroken(EncodeOurs), "encode");
+  std::string text(2 * Bytes().size(), '\0');
+  for (auto _ : state) benchmark::DoNotOptimize(kEncode(text.data(), text.size()));
 }
 
-void PeerEncode(benchmark::State& state) {
-  std::size_t const size = Bytes().size();
-  for (auto _ : state) {
-    // GLib breaks its lines at 72 characters too when it encodes in steps.
-    std::vector<gchar> text((size / 3 + 1) * 4 + (size / 3 + 1) * 4 / 72 + 5);
-    gint saved = 0, step = 0;
-    gsize length =
-        g_base64_encode_step(reinterpret_cast<guchar const*>(Bytes().data()), size, TRUE, text.data(), &step, &saved);
-    length += g_base64_encode_close(TRUE, text.data() + length, &step, &saved);
-    benchmark::DoNotOptimize(length);
-  }
-  state.SetBytesProcessed(state.iterations() * static_cast<long>(size));
+void DecodeOurs(std::string const& text, std::string& bytes) {
+  static DecodeBase64 codec;
+  Require(codec.LoadFromBuf(text.data(), text.size()), "decode");
+  bytes.resize(codec.SaveToBuf(nullptr, 0));
+  codec.SaveToBuf(bytes.data(), bytes.size());
 }
 
-void OursDecode(benchmark::State& state) {
-  std::string const text = Encoded();
-  DecodeBase64 check;
-  std::string back(Bytes().size() + 1, '\0');
-  if (!check.LoadFromBuf(text.data(), text.size()) || check.SaveToBuf(back.data(), back.size()) != Bytes().size() ||
-      back.compare(0, Bytes().size(), Bytes()) != 0)
-    Different("decode");
-  for (auto _ : state) {
-    DecodeBase64 codec;
-    benchmark::DoNotOptimize(codec.LoadFromBuf(text.data(), text.size()));
-  }
-  state.SetBytesProcessed(state.iterations() * static_cast<long>(Bytes().size()));
+void DecodeAbseil(std::string const& text, std::string& bytes) {
+  Require(absl::Base64Unescape(text, &bytes), "decode");
 }
 
-void PeerDecode(benchmark::State& state) {
-  std::string const text = Encoded();
-  for (auto _ : state) {
-    gsize length = 0;
-    guchar* bytes = g_base64_decode(text.c_str(), &length);
-    if (length != Bytes().size()) Different("decode");
-    g_free(bytes);
-  }
-  state.SetBytesProcessed(state.iterations() * static_cast<long>(Bytes().size()));
+void DecodeGlib(std::string const& text, std::string& bytes) {
+  bytes = text;
+  gsize length = 0;
+  g_base64_decode_inplace(bytes.data(), &length);
+  bytes.resize(length);
 }
 
-// ---- A million fields. ----
-
-std::string const& Fields() {
-  static std::string const text = [] {
-    std::string made;
-    for (int i = 0; i < 1000000; i++) made += std::to_string(i) + ";";
-    return made;
-  }();
-  return text;
+template <void (*kDecode)(std::string const&, std::string&)>
+void Decode(benchmark::State& state) {
+  std::string text(2 * Bytes().size(), '\0'), bytes;
+  text.resize(EncodeOurs(text.data(), text.size()));
+  kDecode(text, bytes);
+  Require(bytes.compare(0, Bytes().size(), Bytes()) == 0 && bytes.size() <= Bytes().size() + 2, "decode");
+  for (auto _ : state) kDecode(text, bytes);
 }
 
-void OursTokenize(benchmark::State& state) {
-  std::vector<std::string> pieces;
-  for (auto _ : state) Tokenize(pieces, Fields(), ';');
-  if (pieces.size() != 1000000 || pieces.back() != "999999") Different("tokenize");
+// ---- Texts. ----
+
+std::string Joined(char separator, int count) {
+  std::string made;
+  for (int i = 0; i < count; i++) made += std::to_string(i * 7919LL % 1000003) + " volts" + separator;
+  return made;
 }
 
-void PeerTokenize(benchmark::State& state) {
-  for (auto _ : state) {
-    gchar** pieces = g_strsplit(Fields().c_str(), ";", -1);
-    benchmark::DoNotOptimize(pieces);
-    g_strfreev(pieces);
-  }
+void TokenizeOurs(std::vector<std::string>& pieces, std::string const& text, char separator) {
+  Tokenize(pieces, text, separator);
 }
 
-// ---- Numbers and dates, a thousand a turn. ----
+void TokenizeAbseil(std::vector<std::string>& pieces, std::string const& text, char separator) {
+  pieces = absl::StrSplit(text, separator);
+  pieces.pop_back();  // ours has no empty piece behind the last separator
+}
 
-std::vector<std::string> const& NumberTexts() {
+// A file's thousand lines, each split at its own separators.
+template <void (*kSplit)(std::vector<std::string>&, std::string const&, char)>
+void TokenizeLines(benchmark::State& state) {
+  std::string const line = Joined(';', 8);
+  std::vector<std::string> pieces, same;
+  TokenizeOurs(same, line, ';');
+  kSplit(pieces, line, ';');
+  Require(pieces == same, "tokenize");
+  for (auto _ : state)
+    for (int i = 0; i < 1000; i++) kSplit(pieces, line, ';');
+}
+
+template <void (*kSplit)(std::vector<std::string>&, std::string const&, char)>
+void TokenizeLong(benchmark::State& state) {
+  std::string const line = Joined(';', 100000);
+  std::vector<std::string> pieces, same;
+  TokenizeOurs(same, line, ';');
+  kSplit(pieces, line, ';');
+  Require(pieces == same, "tokenize");
+  for (auto _ : state) kSplit(pieces, line, ';');
+}
+
+std::vector<std::string> const& Texts() {
   static std::vector<std::string> const texts = [] {
-    std::mt19937 random(2);
-    std::vector<std::string> made(1000);
-    for (auto& text : made) text = std::to_string(static_cast<int>(random()));
+    std::vector<std::string> made;
+    for (int i = 0; i < 1000; i++)
+      made.push_back(std::string(i % 5, ' ') + "Battery of unit " + std::to_string(i) + std::string(i % 3, '\t'));
     return made;
   }();
   return texts;
 }
 
-void OursTextToInt(benchmark::State& state) {
-  for (auto const& text : NumberTexts())
-    if (StrToIntDef(text, 7) != std::atol(text.c_str())) Different("text to int");
-  for (auto _ : state)
-    for (auto const& text : NumberTexts()) benchmark::DoNotOptimize(StrToIntDef(text, 0));
+std::string TrimOurs(std::string const& text) { return Trim(text); }
+std::string TrimAbseil(std::string const& text) { return std::string(absl::StripAsciiWhitespace(text)); }
+std::string UpperOurs(std::string const& text) { return AnsiUpperCase(text); }
+std::string UpperAbseil(std::string const& text) { return absl::AsciiStrToUpper(text); }
+std::string UpperStd(std::string const& text) {
+  std::string result = text;
+  std::transform(result.begin(), result.end(), result.begin(),
+                 [](char c) { return static_cast<char>(std::toupper(static_cast<unsigned char>(c))); });
+  return result;
 }
 
-void PeerTextToInt(benchmark::State& state) {
+template <std::string (*kChange)(std::string const&), std::string (*kOurs)(std::string const&)>
+void Change(benchmark::State& state) {
+  for (std::string const& text : Texts()) Require(kChange(text) == kOurs(text), "changed text");
   for (auto _ : state)
-    for (auto const& text : NumberTexts()) {
-      int value = 0;
-      std::from_chars(text.data(), text.data() + text.size(), value);
-      benchmark::DoNotOptimize(value);
-    }
+    for (std::string const& text : Texts()) benchmark::DoNotOptimize(kChange(text));
 }
 
-void OursIntToText(benchmark::State& state) {
-  for (auto _ : state)
-    for (int i = 0; i < 1000; i++) benchmark::DoNotOptimize(IntToStr(i * 7919));
-}
+// ---- Numbers, a thousand a turn. ----
 
-void PeerIntToText(benchmark::State& state) {
-  for (auto _ : state)
+template <class Number>
+struct Numbers {
+  std::vector<Number> values;
+  std::vector<std::string> texts;
+};
+
+Numbers<int> const& Integers() {
+  static Numbers<int> const numbers = [] {
+    std::mt19937 random(2);
+    Numbers<int> made;
     for (int i = 0; i < 1000; i++) {
-      char buffer[16];
-      benchmark::DoNotOptimize(std::string(buffer, std::to_chars(buffer, buffer + sizeof buffer, i * 7919).ptr));
+      made.values.push_back(static_cast<int>(random()) >> random() % 31);
+      made.texts.push_back(std::to_string(made.values.back()));
     }
+    return made;
+  }();
+  return numbers;
 }
 
-long DateOf(int i) { return 1000000000L + i * 100003L; }
-
-void OursDateDecode(benchmark::State& state) {
-  for (auto _ : state)
-    for (int i = 0; i < 1000; i++) {
-      int year, month, day, hour, minute, second;
-      DecodeDateTime(DateOf(i), &year, &month, &day, &hour, &minute, &second, nullptr, nullptr);
-      benchmark::DoNotOptimize(year + second);
+Numbers<double> const& Floats() {
+  static Numbers<double> const numbers = [] {
+    std::mt19937 random(3);
+    Numbers<double> made;
+    while (made.values.size() < 1000) {
+      double const value = std::ldexp(static_cast<double>(random()), static_cast<int>(random() % 40) - 35);
+      if (value >= 1e5 && value < 1e6) continue;  // six digits without a fraction: fmt writes ".0" there, not "."
+      made.values.push_back(value);
+      made.texts.push_back(fmt::format("{:.9g}", value));
+      for (char& c : made.texts.back()) c = c == 'e' ? 'E' : c;
     }
+    return made;
+  }();
+  return numbers;
 }
 
-void PeerDateDecode(benchmark::State& state) {
+std::string IntTextOurs(int value) { return IntToStr(value); }
+std::string IntTextToChars(int value) {
+  char buffer[16];
+  return std::string(buffer, std::to_chars(buffer, buffer + sizeof buffer, value).ptr);
+}
+long IntOurs(std::string const& text) { return StrToIntDef(text, 0); }
+long IntFromChars(std::string const& text) {
+  int value = 0;
+  std::from_chars(text.data(), text.data() + text.size(), value);
+  return value;
+}
+std::string FloatTextOurs(double value) { return FloatToStr(value, 0, 6, ' '); }
+std::string FloatTextFmt(double value) { return fmt::format("{:#.6g}", value); }
+double FloatOurs(std::string const& text) { return StrToFloatDef(text, 0); }
+double FloatFastFloat(std::string const& text) {
+  double value = 0;
+  fast_float::from_chars(text.data(), text.data() + text.size(), value);
+  return value;
+}
+
+template <class Number, auto kNumbers, auto kText, auto kSame>
+void NumberToText(benchmark::State& state) {
+  for (Number const value : kNumbers().values) Require(kText(value) == kSame(value), "text of a number");
   for (auto _ : state)
-    for (int i = 0; i < 1000; i++) {
-      time_t const when = DateOf(i);
+    for (Number const value : kNumbers().values) benchmark::DoNotOptimize(kText(value));
+}
+
+template <auto kNumbers, auto kRead, auto kSame>
+void TextToNumber(benchmark::State& state) {
+  for (std::string const& text : kNumbers().texts) Require(kRead(text) == kSame(text), "number of a text");
+  for (auto _ : state)
+    for (std::string const& text : kNumbers().texts) benchmark::DoNotOptimize(kRead(text));
+}
+
+// ---- Dates, a thousand a turn: no leap day and no 31 December of a leap year, which are kept odd on purpose. ----
+
+struct Date {
+  int year, month, day, hour, minute, second;
+};
+
+std::vector<long> const& Moments() {
+  static std::vector<long> const moments = [] {
+    std::mt19937 random(4);
+    std::vector<long> made;
+    while (made.size() < 1000) {
+      time_t const when = static_cast<time_t>(random() % 2147483647);
       struct tm fields;
-      benchmark::DoNotOptimize(gmtime_r(&when, &fields));
+      gmtime_r(&when, &fields);
+      if (fields.tm_year % 4 != 0 || (fields.tm_yday != 59 && fields.tm_yday != 365)) made.push_back(when);
     }
+    return made;
+  }();
+  return moments;
 }
 
-void OursDateToText(benchmark::State& state) {
+Date DateOurs(long t) {
+  Date d;
+  DecodeDateTime(t, &d.year, &d.month, &d.day, &d.hour, &d.minute, &d.second, nullptr, nullptr);
+  return d;
+}
+
+Date DateLibrary(long t) {
+  date::sys_seconds const when{std::chrono::seconds(t)};
+  auto const days = date::floor<date::days>(when);
+  date::year_month_day const ymd(days);
+  date::hh_mm_ss<std::chrono::seconds> const time(when - days);
+  return {static_cast<int>(ymd.year()),
+          static_cast<int>(static_cast<unsigned>(ymd.month())),
+          static_cast<int>(static_cast<unsigned>(ymd.day())),
+          static_cast<int>(time.hours().count()),
+          static_cast<int>(time.minutes().count()),
+          static_cast<int>(time.seconds().count())};
+}
+
+long MomentOurs(Date const& d) { return EncodeDateTime(d.year, d.month, d.day, d.hour, d.minute, d.second); }
+long MomentLibrary(Date const& d) {
+  auto const ymd = date::year(d.year) / d.month / d.day;
+  if (!ymd.ok()) return -1;
+  return (date::sys_days(ymd).time_since_epoch() + std::chrono::hours(d.hour) + std::chrono::minutes(d.minute) +
+          std::chrono::seconds(d.second))
+      .count();
+}
+
+std::string DateTextOurs(long t) { return DateTimeToStr(t); }
+std::string DateTextFmt(long t) { return fmt::format("{:%d/%m/%Y %H:%M:%S}", fmt::gmtime(static_cast<time_t>(t))); }
+long TextDateOurs(std::string const& text) { return StrToDateTime(text.c_str(), nullptr, -1); }
+long TextDateStrptime(std::string const& text) {
+  struct tm fields = {};
+  if (strptime(text.c_str(), "%d/%m/%Y %H:%M:%S", &fields) == nullptr) return -1;
+  return timegm(&fields);
+}
+
+template <Date (*kDecode)(long)>
+void DateDecode(benchmark::State& state) {
+  for (long const t : Moments()) Require(MomentOurs(kDecode(t)) == t, "decoded date");
   for (auto _ : state)
-    for (int i = 0; i < 1000; i++) benchmark::DoNotOptimize(DateTimeToStr(DateOf(i)));
+    for (long const t : Moments()) benchmark::DoNotOptimize(kDecode(t));
 }
 
-void PeerDateToText(benchmark::State& state) {
-  for (int i = 0; i < 1000; i++) {
-    time_t const when = DateOf(i);
-    struct tm fields;
-    char text[32];
-    strftime(text, sizeof text, "%d/%m/%Y %H:%M:%S", gmtime_r(&when, &fields));
-    bool const odd = fields.tm_year % 4 == 0 && (fields.tm_yday == 59 || fields.tm_yday == 365);  // kept on purpose
-    if (!odd && DateTimeToStr(DateOf(i)) != text) Different("date to text");
-  }
+template <long (*kEncode)(Date const&)>
+void DateEncode(benchmark::State& state) {
+  std::vector<Date> dates;
+  for (long const t : Moments()) dates.push_back(DateOurs(t));
+  for (std::size_t i = 0; i < dates.size(); i++) Require(kEncode(dates[i]) == Moments()[i], "encoded date");
   for (auto _ : state)
-    for (int i = 0; i < 1000; i++) {
-      time_t const when = DateOf(i);
-      struct tm fields;
-      char text[32];
-      std::size_t const length = strftime(text, sizeof text, "%d/%m/%Y %H:%M:%S", gmtime_r(&when, &fields));
-      benchmark::DoNotOptimize(std::string(text, length));
-    }
+    for (Date const& date : dates) benchmark::DoNotOptimize(kEncode(date));
 }
 
-void OursTextToDate(benchmark::State& state) {
-  std::string const text = "07/03/2005 11:22:33";
+template <std::string (*kText)(long)>
+void DateToText(benchmark::State& state) {
+  for (long const t : Moments()) Require(kText(t) == DateTextOurs(t), "text of a date");
   for (auto _ : state)
-    for (int i = 0; i < 1000; i++) benchmark::DoNotOptimize(StrToDateTime(text.c_str(), nullptr, -1));
+    for (long const t : Moments()) benchmark::DoNotOptimize(kText(t));
 }
 
-void PeerTextToDate(benchmark::State& state) {
+template <long (*kRead)(std::string const&)>
+void TextToDate(benchmark::State& state) {
+  std::vector<std::string> texts;
+  for (long const t : Moments()) texts.push_back(DateTextOurs(t));
+  for (std::size_t i = 0; i < texts.size(); i++) Require(kRead(texts[i]) == Moments()[i], "date of a text");
   for (auto _ : state)
-    for (int i = 0; i < 1000; i++) {
-      struct tm fields = {};
-      strptime("07/03/2005 11:22:33", "%d/%m/%Y %H:%M:%S", &fields);
-      benchmark::DoNotOptimize(timegm(&fields));
-    }
+    for (std::string const& text : texts) benchmark::DoNotOptimize(kRead(text));
 }
 
-#define ZELVANE_PAIR(task, ours, peer, name)                          \
-  BENCHMARK(ours)->Name(task "/ours")->Unit(benchmark::kMicrosecond); \
-  BENCHMARK(peer)->Name(task "/" name)->Unit(benchmark::kMicrosecond)
-ZELVANE_PAIR("base64-encode-1MiB", OursEncode, PeerEncode, "glib");
-ZELVANE_PAIR("base64-decode-1MiB", OursDecode, PeerDecode, "glib");
-ZELVANE_PAIR("tokenize-1000000", OursTokenize, PeerTokenize, "glib");
-ZELVANE_PAIR("text-to-int-1000", OursTextToInt, PeerTextToInt, "from_chars");
-ZELVANE_PAIR("int-to-text-1000", OursIntToText, PeerIntToText, "to_chars");
-ZELVANE_PAIR("date-decode-1000", OursDateDecode, PeerDateDecode, "gmtime_r");
-ZELVANE_PAIR("date-to-text-1000", OursDateToText, PeerDateToText, "strftime");
-ZELVANE_PAIR("text-to-date-1000", OursTextToDate, PeerTextToDate, "strptime");
+#define ZELVANE_ROW(name, ...) BENCHMARK(__VA_ARGS__)->Name(name)->Unit(benchmark::kMicrosecond)
+ZELVANE_ROW("base64-encode-1MiB/ours", Encode<EncodeOurs>);
+ZELVANE_ROW("base64-encode-1MiB/openssl", Encode<EncodeOpenssl>);
+ZELVANE_ROW("base64-encode-1MiB/glib", Encode<EncodeGlib>);
+ZELVANE_ROW("base64-decode-1MiB/ours", Decode<DecodeOurs>);
+ZELVANE_ROW("base64-decode-1MiB/abseil", Decode<DecodeAbseil>);
+ZELVANE_ROW("base64-decode-1MiB/glib", Decode<DecodeGlib>);
+ZELVANE_ROW("tokenize-lines/ours", TokenizeLines<TokenizeOurs>);
+ZELVANE_ROW("tokenize-lines/abseil", TokenizeLines<TokenizeAbseil>);
+ZELVANE_ROW("tokenize-long-line/ours", TokenizeLong<TokenizeOurs>);
+ZELVANE_ROW("tokenize-long-line/abseil", TokenizeLong<TokenizeAbseil>);
+ZELVANE_ROW("trim/ours", Change<TrimOurs, TrimOurs>);
+ZELVANE_ROW("trim/abseil", Change<TrimAbseil, TrimOurs>);
+ZELVANE_ROW("upper-case/ours", Change<UpperOurs, UpperOurs>);
+ZELVANE_ROW("upper-case/abseil", Change<UpperAbseil, UpperOurs>);
+ZELVANE_ROW("upper-case/std", Change<UpperStd, UpperOurs>);
+ZELVANE_ROW("int-to-text/ours", NumberToText<int, Integers, IntTextOurs, IntTextToChars>);
+ZELVANE_ROW("int-to-text/to_chars", NumberToText<int, Integers, IntTextToChars, IntTextOurs>);
+ZELVANE_ROW("text-to-int/ours", TextToNumber<Integers, IntOurs, IntFromChars>);
+ZELVANE_ROW("text-to-int/from_chars", TextToNumber<Integers, IntFromChars, IntOurs>);
+ZELVANE_ROW("float-to-text/ours", NumberToText<double, Floats, FloatTextOurs, FloatTextFmt>);
+ZELVANE_ROW("float-to-text/fmt", NumberToText<double, Floats, FloatTextFmt, FloatTextOurs>);
+ZELVANE_ROW("text-to-float/ours", TextToNumber<Floats, FloatOurs, FloatFastFloat>);
+ZELVANE_ROW("text-to-float/fast_float", TextToNumber<Floats, FloatFastFloat, FloatOurs>);
+ZELVANE_ROW("date-encode/ours", DateEncode<MomentOurs>);
+ZELVANE_ROW("date-encode/date", DateEncode<MomentLibrary>);
+ZELVANE_ROW("date-decode/ours", DateDecode<DateOurs>);
+ZELVANE_ROW("date-decode/date", DateDecode<DateLibrary>);
+ZELVANE_ROW("date-to-text/ours", DateToText<DateTextOurs>);
+ZELVANE_ROW("date-to-text/fmt", DateToText<DateTextFmt>);
+ZELVANE_ROW("text-to-date/ours", TextToDate<TextDateOurs>);
+ZELVANE_ROW("text-to-date/strptime", TextToDate<TextDateStrptime>);
 
 }  // namespace

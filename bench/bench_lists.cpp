@@ -1,46 +1,27 @@
-// The growing lists: the browse list and the language tables, with a hundred thousand entries and a tenth of that.
-// Files lie in memory. No peer: what is to be seen is that ten times the entries cost about ten times the time.
-#include <benchmark/benchmark.h>
-#include <unistd.h>
+// The browse list beside the same list kept by hand over GKeyFile and SimpleIni; then the growing lists, with a hundred
+// thousand entries and a tenth of that, where ten times the entries shall cost about ten times the time.
+#define SI_NO_CONVERSION
+#include <SimpleIni.h>
+#include <glib.h>
 
-#include <cstdio>
-#include <cstdlib>
+#include <cstring>
 #include <fstream>
+#include <set>
 #include <string>
+#include <vector>
 
+#include "bench.h"
 #include "zelvane/browse/browselist.h"
 #include "zelvane/lang/langclass.h"
 
 namespace {
-
-[[noreturn]] void Wrong(char const* what) {
-  std::fprintf(stderr, "wrong result: %s\n", what);
-  std::exit(1);
-}
-
-void Check(bool right, char const* what) {
-  if (!right) Wrong(what);
-}
-
-// A file in memory, gone with the object.
-class File {
- public:
-  File() : path_("/dev/shm/zelvane-bench-lists-" + std::to_string(getpid())) {}
-  ~File() { unlink(path_.c_str()); }
-  File(File const&) = delete;
-  File& operator=(File const&) = delete;
-  char const* Path() const { return path_.c_str(); }
-
- private:
-  std::string path_;
-};
 
 std::string AddressOf(int i) {
   return "10." + std::to_string(i >> 16) + "." + std::to_string(i >> 8 & 255) + "." + std::to_string(i & 255);
 }
 
 // One group with `count` computers, and a UPS unit for every tenth.
-void WriteList(File const& file, int count) {
+void WriteList(ScratchFile const& file, int count) {
   std::ofstream out(file.Path());
   out << "[GROUPS]\n0 = all;-1\n[COMPUTERS]\n";
   for (int i = 0; i < count; i++) out << i << " = host" << i << ";" << AddressOf(i) << ";0\n";
@@ -48,53 +29,235 @@ void WriteList(File const& file, int count) {
   for (int i = 0; i < count; i += 10) out << i << " = ups" << i << ";" << AddressOf(i) << ";1;" << i << "\n";
 }
 
+// ---- By hand: what a program does that keeps the same file with a library for such files. ----
+
+constexpr int kGroupSize = 100;
+
+// Groups of a hundred computers each.
+void WriteGroups(ScratchFile const& file, int count) {
+  std::ofstream out(file.Path());
+  out << "[GROUPS]\n";
+  for (int i = 0; i < count / kGroupSize; i++) out << i << " = group" << i << ";-1\n";
+  out << "[COMPUTERS]\n";
+  for (int i = 0; i < count; i++) out << i << " = host" << i << ";" << AddressOf(i) << ";" << i / kGroupSize << "\n";
+}
+
+struct Computer {
+  long id = 0;
+  std::string name, address;
+  long group = 0;
+};
+
+Computer Parsed(char const* key, char const* value) {
+  Computer computer;
+  computer.id = std::atol(key);
+  char const* const first = std::strchr(value, ';');
+  char const* const second = std::strchr(first + 1, ';');
+  computer.name.assign(value, first);
+  computer.address.assign(first + 1, second);
+  computer.group = std::atol(second + 1);
+  return computer;
+}
+
+class ByKeyFile {
+ public:
+  explicit ByKeyFile(ScratchFile const& file) : path_(file.Path()), list_(g_key_file_new()) {
+    Require(g_key_file_load_from_file(list_, path_.c_str(), G_KEY_FILE_KEEP_COMMENTS, nullptr), "load");
+  }
+  ~ByKeyFile() { g_key_file_free(list_); }
+  void Save() { Require(g_key_file_save_to_file(list_, path_.c_str(), nullptr), "save"); }
+  void Set(char const* key, char const* value) { g_key_file_set_value(list_, "COMPUTERS", key, value); }
+  void Remove(char const* section, char const* key) { g_key_file_remove_key(list_, section, key, nullptr); }
+
+  template <class Take>
+  void ForEach(Take take) {
+    gchar** const keys = g_key_file_get_keys(list_, "COMPUTERS", nullptr, nullptr);
+    for (gchar** key = keys; *key != nullptr; key++) {
+      gchar* const value = g_key_file_get_value(list_, "COMPUTERS", *key, nullptr);
+      take(*key, value);
+      g_free(value);
+    }
+    g_strfreev(keys);
+  }
+
+ private:
+  std::string path_;
+  GKeyFile* list_;
+};
+
+class BySimpleIni {
+ public:
+  explicit BySimpleIni(ScratchFile const& file) : path_(file.Path()) {
+    Require(list_.LoadFile(path_.c_str()) == SI_OK, "load");
+  }
+  void Save() { Require(list_.SaveFile(path_.c_str(), false) == SI_OK, "save"); }
+  void Set(char const* key, char const* value) { list_.SetValue("COMPUTERS", key, value); }
+  void Remove(char const* section, char const* key) { list_.Delete(section, key); }
+
+  template <class Take>
+  void ForEach(Take take) {
+    CSimpleIniA::TNamesDepend keys;
+    list_.GetAllKeys("COMPUTERS", keys);
+    for (auto const& key : keys) take(key.pItem, list_.GetValue("COMPUTERS", key.pItem));
+  }
+
+ private:
+  std::string path_;
+  CSimpleIniA list_;
+};
+
+template <class List>
+void WalkByHand(benchmark::State& state) {
+  int const count = static_cast<int>(state.range(0));
+  ScratchFile const file("lists");
+  WriteGroups(file, count);
+  for (auto _ : state) {
+    List list(file);
+    long sum = 0;
+    list.ForEach([&](char const* key, char const* value) { sum += Parsed(key, value).id; });
+    Require(sum == static_cast<long>(count) * (count - 1) / 2, "walk");
+  }
+}
+
+template <class List>
+void AddByHand(benchmark::State& state) {
+  int const count = static_cast<int>(state.range(0));
+  for (auto _ : state) {
+    state.PauseTiming();
+    ScratchFile const file("lists");
+    WriteGroups(file, count);
+    state.ResumeTiming();
+    List list(file);
+    for (int i = 0; i < 100; i++) {
+      std::set<long> used;
+      list.ForEach([&](char const* key, char const*) { used.insert(std::atol(key)); });
+      long id = 0;
+      while (used.count(id) != 0) id++;
+      Require(id == count + i, "identifier");
+      list.Set(std::to_string(id).c_str(), "host;10.0.0.1;-1");
+    }
+    list.Save();
+  }
+}
+
+template <class List>
+void RemoveGroupByHand(benchmark::State& state) {
+  int const count = static_cast<int>(state.range(0));
+  for (auto _ : state) {
+    state.PauseTiming();
+    ScratchFile const file("lists");
+    WriteGroups(file, count);
+    state.ResumeTiming();
+    List list(file);
+    std::vector<std::string> gone;
+    list.ForEach([&](char const* key, char const* value) {
+      if (Parsed(key, value).group == 0) gone.emplace_back(key);
+    });
+    Require(gone.size() == kGroupSize, "group");
+    for (std::string const& key : gone) list.Remove("COMPUTERS", key.c_str());
+    list.Remove("GROUPS", "0");
+    list.Save();
+  }
+}
+
+void WalkOurs(benchmark::State& state) {
+  int const count = static_cast<int>(state.range(0));
+  ScratchFile const file("lists");
+  WriteGroups(file, count);
+  for (auto _ : state) {
+    void* const list = OpenBrwsList(file.Path().c_str());
+    long sum = 0;
+    BrwsComputerRec computer;
+    for (unsigned long i = 0; i < GetBrwsComputersCount(list); i++) {
+      Require(GetBrwsComputerByIndex(list, i, &computer) == 1, "walk");
+      sum += computer.id;
+    }
+    Require(sum == static_cast<long>(count) * (count - 1) / 2, "walk");
+    CloseBrwsList(list);
+  }
+}
+
+void AddOurs(benchmark::State& state) {
+  int const count = static_cast<int>(state.range(0));
+  for (auto _ : state) {
+    state.PauseTiming();
+    ScratchFile const file("lists");
+    WriteGroups(file, count);
+    state.ResumeTiming();
+    void* const list = OpenBrwsList(file.Path().c_str());
+    BrwsComputerRec const computer = {0, "host", "10.0.0.1", -1};
+    for (int i = 0; i < 100; i++) {
+      unsigned long id = 0;
+      Require(AddBrwsComputer(list, &computer, false, &id, false) == 1, "add");
+      Require(id == static_cast<unsigned long>(count + i), "identifier");
+    }
+    CloseBrwsList(list);
+  }
+}
+
+void RemoveGroupOurs(benchmark::State& state) {
+  int const count = static_cast<int>(state.range(0));
+  for (auto _ : state) {
+    state.PauseTiming();
+    ScratchFile const file("lists");
+    WriteGroups(file, count);
+    state.ResumeTiming();
+    void* const list = OpenBrwsList(file.Path().c_str());
+    Require(RemoveBrwsGroup(list, 0, false) == 1, "remove");
+    Require(GetBrwsComputersCount(list) == static_cast<unsigned long>(count - kGroupSize), "removed");
+    CloseBrwsList(list);
+  }
+}
+
+// ---- Growth. ----
+
 void FillList(benchmark::State& state, bool maxPlusOne) {
   int const count = static_cast<int>(state.range(0));
   for (auto _ : state) {
-    File const file;
-    void* const list = OpenBrwsList(file.Path());
+    ScratchFile const file("lists");
+    void* const list = OpenBrwsList(file.Path().c_str());
     BrwsComputerRec computer = {};
     for (int i = 0; i < count; i++) {
       AddressOf(i).copy(computer.address, sizeof computer.address - 1);
       ("host" + std::to_string(i)).copy(computer.name, sizeof computer.name - 1);
       unsigned long id = 0;
-      Check(AddBrwsComputer(list, &computer, maxPlusOne, &id, false) == 1, "add");
-      Check(id == static_cast<unsigned long>(i) + (maxPlusOne ? 1 : 0), "identifier");
+      Require(AddBrwsComputer(list, &computer, maxPlusOne, &id, false) == 1, "add");
+      Require(id == static_cast<unsigned long>(i) + (maxPlusOne ? 1 : 0), "identifier");
     }
-    Check(GetBrwsComputersCount(list) == static_cast<unsigned long>(count) && CloseBrwsList(list) == 1, "fill");
+    Require(GetBrwsComputersCount(list) == static_cast<unsigned long>(count) && CloseBrwsList(list) == 1, "fill");
   }
 }
 
 // The smallest identifier is free again and again, at the far end of a long list from where the last one was.
 void RemoveAndAdd(benchmark::State& state) {
   int const count = static_cast<int>(state.range(0));
-  File const file;
+  ScratchFile const file("lists");
   WriteList(file, count);
-  void* const list = OpenBrwsList(file.Path());
+  void* const list = OpenBrwsList(file.Path().c_str());
   BrwsNobreakRec const nobreak = {0, "ups", 1, -1};
   int i = 0;
   for (auto _ : state) {
     unsigned long id = 0;
     i = (i + 7919) % count;
-    Check(AddBrwsNobreak(list, &nobreak, false, &id, false) == 1, "add");
-    Check(RemoveBrwsNobreak(list, static_cast<long>(id), false) == 1, "remove");
+    Require(AddBrwsNobreak(list, &nobreak, false, &id, false) == 1, "add");
+    Require(RemoveBrwsNobreak(list, static_cast<long>(id), false) == 1, "remove");
   }
   CloseBrwsList(list);
 }
 
 void WalkList(benchmark::State& state) {
   int const count = static_cast<int>(state.range(0));
-  File const file;
+  ScratchFile const file("lists");
   WriteList(file, count);
   for (auto _ : state) {
-    void* const list = OpenBrwsList(file.Path());
+    void* const list = OpenBrwsList(file.Path().c_str());
     unsigned long sum = 0;
     BrwsComputerRec computer = {};
     for (unsigned long i = 0; i < GetBrwsComputersCount(list); i++) {
-      Check(GetBrwsComputerByIndex(list, i, &computer) == 1, "walk");
+      Require(GetBrwsComputerByIndex(list, i, &computer) == 1, "walk");
       sum += static_cast<unsigned long>(computer.id);
     }
-    Check(sum == static_cast<unsigned long>(count) * static_cast<unsigned long>(count - 1) / 2, "walk");
+    Require(sum == static_cast<unsigned long>(count) * static_cast<unsigned long>(count - 1) / 2, "walk");
     CloseBrwsList(list);
   }
 }
@@ -103,15 +266,15 @@ void RemoveGroup(benchmark::State& state) {
   int const count = static_cast<int>(state.range(0));
   for (auto _ : state) {
     state.PauseTiming();
-    File const file;
+    ScratchFile const file("lists");
     WriteList(file, count);
-    void* list = OpenBrwsList(file.Path());
+    void* list = OpenBrwsList(file.Path().c_str());
     state.ResumeTiming();
-    Check(RemoveBrwsGroup(list, 0, false) == 1, "remove");
+    Require(RemoveBrwsGroup(list, 0, false) == 1, "remove");
     state.PauseTiming();
     CloseBrwsList(list);
-    list = OpenBrwsList(file.Path());
-    Check(GetBrwsGroupsCount(list) + GetBrwsComputersCount(list) + GetBrwsNobreaksCount(list) == 0, "left behind");
+    list = OpenBrwsList(file.Path().c_str());
+    Require(GetBrwsGroupsCount(list) + GetBrwsComputersCount(list) + GetBrwsNobreaksCount(list) == 0, "left behind");
     CloseBrwsList(list);
     state.ResumeTiming();
   }
@@ -119,24 +282,32 @@ void RemoveGroup(benchmark::State& state) {
 
 void LoadLanguage(benchmark::State& state) {
   int const count = static_cast<int>(state.range(0));
-  File const file;
+  ScratchFile const file("lists");
   {
     std::ofstream out(file.Path());
     out << "[LANG]\n1 = English\n[1]\n";
     for (int i = 0; i < count; i++) out << i << " = text number " << i << "\n";
   }
   LangClass lang;
-  lang.SetFileName(file.Path());
+  lang.SetFileName(file.Path().c_str());
   std::string const last = "text number " + std::to_string(count - 1);
   for (auto _ : state) {
-    Check(lang.LoadStrings(1), "load");
-    Check(lang.GetLangStr(count - 1) == last && lang.GetLangStr(count).empty(), "texts");
+    Require(lang.LoadStrings(1), "load");
+    Require(lang.GetLangStr(count - 1) == last && lang.GetLangStr(count).empty(), "texts");
   }
 }
 
 void FillSmallest(benchmark::State& state) { FillList(state, false); }
 void FillMaxPlusOne(benchmark::State& state) { FillList(state, true); }
 
+#define ZELVANE_ROW(name, ...) BENCHMARK(__VA_ARGS__)->Name(name)->Arg(100)->Arg(10000)->Unit(benchmark::kMicrosecond)
+ZELVANE_ROW("browse-walk/ours", WalkOurs);
+ZELVANE_ROW("browse-walk/gkeyfile", WalkByHand<ByKeyFile>);
+ZELVANE_ROW("browse-add-100/ours", AddOurs);
+ZELVANE_ROW("browse-add-100/gkeyfile", AddByHand<ByKeyFile>);
+ZELVANE_ROW("browse-add-100/simpleini", AddByHand<BySimpleIni>);
+ZELVANE_ROW("browse-remove-group/ours", RemoveGroupOurs);
+ZELVANE_ROW("browse-remove-group/simpleini", RemoveGroupByHand<BySimpleIni>);
 BENCHMARK(FillSmallest)->Name("fill-smallest/ours")->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
 BENCHMARK(FillMaxPlusOne)->Name("fill-max-plus-one/ours")->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
 BENCHMARK(RemoveAndAdd)->Name("add-and-remove-one/ours")->Arg(10000)->Arg(100000)->Unit(benchmark::kMicrosecond);

@@ -1,19 +1,17 @@
 // The logs beside what the machine does with the same bytes: appending event records against bare system calls, and the
 // statistics over a million of them against loops over an array. Files lie in memory.
-#include <benchmark/benchmark.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <iterator>
 #include <random>
 #include <string>
 
+#include "bench.h"
 #include "zelvane/logs/logclass.h"
 #include "zelvane/logs/logreader.h"
 
@@ -23,13 +21,6 @@ constexpr size_t kPayload = 64;
 constexpr size_t kRecord = 4 + kPayload;
 constexpr int kRecords = 1000000;
 constexpr std::uint16_t kStart = 7, kEnd = 8;
-
-[[noreturn]] void Different(char const* what) {
-  std::fprintf(stderr, "ours and the peer differ: %s\n", what);
-  std::exit(1);
-}
-
-std::string Scratch(char const* name) { return "/dev/shm/zelvane-bench-" + std::to_string(getpid()) + "-" + name; }
 
 std::string ReadAll(std::string const& path) {
   std::ifstream in(path, std::ios::binary);
@@ -43,49 +34,47 @@ void AppendPeer(std::string const& path, std::int32_t when, char const* payload)
   std::memcpy(record, &when, 4);
   std::memcpy(record + 4, payload, kPayload);
   int const file = open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
-  if (file < 0 || write(file, record, kRecord) != static_cast<ssize_t>(kRecord) || close(file) != 0) Different("write");
+  Require(file >= 0 && write(file, record, kRecord) == static_cast<ssize_t>(kRecord) && close(file) == 0, "write");
 }
 
 void CheckAppend() {
-  std::string const ours = Scratch("ours"), peer = Scratch("peer");
+  ScratchFile const ours("ours"), peer("peer");
   LogClass log;
-  log.SetFile(ours);
+  log.SetFile(ours.Path());
   char payload[kPayload];
   for (int i = 0; i < 1000; i++) {
     std::memset(payload, i, sizeof payload);
-    if (!log.WriteReg(i, payload, kPayload)) Different("append");
-    AppendPeer(peer, i, payload);
+    Require(log.WriteReg(i, payload, kPayload), "append");
+    AppendPeer(peer.Path(), i, payload);
   }
-  if (ReadAll(ours) != ReadAll(peer)) Different("appended records");
-  unlink(ours.c_str());
-  unlink(peer.c_str());
+  Require(ReadAll(ours.Path()) == ReadAll(peer.Path()), "appended records");
 }
 
 void OursAppend(benchmark::State& state) {
   CheckAppend();
-  std::string const path = Scratch("append");
+  ScratchFile const file("append");
+  std::string const& path = file.Path();
   char const payload[kPayload] = "mains failed";
   LogClass log;
   log.SetFile(path);
   log.SetMaxLines(UINT32_MAX);
   std::int32_t when = 0;
-  for (auto _ : state)
-    if (!log.WriteReg(when++, payload, kPayload)) Different("append");
-  unlink(path.c_str());
+  for (auto _ : state) Require(log.WriteReg(when++, payload, kPayload), "append");
 }
 
 void PeerAppend(benchmark::State& state) {
-  std::string const path = Scratch("append");
+  ScratchFile const file("append");
+  std::string const& path = file.Path();
   char const payload[kPayload] = "mains failed";
   std::int32_t when = 0;
   for (auto _ : state) AppendPeer(path, when++, payload);
-  unlink(path.c_str());
 }
 
 // The same calls with what the log owes its callers on top: how many records there are before and after, and no scratch
 // file left of an earlier cut.
 void FloorAppend(benchmark::State& state) {
-  std::string const path = Scratch("append"), scratch = path + ".tmp";
+  ScratchFile const log("append");
+  std::string const &path = log.Path(), scratch = path + ".tmp";
   char const payload[kPayload] = "mains failed";
   std::int32_t when = 0;
   auto const count = [&] {
@@ -100,7 +89,78 @@ void FloorAppend(benchmark::State& state) {
     unlink(scratch.c_str());
     count();
   }
-  unlink(path.c_str());
+}
+
+// ---- Reading ----
+
+constexpr unsigned long kReads = 1000;
+
+void FillLog(std::string const& path, int records) {
+  std::ofstream out(path, std::ios::binary);
+  for (std::int32_t i = 0; i < records; i++) {
+    char record[kRecord] = {};
+    std::memcpy(record, &i, 4);
+    record[4] = static_cast<char>(i);
+    out.write(record, kRecord);
+  }
+}
+
+void OursOpen(benchmark::State& state) {
+  ScratchFile const file("open");
+  FillLog(file.Path(), static_cast<int>(state.range(0)));
+  LogClass log;
+  log.SetFile(file.Path());
+  for (auto _ : state) {
+    Require(log.LoadFile(kPayload) == static_cast<unsigned long>(state.range(0)), "load");
+    log.UnloadFile();
+  }
+}
+
+void FloorOpen(benchmark::State& state) {
+  ScratchFile const scratch("open");
+  FillLog(scratch.Path(), static_cast<int>(state.range(0)));
+  for (auto _ : state) {
+    int const file = open(scratch.Path().c_str(), O_RDONLY | O_CLOEXEC);
+    struct stat status = {};
+    fstat(file, &status);
+    void* const bytes = std::malloc(static_cast<std::size_t>(status.st_size));
+    Require(read(file, bytes, static_cast<std::size_t>(status.st_size)) == status.st_size, "read");
+    close(file);
+    std::free(bytes);
+  }
+}
+
+// Each asks how long the file is, then opens it again and reads one record: the log owes its callers both, for every
+// record, because another program may cut the file at any moment.
+void OursReadByIndex(benchmark::State& state) {
+  ScratchFile const file("read");
+  FillLog(file.Path(), 10000);
+  LogClass log;
+  log.SetFile(file.Path());
+  char payload[kPayload];
+  for (auto _ : state)
+    for (unsigned long i = 0; i < kReads; i++) {
+      long when = 0;
+      Require(log.ReadFileReg(i * 7 % 10000, &when, payload, kPayload) && when == static_cast<long>(i * 7 % 10000),
+              "record");
+    }
+}
+
+void FloorReadByIndex(benchmark::State& state) {
+  ScratchFile const scratch("read");
+  FillLog(scratch.Path(), 10000);
+  char record[kRecord];
+  for (auto _ : state)
+    for (unsigned long i = 0; i < kReads; i++) {
+      struct stat status = {};
+      int file = open(scratch.Path().c_str(), O_RDONLY | O_CLOEXEC);
+      fstat(file, &status);
+      close(file);
+      file = open(scratch.Path().c_str(), O_RDONLY | O_CLOEXEC);
+      Require(pread(file, record, kRecord, static_cast<off_t>(i * 7 % 10000 * kRecord)) == kRecord, "record");
+      close(file);
+      benchmark::DoNotOptimize(record);
+    }
 }
 
 // ---- Statistics ----
@@ -125,11 +185,11 @@ struct Sample {
     }
     first = static_cast<std::int32_t>(EncodeProgDateTime(2005, 3, 1, 0, 0, 0));
     last = static_cast<std::int32_t>(EncodeProgDateTime(2006, 3, 1, 23, 59, 59));
-    std::string const path = Scratch("sample");
+    ScratchFile const file("sample");
+    std::string const& path = file.Path();
     std::ofstream(path, std::ios::binary) << bytes;
     handle = LogReaderOpen(path.c_str());
-    unlink(path.c_str());
-    if (LogReaderRegCount(handle) != kRecords) Different("load");
+    Require(LogReaderRegCount(handle) == kRecords, "load");
   }
   ~Sample() { LogReaderClose(handle); }
 
@@ -156,8 +216,7 @@ unsigned long CountPeer(Sample const& sample, std::uint16_t code) {
 void OursCount(benchmark::State& state) {
   Sample const& sample = Sample::Get();
   for (std::uint16_t code = 0; code < 11; code++)
-    if (LogReaderCountEvents(sample.handle, code, sample.first, sample.last) != CountPeer(sample, code))
-      Different("counts");
+    Require(LogReaderCountEvents(sample.handle, code, sample.first, sample.last) == CountPeer(sample, code), "counts");
   for (auto _ : state) benchmark::DoNotOptimize(LogReaderCountEvents(sample.handle, kStart, sample.first, sample.last));
 }
 
@@ -193,8 +252,7 @@ long TimePeer(Sample const& sample) {
 
 void OursTime(benchmark::State& state) {
   Sample const& sample = Sample::Get();
-  if (LogReaderTimeEvents(sample.handle, kStart, kEnd, -1, sample.first, sample.last) != TimePeer(sample))
-    Different("times");
+  Require(LogReaderTimeEvents(sample.handle, kStart, kEnd, -1, sample.first, sample.last) == TimePeer(sample), "times");
   for (auto _ : state)
     benchmark::DoNotOptimize(LogReaderTimeEvents(sample.handle, kStart, kEnd, -1, sample.first, sample.last));
 }
@@ -204,12 +262,16 @@ void PeerTime(benchmark::State& state) {
   for (auto _ : state) benchmark::DoNotOptimize(TimePeer(sample));
 }
 
-BENCHMARK(OursAppend)->Name("append/ours/68");
-BENCHMARK(PeerAppend)->Name("append/raw/68");
-BENCHMARK(FloorAppend)->Name("append/same-calls/68");
+BENCHMARK(OursAppend)->Name("log-append/ours/68");
+BENCHMARK(PeerAppend)->Name("log-append/bare/68");
+BENCHMARK(FloorAppend)->Name("log-append/floor/68");
+BENCHMARK(OursOpen)->Name("log-open/ours")->Arg(10000)->Unit(benchmark::kMicrosecond);
+BENCHMARK(FloorOpen)->Name("log-open/floor")->Arg(10000)->Unit(benchmark::kMicrosecond);
+BENCHMARK(OursReadByIndex)->Name("log-read-by-index/ours")->Unit(benchmark::kMicrosecond);
+BENCHMARK(FloorReadByIndex)->Name("log-read-by-index/floor")->Unit(benchmark::kMicrosecond);
 BENCHMARK(OursCount)->Name("count-events/ours/1000000")->Unit(benchmark::kMicrosecond);
-BENCHMARK(PeerCount)->Name("count-events/loop/1000000")->Unit(benchmark::kMicrosecond);
+BENCHMARK(PeerCount)->Name("count-events/floor/1000000")->Unit(benchmark::kMicrosecond);
 BENCHMARK(OursTime)->Name("time-events/ours/1000000")->Unit(benchmark::kMicrosecond);
-BENCHMARK(PeerTime)->Name("time-events/loop/1000000")->Unit(benchmark::kMicrosecond);
+BENCHMARK(PeerTime)->Name("time-events/floor/1000000")->Unit(benchmark::kMicrosecond);
 
 }  // namespace

@@ -1,5 +1,8 @@
 #!/usr/bin/env python3
-"""Prints the medians of benchmark runs (Google Benchmark's JSON) as a table, with the ratio of ours to each peer."""
+"""Prints the medians of benchmark runs (Google Benchmark's JSON): ours, the best peer, their ratio, and what it must be.
+
+Ratios below 1 are faster. `floor` stands for the same work done with bare system calls or a bare loop; rows that miss
+their limit are marked. --markdown prints the table of docs/performance.md."""
 import collections
 import json
 import statistics
@@ -7,36 +10,106 @@ import sys
 
 NANOSECONDS = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
 
+# The largest ratio per task, of the sizes in the order of the run or of all.
+LIMITS = {
+    "load": {"100": 1.0, "10000": 1.0, "1000000": 1.6},
+    "read-ten-keys": {"100": 1.0, "10000": 1.0},
+    "look-up-10000": {"100": 1.5, "10000": 1.5, "1000000": 2.0},
+    "change-to-text": {"100": 0.35, "10000": 0.35, "1000000": 0.6},
+    "walk-by-index": {"100": 1.0, "10000": 1.0, "1000000": 1.4},
+    "build": {"100": 1.0, "10000": 1.0, "1000000": 1.6},
+    "browse-walk": 1.0,
+    "browse-add-100": 1.0,
+    "browse-remove-group": 1.5,
+    "base64-encode-1MiB": 0.8,
+    "base64-decode-1MiB": 1.0,
+    "ripemd256": 1.1,
+    "safer": 1.15,
+    "tokenize-lines": 1.1,
+    "tokenize-long-line": 1.1,
+    "trim": 1.1,
+    "upper-case": 1.1,
+    "int-to-text": 1.35,
+    "text-to-int": 1.15,
+    "float-to-text": 1.0,
+    "text-to-float": 1.8,
+    "date-encode": 2.0,
+    "date-decode": 1.2,
+    "date-to-text": 0.9,
+    "text-to-date": 0.8,
+    "log-append": 1.25,
+    "log-open": 1.2,
+    "log-read-by-index": 1.4,
+    "count-events": 1.8,
+    "time-events": 1.8,
+}
+
 
 def medians(paths):
-    """{(task, size): {who: nanoseconds}} in the order of the runs."""
+    """{(task, size): {who: (nanoseconds, bytes or None)}} in the order of the runs."""
     runs = collections.defaultdict(lambda: collections.defaultdict(list))
     for path in paths:
         with open(path, encoding="utf-8") as file:
             for run in json.load(file)["benchmarks"]:
-                if run.get("run_type") != "iteration":
+                if run.get("run_type") != "iteration" or run.get("error_occurred"):
                     continue
                 task, who, *size = run["name"].split("/")
-                runs[task, "/".join(size)][who].append(run["real_time"] * NANOSECONDS[run["time_unit"]])
+                time = run["cpu_time"] * NANOSECONDS[run["time_unit"]]
+                runs[task, "/".join(size)][who].append((time, run.get("bytes")))
     return {row: {who: statistics.median(times) for who, times in whos.items()} for row, whos in runs.items()}
 
 
-def human(nanoseconds):
-    for unit, size in (("s", 1e9), ("ms", 1e6), ("us", 1e3)):
-        if nanoseconds >= size:
-            return f"{nanoseconds / size:.3g} {unit}"
-    return f"{nanoseconds:.3g} ns"
+def human(measured):
+    time, size = measured
+    if size is not None:
+        return f"{size:.0f} bytes"
+    for unit, scale in (("s", 1e9), ("ms", 1e6), ("us", 1e3)):
+        if time >= scale:
+            return f"{time / scale:.3g} {unit}"
+    return f"{time:.3g} ns"
 
 
-def main():
-    print(f"{'task':<22}{'size':>9}{'ours':>11}{'peer':>11}  {'':<12}{'ours/peer':>9}")
-    for (task, size), whos in medians(sys.argv[1:]).items():
+def limit_of(task, size):
+    limit = LIMITS.get(task) or LIMITS.get(task.split("-")[0], {})
+    return limit if isinstance(limit, float) else limit.get(size)
+
+
+def rows(measured):
+    for (task, size), whos in measured.items():
         ours = whos.pop("ours", None)
         if ours is None:
             continue
-        for who, time in whos.items() or [("", None)]:
-            ratio = "" if time is None else f"{ours / time:.2f}"
-            print(f"{task:<22}{size:>9}{human(ours):>11}{'' if time is None else human(time):>11}  {who:<12}{ratio:>9}")
+        if not whos:
+            yield task, size, human(ours), "", "", "", ""
+            continue
+        column = 0 if ours[1] is None else 1
+        who = "floor" if "floor" in whos else min(whos, key=lambda name: whos[name][column])
+        ratio, limit = ours[column] / whos[who][column], limit_of(task, size)
+        verdict = "" if limit is None else f"{limit:.2f}" + (" MISSED" if ratio > limit else "")
+        yield task, size, human(ours), human(whos[who]), who, f"{ratio:.2f}", verdict
+
+
+def growth(measured):
+    """The cost of loading one key of a million beside one of ten thousand: ours beside itself."""
+    per_key = [measured.get(("load", size), {}).get("ours") for size in ("10000", "1000000")]
+    if all(per_key):
+        yield "load a key", "1M/10k", "", "", "itself", f"{per_key[1][0] / per_key[0][0] / 100:.2f}", "3.00"
+
+
+def main():
+    markdown = sys.argv[1:2] == ["--markdown"]
+    measured = medians(sys.argv[2:] if markdown else sys.argv[1:])
+    head = ("task", "size", "ours", "best other", "", "ratio", "limit")
+    table = [head, *growth(measured), *rows(measured)]
+    if markdown:
+        table.insert(1, ("---",) * len(head))
+        for row in table:
+            print("| " + " | ".join(row) + " |")
+        return
+    widths = [max(len(row[i]) for row in table) for i in range(len(head))]
+    for row in table:
+        print("  ".join(f"{cell:<{width}}" if i in (0, 4) else f"{cell:>{width}}"
+                        for i, (cell, width) in enumerate(zip(row, widths))).rstrip())
 
 
 if __name__ == "__main__":

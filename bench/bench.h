@@ -1,0 +1,33 @@
+// Shared by the benchmark programs. Names of benchmarks are task/who/size; table.py sets ours beside the others.
+#ifndef ZELVANE_BENCH_BENCH_H
+#define ZELVANE_BENCH_BENCH_H
+
+#include <benchmark/benchmark.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+// A comparison means nothing unless both computed the same: ends the program otherwise.
+inline void Require(bool same, char const* what) {
+  if (same) return;
+  std::fprintf(stderr, "ours and the peer differ: %s\n", what);
+  std::exit(1);
+}
+
+// A file in memory, gone with the object.
+class ScratchFile {
+ public:
+  explicit ScratchFile(std::string const& name)
+      : path_("/dev/shm/zelvane-bench-" + std::to_string(getpid()) + "-" + name) {}
+  ~ScratchFile() { unlink(path_.c_str()); }
+  ScratchFile(ScratchFile const&) = delete;
+  ScratchFile& operator=(ScratchFile const&) = delete;
+  std::string const& Path() const { return path_; }
+
+ private:
+  std::string path_;
+};
+
+#endif
