@@ -144,7 +144,10 @@ int Growth(World& world, bool brief) {
       world.Set({});
       std::string const path = world.base + (subject.work == UsePs ? "only/output" : "root/subject");
       subject.make(path, count);
-      Cost const cost = Measure([&] { return subject.work(path, count); });
+      Cost cost = Measure([&] { return subject.work(path, count); });
+      // Other programs' use of the machine must not count.
+      if (Cost const again = Measure([&] { return subject.work(path, count); }); again.seconds < cost.seconds)
+        cost = again;
       // The largest sizes of caches come between; what is not linear at all grows by four.
       bool const linear = before.seconds == 0 || cost.seconds < 0.05 || cost.seconds / before.seconds < 3;
       std::printf("sizes: %8ld %-34s %7.2f s %8ld KiB%s\n", count, subject.name, cost.seconds, cost.kilobytes,
