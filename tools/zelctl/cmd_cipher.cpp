@@ -208,6 +208,7 @@ void CodeFile(Arguments const& arguments, Code code, Terminal const& terminal) {
 template <class Map>
 std::vector<std::string> Names(Map const& map) {
   std::vector<std::string> names;
+  names.reserve(map.size());
   for (auto const& [name, unused] : map) names.push_back(name);
   return names;
 }

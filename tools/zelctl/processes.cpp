@@ -56,7 +56,7 @@ Processes LivingNamed(std::string const& name) {
 
 std::string NobodyNamed(std::string const& name) {
   std::string const wanted = ExtractFileName(name);
-  std::string const text = "no process is named " + (wanted.empty() ? name : wanted);
+  std::string text = "no process is named " + (wanted.empty() ? name : wanted);
   if (wanted.size() <= kLongestName) return text;
   return text + "; the system keeps 15 characters of a name: " + wanted.substr(0, kLongestName);
 }
