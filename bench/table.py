@@ -79,6 +79,7 @@ def rows(measured):
         ours = whos.pop("ours", None)
         if ours is None:
             continue
+        whos = {who: value for who, value in whos.items() if not who.startswith("ours-")}  # ours in another way
         if not whos:
             yield task, size, human(ours), "", "", "", ""
             continue

@@ -132,6 +132,9 @@ void ForEachRun(std::string_view format, Take take) {
   }
 }
 
+constexpr int Fields::*kInText[] = {&Fields::day,  &Fields::month,  &Fields::year,
+                                    &Fields::hour, &Fields::minute, &Fields::second};
+
 // The field that a letter of a format stands for; null for a literal.
 int* FieldOf(Fields& fields, char letter) {
   switch (letter) {
@@ -173,28 +176,37 @@ std::string Text(std::string_view format, long t) {
 constexpr int kAbsent = -1;
 constexpr int kInvalid = -2;
 
+// What StrToIntDef reads. Fields are a few digits, nearly always.
+int FieldValue(std::string_view text) {
+  constexpr std::size_t kFew = 9;
+  int value = 0;
+  for (char const c : text) {
+    if (text.size() > kFew || c < '0' || c > '9') return static_cast<int>(ToInt(text, kInvalid));
+    value = value * 10 + (c - '0');
+  }
+  return text.empty() ? kInvalid : value;
+}
+
 // What is left absent comes from 1970-01-01 00:00:00.
 constexpr Fields kFirstSecond = {1970, 1, 1, 0, 0, 0, 0, 0};
 
 long ReadText(std::string_view text, std::string_view format, long def) {
   if (text.empty()) return def;
   Fields fields = {kAbsent, kAbsent, kAbsent, kAbsent, kAbsent, kAbsent, 0, 0};
-  std::bitset<256> seen;
+  std::bitset<26> seen;  // the letters of the fields
   ForEachRun(format, [&](Run run) {
     int* const field = FieldOf(fields, run.letter);
     if (field == nullptr) return;
     // Callers wait for what std::string says when a text ends before a field begins.
     if (run.start > text.size()) throw std::out_of_range("basic_string::substr");
-    long const value = ToInt(text.substr(run.start, run.length), kInvalid);
-    auto const letter = static_cast<unsigned char>(run.letter);
-    *field = seen[letter] ? kInvalid : static_cast<int>(value);
+    int const value = FieldValue(text.substr(run.start, run.length));
+    auto const letter = static_cast<std::size_t>(run.letter - 'a');
+    *field = seen[letter] ? kInvalid : value;
     seen.set(letter);
   });
-  Fields defaults = kFirstSecond;
-  for (char const letter : std::string_view("dmyhns")) {
-    int* const field = FieldOf(fields, letter);
-    if (*field == kInvalid) return def;
-    if (*field == kAbsent) *field = *FieldOf(defaults, letter);
+  for (int Fields::*const field : kInText) {
+    if (fields.*field == kInvalid) return def;
+    if (fields.*field == kAbsent) fields.*field = kFirstSecond.*field;
   }
   long const t = EncodeDateTime(fields.year, fields.month, fields.day, fields.hour, fields.minute, fields.second);
   return t < 0 ? def : t;
