@@ -3,8 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <string>
+#include <vector>
 
-#include "support/processes.h"
 #include "support/settings.h"
 #include "zelvane/zelvane.h"
 

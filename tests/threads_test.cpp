@@ -4,7 +4,9 @@
 #include <atomic>
 #include <cstring>
 #include <functional>
+#include <string>
 #include <thread>
+#include <vector>
 
 #include "support/settings.h"
 #include "zelvane/zelvane.h"
