@@ -205,7 +205,9 @@ void Drive(CfgClass& cfg, bool upper, unsigned seed, int operations) {
       ASSERT_EQ(cfg.DeleteKey(n), !name.empty());
       model.Delete(section, name);
       ASSERT_EQ(cfg.GetKeyName(section, n), model.Name(section, n)) << section << " at " << n;
-      if (!name.empty()) ASSERT_EQ(cfg.ReadStr(section, name, "none"), "none") << section << "/" << name;
+      if (!name.empty()) {
+        ASSERT_EQ(cfg.ReadStr(section, name, "none"), "none") << section << "/" << name;
+      }
     } else if (choice < 77) {
       ASSERT_TRUE(cfg.EraseSection(section));
       model.Erase(section);
