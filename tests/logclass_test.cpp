@@ -18,6 +18,7 @@
 
 #include "support/child.h"
 #include "support/scratch.h"
+#include "support/slot.h"
 #include "zelvane/core/datetime.h"
 
 namespace {
@@ -313,14 +314,6 @@ TEST_F(RecordLog, WritersInterleaveWholeRecords) {
   }
 }
 
-// The Itanium ABI keeps a virtual member's place in the first word of a pointer to it.
-template <class Member>
-long Slot(Member member) {
-  long word = 0;
-  std::memcpy(&word, &member, sizeof word);
-  return (word - 1) / static_cast<long>(sizeof(void*));
-}
-
 // The steps that a subclass may replace: C counts the records of the file, U unloads, W writes.
 struct Replaced : LogClass {
   unsigned long GetFileRegCount(unsigned long size) override {
@@ -362,10 +355,11 @@ TEST(RecordLogInterface, OrderOfTheVirtualOperations) {
   bool (LogClass::*const write)(void const*, unsigned long) = &LogClass::WriteReg;
   bool (LogClass::*const stamped)(long, void const*, unsigned long) = &LogClass::WriteReg;
   using L = LogClass;
-  long const slots[] = {Slot(setFile),     Slot(&L::SetBuffer),       Slot(&L::SetMaxLines), Slot(write),
-                        Slot(stamped),     Slot(&L::GetFileRegCount), Slot(&L::GetRegCount), Slot(&L::ReadFileReg),
-                        Slot(&L::ReadReg), Slot(&L::LoadFile),        Slot(&L::UnloadFile),  Slot(&L::ClearFile)};
-  for (size_t i = 0; i < std::size(slots); i++) EXPECT_EQ(slots[i], static_cast<long>(i) + 2) << i;
+  using test::Slot;
+  size_t const slots[] = {Slot(setFile),     Slot(&L::SetBuffer),       Slot(&L::SetMaxLines), Slot(write),
+                          Slot(stamped),     Slot(&L::GetFileRegCount), Slot(&L::GetRegCount), Slot(&L::ReadFileReg),
+                          Slot(&L::ReadReg), Slot(&L::LoadFile),        Slot(&L::UnloadFile),  Slot(&L::ClearFile)};
+  for (size_t i = 0; i < std::size(slots); i++) EXPECT_EQ(slots[i], i + 2) << i;
 }
 
 }  // namespace
