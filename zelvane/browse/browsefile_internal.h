@@ -94,7 +94,7 @@ class BrowseSection {
 
 // What the handle points to.
 struct BrowseList {
-  OptionalCfg file;
+  OptionalCfg file;  // stays first: a handle has always been the address of its configuration object
   // A change ran out of memory half way. What is in memory must never reach the file, and takes no more changes.
   bool halfDone = false;
   BrowseSection groups{file, {"GROUPS", 2, 2, 0}};
