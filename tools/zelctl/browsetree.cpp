@@ -13,9 +13,6 @@ constexpr BrowseKind kKinds[] = {BrowseKind::kGroup, BrowseKind::kComputer, Brow
 
 std::size_t Place(BrowseKind kind) { return static_cast<std::size_t>(kind); }
 
-// A group or computer hangs on a group, a UPS unit on a computer.
-BrowseKind OwnerKind(BrowseKind kind) { return kind == BrowseKind::kUps ? BrowseKind::kComputer : BrowseKind::kGroup; }
-
 // The numbers of a valid entry; its texts may be longer in the file than in a record.
 bool ReadEntry(void* list, BrowseKind kind, unsigned long index, BrowseEntry& entry) {
   BrwsGroupRec group;
@@ -56,6 +53,8 @@ char const* SectionOf(BrowseKind kind) {
   static char const* const kSections[] = {"GROUPS", "COMPUTERS", "NOBREAKS"};
   return kSections[Place(kind)];
 }
+
+BrowseKind OwnerKind(BrowseKind kind) { return kind == BrowseKind::kUps ? BrowseKind::kComputer : BrowseKind::kGroup; }
 
 BrowseTree::BrowseTree(void* list, std::string const& file) {
   CfgClass cfg;

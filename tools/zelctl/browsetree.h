@@ -15,6 +15,8 @@ enum class BrowseKind { kGroup, kComputer, kUps };
 // What the command line and the answers call it: "group", "computer", "ups".
 char const* NameOf(BrowseKind kind);
 char const* SectionOf(BrowseKind kind);
+// A group or computer hangs on a group, a UPS unit on a computer.
+BrowseKind OwnerKind(BrowseKind kind);
 
 struct BrowseEntry {
   BrowseKind kind;

@@ -1,9 +1,7 @@
 #include "chart.h"
 
-#include <sys/ioctl.h>
-#include <unistd.h>
-
 #include <algorithm>
+#include <cmath>
 #include <iostream>
 #include <limits>
 
@@ -18,26 +16,16 @@ constexpr std::size_t kShortestBar = 10;  // of the greatest number, however nar
 constexpr std::int32_t kFewHours = 72;
 constexpr std::int32_t kHoursPerDay = kDaySeconds / kHourSeconds;
 
-std::size_t ScreenWidth() {
-  winsize size = {};
-  bool const known = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
-  return known ? size.ws_col : kPipeWidth;
-}
-
 std::string Label(std::int32_t step, bool byHour) {
   std::int32_t const first = step * (byHour ? kHourSeconds : kDaySeconds);
   return DayText(first) + " " + WeekdayText(first) + (byHour ? " " + TimeText(first).substr(11, 5) : "");
-}
-
-std::string Plural(std::uint64_t number, std::string const& noun) {
-  return std::to_string(number) + " " + noun + (number == 1 ? "" : "s");
 }
 
 // The rest of a bar that would be shorter than one character is still seen.
 std::size_t BarLength(std::uint64_t count, std::uint64_t greatest, std::size_t room) {
   if (count == 0) return 0;
   double const share = static_cast<double>(count) / static_cast<double>(greatest);
-  return std::max<std::size_t>(static_cast<std::size_t>(share * static_cast<double>(room) + 0.5), 1);
+  return std::max<std::size_t>(static_cast<std::size_t>(std::lround(share * static_cast<double>(room))), 1);
 }
 
 // How the bars of one chart are drawn.
@@ -58,7 +46,7 @@ struct Style {
   void Gap(std::int32_t from, std::int32_t to) const {
     constexpr std::int32_t kShownGap = 2;
     if (to - from > kShownGap)
-      std::cout << "... " << Plural(static_cast<std::uint64_t>(to - from), byHour ? "hour" : "day") << " without\n";
+      std::cout << "... " << Counted(static_cast<std::uint64_t>(to - from), byHour ? "hour" : "day") << " without\n";
     else
       for (std::int32_t step = from; step < to; step++) Row(step, 0);
   }
@@ -104,11 +92,13 @@ void Chart::Print(Step step, Terminal const& terminal) const {
         listing.Row({number, byHour ? TimeText(at * kHourSeconds) : DayText(at * kDaySeconds), count});
     return listing.End();
   }
-  Style style = {byHour, ScreenWidth(), 1};
+  if (codes.empty()) terminal.Note("no event to draw");
+  std::size_t const columns = TerminalColumns();
+  Style style = {byHour, columns > 0 ? columns : kPipeWidth, 1};
   for (auto const& [number, code] : codes)
     for (auto const& [at, count] : code.counts) style.greatest = std::max(style.greatest, count);
   for (auto const& [number, code] : codes) {
-    std::string head = "code " + std::to_string(number) + ": " + Plural(code.events, "event");
+    std::string head = "code " + std::to_string(number) + ": " + Counted(code.events, "event");
     if (!code.text.empty()) head += ", the last one: " + code.text;
     terminal.PrintText((number == codes.begin()->first ? "" : "\n") + head.substr(0, style.width));
     std::int32_t next = code.counts.begin()->first;

@@ -40,8 +40,6 @@ struct Kind {
   int (*add)(void* list, void const* record, bool maxPlusOne, unsigned long* id);
   int (*edit)(void* list, void const* record);
   int (*remove)(void* list, long id, bool flush);
-
-  BrowseKind OwnerKind() const { return kind == BrowseKind::kUps ? BrowseKind::kComputer : BrowseKind::kGroup; }
 };
 
 template <class Record, auto GetOne, auto AddOne, auto EditOne>
@@ -169,8 +167,8 @@ void RequireOwner(Kind const& kind, void const* record, BrowseTree const& tree, 
   Field const& field = kind.fields[kind.owner];
   auto const owner = static_cast<std::int32_t>(std::stol(field.get(record)));
   auto const id = static_cast<std::int32_t>(std::stol(kind.fields[0].get(record)));
-  if (owner >= 0 && tree.Find(kind.OwnerKind(), owner) == nullptr)
-    throw Failed(std::string(field.name) + ": " + file + " has no " + NameOf(kind.OwnerKind()) + " " +
+  if (owner >= 0 && tree.Find(OwnerKind(kind.kind), owner) == nullptr)
+    throw Failed(std::string(field.name) + ": " + file + " has no " + NameOf(OwnerKind(kind.kind)) + " " +
                  std::to_string(owner));
   if (kind.kind == BrowseKind::kGroup && id >= 0 && tree.IsWithin(owner, id))
     throw Failed(std::string(field.name) + ": group " + std::to_string(owner) + " is group " + std::to_string(id) +
@@ -210,7 +208,7 @@ std::vector<bool> PutItems(Kind const& kind, void* record, std::vector<std::stri
       names += std::string(i == 1 ? "" : ", ") + kind.fields[i].name;
       if (name == kind.fields[i].name) place = i;
     }
-    if (place == 0) throw WrongUsage("no field \"" + name + "\"; a " + NameOf(kind.kind) + " has " + names);
+    if (place == 0) throw WrongUsage("no field \"" + name + "\"; those of a " + NameOf(kind.kind) + " are " + names);
     if (given[place]) throw WrongUsage(name + ": given twice");
     given[place] = true;
     Put(kind.fields[place], record, item.substr(equals + 1), terminal);
@@ -230,7 +228,8 @@ void RequireSavable(Kind const& kind, void const* record, BrowseEntry const& ent
     std::string const value = name == "name" ? entry.name : name == "address" ? entry.address : field.get(record);
     std::string const fault = given[i] ? "" : FieldFault(field, value);
     if (!fault.empty())
-      throw Failed(name + ": the file holds a value that cannot be saved again (" + fault + "); set this field too");
+      throw Failed(std::string(field.name) + ": the file holds a value that cannot be saved again (" + fault +
+                   "); set this field too");
   }
 }
 
@@ -252,10 +251,6 @@ void Edit(Kind const& kind, Arguments const& arguments, Terminal const& terminal
   if (given[kind.owner] || kind.kind == BrowseKind::kUps) RequireOwner(kind, record.get(), tree, file);
   if (kind.edit(list.get(), record.get()) == 0) throw Failed(file + ": cannot be written");
   if (terminal.json) PrintRecord(kind.fields, record.get(), terminal);
-}
-
-std::string Counted(unsigned long count, char const* what) {
-  return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
 }
 
 void Remove(Kind const& kind, Arguments const& arguments, Terminal const& terminal) {

@@ -57,8 +57,6 @@ std::optional<std::string> Unescaped(std::string const& text) {
   return name;
 }
 
-void Complain(std::string const& text) { std::cerr << "zelctl: " << text << '\n'; }
-
 struct Digest {
   std::string hex;
   std::uint64_t length;

@@ -168,6 +168,7 @@ void Missing(Arguments const& arguments, Terminal& terminal) {
       if (!text.empty()) findings[{id, 2 + i}] = {id, "own", static_cast<std::int32_t>(languages[i]), text};
   }
   std::vector<Finding> rows;
+  rows.reserve(findings.size());
   for (auto const& entry : findings) rows.push_back(entry.second);
   PrintRecords({Number<&Finding::id>("id", ""), String<&Finding::finding>("finding"),
                 Number<&Finding::language>("language", ""), String<&Finding::text>("text")},

@@ -286,35 +286,51 @@ struct Fault {
   }
 };
 
+// What is wrong with the date-times of a log.
+struct Inspection {
+  Fault outOfOrder = {"outOfOrder", "out of order"};
+  Fault inFuture = {"inFuture", "in the future"};
+  Fault withoutTime = {"withoutTime", "no date-time"};
+  std::int32_t first = -1;
+  std::int32_t last = -1;
+
+  explicit Inspection(RecordLog const& log) {
+    auto const now = static_cast<std::int32_t>(GetDateTime());
+    log.ForEach([&](Record const& record) {
+      if (record.index == 0) first = record.stamp;
+      if (record.index > 0 && record.stamp < last) outOfOrder.Add(record.index);
+      if (record.stamp > now) inFuture.Add(record.index);
+      if (record.stamp < 0) withoutTime.Add(record.index);
+      last = record.stamp;
+    });
+  }
+};
+
+// What stands beside a damaged log, or one whose cut was interrupted.
+void NoteCopies(RecordLog const& log, Terminal const& terminal) {
+  if (fs::exists(fs::symlink_status(log.Path() + ".bad")))
+    terminal.Note(log.Path() + ".bad holds what an earlier damaged file held");
+  if (fs::exists(fs::symlink_status(log.Path() + ".tmp")))
+    terminal.Note(log.Path() + ".tmp is the scratch file of a cut that was interrupted");
+}
+
 void Verify(Arguments const& arguments, Terminal& terminal) {
   RecordLog const log = OpenLog(arguments);
-  auto const now = static_cast<std::int32_t>(GetDateTime());
-  Fault faults[] = {{"outOfOrder", "out of order"}, {"inFuture", "in the future"}, {"withoutTime", "no date-time"}};
-  auto& [outOfOrder, inFuture, withoutTime] = faults;
-  std::int32_t first = -1;
-  std::int32_t before = std::numeric_limits<std::int32_t>::min();
-  log.ForEach([&](Record const& record) {
-    if (record.index == 0) first = record.stamp;
-    if (record.stamp < before) outOfOrder.Add(record.index);
-    if (record.stamp > now) inFuture.Add(record.index);
-    if (record.stamp < 0) withoutTime.Add(record.index);
-    before = record.stamp;
-  });
-  std::int32_t const last = log.Count() == 0 ? -1 : before;
+  Inspection const found(log);
   auto const time = [](std::int32_t stamp) { return stamp < 0 ? Json() : Json(TimeText(stamp)); };
-
   std::vector<Column> columns = {{"file", 0},  {"length", 0}, {"recordSize", 0}, {"records", 0},
                                  {"first", 0}, {"last", 0},   {"tornBytes", 0}};
-  std::vector<Json> cells = {log.Path(),  log.Length(), log.RecordSize(), log.Count(),
-                             time(first), time(last),   log.Torn()};
-  std::string const span = first < 0 || last < 0 ? "" : ", " + TimeText(first) + " to " + TimeText(last);
+  std::vector<Json> cells = {log.Path(),        log.Length(),     log.RecordSize(), log.Count(),
+                             time(found.first), time(found.last), log.Torn()};
+  std::string const span =
+      found.first < 0 || found.last < 0 ? "" : ", " + TimeText(found.first) + " to " + TimeText(found.last);
   std::vector<std::vector<std::string>> rows = {
       {"CHECK", "FOUND", ""},
       {"length", std::to_string(log.Length()), "bytes"},
       {"records", std::to_string(log.Count()), "of " + std::to_string(log.RecordSize()) + " bytes" + span},
       {"torn tail", std::to_string(log.Torn()), log.Torn() == 0 ? "" : "bytes that are no whole record"}};
   bool sound = log.Torn() == 0;
-  for (Fault const& fault : faults) {
+  for (Fault const& fault : {found.outOfOrder, found.inFuture, found.withoutTime}) {
     sound = sound && fault.count == 0;
     columns.push_back({fault.name, 0});
     cells.emplace_back(fault.count);
@@ -322,11 +338,7 @@ void Verify(Arguments const& arguments, Terminal& terminal) {
                     fault.count == 0 ? "" : "the first: record " + std::to_string(fault.first)});
   }
   if (!PrintMachineRow(terminal, columns, cells)) terminal.PrintTable(rows);
-  for (char const* const left : {".bad", ".tmp"})
-    if (fs::exists(fs::symlink_status(log.Path() + left)))
-      terminal.Note(log.Path() + left +
-                    (left[1] == 'b' ? " holds what an earlier damaged file held"
-                                    : " is the scratch file of a cut that was interrupted"));
+  NoteCopies(log, terminal);
   terminal.status = sound ? 0 : 1;
 }
 
@@ -425,7 +437,9 @@ void AddLog(CLI::App& app, Terminal& terminal) {
       "show", "The records: time, code, printable and hexadecimal payload", Show,
       "CODE is the first two bytes of the payload, TEXT the rest, with \".\" for what does not print. Zeros at the "
       "end\n"
-      "of a payload are left out of the table. A day or a minute is meant from its first to its last second.");
+      "of a payload are left out of the table, and on a terminal what is wider than it. A day or a minute is meant "
+      "from\n"
+      "its first to its last second.");
   family.Span(show, "TIME");
   family.Value(show, "--code", &Arguments::code, "N", "Only records of this code");
   family.Value(show, "--last", &Arguments::last, "N", "Only the last N of them");

@@ -1,7 +1,6 @@
 // zelctl proc: the processes of this machine, and starting and ending them.
 #include <errno.h>
 #include <string.h>
-#include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -30,12 +29,6 @@ constexpr char const* kLevels[] = {"low", "normal", "high", "highest"};
 
 char const* LevelName(int level) { return kLevels[std::clamp(level, 0, 3)]; }
 
-// Columns of the terminal that the answer goes to; 0 when it goes elsewhere.
-std::size_t Columns() {
-  winsize size = {};
-  return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
-}
-
 // Where the last column of a table begins, which is as wide as its other columns and two blanks behind each.
 std::size_t LastColumn(std::vector<std::vector<std::string>> const& rows) {
   std::size_t at = 0;
@@ -63,7 +56,7 @@ void Print(Processes processes, Terminal const& terminal) {
   if (terminal.json) return terminal.PrintJson(json);
   // A command line may fill a page; `ps` cuts it there, too.
   std::size_t const begin = LastColumn(rows);
-  std::size_t const columns = Columns();
+  std::size_t const columns = TerminalColumns();
   if (columns > begin)
     for (auto& row : rows) row.back().resize(std::min(row.back().size(), columns - begin));
   terminal.PrintTable(rows);
@@ -100,6 +93,7 @@ std::string EarlyFailure(pid_t child) {
 }
 
 void Start(Arguments const& arguments, Terminal const& terminal) {
+  if (arguments.command.empty()) throw WrongUsage("COMMAND: must not be empty");
   pid_t const self = getpid();
   bool const started = CreateNewProc(arguments.command.c_str(), -1);
   // The child itself comes back when there is no shell that takes the command.

@@ -20,14 +20,17 @@ struct Arguments {
   std::vector<std::string> moments;
 };
 
-bool Exists(std::string const& file) {
+fs::file_type TypeOf(std::string const& file) {
   std::error_code none;
-  return fs::status(file, none).type() != fs::file_type::not_found;
+  return fs::status(file, none).type();
 }
+
+bool Exists(std::string const& file) { return TypeOf(file) != fs::file_type::not_found; }
 
 // Loads a list that writes nothing before FlushCache. A file that is there but cannot be read is not gone on with:
 // with the first addition the list would replace it.
 void Load(ProgList& list, std::string const& file, bool required) {
+  if (Exists(file) && TypeOf(file) != fs::file_type::regular) throw Failed(file + ": not a file");
   list.SetCached(true);
   list.SetFile(file);
   if (list.ReadFromFile()) return;

@@ -32,12 +32,17 @@ std::string SectionFault(std::string const& section) { return ValueFault(section
 bool IsPasswordKey(std::string const& key) { return AnsiUpperCase(key).find("PASSWORD") != std::string::npos; }
 
 FileState InspectFile(std::string const& path) {
-  CfgClass cfg;
-  if (cfg.OpenReadOnly(path)) return {true, cfg.GetErrorLine()};
+  using std::filesystem::file_type;
   std::error_code error;
-  if (std::filesystem::status(path, error).type() != std::filesystem::file_type::not_found)
-    throw Failed(path + ": cannot be read");
-  return {false, 0};
+  file_type const type = std::filesystem::status(path, error).type();
+  if (type == file_type::not_found) return {false, 0};
+  CfgClass cfg;
+  if (cfg.OpenReadOnly(path)) {
+    // Of pipes and devices the engine reads nothing.
+    if (type != file_type::regular) throw Failed(path + ": not a file");
+    return {true, cfg.GetErrorLine()};
+  }
+  throw Failed(path + ": cannot be read");
 }
 
 bool HasKey(std::string const& path, std::string const& section, std::string const& key) {

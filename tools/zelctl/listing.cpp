@@ -29,7 +29,7 @@ std::string CsvText(std::string const& text) {
 }  // namespace
 
 Listing::Listing(Terminal const& terminal, std::vector<Column> columns)
-    : terminal_(terminal), columns_(std::move(columns)) {
+    : terminal_(terminal), screen_(TerminalColumns()), columns_(std::move(columns)) {
   std::vector<Json> names;
   for (Column& column : columns_) {
     names.emplace_back(terminal_.csv ? column.name : UpperCase(column.name));
@@ -80,6 +80,7 @@ void Listing::TableRow(std::vector<Json> const& cells) {
     line.append(line.empty() ? "" : "  ").append(text);
     if (text.size() < columns_[i].width) line.append(columns_[i].width - text.size(), ' ');
   }
+  if (screen_ > 0 && line.size() > screen_) line.resize(screen_);
   line.erase(line.find_last_not_of(' ') + 1);
   out_.append(terminal_.utf8 ? ToUtf8(line) : line) += '\n';
 }

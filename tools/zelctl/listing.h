@@ -14,7 +14,8 @@ struct Column {
   bool inTable = true;
 };
 
-// A table, JSON (a list of objects, as PrintJson would print it) or CSV, as the terminal wants it.
+// A table (on a terminal each line is cut at its width), JSON (a list of objects, as PrintJson would print it) or CSV,
+// as the terminal wants it.
 class Listing {
  public:
   Listing(Terminal const& terminal, std::vector<Column> columns);
@@ -33,6 +34,7 @@ class Listing {
   void Write(bool all);
 
   Terminal const& terminal_;
+  std::size_t screen_;  // columns; 0 without a terminal
   std::vector<Column> columns_;
   bool empty_ = true;
   std::string out_;

@@ -1,7 +1,12 @@
 // zelctl: the library's functions on the command line.
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <exception>
 #include <iostream>
+#include <string>
+#include <vector>
 
 #include "families.h"
 #include "terminal.h"
@@ -16,9 +21,43 @@ constexpr Family kFamilies[] = {AddShutdown, AddCfg,  AddB64,      AddUps,    Ad
 constexpr int kFailed = 1;
 constexpr int kWrongUsage = 2;
 
-int Complain(std::exception const& error, int code) {
-  std::cerr << "zelctl: " << error.what() << '\n';
-  return code;
+// An answer that did not get through (a full disk behind a redirection) is no answer.
+void RequireAnswered() {
+  if (!std::cout.flush()) throw Failed("the answer cannot be written");
+}
+
+// A stream that the caller has closed is not to be taken over by the first file that is opened.
+void HoldStreams() {
+  int fd = 0;
+  while ((fd = open("/dev/null", O_RDONLY | O_CLOEXEC)) >= 0 && fd <= STDERR_FILENO) continue;
+  close(fd);
+}
+
+std::string NamesBelow(CLI::App const& app) {
+  std::string names;
+  for (CLI::App const* below : app.get_subcommands([](CLI::App const*) { return true; }))
+    names += (names.empty() ? "" : ", ") + below->get_name();
+  return names;
+}
+
+// What is wrong and what is right, in one line.
+std::string Correction(CLI::App const& app, CLI::ParseError const& error) {
+  CLI::App const* command = &app;
+  std::string path = app.get_name();
+  while (!command->get_subcommands().empty()) {
+    command = command->get_subcommands().front();
+    path += " " + command->get_name();
+  }
+  std::vector<std::string> const left = command->remaining();
+  std::string const names = NamesBelow(*command);
+  if (names.empty()) {
+    bool const extra = dynamic_cast<CLI::ExtrasError const*>(&error) != nullptr && !left.empty();
+    return (extra ? "\"" + left.front() + "\" is not expected" : error.what()) + "; `" + path +
+           " --help` shows how it is used";
+  }
+  for (std::string const& word : left)
+    if (word.empty() || word[0] != '-') return "no command \"" + word + "\"; `" + path + "` has " + names;
+  return "a command is wanted; `" + path + "` has " + names;
 }
 
 int Run(int argc, char** argv) {
@@ -31,10 +70,10 @@ int Run(int argc, char** argv) {
   try {
     app.parse(argc, argv);
   } catch (CLI::ParseError const& error) {
-    return app.exit(error) == 0 ? 0 : kWrongUsage;
+    if (error.get_exit_code() != 0) throw WrongUsage(Correction(app, error));
+    app.exit(error);
   }
-  // An answer that did not get through (a full disk behind a redirection) is no answer.
-  if (!std::cout.flush()) throw Failed("the answer cannot be written");
+  RequireAnswered();
   return terminal.status;
 }
 
@@ -42,10 +81,13 @@ int Run(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   try {
+    HoldStreams();
     return Run(argc, argv);
   } catch (WrongUsage const& error) {
-    return Complain(error, kWrongUsage);
+    Complain(error.what());
+    return kWrongUsage;
   } catch (std::exception const& error) {
-    return Complain(error, kFailed);
+    Complain(error.what());
+    return kFailed;
   }
 }

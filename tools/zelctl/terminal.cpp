@@ -1,10 +1,27 @@
 #include "terminal.h"
 
+#include <sys/ioctl.h>
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iostream>
 
 #include "latin1.h"
+
+namespace {
+
+// Bytes from 0x80 on stay: most names of files are UTF-8, in which they are parts of characters.
+std::string OnOneLine(std::string const& text) {
+  std::string line;
+  for (char const c : text) {
+    auto const byte = static_cast<unsigned char>(c);
+    line += byte < 0x20 || byte == 0x7F ? Printable({c}) : std::string(1, c);
+  }
+  return line;
+}
+
+}  // namespace
 
 char const kHiddenPassword[] = "(not shown)";
 
@@ -53,7 +70,18 @@ void Terminal::PrintJson(Json const& value) const {
 
 void Terminal::PrintText(std::string const& latin1) const { std::cout << (utf8 ? ToUtf8(latin1) : latin1) << '\n'; }
 
-void Terminal::Note(std::string const& text) const { std::cerr << "zelctl: note: " << text << '\n'; }
+void Terminal::Note(std::string const& text) const { Complain("note: " + text); }
+
+void Complain(std::string const& text) { std::cerr << "zelctl: " << OnOneLine(text) << '\n'; }
+
+std::string Counted(std::uint64_t number, std::string const& noun) {
+  return std::to_string(number) + " " + noun + (number == 1 ? "" : "s");
+}
+
+std::size_t TerminalColumns() {
+  winsize size = {};
+  return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
+}
 
 CLI::App* AddCommand(CLI::App* family, Terminal& terminal, char const* name, char const* description) {
   CLI::App* const command = family->add_subcommand(name, description);

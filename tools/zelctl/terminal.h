@@ -2,6 +2,8 @@
 #ifndef ZELVANE_TOOLS_ZELCTL_TERMINAL_H
 #define ZELVANE_TOOLS_ZELCTL_TERMINAL_H
 
+#include <cstddef>
+#include <cstdint>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 #include <string>
@@ -48,6 +50,15 @@ struct Terminal {
   // A remark on the error stream; the command goes on.
   void Note(std::string const& text) const;
 };
+
+// A complaint on the error stream, on one line whatever the names in it are made of.
+void Complain(std::string const& text);
+
+// "1 day", "2 days"
+std::string Counted(std::uint64_t number, std::string const& noun);
+
+// Columns of the terminal that the answer goes to; 0 when it goes elsewhere.
+std::size_t TerminalColumns();
 
 // What stands in place of a password that was not asked for.
 extern char const kHiddenPassword[];
