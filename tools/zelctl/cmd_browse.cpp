@@ -194,6 +194,15 @@ void Add(Kind const& kind, Arguments const& arguments, Terminal const& terminal)
     std::cout << id << '\n';
 }
 
+std::size_t FieldPlace(Kind const& kind, std::string const& name) {
+  std::string names;
+  for (std::size_t i = 1; i < kind.fields.size(); i++) {
+    if (name == kind.fields[i].name) return i;
+    names.append(i == 1 ? "" : ", ").append(kind.fields[i].name);
+  }
+  throw WrongUsage("no field \"" + name + "\"; those of a " + NameOf(kind.kind) + " are " + names);
+}
+
 // The fields that `items` name, with their new values, into the record.
 std::vector<bool> PutItems(Kind const& kind, void* record, std::vector<std::string> const& items,
                            Terminal const& terminal) {
@@ -202,13 +211,7 @@ std::vector<bool> PutItems(Kind const& kind, void* record, std::vector<std::stri
     std::size_t const equals = item.find('=');
     if (equals == std::string::npos) throw WrongUsage("\"" + item + "\": FIELD=VALUE is wanted");
     std::string const name = item.substr(0, equals);
-    std::string names;
-    std::size_t place = 0;
-    for (std::size_t i = 1; i < kind.fields.size(); i++) {
-      names += std::string(i == 1 ? "" : ", ") + kind.fields[i].name;
-      if (name == kind.fields[i].name) place = i;
-    }
-    if (place == 0) throw WrongUsage("no field \"" + name + "\"; those of a " + NameOf(kind.kind) + " are " + names);
+    std::size_t const place = FieldPlace(kind, name);
     if (given[place]) throw WrongUsage(name + ": given twice");
     given[place] = true;
     Put(kind.fields[place], record, item.substr(equals + 1), terminal);

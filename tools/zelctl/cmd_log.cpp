@@ -452,7 +452,10 @@ void AddLog(CLI::App& app, Terminal& terminal) {
   CLI::App* const time = family.Add(
       "time", "How long a condition lasted: from events that begin it to events that end it", Time, kCalendarHelp);
   family.Value(time, "--start", &Arguments::start, "N", "Code that begins it")->required();
-  family.Value(time, "--end", &Arguments::ends, "A,B", "Codes that end it")->required()->delimiter(',');
+  family.Value(time, "--end", &Arguments::ends, "A,B", "Codes that end it")
+      ->required()
+      ->delimiter(',')
+      ->allow_extra_args(false);  // FILE may stand behind it
   family.Span(time, "DAY");
 
   CLI::App* const chart = family.Add("chart", "Bars of the events per day or hour, for each code", DrawChart,
