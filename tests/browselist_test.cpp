@@ -94,13 +94,13 @@ class BrowseList : public testing::Test {
 TEST_F(BrowseList, WhichEntriesAreValid) {
   // Lines, and the record of each as it is read.
   char const* const cases[] = {
-      "0 = g;-1 > 0;g;-1\n7 = \xE9 = x ;3 > 7;\xE9 = x ;3\n7 = g;3; > 7;g;3\n7 = g;3;; > \n7 = g; > \n7 = g > \n7 = ;3 "
-      "> \n"
-      "7 = > \n7 = g;x > 7;g;-1\n7 = g; 3 > 7;g;-1\n7 = a;2147483647 > 7;a;2147483647\n7 = g;2147483648 > 7;g;-1\n"
-      "007 = g;+3 > 7;g;3\n-5 = g;3 > -5;g;3\n+ = g;3 > -1;g;3\n2147483648 = g;3 > -1;g;3\nx = g;3 > \n",
+      ("0 = g;-1 > 0;g;-1\n7 = \xE9 = x ;3 > 7;\xE9 = x ;3\n7 = g;3; > 7;g;3\n7 = g;3;; > \n7 = g; > \n7 = g > \n"
+       "7 = ;3 > \n7 = > \n7 = g;x > 7;g;-1\n7 = g; 3 > 7;g;-1\n7 = a;2147483647 > 7;a;2147483647\n"
+       "7 = g;2147483648 > 7;g;-1\n007 = g;+3 > 7;g;3\n-5 = g;3 > -5;g;3\n+ = g;3 > -1;g;3\n"
+       "2147483648 = g;3 > -1;g;3\nx = g;3 > \n"),
       "3 = PC;10.0.0.1;0 > 3;PC;10.0.0.1;0\n3 = PC1;;3 > \n3 = ;10.0.0.1;3 > \n3 = PC;10.0.0.1; > \n3 = PC;1;0;x > \n",
-      "3 = UPS;;2;5 > 3;UPS;2;5\n3 = UPS;;;5 > \n3 = ;;2;5 > \n3 = UPS;;2; > \n3 = UPS;;2;5;x > \n"
-      "3 = U;1;2147483647;-1 > 3;U;2147483647;-1\n3 = U;;2147483648;y > 3;U;4294967295;-1\n"};
+      ("3 = UPS;;2;5 > 3;UPS;2;5\n3 = UPS;;;5 > \n3 = ;;2;5 > \n3 = UPS;;2; > \n3 = UPS;;2;5;x > \n"
+       "3 = U;1;2147483647;-1 > 3;U;2147483647;-1\n3 = U;;2147483648;y > 3;U;4294967295;-1\n")};
   for (Kind const kind : kKinds) {
     std::istringstream rows(cases[kind]);
     for (std::string row; std::getline(rows, row);) {
