@@ -24,4 +24,5 @@ offers '--json' "$1" cfg lint --j
 offers '--json' "$1" cfg --json lint upscli.cfg --j
 offers 'get' "$1" help cfg g
 offers '' "$1" cfg lint upscli
+offers '--smallest' "$1" browse add group Office --sm
 offers '' "$1" nothing ''

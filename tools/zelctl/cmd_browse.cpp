@@ -327,7 +327,10 @@ void AddBrowse(CLI::App& app, Terminal& terminal) {
       "  zelctl browse remove group 1");
   auto const arguments = std::make_shared<Arguments>();
   CLI::App* const tree = AddCommand(family, terminal, "tree", "The network as a tree, with what does not fit into it");
-  tree->add_option("FILE", arguments->file, "Another list than zelbrws.cfg of the installation root")->type_name("");
+  char const* const otherList = "Another list than zelbrws.cfg of the installation root";
+  tree->add_option("FILE", arguments->file, otherList)
+      ->type_name("")
+      ->excludes(tree->add_option("--file", arguments->file, "The same")->type_name("FILE"));
   tree->callback([arguments, &terminal] { ShowTree(*arguments, terminal); });
   Change const changes[] = {{"add", "Add ", Add},
                             {"edit", "Change fields of ", Edit},

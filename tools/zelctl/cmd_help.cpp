@@ -13,13 +13,13 @@ std::vector<CLI::App const*> Commands(CLI::App const& parent) {
   return parent.get_subcommands([](CLI::App const*) { return true; });
 }
 
-// The family or command that the path names; null when there is none.
-CLI::App const* Named(CLI::App const& root, std::vector<std::string> const& path) {
+// The family or command that the path names, with `arguments` behind it or without; null when there is none.
+CLI::App const* Named(CLI::App const& root, std::vector<std::string> const& path, bool arguments) {
   CLI::App const* found = &root;
   for (std::string const& name : path) {
     std::vector<CLI::App const*> const below = Commands(*found);
     auto const match = std::find_if(below.begin(), below.end(), [&](auto each) { return each->get_name() == name; });
-    if (match == below.end()) return nullptr;
+    if (match == below.end()) return arguments && below.empty() ? found : nullptr;
     found = *match;
   }
   return found;
@@ -55,7 +55,7 @@ void AddHelp(CLI::App& app, Terminal&) {
   help->add_option("COMMAND", *path, "Tell about this family, or this command of it");
   help->add_flag("--words", *words, "For the shell's completion: what can follow, a word a line")->group("");
   help->callback([&app, path, words] {
-    CLI::App const* const named = Named(app, *path);
+    CLI::App const* const named = Named(app, *path, *words);
     if (*words) {
       if (named != nullptr) PrintWords(*named);
     } else if (named == nullptr) {

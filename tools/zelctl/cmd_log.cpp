@@ -1,7 +1,5 @@
 // zelctl log: what a record log holds, and what it says of the mains.
-#include <errno.h>
-#include <stdio.h>
-#include <string.h>
+#include <sys/stat.h>
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -14,8 +12,10 @@
 #include "chart.h"
 #include "families.h"
 #include "fields.h"
+#include "input.h"
 #include "listing.h"
 #include "moment.h"
+#include "output.h"
 #include "recordlog.h"
 #include "terminal.h"
 #include "zelvane/core/datetime.h"
@@ -349,22 +349,13 @@ void Salvage(Arguments const& arguments, Terminal& terminal) {
   RecordLog const log = OpenLog(arguments);
   std::error_code none;
   if (fs::equivalent(log.Path(), out, none)) throw WrongUsage("OUT must not be FILE itself");
-  bool const isNew = fs::symlink_status(out, none).type() == fs::file_type::not_found;
-  std::unique_ptr<FILE, int (*)(FILE*)> file(fopen(out.c_str(), arguments.overwrite ? "wbe" : "wbxe"), fclose);
-  if (file == nullptr) {
-    if (errno == EEXIST) throw Failed(out + ": is there already; --overwrite replaces it");
-    throw Failed(out + ": " + strerror(errno));
-  }
-  bool written = true;
-  log.ForEachBlock([&](unsigned char const* bytes, std::size_t size) {
-    written = written && fwrite(bytes, 1, size, file.get()) == size;
-  });
-  written = fflush(file.get()) == 0 && written;
-  if (fclose(file.release()) != 0 || !written) {
-    std::string const reason = strerror(errno);
-    if (isNew) fs::remove(out, none);
-    throw Failed(out + ": " + reason);
-  }
+  if (!arguments.overwrite && fs::symlink_status(out, none).type() != fs::file_type::not_found)
+    throw Failed(out + ": is there already; --overwrite replaces it");
+  struct stat source = {};
+  if (stat(log.Path().c_str(), &source) != 0) throw FileFailed(log.Path());
+  Output file(out, source);
+  log.ForEachBlock([&file](unsigned char const* bytes, std::size_t size) { file.Write(bytes, size); });
+  file.Keep();
   if (!PrintMachineRow(terminal, {{"file", 0}, {"records", 0}, {"leftBytes", 0}}, {out, log.Count(), log.Torn()}))
     terminal.PrintText(std::to_string(log.Count()) + " records saved, " + std::to_string(log.Torn()) +
                        " bytes behind them left out");

@@ -4,7 +4,7 @@ _zelctl() {
   for each in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
     case $each in
       -* | *[!a-z0-9]*) ;;
-      *) [ ${#path[@]} -lt 2 ] && path+=("$each") ;;
+      *) path+=("$each") ;;
     esac
   done
   [ "${path[0]-}" = help ] && path=("${path[@]:1}")

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <exception>
 #include <iostream>
 #include <string>
@@ -55,9 +56,10 @@ std::string Correction(CLI::App const& app, CLI::ParseError const& error) {
     return (extra ? "\"" + left.front() + "\" is not expected" : error.what()) + "; `" + path +
            " --help` shows how it is used";
   }
-  for (std::string const& word : left)
-    if (word.empty() || word[0] != '-') return "no command \"" + word + "\"; `" + path + "` has " + names;
-  return "a command is wanted; `" + path + "` has " + names;
+  auto const word =
+      std::find_if(left.begin(), left.end(), [](std::string const& each) { return each.empty() || each[0] != '-'; });
+  std::string const wrong = word == left.end() ? "a command is wanted" : "no command \"" + *word + "\"";
+  return wrong + "; `" + path + "` has " + names;
 }
 
 int Run(int argc, char** argv) {
