@@ -9,8 +9,6 @@
 #include "zelvane/core/strutils.h"
 
 using zelvane::internal::Guard;
-using zelvane::internal::kSettingsFile;
-using zelvane::internal::kSettingsSection;
 
 namespace {
 

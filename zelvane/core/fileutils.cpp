@@ -172,8 +172,8 @@ std::string GetTmpFileName(bool) {
     std::string created = pattern;
     // The C library leaves its last try in the text when it fails; callers get the X's.
     Descriptor const file(mkostemp(created.data(), O_CLOEXEC));
-    // Moved: with no memory for a copy the file would be there, and nobody would know its name.
-    return file ? std::move(created) : pattern;
+    if (!file) return pattern;
+    return created;  // moved: with no memory for a copy the file would be there, and nobody would know its name
   });
 }
 
