@@ -153,6 +153,42 @@ TEST(Base64, TextAndBuffers) {
   EXPECT_EQ("", Result(codec));
 }
 
+TEST(Base64, EveryFormOfATextDoesTheSame) {
+  // "?" stands in front of what was refused: the output is as it was.
+  struct {
+    char const *plain, *text, *decoded;
+  } const rows[] = {{"abc", "YWJjAA==", "abc"}, {"", "AA==", ""},    {nullptr, "Zm9v", "foo"},
+                    {nullptr, "", "?"},         {nullptr, "A", "?"}, {nullptr, "!?", "?"}};
+  for (auto const& row : rows) {
+    SCOPED_TRACE(row.text);
+    EncodeBase64 encoder;
+    DecodeBase64 decoder;
+    char out[9] = "?";
+    std::string text = row.text, decoded = "?", back = row.decoded;
+    EXPECT_EQ(*row.decoded != '?', decoder.DecodeStr(text, decoded));
+    EXPECT_EQ(row.decoded, decoded);
+    if (back == "?") back.clear();
+    EXPECT_EQ(back, decoder.DecodeStr(text) + DecodeBase64ToStr(text).substr(back.size()));
+    EXPECT_EQ(*row.decoded != '?', decoder.DecodeStr(row.text, out, sizeof out));
+    EXPECT_EQ(row.decoded, std::string(out));
+    EXPECT_EQ(0U, decoder.SaveToBuf(nullptr, 0)) << "nothing stays loaded";
+    if (row.plain == nullptr) continue;
+    std::string plain = row.plain, encoded;
+    EXPECT_TRUE(encoder.EncodeStr(plain, encoded) && encoder.EncodeStr(row.plain, out, sizeof out));
+    EXPECT_EQ(encoded + out, text + text);
+    EXPECT_EQ(encoder.EncodeStr(plain) + EncodeBase64FromStr(plain), text + text);
+  }
+  EncodeBase64 codec;
+  char out[2] = "?", none = '?';
+  EXPECT_FALSE(codec.EncodeStr(nullptr, out, 2) || codec.EncodeStr("a", nullptr, 2) || codec.EncodeStr("a", &none, 0));
+  EXPECT_FALSE(codec.LoadFromStr(nullptr) || codec.LoadFromFile(nullptr) || codec.SaveToFile(nullptr) ||
+               codec.EncodeDecodeFunction(nullptr, 1) || codec.EncodeDecodeFunction("a", 0) ||
+               DecodeBase64().EncodeDecodeFunction(nullptr, 1) || DecodeBase64().EncodeDecodeFunction("a", 0) ||
+               codec.EncodeDecodeFunction("a", ~0UL));
+  EXPECT_FALSE(codec.EncodeFile("/etc/passwd", nullptr) || codec.EncodeFile(nullptr, "/nonexistent"));
+  EXPECT_EQ("??", std::string(out) + none);
+}
+
 // ---- Files ----
 
 TEST(Base64, Files) {
@@ -162,6 +198,10 @@ TEST(Base64, Files) {
   EXPECT_EQ("YWJj", scratch.Read("text"));
   EXPECT_TRUE(DecodeBase64().DecodeFile(text.c_str(), text.c_str()));  // loaded before it is written
   EXPECT_EQ("abc", scratch.Read("text"));
+  EncodeBase64 codec;
+  EXPECT_TRUE(codec.LoadFromFile(plain) && codec.SaveToFile(scratch.Path("kept")));
+  EXPECT_TRUE(DecodeBase64().DecodeFile(scratch.Path("kept"), scratch.Path("kept")));
+  EXPECT_EQ("abc", scratch.Read("kept"));
   for (auto const& [from, to] : std::vector<std::pair<std::string, std::string>>{
            {scratch.Path("missing"), text}, {scratch.Path(), text}, {plain, ""}, {plain, "/dev/full"}})
     EXPECT_FALSE(EncodeBase64().EncodeFile(from, to)) << from << " to " << to;

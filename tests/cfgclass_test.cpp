@@ -10,6 +10,7 @@
 #include <functional>
 #include <sstream>
 
+#include "support/records.h"
 #include "support/scratch.h"
 #include "support/slot.h"
 
@@ -174,6 +175,7 @@ TEST(CfgErrors, ArgumentsThenFileThenMode) {
   CfgClass closed, readOnly, open;
   ASSERT_TRUE(readOnly.OpenReadOnly(path));
   ASSERT_TRUE(open.Open(path));
+  ASSERT_TRUE(readOnly.SetSection("S") && open.SetSection("S"));
   struct {
     char const* name;
     std::function<bool(CfgClass&)> call;
@@ -193,6 +195,11 @@ TEST(CfgErrors, ArgumentsThenFileThenMode) {
       {ZELVANE_CALL(ReadStr(null, "k", "d") != "d"), 1, 1, 1},
       {ZELVANE_CALL(ReadStr("S", 7UL, "d") != "d"), 1, 1, 1},
       {ZELVANE_CALL(ReadStr("S", "k", null) == "1"), 5, 0, 0},
+      {ZELVANE_CALL(ReadStr("S", null, "d") != "d"), 1, 1, 1},
+      {ZELVANE_CALL(KeyExists("k")), 5, 0, 0},
+      {ZELVANE_CALL(KeyExists(null)), 1, 1, 1},
+      {ZELVANE_CALL(WriteStr(null, "k", "v")), 1, 1, 1},
+      {ZELVANE_CALL(WriteStr("S", null, "v")), 1, 1, 1},
       {ZELVANE_CALL(WriteStr("S", "k", null)), 1, 1, 1},
       {ZELVANE_CALL(WriteStr("S", "", "v")), 1, 1, 1},
       {ZELVANE_CALL(WriteStr("S\n", "k", "v")), 1, 1, 1},
@@ -201,6 +208,7 @@ TEST(CfgErrors, ArgumentsThenFileThenMode) {
       {ZELVANE_CALL(WriteStr("S", "k", "1")), 5, 6, 0},
       {ZELVANE_CALL(WriteInt("S", 4UL, 1)), 1, 1, 1},
       {ZELVANE_CALL(SaveAs("")), 1, 1, 1},
+      {ZELVANE_CALL(SaveAs(null)), 1, 1, 1},
       {ZELVANE_CALL(SaveAs("/nonexistent/x")), 2, 2, 2},
       {ZELVANE_CALL(Rename(null)), 1, 1, 1},
       {ZELVANE_CALL(LocateKey(nullptr, "k", nullptr)), 1, 1, 1},
@@ -264,6 +272,7 @@ TEST(CfgFiles, OpeningClosingAndWhatLasts) {
   EXPECT_EQ(cfg.GetErrorCode(), 0);
   EXPECT_EQ(cfg.GetErrorLine(), 3) << "until the next load or close";
   EXPECT_EQ(cfg.GetSection(), "s");
+  EXPECT_TRUE(cfg.SectionExists() && cfg.KeyExists(std::string("K")) && !cfg.KeyExists(std::string("x")));
   cfg.SetCached(true);
   EXPECT_TRUE(cfg.WriteStr("k", "2"));
   EXPECT_TRUE(cfg.Open(cfg.GetFileName())) << "opening anew saves first";
@@ -348,6 +357,62 @@ TEST(CfgTyped, TextsWrittenAndReadBack) {
             "8=1.5E3\n9=1,5\nI = -5\nU = 4294967295\nB = 1\nD = 1970-01-01\nF =     1.500");
 }
 
+// The forms of a family on key K, number 0: four that name section T, four that mean the current one, S. `texts` is
+// `args` for the forms that take std::string.
+#define ZELVANE_UNPACK(...) __VA_ARGS__
+#define ZELVANE_TOLD(call) [](CfgClass& c) { return test::Words(c.call); }
+#define ZELVANE_FORMS(op, args, texts)                                                                             \
+#op, {                                                                                                           \
+    ZELVANE_TOLD(op("t", "k", ZELVANE_UNPACK args)), ZELVANE_TOLD(op("T", 0UL, ZELVANE_UNPACK args)),              \
+        ZELVANE_TOLD(op(std::string("t"), std::string("k"), ZELVANE_UNPACK texts)),                                \
+        ZELVANE_TOLD(op(std::string("T"), 0UL, ZELVANE_UNPACK texts)), ZELVANE_TOLD(op("k", ZELVANE_UNPACK args)), \
+        ZELVANE_TOLD(op(0UL, ZELVANE_UNPACK args)), ZELVANE_TOLD(op(std::string("k"), ZELVANE_UNPACK texts)),      \
+        ZELVANE_TOLD(op(0UL, ZELVANE_UNPACK texts)),                                                               \
+  }
+#define ZELVANE_SAME_FORMS(op, args) ZELVANE_FORMS(op, args, args)
+
+TEST(CfgTyped, EveryFormOfAFamilyDoesTheSame) {
+  using std::string;
+  struct {
+    char const* name;
+    std::function<string(CfgClass&)> forms[8];
+    char const *inS, *inT;      // K there
+    char const *toldS, *toldT;  // by a form that works there: the result; for a writer, what K is then
+    char const* closed;         // the result without a file
+  } const rows[] = {
+      {ZELVANE_FORMS(ReadStr, ("d"), (string("d"))), "a", "b", "a", "b", "d"},
+      {ZELVANE_SAME_FORMS(ReadInt, (-3L)), "1", "-2147483648", "1", "-2147483648", "-3"},
+      {ZELVANE_SAME_FORMS(ReadBool, (true)), "0", "2", "0", "1", "1"},
+      {ZELVANE_FORMS(ReadDateTime, ("dd/mm/yyyy", -3L), (string("dd/mm/yyyy"), -3L)), "07/03/2005", "08/03/2005",
+       "1110153600", "1110240000", "-3"},
+      {ZELVANE_SAME_FORMS(ReadFloat, (-0.5)), "1.5", "2.5E1", "1.5", "25", "-0.5"},
+      {ZELVANE_FORMS(WriteStr, ("v"), (string("v"))), "a", "b", "=v", "=v", "0"},
+      {ZELVANE_SAME_FORMS(WriteInt, (-7L)), "a", "b", "=-7", "=-7", "0"},
+      {ZELVANE_SAME_FORMS(WriteUInt, (4294967295UL)), "a", "b", "=4294967295", "=4294967295", "0"},
+      {ZELVANE_SAME_FORMS(WriteBool, (true)), "a", "b", "=1", "=1", "0"},
+      {ZELVANE_FORMS(WriteDateTime, ("yyyy", 0L), (string("yyyy"), 0L)), "a", "b", "=1970", "=1970", "0"},
+      {ZELVANE_SAME_FORMS(WriteFloat, (1.5, 4U, 2U)), "a", "b", "= 1.5", "= 1.5", "0"},
+  };
+  Scratch scratch;
+  for (auto const& row : rows) {
+    for (int form = 0; form < 8; form++) {
+      SCOPED_TRACE(row.name + (" " + std::to_string(form)));
+      CfgClass cfg;
+      EXPECT_EQ(row.forms[form](cfg), row.closed + string(" "));
+      string s = row.inS, t = row.inT;
+      ASSERT_TRUE(cfg.Open(scratch.Write("f.cfg", "[S]\nK=" + s + "\n[T]\nK=" + t)) && cfg.SetSection("S"));
+      string const told = form < 4 ? row.toldT : row.toldS;
+      bool const writes = told[0] == '=';
+      EXPECT_EQ(row.forms[form](cfg), (writes ? "1" : told) + " ");
+      if (writes) (form < 4 ? t : s) = told.substr(1);
+      EXPECT_EQ(Dump(cfg), "S{K=" + s + "}T{K=" + t + "}");
+      ASSERT_TRUE(cfg.DeleteKey("S", "K") && cfg.DeleteKey("T", "K"));
+      if (writes && form % 2 == 0) continue;  // by name it would make the key
+      EXPECT_EQ(row.forms[form](cfg), row.closed + string(" ")) << "no such key";
+    }
+  }
+}
+
 // A variant that notes which steps are taken.
 class Steps : public CfgClass {
  public:
@@ -393,6 +458,74 @@ TEST(CfgSteps, AVariantMayReplaceAny) {
   EXPECT_TRUE(cfg.DeleteKey("s", "A"));
   EXPECT_EQ(cfg.Take(), "slS");
   EXPECT_EQ(scratch.Read("f.cfg"), "[S]\na=2\n[s]\n[New]\nKey = v");
+}
+
+// A variant that does not insert one name, and may claim that it has.
+struct Refusing : CfgClass {
+  std::string refused = "-";
+  bool claims = false;
+  bool InsertSection(std::string const& name, LinePosition const* line, bool create) override {
+    return name == refused ? claims : CfgClass::InsertSection(name, line, create);
+  }
+  bool InsertKey(std::string const& key, std::string const& value, SectionPosition const* section,
+                 KeyPosition const* previous, LinePosition const* line, bool create) override {
+    return key == refused ? claims : CfgClass::InsertKey(key, value, section, previous, line, create);
+  }
+};
+
+TEST(CfgSteps, ARefusedInsertionChangesNothing) {
+  Scratch scratch;
+  for (char const* refused : {"s", "k", ""}) {
+    std::string const path = scratch.Write("f.cfg", "a=1\n[s]\nk=1");
+    Refusing cfg;
+    cfg.refused = refused;
+    EXPECT_FALSE(cfg.Open(path)) << refused;
+    EXPECT_EQ(cfg.GetFileName() + Dump(cfg), "") << refused << ": nothing stays of half a file";
+    ASSERT_TRUE(cfg.Open(scratch.Write("g.cfg", "")));
+    for (bool const claims : {false, true}) {
+      cfg.claims = claims;
+      bool const inserts = claims && *refused == 'k';
+      EXPECT_EQ(cfg.WriteStr(*refused == '\0' ? "" : "s", "k", "v"), inserts) << refused;
+      EXPECT_EQ(cfg.ReadStr("s", "k", "none"), "none") << refused;
+    }
+  }
+  CfgClass cfg;
+  ASSERT_TRUE(cfg.Open(scratch.Write("f.cfg", "[S]\nk=1\n=")));
+  CfgClass::SectionPosition section, none;
+  CfgClass::KeyPosition key;
+  EXPECT_FALSE(cfg.LocateSection("none", &none));
+  EXPECT_TRUE(cfg.LocateSection("s", &section) && cfg.LocateKey(&section, "k", &key));
+  EXPECT_TRUE(cfg.LocateKey(&section, "k", nullptr) && !cfg.LocateKey(&none, "k", nullptr));
+  EXPECT_FALSE(cfg.InsertKey("x", "1", &section, nullptr, nullptr, true) ||
+               cfg.InsertKey("x", "1", &none, &key, nullptr, true) ||
+               cfg.InsertKey("x\n", "1", &section, &key, nullptr, true) ||
+               cfg.InsertKey("x", "1\n", &section, &key, nullptr, true) ||
+               cfg.InsertKey("x", "1", &section, &key, nullptr, false) || cfg.InsertSection("x\n", nullptr, true));
+  EXPECT_EQ(cfg.GetErrorCode(), 1);
+  // An entry whose line says something else keeps its own value.
+  CfgClass::LinePosition const line = section->second.header;
+  EXPECT_TRUE(cfg.InsertKey("x", "other", &section, &key, &line, false));
+  EXPECT_EQ(Dump(cfg), "S{K=1|X=other}");
+  unlink(scratch.Path("f.cfg").c_str());
+  EXPECT_TRUE(cfg.WriteStr("S", "k", "2")) << "a file that is gone has no lost lines to keep";
+  EXPECT_EQ(scratch.Read("f.cfg"), "[S]\nk = 2\n=");
+  EXPECT_FALSE(scratch.Exists("f.cfg.lost"));
+}
+
+TEST(CfgSteps, AnIndexWithoutLinesCanBeRead) {
+  Scratch scratch;
+  for (int const way : {0, 1}) {
+    RegCfgClass cfg;
+    ASSERT_TRUE(cfg.Open(scratch.Write("f.cfg", "k=0\n[S]\na=1\nb=2\n")));
+    if (way == 0) cfg.ClearWriteCache();
+    ASSERT_TRUE(way == 0 || cfg.LoadFile(true));
+    EXPECT_EQ(Dump(cfg), "{K=0}S{A=1|B=2}") << way;
+    EXPECT_TRUE(cfg.SetCached(true) && cfg.WriteStr("S", "a", "3") && cfg.DeleteKey("S", "b")) << way;
+    EXPECT_TRUE(cfg.SaveAs(scratch.Path("copy").c_str()) && cfg.SaveAs(scratch.Path("twin"))) << way;
+    EXPECT_EQ(scratch.Read("copy") + scratch.Read("twin"), "K = 0\n\n[S]\nA = 3\n\nK = 0\n\n[S]\nA = 3\n\n") << way;
+    EXPECT_TRUE(cfg.EraseSection("") && cfg.EraseSection("S") && cfg.Flush()) << way;
+    EXPECT_EQ(scratch.Read("f.cfg"), "") << way << ": a save writes the lines, and there are none";
+  }
 }
 
 #if defined(__x86_64__) || defined(__i386__)

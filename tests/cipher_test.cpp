@@ -147,6 +147,35 @@ TEST(Cipher, WithoutAKeyOrABufferNothingHappens) {
   EXPECT_EQ("unchanged", text);
 }
 
+TEST(Cipher, EachVariantRefusesTheSame) {
+  Cipher_Safer safer;
+  Cipher_Safer_K64 k64;
+  Cipher_Safer_SK64 sk64;
+  for (Cipher_Safer* cipher : {&safer, static_cast<Cipher_Safer*>(&k64), static_cast<Cipher_Safer*>(&sk64)}) {
+    cipher->Internal_InitTab(), cipher->Internal_InitKey(kKey.data(), 8);  // no room yet
+    std::string text = "unchanged";
+    char* const out = text.data();
+    cipher->SetMode(CIPHER_CODE_BOOK);
+    for (bool const keyed : {false, true}) {
+      EXPECT_EQ(keyed, keyed && cipher->InitBegin(nullptr) && cipher->Init(kKey.data(), 8, nullptr));
+      if (keyed) cipher->Internal_InitKey(nullptr, 8);
+      for (Coder coder : kCoders)
+        EXPECT_FALSE((cipher->*coder)(nullptr, out, 8) || (cipher->*coder)(out, nullptr, 8) ||
+                     (cipher->*coder)(out, out, 0) || (!keyed && (cipher->*coder)(out, out, 8)));
+      cipher->Encode(nullptr), cipher->Decode(nullptr);
+    }
+    EXPECT_EQ("unchanged", text);
+    for (int const flag : {-1, 32, 31, 0}) cipher->SetFlag(flag, true), cipher->GetFlag(flag);
+    EXPECT_EQ("0011", std::to_string(cipher->GetFlag(-1)) + std::to_string(cipher->GetFlag(32)) +
+                          std::to_string(cipher->GetFlag(31)) + std::to_string(cipher->GetFlag(0)));
+    long block = 0, key = 0, context = 0;
+    cipher->GetContext(nullptr, nullptr, nullptr), cipher->GetContext(&block, &key, &context);
+    EXPECT_EQ((std::vector<long>{8, cipher == &safer ? 16 : 8, 768}), (std::vector<long>{block, key, context}));
+    cipher->CipherClass::GetContext(&block, &key, &context);
+    EXPECT_EQ(0, block + key + context);
+  }
+}
+
 TEST(Cipher, KeysOfAnyLengthArePaddedOrCut) {
   std::string const key = FromHex("097d6dbf5689cd9201ccf5d7bcc7c674aa55");
   for (int mode : {0, 1, 2, 3, 4, 5, 6, 7, 8, -1}) {
@@ -245,6 +274,11 @@ TEST(Cipher, NoKeyWithoutADigestOrABlock) {
     char bytes[] = "12345678";
     EXPECT_EQ(keyed, cipher.EncodeBuffer(bytes, bytes, 8)) << block << ", " << context;
     EXPECT_TRUE(!keyed || (cipher.Init("", 0, nullptr) && !cipher.GetFlag(0))) << "the flag is a phrase's";
+    EXPECT_EQ(keyed, cipher.InitKey(std::string("phrase"), nullptr)) << block << ", " << context;
+    for (long* size : {&cipher.block, &cipher.context}) {  // grown: the next key takes new room
+      *size += 8;
+      EXPECT_TRUE(!keyed || cipher.InitKey("phrase", nullptr)) << block << ", " << context;
+    }
   }
 }
 

@@ -2,6 +2,7 @@
 #include "zelvane/core/datetime.h"
 
 #include <gtest/gtest.h>
+#include <sys/time.h>
 
 #include <algorithm>
 #include <array>
@@ -11,9 +12,26 @@
 #include <cstdio>
 #include <ctime>
 #include <stdexcept>
+#include <string>
 #include <tuple>
 
 #include "support/processes.h"
+
+namespace {
+
+// What the machine's clock was asked to become: the test program has a settimeofday() of its own, which the library
+// finds before the C library's.
+std::string g_clock;
+bool g_clockRefuses = false;
+
+}  // namespace
+
+extern "C" __attribute__((visibility("default"))) int settimeofday(timeval const* time,
+                                                                   struct timezone const* zone) noexcept {
+  if (time != nullptr) g_clock += std::to_string(time->tv_sec) + "." + std::to_string(time->tv_usec) + " ";
+  if (zone != nullptr) g_clock += "zone " + std::to_string(zone->tz_minuteswest) + " ";
+  return g_clockRefuses ? -1 : 0;
+}
 
 namespace {
 
@@ -61,6 +79,15 @@ TEST(Calendar, ValuesThatAreNoDateTime) {
   }
   EXPECT_FALSE(SetDateTime(-1) || SetDateTime(LONG_MIN));
   EXPECT_TRUE(DecodeDateTime(0, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr));
+}
+
+TEST(Clock, SetToTheSecondThenToNoZone) {
+  for (bool const refuses : {false, true}) {
+    g_clock.clear();
+    g_clockRefuses = refuses;
+    EXPECT_EQ(SetDateTime(1110182941), !refuses);
+    EXPECT_EQ(g_clock, refuses ? "1110182941.0 " : "1110182941.0 zone 0 ");
+  }
 }
 
 TEST(Calendar, DaysFromEpochEdges) {

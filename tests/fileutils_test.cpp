@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
@@ -178,6 +179,9 @@ TEST(System, VersionAndAdministrator) {
   EXPECT_TRUE(line.empty() || GetOSVersion() == "Debian GNU/Linux " + line + end) << GetOSVersion();
   EXPECT_TRUE(geteuid() != 0 || test::InChild([] { return setuid(test::kNobody) == 0 && CurUserIsAdmin(); }));
   EXPECT_FALSE(test::AsOrdinaryUser(CurUserIsAdmin));
+  errno = ENOTDIR;
+  EXPECT_EQ(ENOTDIR, GetOSLastError());
+  EXPECT_TRUE(GetOSType() == 2 && GetPathDelimiter() == '/');
 }
 
 }  // namespace

@@ -84,8 +84,29 @@ TEST(Hash, TheManagerDoesNothing) {
   manager.SetAlgorithm(HashAlgorithm(7));
   manager.CalcString("abc");
   manager.SetDigest("abc");
+  manager.CalcBuffer("abc", 3);
+  manager.CalcFile("/nonexistent");
+  for (std::string const& text : {std::string(), std::string("abc")})
+    manager.CalcString(text), manager.CalcFile(text), manager.SetDigest(text);
   EXPECT_EQ("", manager.GetDigest() + manager.GetDigestString(0));
   EXPECT_TRUE(manager.GetDigestSize() == 0 && manager.GetHashObject() == nullptr);
+  EXPECT_EQ(HASH_RIPEMD256, manager.GetAlgorithm());
+}
+
+TEST(Hash, TheBaseOnlyProtects) {
+  struct : HashClass {
+    std::string seen;
+    void Protect(bool active) override { HashClass::Protect(active), seen += active ? "on " : "off "; }
+    void Calc(void*, long) override { seen += "calc "; }
+  } hash;
+  hash.Init(), hash.Calc(nullptr, 0), hash.Done();
+  EXPECT_EQ("on calc off ", hash.seen);
+  EXPECT_TRUE(hash.DigestKey() == nullptr && hash.DigestKeySize() == 0);
+  Spy frame;
+  frame.Init();
+  frame.Hash_MD4::Transform(nullptr);
+  EXPECT_EQ(std::string(64, '\0'), frame.Block());
+  EXPECT_EQ(0, frame.DigestKeySize());
 }
 
 TEST(Hash, VirtualOperationsKeepTheirSlots) {

@@ -1,6 +1,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <cstring>
 #include <stdexcept>
 
@@ -44,9 +45,9 @@ std::string Log(long count) {
   return log;
 }
 
-std::string ManyKeys() {
+std::string ManyKeys(int count = 40) {
   std::string file = "[S]\n";
-  for (int i = 10; i < 50; i++) file += "K" + std::to_string(i) + " = " + std::to_string(i) + "\n";
+  for (int i = 10; i < 10 + count; i++) file += "K" + std::to_string(i) + " = " + std::to_string(i) + "\n";
   return file;
 }
 
@@ -65,6 +66,14 @@ std::string PsOutput() {
 template <std::size_t N>
 void Put(char (&field)[N], char const* text) {
   std::strncpy(field, text, N);
+}
+
+// Whether the only file is as it was, but for lines that begin with this letter.
+bool KeepsAllBut(char letter, Files const& before, Files const& after) {
+  std::string kept = after.at("root/a.cfg");
+  for (std::size_t at = 0; (at = kept.find(std::string("\n") + letter, at)) != std::string::npos;)
+    kept.erase(at, kept.find('\n', at + 1) - at);
+  return after.size() == 1 && kept == before.at("root/a.cfg");
 }
 
 // The bytes of a record as one number.
@@ -117,6 +126,36 @@ bool SetSrv(World& world, int commType) {
   cfg.usbDevice = 5;
   cfg.lineSensitivity = 4;
   return SetUpsSrvConfig(world.Root("007"), &cfg, 0) == 1;
+}
+
+// An object whose steps are taken one by one.
+struct Stepwise : CfgClass {
+  bool ParseLine(std::string const& line, bool noLines) override { return CfgClass::ParseLine(line, noLines); }
+};
+
+// Every operation that changes a browse list, one after the other; how many told success. What comes behind one that
+// ran out of memory is refused.
+int ChangeBrowseList(void* list) {
+  BrwsGroupRec group = {};
+  BrwsComputerRec computer = {};
+  BrwsNobreakRec unit = {};
+  Put(group.name, "a group with a long name");
+  Put(computer.name, "a computer with a long name");
+  Put(computer.address, "2001:db8:0:0:0"), Put(unit.name, "a unit with a long name");
+  group.parent = computer.group = 1;
+  unit.computer = 1;
+  int done = AddBrwsGroup(list, &group, true, nullptr, true) + AddBrwsComputer(list, &computer, false, nullptr, true) +
+             AddBrwsNobreak(list, &unit, true, nullptr, false);
+  unit.computer = 77;
+  done += AddBrwsNobreak(list, &unit, false, nullptr, true);
+  group.id = computer.id = unit.id = unit.computer = 1;
+  done += EditBrwsGroup(list, &group, true) + EditBrwsComputer(list, &computer, true) +
+          EditBrwsNobreak(list, &unit, true) + UpdateBrwsFileDate(list, true) + RemoveBrwsNobreak(list, 2, true) +
+          RemoveBrwsNobreakByComputer(list, 1, true) + RemoveBrwsComputer(list, 1, true) +
+          RemoveBrwsComputerByGroup(list, 1, true) + RemoveBrwsGroupByGroup(list, 1, true) +
+          RemoveBrwsGroup(list, 0, true);
+  return done + ClearBrwsGroupsList(list, true) + ClearBrwsComputersList(list, true) +
+         ClearBrwsNobreaksList(list, true);
 }
 
 // The services of the folder init.d.
@@ -315,6 +354,37 @@ std::vector<Scenario> Make() {
          return true;
        },
        kClass},
+      {"CfgClass: step by step", cfg,
+       [](World& w) {
+         return Change<Stepwise>(w, "a.cfg", false, [&](auto& f) {
+           w.Note("%s %ld ", f.ReadStr("CLILIST", 1UL, "none").c_str(), f.ReadInt("SHUTSRV", "POPUP", 5));
+           return f.WriteStr("A section with a long name", "A key with a long name", "a value with a long text") &&
+                  f.DeleteKey("CLILIST", "1") && f.EraseSection("UPSCLI");
+         });
+       },
+       kClass | kTwice},
+      {"CfgClass: a thousand keys by number, made and removed",
+       {{"root/a.cfg", ManyKeys(1024)}},
+       [](World& w) {
+         return Change<CfgClass>(w, "a.cfg", true, [&](auto& f) {
+           char name[8];
+           unsigned sum = 0;
+           for (int const way : {0, 1}) {
+             for (int i = 0; i < 1100; i++) {
+               std::snprintf(name, sizeof name, "J%04d", i);
+               if (!(way == 0 ? f.WriteStr("S", name, "1") : f.DeleteKey("S", name))) return false;
+               if (i % 50 == 0) sum = sum * 31 + static_cast<unsigned char>(f.GetKeyName("S", 900)[4]);
+             }
+           }
+           w.Note("%x", sum);
+           return f.GetKeyCount("S") == 1024;
+         });
+       },
+       kClass,
+       {},
+       [](Files const& before, Files const& after, bool ok) {
+         return ok ? after == before : KeepsAllBut('J', before, after);
+       }},
       {"RegCfgClass: a change",
        {{"home/a.cfg", kUser}},
        [](World& w) {
@@ -595,6 +665,13 @@ std::vector<Scenario> Make() {
          return CloseBrwsList(list) == 1 && added;
        },
        kTwice},
+      {"browse list, every change", browse,
+       [](World& w) {
+         void* const list = OpenBrwsList(w.Root("zelbrws.cfg"));
+         int const done = ChangeBrowseList(list);
+         return CloseBrwsList(list) == 1 && done == 17;
+       },
+       kTwice},
       {"browse list, cascade", browse,
        [](World& w) {
          void* const list = OpenBrwsList(w.Root("zelbrws.cfg"));
@@ -647,6 +724,25 @@ std::vector<Scenario> Make() {
          return codec.DecodeFile(w.Root("a"), w.Root("b"));
        },
        kPart},
+      {"Base64 of a text",
+       {},
+       [](World& w) {
+         std::string text;
+         text.assign("a text that is longer than a string keeps in itself");
+         std::string const coded = EncodeBase64FromStr(text);
+         std::string const back = coded.empty() ? coded : EncodeBase64().EncodeStr(DecodeBase64().DecodeStr(coded));
+         w.Note("%s", back.c_str());
+         return !coded.empty() && back == coded;
+       },
+       kClass},
+      {"texts filled and cut",
+       {},
+       [](World&) {
+         char const* const text = "a text that is longer than a string keeps in itself";
+         return FillLeft(text, 99, '-').size() == 99 && FillRight(text, 99, '-').size() == 99 &&
+                ExtractFileExt("a.name.with-a-long-extension-behind-it").size() == 31;
+       },
+       kClass},
       {"cipher, a file",
        {{"root/a", std::string(70003, 'a')}},
        [](World& w) {
