@@ -411,19 +411,7 @@ char const kCalendarHelp[] =
     "Whole days, both included; without them all of the log. Counted as the programs count, whose calendar takes a\n"
     "29 February for 1 February, and the 31 December of a leap year for 1 January of that year.";
 
-}  // namespace
-
-void AddLog(CLI::App& app, Terminal& terminal) {
-  Family family(app, terminal);
-  family.Get()->require_subcommand(1);
-  family.Get()->footer(
-      "Nothing but OUT of `salvage` is ever written. A damaged log, which the programs take for empty, is read as far\n"
-      "as its whole records go. Times are local, as the programs stamp them: 2005-03-07 10:06:40 or 07/03/2005 "
-      "10:06.\n\n"
-      "  zelctl log show logevt.rgt --last 20\n"
-      "  zelctl log chart logevt.rgt --from 2005-03-01 --to 2005-03-31\n"
-      "  zelctl log time logevt.rgt --start 1 --end 2,4 --from 2005-03-01 --to 2005-03-31");
-
+void AddViews(Family& family) {
   CLI::App* const show = family.Add(
       "show", "The records: time, code, printable and hexadecimal payload", Show,
       "CODE is the first two bytes of the payload, TEXT the rest, with \".\" for what does not print. Zeros at the "
@@ -436,6 +424,17 @@ void AddLog(CLI::App& app, Terminal& terminal) {
   family.Value(show, "--last", &Arguments::last, "N", "Only the last N of them");
   family.Size(show);
 
+  CLI::App* const chart = family.Add("chart", "Bars of the events per day or hour, for each code", DrawChart,
+                                     "All bars have one scale, up to the width of the terminal. Days or hours without "
+                                     "an event stand between the others,\n"
+                                     "three and more of them as one line.");
+  family.Value(chart, "--by", &Arguments::by, "day|hour", "What a bar stands for; hours if all lies within three days");
+  family.Span(chart, "TIME");
+  family.Value(chart, "--code", &Arguments::code, "N", "Only this code");
+  family.Size(chart);
+}
+
+void AddStatistics(Family& family) {
   CLI::App* const count = family.Add("count", "How often an event happened", Count, kCalendarHelp);
   family.Value(count, "--code", &Arguments::code, "N", "Code of the event")->required();
   family.Span(count, "DAY");
@@ -448,16 +447,9 @@ void AddLog(CLI::App& app, Terminal& terminal) {
       ->delimiter(',')
       ->allow_extra_args(false);  // FILE may stand behind it
   family.Span(time, "DAY");
+}
 
-  CLI::App* const chart = family.Add("chart", "Bars of the events per day or hour, for each code", DrawChart,
-                                     "All bars have one scale, up to the width of the terminal. Days or hours without "
-                                     "an event stand between the others,\n"
-                                     "three and more of them as one line.");
-  family.Value(chart, "--by", &Arguments::by, "day|hour", "What a bar stands for; hours if all lies within three days");
-  family.Span(chart, "TIME");
-  family.Value(chart, "--code", &Arguments::code, "N", "Only this code");
-  family.Size(chart);
-
+void AddRescue(Family& family) {
   CLI::App* const verify =
       family.Add("verify", "Check the length and the order of the times", Verify,
                  "Exit code 1 when bytes behind the last record are no whole one, or a record is stamped earlier than\n"
@@ -470,4 +462,21 @@ void AddLog(CLI::App& app, Terminal& terminal) {
                  "  zelctl log salvage logevt.rgt.tmp saved.rgt");
   family.Overwrite(salvage);
   family.Size(salvage);
+}
+
+}  // namespace
+
+void AddLog(CLI::App& app, Terminal& terminal) {
+  Family family(app, terminal);
+  family.Get()->require_subcommand(1);
+  family.Get()->footer(
+      "Nothing but OUT of `salvage` is ever written. A damaged log, which the programs take for empty, is read as far\n"
+      "as its whole records go. Times are local, as the programs stamp them: 2005-03-07 10:06:40 or 07/03/2005 "
+      "10:06.\n\n"
+      "  zelctl log show logevt.rgt --last 20\n"
+      "  zelctl log chart logevt.rgt --from 2005-03-01 --to 2005-03-31\n"
+      "  zelctl log time logevt.rgt --start 1 --end 2,4 --from 2005-03-01 --to 2005-03-31");
+  AddViews(family);
+  AddStatistics(family);
+  AddRescue(family);
 }
