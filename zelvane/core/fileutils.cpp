@@ -168,7 +168,7 @@ std::string GetTmpFileName(bool) {
   return Guard(std::string(), [] {
     std::string const folder = GetTmpPath(false);
     if (folder.empty()) return std::string();
-    std::string const pattern = folder + "tmpXXXXXX";
+    std::string pattern = folder + "tmpXXXXXX";
     std::string created = pattern;
     // The C library leaves its last try in the text when it fails; callers get the X's.
     Descriptor const file(mkostemp(created.data(), O_CLOEXEC));
