@@ -83,8 +83,7 @@ TEST(Calendar, ValuesThatAreNoDateTime) {
 
 TEST(Clock, SetToTheSecondThenToNoZone) {
   for (bool const refuses : {false, true}) {
-    g_clock.clear();
-    g_clockRefuses = refuses;
+    g_clock.clear(), g_clockRefuses = refuses;
     EXPECT_EQ(SetDateTime(1110182941), !refuses);
     EXPECT_EQ(g_clock, refuses ? "1110182941.0 " : "1110182941.0 zone 0 ");
   }

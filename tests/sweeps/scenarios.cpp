@@ -128,34 +128,23 @@ bool SetSrv(World& world, int commType) {
   return SetUpsSrvConfig(world.Root("007"), &cfg, 0) == 1;
 }
 
-// An object whose steps are taken one by one.
-struct Stepwise : CfgClass {
-  bool ParseLine(std::string const& line, bool noLines) override { return CfgClass::ParseLine(line, noLines); }
-};
-
 // Every operation that changes a browse list, one after the other; how many told success. What comes behind one that
 // ran out of memory is refused.
 int ChangeBrowseList(void* list) {
-  BrwsGroupRec group = {};
-  BrwsComputerRec computer = {};
-  BrwsNobreakRec unit = {};
-  Put(group.name, "a group with a long name");
-  Put(computer.name, "a computer with a long name");
-  Put(computer.address, "2001:db8:0:0:0"), Put(unit.name, "a unit with a long name");
-  group.parent = computer.group = 1;
-  unit.computer = 1;
-  int done = AddBrwsGroup(list, &group, true, nullptr, true) + AddBrwsComputer(list, &computer, false, nullptr, true) +
-             AddBrwsNobreak(list, &unit, true, nullptr, false);
-  unit.computer = 77;
-  done += AddBrwsNobreak(list, &unit, false, nullptr, true);
-  group.id = computer.id = unit.id = unit.computer = 1;
-  done += EditBrwsGroup(list, &group, true) + EditBrwsComputer(list, &computer, true) +
-          EditBrwsNobreak(list, &unit, true) + UpdateBrwsFileDate(list, true) + RemoveBrwsNobreak(list, 2, true) +
-          RemoveBrwsNobreakByComputer(list, 1, true) + RemoveBrwsComputer(list, 1, true) +
-          RemoveBrwsComputerByGroup(list, 1, true) + RemoveBrwsGroupByGroup(list, 1, true) +
-          RemoveBrwsGroup(list, 0, true);
-  return done + ClearBrwsGroupsList(list, true) + ClearBrwsComputersList(list, true) +
-         ClearBrwsNobreaksList(list, true);
+  BrwsGroupRec const group = {1, "a group with a long name", 1};
+  BrwsComputerRec const computer = {1, "a computer with a long name", "2001:db8:0:0:0", 1};
+  BrwsNobreakRec const unit = {1, "a unit with a long name", 0, 1}, orphan = {0, "a unit without a computer", 0, 77};
+  int done = 0;
+  for (int const told :
+       {AddBrwsGroup(list, &group, true, nullptr, true), AddBrwsComputer(list, &computer, false, nullptr, true),
+        AddBrwsNobreak(list, &unit, true, nullptr, false), AddBrwsNobreak(list, &orphan, false, nullptr, true),
+        EditBrwsGroup(list, &group, true), EditBrwsComputer(list, &computer, true), EditBrwsNobreak(list, &unit, true),
+        UpdateBrwsFileDate(list, true), RemoveBrwsNobreak(list, 2, true), RemoveBrwsNobreakByComputer(list, 1, true),
+        RemoveBrwsComputer(list, 1, true), RemoveBrwsComputerByGroup(list, 1, true),
+        RemoveBrwsGroupByGroup(list, 1, true), RemoveBrwsGroup(list, 0, true), ClearBrwsGroupsList(list, true),
+        ClearBrwsComputersList(list, true), ClearBrwsNobreaksList(list, true)})
+    done += told;
+  return done;
 }
 
 // The services of the folder init.d.
@@ -354,15 +343,6 @@ std::vector<Scenario> Make() {
          return true;
        },
        kClass},
-      {"CfgClass: step by step", cfg,
-       [](World& w) {
-         return Change<Stepwise>(w, "a.cfg", false, [&](auto& f) {
-           w.Note("%s %ld ", f.ReadStr("CLILIST", 1UL, "none").c_str(), f.ReadInt("SHUTSRV", "POPUP", 5));
-           return f.WriteStr("A section with a long name", "A key with a long name", "a value with a long text") &&
-                  f.DeleteKey("CLILIST", "1") && f.EraseSection("UPSCLI");
-         });
-       },
-       kClass | kTwice},
       {"CfgClass: a thousand keys by number, made and removed",
        {{"root/a.cfg", ManyKeys(1024)}},
        [](World& w) {
@@ -724,25 +704,6 @@ std::vector<Scenario> Make() {
          return codec.DecodeFile(w.Root("a"), w.Root("b"));
        },
        kPart},
-      {"Base64 of a text",
-       {},
-       [](World& w) {
-         std::string text;
-         text.assign("a text that is longer than a string keeps in itself");
-         std::string const coded = EncodeBase64FromStr(text);
-         std::string const back = coded.empty() ? coded : EncodeBase64().EncodeStr(DecodeBase64().DecodeStr(coded));
-         w.Note("%s", back.c_str());
-         return !coded.empty() && back == coded;
-       },
-       kClass},
-      {"texts filled and cut",
-       {},
-       [](World&) {
-         char const* const text = "a text that is longer than a string keeps in itself";
-         return FillLeft(text, 99, '-').size() == 99 && FillRight(text, 99, '-').size() == 99 &&
-                ExtractFileExt("a.name.with-a-long-extension-behind-it").size() == 31;
-       },
-       kClass},
       {"cipher, a file",
        {{"root/a", std::string(70003, 'a')}},
        [](World& w) {
