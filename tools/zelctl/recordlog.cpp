@@ -87,10 +87,11 @@ void RecordLog::ForEachBlock(std::function<void(unsigned char const*, std::size_
 
 void RecordLog::ForEach(std::function<void(Record const&)> const& see) const {
   auto const size = static_cast<std::size_t>(recordSize_);
+  auto const payload = static_cast<std::size_t>(recordSize_ - kStampSize);
   std::uint64_t index = 0;
   ForEachBlock([&](unsigned char const* bytes, std::size_t length) {
     for (std::size_t at = 0; at < length; at += size)
-      see({index++, StampOf(bytes + at), bytes + at + kStampSize, size - kStampSize});
+      see({index++, StampOf(bytes + at), bytes + at + kStampSize, payload});
   });
 }
 
