@@ -20,6 +20,9 @@ int OpenRedirected(char const* name, char const* path, int flags, mode_t mode) {
   return real(path, flags, mode);
 }
 
+// What a command starts in turn may have another word size, and the loader would complain.
+__attribute__((constructor)) void LeaveChildrenAlone() { unsetenv("LD_PRELOAD"); }
+
 }  // namespace
 
 extern "C" {
