@@ -107,7 +107,7 @@ TEST_F(ShutSrv, ActionsLieFromTheLowestBitUpwards) {
     memcpy(&cfg_.actions, &byte, 1);
     ASSERT_EQ(Set(), 1);
     EXPECT_TRUE(test::Holds(File(), c[1])) << c << File();
-    cfg_.actions = {};
+    memset(&cfg_.actions, 0, 1);  // the bits without a name, too
     ASSERT_EQ(GetShutSrvConfig(nullptr, &cfg_), 1);
     EXPECT_EQ(memcmp(&cfg_.actions, &byte, 1), 0) << c;
   }
