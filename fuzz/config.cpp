@@ -33,6 +33,7 @@ int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size) {
   fuzz::Check(file.Open(disk.Path()), "every file opens");
   bool const whole = file.GetErrorCode() == CFG_OK;
   std::string const before = Everything(file);
+  bool const fresh = !file.SectionExists("FUZZ SECTION");
 
   fuzz::Check(file.WriteStr("FUZZ SECTION", "FUZZ KEY", "value") && file.Flush(), "a change is saved");
   CfgClass again;
@@ -41,7 +42,7 @@ int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size) {
     fuzz::Check(again.ReadStr("FUZZ SECTION", "FUZZ KEY", "") == "value", "what was written is read");
     fuzz::Check(Everything(again) == Everything(file), "load, save, load");
     fuzz::Check(again.EraseSection("FUZZ SECTION"), "and goes again");
-    if (bytes.find("FUZZ") == std::string::npos && bytes.find("fuzz") == std::string::npos) {
+    if (fresh) {
       fuzz::Check(Everything(again) == before, "all else stays");
       fuzz::Check(disk.Read() == bytes, "byte for byte");
     }

@@ -1,15 +1,17 @@
 #!/usr/bin/env bash
-# Runs every fuzzer for that many seconds, as many at once as there are processors: fuzz/run.sh BUILD_FOLDER SECONDS.
+# Runs every fuzzer for that many seconds, as many at once as there are processors:
+# fuzz/run.sh BUILD_FOLDER SECONDS [SEED]. With a seed a new folder goes through the same inputs every time.
 # What is found stays in BUILD_FOLDER/found; what is learned stays in BUILD_FOLDER/corpus for the next run.
 set -euo pipefail
 build=$1
 seconds=$2
+seed=${3:-0}  # 0: another one each time
 here=$(cd "$(dirname "$0")" && pwd)
-export here build seconds
+export here build seconds seed
 one() {
   mkdir -p "$build/corpus/$1" "$build/found"
-  "$build/fuzz/fuzz_$1" -max_total_time="$seconds" -max_len=4096 -timeout=10 -rss_limit_mb=1024 -print_final_stats=1 \
-    -artifact_prefix="$build/found/$1-" "$build/corpus/$1" "$here/seeds/$1" >"$build/$1.log" 2>&1 ||
+  "$build/fuzz/fuzz_$1" -seed="$seed" -max_total_time="$seconds" -max_len=4096 -timeout=10 -rss_limit_mb=1024 \
+    -print_final_stats=1 -artifact_prefix="$build/found/$1-" "$build/corpus/$1" "$here/seeds/$1" >"$build/$1.log" 2>&1 ||
     { tail -n 40 "$build/$1.log" && exit 255; }
   printf 'fuzz: %-10s %10d inputs in %d s, nothing found\n' "$1" \
     "$(sed -n 's/^stat::number_of_executed_units: *//p' "$build/$1.log")" "$seconds"
