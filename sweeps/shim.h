@@ -1,7 +1,7 @@
 // The C library's calls as the sweeps want them: failing, interrupted or killed at a chosen one. Linked into the
 // program (or preloaded), where the library finds these definitions before the C library's.
-#ifndef ZELVANE_TESTS_SWEEPS_SHIM_H
-#define ZELVANE_TESTS_SWEEPS_SHIM_H
+#ifndef ZELVANE_SWEEPS_SHIM_H
+#define ZELVANE_SWEEPS_SHIM_H
 
 #ifdef __cplusplus
 extern "C" {

@@ -2,8 +2,8 @@
 //
 // The sweep program lies in the installation root itself, as the product's programs do: where the settings cannot be
 // read, the root is found all the same.
-#ifndef ZELVANE_TESTS_SWEEPS_WORLD_H
-#define ZELVANE_TESTS_SWEEPS_WORLD_H
+#ifndef ZELVANE_SWEEPS_WORLD_H
+#define ZELVANE_SWEEPS_WORLD_H
 
 #include <map>
 #include <string>
