@@ -2,6 +2,8 @@
 #ifndef ZELVANE_TESTS_SUPPORT_SLOT_H
 #define ZELVANE_TESTS_SUPPORT_SLOT_H
 
+#include <gtest/gtest.h>
+
 #include <cstddef>
 #include <cstring>
 
@@ -13,6 +15,12 @@ std::size_t Slot(Member member) {
   std::size_t offset = 0;
   std::memcpy(&offset, &member, sizeof offset);
   return (offset - 1) / sizeof(void*);
+}
+
+// The operations stand side by side, the first of them in that slot.
+template <class... Members>
+void ExpectSlots(std::size_t first, Members... members) {
+  for (std::size_t const slot : {Slot(members)...}) EXPECT_EQ(slot, first++);
 }
 
 }  // namespace test
