@@ -24,6 +24,7 @@ struct Fault {
   int reason;
   long at;
 };
+constexpr long kNever = 1000000000;
 
 char const* const kCallNames[] = {"open",      "read",    "write", "lseek",  "close",  "fsync", "rename",
                                   "ftruncate", "mkstemp", "fork",  "malloc", "status", "remove"};
@@ -50,6 +51,8 @@ struct Outcome {
   bool ok = false;
   bool threw = false;
   bool strange = false;  // threw something else than bad_alloc
+  long calls = 0;        // of the kind that was to fail
+  long kept = 0;         // pieces of memory
   std::string notes;
   Files files;
 };
@@ -101,9 +104,11 @@ class Sweep {
   }
 
  private:
+  // Runs the scenario, under a fault or not.
   Outcome Once(Fault const* fault) {
     Outcome outcome;
     if (fault != nullptr) ShimArm(fault->call, fault->at, fault->mode, fault->reason);
+    long const pieces = ShimPieces();
     try {
       outcome.ok = scenario_.run(world_);
     } catch (std::bad_alloc const&) {
@@ -111,7 +116,8 @@ class Sweep {
     } catch (...) {
       outcome.threw = outcome.strange = true;
     }
-    if (fault != nullptr) ShimDisarm();
+    if (fault != nullptr) outcome.calls = ShimDisarm();
+    outcome.kept = ShimPieces() - pieces;
     outcome.notes = world_.TakeNotes();
     outcome.files = world_.Get();
     return outcome;
@@ -125,7 +131,7 @@ class Sweep {
       g_world = &world_;
       g_states = &states_;
       ShimWatch(TakeStates);
-      Fault const none = {SHIM_ANY, SHIM_ONCE, 0, 1000000000};
+      Fault const none = {SHIM_ANY, SHIM_ONCE, 0, kNever};
       done_ = Once(&none);
       ShimWatch(nullptr);
     }
@@ -149,12 +155,8 @@ class Sweep {
 
   long Count(ShimCall call) {
     world_.Set(scenario_.files);
-    Fault const none = {call, SHIM_ONCE, 0, 1000000000};
-    ShimArm(none.call, none.at, none.mode, none.reason);
-    scenario_.run(world_);
-    long const count = ShimDisarm();
-    world_.TakeNotes();
-    return count;
+    Fault const none = {call, SHIM_ONCE, 0, kNever};
+    return Once(&none).calls;
   }
 
   void Try(Fault const& fault) {
@@ -162,24 +164,11 @@ class Sweep {
                   kCallNames[fault.call], fault.at, kModeNames[fault.mode], std::strerror(fault.reason));
     world_.Set(scenario_.files);
     int const descriptors = OpenDescriptors();
-    Outcome outcome;
-    ShimArm(fault.call, fault.at, fault.mode, fault.reason);
-    long const pieces = ShimPieces();
-    try {
-      outcome.ok = scenario_.run(world_);
-    } catch (std::bad_alloc const&) {
-      outcome.threw = true;
-    } catch (...) {
-      outcome.threw = outcome.strange = true;
-    }
-    ShimDisarm();
-    long const left = ShimPieces() - pieces;
-    outcome.notes = world_.TakeNotes();
-    outcome.files = world_.Get();
+    Outcome const outcome = Once(&fault);
     progress_.runs++;
     progress_.hits += ShimHits() > 0;
 
-    if (left > 0) Complain(fault, "memory is not given back");
+    if (outcome.kept > 0) Complain(fault, "memory is not given back");
     if (OpenDescriptors() != descriptors) Complain(fault, "descriptors are not given back");
     if (waitpid(-1, nullptr, WNOHANG) != -1 || errno != ECHILD) Complain(fault, "a child is left");
     if (!world_.Leftovers().empty()) Complain(fault, "a temporary file is left");

@@ -115,33 +115,22 @@ static char const* Redirected(char const* path) {
   return path != NULL ? path : "/nonexistent/zelvane-test.conf";
 }
 
-#define DEFINE_OPEN(name)                                                    \
-  EXPORTED int name(char const* path, int flags, ...) {                      \
-    va_list rest;                                                            \
-    mode_t mode = 0;                                                         \
-    if ((flags & (O_CREAT | O_TMPFILE)) != 0) {                              \
-      va_start(rest, flags);                                                 \
-      mode = va_arg(rest, mode_t);                                           \
-      va_end(rest);                                                          \
-    }                                                                        \
-    return Fate(SHIM_OPEN) ? -1 : REAL(name)(Redirected(path), flags, mode); \
+#define DEFINE_OPEN(name, parameters, arguments)        \
+  EXPORTED int name parameters {                        \
+    va_list rest;                                       \
+    mode_t mode = 0;                                    \
+    if ((flags & (O_CREAT | O_TMPFILE)) != 0) {         \
+      va_start(rest, flags);                            \
+      mode = va_arg(rest, mode_t);                      \
+      va_end(rest);                                     \
+    }                                                   \
+    return Fate(SHIM_OPEN) ? -1 : REAL(name) arguments; \
   }
-DEFINE_OPEN(open)
-DEFINE_OPEN(open64)
 
-#define DEFINE_OPENAT(name)                                              \
-  EXPORTED int name(int folder, char const* path, int flags, ...) {      \
-    va_list rest;                                                        \
-    mode_t mode = 0;                                                     \
-    if ((flags & (O_CREAT | O_TMPFILE)) != 0) {                          \
-      va_start(rest, flags);                                             \
-      mode = va_arg(rest, mode_t);                                       \
-      va_end(rest);                                                      \
-    }                                                                    \
-    return Fate(SHIM_OPEN) ? -1 : REAL(name)(folder, path, flags, mode); \
-  }
-DEFINE_OPENAT(openat)
-DEFINE_OPENAT(openat64)
+DEFINE_OPEN(open, (char const* path, int flags, ...), (Redirected(path), flags, mode))
+DEFINE_OPEN(open64, (char const* path, int flags, ...), (Redirected(path), flags, mode))
+DEFINE_OPEN(openat, (int folder, char const* path, int flags, ...), (folder, path, flags, mode))
+DEFINE_OPEN(openat64, (int folder, char const* path, int flags, ...), (folder, path, flags, mode))
 
 #define DEFINE(result, failed, call, name, parameters, arguments) \
   EXPORTED result name parameters {                               \

@@ -1,0 +1,47 @@
+// The tables of scenarios, one for each room of the library, and what several of them begin with.
+#ifndef ZELVANE_SWEEPS_SCENARIOS_H
+#define ZELVANE_SWEEPS_SCENARIOS_H
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "sweeps/shim.h"
+#include "sweeps/world.h"
+
+namespace sweeps {
+
+using Table = std::vector<Scenario>;
+
+Table CoreScenarios();
+Table ConfigScenarios();
+Table ApiScenarios();
+Table LogsScenarios();
+Table LangScenarios();
+Table BrowseScenarios();
+Table SystemScenarios();
+Table CryptoScenarios();
+
+constexpr long kNow = SHIM_NOW;
+
+// Settings of a user, and of the machine with their servers.
+constexpr char kUserFile[] = "; mine\n[ZELVANE]\nLangId = 2\nColorSch = 1\n";
+constexpr char kClientFile[] =
+    "# kept\n[SHUTSRV]\nZELSRV = ups;10.0.0.1;4000\nPOPUP = 1\n[CLILIST]\n0 = ups;10.0.0.1;4000\n1 = b;10.0.0.2;1\n"
+    "[MAILSEND]\nPASSWORD = c2VjcmV0AA==\n[UPSCLI]\nLIBNAME = zelcli03\n";
+
+// These files, and the settings file that names the root.
+inline Files WithRoot(Files files) {
+  files["zelvane.conf"] = "[ZELVANE]\nPATH = <root>\nVERSION = 5.1\nZELSRV = 1\n";
+  return files;
+}
+
+// Fills a char array; text of its width leaves it without a NUL.
+template <std::size_t N>
+void Put(char (&field)[N], char const* text) {
+  std::strncpy(field, text, N);
+}
+
+}  // namespace sweeps
+
+#endif

@@ -1,0 +1,40 @@
+#include "sweeps/scenarios.h"
+#include "zelvane/zelvane.h"
+
+namespace sweeps {
+
+Table LangScenarios() {
+  Files const files = WithRoot({{"root/zellang.cfg", "[LANG]\n1 = English\n[1]\n12 = on\n13 = off\n"},
+                                {"home/.zellang.cfg", "[1]\n12 = mine\n"}});
+  return {
+      {"language, reading", files,
+       [](World& w) {
+         void* const lang = OpenLang(1);
+         if (lang == nullptr) return false;
+         w.Note("%s %s", GetLangStr(lang, 12), GetLangStr(lang, 13));
+         CloseLang(lang);
+         return true;
+       },
+       kReader},
+      {"language, writing",
+       files,
+       [](World&) {
+         void* const lang = OpenLang(1);
+         bool const done = SetLangStr(lang, 13, "ours") == 1;
+         CloseLang(lang);
+         return done;
+       },
+       0,
+       {},
+       [](Files const& before, Files const& after, bool ok) {
+         bool const user = after.at("home/.zellang.cfg") == "[1]\n12 = mine\n13 = ours\n";
+         std::string const system = "[LANG]\n1 = English\n[1]\n12 = on\n13 = ours\n";
+         bool const sound =
+             (user || after.at("home/.zellang.cfg") == before.at("home/.zellang.cfg")) &&
+             (after.at("root/zellang.cfg") == system || after.at("root/zellang.cfg") == before.at("root/zellang.cfg"));
+         return sound && (!ok || user || after.at("root/zellang.cfg") == system) && after.size() == before.size();
+       }},
+  };
+}
+
+}  // namespace sweeps
