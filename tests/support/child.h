@@ -2,6 +2,8 @@
 #ifndef ZELVANE_TESTS_SUPPORT_CHILD_H
 #define ZELVANE_TESTS_SUPPORT_CHILD_H
 
+#include <signal.h>
+#include <sys/resource.h>
 #include <sys/types.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -24,6 +26,12 @@ inline bool InChild(std::function<bool()> const& body) {
 // The same as a user whom modes bind, even when the tests run as root.
 inline bool AsOrdinaryUser(std::function<bool()> const& body) {
   return InChild([&] { return (geteuid() != 0 || (setgid(kNobody) == 0 && setuid(kNobody) == 0)) && body(); });
+}
+
+// The same where no file grows beyond that many bytes.
+inline bool WithShortFiles(rlim_t bytes, std::function<bool()> const& body) {
+  rlimit const limit = {bytes, bytes};
+  return InChild([&] { return signal(SIGXFSZ, SIG_IGN) != SIG_ERR && setrlimit(RLIMIT_FSIZE, &limit) == 0 && body(); });
 }
 
 }  // namespace test
