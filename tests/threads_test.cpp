@@ -42,6 +42,8 @@ TEST(Threads, ObjectsOfTheirOwn) {
     cfg.SetCached(true);
     root.Write("cfg" + me, "[A]\nk = 1\n");
     EXPECT_TRUE(cfg.Open(root.Path("cfg" + me)) && cfg.WriteDateTime("A", "t", nullptr, GetDateTime()) && cfg.Flush());
+    RegCfgClass reg;
+    EXPECT_TRUE(reg.Open(root.Write("reg" + me, "")) && reg.WriteStr("A", "k", "1") && reg.Close());
     LogClass log;
     log.SetFile(root.Path("log" + me));
     log.SetMaxLines(3);
@@ -54,10 +56,12 @@ TEST(Threads, ObjectsOfTheirOwn) {
     EXPECT_TRUE(lang.SetLangStr(1, "text", 1));
     EncodeBase64 codec;
     EXPECT_EQ("AA==", codec.EncodeStr(""));
+    EXPECT_EQ("", DecodeBase64().DecodeStr("AA=="));
     Hash_RipeMD256 hash;
-    Cipher_Safer_SK64 cipher;
-    cipher.SetHash(&hash);
-    EXPECT_TRUE(cipher.InitKey("phrase", nullptr));
+    CipherManager cipher;
+    cipher.SetAlgorithm(CIPHER_SAFER_SK64);
+    cipher.GetCipherObject()->SetHash(&hash);
+    EXPECT_TRUE(cipher.InitKey("phrase") && cipher.EncodeFile(root.Path("cfg" + me), root.Path("coded" + me)));
     EXPECT_NE("", FormatDateTime(GMTToLocalDateTime(GetGMTDateTime()), "%c"));
     EXPECT_EQ("1.50000", FloatToStr(StrToFloatDef("1.5", 0), 0, 6));
   });
