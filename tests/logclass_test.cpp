@@ -245,26 +245,6 @@ TEST_F(RecordLog, RecordsAreReadByIndex) {
   EXPECT_EQ(log.LoadFile(kSize) + log.GetRegCount(kSize), 3u) << "a second load in a row loads nothing";
 }
 
-TEST_F(RecordLog, WritersInterleaveWholeRecords) {
-  constexpr std::uint32_t kEach = 2000, kOther = 0x10000;
-  log.SetMaxLines(3 * kEach);
-  auto const write = [&](std::uint32_t first) {
-    for (std::uint32_t i = first; i < first + kEach; i++)
-      if (!Append(log, i)) return false;
-    return true;
-  };
-  EXPECT_TRUE(InChild([&] {
-    pid_t const other = fork();
-    if (other == 0) _exit(write(kOther) ? 0 : 1);
-    int status = -1;
-    return write(0) && waitpid(other, &status, 0) == other && status == 0;
-  }));
-  std::string const bytes = ReadFile(path);
-  std::string of[2];  // each writer's own in order
-  for (size_t i = 0; i < bytes.size(); i += 8) of[bytes.at(i + 2) & 1] += bytes.substr(i, 8);
-  EXPECT_TRUE(of[0] == Records(0, kEach - 1) && of[1] == Records(kOther, kOther + kEach - 1));
-}
-
 TEST_F(RecordLog, OperationsCallEachOtherVirtually) {
   long when = 0;
   char data[] = "data";
