@@ -13,36 +13,17 @@
 #include "support/processes.h"
 #include "support/scratch.h"
 #include "support/services.h"
-#include "support/slot.h"
 #include "zelvane/system/procsvc.h"
 
 namespace {
 
 using test::Scratch, test::Services, test::Sleeper, test::UniqueName;
 
-// An int between two others: only the one in the middle may change.
-struct Flag {
-  int before = 7, value = 7, after = 7;
-  bool Is(int expected) const { return before == 7 && value == expected && after == 7; }
-};
-
 std::string Names(SvcManager& services) {
   std::string names;
   for (unsigned long i = 0; i < services.GetSvcCount(); i++) names += services.GetSvcByIndex(i)->GetName() + "|";
   return names;
 }
-
-#if defined(__x86_64__) || defined(__i386__)
-TEST(SvcManager, VirtualOperationsKeepTheirSlots) {
-  using test::Slot;
-  using M = SvcManager;
-  EXPECT_EQ((std::vector<size_t>{0, 1, 2, 5, 6, 7, 8, 9, 10}),  // the destructor takes 3 and 4
-            (std::vector<size_t>{Slot(&M::GetDaemonInfo), Slot(&M::GetDaemonDescr), Slot(&M::GetDaemonAuto),
-                                 Slot(&M::Update), Slot(&M::Clear), Slot(&M::GetSvcCount), Slot(&M::GetSvcByIndex),
-                                 Slot<SvcClass* (M::*)(char const*)>(&M::GetSvcByName),
-                                 Slot<bool (M::*)(char const*)>(&M::IsRunning)}));
-}
-#endif
 
 TEST(SvcManager, NamesInTheOrderOfTheFiles) {
   Services services;
@@ -69,8 +50,11 @@ TEST(SvcManager, NamesInTheOrderOfTheFiles) {
 }
 
 TEST(SvcManager, Descriptions) {
-  std::pair<char const*, char const*> const cases[] = {
-      {"# Description: Watches the line \\\n# power unit\n", "Watches the line power unit"},
+  std::string const initd = ZELVANE_FIXTURES "/initd/";
+  std::pair<std::string, char const*> const cases[] = {
+      {test::ReadFile(initd + "latin1_crlf"), "A\xe7\xe3o do nobreakem falta"},
+      {test::ReadFile(initd + "chkconfig"), "Watches the line and the batteries,then shuts down "},
+      {test::ReadFile(initd + "lsb"), "Watches the units and tells the clients: batteries first."},
       {"# Description: Watches\\\n#power\\\n#\t unit \n# more", "Watchespowerunit"},
       {"# Description: a \\\nexit 0\n\n  # b\n", "a b"},
       {"# Description: a\\\\\n# b\n", "a\\b"},
@@ -80,17 +64,11 @@ TEST(SvcManager, Descriptions) {
       {"# Descriptions-de(1): x\n", "x"},
       {"# Description without colon\n# Description: x\n", "x"},
       {"# Short-Description: no\n## Description: no\n# Descriptio: no\n# x Description: no\n", ""},
-      {"Description: x\necho # Description: x\n; Description: x\n", ""},
-      {"", ""}};
+      {"Description: x\necho # Description: x\n; Description: x\n", ""}};
   Scratch const scratch;
   SvcManager services;
   for (auto const& [script, description] : cases)
     EXPECT_EQ(services.GetDaemonDescr(scratch.Write("script", script)), description) << "'" << script << "'";
-  std::pair<char const*, char const*> const captured[] = {
-      {ZELVANE_FIXTURES "/initd/latin1_crlf", "A\xe7\xe3o do nobreakem falta"},
-      {ZELVANE_FIXTURES "/initd/chkconfig", "Watches the line and the batteries,then shuts down "},
-      {ZELVANE_FIXTURES "/initd/lsb", "Watches the units and tells the clients: batteries first."}};
-  for (auto const& [path, description] : captured) EXPECT_EQ(services.GetDaemonDescr(path), description) << path;
   // What is not a regular file is not opened: that alone may do something, or take what is for others.
   std::string const pipe = scratch.Path("pipe");
   ASSERT_EQ(mkfifo(pipe.c_str(), 0755), 0);
@@ -109,14 +87,13 @@ TEST(SvcManager, TheSystemsFolders) {
     SvcManager services;
     for (char const* folder : {"/etc/init.d", "/etc/rc.d", "/usr/local/etc", "/usr/local/etc/rc.d"})
       EXPECT_TRUE(!services.Update() && !OpenSvcManager() && mkdir(folder, 0755) == 0) << folder;
-    std::pair<std::string, mode_t> const files[] = {{"/usr/local/etc/rc.d/owner", 0700},
-                                                    {"/usr/local/etc/rc.d/our", 0610},
-                                                    {"/usr/local/etc/rc.d/other", 0601},
-                                                    {"/usr/local/etc/rc.d/none", 0666},
-                                                    {"/etc/rc.d/z", 0755}};
-    for (auto const& [path, mode] : files) {
-      test::WriteFile(path, "# description: " + path);
-      chmod(path.c_str(), mode);
+    for (auto const& [path, mode] : {std::pair("/usr/local/etc/rc.d/owner", 0700),
+                                     {"/usr/local/etc/rc.d/our", 0610},
+                                     {"/usr/local/etc/rc.d/other", 0601},
+                                     {"/usr/local/etc/rc.d/none", 0666},
+                                     {"/etc/rc.d/z", 0755}}) {
+      test::WriteFile(path, std::string("# description: ") + path);
+      chmod(path, static_cast<mode_t>(mode));
     }
     EXPECT_TRUE(services.Update());
     EXPECT_EQ(Names(services), "z|none|other|our|owner|");
@@ -148,24 +125,6 @@ TEST(SvcHandle, AnyFileName) {
     EXPECT_EQ(services.Log(), "start\nstop\n") << file;
     EXPECT_EQ(services.scratch.List(), (std::vector<std::string>{"init.d/", "init.d/" + file})) << file;
   }
-}
-
-TEST(SvcHandle, NullAndUnknown) {
-  Services services;
-  services.Add("known");
-  void* const handle = &services;
-  std::pair<void*, char const*> const cases[] = {{nullptr, "known"}, {handle, nullptr}, {nullptr, nullptr},
-                                                 {handle, "other"},  {handle, ""},      {handle, "KNOWN"}};
-  for (auto const& [h, name] : cases) {
-    Flag running, automatic;
-    EXPECT_FALSE(GetSvcStatus(h, name, &running.value, &automatic.value)) << (name ? name : "null");
-    EXPECT_TRUE(running.Is(7) && automatic.Is(7)) << (name ? name : "null");
-    EXPECT_FALSE(SvcStart(h, name) || SvcStop(h, name) || SvcRestart(h, name) || SetSvcAuto(h, name, 1))
-        << (name ? name : "null");
-  }
-  void* const machine = OpenSvcManager();  // whatever it has
-  EXPECT_EQ(CloseSvcManager(machine), machine != nullptr);
-  EXPECT_FALSE(CloseSvcManager(nullptr) || services.scratch.Exists("log"));
 }
 
 // Every action on every kind of script (-1: gone), with and without the service's process, marked as running or not.
@@ -202,17 +161,25 @@ TEST(SvcHandle, StatusIsKeptInTheHandleOnly) {
   services.Add(name);
   SvcClass* const service = services.GetSvcByName(name);
   for (int const automatic : {1, 0, INT_MIN}) {
-    Flag running, flag;
+    int running[3] = {7, 7, 7}, flag[3] = {7, 7, 7};  // only those in the middle may change
+    EXPECT_FALSE(GetSvcStatus(&services, "other", &running[1], &flag[1]) || running[1] != 7 || flag[1] != 7);
     EXPECT_TRUE(SetSvcAuto(&services, name.c_str(), automatic));
-    EXPECT_TRUE(GetSvcStatus(&services, name.c_str(), nullptr, nullptr) &&
-                GetSvcStatus(&services, name.c_str(), &running.value, &flag.value));
-    EXPECT_TRUE(running.Is(1) && flag.Is(automatic != 0)) << automatic;
+    EXPECT_TRUE(GetSvcStatus(&services, name.c_str(), nullptr, nullptr));
+    EXPECT_TRUE(GetSvcStatus(&services, name.c_str(), &running[1], &flag[1]));
+    EXPECT_EQ(testing::PrintToString(running) + testing::PrintToString(flag),
+              automatic ? "{ 7, 1, 7 }{ 7, 1, 7 }" : "{ 7, 1, 7 }{ 7, 0, 7 }");
     for (int const level : {INT_MIN, -1, 0, 6, 7, INT_MAX}) {
       EXPECT_EQ(service->SetAutomatic(level, !automatic), level < 7) << level;
       EXPECT_EQ(service->GetAutomatic(level), automatic && level < 0) << level;
     }
   }
+  for (char const* other : {static_cast<char const*>(nullptr), "other", ""})
+    EXPECT_FALSE(SvcStart(&services, other) || SvcStop(&services, other) || SvcRestart(&services, other) ||
+                 SetSvcAuto(&services, other, 1))
+        << (other ? other : "null");
   EXPECT_EQ(services.scratch.List(), (std::vector<std::string>{"init.d/", "init.d/" + name}));
+  void* const machine = OpenSvcManager();  // whatever it has
+  EXPECT_EQ(CloseSvcManager(machine), machine != nullptr);
 }
 
 TEST(SvcHandle, StopOfWhatCannotBeKilled) {
