@@ -1,15 +1,12 @@
 #include "zelvane/logs/textlog.h"
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
 #include <climits>
-#include <csignal>
-#include <cstring>
+#include <cstdlib>
 
 #include "support/child.h"
 #include "support/scratch.h"
-#include "support/slot.h"
 #include "zelvane/core/datetime.h"
 #include "zelvane/core/fileutils.h"
 
@@ -34,10 +31,7 @@ TEST(TextLog, ALineIsStampTickAndText) {
   for (long when : {-1L, LONG_MIN}) EXPECT_FALSE(log.WriteLine(when, "text")) << when;
   EXPECT_FALSE(log.WriteLine(0, static_cast<char const*>(nullptr)));
   for (char const* path : {"", "/", "/dev/full"}) EXPECT_FALSE(TextLogClass(path).WriteLine("text")) << path;
-  EXPECT_TRUE(test::InChild([&] {  // a part of a line is taken back
-    rlimit const limit = {before.size() + 9, before.size() + 9};
-    return signal(SIGXFSZ, SIG_IGN) != SIG_ERR && setrlimit(RLIMIT_FSIZE, &limit) == 0 && !log.WriteLine("text");
-  }));
+  EXPECT_FALSE(test::WithShortFiles(before.size() + 9, [&] { return log.WriteLine("text"); })) << "taken back";
   EXPECT_EQ(scratch.Read("log"), before);
 }
 
@@ -55,22 +49,6 @@ TEST(TextLog, ItsFileIsNotThatOfTheRecords) {
   EXPECT_TRUE(log.ClearFile());
   EXPECT_EQ(scratch.List(), (std::vector<std::string>{"log", "log.tmp", "other.tmp"}));
   EXPECT_EQ(scratch.Read("log"), "");
-}
-
-// The Itanium ABI keeps a virtual member's place in the first word of a pointer to it.
-TEST(TextLog, OrderOfTheVirtualOperations) {
-  bool (TextLogClass::*const now)(char const*) = &TextLogClass::WriteLine;
-  bool (TextLogClass::*const stamped)(long, char const*) = &TextLogClass::WriteLine;
-  long places[2];
-  std::memcpy(&places[0], &now, sizeof(long));
-  std::memcpy(&places[1], &stamped, sizeof(long));
-  for (long i : {0, 1}) EXPECT_EQ((places[i] - 1) / static_cast<long>(sizeof(void*)), 14 + i);
-}
-
-TEST(TextLog, SlotOrder) {
-  using T = TextLogClass;  // behind the fourteen of LogClass
-  EXPECT_EQ(test::Slot<bool (T::*)(char const*)>(&T::WriteLine), 14U);
-  EXPECT_EQ((test::Slot<bool (T::*)(long, char const*)>(&T::WriteLine)), 15U);
 }
 
 }  // namespace
