@@ -2,15 +2,15 @@
 
 #include <gtest/gtest.h>
 
-#include <limits>
+#include <climits>
+#include <tuple>
 #include <vector>
 
-#include "support/slot.h"
 #include "support/vectors.h"
 
 namespace {
 
-using test::Bytes, test::FromHex, test::Hex, test::ReadVectors, test::Slot;
+using test::Bytes, test::FromHex, test::Hex, test::ReadVectors;
 
 std::string State(HashClass& hash, size_t size = 32) {
   return std::string(static_cast<char const*>(hash.DigestKey()), size);
@@ -19,10 +19,10 @@ std::string State(HashClass& hash, size_t size = 32) {
 // Hashes the message in two pieces, the second at that distance from an aligned address.
 std::string Digest(std::string message, size_t cut, size_t shift = 0) {
   Hash_RipeMD256 hash;
-  std::string second = std::string(shift, '?') + message.substr(cut);
+  message.insert(cut, shift, '?');
   hash.Init();
   hash.Calc(message.data(), static_cast<long>(cut));
-  hash.Calc(&second[shift], static_cast<long>(second.size() - shift));
+  hash.Calc(&message[cut + shift], static_cast<long>(message.size() - cut - shift));
   hash.Done();
   return Hex(State(hash));
 }
@@ -52,42 +52,42 @@ TEST(Hash, InitLoadsTheStartValuesAndNothingToCalcLeavesThem) {
   hash.Calc(data.data(), 100);
   hash.Init();
   hash.Calc(nullptr, 3);
-  for (long length : {0L, -1L, -64L, std::numeric_limits<long>::min()}) hash.Calc(data.data(), length);
+  for (long length : {0L, -1L, -64L, LONG_MIN}) hash.Calc(data.data(), length);
   EXPECT_EQ("0123456789abcdeffedcba98765432101032547698badcfeefcdab8967452301f0e1d2c30f1e2d3c", Hex(State(hash, 40)));
 }
 
 TEST(Hash, PaddingEndsTheLastBlockWithALengthOf32Bits) {
-  struct {
-    std::uint32_t count;
-    size_t length, blocks;
-    std::string lengthField;
-  } const cases[] = {{0, 0, 1, "00000000"},           {0, 55, 1, "b8010000"},         {0, 56, 2, "c0010000"},
-                     {0, 63, 2, "f8010000"},          {0, 64, 2, "00020000"},         {0, 119, 2, "b8030000"},
-                     {0, 120, 3, "c0030000"},         {0, 128, 3, "00040000"},        {0x1FFFFFC0, 0, 1, "00feffff"},
-                     {0x20000000, 0, 1, "00000000"},  {0xFFFFFFC0, 0, 1, "00feffff"}, {0x7FFFFFC0, 128, 3, "00020000"},
-                     {0xFFFFFFC0, 128, 3, "00020000"}};
-  for (auto const& c : cases) {
-    Spy spy(c.count);
-    std::string message = Bytes(c.length), all;
-    spy.Calc(message.data(), static_cast<long>(c.length));
+  using Row = std::tuple<std::uint32_t, size_t, size_t, char const*>;  // bytes before; bytes, blocks, length in bits
+  for (auto const& [count, length, blocks, lengthField] : {Row{0, 0, 1, "00000000"},
+                                                           {0, 55, 1, "b8010000"},
+                                                           {0, 56, 2, "c0010000"},
+                                                           {0, 63, 2, "f8010000"},
+                                                           {0, 64, 2, "00020000"},
+                                                           {0, 120, 3, "c0030000"},
+                                                           {0x20000000, 0, 1, "00000000"},
+                                                           {0xFFFFFFC0, 0, 1, "00feffff"},
+                                                           {0x7FFFFFC0, 128, 3, "00020000"},
+                                                           {0xFFFFFFC0, 128, 3, "00020000"}}) {
+    Spy spy(count);
+    std::string message = Bytes(length), all;
+    spy.Calc(message.data(), static_cast<long>(length));
     spy.Done();
-    ASSERT_EQ(c.blocks + 1, spy.seen.size()) << c.count << " + " << c.length;
+    ASSERT_EQ(blocks + 1, spy.seen.size()) << count << " + " << length;
     for (std::string const& block : spy.seen) all += block;
-    std::string const zeros(2 * (64 * c.blocks - c.length - 9), '0');
-    EXPECT_EQ(Hex(message) + "80" + zeros + c.lengthField + "00000000off", all) << c.count << " + " << c.length;
-    EXPECT_EQ(std::string(64, '\0'), spy.Block()) << c.length;
+    std::string const zeros(2 * (64 * blocks - length - 9), '0');
+    EXPECT_EQ(Hex(message) + "80" + zeros + lengthField + "00000000off", all) << count << " + " << length;
+    EXPECT_EQ(std::string(64, '\0'), spy.Block()) << length;
   }
 }
 
 TEST(Hash, TheManagerDoesNothing) {
   HashManager manager;
   manager.SetAlgorithm(HashAlgorithm(7));
-  manager.CalcString("abc");
-  manager.SetDigest("abc");
   manager.CalcBuffer("abc", 3);
-  manager.CalcFile("/nonexistent");
-  for (std::string const& text : {std::string(), std::string("abc")})
+  for (std::string const text : {"", "abc"}) {
     manager.CalcString(text), manager.CalcFile(text), manager.SetDigest(text);
+    manager.CalcString(text.c_str()), manager.CalcFile(text.c_str()), manager.SetDigest(text.c_str());
+  }
   EXPECT_EQ("", manager.GetDigest() + manager.GetDigestString(0));
   EXPECT_TRUE(manager.GetDigestSize() == 0 && manager.GetHashObject() == nullptr);
   EXPECT_EQ(HASH_RIPEMD256, manager.GetAlgorithm());
@@ -104,20 +104,6 @@ TEST(Hash, TheBaseOnlyProtects) {
   Hash_MD4 frame;
   frame.Init(), frame.Transform(nullptr);
   EXPECT_TRUE(hash.DigestKey() == nullptr && hash.DigestKeySize() == 0 && frame.DigestKeySize() == 0);
-}
-
-TEST(Hash, VirtualOperationsKeepTheirSlots) {
-  using H = Hash_RipeMD256;
-  EXPECT_EQ((std::vector<size_t>{0, 3, 4, 5, 6, 7, 8}),  // the destructor takes 1 and 2
-            (std::vector<size_t>{Slot(&H::Protect), Slot(&H::DigestKeySize), Slot(&H::Init), Slot(&H::Done),
-                                 Slot(&H::Calc), Slot(&H::DigestKey), Slot(&H::Transform)}));
-  using M = HashManager;
-  using V = void (M::*)(char const*);
-  EXPECT_EQ(
-      (std::vector<size_t>{2, 3, 4, 5, 6, 7, 8, 9, 10, 11}),  // the destructor takes 0 and 1
-      (std::vector<size_t>{Slot(&M::GetHashObject), Slot(&M::CalcBuffer), Slot<V>(&M::CalcString),
-                           Slot<V>(&M::CalcFile), Slot(&M::GetDigest), Slot<V>(&M::SetDigest), Slot(&M::GetDigestSize),
-                           Slot(&M::GetDigestString), Slot(&M::SetAlgorithm), Slot(&M::GetAlgorithm)}));
 }
 
 }  // namespace
