@@ -3,6 +3,7 @@
 
 #include "zelvane/browse/browsefile_internal.h"
 #include "zelvane/core/strutils.h"
+#include "zelvane/core/strutils_internal.h"
 
 namespace zelvane::internal {
 
@@ -33,114 +34,127 @@ std::int32_t Identifiers::Next(std::int32_t start) {
 
 // ---- Entries ----
 
-std::int32_t OwnerIn(Fields const& fields) { return static_cast<std::int32_t>(StrToIntDef(fields.back(), -1)); }
+std::int32_t Entry::Number(std::size_t field) const { return static_cast<std::int32_t>(ToInt(fields[field], -1)); }
 
-std::string Join(Fields const& fields) {
-  std::string value = fields.front();
-  for (std::size_t i = 1; i < fields.size(); i++) value.append(1, ';').append(fields[i]);
-  return value;
+std::string Join(std::initializer_list<std::string_view> fields) {
+  std::string value;
+  for (std::string_view const field : fields) value.append(1, ';').append(field);
+  return value.substr(1);
 }
 
-bool BrowseSection::Parse(std::string const& value, Fields& fields) const {
-  Tokenize(fields, value, ';');
-  if (fields.size() != shape_.fields) return false;
-  for (std::size_t i = 0; i < fields.size(); i++)
-    if (fields[i].empty() && i != shape_.optional) return false;
+// Cuts the value as Tokenize does: there is no field behind a separator at the end.
+bool BrowseSection::Parse(Entry& entry) const {
+  std::string_view rest = entry.value;
+  std::size_t count = 0;
+  for (; !rest.empty(); count++) {
+    std::string_view const field = rest.substr(0, rest.find(';'));
+    if (count == shape_.fields || (field.empty() && count != shape_.optional)) return false;
+    entry.fields[count] = field;
+    rest.remove_prefix(std::min(field.size() + 1, rest.size()));
+  }
+  if (count != shape_.fields) return false;
+  entry.owner = entry.Number(count - 1);
   return true;
 }
 
-std::string BrowseSection::Value(std::int32_t id) { return file_.ReadStr(shape_.section, IntToStr(id), ""); }
+bool BrowseSection::At(unsigned long position, std::int32_t& id, Entry& entry) {
+  return At(position, file_.GetKeyName(shape_.section, position), id, entry);
+}
 
-bool BrowseSection::At(unsigned long position, std::int32_t& id, Fields& fields) {
-  std::string const key = file_.GetKeyName(shape_.section, position);
-  if (!Parse(file_.ReadStr(shape_.section, position, ""), fields) || !StrIsInt(key)) return false;
+bool BrowseSection::At(unsigned long position, std::string const& key, std::int32_t& id, Entry& entry) {
+  entry.value = file_.ReadStr(shape_.section, position, "");
+  if (!Parse(entry) || !StrIsInt(key)) return false;
   id = static_cast<std::int32_t>(StrToIntDef(key, -1));
   return true;
 }
 
-bool BrowseSection::HasKey(std::int32_t id) { return file_.KeyExists(shape_.section, IntToStr(id)); }
+bool BrowseSection::Read(std::string const& key, Entry& entry) {
+  entry.value = file_.ReadStr(shape_.section, key.c_str(), "");
+  return Parse(entry);
+}
 
-bool BrowseSection::Read(std::int32_t id, Fields& fields) { return Parse(Value(id), fields); }
+bool BrowseSection::HasKey(std::int32_t id) { return file_.KeyExists(shape_.section, IntToStr(id).c_str()); }
 
-bool BrowseSection::Find(std::int32_t id, Fields& fields) { return id >= 0 && Read(id, fields); }
+bool BrowseSection::Read(std::int32_t id, Entry& entry) { return Read(IntToStr(id), entry); }
+
+bool BrowseSection::Find(std::int32_t id, Entry& entry) { return id >= 0 && Read(id, entry); }
 
 bool BrowseSection::Has(std::int32_t id) {
-  Fields fields;
-  return Find(id, fields);
+  Entry entry;
+  return Find(id, entry);
 }
 
 std::vector<std::int32_t> BrowseSection::OwnedBy(std::int32_t owner) {
-  Index();
+  if (!index_.owned) {
+    Owned owned;
+    ForEach([&](std::string const& key, std::int32_t id, Entry const& entry) {
+      if (key == IntToStr(id)) owned.emplace(entry.owner, id);
+    });
+    index_.owned = std::move(owned);
+  }
   std::vector<std::int32_t> ids;
-  for (auto entry = owned_.lower_bound({owner, 0}); entry != owned_.end() && entry->first == owner; ++entry)
-    ids.push_back(entry->second);
+  for (auto each = index_.owned->lower_bound({owner, 0}); each != index_.owned->end() && each->first == owner; ++each)
+    ids.push_back(each->second);
   return ids;
 }
 
 std::int32_t BrowseSection::NewIdentifier(bool maxPlusOne) {
-  Index();
-  return maxPlusOne ? identifiers_.Next(shape_.beforeLargest) : identifiers_.Smallest();
+  if (!index_.identifiers) {
+    Identifiers identifiers;
+    ForEach([&](std::string const&, std::int32_t id, Entry const&) { identifiers.Take(id); });
+    index_.identifiers = std::move(identifiers);
+  }
+  return maxPlusOne ? index_.identifiers->Next(shape_.beforeLargest) : index_.identifiers->Smallest();
 }
 
-bool BrowseSection::Put(std::int32_t id, Fields const& fields) {
-  std::string const old = Value(id);
-  std::string const value = Join(fields);
-  // An exception on the way leaves the index unused, to be made anew.
-  bool const indexed = std::exchange(indexed_, false);
-  bool const written = file_.WriteStr(shape_.section, IntToStr(id), value);
-  if (indexed && written) {
-    Forget(id, old);
-    Note(id, value);
-  }
-  indexed_ = indexed;
-  return written;
+bool BrowseSection::Put(std::int32_t id, std::string const& value) {
+  return Keeping(id, &value, [&](char const* key) { return file_.WriteStr(shape_.section, key, value.c_str()); });
 }
 
 bool BrowseSection::Remove(std::int32_t id) {
-  std::string const old = Value(id);
-  bool const indexed = std::exchange(indexed_, false);
-  bool const removed = file_.DeleteKey(shape_.section, IntToStr(id));
-  if (indexed && removed) Forget(id, old);
-  indexed_ = indexed;
-  return removed;
+  return Keeping(id, nullptr, [&](char const* key) { return file_.DeleteKey(shape_.section, key); });
 }
 
 bool BrowseSection::Clear() {
-  indexed_ = false;
+  index_ = {};
   return file_.EraseSection(shape_.section);
 }
 
 // ---- The index ----
 
-void BrowseSection::Index() {
-  if (indexed_) return;
-  identifiers_ = {};
-  owned_.clear();
-  Fields fields;
+// Calls `take(key, id, entry)` for each valid entry with an identifier.
+template <class Take>
+void BrowseSection::ForEach(Take take) {
+  Entry entry;
   unsigned long const count = Count();
   for (unsigned long i = 0; i < count; i++) {
+    std::string const key = file_.GetKeyName(shape_.section, i);
     std::int32_t id = -1;
-    if (!At(i, id, fields) || id < 0) continue;
-    identifiers_.Take(id);
-    if (file_.GetKeyName(shape_.section, i) == IntToStr(id)) owned_.emplace(OwnerIn(fields), id);
+    if (At(i, key, id, entry) && id >= 0) take(key, id, entry);
   }
-  indexed_ = true;
 }
 
-// The entry now has that value.
-void BrowseSection::Note(std::int32_t id, std::string const& value) {
-  Fields fields;
-  if (id < 0 || !Parse(value, fields)) return;
-  identifiers_.Take(id);
-  owned_.emplace(OwnerIn(fields), id);
-}
-
-// The entry had that value.
-void BrowseSection::Forget(std::int32_t id, std::string const& value) {
-  Fields fields;
-  if (id < 0 || !Parse(value, fields)) return;
-  identifiers_.Release(id);
-  owned_.erase({OwnerIn(fields), id});
+// Makes a change after which the entry has that value (null: is gone), and notes it. An exception on the way leaves no
+// index, to be made anew.
+template <class Change>
+bool BrowseSection::Keeping(std::int32_t id, std::string const* value, Change change) {
+  std::string const key = IntToStr(id);
+  Index index = std::exchange(index_, {});
+  Entry entry;
+  bool const before = (index.identifiers || index.owned) && id >= 0 && Read(key, entry);
+  bool const changed = change(key.c_str());
+  if (changed && before) {
+    if (index.identifiers) index.identifiers->Release(id);
+    if (index.owned) index.owned->erase({entry.owner, id});
+  }
+  if (changed && value != nullptr && id >= 0) {
+    entry.value = *value;
+    bool const after = Parse(entry);
+    if (after && index.identifiers) index.identifiers->Take(id);
+    if (after && index.owned) index.owned->emplace(entry.owner, id);
+  }
+  index_ = std::move(index);
+  return changed;
 }
 
 }  // namespace zelvane::internal

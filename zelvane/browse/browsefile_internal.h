@@ -3,10 +3,14 @@
 #ifndef ZELVANE_BROWSE_BROWSEFILE_INTERNAL_H
 #define ZELVANE_BROWSE_BROWSEFILE_INTERNAL_H
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
+#include <optional>
 #include <set>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -30,12 +34,12 @@ class Identifiers {
   std::int32_t frontier_ = 0;
 };
 
-using Fields = std::vector<std::string>;
+constexpr std::size_t kMostFields = 4;
 
 // What is particular to a kind of entry.
 struct EntryShape {
   char const* section;
-  std::size_t fields;          // an entry with more or fewer is invalid
+  std::size_t fields;          // an entry with more or fewer is invalid; kMostFields at most
   std::size_t optional;        // the field that may be empty; `fields` when none may
   std::int32_t beforeLargest;  // the largest identifier counts as no smaller than this
 };
@@ -44,8 +48,21 @@ constexpr std::size_t kName = 0;
 constexpr std::size_t kAddress = 1;  // of computers and UPS units
 constexpr std::size_t kNumber = 2;   // of UPS units
 
-std::int32_t OwnerIn(Fields const& fields);
-std::string Join(Fields const& fields);
+// An entry as it was read: the fields are parts of the value.
+struct Entry {
+  Entry() = default;
+  Entry(Entry const&) = delete;
+  Entry& operator=(Entry const&) = delete;
+
+  std::int32_t Number(std::size_t field) const;  // -1 for what is none
+
+  std::string value;
+  std::array<std::string_view, kMostFields> fields;
+  std::int32_t owner = -1;
+};
+
+// The value of an entry with these fields; there is at least one.
+std::string Join(std::initializer_list<std::string_view> fields);
 
 // The entries of one kind.
 //
@@ -57,14 +74,14 @@ class BrowseSection {
 
   unsigned long Count() { return file_.GetKeyCount(shape_.section); }
   // The entry at a position, counted from 0 in the order of the keys' text; false when it is not valid.
-  bool At(unsigned long position, std::int32_t& id, Fields& fields);
+  bool At(unsigned long position, std::int32_t& id, Entry& entry);
 
   // Whether the key is there, valid or not.
   bool HasKey(std::int32_t id);
   // The valid entry of that key, which may be a negative number.
-  bool Read(std::int32_t id, Fields& fields);
+  bool Read(std::int32_t id, Entry& entry);
   // The same for identifiers: false for negative numbers.
-  bool Find(std::int32_t id, Fields& fields);
+  bool Find(std::int32_t id, Entry& entry);
   bool Has(std::int32_t id);
   // The identifiers, from 0, of the valid entries with that owner.
   std::vector<std::int32_t> OwnedBy(std::int32_t owner);
@@ -72,24 +89,31 @@ class BrowseSection {
   std::int32_t NewIdentifier(bool maxPlusOne);
 
   // The three ways to change the section. True also for the removal of what is not there.
-  bool Put(std::int32_t id, Fields const& fields);
+  bool Put(std::int32_t id, std::string const& value);
   bool Remove(std::int32_t id);
   bool Clear();
 
  private:
-  bool Parse(std::string const& value, Fields& fields) const;
-  std::string Value(std::int32_t id);
-  void Index();
-  void Note(std::int32_t id, std::string const& value);
-  void Forget(std::int32_t id, std::string const& value);
+  using Owned = std::set<std::pair<std::int32_t, std::int32_t>>;  // owner, identifier
+
+  // Each is made for the first question to it, then kept up to date: adding to a list, or removing from it, one by one
+  // must not walk through it every time.
+  struct Index {
+    std::optional<Identifiers> identifiers;
+    std::optional<Owned> owned;
+  };
+
+  bool Parse(Entry& entry) const;
+  bool Read(std::string const& key, Entry& entry);
+  bool At(unsigned long position, std::string const& key, std::int32_t& id, Entry& entry);
+  template <class Take>
+  void ForEach(Take take);
+  template <class Change>
+  bool Keeping(std::int32_t id, std::string const* value, Change change);
 
   CfgClass& file_;
   EntryShape const shape_;
-  // Kept up to date from the first question to them: adding to a list, or removing from it, one by one must not walk
-  // through it every time.
-  bool indexed_ = false;
-  Identifiers identifiers_;
-  std::set<std::pair<std::int32_t, std::int32_t>> owned_;  // owner, identifier
+  Index index_;
 };
 
 // What the handle points to.

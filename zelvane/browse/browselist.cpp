@@ -16,14 +16,14 @@
 using zelvane::internal::BrowseList;
 using zelvane::internal::BrowseSection;
 using zelvane::internal::CopyToField;
-using zelvane::internal::Fields;
+using zelvane::internal::Entry;
 using zelvane::internal::FieldText;
 using zelvane::internal::Guard;
 using zelvane::internal::InstallationRoot;
+using zelvane::internal::Join;
 using zelvane::internal::kAddress;
 using zelvane::internal::kName;
 using zelvane::internal::kNumber;
-using zelvane::internal::OwnerIn;
 
 namespace {
 
@@ -66,20 +66,24 @@ bool Finish(BrowseList& list, bool stamp, bool flush) {
   return (!flush || list.file.FlushCache()) && stamped;
 }
 
-bool Add(BrowseSection& section, Fields const& fields, bool maxPlusOne, unsigned long* identifier) {
+bool Add(BrowseSection& section, std::string const& value, bool maxPlusOne, unsigned long* identifier) {
   std::int32_t const id = section.NewIdentifier(maxPlusOne);
   if (identifier != nullptr) *identifier = static_cast<unsigned long>(id);
-  return section.Put(id, fields);
+  return section.Put(id, value);
 }
 
-std::string OwnerOrNone(BrowseSection& owners, std::int32_t id) { return IntToStr(owners.Has(id) ? id : kNone); }
+std::int32_t OwnerOrNone(BrowseSection& owners, std::int32_t id) { return owners.Has(id) ? id : kNone; }
 
-Fields FieldsOf(BrwsComputerRec const& computer, std::string group) {
-  return {std::string(FieldText(computer.name)), std::string(FieldText(computer.address)), std::move(group)};
+std::string ValueOf(BrwsGroupRec const& group, std::int32_t parent) {
+  return Join({FieldText(group.name), IntToStr(parent)});
 }
 
-Fields FieldsOf(BrwsNobreakRec const& nobreak, std::string address, std::int32_t computer) {
-  return {std::string(FieldText(nobreak.name)), std::move(address), UIntToStr(nobreak.number), IntToStr(computer)};
+std::string ValueOf(BrwsComputerRec const& computer, std::int32_t group) {
+  return Join({FieldText(computer.name), FieldText(computer.address), IntToStr(group)});
+}
+
+std::string ValueOf(BrwsNobreakRec const& nobreak, std::string_view address, std::int32_t computer) {
+  return Join({FieldText(nobreak.name), address, UIntToStr(nobreak.number), IntToStr(computer)});
 }
 
 // ---- Removal, in memory ----
@@ -159,10 +163,10 @@ unsigned long GetBrwsNobreaksCount(void* list) { return Count(list, &BrowseList:
 int GetBrwsGroupByIndex(void* list, unsigned long index, BrwsGroupRec* group) {
   if (group == nullptr) return 0;
   return With<int>(list, [&](BrowseList& l) {
-    Fields fields;
-    if (!l.groups.At(index, group->id, fields)) return false;
-    CopyToField(group->name, fields[kName]);
-    group->parent = OwnerIn(fields);
+    Entry entry;
+    if (!l.groups.At(index, group->id, entry)) return false;
+    CopyToField(group->name, entry.fields[kName]);
+    group->parent = entry.owner;
     return true;
   });
 }
@@ -170,11 +174,11 @@ int GetBrwsGroupByIndex(void* list, unsigned long index, BrwsGroupRec* group) {
 int GetBrwsComputerByIndex(void* list, unsigned long index, BrwsComputerRec* computer) {
   if (computer == nullptr) return 0;
   return With<int>(list, [&](BrowseList& l) {
-    Fields fields;
-    if (!l.computers.At(index, computer->id, fields)) return false;
-    CopyToField(computer->name, fields[kName]);
-    CopyToField(computer->address, fields[kAddress]);
-    computer->group = OwnerIn(fields);
+    Entry entry;
+    if (!l.computers.At(index, computer->id, entry)) return false;
+    CopyToField(computer->name, entry.fields[kName]);
+    CopyToField(computer->address, entry.fields[kAddress]);
+    computer->group = entry.owner;
     return true;
   });
 }
@@ -182,11 +186,11 @@ int GetBrwsComputerByIndex(void* list, unsigned long index, BrwsComputerRec* com
 int GetBrwsNobreakByIndex(void* list, unsigned long index, BrwsNobreakRec* nobreak) {
   if (nobreak == nullptr) return 0;
   return With<int>(list, [&](BrowseList& l) {
-    Fields fields;
-    if (!l.nobreaks.At(index, nobreak->id, fields)) return false;
-    CopyToField(nobreak->name, fields[kName]);
-    nobreak->number = static_cast<std::uint32_t>(StrToIntDef(fields[kNumber], -1));
-    nobreak->computer = OwnerIn(fields);
+    Entry entry;
+    if (!l.nobreaks.At(index, nobreak->id, entry)) return false;
+    CopyToField(nobreak->name, entry.fields[kName]);
+    nobreak->number = static_cast<std::uint32_t>(entry.Number(kNumber));
+    nobreak->computer = entry.owner;
     return true;
   });
 }
@@ -196,8 +200,8 @@ int GetBrwsNobreakByIndex(void* list, unsigned long index, BrwsNobreakRec* nobre
 int AddBrwsGroup(void* list, BrwsGroupRec const* group, bool maxPlusOne, unsigned long* identifier, bool flush) {
   if (group == nullptr || !IsName(FieldText(group->name))) return 0;
   return Change(list, [&](BrowseList& l) {
-    Fields const fields = {std::string(FieldText(group->name)), OwnerOrNone(l.groups, group->parent)};
-    return Add(l.groups, fields, maxPlusOne, identifier) && Finish(l, true, flush);
+    std::string const value = ValueOf(*group, OwnerOrNone(l.groups, group->parent));
+    return Add(l.groups, value, maxPlusOne, identifier) && Finish(l, true, flush);
   });
 }
 
@@ -205,19 +209,19 @@ int AddBrwsComputer(void* list, BrwsComputerRec const* computer, bool maxPlusOne
                     bool flush) {
   if (computer == nullptr || !IsName(FieldText(computer->name)) || !Holds(FieldText(computer->address))) return 0;
   return Change(list, [&](BrowseList& l) {
-    Fields const fields = FieldsOf(*computer, OwnerOrNone(l.groups, computer->group));
-    return Add(l.computers, fields, maxPlusOne, identifier) && Finish(l, true, flush);
+    std::string const value = ValueOf(*computer, OwnerOrNone(l.groups, computer->group));
+    return Add(l.computers, value, maxPlusOne, identifier) && Finish(l, true, flush);
   });
 }
 
 int AddBrwsNobreak(void* list, BrwsNobreakRec const* nobreak, bool maxPlusOne, unsigned long* identifier, bool flush) {
   if (nobreak == nullptr || !IsName(FieldText(nobreak->name))) return 0;
   return Change(list, [&](BrowseList& l) {
-    Fields computer;
+    Entry computer;
     bool const known = l.computers.Find(nobreak->computer, computer);
-    Fields const fields = known ? FieldsOf(*nobreak, std::move(computer[kAddress]), nobreak->computer)
-                                : FieldsOf(*nobreak, kNoAddress, kNone);
-    return Add(l.nobreaks, fields, maxPlusOne, identifier) && Finish(l, known, flush);
+    std::string const value =
+        known ? ValueOf(*nobreak, computer.fields[kAddress], nobreak->computer) : ValueOf(*nobreak, kNoAddress, kNone);
+    return Add(l.nobreaks, value, maxPlusOne, identifier) && Finish(l, known, flush);
   });
 }
 
@@ -227,8 +231,7 @@ int EditBrwsGroup(void* list, BrwsGroupRec const* group, bool flush) {
   if (group == nullptr || !IsName(FieldText(group->name))) return 0;
   return Change(list, [&](BrowseList& l) {
     if (!l.groups.HasKey(group->id)) return false;
-    Fields const fields = {std::string(FieldText(group->name)), IntToStr(group->parent)};
-    return l.groups.Put(group->id, fields) && Finish(l, true, flush);
+    return l.groups.Put(group->id, ValueOf(*group, group->parent)) && Finish(l, true, flush);
   });
 }
 
@@ -236,15 +239,14 @@ int EditBrwsComputer(void* list, BrwsComputerRec const* computer, bool flush) {
   if (computer == nullptr || !IsName(FieldText(computer->name)) || !IsName(FieldText(computer->address))) return 0;
   return Change(list, [&](BrowseList& l) {
     if (!l.computers.HasKey(computer->id)) return false;
-    Fields const fields = FieldsOf(*computer, IntToStr(computer->group));
-    bool written = l.computers.Put(computer->id, fields);
+    bool written = l.computers.Put(computer->id, ValueOf(*computer, computer->group));
     if (!written) return false;
     // A key "-1" does not own the units that belong to no computer.
     for (std::int32_t const id : computer->id < 0 ? Ids() : l.nobreaks.OwnedBy(computer->id)) {
-      Fields unit;
+      Entry unit;
       if (!l.nobreaks.Find(id, unit)) continue;
-      unit[kAddress] = fields[kAddress];
-      written = l.nobreaks.Put(id, unit);
+      auto const& [name, address, number, owner] = unit.fields;
+      written = l.nobreaks.Put(id, Join({name, FieldText(computer->address), number, owner}));
     }
     return written && Finish(l, true, flush);
   });
@@ -253,10 +255,10 @@ int EditBrwsComputer(void* list, BrwsComputerRec const* computer, bool flush) {
 int EditBrwsNobreak(void* list, BrwsNobreakRec const* nobreak, bool flush) {
   if (nobreak == nullptr || !IsName(FieldText(nobreak->name))) return 0;
   return Change(list, [&](BrowseList& l) {
-    Fields computer;
+    Entry computer;
     if (!l.nobreaks.HasKey(nobreak->id) || !l.computers.Find(nobreak->computer, computer)) return false;
-    Fields const fields = FieldsOf(*nobreak, std::move(computer[kAddress]), nobreak->computer);
-    return l.nobreaks.Put(nobreak->id, fields) && Finish(l, true, flush);
+    std::string const value = ValueOf(*nobreak, computer.fields[kAddress], nobreak->computer);
+    return l.nobreaks.Put(nobreak->id, value) && Finish(l, true, flush);
   });
 }
 
@@ -274,8 +276,8 @@ int RemoveBrwsComputer(void* list, long id, bool /*flush*/) {
 
 int RemoveBrwsNobreak(void* list, long id, bool flush) {
   return Change(list, [&](BrowseList& l) {
-    Fields old;
-    bool const attached = l.nobreaks.Read(Id(id), old) && OwnerIn(old) >= 0;
+    Entry old;
+    bool const attached = l.nobreaks.Read(Id(id), old) && old.owner >= 0;
     return l.nobreaks.Remove(Id(id)) && Finish(l, attached, flush);
   });
 }

@@ -251,6 +251,7 @@ bool CfgClass::SetSection(char const* name) {
   if (state_->fileName.empty()) return Fail(CFG_NOT_OPEN);
   if (name == nullptr) return Fail(CFG_BAD_ARGUMENT);
   state_->section = name;
+  state_->recent.isCurrent = false;
   return Fail(CFG_OK);
 }
 
@@ -299,12 +300,15 @@ bool CfgClass::Find(char const* section, SectionPosition* position) {
   return *position != state_->sections.end();
 }
 
+bool CfgClass::Find(SectionPosition section, char const* key, KeyPosition* position) {
+  if (!state_->plain) return LocateKey(&section, key, position);
+  *position = FindKey(*state_, section->second, key);
+  return *position != section->second.keys->end();
+}
+
 bool CfgClass::Find(char const* section, char const* key, KeyPosition* position) {
   SectionPosition at;
-  if (!Find(section, &at)) return false;
-  if (!state_->plain) return LocateKey(&at, key, position);
-  *position = FindKey(*state_, at->second, key);
-  return *position != at->second.keys->end();
+  return Find(section, &at) && Find(at, key, position);
 }
 
 bool CfgClass::Find(char const* section, unsigned long n, KeyPosition* position) {
@@ -314,11 +318,23 @@ bool CfgClass::Find(char const* section, unsigned long n, KeyPosition* position)
   return true;
 }
 
-// The current section's name, copied only where that step may be replaced.
-char const* CfgClass::Current(std::string& copy) {
-  if (state_->plain) return state_->section.c_str();
-  copy = GetSection();
-  return copy.c_str();
+// The same in the current section, for an object whose steps are this class's own: nothing is compared a second time.
+bool CfgClass::FindCurrent(SectionPosition* position) {
+  Recent& recent = state_->recent;
+  if (!recent.isCurrent) {
+    if (!Find(state_->section.c_str(), position)) return false;
+    recent.isCurrent = true;
+  }
+  Fail(CFG_OK);
+  *position = *recent.section;
+  return true;
+}
+
+bool CfgClass::FindCurrent(unsigned long n, KeyPosition* position) {
+  SectionPosition at;
+  if (!FindCurrent(&at) || n >= at->second.keys->size()) return false;
+  *position = KeyAt(*state_, at->second, n);
+  return true;
 }
 
 // The arguments of an operation on one key, and then the object's state, in the order that all share.
@@ -349,7 +365,7 @@ bool CfgClass::DeleteKey(char const* section, char const* key) {
   if (!Fail(Refusal(section, key, true))) return false;
   SectionPosition at;
   KeyPosition found;
-  if (!LocateSection(section, &at) || !LocateKey(&at, key, &found)) return true;
+  if (!Find(section, &at) || !Find(at, key, &found)) return true;
   RemoveKey(*state_, at->second, found);
   return Changed();
 }
@@ -369,8 +385,9 @@ unsigned long CfgClass::GetKeyCount(char const* section) {
 
 unsigned long CfgClass::GetKeyCount(std::string const& section) { return GetKeyCount(section.c_str()); }
 unsigned long CfgClass::GetKeyCount() {
-  std::string copy;
-  return GetKeyCount(Current(copy));
+  if (!state_->plain) return GetKeyCount(GetSection().c_str());
+  SectionPosition at;
+  return FindCurrent(&at) ? at->second.keys->size() : 0;
 }
 
 std::string CfgClass::GetKeyName(char const* section, unsigned long n) {
@@ -381,8 +398,9 @@ std::string CfgClass::GetKeyName(char const* section, unsigned long n) {
 
 std::string CfgClass::GetKeyName(std::string const& section, unsigned long n) { return GetKeyName(section.c_str(), n); }
 std::string CfgClass::GetKeyName(unsigned long n) {
-  std::string copy;
-  return GetKeyName(Current(copy), n);
+  if (!state_->plain) return GetKeyName(GetSection().c_str(), n);
+  KeyPosition found;
+  return FindCurrent(n, &found) ? found->first : std::string();
 }
 
 // ---- Values. ----
@@ -402,8 +420,10 @@ std::string CfgClass::ReadStr(char const* section, unsigned long index, char con
 }
 
 std::string CfgClass::ReadStr(unsigned long index, char const* def) {
-  std::string copy;
-  return ReadStr(Current(copy), index, def);
+  KeyPosition found;
+  if (state_->plain && FindCurrent(index, &found) && Refusal("", found->first.c_str(), false) == CFG_OK)
+    return std::string(found->second.value);
+  return ReadStr(GetSection().c_str(), index, def);
 }
 
 bool CfgClass::WriteStr(char const* section, char const* key, char const* value) {

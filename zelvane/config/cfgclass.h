@@ -367,9 +367,11 @@ class ZELVANE_API CfgClass {
   ZELVANE_HIDDEN bool OpenAs(char const* name, bool readOnly);
   ZELVANE_HIDDEN CfgError Refusal(char const* section, char const* key, bool writing) const;
   ZELVANE_HIDDEN bool Find(char const* section, SectionPosition* position);
+  ZELVANE_HIDDEN bool Find(SectionPosition section, char const* key, KeyPosition* position);
   ZELVANE_HIDDEN bool Find(char const* section, char const* key, KeyPosition* position);
   ZELVANE_HIDDEN bool Find(char const* section, unsigned long n, KeyPosition* position);
-  ZELVANE_HIDDEN char const* Current(std::string& copy);
+  ZELVANE_HIDDEN bool FindCurrent(SectionPosition* position);
+  ZELVANE_HIDDEN bool FindCurrent(unsigned long n, KeyPosition* position);
   ZELVANE_HIDDEN bool Changed();
   ZELVANE_HIDDEN bool Fail(CfgError code);
   ZELVANE_HIDDEN bool IsPlain() const;

@@ -27,6 +27,11 @@ std::string_view TailOf(std::string const& line, std::size_t length) {
 
 std::string_view Detach(CfgState& state, std::string_view value) { return state.detached.emplace_back(value); }
 
+KeyPosition Remember(CfgState& state, SectRec const& section, KeyPosition key) {
+  state.recent.keyOwner = &section;
+  return state.recent.key = key;
+}
+
 }  // namespace
 
 ParsedLine Parse(std::string_view raw) {
@@ -56,6 +61,7 @@ SectionPosition FindSection(CfgState& state, std::string_view name) {
   SectionPosition const found = state.sectionHashes.Find(state.sections, Upper(state, name));
   if (found != state.sections.end()) {
     recent.section.reset();  // the name below may not find memory
+    recent.isCurrent = false;
     recent.sectionName = name;
     recent.section = found;
   }
@@ -64,13 +70,12 @@ SectionPosition FindSection(CfgState& state, std::string_view name) {
 
 KeyPosition FindKey(CfgState& state, SectRec& section, std::string_view name) {
   if (state.recent.keyOwner == &section && name == state.recent.key->first) return state.recent.key;
-  return section.keys->hashes.Find(*section.keys, Upper(state, name));
+  KeyPosition const found = section.keys->hashes.Find(*section.keys, Upper(state, name));
+  return found == section.keys->end() ? found : Remember(state, section, found);
 }
 
 KeyPosition KeyAt(CfgState& state, SectRec& section, std::size_t n) {
-  state.recent.key = section.keys->ranks.At(*section.keys, n);
-  state.recent.keyOwner = &section;
-  return state.recent.key;
+  return Remember(state, section, section.keys->ranks.At(*section.keys, n));
 }
 
 void RemoveKey(CfgState& state, SectRec& section, KeyPosition position) {

@@ -42,10 +42,11 @@ struct SectKeys : KeyMap {
   HashIndex<KeyMap> hashes;
 };
 
-// What was found last: callers stay in a section for a while, and read the key whose name they have just been given.
+// What was found last: callers stay in a section for a while, and come back to the key that they have just seen.
 struct Recent {
   std::string sectionName;  // as it was asked for
   std::optional<SectionPosition> section;
+  bool isCurrent = false;             // that section is the current one
   SectRec const* keyOwner = nullptr;  // null: no key
   KeyPosition key;
 };

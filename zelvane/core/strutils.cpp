@@ -61,9 +61,8 @@ bool IsBlank(char c) {
 }
 
 std::string_view TrimLeftView(std::string_view text) {
-  std::size_t first = 0;
-  while (first < text.size() && IsBlank(text[first])) first++;
-  return text.substr(first);
+  while (!text.empty() && IsBlank(text.front())) text.remove_prefix(1);
+  return text;
 }
 
 std::string_view TrimRightView(std::string_view text) {

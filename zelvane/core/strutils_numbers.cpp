@@ -26,11 +26,16 @@ void Justify(std::string& text, int width, char fill) {
 std::int32_t Signed32(long value) { return static_cast<std::int32_t>(value); }
 std::uint32_t Unsigned32(unsigned long value) { return static_cast<std::uint32_t>(value); }
 
-template <typename Integer>
-std::string IntegerText(Integer value, int base, int width, char fill) {
+template <int kBase, typename Integer>
+std::string IntegerText(Integer value) {
   char digits[33];  // a sign, and 32 of them to the base of 2
-  char* const end = std::to_chars(digits, digits + sizeof digits, value, base).ptr;
-  std::string text(digits, end);
+  return std::string(digits, std::to_chars(digits, digits + sizeof digits, value, kBase).ptr);
+}
+
+template <int kBase, typename Integer>
+std::string IntegerText(Integer value, int width, char fill) {
+  if (width <= 1) return IntegerText<kBase>(value);
+  std::string text = IntegerText<kBase>(value);
   Justify(text, width, fill);
   return text;
 }
@@ -190,21 +195,21 @@ long zelvane::internal::ToInt(std::string_view text, long def) {
   return signedTwice ? def : ReadInteger<10>(text, def);
 }
 
-std::string IntToStr(long value, int width, char fill) { return IntegerText(Signed32(value), 10, width, fill); }
+std::string IntToStr(long value, int width, char fill) { return IntegerText<10>(Signed32(value), width, fill); }
 
 std::string UIntToStr(unsigned long value, int width, char fill) {
-  return IntegerText(Unsigned32(value), 10, width, fill);
+  return IntegerText<10>(Unsigned32(value), width, fill);
 }
 
 std::string IntToHex(long value, int width, bool upper, char fill) {
-  std::string text = IntegerText(Unsigned32(static_cast<unsigned long>(value)), 16, 0, fill);
+  std::string text = IntegerText<16>(Unsigned32(static_cast<unsigned long>(value)), 0, fill);
   if (upper) text = AnsiUpperCase(text);
   Justify(text, width, fill);
   return text;
 }
 
 std::string IntToBin(long value, int width, char fill) {
-  return IntegerText(Unsigned32(static_cast<unsigned long>(value)), 2, width, fill);
+  return IntegerText<2>(Unsigned32(static_cast<unsigned long>(value)), width, fill);
 }
 
 std::string FloatToStr(double value, int width, unsigned int digits, char fill) {
