@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <locale>
 #include <random>
 
@@ -45,8 +46,7 @@ TEST(TextFunctions, EveryByteInBothForms) {
 }
 
 TEST(TextFunctions, FillUpToAWidth) {
-  std::pair<int, char const*> const rows[] = {{4, "**abab**"}, {3, "*abab*"}, {2, "abab"}, {INT_MIN, "abab"}};
-  for (auto const& [width, filled] : rows) {
+  for (auto const& [width, filled] : {std::pair(4, "**abab**"), {3, "*abab*"}, {2, "abab"}, {INT_MIN, "abab"}}) {
     EXPECT_EQ(FillLeft("ab", width, '*') + FillRight("ab", width, '*'), filled) << width;
     EXPECT_EQ(FillLeft(std::string("ab"), width, '*') + FillRight(std::string("ab"), width, '*'), filled) << width;
   }
@@ -78,18 +78,16 @@ TEST(Tokenize, EveryFormLikeTheModel) {
     unsigned long const count = random() % 6;
     SCOPED_TRACE(text + " by " + testing::PrintToString(separators) + " limit " + std::to_string(count));
     auto const check = [&](auto const& separator) {
-      Strings expected = ModelTokenize(text, separators, count);
-      Strings out = {"old"};
-      EXPECT_EQ((Tokenize(out, text, separator, count), out), expected);
-      EXPECT_EQ((Tokenize(out, text.c_str(), separator, count), out), expected);
+      Strings expected = ModelTokenize(text, separators, count), out = {"old"}, twin;
+      Tokenize(out, text, separator, count), Tokenize(twin, text.c_str(), separator, count);
+      EXPECT_TRUE(out == expected && twin == expected) << testing::PrintToString(out);
       for (std::string& piece : expected) piece = Trim(piece);
-      EXPECT_EQ((TrimTokenize(out, text, separator, count), out), expected);
-      EXPECT_EQ((TrimTokenize(out, text.c_str(), separator, count), out), expected);
+      TrimTokenize(out, text, separator, count), TrimTokenize(twin, text.c_str(), separator, count);
+      EXPECT_TRUE(out == expected && twin == expected) << testing::PrintToString(out);
     };
     check(separators);
     if (separators.size() != 1) continue;
-    check(separators[0]);
-    check(separators[0].c_str());
+    check(separators[0]), check(separators[0].c_str());
     if (separators[0].size() == 1) check(separators[0][0]);
   }
 }
@@ -123,12 +121,12 @@ TEST(Numbers, IntegersToText) {
 
 TEST(Numbers, FloatsToTextAsPrintfWritesThem) {
   double const longest = 2.2250738585072009e-308;  // has all the 767 significant digits that a double can have
-  for (double const value : {0.0, 0.5, -2.5, 99999.95, 0.0001, 0.00009999995, 1e22, 123456789e-200, longest, DBL_MAX,
-                             DBL_TRUE_MIN, static_cast<double>(INFINITY), static_cast<double>(NAN)}) {
-    for (unsigned int const digits : {0u, 1u, 2u, 6u, 17u, 766u, 767u, 768u, 1100u}) {
+  for (double const value : {0.0, -2.5, 99999.95, 0.0001, 0.00009999995, 1e22, 123456789e-200, longest, DBL_MAX,
+                             DBL_TRUE_MIN, double{INFINITY}, double{NAN}}) {
+    for (int const digits : {0, 1, 6, 17, 766, 767, 768, 1100}) {
       char text[1500];
-      snprintf(text, sizeof text, "%#.*g", static_cast<int>(digits), value);
-      EXPECT_EQ(FloatToStr(value, 0, digits), text) << value << " digits " << digits;
+      snprintf(text, sizeof text, "%#.*g", digits, value);
+      EXPECT_EQ(FloatToStr(value, 0, static_cast<unsigned>(digits)), text) << value << " digits " << digits;
     }
   }
   EXPECT_EQ(FloatToStr(-1e20, 14) + FloatToStr(0.25, 9, UINT_MAX, ' '), "-001.00000e+20 0.250000");
@@ -144,43 +142,38 @@ TEST(Numbers, TextToNumbersAsTheCLibraryReadsIt) {
   // By the tests that they pass: i(nteger), h(exadecimal), f(loat). Those that pass the first alone have no value.
   std::pair<char const*, Strings> const rows[] = {
       {"ihf", {"0", "2147483647", "2147483648", "80000000"}},
-      {"if", {"+5", "-12", "-2147483648", "-2147483649"}},
+      {"if", {"+5", "-2147483648", "-2147483649"}},
       {"i", {"-", "+"}},
-      {"h", {"12a", "aF09", "1e2", "E2", "1E", "1E2E3", "7fFFffff", "FFFFFFFF"}},
+      {"h", {"aF09", "1e2", "E2", "1E", "1E2E3", "7fFFffff", "FFFFFFFF"}},
       {"hf", {"1E2", "1E999"}},
       {"f", {"1.5", "1.", "-.5", "1.E+2", "15E-1", "1.5E-310", "1.5E-999"}},
       {"", {"",   "+-5",   "--5", "5-",  " 1",  "1 ",    "0x10",  "-A",  "g",   "G",    ".",
             "+.", "1.2.3", "1,5", ".E2", "1E+", "1E2.5", "1E2-3", "1-2", "inf", "\xB2", "10.0.0.1"}}};
+  auto const fits = [](long long value) { return value == static_cast<std::int32_t>(value); };
   for (auto const& [tests, texts] : rows) {
-    auto const passes = [all = std::string(tests)](char test) { return all.find(test) != std::string::npos; };
-    auto const fits = [](long long value) { return value == static_cast<std::int32_t>(value); };
+    bool const i = strchr(tests, 'i'), h = strchr(tests, 'h'), f = strchr(tests, 'f');
     for (std::string const& text : texts) {
-      long long const integer = strtoll(text.c_str(), nullptr, 10);
-      long long const hex = strtoll(text.c_str(), nullptr, 16);
+      long long const integer = strtoll(text.c_str(), nullptr, 10), hex = strtoll(text.c_str(), nullptr, 16);
       double const real = strtod(text.c_str(), nullptr);
-      auto const check = [&](auto const& argument) {
-        EXPECT_EQ(StrIsInt(argument), passes('i')) << text;
-        EXPECT_EQ(StrIsHex(argument), passes('h')) << text;
-        EXPECT_EQ(StrIsFloat(argument), passes('f')) << text;
+      auto const check = [&, i = i, h = h, f = f](auto const& argument) {
+        EXPECT_TRUE(StrIsInt(argument) == i && StrIsHex(argument) == h && StrIsFloat(argument) == f) << text;
         EXPECT_FALSE(StrIsIPNumber(argument)) << text;
-        EXPECT_EQ(StrToIntDef(argument, -7), passes('i') && passes('f') && fits(integer) ? integer : -7) << text;
-        EXPECT_EQ(HexToIntDef(argument, -7), passes('h') && fits(hex) ? hex : -7) << text;
-        EXPECT_EQ(StrToFloatDef(argument, -7), passes('f') && std::isfinite(real) ? real : -7) << text;
+        EXPECT_EQ(StrToIntDef(argument, -7), i && f && fits(integer) ? integer : -7) << text;
+        EXPECT_EQ(HexToIntDef(argument, -7), h && fits(hex) ? hex : -7) << text;
+        EXPECT_EQ(StrToFloatDef(argument, -7), f && std::isfinite(real) ? real : -7) << text;
       };
-      check(text);
-      check(text.c_str());
+      check(text), check(text.c_str());
     }
   }
   std::mt19937_64 random(1);
-  for (int i = 0; i < 20000; i++) {  // few and many digits, small and great exponents
+  for (int round = 0; round < 20000; round++) {  // few and many digits, small and great exponents
     std::string text = std::to_string(random() >> random() % 64);
     if (random() % 2 == 0) text.insert(random() % (text.size() + 1), ".");
     if (random() % 4 == 0) text.insert(0, random() % 30, '0');
     if (random() % 2 == 0) text += "E" + std::to_string(static_cast<int>(random() % 60) - 30);
     if (random() % 2 == 0) text.insert(0, "-");
-    double const real = strtod(text.c_str(), nullptr);
-    ASSERT_EQ(StrToFloatDef(text, -7), real) << text;
-    ASSERT_EQ(std::signbit(StrToFloatDef(text, -7)), std::signbit(real)) << text;
+    double const real = strtod(text.c_str(), nullptr), read = StrToFloatDef(text, -7);
+    ASSERT_TRUE(read == real && std::signbit(read) == std::signbit(real)) << text << " is not " << read;
   }
   EXPECT_FALSE(StrIsInt(kNull) || StrIsHex(kNull) || StrIsFloat(kNull) || StrIsInt(std::string("1\0", 2)));
   EXPECT_EQ(StrToIntDef(kNull, 1) + HexToIntDef(kNull, 2), 3);
