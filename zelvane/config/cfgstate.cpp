@@ -55,6 +55,11 @@ std::string_view Upper(CfgState& state, std::string_view name) {
   return state.upper;
 }
 
+std::string TakeUpper(CfgState& state) {
+  bool const fits = state.upper.size() > state.upper.capacity() / 2;
+  return fits ? std::move(state.upper) : state.upper;
+}
+
 SectionPosition FindSection(CfgState& state, std::string_view name) {
   Recent& recent = state.recent;
   if (recent.section && name == recent.sectionName) return *recent.section;

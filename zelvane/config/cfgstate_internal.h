@@ -91,6 +91,8 @@ ParsedLine Parse(std::string_view raw);
 
 // The upper-cased name, in the state's memory until the next call.
 std::string_view Upper(CfgState& state, std::string_view name);
+// The same name for the index, for the last time: a long one takes its memory along instead of being copied.
+std::string TakeUpper(CfgState& state);
 
 // The section or key of that name in any case, or the end.
 SectionPosition FindSection(CfgState& state, std::string_view name);
@@ -137,8 +139,9 @@ std::pair<SectionPosition, bool> AddSection(CfgState& state, std::string_view na
   auto const place = LowerBound(state.sections, upper, state.sections.end());
   if (place != state.sections.end() && place->first == upper) return {place, false};
   MadeLine header(state);
-  auto const added = state.sections.emplace_hint(place, std::piecewise_construct, std::forward_as_tuple(upper),
-                                                 std::forward_as_tuple(state, header.Made(makeLine(upper))));
+  auto const line = header.Made(makeLine(upper));
+  auto const added = state.sections.emplace_hint(
+      place, std::piecewise_construct, std::forward_as_tuple(TakeUpper(state)), std::forward_as_tuple(state, line));
   header.Keep();
   state.sectionRanks.Inserted(added);
   state.sectionHashes.Inserted(state.sections, added);
@@ -164,7 +167,7 @@ std::pair<KeyPosition, bool> AddKey(CfgState& state, SectRec& section, std::stri
   MadeLine line(state);
   KeyLine const made = makeLine(upper);
   line.Made(made.line);
-  auto const added = keys.emplace_hint(place, std::piecewise_construct, std::forward_as_tuple(upper),
+  auto const added = keys.emplace_hint(place, std::piecewise_construct, std::forward_as_tuple(TakeUpper(state)),
                                        std::forward_as_tuple(KeyRec{made.value, made.line, previous, keys.end()}));
   line.Keep();
   keys.ranks.Inserted(added);
