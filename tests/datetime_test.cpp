@@ -8,14 +8,15 @@
 #include <array>
 #include <cfloat>
 #include <climits>
-#include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <ctime>
 #include <stdexcept>
 #include <string>
-#include <tuple>
+#include <utility>
 
 #include "support/processes.h"
+#include "support/table.h"
 
 namespace {
 
@@ -35,6 +36,7 @@ extern "C" __attribute__((visibility("default"))) int settimeofday(timeval const
 
 namespace {
 
+using test::Table;
 using Fields = std::array<int, 8>;
 
 constexpr long kDay = 86400, kLast = 2147483647;
@@ -47,10 +49,12 @@ Fields Decoded(long t) {
   return f;
 }
 
-long Encoded(char const* date) {
-  std::array<int, 6> f = {};
-  std::sscanf(date, "%d-%d-%d %d:%d:%d", &f[0], &f[1], &f[2], &f[3], &f[4], &f[5]);
-  return EncodeDateTime(f[0], f[1], f[2], f[3], f[4], f[5]);
+using Date = std::array<int, 6>;
+
+Date Parsed(std::string const& date) {
+  Date d = {};
+  std::sscanf(date.c_str(), "%d-%d-%d %d:%d:%d", &d[0], &d[1], &d[2], &d[3], &d[4], &d[5]);
+  return d;
 }
 
 TEST(Calendar, EveryDayBesideTheCLibrary) {
@@ -89,22 +93,15 @@ TEST(Clock, SetToTheSecondThenToNoZone) {
   }
 }
 
-TEST(Calendar, DaysFromEpochEdges) {
-  // A leap year bounds February alone: the January of 1972, which begins on day 730, has no end.
-  using Row = std::tuple<int, int, int, int>;
-  for (auto const& [year, month, day, days] :
-       {Row(1969, 6, 1, -1), Row(1970, 0, 1, -1), Row(1970, 13, 1, -1), Row(1975, 1, 0, -1), Row(1970, 1, 32, -1),
-        Row(2003, 2, 29, -1), Row(2004, 2, 30, -1), Row(2004, 4, 31, 12539), Row(2100, 2, 29, 47541),
-        Row(INT_MAX, 1, 1, -1), Row(1972, 1, INT_MAX - 729, INT_MAX), Row(1972, 1, INT_MAX - 728, -1)})
-    EXPECT_EQ(DaysFromEpoch(year, month, day), days) << year << "-" << month << "-" << day;
-}
-
-TEST(Calendar, EncodeEdges) {
-  for (char const* date :
-       {"1970-1-1 24:0:0", "1970-1-1 -1:0:0", "1970-1-1 0:60:0", "1970-1-1 0:-1:0", "1970-1-1 0:0:60",
-        "1970-1-1 0:0:-1", "1970-0-1", "1970-13-1", "1970-1-0", "1970-1-32", "1969-12-31 23:59:59", "100-1-1", "0-1-1",
-        "-5-1-1", "2003-2-29", "2004-4-31", "2038-1-19 3:14:8", "2147483647-12-31"})
-    EXPECT_EQ(Encoded(date), -1) << date;
+TEST(Calendar, Edges) {
+  for (test::Case const& c : Table("core/datetime.txt", "days from the epoch")) {
+    Date const d = Parsed(c[0]);
+    EXPECT_EQ(DaysFromEpoch(d[0], d[1], d[2]), c.Int(1)) << c;
+  }
+  for (test::Case const& c : Table("core/datetime.txt", "no date-time")) {
+    Date const d = Parsed(c[0]);
+    EXPECT_EQ(EncodeDateTime(d[0], d[1], d[2], d[3], d[4], d[5]), -1) << c;
+  }
   int const century = Decoded(GetDateTime())[0] / 100 * 100;
   auto const start = [](int year) { return EncodeDateTime(year, 1, 1, 0, 0, 0); };
   for (int const year : {1, 37, 38, 49, 50, 69, 70, 99})
@@ -112,13 +109,10 @@ TEST(Calendar, EncodeEdges) {
 }
 
 TEST(Clock, ZonesAndSummerTime) {
-  constexpr char kSouth[] = "BRT3BRST,M10.3.0/0,M2.3.0/0";
-  using Row = std::tuple<char const*, long, long>;
-  for (auto const& [name, t, local] : {Row(kSouth, 1105358400, 1105351200), Row(kSouth, 1120996800, 1120986000),
-                                       Row("BRT3", 10799, -1), Row("BRT3", 10800, 0), Row("CET-1", kLast - 3600, kLast),
-                                       Row("CET-1", kLast - 3599, -1), Row("CET-1", -1, -1)}) {
-    test::Environment const zone("TZ", name);
-    EXPECT_EQ(std::pair(GMTToLocalDateTime(t), LocalToGMTDateTime(t)), std::pair(local, t)) << name << " " << t;
+  for (test::Case const& c : Table("core/datetime.txt", "zones")) {
+    test::Environment const zone("TZ", c[0]);
+    EXPECT_EQ(GMTToLocalDateTime(c.Int(1)), c.Int(2)) << c;
+    EXPECT_EQ(LocalToGMTDateTime(c.Int(1)), c.Int(1)) << c;
   }
   test::Environment const zone("TZ", "XYZ3");
   std::time_t const before = std::time(nullptr);
@@ -128,11 +122,8 @@ TEST(Clock, ZonesAndSummerTime) {
 
 TEST(DateText, Written) {
   long const t = EncodeDateTime(2005, 3, 7, 8, 9, 1);
-  using Row = std::tuple<char const*, char const*>;
-  for (auto const& [format, text] :
-       {Row("", "07/03/2005 08:09:01"), Row("YYYY-MM-DD", "2005-03-07"), Row("d.m.yy h", "7.3.2005 8"),
-        Row("yyyyyy ddd", "002005 007"), Row("--T--", "--t--"), Row("\xC7 %d", "\xC7 %7"), Row("nn'ss\"", "09'01\"")})
-    EXPECT_EQ(DateTimeToStr(format, t) + DateTimeToStr(std::string(format), t), std::string(text) + text) << format;
+  for (test::Case const& c : Table("core/datetime.txt", "written"))
+    EXPECT_EQ(DateTimeToStr(c[0].c_str(), t) + DateTimeToStr(c[0], t), c[1] + c[1]) << c;
   EXPECT_EQ(DateTimeToStr(t) + DateTimeToStr(nullptr, 0), "07/03/2005 08:09:0101/01/1970 00:00:00");
   std::string const longest(4095, 'x');
   EXPECT_EQ(FormatDateTime(t, "%Y-%m-%d %H:%M:%S %a %w %j"), "2005-03-07 08:09:01 Mon 1 066");
@@ -142,27 +133,21 @@ TEST(DateText, Written) {
 }
 
 TEST(DateText, Read) {
-  using Row = std::tuple<char const*, char const*, long>;
-  for (auto const& [text, format, t] :
-       {Row("", "//", -9), Row("07/03/2005 08:09:01", "", 1110182941),
-        Row("07x03x2005_08.09.01 and more", "DD/MM/YYYY HH:NN:SS", 1110182941), Row("5", "hh", 18000),
-        Row("-1", "hh", 0), Row("-2", "hh", -9), Row(" 5", "hh", -9), Row("24", "hh", -9), Row("-1 13", "hh hh", -9),
-        Row("31/04/2005", "dd/mm/yyyy", -9), Row("xx 30", "hh nn", -9), Row("07/", "dd/mm", -9), Row("1", "//", 0)})
-    EXPECT_EQ(StrToDateTime(text, format, -9), t) << text << " as " << format;
-  EXPECT_EQ(StrToDateTime(std::string("5"), std::string("nn"), -9), 300);
+  for (test::Case const& c : Table("core/datetime.txt", "read"))
+    for (long const read : {StrToDateTime(c[0].c_str(), c[1].c_str(), -9), StrToDateTime(c[0], c[1], -9)})
+      EXPECT_EQ(read, c.Int(2)) << c;
   EXPECT_EQ(StrToDateTime(nullptr, nullptr, -9), -9);
-  // A field behind the end of the text. The second one after a bad field, the third in a letter's second run.
-  for (auto const& [text, format] : {std::pair("07/03/2005", ""), {"xx", "dd/mm"}, {"07", "dd dd"}, {"1", "dd//s"}})
-    EXPECT_THROW(StrToDateTime(text, format, 0), std::out_of_range) << text << " as " << format;
+  for (test::Case const& c : Table("core/datetime.txt", "read beyond the end")) {
+    std::string const text = c[0], format = c[1];
+    EXPECT_THROW(StrToDateTime(text, format, 0), std::out_of_range) << c;
+  }
 }
 
 TEST(Rounding, HalvesAndEnds) {
-  using Row = std::tuple<double, long long>;
-  for (auto const& [value, rounded] :
-       {Row(0.4, 0), Row(0.5, 0), Row(1.5, 2), Row(2.5, 2), Row(2.57, 3), Row(-0.5, 0), Row(-1.5, -2), Row(-2.5, -2),
-        Row(-2.6, -3), Row(-2.4, -2), Row(0x1p63, LLONG_MAX), Row(1e300, LLONG_MAX), Row(-1e300, LLONG_MIN),
-        Row(std::nan(""), 0), Row(0.49999999999999994, 0), Row(4503599627370495.5, 4503599627370496)})
-    EXPECT_EQ(std::pair(Round(value), LRound(value)), std::pair(rounded, rounded)) << value;
+  for (test::Case const& c : Table("core/datetime.txt", "rounded")) {
+    double const value = std::strtod(c[0].c_str(), nullptr);
+    EXPECT_EQ(std::pair(Round(value), LRound(value)), std::pair(std::stoll(c[1]), std::stoll(c[1]))) << c;
+  }
   EXPECT_EQ(LRound(9223372036854775806.5L), LDBL_MANT_DIG > 60 ? 9223372036854775806 : LLONG_MAX);
 }
 
