@@ -3,26 +3,18 @@
 
 #include <algorithm>
 #include <map>
-#include <optional>
+#include <memory>
 #include <random>
+#include <set>
+#include <sstream>
 #include <string>
 #include <vector>
 
 #include "support/scratch.h"
 #include "zelvane/config/cfgclass.h"
+#include "zelvane/core/strutils.h"
 
 namespace {
-
-std::string Stripped(std::string const& text) {
-  std::size_t const first = text.find_first_not_of(" \n\t\r");
-  return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(" \n\t\r") - first + 1);
-}
-
-std::string Capital(std::string text) {
-  for (char& c : text)
-    if ((c >= 'a' && c <= 'z') || c == '\xE7') c = static_cast<char>(c - 0x20);
-  return text;
-}
 
 // A list of lines, searched from the start for everything.
 class Model {
@@ -30,85 +22,73 @@ class Model {
   explicit Model(bool upper) : upper_(upper) {}
 
   void Load(std::string const& text) {
-    lines_.clear();
-    sections_.clear();
-    std::size_t start = 0;
-    for (std::string current = "\n";; start++) {
-      std::size_t const end = text.find('\n', start);
-      std::string const raw = text.substr(start, end == std::string::npos ? end : end - start);
-      std::string const line = Stripped(raw);
-      int const id = Append(raw);
-      if (!line.empty() && line[0] == '[') {
-        current = Capital(Stripped(line.substr(1, line.size() - 2)));
-        if (sections_.count(current) == 0) sections_[current].header = id;
-      } else if (!line.empty() && line[0] != ';') {
-        if (current == "\n" && sections_.count(current = "") == 0) sections_[current].header = id;
-        std::size_t const equals = line.find('=');
-        std::string const key = Capital(Stripped(line.substr(0, equals)));
-        Section& section = sections_[current];
-        if (section.keys.count(key) == 0) {
-          section.keys[key] = {Stripped(equals == std::string::npos ? line : line.substr(equals + 1)), id};
-          section.written = {key};
-        }
+    *this = Model(upper_);
+    std::istringstream in(text + "\n");
+    Section* current = nullptr;
+    for (std::string raw; std::getline(in, raw);) {
+      std::string const line = Trim(raw);
+      bool const header = line[0] == '[';
+      lines_.push_back(std::make_shared<std::string>(raw));
+      if (line.empty() || line[0] == ';') continue;
+      if (header || current == nullptr) {
+        std::string const name = header ? AnsiUpperCase(Trim(line.substr(1, line.size() - 2))) : "";
+        current = &sections_.try_emplace(name, Section{lines_.back(), {}, {}}).first->second;
       }
-      if (end == std::string::npos) return;
-      start = end;
+      if (header) continue;
+      std::size_t const equals = line.find('=');  // without one all of the line is the value, too
+      auto const [key, first] = current->keys.try_emplace(AnsiUpperCase(Trim(line.substr(0, equals))),
+                                                          Key{Trim(line.substr(equals + 1)), lines_.back()});
+      if (first) current->written = {key->first};
     }
   }
 
   std::string Text() const {
     std::string text;
-    for (Line const& line : lines_) text += line.text + "\n";
-    return text.empty() ? text : text.substr(0, text.size() - 1);
+    for (Line const& line : lines_) text += *line + "\n";
+    return text.substr(0, text.size() - !text.empty());
   }
 
   void Write(std::string const& name, std::string const& key, std::string const& value) {
-    if (sections_.count(Capital(name)) == 0)
-      sections_[Capital(name)].header = Append("[" + (name.empty() ? " " : upper_ ? Capital(name) : name) + "]");
-    Section& section = sections_[Capital(name)];
-    auto const found = section.keys.find(Capital(key));
-    if (found != section.keys.end()) {
-      std::string const old = Stripped(At(found->second.line)->text);
-      At(found->second.line)->text = Stripped(old.substr(0, old.find('='))) + " = " + value;
-      found->second.value = value;
-      return;
+    auto const [at, made] = sections_.try_emplace(AnsiUpperCase(name));
+    Section& section = at->second;
+    if (made) {
+      std::string const shown = name.empty() ? " " : upper_ ? at->first : name;
+      section.header = *lines_.insert(lines_.end(), std::make_shared<std::string>("[" + shown + "]"));
     }
-    int const after = section.written.empty() ? section.header : section.keys[section.written.back()].line;
-    auto place = At(after);
-    place = place == lines_.end() ? lines_.begin() : place + 1;
-    lines_.insert(place, {next_, (upper_ ? Capital(key) : key) + " = " + value});
-    section.keys[Capital(key)] = {value, next_++};
-    section.written.push_back(Capital(key));
+    auto const [found, added] = section.keys.try_emplace(AnsiUpperCase(key));
+    Line& line = found->second.line;
+    if (added) {
+      auto const place = At(section.written.empty() ? section.header : section.keys[section.written.back()].line);
+      line = *lines_.insert(place == lines_.end() ? lines_.begin() : place + 1, std::make_shared<std::string>());
+      section.written.push_back(found->first);
+    }
+    *line = (!added ? Trim(Trim(*line).substr(0, Trim(*line).find('='))) : upper_ ? found->first : key) + " = " + value;
+    found->second.value = value;
   }
 
   void Delete(std::string const& name, std::string const& key) {
-    auto const found = sections_.find(Capital(name));
-    if (found == sections_.end() || found->second.keys.count(Capital(key)) == 0) return;
-    Section& section = found->second;
-    lines_.erase(At(section.keys[Capital(key)].line));
-    section.keys.erase(Capital(key));
+    Section& section = Find(name);
+    if (section.keys.count(AnsiUpperCase(key)) == 0) return;
+    Drop(section.keys[AnsiUpperCase(key)].line);
+    section.keys.erase(AnsiUpperCase(key));
     auto& written = section.written;
-    written.erase(std::remove(written.begin(), written.end(), Capital(key)), written.end());
+    written.erase(std::remove(written.begin(), written.end(), AnsiUpperCase(key)), written.end());
   }
 
   void Erase(std::string const& name) {
-    auto const found = sections_.find(Capital(name));
-    if (found == sections_.end()) return;
-    for (auto const& [key, record] : found->second.keys) lines_.erase(At(record.line));
-    if (At(found->second.header) != lines_.end()) lines_.erase(At(found->second.header));
-    sections_.erase(found);
+    for (auto const& [key, record] : Find(name).keys) Drop(record.line);
+    Drop(Find(name).header);
+    sections_.erase(AnsiUpperCase(name));
   }
 
-  std::optional<std::string> Value(std::string const& name, std::string const& key) const {
-    auto const found = sections_.find(Capital(name));
-    if (found == sections_.end() || found->second.keys.count(Capital(key)) == 0) return std::nullopt;
-    return found->second.keys.at(Capital(key)).value;
+  std::string Value(std::string const& name, std::string const& key, std::string const& def) {
+    auto const& keys = Find(name).keys;
+    return keys.count(AnsiUpperCase(key)) == 0 ? def : keys.at(AnsiUpperCase(key)).value;
   }
 
-  std::string Name(std::string const& name, std::size_t n) const {
-    auto const found = sections_.find(Capital(name));
-    if (found == sections_.end() || n >= found->second.keys.size()) return "";
-    return std::next(found->second.keys.begin(), static_cast<std::ptrdiff_t>(n))->first;
+  std::string Name(std::string const& name, std::size_t n) {
+    auto const& keys = Find(name).keys;
+    return n >= keys.size() ? "" : std::next(keys.begin(), static_cast<std::ptrdiff_t>(n))->first;
   }
 
   std::string Dump() const {
@@ -121,32 +101,31 @@ class Model {
   }
 
  private:
-  struct Line {
-    int id;
-    std::string text;
-  };
+  using Line = std::shared_ptr<std::string>;
   struct Key {
     std::string value;
-    int line;
+    Line line;
   };
   struct Section {
-    int header = -1;
+    Line header;
     std::map<std::string, Key> keys;
     std::vector<std::string> written;  // the last loaded key, then those written, without the deleted ones
   };
 
-  int Append(std::string const& text) {
-    lines_.push_back({next_, text});
-    return next_++;
+  // An empty one when there is none.
+  Section& Find(std::string const& name) {
+    auto const found = sections_.find(AnsiUpperCase(name));
+    return found == sections_.end() ? none_ = Section() : found->second;
   }
-  std::vector<Line>::iterator At(int id) {
-    return std::find_if(lines_.begin(), lines_.end(), [id](Line const& line) { return line.id == id; });
+  std::vector<Line>::iterator At(Line const& line) { return std::find(lines_.begin(), lines_.end(), line); }
+  void Drop(Line const& line) {
+    if (At(line) != lines_.end()) lines_.erase(At(line));
   }
 
   bool upper_;
-  int next_ = 0;
   std::vector<Line> lines_;
   std::map<std::string, Section> sections_;
+  Section none_;
 };
 
 std::string Dump(CfgClass& cfg) {
@@ -165,32 +144,32 @@ class Stepwise : public CfgClass {};
 void Drive(CfgClass& cfg, bool upper, unsigned seed, int operations) {
   SCOPED_TRACE("seed " + std::to_string(seed));
   std::mt19937 random(seed);
-  auto const below = [&random](unsigned n) { return static_cast<std::size_t>(random() % n); };
-  static char const* const kSections[] = {"",       "Net", "UPS", "net ", "a b", "\xE7",
-                                          "TIMERS", "x1",  "x2",  "x3",   "x4",  "x5"};
-  static char const* const kKeys[] = {
+  auto const below = [&random](std::size_t n) { return static_cast<std::size_t>(random() % n); };
+  auto const one = [&below](std::vector<std::string> const& texts) { return texts[below(texts.size())]; };
+  std::vector<std::string> const sections = {"",       "Net", "UPS", "net ", "a b", "\xE7",
+                                             "TIMERS", "x1",  "x2",  "x3",   "x4",  "x5"};
+  std::vector<std::string> const keys = {
       "A", "b", "Key one", "\xE7\xC7", "Zz", "k=q", "long key name that leaves the short string"};
-  static char const* const kValues[] = {
+  std::vector<std::string> const values = {
       "", "1", " padded ", "a = b", "; no comment", "a value long enough to need memory of its own"};
-  static char const* const kLines[] = {"",   "; note", "  [ Net ]\r", "[UPS]", "[ ]", "A=1", " b = 2 ; tail\r",
-                                       "Zz", "\t",     "key ONE==",   "[x1]"};
+  std::vector<std::string> const lines = {"",   "; note", "  [ Net ]\r", "[UPS]", "[ ]", "A=1", " b = 2 ; tail\r",
+                                          "Zz", "\t",     "key ONE==",   "[x1]"};
 
   test::Scratch scratch;
   std::string text;
-  for (std::size_t i = below(20); i > 0; i--) text += std::string(kLines[below(std::size(kLines))]) + "\n";
+  for (std::size_t i = below(20); i > 0; i--) text += one(lines) + "\n";
   std::string const path = scratch.Write("model.cfg", text);
   Model model(upper);
   model.Load(text);
-  ASSERT_TRUE(cfg.Open(path));
-  cfg.SetCached(true);
+  ASSERT_TRUE(cfg.Open(path) && cfg.SetCached(true));
   for (int i = 0; i < operations; i++) {
-    std::string const section = kSections[below(std::size(kSections))];
-    std::string const key = kKeys[below(std::size(kKeys))] + (below(2) == 0 ? std::to_string(below(40)) : "");
+    std::string const section = one(sections), base = one(keys);
+    std::string const key = base + (below(2) == 0 ? std::to_string(below(40)) : "");
     std::size_t choice = below(100);
     // Now and then a stretch with few removals, in which enough is asked for the engine to build its tables.
     if (i / 200 % 2 == 1 && choice >= 45 && choice < 73) choice = 80;
     if (choice < 45) {
-      std::string const value = kValues[below(std::size(kValues))];
+      std::string const value = one(values);
       ASSERT_TRUE(cfg.WriteStr(section, key, value));
       model.Write(section, key, value);
     } else if (choice < 73) {
@@ -205,21 +184,18 @@ void Drive(CfgClass& cfg, bool upper, unsigned seed, int operations) {
       ASSERT_EQ(cfg.DeleteKey(n), !name.empty());
       model.Delete(section, name);
       ASSERT_EQ(cfg.GetKeyName(section, n), model.Name(section, n)) << section << " at " << n;
-      if (!name.empty()) {
-        ASSERT_EQ(cfg.ReadStr(section, name, "none"), "none") << section << "/" << name;
-      }
+      ASSERT_TRUE(name.empty() || cfg.ReadStr(section, name, "none") == "none") << section << "/" << name;
     } else if (choice < 77) {
       ASSERT_TRUE(cfg.EraseSection(section));
       model.Erase(section);
     } else if (choice < 97) {
-      ASSERT_EQ(cfg.ReadStr(section, key, "none"), model.Value(section, key).value_or("none")) << section << "/" << key;
+      ASSERT_EQ(cfg.ReadStr(section, key, "none"), model.Value(section, key, "none")) << section << "/" << key;
     } else if (choice < 99) {
       ASSERT_EQ(Dump(cfg), model.Dump());
     } else {
       ASSERT_TRUE(cfg.Open(path));
-      std::string const saved = test::ReadFile(path);
-      ASSERT_EQ(saved, model.Text()) << "after " << i << " operations";
-      model.Load(saved);
+      ASSERT_EQ(test::ReadFile(path), model.Text()) << "after " << i << " operations";
+      model.Load(model.Text());
     }
   }
   ASSERT_TRUE(cfg.Close());
@@ -242,23 +218,18 @@ TEST(CfgModel, AddressingByNumber) {
   test::Scratch scratch;
   std::mt19937 random(7);
   CfgClass cfg;
-  ASSERT_TRUE(cfg.Open(scratch.Write("many.cfg", "")));
-  cfg.SetCached(true);
-  cfg.SetSection("S");
-  std::map<std::string, std::string> keys;
+  ASSERT_TRUE(cfg.Open(scratch.Write("many.cfg", "")) && cfg.SetCached(true) && cfg.SetSection("S"));
+  std::set<std::string> keys;
   auto const check = [&](unsigned long n) {
-    std::string const expected = n < keys.size() ? std::next(keys.begin(), static_cast<long>(n))->first : "";
+    std::string const expected = n < keys.size() ? *std::next(keys.begin(), static_cast<long>(n)) : "";
     ASSERT_EQ(cfg.GetKeyName(n), expected) << n << " of " << keys.size();
   };
   for (int i = 0; i < 6000; i++) {
     std::string const key = std::to_string(random() % 9000);
-    if (random() % 3 != 0) {
-      ASSERT_TRUE(cfg.WriteStr(key, "v"));
-      keys[key] = "v";
-    } else {
-      ASSERT_TRUE(cfg.DeleteKey(key));
-      keys.erase(key);
-    }
+    bool const write = random() % 3 != 0;
+    ASSERT_TRUE(write ? cfg.WriteStr(key, "v") : cfg.DeleteKey(key));
+    if (!write) keys.erase(key);
+    if (write) keys.insert(key);
     if (i % 8 == 0) check(random() % (keys.size() + 2));
   }
   for (unsigned long n = keys.size() + 1; n-- > 0;) check(n);
