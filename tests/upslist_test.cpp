@@ -40,7 +40,7 @@ TEST_F(UpsList, ReadsAHandMadeList) {
     all += test::Words(GetUpsListItem(position, name), std::string_view(name, 5));
   }
   EXPECT_EQ(all, std::string("1 000\0~ 1 10 \0~ 1 012\0~ 1 000\0~ 1 abc\0~ 1 001\0~ 0 ....~ 0 ....~ ", 64));
-  EXPECT_EQ(GetUpsListCount() + GetUpsListItem(0, nullptr) + AddUpsListItem(nullptr) + RemUpsListItem(nullptr), 6);
+  EXPECT_EQ(GetUpsListCount(), 6);
 }
 
 TEST_F(UpsList, AFreshUnitGetsItsFolderAndFiles) {
