@@ -31,10 +31,6 @@ TEST(UpsTypes, LookUps) {
     EXPECT_EQ(Found(GetUPSTypeListItem, list, position++), Found(GetUPSTypeListItemByType, list, c.UInt(1))) << c;
   EXPECT_EQ(GetUPSTypeListCount(list), static_cast<int>(position));
   for (unsigned int const none : {position, 4294967295u}) EXPECT_EQ(Found(GetUPSTypeListItem, list, none), "-");
-  UpsTypeItem item;
-  EXPECT_EQ(GetUPSTypeListItem(list, 0, nullptr) + GetUPSTypeListItemByType(list, 1, nullptr), 0);
-  EXPECT_EQ(GetUPSTypeListItem(nullptr, 0, &item) + GetUPSTypeListItemByType(nullptr, 1, &item), 0);
-  EXPECT_EQ(GetUPSTypeListCount(nullptr) + CloseUPSTypeList(nullptr), 0);
   EXPECT_EQ(CloseUPSTypeList(list), 1);
   EXPECT_EQ(at.Read("root/upstype.cfg"), test::Fixture("upstype.cfg"));
 }
@@ -45,8 +41,6 @@ TEST(UpsTypes, AMissingTableIsEmptyAndAnUnreadableOneIsNone) {
   auto const before = at.List();
   for (char const* path : {static_cast<char const*>(nullptr), "", other.c_str()}) {
     void* const list = OpenUPSTypeList(path);
-    ASSERT_NE(list, nullptr);
-    EXPECT_EQ(GetUPSTypeListCount(list), path == other.c_str() ? 1 : 0);
     EXPECT_EQ(Found(GetUPSTypeListItem, list, 0), path == other.c_str() ? "3|2|n|d|c|l" : "-");
     EXPECT_EQ(CloseUPSTypeList(list), 1);
   }
@@ -79,7 +73,6 @@ TEST(UpsModelName, FromTheModelFileOrElseTheTable) {
       EXPECT_EQ(GetUPSModelName(model, 1, buffer.data(), size), size >= 2 && model != 4) << model << " " << size;
       EXPECT_EQ(buffer, copied + std::string(12 - copied.size(), '~')) << model << " " << size;
     }
-    EXPECT_EQ(GetUPSModelName(model, 1, nullptr, 100), 0);
   }
 }
 
@@ -89,7 +82,6 @@ TEST(UpsCapabilities, ByKind) {
     EXPECT_EQ(GetUPSCapabilities(c.UInt(0), &mask), 1) << c;
     EXPECT_EQ(mask, c.UInt(1)) << c;
   }
-  EXPECT_EQ(GetUPSCapabilities(1, nullptr), 0);
 }
 
 }  // namespace
