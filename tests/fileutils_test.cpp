@@ -25,39 +25,33 @@ using test::Scratch;
 namespace fs = std::filesystem;
 using Text = char const*;
 using Texts = std::vector<std::vector<Text>>;
+using Names = std::vector<std::string>;
 
 // Null leaves the variable unset; whoever keeps a test::Environment of it puts it back.
 int Set(Text name, Text value) { return value != nullptr ? setenv(name, value, 1) : unsetenv(name); }
 
 // ---- Names ----
 
-TEST(FileNames, ExtensionsAreSearchedInTheWholeText) {
-  for (auto const& row : Texts{{"a.txt", ".cfg", "a.cfg", "txt"},
-                               {"a.txt", "..cfg", "a..cfg", "txt"},
-                               {"a", ".", "a", ""},
-                               {"/opt/a.d/run", "cfg", "/opt/a.cfg", "d/run"}}) {
-    EXPECT_EQ(row[2], ChangeFileExt(row[0], row[1])) << row[0] << " with " << row[1];
-    EXPECT_EQ(row[2], ChangeFileExt(std::string(row[0]), std::string(row[1]))) << row[0];
-    EXPECT_EQ(row[3], ExtractFileExt(row[0])) << row[0];
-  }
-  EXPECT_EQ("", ChangeFileExt(nullptr, "cfg") + ChangeFileExt("a.txt", nullptr) + ExtractFileExt(nullptr));
-}
-
-TEST(FileNames, FoldersAndDelimiters) {
-  auto const parts = [](auto const& path) {
-    return std::vector<std::string>{ExtractFilePath(path), ExtractFileName(path), IncludePathDelimiter(path),
-                                    ExcludePathDelimiter(path)};
+// The path with that extension, its own extension, its folder and name, and the path with and without a delimiter.
+TEST(FileNames, PartsOfAPath) {
+  auto const parts = [](auto const& path, auto const& ext) {
+    return Names{ChangeFileExt(path, ext), ExtractFileExt(path),       ExtractFilePath(path),
+                 ExtractFileName(path),    IncludePathDelimiter(path), ExcludePathDelimiter(path)};
   };
-  for (auto const& [path, expected] :
-       std::vector<std::pair<std::string, std::vector<std::string>>>{{"", {"", "", "/", ""}},
-                                                                     {"//", {"//", "", "//", "/"}},
-                                                                     {"x.d/y", {"x.d/", "y", "x.d/y/", "x.d/y"}},
-                                                                     {"/y.z/", {"/y.z/", "", "/y.z/", "/y.z"}}}) {
-    EXPECT_EQ(expected, parts(path)) << path;
-    EXPECT_EQ(expected, parts(path.c_str())) << path;
+  for (auto const& row : std::vector<Names>{
+           {"", "cfg", ".cfg", "", "", "", "/", ""},
+           {"a.txt", ".cfg", "a.cfg", "txt", "", "a.txt", "a.txt/", "a.txt"},
+           {"a.b.txt", "..cfg", "a.b..cfg", "txt", "", "a.b.txt", "a.b.txt/", "a.b.txt"},
+           {"/opt/a.d/run", "cfg", "/opt/a.cfg", "d/run", "/opt/a.d/", "run", "/opt/a.d/run/", "/opt/a.d/run"},
+           {"/y.z/", ".", "/y", "z/", "/y.z/", "", "/y.z/", "/y.z"},
+           {"//", "", "//", "", "//", "", "//", "/"}}) {
+    Names const expected(row.begin() + 2, row.end());
+    EXPECT_EQ(expected, parts(row[0], row[1]));
+    EXPECT_EQ(expected, parts(row[0].c_str(), row[1].c_str()));
   }
-  EXPECT_EQ(std::vector<std::string>(4), parts(Text(nullptr)));
-  EXPECT_EQ("/x/", ExtractFilePath(std::string("/x/y\0/z", 7)));  // twins end at a NUL
+  EXPECT_EQ(Names(6), parts(Text(nullptr), "cfg"));
+  EXPECT_EQ("", ChangeFileExt("a.txt", nullptr));
+  EXPECT_EQ("/x/", ExtractFilePath(std::string("/x/y\0/z", 7))) << "twins end at a NUL";
 }
 
 // ---- Places ----
@@ -106,34 +100,29 @@ TEST(Permissions, FoundByTryingWithoutTouching) {
   }));
   EXPECT_FALSE(FilePermToWrite(scratch.Path("fifo")));  // and does not wait
   EXPECT_EQ("", rights("") + rights(Text(nullptr)));
-  EXPECT_EQ((std::vector<std::string>{"dangling", "fifo", "file", "r", "w"}), scratch.List());
+  EXPECT_EQ((Names{"dangling", "fifo", "file", "r", "w"}), scratch.List());
 }
 
 // ---- Copying ----
 
-using Call = std::tuple<unsigned long, unsigned long, unsigned, bool>;  // copied, size, percent, finished
-std::vector<Call> g_calls;
+std::string g_calls;  // "copied/size=percent ", and "!" behind the last one
 
 void Record(void const* context, unsigned long copied, unsigned long size, unsigned short percent, bool finished) {
   EXPECT_EQ(nullptr, context);
-  g_calls.emplace_back(copied, size, percent, finished);
+  g_calls += std::to_string(copied) + "/" + std::to_string(size) + "=" + std::to_string(percent);
+  g_calls += finished ? "!" : " ";
 }
 
 TEST(Copying, BlocksAndCalls) {
   Scratch scratch;
-  using Steps = std::vector<std::pair<unsigned long, unsigned>>;  // copied and percent, before the last call
-  for (auto const& [size, offset, steps] : std::vector<std::tuple<size_t, unsigned long, Steps>>{
-           {0, 0, {{0, 0}, {0, 0}}},
-           {65536, 0, {{0, 0}, {65536, 100}, {65536, 100}}},
-           {140000, 0, {{0, 0}, {65536, 46}, {131072, 93}, {140000, 100}}},
-           {100, 71, {{0, 0}, {29, 29}}},
-           {100, 500, {{0, 0}, {0, 0}}}}) {
+  using Row = std::tuple<size_t, unsigned long, Text>;
+  for (auto const& [size, offset, calls] :
+       {Row(0, 0, "0/0=0 0/0=0 0/0=0!"), Row(65536, 0, "0/65536=0 65536/65536=100 65536/65536=100 65536/65536=100!"),
+        Row(140000, 0, "0/140000=0 65536/140000=46 131072/140000=93 140000/140000=100 140000/140000=100!"),
+        Row(100, 71, "0/100=0 29/100=29 29/100=29!"), Row(100, 500, "0/100=0 0/100=0 0/100=0!")}) {
     std::string bytes;
     for (size_t i = 0; i < size; i++) bytes += static_cast<char>(i * 7 >> 4);
     std::string const from = scratch.Write("from", bytes), to = scratch.Write("to", std::string(300000, 'o'));
-    std::vector<Call> calls;
-    for (auto const& [copied, percent] : steps) calls.emplace_back(copied, size, percent, false);
-    calls.emplace_back(steps.back().first, size, steps.back().second, true);
     g_calls.clear();
     EXPECT_TRUE(CpFile(Record, from, to, offset, true)) << size;
     EXPECT_EQ(calls, g_calls) << size << " from " << offset;
@@ -155,7 +144,7 @@ TEST(Copying, RefusalsAndFailures) {
   EXPECT_FALSE(CpFile(nullptr, to.c_str(), 0, true) || CpFile(from.c_str(), nullptr, 0, true));
   EXPECT_EQ("new old", scratch.Read("from") + " " + scratch.Read("to"));
   EXPECT_FALSE(CpFile(Record, from, "/dev/full", 0, true));
-  EXPECT_EQ((std::vector<Call>{{0, 3, 0, false}, {3, 3, 100, false}}), g_calls);
+  EXPECT_EQ("0/3=0 3/3=100 ", g_calls);
   EXPECT_FALSE(CpFile(scratch.Path(), to, 0, true));  // a folder opens but cannot be read
   EXPECT_EQ(descriptors, test::OpenDescriptors());
 }
