@@ -10,6 +10,7 @@
 #include <csignal>
 #include <cstdio>
 #include <filesystem>
+#include <map>
 #include <tuple>
 #include <utility>
 #include <vector>
@@ -21,19 +22,17 @@
 
 namespace {
 
-using Fault = std::pair<std::string, int>;  // the call and its reason
-std::vector<Fault> g_faults;                // each is met once, in any order
-int g_callsToLive = -1;                     // the process is killed at the call after that many; -1: it is not
+using Faults = std::map<std::string, int>;  // the call and its reason; each is met once
+Faults g_faults;
+int g_callsToLive = -1;  // the process is killed at the call after that many; -1: it is not
 
 bool Fails(char const* call) {
   if (g_callsToLive >= 0 && g_callsToLive-- == 0) raise(SIGKILL);
-  for (auto fault = g_faults.begin(); fault != g_faults.end(); ++fault) {
-    if (fault->first != call) continue;
-    errno = fault->second;
-    g_faults.erase(fault);
-    return true;
-  }
-  return false;
+  auto const fault = g_faults.find(call);
+  if (fault == g_faults.end()) return false;
+  errno = fault->second;
+  g_faults.erase(fault);
+  return true;
 }
 
 template <class Function>
@@ -47,7 +46,7 @@ Function* Real(char const* name) {
 extern "C" {
 
 EXPORTED ssize_t write(int fd, void const* bytes, size_t size) {
-  auto* const real = Real<ssize_t(int, void const*, size_t)>("write");
+  auto* const real = Real<decltype(write)>("write");
   bool const watched = g_callsToLive >= 0 || !g_faults.empty();
   if (!watched) return real(fd, bytes, size);
   ssize_t const half = real(fd, bytes, size / 2);  // a failure or a kill comes in the middle
@@ -56,22 +55,19 @@ EXPORTED ssize_t write(int fd, void const* bytes, size_t size) {
 }
 
 EXPORTED int close(int fd) {
-  int const result = Real<int(int)>("close")(fd);
+  int const result = Real<decltype(close)>("close")(fd);
   return Fails("close") ? -1 : result;
 }
 
-EXPORTED int fsync(int fd) { return Fails("fsync") ? -1 : Real<int(int)>("fsync")(fd); }
-
-EXPORTED int fchmod(int fd, mode_t mode) __THROW {
-  return Fails("fchmod") ? -1 : Real<int(int, mode_t)>("fchmod")(fd, mode);
+EXPORTED int fsync(int fd) { return Fails("fsync") ? -1 : Real<decltype(fsync)>("fsync")(fd); }
+EXPORTED int fchmod(int fd, mode_t to) __THROW {
+  return Fails("fchmod") ? -1 : Real<decltype(fchmod)>("fchmod")(fd, to);
 }
-
 EXPORTED int fallocate64(int fd, int mode, off64_t from, off64_t size) {
-  return Fails("fallocate") ? -1 : Real<int(int, int, off64_t, off64_t)>("fallocate64")(fd, mode, from, size);
+  return Fails("fallocate") ? -1 : Real<decltype(fallocate64)>("fallocate64")(fd, mode, from, size);
 }
-
 EXPORTED int rename(char const* from, char const* to) __THROW {
-  return Fails("rename") ? -1 : Real<int(char const*, char const*)>("rename")(from, to);
+  return Fails("rename") ? -1 : Real<decltype(rename)>("rename")(from, to);
 }
 }
 
@@ -113,8 +109,7 @@ TEST(SafeSave, KeepsModeOwnerAndHardLinks) {
     EXPECT_TRUE(geteuid() != 0 || chown(path.c_str(), 1234, 4321) == 0);
     chmod(path.c_str(), static_cast<mode_t>(mode));
     struct stat const old = Status(path);
-    EXPECT_TRUE(SafeSave(path, "new"));
-    EXPECT_EQ("new", scratch.Read(linked ? "other" : "file"));
+    EXPECT_TRUE(SafeSave(path, "new") && scratch.Read(linked ? "other" : "file") == "new") << mode;
     struct stat const now = Status(path);
     EXPECT_EQ(std::tuple(old.st_mode, old.st_uid, old.st_gid), std::tuple(now.st_mode, now.st_uid, now.st_gid)) << mode;
     EXPECT_EQ(linked, old.st_ino == now.st_ino) << mode;  // never emptied: another file takes the name
@@ -126,14 +121,13 @@ TEST(SafeSave, FollowsLinksToTheirEnd) {
   scratch.Write("real/file", "old");
   fs::create_symlink("real/file", scratch.Path("chain"));
   fs::create_symlink("real/missing", scratch.Path("dangling"));
-  EXPECT_TRUE(SafeSave(scratch.Path("chain"), "new"));
-  EXPECT_TRUE(SafeSave(scratch.Path("dangling"), "made"));
+  EXPECT_TRUE(SafeSave(scratch.Path("chain"), "new") && SafeSave(scratch.Path("dangling"), "made"));
   EXPECT_EQ("new made", scratch.Read("real/file") + " " + scratch.Read("real/missing"));
   EXPECT_TRUE(fs::is_symlink(scratch.Path("chain")) && fs::is_symlink(scratch.Path("dangling")));
 }
 
 TEST(SafeSave, FailingCallsLeaveOldOrNewAndNothingElse) {
-  for (auto const& [name, failing, saved] : std::vector<std::tuple<std::string, std::vector<Fault>, bool>>{
+  for (auto const& [name, failing, saved] : std::vector<std::tuple<std::string, Faults, bool>>{
            {"file", {{"write", ENOSPC}}, false},
            {"file", {{"fsync", EIO}}, false},
            {"file", {{"close", EDQUOT}}, false},
@@ -144,8 +138,7 @@ TEST(SafeSave, FailingCallsLeaveOldOrNewAndNothingElse) {
            {"linked", {{"fallocate", EOPNOTSUPP}}, true},
            {"new", {{"write", ENOSPC}}, false},
            {"new", {{"rename", EACCES}}, false}}) {
-    std::string faults = name;
-    for (Fault const& fault : failing) faults += " " + fault.first;
+    SCOPED_TRACE(name + testing::PrintToString(failing));
     Scratch scratch;
     scratch.Write("file", kOld);
     fs::create_hard_link(scratch.Write("linked", kOld), scratch.Path("other"));
@@ -153,11 +146,11 @@ TEST(SafeSave, FailingCallsLeaveOldOrNewAndNothingElse) {
     std::string const before = scratch.Read(name);
     int const descriptors = test::OpenDescriptors();
     g_faults = failing;
-    EXPECT_EQ(saved, SafeSave(scratch.Path(name), kNew)) << faults;
-    EXPECT_TRUE(std::exchange(g_faults, {}).empty()) << faults;
-    EXPECT_TRUE(scratch.Read(name) == (saved ? kNew : before)) << faults;
-    EXPECT_EQ(names, scratch.List()) << faults;
-    EXPECT_EQ(descriptors, test::OpenDescriptors()) << faults;
+    EXPECT_EQ(saved, SafeSave(scratch.Path(name), kNew));
+    EXPECT_TRUE(std::exchange(g_faults, {}).empty());
+    EXPECT_TRUE(scratch.Read(name) == (saved ? kNew : before));
+    EXPECT_EQ(names, scratch.List());
+    EXPECT_EQ(descriptors, test::OpenDescriptors());
   }
 }
 
