@@ -14,6 +14,8 @@
 #include <locale>
 #include <random>
 
+#include "support/table.h"
+
 namespace {
 
 using Strings = std::vector<std::string>;
@@ -139,31 +141,20 @@ TEST(Numbers, TextToNumbersAsTheCLibraryReadsIt) {
     char do_decimal_point() const override { return ','; }
   };
   std::locale const old = std::locale::global(std::locale(std::locale(), new Comma));  // has no part in it
-  // By the tests that they pass: i(nteger), h(exadecimal), f(loat). Those that pass the first alone have no value.
-  std::pair<char const*, Strings> const rows[] = {
-      {"ihf", {"0", "2147483647", "2147483648", "80000000"}},
-      {"if", {"+5", "-2147483648", "-2147483649"}},
-      {"i", {"-", "+"}},
-      {"h", {"aF09", "1e2", "E2", "1E", "1E2E3", "7fFFffff", "FFFFFFFF"}},
-      {"hf", {"1E2", "1E999"}},
-      {"f", {"1.5", "1.", "-.5", "1.E+2", "15E-1", "1.5E-310", "1.5E-999"}},
-      {"", {"",   "+-5",   "--5", "5-",  " 1",  "1 ",    "0x10",  "-A",  "g",   "G",    ".",
-            "+.", "1.2.3", "1,5", ".E2", "1E+", "1E2.5", "1E2-3", "1-2", "inf", "\xB2", "10.0.0.1"}}};
   auto const fits = [](long long value) { return value == static_cast<std::int32_t>(value); };
-  for (auto const& [tests, texts] : rows) {
-    bool const i = strchr(tests, 'i'), h = strchr(tests, 'h'), f = strchr(tests, 'f');
-    for (std::string const& text : texts) {
-      long long const integer = strtoll(text.c_str(), nullptr, 10), hex = strtoll(text.c_str(), nullptr, 16);
-      double const real = strtod(text.c_str(), nullptr);
-      auto const check = [&, i = i, h = h, f = f](auto const& argument) {
-        EXPECT_TRUE(StrIsInt(argument) == i && StrIsHex(argument) == h && StrIsFloat(argument) == f) << text;
-        EXPECT_FALSE(StrIsIPNumber(argument)) << text;
-        EXPECT_EQ(StrToIntDef(argument, -7), i && f && fits(integer) ? integer : -7) << text;
-        EXPECT_EQ(HexToIntDef(argument, -7), h && fits(hex) ? hex : -7) << text;
-        EXPECT_EQ(StrToFloatDef(argument, -7), f && std::isfinite(real) ? real : -7) << text;
-      };
-      check(text), check(text.c_str());
-    }
+  for (test::Case const& c : test::Table("core/numbers.txt", "texts")) {
+    bool const isInt = strchr(c[1].c_str(), 'i'), isHex = strchr(c[1].c_str(), 'h'),
+               isFloat = strchr(c[1].c_str(), 'f');
+    long long const integer = strtoll(c[0].c_str(), nullptr, 10), hex = strtoll(c[0].c_str(), nullptr, 16);
+    double const real = strtod(c[0].c_str(), nullptr);
+    auto const check = [&](auto const& text) {
+      EXPECT_TRUE(StrIsInt(text) == isInt && StrIsHex(text) == isHex && StrIsFloat(text) == isFloat) << c;
+      EXPECT_FALSE(StrIsIPNumber(text)) << c;
+      EXPECT_EQ(StrToIntDef(text, -7), isInt && isFloat && fits(integer) ? integer : -7) << c;
+      EXPECT_EQ(HexToIntDef(text, -7), isHex && fits(hex) ? hex : -7) << c;
+      EXPECT_EQ(StrToFloatDef(text, -7), isFloat && std::isfinite(real) ? real : -7) << c;
+    };
+    check(c[0]), check(c[0].c_str());
   }
   std::mt19937_64 random(1);
   for (int round = 0; round < 20000; round++) {  // few and many digits, small and great exponents
