@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "support/scratch.h"
+#include "support/table.h"
 
 namespace {
 
@@ -68,25 +69,11 @@ TEST_F(Languages, ReadsAHandKeptFile) {
 }
 
 TEST_F(Languages, WhichKeysAreTexts) {
-  // What the lines load as texts 0, 1, 7, 2147483647 and -1. Of two spellings the first by position counts: "+" and "0"
-  // sort before "7".
-  std::pair<char const*, char const*> const cases[] = {{"1 = a", "|a|||"},
-                                                       {"0 = a", "a||||"},
-                                                       {"-1 = a\n-3 = a", "||||"},
-                                                       {"x = a\n1x = a\n1 =", "||||"},
-                                                       {"2147483647 = a", "|||a|"},
-                                                       {"2147483648 = a\n4294967297 = a", "||||"},
-                                                       {"1 = a;b = c \xE9 ;x", "|a;b = c \xE9 ;x|||"},
-                                                       {"07", "||07||"},
-                                                       {"7 = a\n007 = b", "||b||"},
-                                                       {"007 = a\n+7 = b", "||b||"},
-                                                       {"7 = a\n07 =", "||||"},
-                                                       {"7 = a\n7 = b", "||a||"}};
-  for (auto const& [lines, texts] : cases) {
-    Load(std::string("[5]\n") + lines + "\n", 5);
-    std::string loaded = lang_.GetLangStr(0);
-    for (long const id : {1L, 7L, 2147483647L, -1L}) loaded += "|" + lang_.GetLangStr(id);
-    EXPECT_EQ(loaded, texts) << lines;
+  for (test::Case const& c : test::Table("lang/keys.txt", "texts")) {
+    Load("[5]\n" + c[0] + "\n", 5);
+    std::string texts = lang_.GetLangStr(0);
+    for (long const id : {1L, 7L, 2147483647L, -1L}) texts += "/" + lang_.GetLangStr(id);
+    EXPECT_EQ(texts, c[1]) << c;
   }
 }
 
