@@ -1,12 +1,19 @@
 // An open() that sends "/etc/zelvane.conf" to the path in the variable ZELVANE_TEST_SETTINGS, or to one that does not
-// exist. It stands in the test program, where the library finds it before the C library's, and in an object of its own
-// that is loaded before the libraries of a command.
+// exist, and that can be told to fail. It stands in the test program, where the library finds it before the C
+// library's, and in an object of its own that is loaded before the libraries of a command.
 #include <dlfcn.h>
+#include <errno.h>
 #include <fcntl.h>
 #include <stdarg.h>
 #include <stdlib.h>
 #include <string.h>
 #include <sys/stat.h>
+
+namespace test {
+
+char const* g_refused = nullptr;
+
+}
 
 namespace {
 
@@ -16,6 +23,11 @@ int OpenRedirected(char const* name, char const* path, int flags, mode_t mode) {
   if (path != nullptr && strcmp(path, "/etc/zelvane.conf") == 0) {
     char const* const settings = getenv("ZELVANE_TEST_SETTINGS");
     path = settings != nullptr ? settings : "/nonexistent/zelvane-test.conf";
+  }
+  if (test::g_refused != nullptr && path != nullptr && strcmp(path, test::g_refused) == 0) {
+    test::g_refused = nullptr;
+    errno = EMFILE;
+    return -1;
   }
   return real(path, flags, mode);
 }

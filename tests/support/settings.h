@@ -27,6 +27,9 @@ class Installation : public Scratch {
 // Where "/etc/zelvane.conf" leads from now on.
 void SetSettingsFile(std::string const& path);
 
+// The path whose next open fails, once, for want of descriptors; null for none.
+extern char const* g_refused;
+
 // The folder of the running test program, which is the root where no settings name one.
 std::string ProgramFolder();
 
