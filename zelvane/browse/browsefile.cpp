@@ -43,34 +43,33 @@ std::string Join(std::initializer_list<std::string_view> fields) {
 }
 
 // Cuts the value as Tokenize does: there is no field behind a separator at the end.
-bool BrowseSection::Parse(Entry& entry) const {
-  std::string_view rest = entry.value;
+bool BrowseSection::Parse(std::string_view value, Entry& entry) const {
   std::size_t count = 0;
-  for (; !rest.empty(); count++) {
-    std::string_view const field = rest.substr(0, rest.find(';'));
+  for (; !value.empty(); count++) {
+    std::string_view const field = value.substr(0, value.find(';'));
     if (count == shape_.fields || (field.empty() && count != shape_.optional)) return false;
     entry.fields[count] = field;
-    rest.remove_prefix(std::min(field.size() + 1, rest.size()));
+    value.remove_prefix(std::min(field.size() + 1, value.size()));
   }
   if (count != shape_.fields) return false;
   entry.owner = entry.Number(count - 1);
   return true;
 }
 
-bool BrowseSection::At(unsigned long position, std::int32_t& id, Entry& entry) {
-  return At(position, file_.GetKeyName(shape_.section, position), id, entry);
-}
-
-bool BrowseSection::At(unsigned long position, std::string const& key, std::int32_t& id, Entry& entry) {
-  entry.value = file_.ReadStr(shape_.section, position, "");
-  if (!Parse(entry) || !StrIsInt(key)) return false;
-  id = static_cast<std::int32_t>(StrToIntDef(key, -1));
+bool BrowseSection::Parse(CfgClass::KeyPosition key, std::int32_t& id, Entry& entry) const {
+  if (!Parse(key->second.value, entry) || !StrIsInt(key->first)) return false;
+  id = static_cast<std::int32_t>(StrToIntDef(key->first, -1));
   return true;
 }
 
+bool BrowseSection::At(unsigned long position, std::int32_t& id, Entry& entry) {
+  CfgClass::KeyPosition key;
+  return file_.Find(shape_.section, position, &key) && Parse(key, id, entry);
+}
+
 bool BrowseSection::Read(std::string const& key, Entry& entry) {
-  entry.value = file_.ReadStr(shape_.section, key.c_str(), "");
-  return Parse(entry);
+  CfgClass::KeyPosition found;
+  return file_.Find(shape_.section, key.c_str(), &found) && Parse(found->second.value, entry);
 }
 
 bool BrowseSection::HasKey(std::int32_t id) { return file_.KeyExists(shape_.section, IntToStr(id).c_str()); }
@@ -128,9 +127,9 @@ void BrowseSection::ForEach(Take take) {
   Entry entry;
   unsigned long const count = Count();
   for (unsigned long i = 0; i < count; i++) {
-    std::string const key = file_.GetKeyName(shape_.section, i);
+    CfgClass::KeyPosition key;
     std::int32_t id = -1;
-    if (At(i, key, id, entry) && id >= 0) take(key, id, entry);
+    if (file_.Find(shape_.section, i, &key) && Parse(key, id, entry) && id >= 0) take(key->first, id, entry);
   }
 }
 
@@ -148,8 +147,7 @@ bool BrowseSection::Keeping(std::int32_t id, std::string const* value, Change ch
     if (index.owned) index.owned->erase({entry.owner, id});
   }
   if (changed && value != nullptr && id >= 0) {
-    entry.value = *value;
-    bool const after = Parse(entry);
+    bool const after = Parse(*value, entry);
     if (after && index.identifiers) index.identifiers->Take(id);
     if (after && index.owned) index.owned->emplace(entry.owner, id);
   }

@@ -48,15 +48,10 @@ constexpr std::size_t kName = 0;
 constexpr std::size_t kAddress = 1;  // of computers and UPS units
 constexpr std::size_t kNumber = 2;   // of UPS units
 
-// An entry as it was read: the fields are parts of the value.
+// An entry as it stands in the file: the fields are parts of its line, until that changes.
 struct Entry {
-  Entry() = default;
-  Entry(Entry const&) = delete;
-  Entry& operator=(Entry const&) = delete;
-
   std::int32_t Number(std::size_t field) const;  // -1 for what is none
 
-  std::string value;
   std::array<std::string_view, kMostFields> fields;
   std::int32_t owner = -1;
 };
@@ -70,7 +65,7 @@ std::string Join(std::initializer_list<std::string_view> fields);
 // number as IntToStr writes it: "007" would otherwise be found as 7 and still be there after the removal of "7".
 class BrowseSection {
  public:
-  BrowseSection(CfgClass& file, EntryShape const& shape) : file_(file), shape_(shape) {}
+  BrowseSection(OptionalCfg& file, EntryShape const& shape) : file_(file), shape_(shape) {}
 
   unsigned long Count() { return file_.GetKeyCount(shape_.section); }
   // The entry at a position, counted from 0 in the order of the keys' text; false when it is not valid.
@@ -103,15 +98,15 @@ class BrowseSection {
     std::optional<Owned> owned;
   };
 
-  bool Parse(Entry& entry) const;
+  bool Parse(std::string_view value, Entry& entry) const;
+  bool Parse(CfgClass::KeyPosition key, std::int32_t& id, Entry& entry) const;
   bool Read(std::string const& key, Entry& entry);
-  bool At(unsigned long position, std::string const& key, std::int32_t& id, Entry& entry);
   template <class Take>
   void ForEach(Take take);
   template <class Change>
   bool Keeping(std::int32_t id, std::string const* value, Change change);
 
-  CfgClass& file_;
+  OptionalCfg& file_;
   EntryShape const shape_;
   Index index_;
 };

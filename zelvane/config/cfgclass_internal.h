@@ -17,6 +17,9 @@ class OptionalFile final : public Base {
   ~OptionalFile() override;
   bool LoadFile(bool noLines) override;
 
+  // The position of a key by its section and its name or number: to look at a value without copying it.
+  using CfgClass::Find;
+
   // Drops the mark of unsaved changes: a writer that fails half-way must not have its changes saved on destruction.
   void ForgetChanges();
 };

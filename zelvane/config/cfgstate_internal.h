@@ -38,8 +38,8 @@ static_assert(std::is_same_v<KeyPosition, KeyMap::iterator>);
 
 struct SectKeys : KeyMap {
   explicit SectKeys(NodePool& pool) : KeyMap(KeyMap::allocator_type(pool)) {}
-  RankIndex<KeyMap> ranks;
   HashIndex<KeyMap> hashes;
+  RankIndex<KeyMap> ranks;
 };
 
 // What was found last: callers stay in a section for a while, and come back to the key that they have just seen.

@@ -42,7 +42,7 @@ class NodePool {
   static constexpr std::size_t kUnit = alignof(std::max_align_t);
   static constexpr std::size_t kKinds = 16;
   static constexpr std::size_t kFirstBlock = 2048;
-  static constexpr std::size_t kLargestBlock = 256 * 1024;
+  static constexpr std::size_t kLargestBlock = 64 * 1024;  // larger ones the C library may map and unmap each time
 
   static constexpr std::size_t Kind(std::size_t size) { return (size + kUnit - 1) / kUnit - 1; }
 
