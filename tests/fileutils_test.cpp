@@ -6,48 +6,38 @@
 #include <sys/utsname.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <tuple>
-#include <vector>
 
 #include "support/child.h"
 #include "support/processes.h"
 #include "support/scratch.h"
+#include "support/table.h"
 
 namespace {
 
 using test::Scratch;
 namespace fs = std::filesystem;
 using Text = char const*;
-using Texts = std::vector<std::vector<Text>>;
 using Names = std::vector<std::string>;
 
-// Null leaves the variable unset; whoever keeps a test::Environment of it puts it back.
-int Set(Text name, Text value) { return value != nullptr ? setenv(name, value, 1) : unsetenv(name); }
+// "-" leaves the variable unset; whoever keeps a test::Environment of it puts it back.
+int Set(Text name, std::string const& value) { return value == "-" ? unsetenv(name) : setenv(name, value.c_str(), 1); }
 
 // ---- Names ----
 
-// The path with that extension, its own extension, its folder and name, and the path with and without a delimiter.
 TEST(FileNames, PartsOfAPath) {
   auto const parts = [](auto const& path, auto const& ext) {
     return Names{ChangeFileExt(path, ext), ExtractFileExt(path),       ExtractFilePath(path),
                  ExtractFileName(path),    IncludePathDelimiter(path), ExcludePathDelimiter(path)};
   };
-  for (auto const& row : std::vector<Names>{
-           {"", "cfg", ".cfg", "", "", "", "/", ""},
-           {"a.txt", ".cfg", "a.cfg", "txt", "", "a.txt", "a.txt/", "a.txt"},
-           {"a.b.txt", "..cfg", "a.b..cfg", "txt", "", "a.b.txt", "a.b.txt/", "a.b.txt"},
-           {"/opt/a.d/run", "cfg", "/opt/a.cfg", "d/run", "/opt/a.d/", "run", "/opt/a.d/run/", "/opt/a.d/run"},
-           {"/y.z/", ".", "/y", "z/", "/y.z/", "", "/y.z/", "/y.z"},
-           {"//", "", "//", "", "//", "", "//", "/"}}) {
-    Names const expected(row.begin() + 2, row.end());
-    EXPECT_EQ(expected, parts(row[0], row[1]));
-    EXPECT_EQ(expected, parts(row[0].c_str(), row[1].c_str()));
+  for (test::Case const& c : test::Table("core/fileutils.txt", "parts")) {
+    Names const expected(c.columns.begin() + 2, c.columns.end());
+    EXPECT_EQ(expected, parts(c[0], c[1])) << c;
+    EXPECT_EQ(expected, parts(c[0].c_str(), c[1].c_str())) << c;
   }
   EXPECT_EQ(Names(6), parts(Text(nullptr), "cfg"));
   EXPECT_EQ("", ChangeFileExt("a.txt", nullptr));
@@ -58,21 +48,18 @@ TEST(FileNames, PartsOfAPath) {
 
 TEST(Places, HomeAndTemporaryFolders) {
   test::Environment const home("HOME", ""), tmp("TMP", ""), temp("TEMP", ""), tmpdir("TMPDIR", "");
-  for (auto const& row : Texts{{nullptr, "~"}, {"~", "~"}, {"", "/"}, {"/a/b", "/a/b/"}, {"/a/", "/a/"}}) {
-    Set("HOME", row[0]);
-    EXPECT_EQ(row[1], GetUserPath()) << row[1];
+  for (test::Case const& c : test::Table("core/fileutils.txt", "home")) {
+    Set("HOME", c[0]);
+    EXPECT_EQ(c[1], GetUserPath()) << c;
   }
-  std::string const exe = GetExeName(), program = ExtractFilePath(exe);
+  std::string const exe = GetExeName();
   EXPECT_EQ(fs::read_symlink("/proc/self/exe").string(), exe);
-  for (auto const& row : Texts{{"/usr", "/etc/", nullptr, "/usr/"},
-                               {nullptr, "/etc/", "/usr", "/etc/"},
-                               {nullptr, nullptr, nullptr, "/tmp/"},
-                               {"/nonexistent", "/etc/", "/usr", program.c_str()}}) {
-    Set("TMP", row[0]), Set("TEMP", row[1]), Set("TMPDIR", row[2]);
-    EXPECT_EQ(row[3], GetTmpPath(true));
+  for (test::Case const& c : test::Table("core/fileutils.txt", "temporary")) {
+    Set("TMP", c[0]), Set("TEMP", c[1]), Set("TMPDIR", c[2]);
+    EXPECT_EQ(c[3] == "exe" ? ExtractFilePath(exe) : c[3], GetTmpPath(true)) << c;
   }
   Scratch scratch;
-  Set("TMP", scratch.Path().c_str());
+  Set("TMP", scratch.Path());
   EXPECT_EQ(scratch.Path("tmpXXXXXX").size(), GetTmpFileName().size());
 }
 
@@ -105,7 +92,7 @@ TEST(Permissions, FoundByTryingWithoutTouching) {
 
 // ---- Copying ----
 
-std::string g_calls;  // "copied/size=percent ", and "!" behind the last one
+std::string g_calls;  // as the table shows them
 
 void Record(void const* context, unsigned long copied, unsigned long size, unsigned short percent, bool finished) {
   EXPECT_EQ(nullptr, context);
@@ -115,18 +102,14 @@ void Record(void const* context, unsigned long copied, unsigned long size, unsig
 
 TEST(Copying, BlocksAndCalls) {
   Scratch scratch;
-  using Row = std::tuple<size_t, unsigned long, Text>;
-  for (auto const& [size, offset, calls] :
-       {Row(0, 0, "0/0=0 0/0=0 0/0=0!"), Row(65536, 0, "0/65536=0 65536/65536=100 65536/65536=100 65536/65536=100!"),
-        Row(140000, 0, "0/140000=0 65536/140000=46 131072/140000=93 140000/140000=100 140000/140000=100!"),
-        Row(100, 71, "0/100=0 29/100=29 29/100=29!"), Row(100, 500, "0/100=0 0/100=0 0/100=0!")}) {
+  for (test::Case const& c : test::Table("core/fileutils.txt", "copies")) {
     std::string bytes;
-    for (size_t i = 0; i < size; i++) bytes += static_cast<char>(i * 7 >> 4);
+    for (size_t i = 0; i < c.UInt(0); i++) bytes += static_cast<char>(i * 7 >> 4);
     std::string const from = scratch.Write("from", bytes), to = scratch.Write("to", std::string(300000, 'o'));
     g_calls.clear();
-    EXPECT_TRUE(CpFile(Record, from, to, offset, true)) << size;
-    EXPECT_EQ(calls, g_calls) << size << " from " << offset;
-    EXPECT_EQ(bytes.substr(std::min<size_t>(offset, size)), scratch.Read("to")) << size;
+    EXPECT_TRUE(CpFile(Record, from, to, c.UInt(1), true)) << c;
+    EXPECT_EQ(c[2], g_calls) << c;
+    EXPECT_EQ(bytes.erase(0, c.UInt(1)), scratch.Read("to")) << c;
   }
 }
 
