@@ -96,7 +96,8 @@ TEST(ReadWhole, TellsMissingFromUnreadable) {
   EXPECT_EQ(ReadResult::kOk, ReadWhole(scratch.Write("file", bytes), out));
   EXPECT_EQ(bytes, out);
   EXPECT_EQ(ReadResult::kNotOpened, ReadWhole(scratch.Path("missing"), out));
-  EXPECT_EQ(ReadResult::kReadFailed, ReadWhole(scratch.Path(), out));
+  for (std::string const& path : {scratch.Path(), std::string("/dev/zero")})
+    EXPECT_EQ(ReadResult::kReadFailed, ReadWhole(path, out)) << path;
 }
 
 // ---- Saving ----
@@ -121,7 +122,9 @@ TEST(SafeSave, FollowsLinksToTheirEnd) {
   scratch.Write("real/file", "old");
   fs::create_symlink("real/file", scratch.Path("chain"));
   fs::create_symlink("real/missing", scratch.Path("dangling"));
+  ino_t const old = Status(scratch.Path("chain")).st_ino;
   EXPECT_TRUE(SafeSave(scratch.Path("chain"), "new") && SafeSave(scratch.Path("dangling"), "made"));
+  EXPECT_NE(old, Status(scratch.Path("real/file")).st_ino) << "never emptied: another file takes the name";
   EXPECT_EQ("new made", scratch.Read("real/file") + " " + scratch.Read("real/missing"));
   EXPECT_TRUE(fs::is_symlink(scratch.Path("chain")) && fs::is_symlink(scratch.Path("dangling")));
 }
@@ -135,6 +138,7 @@ TEST(SafeSave, FailingCallsLeaveOldOrNewAndNothingElse) {
            {"file", {{"rename", EBUSY}}, true},
            {"file", {{"rename", EBUSY}, {"fallocate", ENOSPC}}, false},
            {"linked", {{"fallocate", ENOSPC}}, false},
+           {"linked", {{"write", EIO}}, false},
            {"linked", {{"fallocate", EOPNOTSUPP}}, true},
            {"new", {{"write", ENOSPC}}, false},
            {"new", {{"rename", EACCES}}, false}}) {
