@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstring>
 #include <random>
 #include <string>
 #include <vector>
@@ -25,8 +26,7 @@
 
 namespace {
 
-// ---- Base64 of 1 MiB. OpenSSL and GLib break lines at widths of their own; what is between the breaks is the same.
-// ----
+// ---- Base64 of 1 MiB. OpenSSL and GLib break lines at widths of their own; the rest is compared. ----
 
 std::string const& Bytes() {
   static std::string const bytes = [] {
@@ -125,26 +125,25 @@ void TokenizeAbseil(std::vector<std::string>& pieces, std::string const& text, c
   pieces.pop_back();  // ours has no empty piece behind the last separator
 }
 
-// A file's thousand lines, each split at its own separators.
-template <void (*kSplit)(std::vector<std::string>&, std::string const&, char)>
-void TokenizeLines(benchmark::State& state) {
-  std::string const line = Joined(';', 8);
+// A file's thousand lines, each split at its own separators; or one long line.
+template <auto kSplit, int kPieces, int kLines>
+void Tokenizing(benchmark::State& state) {
+  std::string const line = Joined(';', kPieces);
   std::vector<std::string> pieces, same;
   TokenizeOurs(same, line, ';');
   kSplit(pieces, line, ';');
   Require(pieces == same, "tokenize");
   for (auto _ : state)
-    for (int i = 0; i < 1000; i++) kSplit(pieces, line, ';');
+    for (int i = 0; i < kLines; i++) kSplit(pieces, line, ';');
 }
 
-template <void (*kSplit)(std::vector<std::string>&, std::string const&, char)>
-void TokenizeLong(benchmark::State& state) {
-  std::string const line = Joined(';', 100000);
-  std::vector<std::string> pieces, same;
-  TokenizeOurs(same, line, ';');
-  kSplit(pieces, line, ';');
-  Require(pieces == same, "tokenize");
-  for (auto _ : state) kSplit(pieces, line, ';');
+// Each input goes through kWork, which gives what kSame gives.
+template <auto kInputs, auto kWork, auto kSame>
+void Each(benchmark::State& state) {
+  auto const& inputs = kInputs();
+  for (auto const& input : inputs) Require(kWork(input) == kSame(input), "result");
+  for (auto _ : state)
+    for (auto const& input : inputs) benchmark::DoNotOptimize(kWork(input));
 }
 
 std::vector<std::string> const& Texts() {
@@ -168,48 +167,41 @@ std::string UpperStd(std::string const& text) {
   return result;
 }
 
-template <std::string (*kChange)(std::string const&), std::string (*kOurs)(std::string const&)>
-void Change(benchmark::State& state) {
-  for (std::string const& text : Texts()) Require(kChange(text) == kOurs(text), "changed text");
-  for (auto _ : state)
-    for (std::string const& text : Texts()) benchmark::DoNotOptimize(kChange(text));
-}
-
 // ---- Numbers, a thousand a turn. ----
 
-template <class Number>
-struct Numbers {
-  std::vector<Number> values;
-  std::vector<std::string> texts;
-};
-
-Numbers<int> const& Integers() {
-  static Numbers<int> const numbers = [] {
+std::vector<int> const& Integers() {
+  static std::vector<int> const integers = [] {
     std::mt19937 random(2);
-    Numbers<int> made;
-    for (int i = 0; i < 1000; i++) {
-      made.values.push_back(static_cast<int>(random()) >> random() % 31);
-      made.texts.push_back(std::to_string(made.values.back()));
-    }
+    std::vector<int> made;
+    for (int i = 0; i < 1000; i++) made.push_back(static_cast<int>(random()) >> random() % 31);
     return made;
   }();
-  return numbers;
+  return integers;
 }
 
-Numbers<double> const& Floats() {
-  static Numbers<double> const numbers = [] {
+std::vector<double> const& Floats() {
+  static std::vector<double> const floats = [] {
     std::mt19937 random(3);
-    Numbers<double> made;
-    while (made.values.size() < 1000) {
+    std::vector<double> made;
+    while (made.size() < 1000) {
       double const value = std::ldexp(static_cast<double>(random()), static_cast<int>(random() % 40) - 35);
       if (value >= 1e5 && value < 1e6) continue;  // six digits without a fraction: fmt writes ".0" there, not "."
-      made.values.push_back(value);
-      made.texts.push_back(fmt::format("{:.9g}", value));
-      for (char& c : made.texts.back()) c = c == 'e' ? 'E' : c;
+      made.push_back(value);
     }
     return made;
   }();
-  return numbers;
+  return floats;
+}
+
+// The texts of some values.
+template <auto kInputs, auto kText>
+std::vector<std::string> const& TextsOf() {
+  static std::vector<std::string> const texts = [] {
+    std::vector<std::string> made;
+    for (auto const& input : kInputs()) made.push_back(kText(input));
+    return made;
+  }();
+  return texts;
 }
 
 std::string IntTextOurs(int value) { return IntToStr(value); }
@@ -225,6 +217,11 @@ long IntFromChars(std::string const& text) {
 }
 std::string FloatTextOurs(double value) { return FloatToStr(value, 0, 6, ' '); }
 std::string FloatTextFmt(double value) { return fmt::format("{:#.6g}", value); }
+std::string FloatDigits(double value) {
+  std::string text = fmt::format("{:.9g}", value);
+  std::replace(text.begin(), text.end(), 'e', 'E');
+  return text;
+}
 double FloatOurs(std::string const& text) { return StrToFloatDef(text, 0); }
 double FloatFastFloat(std::string const& text) {
   double value = 0;
@@ -232,24 +229,11 @@ double FloatFastFloat(std::string const& text) {
   return value;
 }
 
-template <class Number, auto kNumbers, auto kText, auto kSame>
-void NumberToText(benchmark::State& state) {
-  for (Number const value : kNumbers().values) Require(kText(value) == kSame(value), "text of a number");
-  for (auto _ : state)
-    for (Number const value : kNumbers().values) benchmark::DoNotOptimize(kText(value));
-}
-
-template <auto kNumbers, auto kRead, auto kSame>
-void TextToNumber(benchmark::State& state) {
-  for (std::string const& text : kNumbers().texts) Require(kRead(text) == kSame(text), "number of a text");
-  for (auto _ : state)
-    for (std::string const& text : kNumbers().texts) benchmark::DoNotOptimize(kRead(text));
-}
-
 // ---- Dates, a thousand a turn: no leap day and no 31 December of a leap year, which are kept odd on purpose. ----
 
 struct Date {
   int year, month, day, hour, minute, second;
+  bool operator==(Date const& other) const { return std::memcmp(this, &other, sizeof other) == 0; }
 };
 
 std::vector<long> const& Moments() {
@@ -304,36 +288,13 @@ long TextDateStrptime(std::string const& text) {
   return timegm(&fields);
 }
 
-template <Date (*kDecode)(long)>
-void DateDecode(benchmark::State& state) {
-  for (long const t : Moments()) Require(MomentOurs(kDecode(t)) == t, "decoded date");
-  for (auto _ : state)
-    for (long const t : Moments()) benchmark::DoNotOptimize(kDecode(t));
-}
-
-template <long (*kEncode)(Date const&)>
-void DateEncode(benchmark::State& state) {
-  std::vector<Date> dates;
-  for (long const t : Moments()) dates.push_back(DateOurs(t));
-  for (std::size_t i = 0; i < dates.size(); i++) Require(kEncode(dates[i]) == Moments()[i], "encoded date");
-  for (auto _ : state)
-    for (Date const& date : dates) benchmark::DoNotOptimize(kEncode(date));
-}
-
-template <std::string (*kText)(long)>
-void DateToText(benchmark::State& state) {
-  for (long const t : Moments()) Require(kText(t) == DateTextOurs(t), "text of a date");
-  for (auto _ : state)
-    for (long const t : Moments()) benchmark::DoNotOptimize(kText(t));
-}
-
-template <long (*kRead)(std::string const&)>
-void TextToDate(benchmark::State& state) {
-  std::vector<std::string> texts;
-  for (long const t : Moments()) texts.push_back(DateTextOurs(t));
-  for (std::size_t i = 0; i < texts.size(); i++) Require(kRead(texts[i]) == Moments()[i], "date of a text");
-  for (auto _ : state)
-    for (std::string const& text : texts) benchmark::DoNotOptimize(kRead(text));
+std::vector<Date> const& Dates() {
+  static std::vector<Date> const dates = [] {
+    std::vector<Date> made;
+    for (long const t : Moments()) made.push_back(DateLibrary(t));
+    return made;
+  }();
+  return dates;
 }
 
 #define ZELVANE_ROW(name, ...) BENCHMARK(__VA_ARGS__)->Name(name)->Unit(benchmark::kMicrosecond)
@@ -343,30 +304,30 @@ ZELVANE_ROW("base64-encode-1MiB/glib", Encode<EncodeGlib>);
 ZELVANE_ROW("base64-decode-1MiB/ours", Decode<DecodeOurs>);
 ZELVANE_ROW("base64-decode-1MiB/abseil", Decode<DecodeAbseil>);
 ZELVANE_ROW("base64-decode-1MiB/glib", Decode<DecodeGlib>);
-ZELVANE_ROW("tokenize-lines/ours", TokenizeLines<TokenizeOurs>);
-ZELVANE_ROW("tokenize-lines/abseil", TokenizeLines<TokenizeAbseil>);
-ZELVANE_ROW("tokenize-long-line/ours", TokenizeLong<TokenizeOurs>);
-ZELVANE_ROW("tokenize-long-line/abseil", TokenizeLong<TokenizeAbseil>);
-ZELVANE_ROW("trim/ours", Change<TrimOurs, TrimOurs>);
-ZELVANE_ROW("trim/abseil", Change<TrimAbseil, TrimOurs>);
-ZELVANE_ROW("upper-case/ours", Change<UpperOurs, UpperOurs>);
-ZELVANE_ROW("upper-case/abseil", Change<UpperAbseil, UpperOurs>);
-ZELVANE_ROW("upper-case/std", Change<UpperStd, UpperOurs>);
-ZELVANE_ROW("int-to-text/ours", NumberToText<int, Integers, IntTextOurs, IntTextToChars>);
-ZELVANE_ROW("int-to-text/to_chars", NumberToText<int, Integers, IntTextToChars, IntTextOurs>);
-ZELVANE_ROW("text-to-int/ours", TextToNumber<Integers, IntOurs, IntFromChars>);
-ZELVANE_ROW("text-to-int/from_chars", TextToNumber<Integers, IntFromChars, IntOurs>);
-ZELVANE_ROW("float-to-text/ours", NumberToText<double, Floats, FloatTextOurs, FloatTextFmt>);
-ZELVANE_ROW("float-to-text/fmt", NumberToText<double, Floats, FloatTextFmt, FloatTextOurs>);
-ZELVANE_ROW("text-to-float/ours", TextToNumber<Floats, FloatOurs, FloatFastFloat>);
-ZELVANE_ROW("text-to-float/fast_float", TextToNumber<Floats, FloatFastFloat, FloatOurs>);
-ZELVANE_ROW("date-encode/ours", DateEncode<MomentOurs>);
-ZELVANE_ROW("date-encode/date", DateEncode<MomentLibrary>);
-ZELVANE_ROW("date-decode/ours", DateDecode<DateOurs>);
-ZELVANE_ROW("date-decode/date", DateDecode<DateLibrary>);
-ZELVANE_ROW("date-to-text/ours", DateToText<DateTextOurs>);
-ZELVANE_ROW("date-to-text/fmt", DateToText<DateTextFmt>);
-ZELVANE_ROW("text-to-date/ours", TextToDate<TextDateOurs>);
-ZELVANE_ROW("text-to-date/strptime", TextToDate<TextDateStrptime>);
+ZELVANE_ROW("tokenize-lines/ours", Tokenizing<TokenizeOurs, 8, 1000>);
+ZELVANE_ROW("tokenize-lines/abseil", Tokenizing<TokenizeAbseil, 8, 1000>);
+ZELVANE_ROW("tokenize-long-line/ours", Tokenizing<TokenizeOurs, 100000, 1>);
+ZELVANE_ROW("tokenize-long-line/abseil", Tokenizing<TokenizeAbseil, 100000, 1>);
+ZELVANE_ROW("trim/ours", Each<Texts, TrimOurs, TrimAbseil>);
+ZELVANE_ROW("trim/abseil", Each<Texts, TrimAbseil, TrimOurs>);
+ZELVANE_ROW("upper-case/ours", Each<Texts, UpperOurs, UpperAbseil>);
+ZELVANE_ROW("upper-case/abseil", Each<Texts, UpperAbseil, UpperOurs>);
+ZELVANE_ROW("upper-case/std", Each<Texts, UpperStd, UpperOurs>);
+ZELVANE_ROW("int-to-text/ours", Each<Integers, IntTextOurs, IntTextToChars>);
+ZELVANE_ROW("int-to-text/to_chars", Each<Integers, IntTextToChars, IntTextOurs>);
+ZELVANE_ROW("text-to-int/ours", Each<TextsOf<Integers, IntTextToChars>, IntOurs, IntFromChars>);
+ZELVANE_ROW("text-to-int/from_chars", Each<TextsOf<Integers, IntTextToChars>, IntFromChars, IntOurs>);
+ZELVANE_ROW("float-to-text/ours", Each<Floats, FloatTextOurs, FloatTextFmt>);
+ZELVANE_ROW("float-to-text/fmt", Each<Floats, FloatTextFmt, FloatTextOurs>);
+ZELVANE_ROW("text-to-float/ours", Each<TextsOf<Floats, FloatDigits>, FloatOurs, FloatFastFloat>);
+ZELVANE_ROW("text-to-float/fast_float", Each<TextsOf<Floats, FloatDigits>, FloatFastFloat, FloatOurs>);
+ZELVANE_ROW("date-encode/ours", Each<Dates, MomentOurs, MomentLibrary>);
+ZELVANE_ROW("date-encode/date", Each<Dates, MomentLibrary, MomentOurs>);
+ZELVANE_ROW("date-decode/ours", Each<Moments, DateOurs, DateLibrary>);
+ZELVANE_ROW("date-decode/date", Each<Moments, DateLibrary, DateOurs>);
+ZELVANE_ROW("date-to-text/ours", Each<Moments, DateTextOurs, DateTextFmt>);
+ZELVANE_ROW("date-to-text/fmt", Each<Moments, DateTextFmt, DateTextOurs>);
+ZELVANE_ROW("text-to-date/ours", Each<TextsOf<Moments, DateTextFmt>, TextDateOurs, TextDateStrptime>);
+ZELVANE_ROW("text-to-date/strptime", Each<TextsOf<Moments, DateTextFmt>, TextDateStrptime, TextDateOurs>);
 
 }  // namespace
