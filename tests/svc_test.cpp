@@ -13,6 +13,7 @@
 #include "support/processes.h"
 #include "support/scratch.h"
 #include "support/services.h"
+#include "support/table.h"
 #include "zelvane/system/procsvc.h"
 
 namespace {
@@ -50,25 +51,15 @@ TEST(SvcManager, NamesInTheOrderOfTheFiles) {
 }
 
 TEST(SvcManager, Descriptions) {
-  std::string const initd = ZELVANE_FIXTURES "/initd/";
-  std::pair<std::string, char const*> const cases[] = {
-      {test::ReadFile(initd + "latin1_crlf"), "A\xe7\xe3o do nobreakem falta"},
-      {test::ReadFile(initd + "chkconfig"), "Watches the line and the batteries,then shuts down "},
-      {test::ReadFile(initd + "lsb"), "Watches the units and tells the clients: batteries first."},
-      {"# Description: Watches\\\n#power\\\n#\t unit \n# more", "Watchespowerunit"},
-      {"# Description: a \\\nexit 0\n\n  # b\n", "a b"},
-      {"# Description: a\\\\\n# b\n", "a\\b"},
-      {"# Description: a \\\n#\n# b", "a "},
-      {"# Description: a \\\n# description: b", "a description: b"},
-      {" \t#\t DESCRIPTION\t :\t x: y \r\n", "x: y"},
-      {"# Descriptions-de(1): x\n", "x"},
-      {"# Description without colon\n# Description: x\n", "x"},
-      {"# Short-Description: no\n## Description: no\n# Descriptio: no\n# x Description: no\n", ""},
-      {"Description: x\necho # Description: x\n; Description: x\n", ""}};
   Scratch const scratch;
   SvcManager services;
-  for (auto const& [script, description] : cases)
-    EXPECT_EQ(services.GetDaemonDescr(scratch.Write("script", script)), description) << "'" << script << "'";
+  for (test::Case const& c : test::Table("initd/descriptions.txt", "scripts"))
+    EXPECT_EQ(services.GetDaemonDescr(scratch.Write("script", c[1])), c[0]) << c;
+  for (auto const& [path, description] :
+       {std::pair(ZELVANE_FIXTURES "/initd/latin1_crlf", "A\xe7\xe3o do nobreakem falta"),
+        {ZELVANE_FIXTURES "/initd/chkconfig", "Watches the line and the batteries,then shuts down "},
+        {ZELVANE_FIXTURES "/initd/lsb", "Watches the units and tells the clients: batteries first."}})
+    EXPECT_EQ(services.GetDaemonDescr(path), description) << path;
   // What is not a regular file is not opened: that alone may do something, or take what is for others.
   std::string const pipe = scratch.Path("pipe");
   ASSERT_EQ(mkfifo(pipe.c_str(), 0755), 0);
