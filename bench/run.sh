@@ -21,7 +21,12 @@ for program in "$build"/bench/bench_*; do
     --benchmark_out="$program.json" >/dev/null
 done
 "$here/table.py" "$build"/bench/bench_*.json
+machine() {
+  printf 'Measured on %s: %s, %s processors; Linux %s, %s.\n\n' "$(date +%F)" \
+    "$(sed -n 's/^model name[^:]*: //p' /proc/cpuinfo | head -n 1)" "$(nproc)" "$(uname -r | cut -d- -f1)" \
+    "$(${CXX:-g++} --version | head -n 1)"
+}
 if [ -n "$keep" ]; then
-  "$here/table.py" --markdown "$build"/bench/bench_*.json > "$keep/performance-table.md"
+  { machine; "$here/table.py" --markdown "$build"/bench/bench_*.json; } > "$keep/performance-table.md"
   "$here/plot.py" "$build"/bench/bench_cfg.json > "$keep/performance.svg"
 fi

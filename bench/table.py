@@ -44,6 +44,8 @@ LIMITS = {
     "time-events": 1.8,
 }
 
+MEMORY_LIMIT = 320  # bytes
+
 
 def medians(paths):
     """{(task, size): {who: (nanoseconds, bytes or None)}} in the order of the runs."""
@@ -74,6 +76,10 @@ def limit_of(task, size):
     return limit if isinstance(limit, float) else limit.get(size)
 
 
+def verdict(value, limit):
+    return "" if limit is None else f"{limit:.2f}" + (" MISSED" if value > limit else "")
+
+
 def rows(measured):
     for (task, size), whos in measured.items():
         ours = whos.pop("ours", None)
@@ -85,23 +91,27 @@ def rows(measured):
             continue
         column = 0 if ours[1] is None else 1
         who = "floor" if "floor" in whos else min(whos, key=lambda name: whos[name][column])
-        ratio, limit = ours[column] / whos[who][column], limit_of(task, size)
-        verdict = "" if limit is None else f"{limit:.2f}" + (" MISSED" if ratio > limit else "")
-        yield task, size, human(ours), human(whos[who]), who, f"{ratio:.2f}", verdict
+        ratio = ours[column] / whos[who][column]
+        yield task, size, human(ours), human(whos[who]), who, f"{ratio:.2f}", verdict(ratio, limit_of(task, size))
 
 
-def growth(measured):
-    """The cost of loading one key of a million beside one of ten thousand: ours beside itself."""
+def beside_itself(measured):
+    """The cost of loading one key of a million beside one of ten thousand, and the memory of one of ten thousand."""
     per_key = [measured.get(("load", size), {}).get("ours") for size in ("10000", "1000000")]
     if all(per_key):
-        yield "load a key", "1M/10k", "", "", "itself", f"{per_key[1][0] / per_key[0][0] / 100:.2f}", "3.00"
+        growth = per_key[1][0] / per_key[0][0] / 100
+        yield "load a key", "1M/10k", "", "", "itself", f"{growth:.2f}", verdict(growth, 3.0)
+    memory = measured.get(("memory-a-key", "10000"), {}).get("ours")
+    if memory:
+        part = memory[1] / MEMORY_LIMIT
+        yield "memory of a key", "10000", human(memory), f"{MEMORY_LIMIT} bytes", "limit", f"{part:.2f}", verdict(part, 1.0)
 
 
 def main():
     markdown = sys.argv[1:2] == ["--markdown"]
     measured = medians(sys.argv[2:] if markdown else sys.argv[1:])
     head = ("task", "size", "ours", "best other", "", "ratio", "limit")
-    table = [head, *growth(measured), *rows(measured)]
+    table = [head, *beside_itself(measured), *rows(measured)]
     if markdown:
         table.insert(1, ("---",) * len(head))
         for row in table:
