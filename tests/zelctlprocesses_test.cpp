@@ -6,7 +6,7 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 
-#include <set>
+#include <algorithm>
 
 #include "support/child.h"
 #include "support/command.h"
@@ -14,18 +14,21 @@
 
 namespace {
 
-using test::Sleeper;
-using test::UniqueName;
-using test::Zelctl;
+using test::Sleeper, test::UniqueName, test::Zelctl, test::ZelctlLine;
 
 constexpr char kRefusal[] =
     "zelctl: nothing killed: only process 1, zelctl itself or processes that have ended have that name\n[1]";
 
 std::string Id(Sleeper const& process) { return std::to_string(process.Id()); }
 
-std::string Called(Sleeper const& process, std::string const& name) {
-  return "process " + Id(process) + " (" + name + ")";
+std::string None(std::string const& name) { return "zelctl: no process is named " + name + "\n[1]"; }
+
+std::string Sent(std::string const& id, std::string const& name) {
+  return "sent SIGTERM and SIGKILL to process " + id + " (" + name + ")\n";
 }
+
+// What `zelctl proc` makes of the words.
+std::string Proc(std::string const& words) { return ZelctlLine("proc " + words); }
 
 class ZelctlProcesses : public testing::Test {
  protected:
@@ -36,71 +39,59 @@ class ZelctlProcesses : public testing::Test {
 
 TEST_F(ZelctlProcesses, FindsByNameAndSetsThePriority) {
   std::string const name = UniqueName();
-  EXPECT_EQ(Zelctl({"proc", "find", name}), "zelctl: no process is named " + name + "\n[1]");
+  EXPECT_EQ(Proc("find " + name), None(name));
   Sleeper const process(name);
-  EXPECT_EQ(Zelctl({"proc", "priority", Id(process), "low", "--json"}).substr(0, 2), "{\n");
+  EXPECT_EQ(Proc("priority " + Id(process) + " low --json").substr(0, 2), "{\n");
   EXPECT_EQ(getpriority(PRIO_PROCESS, static_cast<id_t>(process.Id())), 19);
-  std::string const parent = std::to_string(getpid());
-  std::string const json = "[\n  {\n    \"pid\": " + Id(process) + ",\n    \"parent\": " + parent +
-                           ",\n    \"priority\": \"low\",\n    \"name\": \"" + name + "\",\n    \"command\": \"" +
-                           process.CommandLine() + "\"\n  }\n]\n";
-  EXPECT_EQ(Zelctl({"proc", "find", "/usr/sbin/" + name, "--json"}), json);
-  std::string const list = Zelctl({"proc", "list", "--json"});
-  EXPECT_NE(list.find(json.substr(2, json.size() - 5)), std::string::npos) << list;
+  std::string const entry = "  {\n    \"pid\": " + Id(process) + ",\n    \"parent\": " + std::to_string(getpid()) +
+                            ",\n    \"priority\": \"low\",\n    \"name\": \"" + name + "\",\n    \"command\": \"" +
+                            process.CommandLine() + "\"\n  }";
+  EXPECT_EQ(Proc("find /usr/sbin/" + name + " --json"), "[\n" + entry + "\n]\n");
+  EXPECT_NE(Proc("list --json").find(entry), std::string::npos) << entry;
+  std::string const table = Proc("find " + name);
+  EXPECT_EQ(table.find(process.CommandLine()), table.find('\n') + 1 + table.find("COMMAND")) << "below\n" << table;
 
-  std::string const table = Zelctl({"proc", "find", name});
-  std::size_t const command = table.find("COMMAND");
-  ASSERT_NE(command, std::string::npos) << table;
-  EXPECT_EQ(table.find(process.CommandLine()), table.find('\n') + 1 + command) << "below its heading\n" << table;
-
-  EXPECT_EQ(Zelctl({"proc", "priority", Id(process), "0"}), Called(process, name) + ": priority low, was low\n");
-  EXPECT_EQ(Zelctl({"proc", "priority", Id(process), "lowest"}),
-            "zelctl: LEVEL: low, normal, high or highest, or 0 to 3\n[2]");
-  EXPECT_EQ(Zelctl({"proc", "priority", "0", "low"}), "zelctl: PID: a number from 1 to 2147483647\n[2]");
-  EXPECT_EQ(Zelctl({"proc", "priority", "2147483647", "low"}), "zelctl: no process 2147483647\n[1]");
+  std::pair<std::string, std::string> const cases[] = {
+      {Id(process) + " 0", "process " + Id(process) + " (" + name + "): priority low, was low\n"},
+      {Id(process) + " lowest", "zelctl: LEVEL: low, normal, high or highest, or 0 to 3\n[2]"},
+      {"0 low", "zelctl: PID: a number from 1 to 2147483647\n[2]"},
+      {"2147483647 low", "zelctl: no process 2147483647\n[1]"}};
+  for (auto const& [words, answer] : cases) EXPECT_EQ(Proc("priority " + words), answer);
 }
 
 TEST_F(ZelctlProcesses, KillsWhatIsNamedAndNothingElse) {
-  std::string const name = UniqueName();
+  std::string const name = UniqueName(), tooLong = name + "c2345678901234";
   Sleeper victim(name);
   Sleeper const longer(name + "b");
-  EXPECT_EQ(Zelctl({"proc", "kill", name, "--pid", Id(longer)}),
+  EXPECT_EQ(Proc("kill " + name + " --pid " + Id(longer)),
             "zelctl: process " + Id(longer) + " is not named " + name + "\n[1]");
   EXPECT_TRUE(victim.IsAlive());
-  EXPECT_EQ(Zelctl({"proc", "kill", name}), "sent SIGTERM and SIGKILL to " + Called(victim, name) + "\n");
-  EXPECT_EQ(Zelctl({"proc", "kill", name}), kRefusal) << "of one that has ended and was not waited for";
+  EXPECT_EQ(Proc("kill " + name), Sent(Id(victim), name));
+  EXPECT_EQ(Proc("kill " + name), kRefusal) << "of one that has ended and was not waited for";
   EXPECT_EQ(victim.EndingSignal(), SIGTERM);
   EXPECT_TRUE(longer.IsAlive());
-  EXPECT_EQ(Zelctl({"proc", "kill", name}), "zelctl: no process is named " + name + "\n[1]");
-  EXPECT_EQ(Zelctl({"proc", "kill", name + "c2345678901234"}),
-            "zelctl: no process is named " + name + "c2345678901234; the system keeps 15 characters of a name: " +
-                (name + "c2345678901234").substr(0, 15) + "\n[1]");
-
+  EXPECT_EQ(Proc("kill " + name), None(name));
+  EXPECT_EQ(Proc("kill " + tooLong),
+            None(tooLong + "; the system keeps 15 characters of a name: " + tooLong.substr(0, 15)));
   Sleeper stubborn(name, true);
-  EXPECT_EQ(Zelctl({"proc", "kill", "/sbin/" + name, "--json"}),
+  EXPECT_EQ(Proc("kill /sbin/" + name + " --json"),
             "[\n  {\n    \"pid\": " + Id(stubborn) + ",\n    \"name\": \"" + name + "\"\n  }\n]\n");
   EXPECT_EQ(stubborn.EndingSignal(), SIGKILL);
 }
 
 TEST_F(ZelctlProcesses, WantsToKnowWhichOfSeveral) {
   std::string const name = UniqueName();
-  Sleeper first(name);
-  Sleeper second(name);
-  Sleeper third(name);
-  // In the order of `ps`.
-  std::set<pid_t> const ids = {first.Id(), second.Id(), third.Id()};
-  std::string listed;
-  for (pid_t const id : ids) listed += (listed.empty() ? "" : ", ") + std::to_string(id);
-  EXPECT_EQ(Zelctl({"proc", "kill", name}), "zelctl: nothing killed: several processes have that name: " + listed +
-                                                "; --pid chooses one, --all kills all of them\n[1]");
-  EXPECT_TRUE(first.IsAlive() && second.IsAlive() && third.IsAlive());
-  EXPECT_EQ(Zelctl({"proc", "kill", name, "--pid", Id(second)}),
-            "sent SIGTERM and SIGKILL to " + Called(second, name) + "\n");
+  Sleeper first(name), second(name), third(name);
+  EXPECT_EQ(Proc("kill " + name + " --pid " + Id(second)), Sent(Id(second), name));
   EXPECT_EQ(second.EndingSignal(), SIGTERM);
+  std::string const least = std::to_string(std::min(first.Id(), third.Id()));  // in the order of `ps`
+  std::string const most = std::to_string(std::max(first.Id(), third.Id()));
+  EXPECT_EQ(Proc("kill " + name), "zelctl: nothing killed: several processes have that name: " + least + ", " + most +
+                                      "; --pid chooses one, --all kills all of them\n[1]");
   EXPECT_TRUE(first.IsAlive() && third.IsAlive());
-  std::string const answer = Zelctl({"proc", "kill", name, "--all"});
+  std::string const answer = Proc("kill " + name + " --all");
   for (Sleeper* process : {&first, &third}) {
-    EXPECT_NE(answer.find("sent SIGTERM and SIGKILL to " + Called(*process, name) + "\n"), std::string::npos) << answer;
+    EXPECT_NE(answer.find(Sent(Id(*process), name)), std::string::npos) << answer;
     EXPECT_EQ(process->EndingSignal(), SIGTERM);
   }
 }
@@ -114,7 +105,7 @@ TEST_F(ZelctlProcesses, SparesItself) {
   EXPECT_EQ(test::Answer(program, {"proc", "kill", name}), kRefusal);
   EXPECT_EQ(test::Answer(program, {"proc", "kill", name, "--all"}), kRefusal);
   Sleeper other(name);
-  EXPECT_EQ(test::Answer(program, {"proc", "kill", name}), "sent SIGTERM and SIGKILL to " + Called(other, name) + "\n");
+  EXPECT_EQ(test::Answer(program, {"proc", "kill", name}), Sent(Id(other), name));
   EXPECT_EQ(other.EndingSignal(), SIGTERM);
 }
 
@@ -127,9 +118,7 @@ TEST_F(ZelctlProcesses, SparesProcessOne) {
              if (getpid() != 1 || mount("proc", "/proc", "proc", 0, nullptr) != 0) return true;
              scratch.Write("made", "");
              prctl(PR_SET_NAME, name.c_str());
-             EXPECT_EQ(Zelctl({"proc", "kill", name}), kRefusal);
-             EXPECT_EQ(Zelctl({"proc", "kill", name, "--pid", "1"}), kRefusal);
-             EXPECT_EQ(Zelctl({"proc", "kill", name, "--all"}), kRefusal);
+             for (char const* which : {"", " --pid 1", " --all"}) EXPECT_EQ(Proc("kill " + name + which), kRefusal);
              return !HasFailure();
            });
   });
@@ -146,8 +135,7 @@ TEST_F(ZelctlProcesses, StartsInTheBackground) {
   pid_t const id = std::stoi(answer.substr(16));
   EXPECT_TRUE(test::Eventually([&] { return test::CommandName(id) == name; })) << answer;
   EXPECT_EQ(getsid(id), id) << "a session of its own";
-  EXPECT_EQ(Zelctl({"proc", "kill", name}),
-            "sent SIGTERM and SIGKILL to process " + std::to_string(id) + " (" + name + ")\n");
+  EXPECT_EQ(Proc("kill " + name), Sent(std::to_string(id), name));
 
   // How long the shell takes to fail depends on the machine; the command looks for a moment only.
   std::string failure;
@@ -162,69 +150,65 @@ TEST_F(ZelctlProcesses, StartsInTheBackground) {
 
 TEST_F(ZelctlProcesses, RunsServices) {
   test::Scratch const scratch;
-  std::string const name = UniqueName();
-  std::string const script = "/etc/init.d/rc." + name + ".sh";
+  std::string const name = UniqueName(), script = "/etc/init.d/rc." + name + ".sh";
   ASSERT_EQ(symlink("/bin/sleep", scratch.Path(name).c_str()), 0);
-  std::string const none =
-      "there is no init script on this machine: none in /etc/init.d, /etc/rc.d and /usr/local/etc/rc.d\n";
   // The script returns when its process has its name, and counts on nobody to notice the end of it.
   std::string const start = "#!/bin/sh\n# Description: Watches the line\ncd '" + scratch.Path() +
-                            "' || exit\ncase $1 in\n" + "restart) ;;\nstart)\n  \"$PWD/" + name +
-                            "\" 300 >/dev/null 2>&1 &\n  echo $! >id\n" +
-                            "  until [ \"$(cat /proc/$!/comm)\" = " + name + " ]; do :; done ;;\n";
+                            "' || exit\ncase $1 in\nrestart) ;;\nstart)\n  \"$PWD/" + name +
+                            "\" 300 >/dev/null 2>&1 &\n  echo $! >id\n  until [ \"$(cat /proc/$!/comm)\" = " + name +
+                            " ]; do :; done ;;\n";
   std::string const stop =
       "stop) kill \"$(cat id)\"; while [ \"$(cat /proc/$(cat id)/cmdline | wc -c)\" != 0 ]; do :; done ;;\n";
-  auto const id = [&] {
-    std::string const line = scratch.Read("id");
-    return line.substr(0, line.find('\n'));
+  auto const id = [&] { return std::to_string(atoi(scratch.Read("id").c_str())); };
+  auto const svc = [&](std::string const& action, std::string const& more = "") {
+    return ZelctlLine("svc " + action + " " + name + more);
   };
+  auto const expect = [&](std::string const& action, std::string const& answer) { EXPECT_EQ(svc(action), answer); };
 
   auto const result = test::InChildWithEmptyFolders([&] {
     // Nobody else may wait for them, and an ended process still has its name.
     prctl(PR_SET_CHILD_SUBREAPER, 1);
     auto const forget = [&] { waitpid(atoi(id().c_str()), nullptr, 0); };
-    EXPECT_EQ(Zelctl({"svc", "list"}), "zelctl: note: " + none + "NAME  RUNNING  AUTOMATIC  SCRIPT  DESCRIPTION\n");
-    EXPECT_EQ(Zelctl({"svc", "list", "--json"}), "zelctl: note: " + none + "[]\n");
-    EXPECT_EQ(Zelctl({"svc", "start", name}), "zelctl: " + none + "[1]");
-    EXPECT_EQ(Zelctl({"svc", "status", name}), "zelctl: no service is named " + name + "\n[1]");
+    std::string const none =
+        "there is no init script on this machine: none in /etc/init.d, /etc/rc.d and /usr/local/etc/rc.d\n";
+    EXPECT_EQ(ZelctlLine("svc list"), "zelctl: note: " + none + "NAME  RUNNING  AUTOMATIC  SCRIPT  DESCRIPTION\n");
+    EXPECT_EQ(ZelctlLine("svc list --json"), "zelctl: note: " + none + "[]\n");
+    expect("start", "zelctl: " + none + "[1]");
+    expect("status", "zelctl: no service is named " + name + "\n[1]");
 
     mkdir("/etc/init.d", 0755);
     test::WriteFile(script, start + "esac\n");
-    EXPECT_EQ(Zelctl({"svc", "start", name}), "zelctl: " + script + ": nobody may execute it\n[1]");
-    EXPECT_EQ(Zelctl({"svc", "start", name + "x"}), "zelctl: no init script is named " + name + "x\n[1]");
-    EXPECT_EQ(Zelctl({"svc", "restart", name}),
-              "zelctl: " + name + " does not run, so it is not restarted: no process is named " + name + "\n[1]");
-    EXPECT_EQ(Zelctl({"svc", "stop", name}), name + " stopped: no process of that name\n");
+    expect("start", "zelctl: " + script + ": nobody may execute it\n[1]");
+    EXPECT_EQ(svc("start", "x"), "zelctl: no init script is named " + name + "x\n[1]");
+    expect("restart",
+           "zelctl: " + name + " does not run, so it is not restarted: no process is named " + name + "\n[1]");
+    expect("stop", name + " stopped: no process of that name\n");
     EXPECT_FALSE(scratch.Exists("id"));
 
     chmod(script.c_str(), 0755);
-    std::string answer = Zelctl({"svc", "start", name});
+    std::string answer = svc("start");
     EXPECT_EQ(answer, name + " started: process " + id() + "\n");
-    std::string const shown = "\n  \"name\": \"" + name + "\",\n  \"running\": true,\n  \"processes\": [\n    " + id() +
-                              "\n  ],\n  \"script\": \"" + script +
-                              "\",\n  \"automatic\": \"unknown\",\n  \"unit\": \"\",\n" +
-                              "  \"description\": \"Watches the line\"\n}\n";
-    EXPECT_EQ(Zelctl({"svc", "status", name, "--json"}), "{" + shown);
-    EXPECT_EQ(Zelctl({"svc", "restart", name}), name + " restarted: process " + id() + "\n");
+    EXPECT_EQ(svc("status", " --json"),
+              "{\n  \"name\": \"" + name + "\",\n  \"running\": true,\n  \"processes\": [\n    " + id() +
+                  "\n  ],\n  \"script\": \"" + script + "\",\n  \"automatic\": \"unknown\",\n  \"unit\": \"\",\n" +
+                  "  \"description\": \"Watches the line\"\n}\n");
+    expect("restart", name + " restarted: process " + id() + "\n");
     // Its "stop" does nothing: what is left is killed.
     EXPECT_EQ(
-        Zelctl({"svc", "stop", name, "--json"}),
+        svc("stop", " --json"),
         "{\n  \"name\": \"" + name + "\",\n  \"action\": \"stopped\",\n  \"processes\": [\n    " + id() + "\n  ]\n}\n");
-    EXPECT_EQ(Zelctl({"svc", "status", name}).find("\nrunning      yes"), std::string::npos) << "one that has ended";
+    EXPECT_EQ(svc("status").find("\nrunning      yes"), std::string::npos) << "one that has ended";
     forget();
-    EXPECT_NE(Zelctl({"svc", "status", name}).find("\nrunning      no "), std::string::npos);
+    EXPECT_NE(svc("status").find("\nrunning      no "), std::string::npos);
 
     test::WriteFile(script, start + stop + "esac\n");
-    answer = Zelctl({"svc", "start", name});
+    answer = svc("start");
     EXPECT_EQ(answer, name + " started: process " + id() + "\n");
-    EXPECT_EQ(Zelctl({"svc", "stop", name}), name + " stopped: process " + id() + "\n");
+    expect("stop", name + " stopped: process " + id() + "\n");
     test::WriteFile(script, "#!/bin/sh\n");
-    EXPECT_EQ(Zelctl({"svc", "start", name}),
-              "zelctl: " + script + " has run, but no process is named " + name + "\n[1]")
-        << "one that has ended";
+    expect("start", "zelctl: " + script + " has run, but no process is named " + name + "\n[1]");  // it has ended
     forget();
-    EXPECT_EQ(Zelctl({"svc", "start", name}),
-              "zelctl: " + script + " has run, but no process is named " + name + "\n[1]");
+    expect("start", "zelctl: " + script + " has run, but no process is named " + name + "\n[1]");
     return !HasFailure();
   });
   if (!result) GTEST_SKIP() << "no child with folders of its own on this system";

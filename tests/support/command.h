@@ -6,6 +6,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <iterator>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -40,6 +42,12 @@ inline std::string Answer(std::string const& program, std::vector<std::string> c
 }
 
 inline std::string Zelctl(std::vector<std::string> const& arguments) { return Answer(ZELVANE_ZELCTL, arguments); }
+
+// The same, with the arguments parted by spaces.
+inline std::string ZelctlLine(std::string const& words) {
+  std::istringstream in(words);
+  return Zelctl(std::vector<std::string>(std::istream_iterator<std::string>(in), {}));
+}
 
 }  // namespace test
 
