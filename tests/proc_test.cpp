@@ -104,16 +104,9 @@ TEST(ProcLookup, TheFirstInATableThatIsReadOnce) {
     int updates = 0;
   } table;
   FakePs const ps("7 1 0 ab x\n8 1 0 ab y\n9 1 0 c y\n10 1", 0);
-  for (auto const& [name, id] : {std::pair("ab", 7ul),
-                                 {"/x/ab", 7},
-                                 {"../c", 9},
-                                 {"b", 0},
-                                 {"AB", 0},
-                                 {"ab ", 0},
-                                 {"ab/", 10},
-                                 {"abc", 0},
-                                 {"x", 0},
-                                 {"", 10}}) {
+  std::pair<char const*, unsigned long> const names[] = {{"ab", 7},  {"/x/ab", 7}, {"../c", 9}, {"b", 0}, {"AB", 0},
+                                                         {"ab ", 0}, {"ab/", 10},  {"abc", 0},  {"x", 0}, {"", 10}};
+  for (auto const& [name, id] : names) {
     ProcClass* const found = table.GetProcByName(name);
     EXPECT_EQ(found == nullptr ? 0 : found->GetPID(), id) << name;
     EXPECT_TRUE(table.IsRunning(name) == (id != 0) && table.GetProcByName(std::string(name)) == found) << name;
