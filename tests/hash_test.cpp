@@ -57,17 +57,13 @@ TEST(Hash, InitLoadsTheStartValuesAndNothingToCalcLeavesThem) {
 }
 
 TEST(Hash, PaddingEndsTheLastBlockWithALengthOf32Bits) {
-  using Row = std::tuple<std::uint32_t, size_t, size_t, char const*>;  // bytes before; bytes, blocks, length in bits
-  for (auto const& [count, length, blocks, lengthField] : {Row{0, 0, 1, "00000000"},
-                                                           {0, 55, 1, "b8010000"},
-                                                           {0, 56, 2, "c0010000"},
-                                                           {0, 63, 2, "f8010000"},
-                                                           {0, 64, 2, "00020000"},
-                                                           {0, 120, 3, "c0030000"},
-                                                           {0x20000000, 0, 1, "00000000"},
-                                                           {0xFFFFFFC0, 0, 1, "00feffff"},
-                                                           {0x7FFFFFC0, 128, 3, "00020000"},
-                                                           {0xFFFFFFC0, 128, 3, "00020000"}}) {
+  std::tuple<std::uint32_t, size_t, size_t, char const*> const rows[] = {
+      // bytes before; bytes, blocks, length in bits
+      {0, 0, 1, "00000000"},           {0, 55, 1, "b8010000"},         {0, 56, 2, "c0010000"},
+      {0, 63, 2, "f8010000"},          {0, 64, 2, "00020000"},         {0, 120, 3, "c0030000"},
+      {0x20000000, 0, 1, "00000000"},  {0xFFFFFFC0, 0, 1, "00feffff"}, {0x7FFFFFC0, 128, 3, "00020000"},
+      {0xFFFFFFC0, 128, 3, "00020000"}};
+  for (auto const& [count, length, blocks, lengthField] : rows) {
     Spy spy(count);
     std::string message = Bytes(length), all;
     spy.Calc(message.data(), static_cast<long>(length));
