@@ -112,10 +112,8 @@ TEST(Base64, ABufferIsFilledToItsSize) {
 }
 
 TEST(Base64, EveryFormOfATextDoesTheSame) {
-  std::pair<char const*, char const*> const rows[] = {// "?": refused, the output is as it was
-                                                      {"YWJjAA==", "abc"},
-                                                      {"A", "?"},
-                                                      {"!?", "?"}};
+  // "?": refused, the output is as it was.
+  std::pair<char const*, char const*> const rows[] = {{"YWJjAA==", "abc"}, {"A", "?"}, {"!?", "?"}};
   for (auto const& [original, plain] : rows) {
     EncodeBase64 encoder;
     DecodeBase64 decoder;
