@@ -43,12 +43,12 @@ TEST(LogReader, OpensWhatCanBeRead) {
                                                {scratch.Write("log.CrY", two), 0},
                                                {scratch.Write("torn", two + "x"), 0},
                                                {scratch.Path(), 0},
-                                               {scratch.Path("missing.cry"), -1}};  // no handle
+                                               {scratch.Path("missing.cry"), -1}};
   int const open = test::OpenDescriptors();
   for (auto const& [path, records] : rows) {
     void* const log = LogReaderOpen(path.c_str());
     EXPECT_EQ(static_cast<long>(LogReaderRegCount(log)), std::max(records, 0L)) << path;
-    EXPECT_EQ(LogReaderClose(log), records < 0 ? 0 : 1) << path;
+    EXPECT_EQ(LogReaderClose(log), records < 0 ? 0 : 1) << path;  // -1: no handle
   }
   EXPECT_EQ(test::OpenDescriptors(), open);
 }
