@@ -415,9 +415,13 @@ TEST_F(Misuse, TheEngine) {
   }
   REFUSED_AS_ARGUMENT(false, KeyExists(kNull, "k") || cfg.DeleteKey(kNull, "k"));
   REFUSED_AS_ARGUMENT(false, SetSection(kNull) || cfg.SectionExists(kNull) || cfg.EraseSection(kNull));
+  REFUSED_AS_ARGUMENT(false, KeyExists(std::string("S"), std::string()));
   REFUSED_AS_ARGUMENT("", GetKeyName(kNull, 0));
   REFUSED_AS_ARGUMENT(0U, GetKeyCount(kNull));
   REFUSES("", cfg.GetSectionName(ULONG_MAX) + cfg.GetKeyName("S", ULONG_MAX) + cfg.GetKeyName(1));
+  REFUSES(true, cfg.ParseLine("", true) && cfg.ParseLine(" # text", true));
+  REFUSES(false, cfg.ParseLine("=", true));
+  EXPECT_EQ(CFG_SYNTAX, cfg.GetErrorCode());
   CfgClass::KeyPosition key;
   REFUSED_AS_ARGUMENT(false, LocateKey(nullptr, "k", &key) || cfg.LocateKey(nullptr, "k", nullptr));
   REFUSES(true, cfg.LocateSection("S", nullptr));
@@ -446,6 +450,10 @@ TEST_F(Misuse, TheOtherClasses) {
   ProcManager processes;
   REFUSES(false, processes.IsRunning(kNull) || processes.IsRunning(ULONG_MAX) || processes.CreateNew(kNull));
   REFUSES(nullptr, processes.GetProcByIndex(ULONG_MAX));
+  ProcClass const none;
+  ProcClass copy(none);
+  copy = none, copy = ProcClass();
+  REFUSES(false, copy.Kill() || copy.SetPriority(INT_MAX) || copy.GetPID() + copy.GetPPID() != 0);
   SvcManager services;
   REFUSES(false, services.IsRunning(kNull));
   SvcClass service;
@@ -462,7 +470,8 @@ TEST_F(Misuse, TheOtherClasses) {
   hashes.CalcBuffer(nullptr, ULONG_MAX), hashes.CalcString(kNull), hashes.CalcFile(kNull), hashes.SetDigest(kNull);
   Cipher_Safer_SK64 cipher;
   cipher.SetHash(&hash);
-  REFUSES(false, cipher.InitKey(kNull, nullptr));
+  REFUSES(false, cipher.InitKey(kNull, nullptr) || cipher.Init(nullptr, -1, nullptr));
+  REFUSES(false, Cipher_Safer().Init(nullptr, -1, nullptr));
   CipherManager manager;
   manager.SetHashManager(nullptr), manager.SetAlgorithm(CIPHER_SAFER_SK64), manager.GetCipherObject()->SetHash(&hash);
   REFUSES(false, manager.InitKey(kNull) || manager.InitKey(kNull, nullptr));
