@@ -69,17 +69,14 @@ bool InThreeTries(Body&& body) {
 constexpr char kUnits[] = "[SRVLIST]\n1 = 001\n7 = 007\n";
 
 Row const kRows[] = {
-    // Where the settings cannot be read, the root is the program's own folder; never the current one.
-    {"the root", "root/srvlist.cfg", kUnits, [](char const*, char (&)[64]) { return RemUpsListItem("7") == 1; }, false,
-     kUnits},
+    {"the root", "root/srvlist.cfg", kUnits, [](char const*, char (&)[64]) { return RemUpsListItem("7") == 1; }},
     {"a stored password", "upscli.cfg", "[SHUTSRV]\nZELSRV = a;b;1\n[MAILSEND]\nPASSWORD = c2VjcmV0AA==\n",
      [](char const* path, char (&told)[64]) {
        ShutSrvConfig cfg;
        char folder[4096];
        std::snprintf(folder, sizeof folder, "%.*s", static_cast<int>(std::strrchr(path, '/') - path), path);
        if (GetShutSrvConfig(folder, &cfg) != 1) return false;
-       bool const unread = std::strcmp(cfg.serverName, "a") != 0;  // all of it is the default then
-       std::snprintf(told, sizeof told, "%s", unread ? "secret" : cfg.mailPassword);
+       std::snprintf(told, sizeof told, "%s %s", cfg.serverName, cfg.mailPassword);
        return true;
      }},
     {"a cascade in the browse list", "zelbrws.cfg",

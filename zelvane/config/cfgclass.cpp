@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <new>
 #include <string_view>
 #include <typeinfo>
 #include <utility>
@@ -112,7 +113,12 @@ bool CfgClass::LoadFile(bool noLines) {
     ClearWriteCache();
     state.errorLine = 1 + static_cast<int>(std::count(text.begin(), text.end(), '\n'));
   }
-  if (read != ReadResult::kOk) return Fail(CFG_FILE_FAILED);
+  if (read != ReadResult::kOk) {
+    Fail(CFG_FILE_FAILED);
+    // A caller may take a file that cannot be read for one that is not there; for want of memory that would be wrong.
+    if (errno == ENOMEM) throw std::bad_alloc();
+    return false;
+  }
 
   state.textSize = text.size();
   state.parseSection = state.sections.end();

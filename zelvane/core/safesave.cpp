@@ -6,9 +6,9 @@
 #include <cstdint>
 #include <cstdio>
 #include <ctime>
+#include <exception>
 #include <initializer_list>
 
-#include "zelvane/core/barrier_internal.h"
 #include "zelvane/core/fd_internal.h"
 #include "zelvane/core/safesave_internal.h"
 
@@ -213,10 +213,15 @@ bool ReadToEnd(int fd, std::string& out) {
   }
 }
 
-// Out of memory is one more reason why a file cannot be read; operator new leaves ENOMEM in errno.
+// Out of memory is one more reason why a file cannot be read.
 bool ReadOpened(Descriptor const& file, std::string& out) {
   out.clear();
-  return Guard(false, [&] { return ReadToEnd(file.Get(), out); });
+  try {
+    return ReadToEnd(file.Get(), out);
+  } catch (std::exception const&) {
+    errno = ENOMEM;
+    return false;
+  }
 }
 
 }  // namespace
