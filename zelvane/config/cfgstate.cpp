@@ -21,6 +21,8 @@ LinePosition MakeKeyLine(CfgState& state, SectRec const& section, std::string te
   return state.lines.insert(place == state.lines.end() ? state.lines.begin() : std::next(place), std::move(text));
 }
 
+constexpr std::size_t kManySections = 1000;  // together more than the caches hold
+
 std::string_view TailOf(std::string const& line, std::size_t length) {
   return std::string_view(line).substr(line.size() - length);
 }
@@ -76,7 +78,8 @@ SectionPosition FindSection(CfgState& state, std::string_view name) {
 
 KeyPosition FindKey(CfgState& state, SectRec& section, std::string_view name) {
   if (state.recent.keyOwner == &section && name == state.recent.key->first) return state.recent.key;
-  KeyPosition const found = section.keys->hashes.Find(*section.keys, Upper(state, name));
+  KeyPosition const found =
+      section.keys->hashes.Find(*section.keys, Upper(state, name), state.sections.size() > kManySections);
   return found == section.keys->end() ? found : Remember(state, section, found);
 }
 

@@ -11,14 +11,19 @@ namespace zelvane::internal {
 
 // Built when a map has been asked for about a quarter as many names as it holds, then kept up to date through Inserted
 // and Erased: a caller that reads ten keys never pays for it. `Map` is ordered by its keys and has unique ones.
+//
+// A map that is one of very many does not stay in the processor's caches, and each step down its tree is a trip to
+// memory. Such a map is built for the first question if it is small: after some more the trips saved have paid for it.
 template <class Map>
 class HashIndex {
  public:
   using Position = typename Map::iterator;
 
-  Position Find(Map& map, std::string_view name) {
+  Position Find(Map& map, std::string_view name, bool oneOfMany = false) {
     if (slots_.empty()) {
-      if (map.size() < kTreeCheaper || ++asked_ * kEntriesPerQuestion < map.size()) return map.find(name);
+      bool const atOnce = oneOfMany && !erased_ && map.size() <= kSmall;
+      bool const paid = ++asked_ * kEntriesPerQuestion >= map.size() || atOnce;
+      if (map.size() < kTreeCheaper || !paid) return map.find(name);
       Build(map);
     }
     std::size_t const hash = Hash(name);
@@ -35,7 +40,10 @@ class HashIndex {
   }
 
   // An entry is about to be erased. The table goes with it: the questions that follow earn a new one.
-  void Erased() { Clear(); }
+  void Erased() {
+    Clear();
+    erased_ = true;
+  }
 
   void Clear() {
     slots_.clear();
@@ -50,6 +58,7 @@ class HashIndex {
   static constexpr std::size_t kEmpty = 0;
   static constexpr std::size_t kTreeCheaper = 8;
   static constexpr std::size_t kEntriesPerQuestion = 4;
+  static constexpr std::size_t kSmall = 256;
 
   // The top bit tells a used slot; the low ones choose it.
   static std::size_t Hash(std::string_view name) {
@@ -74,6 +83,7 @@ class HashIndex {
 
   std::vector<Slot> slots_;
   std::size_t asked_ = 0;  // without a table
+  bool erased_ = false;
 };
 
 }  // namespace zelvane::internal

@@ -162,6 +162,9 @@ long ReadInteger(std::string_view text, long def) {
   return error == std::errc() && stop == end ? value : def;
 }
 
+constexpr std::size_t kSafeDigits = 9;  // no number of so many is too large for 32 bits
+constexpr std::int32_t kTens[kSafeDigits] = {1, 10, 100, 1000, 10000, 100000, 1000000, 10000000, 100000000};
+
 long ReadHex(std::string_view text, long def) { return SkipChar(text, '-') ? def : ReadInteger<16>(text, def); }
 
 // Powers of ten that a double holds exactly.
@@ -191,8 +194,17 @@ double ReadFloat(std::string_view text, double def) {
 }  // namespace
 
 long zelvane::internal::ToInt(std::string_view text, long def) {
-  bool const signedTwice = SkipChar(text, '+') && SkipChar(text, '-');
-  return signedTwice ? def : ReadInteger<10>(text, def);
+  if (SkipChar(text, '+') && !text.empty() && text.front() == '-') return def;
+  std::string_view digits = text;
+  bool const negative = SkipChar(digits, '-');
+  if (digits.empty() || digits.size() > kSafeDigits) return ReadInteger<10>(text, def);
+  std::int32_t value = 0;
+  std::int32_t const* worth = kTens + digits.size();
+  for (char const c : digits) {
+    if (!IsDigit(c)) return def;
+    value += (c - '0') * *--worth;
+  }
+  return negative ? -value : value;
 }
 
 std::string IntToStr(long value, int width, char fill) { return IntegerText<10>(Signed32(value), width, fill); }
