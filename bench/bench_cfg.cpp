@@ -314,14 +314,11 @@ void OursWalkDeleting(benchmark::State& state) {
   }
 }
 
-// What earlier rows left of the heap is no later row's matter.
-void TidyHeap(benchmark::State const&) { malloc_trim(0); }
-
 template <class Engine>
 void Register(char const* task, void (*run)(benchmark::State&), std::initializer_list<int> sizes) {
   auto* const rows = benchmark::RegisterBenchmark((std::string(task) + "/" + Engine::kName).c_str(), run);
   for (int const size : sizes) rows->Arg(size);
-  rows->Unit(benchmark::kMicrosecond)->Setup(TidyHeap);
+  rows->Unit(benchmark::kMicrosecond);
 }
 
 // Every fifth power of the plot, and the three sizes of the table among them.

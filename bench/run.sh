@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# run.sh BUILD [--quick] [--keep FOLDER]: runs every benchmark program in BUILD/bench and prints the medians beside
-# their peers. --keep also writes the table and the plot of docs/performance.md there.
+# run.sh BUILD [--quick] [--keep FOLDER]: runs every benchmark of the programs in BUILD/bench, each in a process of its
+# own (what one leaves of the heap would be the next one's luck), and prints the medians beside their peers. --keep also
+# writes the table and the plot of docs/performance.md there.
 set -euo pipefail
 here=$(dirname "$0")
 build=$1
@@ -15,18 +16,25 @@ while [ $# -gt 0 ]; do
   esac
   shift
 done
+runs=$build/bench/runs
+rm -rf "$runs"
+mkdir "$runs"
 for program in "$build"/bench/bench_*; do
   [ -x "$program" ] && [ -f "$program" ] || continue
-  "$program" --benchmark_repetitions=$repetitions --benchmark_min_time=0.1 --benchmark_out_format=json \
-    --benchmark_out="$program.json" >/dev/null
+  number=100
+  while read -r name; do
+    "$program" --benchmark_filter="^$name\$" --benchmark_repetitions=$repetitions --benchmark_min_time=0.1 \
+      --benchmark_out_format=json --benchmark_out="$runs/$(basename "$program")-$number.json" >/dev/null 2>&1 </dev/null
+    number=$((number + 1))
+  done < <("$program" --benchmark_list_tests)
 done
-"$here/table.py" "$build"/bench/bench_*.json
+"$here/table.py" "$runs"/*.json
 machine() {
   printf 'Measured on %s: %s, %s processors; Linux %s, %s.\n\n' "$(date +%F)" \
     "$(sed -n 's/^model name[^:]*: //p' /proc/cpuinfo | head -n 1)" "$(nproc)" "$(uname -r | cut -d- -f1)" \
     "$(${CXX:-g++} --version | head -n 1)"
 }
 if [ -n "$keep" ]; then
-  { machine; "$here/table.py" --markdown "$build"/bench/bench_*.json; } > "$keep/performance-table.md"
-  "$here/plot.py" "$build"/bench/bench_cfg.json > "$keep/performance.svg"
+  { machine; "$here/table.py" --markdown "$runs"/*.json; } > "$keep/performance-table.md"
+  "$here/plot.py" "$runs"/bench_cfg-*.json > "$keep/performance.svg"
 fi
