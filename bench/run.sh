@@ -30,7 +30,7 @@ for program in "$build"/bench/bench_*; do
 done
 "$here/table.py" "$runs"/*.json
 machine() {
-  printf 'Measured on %s: %s, %s processors; Linux %s, %s.\n\n' "$(date +%F)" \
+  printf '# Speed: the last run\n\nMeasured on %s: %s, %s processors; Linux %s, %s.\n\n' "$(date +%F)" \
     "$(sed -n 's/^model name[^:]*: //p' /proc/cpuinfo | head -n 1)" "$(nproc)" "$(uname -r | cut -d- -f1)" \
     "$(${CXX:-g++} --version | head -n 1)"
 }
