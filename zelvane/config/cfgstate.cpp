@@ -60,7 +60,7 @@ std::string_view Upper(CfgState& state, std::string_view name) {
 std::string TakeUpper(CfgState& state) {
   constexpr std::size_t kLong = 1024;
   bool const fits = state.upper.size() > state.upper.capacity() / 2;
-  return fits && state.upper.size() > kLong ? std::move(state.upper) : state.upper;
+  return fits && state.upper.size() > kLong ? std::exchange(state.upper, {}) : state.upper;
 }
 
 SectionPosition FindSection(CfgState& state, std::string_view name) {
