@@ -28,6 +28,9 @@ static void (*g_changed)(void);
 
 #define EXPORTED __attribute__((visibility("default")))
 
+/* The function that takes the place of the C library's. */
+#define INSTEAD_OF(result, name, parameters) EXPORTED result name parameters
+
 EXPORTED void ShimArm(enum ShimCall call, long at, enum ShimMode mode, int reason) {
   g_call = call;
   g_at = at;
@@ -93,16 +96,16 @@ static void* Counted(void* piece) {
   return piece;
 }
 
-EXPORTED void* malloc(size_t size) { return Fate(SHIM_MALLOC) ? NULL : Counted(__libc_malloc(size)); }
-EXPORTED void* calloc(size_t count, size_t size) {
+INSTEAD_OF(void*, malloc, (size_t size)) { return Fate(SHIM_MALLOC) ? NULL : Counted(__libc_malloc(size)); }
+INSTEAD_OF(void*, calloc, (size_t count, size_t size)) {
   return Fate(SHIM_MALLOC) ? NULL : Counted(__libc_calloc(count, size));
 }
-EXPORTED void* realloc(void* piece, size_t size) {
+INSTEAD_OF(void*, realloc, (void* piece, size_t size)) {
   if (Fate(SHIM_MALLOC)) return NULL;
   if (piece == NULL) return Counted(__libc_malloc(size));
   return __libc_realloc(piece, size);
 }
-EXPORTED void free(void* piece) {
+INSTEAD_OF(void, free, (void* piece)) {
   if (piece != NULL) g_pieces--;
   __libc_free(piece);
 }
@@ -116,7 +119,7 @@ static char const* Redirected(char const* path) {
 }
 
 #define DEFINE_OPEN(name, parameters, arguments)        \
-  EXPORTED int name parameters {                        \
+  INSTEAD_OF(int, name, parameters) {                   \
     va_list rest;                                       \
     mode_t mode = 0;                                    \
     if ((flags & (O_CREAT | O_TMPFILE)) != 0) {         \
@@ -133,7 +136,7 @@ DEFINE_OPEN(openat, (int folder, char const* path, int flags, ...), (folder, pat
 DEFINE_OPEN(openat64, (int folder, char const* path, int flags, ...), (folder, path, flags, mode))
 
 #define DEFINE(result, failed, call, name, parameters, arguments) \
-  EXPORTED result name parameters {                               \
+  INSTEAD_OF(result, name, parameters) {                          \
     result done;                                                  \
     if (Fate(call)) return failed;                                \
     done = REAL(name) arguments;                                  \
@@ -179,29 +182,29 @@ DEFINE(int, -1, SHIM_STATUS, scandir64,
         int (*order)(struct dirent64 const**, struct dirent64 const**)),
        (path, list, keep, order))
 
-EXPORTED int system(char const* command) { return Fate(SHIM_FORK) ? -1 : REAL(system)(command); }
+INSTEAD_OF(int, system, (char const* command)) { return Fate(SHIM_FORK) ? -1 : REAL(system)(command); }
 
 /* A removal that fails would leave a file by itself, so these only count as a step. */
-EXPORTED int unlink(char const* path) {
+INSTEAD_OF(int, unlink, (char const* path)) {
   if (g_call == SHIM_ANY) (void)Fate(SHIM_REMOVE);
   return REAL(unlink)(path);
 }
-EXPORTED int remove(char const* path) {
+INSTEAD_OF(int, remove, (char const* path)) {
   if (g_call == SHIM_ANY) (void)Fate(SHIM_REMOVE);
   return REAL(remove)(path);
 }
 
-EXPORTED int close(int fd) {
+INSTEAD_OF(int, close, (int fd)) {
   int const done = REAL(close)(fd);
   return Fate(SHIM_CLOSE) ? -1 : done;
 }
 
-EXPORTED ssize_t read(int fd, void* to, size_t size) {
+INSTEAD_OF(ssize_t, read, (int fd, void* to, size_t size)) {
   int const fate = Fate(SHIM_READ);
   return fate == 1 ? -1 : REAL(read)(fd, to, fate == 2 ? (size + 1) / 2 : size);
 }
 
-EXPORTED ssize_t write(int fd, void const* from, size_t size) {
+INSTEAD_OF(ssize_t, write, (int fd, void const* from, size_t size)) {
   int const fate = Fate(SHIM_WRITE);
   ssize_t done;
   if (fate == 1) return -1;
@@ -211,22 +214,22 @@ EXPORTED ssize_t write(int fd, void const* from, size_t size) {
   return done;
 }
 
-EXPORTED ssize_t writev(int fd, struct iovec const* parts, int count) {
+INSTEAD_OF(ssize_t, writev, (int fd, struct iovec const* parts, int count)) {
   return Fate(SHIM_WRITE) ? -1 : REAL(writev)(fd, parts, count);
 }
 
 /* ---- Time ---- */
 
-EXPORTED int gettimeofday(struct timeval* restrict now, void* restrict zone) {
+INSTEAD_OF(int, gettimeofday, (struct timeval* restrict now, void* restrict zone)) {
   (void)zone;
   now->tv_sec = SHIM_NOW;
   now->tv_usec = 250000;
   return 0;
 }
 
-EXPORTED time_t time(time_t* now) {
+INSTEAD_OF(time_t, time, (time_t * now)) {
   if (now != NULL) *now = SHIM_NOW;
   return SHIM_NOW;
 }
 
-EXPORTED int usleep(useconds_t pause) { return g_armed ? 0 : REAL(usleep)(pause); }
+INSTEAD_OF(int, usleep, (useconds_t pause)) { return g_armed ? 0 : REAL(usleep)(pause); }
