@@ -10,10 +10,10 @@
 namespace zelvane::internal {
 
 // Built when a map has been asked for about a quarter as many names as it holds, then kept up to date through Inserted
-// and Erased: a caller that reads ten keys never pays for it. `Map` is ordered by its keys and has unique ones.
+// and Erased: a caller that reads ten keys of a file never pays for it. `Map` is ordered by its keys and has unique ones.
 //
 // A map that is one of very many does not stay in the processor's caches, and each step down its tree is a trip to
-// memory. Such a map is built for the first question if it is small: after some more the trips saved have paid for it.
+// memory. There the table comes earlier: when its building costs about as much as the questions have so far.
 template <class Map>
 class HashIndex {
  public:
@@ -21,8 +21,7 @@ class HashIndex {
 
   Position Find(Map& map, std::string_view name, bool oneOfMany = false) {
     if (slots_.empty()) {
-      bool const atOnce = oneOfMany && !erased_ && map.size() <= kSmall;
-      bool const paid = ++asked_ * kEntriesPerQuestion >= map.size() || atOnce;
+      bool const paid = ++asked_ * (oneOfMany ? kEntriesPerTrip : kEntriesPerQuestion) >= map.size();
       if (map.size() < kTreeCheaper || !paid) return map.find(name);
       Build(map);
     }
@@ -40,10 +39,7 @@ class HashIndex {
   }
 
   // An entry is about to be erased. The table goes with it: the questions that follow earn a new one.
-  void Erased() {
-    Clear();
-    erased_ = true;
-  }
+  void Erased() { Clear(); }
 
   void Clear() {
     slots_.clear();
@@ -58,7 +54,7 @@ class HashIndex {
   static constexpr std::size_t kEmpty = 0;
   static constexpr std::size_t kTreeCheaper = 8;
   static constexpr std::size_t kEntriesPerQuestion = 4;
-  static constexpr std::size_t kSmall = 256;
+  static constexpr std::size_t kEntriesPerTrip = 64;
 
   // The top bit tells a used slot; the low ones choose it.
   static std::size_t Hash(std::string_view name) {
@@ -83,7 +79,6 @@ class HashIndex {
 
   std::vector<Slot> slots_;
   std::size_t asked_ = 0;  // without a table
-  bool erased_ = false;
 };
 
 }  // namespace zelvane::internal
