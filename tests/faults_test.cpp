@@ -100,10 +100,31 @@ Row const kRows[] = {
      [](char const* path, char (&)[64]) {
        CfgClass cfg;
        try {
-         cfg.Open(path);
+         cfg.Open(path) && cfg.LoadFile(false);
        } catch (std::bad_alloc const&) {
        }
        return cfg.WriteStr("A", "k", "2") && cfg.Close();
+     },
+     true},
+    {"lines to be forgotten, but not by half", "cfg", "[A]\nk = 1\nl = 2\n",
+     [](char const* path, char (&)[64]) {
+       CfgClass cfg;
+       bool const open = InThreeTries([&] { return cfg.Open(path); });
+       try {
+         cfg.ClearWriteCache();
+       } catch (std::bad_alloc const&) {
+       }
+       return open && cfg.WriteStr("A", "k", "3");
+     },
+     true, "[A]\nk = 3\nl = 2\n"},
+    {"changes, another file being opened", "cfg", "k=1\nbad[\nlater=2\n",
+     [](char const* path, char (&)[64]) {
+       CfgClass cfg;
+       char lost[4096];
+       std::snprintf(lost, sizeof lost, "%s.lost", path);
+       unlink(lost);
+       auto const change = [&] { return cfg.Open(path) && cfg.SetCached(true) && cfg.WriteStr("", "k", "2"); };
+       return InThreeTries(change) && InThreeTries([&] { return cfg.Open("srvlist.cfg"); });
      },
      true},
     {"keys by number", "cfg", ManyKeys(),

@@ -57,22 +57,15 @@ bool CfgClass::OpenAs(char const* name, bool readOnly) {
   std::string copy = name;  // it may be this object's own file name, which Close clears
   Close();
   state_->fileName = std::move(copy);
-  // Nothing stays of a file that was not taken in whole, by a variant's refusal or for want of memory: a later save
-  // would write the part.
-  auto const forget = [this] {
-    ForgetIndex(*state_);
-    ForgetLines(*state_);
-    state_->fileName.clear();
-  };
   bool loaded = false;
   try {
     loaded = LoadFile(false);
   } catch (...) {
-    forget();
+    ForgetFile(*state_);
     throw;
   }
   if (!loaded && state_->error != CFG_SYNTAX) {
-    forget();
+    ForgetFile(*state_);
     return false;
   }
   state_->readOnly = readOnly;
@@ -97,7 +90,7 @@ bool CfgClass::Close() {
   return saved;
 }
 
-bool CfgClass::LoadFile(bool noLines) {
+bool CfgClass::LoadFile(bool noLines) try {
   CfgState& state = *state_;
   ClearReadCache();
   ClearWriteCache();
@@ -107,7 +100,8 @@ bool CfgClass::LoadFile(bool noLines) {
 
   std::string text;
   ReadResult const read = ReadWhole(state.fileName, text);
-  state.missing = read == ReadResult::kNotOpened && errno == ENOENT;
+  int const reason = read == ReadResult::kOk ? 0 : errno;
+  state.missing = read == ReadResult::kNotOpened && reason == ENOENT;
   if (read == ReadResult::kReadFailed) {
     ClearReadCache();
     ClearWriteCache();
@@ -116,7 +110,7 @@ bool CfgClass::LoadFile(bool noLines) {
   if (read != ReadResult::kOk) {
     Fail(CFG_FILE_FAILED);
     // A caller may take a file that cannot be read for one that is not there; for want of memory that would be wrong.
-    if (errno == ENOMEM) throw std::bad_alloc();
+    if (reason == ENOMEM) throw std::bad_alloc();
     return false;
   }
 
@@ -135,6 +129,9 @@ bool CfgClass::LoadFile(bool noLines) {
     if (feed == nullptr) return Fail(CFG_OK);
     line = feed + 1;
   }
+} catch (...) {
+  ForgetFile(*state_);
+  throw;
 }
 
 bool CfgClass::ParseLine(std::string const& line, bool noLines) {
@@ -482,11 +479,6 @@ bool RegCfgClass::SaveAs(char const* name) { return CfgClass::SaveAs(name); }
 bool RegCfgClass::SaveAs(std::string const& name) { return CfgClass::SaveAs(name); }
 
 namespace zelvane::internal {
-
-template <class Base>
-OptionalFile<Base>::~OptionalFile() {
-  Guard(false, [this] { return this->Close(); });
-}
 
 template <class Base>
 bool OptionalFile<Base>::LoadFile(bool noLines) {

@@ -56,8 +56,9 @@
 // ERROR CODES: every operation sets the code that GetErrorCode() reads (CfgError). Each operation's arguments are
 // checked before the state of the object (error 1 before 5 before 6); SetSection alone does it the other way round.
 //
-// MEMORY: where it runs out, the operation throws std::bad_alloc and the object stays consistent; after an Open nothing
-// is open then. The destructor never throws.
+// MEMORY: where it runs out, the operation throws std::bad_alloc and the object stays consistent. A change is made, or
+// not (a new section may be there without its key), and may not be saved yet. A load leaves nothing open; a save leaves
+// the file open with its changes, also where Open or Close began with it. The destructor never throws.
 //
 // THREADS: one object belongs to one thread at a time; separate objects are independent.
 #ifndef ZELVANE_CONFIG_CFGCLASS_H

@@ -13,8 +13,6 @@ template <class Base>
 class OptionalFile final : public Base {
  public:
   OptionalFile() = default;
-  // Here and not in the base: a save on destruction must still be this class's.
-  ~OptionalFile() override;
   bool LoadFile(bool noLines) override;
 
   // The position of a key by its section and its name or number: to look at a value without copying it.

@@ -131,14 +131,25 @@ void ForgetIndex(CfgState& state) {
 }
 
 void ForgetLines(CfgState& state) {
+  std::list<std::string> values;  // all of them first: short of memory, nothing has changed
+  for (auto const& [name, section] : state.sections)
+    for (auto const& [key, record] : *section.keys) values.emplace_back(record.value);
+  auto value = values.begin();
   for (auto& [name, section] : state.sections) {
     section.header = state.lines.end();
     for (auto& [key, record] : *section.keys) {
-      record.value = Detach(state, record.value);
+      record.value = *value++;
       record.line = state.lines.end();
     }
   }
+  state.detached.splice(state.detached.end(), values);
   state.lines.clear();
+}
+
+void ForgetFile(CfgState& state) {
+  ForgetIndex(state);
+  ForgetLines(state);
+  state.fileName.clear();
 }
 
 std::string Joined(std::string_view key, std::string_view value) {

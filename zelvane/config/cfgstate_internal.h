@@ -191,6 +191,9 @@ void RemoveSection(CfgState& state, SectionPosition position);
 // Empties the index, or the lines; an index that outlives the lines keeps its values and points at no line.
 void ForgetIndex(CfgState& state);
 void ForgetLines(CfgState& state);
+// Both, and the file's name: nothing stays of a file that was not taken in whole, by a variant's refusal or for want of
+// memory, since a later save would write the part.
+void ForgetFile(CfgState& state);
 
 // ---- The lines. ----
 

@@ -8,6 +8,7 @@
 #include <ctime>
 #include <exception>
 #include <initializer_list>
+#include <new>
 
 #include "zelvane/core/fd_internal.h"
 #include "zelvane/core/safesave_internal.h"
@@ -162,6 +163,7 @@ bool SaveInPlace(std::string const& path, Descriptor& file, struct stat const& o
   if (!S_ISREG(old.st_mode)) return WriteAll(file.Get(), text.data(), text.size()) && file.Close();
   std::string before;
   bool const known = ReadWhole(path, before) == ReadResult::kOk;
+  if (!known && errno == ENOMEM) throw std::bad_alloc();
   if (!Reserve(file.Get(), static_cast<off_t>(text.size()))) {
     (void)!ftruncate(file.Get(), old.st_size);  // gives back what was reserved behind the end
     return false;
@@ -195,6 +197,8 @@ bool ReadToEnd(int fd, std::string& out) {
   struct stat status;
   if (fstat(fd, &status) != 0) return false;
   bool const regular = S_ISREG(status.st_mode);
+  // No text can be that long where addresses have 32 bits; resize() would tell so by an exception of another kind.
+  if (regular && static_cast<uint64_t>(status.st_size) >= out.max_size()) throw std::bad_alloc();
   // One byte more than the file has, so that its end shows without growing. The kernel's own files say they are empty.
   out.resize(regular && status.st_size > 0 ? static_cast<size_t>(status.st_size) + 1 : kReadBlock);
   for (size_t filled = 0;;) {
@@ -213,24 +217,19 @@ bool ReadToEnd(int fd, std::string& out) {
   }
 }
 
-// Out of memory is one more reason why a file cannot be read.
-bool ReadOpened(Descriptor const& file, std::string& out) {
-  out.clear();
-  try {
-    return ReadToEnd(file.Get(), out);
-  } catch (std::exception const&) {
-    errno = ENOMEM;
-    return false;
-  }
-}
-
 }  // namespace
 
+// Out of memory is one more reason why a file cannot be read.
 ReadResult ReadWhole(std::string const& path, std::string& out) {
   out.clear();
   Descriptor const file = Open(path.c_str(), O_RDONLY | O_NONBLOCK);
   if (!file) return ReadResult::kNotOpened;
-  return ReadOpened(file, out) ? ReadResult::kOk : ReadResult::kReadFailed;
+  try {
+    return ReadToEnd(file.Get(), out) ? ReadResult::kOk : ReadResult::kReadFailed;
+  } catch (std::exception const&) {
+    errno = ENOMEM;
+    return ReadResult::kReadFailed;
+  }
 }
 
 bool SafeSave(std::string const& path, std::string_view text) {
@@ -255,7 +254,7 @@ bool KeepAside(std::string const& path, char const* suffix) {
   Descriptor const file = Open(path.c_str(), O_RDONLY | O_NONBLOCK);
   if (!file || fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode)) return false;
   std::string bytes;
-  if (!ReadOpened(file, bytes)) return false;
+  if (!ReadToEnd(file.Get(), bytes)) return false;
   Temporary made(FolderOf(name), 0600);
   if (!made || !TakeIdentityOrLess(made.Get(), status, HasAccessList(file.Get())) || !made.Fill(bytes)) return false;
   return made.TakeFreeName(name) || errno == EEXIST;
