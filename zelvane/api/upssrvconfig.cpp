@@ -5,12 +5,11 @@
 #include <algorithm>
 #include <cerrno>
 #include <string>
-#include <vector>
 
 #include "zelvane/api/record_internal.h"
 #include "zelvane/api/serverentry_internal.h"
 #include "zelvane/api/settingsfile_internal.h"
-#include "zelvane/api/upstypes.h"
+#include "zelvane/api/typeentry_internal.h"
 #include "zelvane/config/settings_internal.h"
 #include "zelvane/core/barrier_internal.h"
 #include "zelvane/core/datetime.h"
@@ -83,12 +82,6 @@ constexpr ModelSetting kModelSettings[] = {
      {"SENSVLOW", "SENSLOW", "SENSNORMAL", "SENSHI", "SENSVHI"}},
 };
 
-// What the type table says of the type that is written.
-struct TypeEntry {
-  std::string driver;
-  std::int16_t modelIndex = -1;
-};
-
 struct Folders {
   std::string config;
   std::string tables;
@@ -113,17 +106,21 @@ std::string ModelPath(Folders const& folders, std::int16_t modelIndex) {
 
 // ---- Reading: each fills its fields where its file has something to say of them. ----
 
+// The table's value for the type with that key. Not by the plain functions, whose result for want of memory would look
+// like a type that is not in the table.
+std::string TypeValue(Folders const& folders, std::string const& key, char const* def) {
+  CfgClass table;
+  table.OpenReadOnly(folders.tables + "upstype.cfg");
+  return table.ReadStr("UPSTYPE", key.c_str(), def);
+}
+
 void ReadType(Folders const& folders, UpsSrvConfig& cfg) {
-  void* const list = OpenUPSTypeList((folders.tables + "upstype.cfg").c_str());
-  UpsTypeItem item;
-  if (GetUPSTypeListItemByType(list, static_cast<unsigned int>(cfg.upsType), &item) != 0) {
-    // One by one: the item is longer than the fields that the two records share.
-    CopyToField(cfg.upsName, item.upsName);
-    CopyToField(cfg.cfgModule, item.cfgModule);
-    CopyToField(cfg.cliModule, item.cliModule);
-    cfg.modelIndex = item.modelIndex;
-  }
-  CloseUPSTypeList(list);
+  TypeEntry type;
+  if (!ParseTypeEntry(TypeValue(folders, UIntToStr(static_cast<std::uint32_t>(cfg.upsType)), ""), type)) return;
+  CopyToField(cfg.upsName, type.name);
+  CopyToField(cfg.cfgModule, type.cfgModule);
+  CopyToField(cfg.cliModule, type.cliModule);
+  cfg.modelIndex = type.modelIndex;
 }
 
 void ReadUsbDevice(Folders const& folders, UpsSrvConfig& cfg) {
@@ -147,13 +144,8 @@ void ReadModel(Folders const& folders, UpsSrvConfig& cfg) {
 
 // False when the entry has too few fields. A missing one, or a missing table, counts as that of the type "Auto".
 bool FindType(Folders const& folders, std::int32_t type, TypeEntry& entry) {
-  CfgClass table;
-  table.OpenReadOnly(folders.tables + "upstype.cfg");
-  std::string const value = table.ReadStr("UPSTYPE", IntToStr(type).c_str(), "Auto;autoups;zelcfg01;zelcli01;-1");
-  std::vector<std::string> fields;
-  if (!SplitFields(value, 5, fields)) return false;
-  entry.driver = fields[1].empty() ? kAutoDriver : fields[1];
-  entry.modelIndex = static_cast<std::int16_t>(StrToIntDef(fields[4], -1));
+  if (!ParseTypeEntry(TypeValue(folders, IntToStr(type), "Auto;autoups;zelcfg01;zelcli01;-1"), entry)) return false;
+  if (entry.driver.empty()) entry.driver = kAutoDriver;
   return true;
 }
 

@@ -3,9 +3,9 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "zelvane/api/cfghandle_internal.h"
+#include "zelvane/api/typeentry_internal.h"
 #include "zelvane/config/cfgclass.h"
 #include "zelvane/config/settings_internal.h"
 #include "zelvane/core/barrier_internal.h"
@@ -17,20 +17,22 @@ using zelvane::internal::CopyToBuffer;
 using zelvane::internal::CopyToField;
 using zelvane::internal::Guard;
 using zelvane::internal::InstallationRoot;
+using zelvane::internal::ParseTypeEntry;
+using zelvane::internal::TypeEntry;
 
 namespace {
 
 constexpr char kUnknownModel[] = "AUTO";
 
 bool ReadType(CfgClass& table, unsigned int type, UpsTypeItem& item) {
-  std::vector<std::string> fields;
-  if (!zelvane::internal::SplitFields(table.ReadStr(UIntToStr(type), ""), 5, fields)) return false;
+  TypeEntry entry;
+  if (!ParseTypeEntry(table.ReadStr(UIntToStr(type), ""), entry)) return false;
   item.upsType = static_cast<int32_t>(type);
-  item.modelIndex = static_cast<int16_t>(StrToIntDef(fields[4], -1));
-  CopyToField(item.upsName, fields[0]);
-  CopyToField(item.upsDriver, fields[1]);
-  CopyToField(item.cfgModule, fields[2]);
-  CopyToField(item.cliModule, fields[3]);
+  item.modelIndex = entry.modelIndex;
+  CopyToField(item.upsName, entry.name);
+  CopyToField(item.upsDriver, entry.driver);
+  CopyToField(item.cfgModule, entry.cfgModule);
+  CopyToField(item.cliModule, entry.cliModule);
   return true;
 }
 
