@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <functional>
+#include <memory>
 
 #include "support/records.h"
 #include "support/slot.h"
@@ -196,6 +197,18 @@ TEST(CfgFiles, AFailedSaveKeepsTheChanges) {
   EXPECT_EQ(scratch.Read("dir/f.cfg"), "[S]\nk=1\n");
   EXPECT_TRUE(cfg.Flush());
   EXPECT_EQ(scratch.Read("dir/f.cfg"), "[S]\nk = 2\n");
+}
+
+TEST(CfgFiles, AnObjectThatGoesSavesItsChanges) {
+  Scratch scratch;
+  for (bool const reg : {false, true}) {
+    std::string const path = scratch.Write("f.cfg", "[S]\nk=1\n");
+    std::unique_ptr<CfgClass> cfg(reg ? new RegCfgClass : new CfgClass);
+    ASSERT_TRUE(cfg->Open(path) && cfg->SetCached(true) && cfg->WriteStr("S", "k", "2"));
+    EXPECT_EQ(scratch.Read("f.cfg"), "[S]\nk=1\n") << reg;
+    cfg.reset();
+    EXPECT_EQ(scratch.Read("f.cfg"), "[S]\nk = 2\n") << reg;
+  }
 }
 
 TEST(CfgTyped, TextThatIsNoSuchValueGivesTheDefault) {

@@ -3,12 +3,14 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/random.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <map>
 #include <tuple>
@@ -24,7 +26,9 @@ namespace {
 
 using Faults = std::map<std::string, int>;  // the call and its reason; each is met once
 Faults g_faults;
-int g_callsToLive = -1;  // the process is killed at the call after that many; -1: it is not
+mode_t g_firstMode = 0;     // of the file whose mode was last set, before that
+bool g_sameNumber = false;  // the next random number is 0
+int g_callsToLive = -1;     // the process is killed at the call after that many; -1: it is not
 
 bool Fails(char const* call) {
   if (g_callsToLive >= 0 && g_callsToLive-- == 0) raise(SIGKILL);
@@ -60,7 +64,15 @@ EXPORTED int close(int fd) {
 }
 
 EXPORTED int fsync(int fd) { return Fails("fsync") ? -1 : Real<decltype(fsync)>("fsync")(fd); }
+EXPORTED ssize_t getrandom(void* to, size_t size, unsigned flags) {
+  if (!std::exchange(g_sameNumber, false)) return Real<decltype(getrandom)>("getrandom")(to, size, flags);
+  std::memset(to, 0, size);
+  return static_cast<ssize_t>(size);
+}
 EXPORTED int fchmod(int fd, mode_t to) __THROW {
+  struct stat status = {};
+  fstat(fd, &status);
+  g_firstMode = status.st_mode & 0777;
   return Fails("fchmod") ? -1 : Real<decltype(fchmod)>("fchmod")(fd, to);
 }
 EXPORTED int fallocate64(int fd, int mode, off64_t from, off64_t size) {
@@ -113,6 +125,7 @@ TEST(SafeSave, KeepsModeOwnerAndHardLinks) {
     EXPECT_TRUE(SafeSave(path, "new") && scratch.Read(linked ? "other" : "file") == "new") << mode;
     struct stat const now = Status(path);
     EXPECT_EQ(std::tuple(old.st_mode, old.st_uid, old.st_gid), std::tuple(now.st_mode, now.st_uid, now.st_gid)) << mode;
+    EXPECT_TRUE(linked || g_firstMode == 0600) << mode << ": open to others for a moment, " << g_firstMode;
     EXPECT_EQ(linked, old.st_ino == now.st_ino) << mode;  // never emptied: another file takes the name
   }
 }
@@ -129,6 +142,19 @@ TEST(SafeSave, FollowsLinksToTheirEnd) {
   EXPECT_TRUE(fs::is_symlink(scratch.Path("chain")) && fs::is_symlink(scratch.Path("dangling")));
 }
 
+// Of a killed program, or placed by somebody who knows the name.
+TEST(SafeSave, WhatHasTheTemporarysNameIsLeftAlone) {
+  Scratch scratch;
+  fs::create_symlink(scratch.Write("victim", "mine"), scratch.Path(".zelvaaaaaaaa"));
+  for (std::string const name : {"file", "file", "new"}) {
+    g_sameNumber = true;
+    EXPECT_TRUE(SafeSave(scratch.Path(name), name)) << name;
+    EXPECT_FALSE(std::exchange(g_sameNumber, false)) << "the name was tried";
+  }
+  EXPECT_EQ("filenewmine", scratch.Read("file") + scratch.Read("new") + scratch.Read("victim"));
+  EXPECT_EQ(scratch.List(), (Names{".zelvaaaaaaaa", "file", "new", "victim"}));
+}
+
 TEST(SafeSave, FailingCallsLeaveOldOrNewAndNothingElse) {
   for (auto const& [name, failing, saved] : std::vector<std::tuple<std::string, Faults, bool>>{
            {"file", {{"write", ENOSPC}}, false},
@@ -139,7 +165,9 @@ TEST(SafeSave, FailingCallsLeaveOldOrNewAndNothingElse) {
            {"file", {{"rename", EBUSY}, {"fallocate", ENOSPC}}, false},
            {"linked", {{"fallocate", ENOSPC}}, false},
            {"linked", {{"write", EIO}}, false},
+           {"linked", {{"fsync", EIO}}, false},
            {"linked", {{"fallocate", EOPNOTSUPP}}, true},
+           {"linked", {{"fallocate", EINTR}}, true},
            {"new", {{"write", ENOSPC}}, false},
            {"new", {{"rename", EACCES}}, false}}) {
     SCOPED_TRACE(name + testing::PrintToString(failing));

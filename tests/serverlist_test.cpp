@@ -97,6 +97,16 @@ TEST_F(ServerList, ASaveThatFailsShowsInTheResult) {
   EXPECT_EQ(test::OpenDescriptors(), descriptors);
 }
 
+TEST_F(ServerList, ClosingMakesUpForASaveThatFailed) {
+  Open("[CLILIST]\n1 = a;b;1\n");
+  fs::rename(at_.Root(), at_.Path("away"));
+  EXPECT_EQ(Change("add", Item("e", "f", 3)), 0);
+  fs::rename(at_.Path("away"), at_.Root());
+  EXPECT_EQ(File(), "[CLILIST]\n1 = a;b;1\n");
+  EXPECT_EQ(CloseServerList(std::exchange(list_, nullptr)), 1);
+  EXPECT_EQ(File(), "[CLILIST]\n1 = a;b;1\n0 = e;f;3\n");
+}
+
 TEST_F(ServerList, TenThousandEntries) {
   auto const line = [](int i) { return std::to_string(i) + " = host;10.0.0.1;" + std::to_string(i) + "\n"; };
   std::string bytes = "[CLILIST]\n";
