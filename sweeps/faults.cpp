@@ -28,7 +28,7 @@ constexpr long kNever = 1000000000;
 
 char const* const kCallNames[] = {"open",      "read",    "write", "lseek",  "close",  "fsync", "rename",
                                   "ftruncate", "mkstemp", "fork",  "malloc", "status", "remove"};
-char const* const kModeNames[] = {"once", "ever after", "short", "interrupted", "kill"};
+char const* const kModeNames[] = {"once", "ever after", "short", "full", "interrupted", "kill"};
 
 // What one kind of call may fail with; ends in 0.
 std::vector<int> Reasons(ShimCall call) {
@@ -88,12 +88,14 @@ class Sweep {
     for (int call = 0; call < SHIM_REMOVE; call++) {
       long const count = Count(static_cast<ShimCall>(call));
       int turn = 0;
-      for (ShimMode const mode : {SHIM_ONCE, SHIM_EVER_AFTER, SHIM_SHORT, SHIM_EINTR}) {
+      for (ShimMode const mode : {SHIM_ONCE, SHIM_EVER_AFTER, SHIM_SHORT, SHIM_FULL, SHIM_EINTR}) {
         bool const moves = call == SHIM_READ || call == SHIM_WRITE;
         if (mode == SHIM_SHORT && !moves) continue;
+        if (mode == SHIM_FULL && call != SHIM_WRITE) continue;
         if (mode == SHIM_EINTR && !moves && call != SHIM_OPEN) continue;
-        bool const one = mode == SHIM_SHORT || mode == SHIM_EINTR;
-        for (int const reason : one ? std::vector<int>{0} : Reasons(static_cast<ShimCall>(call))) {
+        bool const one = mode == SHIM_SHORT || mode == SHIM_FULL || mode == SHIM_EINTR;
+        for (int const reason :
+             one ? std::vector<int>{mode == SHIM_FULL ? ENOSPC : 0} : Reasons(static_cast<ShimCall>(call))) {
           for (long at = 0; at < count; at += 1 + at / (brief ? 20 : 400)) {
             if (brief && (scenario_.traits & kSlow) != 0 && turn++ % 8 != 0) continue;
             Try({static_cast<ShimCall>(call), mode, reason, at});
@@ -165,6 +167,7 @@ class Sweep {
     world_.Set(scenario_.files);
     int const descriptors = OpenDescriptors();
     Outcome const outcome = Once(&fault);
+    bool const lost = ShimLost() > 0;
     progress_.runs++;
     progress_.hits += ShimHits() > 0;
 
@@ -174,6 +177,8 @@ class Sweep {
     if (!world_.Leftovers().empty()) Complain(fault, "a temporary file is left");
     if (outcome.strange || (outcome.threw && (scenario_.traits & kClass) == 0))
       Complain(fault, "an exception came out");
+    if (lost && outcome.ok && (scenario_.traits & kForgives) == 0)
+      Complain(fault, "success, but what was written may not be on disk");
     if (fault.mode == SHIM_EINTR && !Equal(outcome, done_)) Complain(fault, "an interruption shows");
     Judge(fault, outcome);
     Again(fault);
@@ -187,6 +192,8 @@ class Sweep {
     bool known = !outcome.ok || (scenario_.traits & kAnyNotes) != 0;
     bool whole = false;
     for (Outcome const& each : permitted_) {
+      // A file counts as missing where it cannot be read, but not for want of memory.
+      if (fault.call == SHIM_MALLOC && &each != &permitted_.front()) break;
       bool const sameNotes = outcome.notes == each.notes || (scenario_.traits & kAnyNotes) != 0;
       known = known || (each.ok && sameNotes);
       whole = whole || (each.ok && sameNotes && outcome.files == each.files);

@@ -87,7 +87,7 @@ Table ConfigScenarios() {
          }
          return false;
        },
-       kClass},
+       kClass | kForgives},
       {"CfgClass: numbers of keys after a change tried three times",
        {{"root/a.cfg", ManyKeys()}},
        [](World& w) {

@@ -1,3 +1,4 @@
+#include <sys/stat.h>
 #include <sys/wait.h>
 
 #include "support/processes.h"
@@ -57,6 +58,16 @@ Table SystemScenarios() {
          if (!services.Update() || !GetSvcStatus(&services, "upssrv", &running, &automatic)) return false;
          w.Note("%d %d", running, automatic);
          return true;
+       },
+       kClass | kAnyNotes | kSlow},
+      {"services, started and stopped",
+       {{"only/output", kPs}, {"init.d/upssrv", "#!/bin/sh\n:\n"}, {"init.d/absent", "#!/bin/sh\n:\n"}},
+       [](World& w) {
+         Services services(w);
+         for (char const* script : {"init.d/upssrv", "init.d/absent"})
+           if (chmod(w.Path(script), 0755) != 0) return false;
+         return services.Update() && SvcStart(&services, "upssrv") && SvcRestart(&services, "upssrv") &&
+                SvcStop(&services, "absent");
        },
        kClass | kAnyNotes | kSlow},
   };

@@ -23,6 +23,8 @@ static long g_at;
 static int g_reason;
 static long g_seen;
 static long g_hits;
+static long g_lost;
+static unsigned char g_unsynced[256]; /* descriptors written to since the last fsync */
 static long g_pieces;
 static void (*g_changed)(void);
 
@@ -36,7 +38,8 @@ EXPORTED void ShimArm(enum ShimCall call, long at, enum ShimMode mode, int reaso
   g_at = at;
   g_mode = mode;
   g_reason = reason;
-  g_seen = g_hits = 0;
+  g_seen = g_hits = g_lost = 0;
+  memset(g_unsynced, 0, sizeof g_unsynced);
   g_armed = 1;
 }
 
@@ -46,6 +49,7 @@ EXPORTED long ShimDisarm(void) {
 }
 
 EXPORTED long ShimHits(void) { return g_hits; }
+EXPORTED long ShimLost(void) { return g_lost; }
 EXPORTED void ShimWatch(void (*changed)(void)) { g_changed = changed; }
 EXPORTED long ShimPieces(void) { return g_pieces; }
 
@@ -60,6 +64,7 @@ static int Fate(enum ShimCall call) {
   if (!g_armed || (call != g_call && (g_call != SHIM_ANY || call == SHIM_MALLOC))) return 0;
   number = g_seen++ - g_at;
   if (number < 0 || (g_mode == SHIM_ONCE && number > 0) || (g_mode == SHIM_EINTR && number % 2 != 0)) return 0;
+  if (g_mode == SHIM_FULL && number > 1) return 0;
   if (g_mode == SHIM_KILL) {
     if (number > 0) return 0;
     if (call == SHIM_WRITE) return 2; /* dies after half of it */
@@ -67,6 +72,7 @@ static int Fate(enum ShimCall call) {
   }
   g_hits++;
   if (g_mode == SHIM_SHORT) return call == SHIM_READ || call == SHIM_WRITE ? 2 : 0;
+  if (g_mode == SHIM_FULL && number == 0) return 2;
   errno = g_mode == SHIM_EINTR ? EINTR : g_reason;
   return 1;
 }
@@ -112,6 +118,11 @@ INSTEAD_OF(void, free, (void* piece)) {
 
 /* ---- Files ---- */
 
+static unsigned char* Unsynced(int fd) {
+  static unsigned char other;
+  return fd >= 0 && fd < (int)sizeof g_unsynced ? &g_unsynced[fd] : &other;
+}
+
 static char const* Redirected(char const* path) {
   if (path == NULL || strcmp(path, "/etc/zelvane.conf") != 0) return path;
   path = getenv("ZELVANE_TEST_SETTINGS");
@@ -140,7 +151,7 @@ DEFINE_OPEN(openat64, (int folder, char const* path, int flags, ...), (folder, p
     result done;                                                  \
     if (Fate(call)) return failed;                                \
     done = REAL(name) arguments;                                  \
-    if (call == SHIM_RENAME || call == SHIM_TRUNCATE) Changed();  \
+    if (call == SHIM_RENAME) Changed();                           \
     return done;                                                  \
   }
 
@@ -148,7 +159,6 @@ DEFINE(FILE*, NULL, SHIM_OPEN, fopen, (char const* path, char const* mode), (pat
 DEFINE(FILE*, NULL, SHIM_OPEN, fopen64, (char const* path, char const* mode), (path, mode))
 DEFINE(off_t, -1, SHIM_SEEK, lseek, (int fd, off_t at, int from), (fd, at, from))
 DEFINE(off64_t, -1, SHIM_SEEK, lseek64, (int fd, off64_t at, int from), (fd, at, from))
-DEFINE(int, -1, SHIM_SYNC, fsync, (int fd), (fd))
 DEFINE(int, -1, SHIM_RENAME, rename, (char const* from, char const* to), (from, to))
 DEFINE(int, -1, SHIM_RENAME, link, (char const* from, char const* to), (from, to))
 DEFINE(int, -1, SHIM_RENAME, renameat2, (int a, char const* from, int b, char const* to, unsigned flags),
@@ -194,9 +204,24 @@ INSTEAD_OF(int, remove, (char const* path)) {
   return REAL(remove)(path);
 }
 
+INSTEAD_OF(int, fsync, (int fd)) {
+  int done;
+  if (Fate(SHIM_SYNC)) {
+    g_lost++;
+    return -1;
+  }
+  done = REAL(fsync)(fd);
+  *Unsynced(fd) = 0;
+  Changed();
+  return done;
+}
+
 INSTEAD_OF(int, close, (int fd)) {
-  int const done = REAL(close)(fd);
-  return Fate(SHIM_CLOSE) ? -1 : done;
+  int const done = REAL(close)(fd), failed = Fate(SHIM_CLOSE);
+  g_lost += failed && *Unsynced(fd);
+  *Unsynced(fd) = 0;
+  Changed();
+  return failed ? -1 : done;
 }
 
 INSTEAD_OF(ssize_t, read, (int fd, void* to, size_t size)) {
@@ -210,7 +235,7 @@ INSTEAD_OF(ssize_t, write, (int fd, void const* from, size_t size)) {
   if (fate == 1) return -1;
   done = REAL(write)(fd, from, fate == 2 ? (size + 1) / 2 : size);
   if (fate == 2 && g_mode == SHIM_KILL) Die();
-  Changed();
+  *Unsynced(fd) = (unsigned char)(g_armed != 0);
   return done;
 }
 

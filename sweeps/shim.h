@@ -29,6 +29,7 @@ enum ShimMode {
   SHIM_ONCE,
   SHIM_EVER_AFTER,
   SHIM_SHORT,  // this read or write, and all after it, moves half of what it is asked for
+  SHIM_FULL,   // this write moves half of what it is asked for and the next one fails, as on a disk that is just full
   SHIM_EINTR,  // this call, and every second one after it, is interrupted
   SHIM_KILL    // the process is killed there; a write has then written half
 };
@@ -40,7 +41,9 @@ void ShimArm(enum ShimCall call, long at, enum ShimMode mode, int reason);
 long ShimDisarm(void);
 // How many of them met the fault.
 long ShimHits(void);
-// Called after every call that may have changed a file, while armed; null for none.
+// How many of those lost what had been written: an fsync, or a close of what no fsync had brought to disk.
+long ShimLost(void);
+// Called where a file may be complete, while armed: after a rename, an fsync, a close. Null for none.
 void ShimWatch(void (*changed)(void));
 // Pieces of memory that have been asked for and not been given back.
 long ShimPieces(void);
