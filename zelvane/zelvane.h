@@ -1,4 +1,8 @@
-/* The whole library. C programs get the exported plain functions, C++ programs the toolkit and the classes as well. */
+/* The whole library. C programs get the exported plain functions, C++ programs the toolkit and the classes as well.
+
+   No plain function throws, whatever it is given. Short of memory, each gives its failing result; a record that it was
+   to fill may then be filled in part, and files are as its other failures leave them. The two in config/paths.h that
+   return strings give "". */
 #ifndef ZELVANE_ZELVANE_H
 #define ZELVANE_ZELVANE_H
 

@@ -33,7 +33,7 @@ ZELVANE_STATIC_ASSERT(sizeof(ClientConfig) == 76, "ClientConfig: size");
 
 ZELVANE_C_BEGIN
 
-// All three functions return 1, or 0 when they fail; a null `cfg` is 0 with nothing done.
+// All three functions return 1, or 0 when they fail; a null `cfg` is 0 with nothing done. Short memory is a failure.
 
 // Fills `cfg` from the two files; libName comes in lower case. A file that is missing or unreadable, a key that is
 // missing and a number that does not convert give the default; texts too long for their field are cut. 0 when the entry

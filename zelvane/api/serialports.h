@@ -41,7 +41,7 @@ ZELVANE_API int CurrentUserIsAdmin(void);
 
 // The description of the system that GetOSVersion (core/fileutils.h) gives. At most `size` bytes are written: the text
 // and, if there is room, one NUL. A text of `size` bytes or more fills the buffer and is NOT terminated. 1, or 0 when
-// `buffer` is null or `size` 0.
+// `buffer` is null, `size` 0 or memory short.
 ZELVANE_API int GetOSVersionInfo(char* buffer, unsigned int size);
 
 ZELVANE_C_END

@@ -10,12 +10,12 @@
 
 ZELVANE_C_BEGIN
 
-// Number of units listed; 0 when there is no list.
+// Number of units listed; 0 when there is no list, it cannot be read, or memory is short.
 ZELVANE_API int GetUpsListCount(void);
 
 // The name of the unit at `position`, counted from 0 in ascending order of the keys' text ("10" comes before "2"): the
 // listed value filled with zeros in front to three characters, cut to its first three. 1: `name`, which has room for 4
-// bytes, holds it with its NUL. 0, with `name` untouched: null, or no such position.
+// bytes, holds it with its NUL. 0, with `name` untouched: null, no such position, or short memory.
 ZELVANE_API int GetUpsListItem(unsigned int position, char* name);
 
 // Lists the unit `name` and, unless it has a folder already, creates the folder and copies into it the files that the

@@ -79,7 +79,7 @@ ZELVANE_STATIC_ASSERT(sizeof(UpsSrvConfig) == 200, "UpsSrvConfig: size");
 
 ZELVANE_C_BEGIN
 
-// Fills `cfg` from the files; 0 when an argument is null, else 1.
+// Fills `cfg` from the files. 1, or 0 when an argument is null or memory is short.
 //
 // A missing key and a number that does not convert give the default; a timer is the number of seconds times 1000, in 32
 // bits ("-1" is 4294966296 ms). Texts too long for their field are cut. A type that the table does not hold leaves the

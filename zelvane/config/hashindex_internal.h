@@ -10,7 +10,7 @@
 namespace zelvane::internal {
 
 // Built when a map has been asked for about a quarter as many names as it holds, then kept up to date through Inserted
-// and Erased: a caller that reads ten keys of a file never pays for it. `Map` is ordered by its keys and has unique ones.
+// and Erased: a caller that reads ten keys of a file never pays for it. `Map` is ordered by its keys, which are unique.
 //
 // A map that is one of very many does not stay in the processor's caches, and each step down its tree is a trip to
 // memory. There the table comes earlier: when its building costs about as much as the questions have so far.

@@ -1,5 +1,6 @@
 // Where the product's files lie: the installation root, and the symbolic file names that callers and settings use.
-// Both functions carry plain symbol names although they return strings, so C++ alone can call them.
+// Both functions carry plain symbol names although they return strings, so C++ alone can call them. Neither throws;
+// without memory they give "".
 #ifndef ZELVANE_CONFIG_PATHS_H
 #define ZELVANE_CONFIG_PATHS_H
 

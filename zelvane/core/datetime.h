@@ -10,6 +10,8 @@
 // - Two days a leap year cannot be decoded: 29 February comes back as 1 February (with its day of the year, 60), and
 //   31 December as 1 January of the same year (with day of the year 1). The day of the week is right on both.
 // - EncodeDateTime and DaysFromEpoch do not accept the same days.
+//
+// Where there is no memory for a text, std::bad_alloc is thrown.
 #ifndef ZELVANE_CORE_DATETIME_H
 #define ZELVANE_CORE_DATETIME_H
 

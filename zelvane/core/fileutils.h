@@ -2,7 +2,7 @@
 //
 // Paths use "/". Every function that takes a path has a twin for std::string that passes the string's characters on, up
 // to its first NUL. Text results come by value and failures show only in the result; the reason of the last system call
-// that failed stays in errno (GetOSLastError).
+// that failed stays in errno (GetOSLastError). Where there is no memory for a text, std::bad_alloc is thrown.
 #ifndef ZELVANE_CORE_FILEUTILS_H
 #define ZELVANE_CORE_FILEUTILS_H
 
