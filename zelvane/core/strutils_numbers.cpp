@@ -153,19 +153,16 @@ Decimal ParseFloat(std::string_view text) {
 
 bool IsFloat(std::string_view text) { return ParseFloat(text).valid; }
 
+constexpr std::size_t kSafeDigits = 18;  // no number of so many is too large for 64 bits
+
 // from_chars takes digits behind an optional minus sign, and the rest of the text has to be empty.
-template <int kBase>
-long ReadInteger(std::string_view text, long def) {
+long ReadHex(std::string_view text, long def) {
   std::int32_t value = 0;
   char const* const end = text.data() + text.size();
-  auto const [stop, error] = std::from_chars(text.data(), end, value, kBase);
+  if (SkipChar(text, '-')) return def;
+  auto const [stop, error] = std::from_chars(text.data(), end, value, 16);
   return error == std::errc() && stop == end ? value : def;
 }
-
-constexpr std::size_t kSafeDigits = 9;  // no number of so many is too large for 32 bits
-constexpr std::int32_t kTens[kSafeDigits] = {1, 10, 100, 1000, 10000, 100000, 1000000, 10000000, 100000000};
-
-long ReadHex(std::string_view text, long def) { return SkipChar(text, '-') ? def : ReadInteger<16>(text, def); }
 
 // Powers of ten that a double holds exactly.
 constexpr double kPowers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
@@ -193,18 +190,21 @@ double ReadFloat(std::string_view text, double def) {
 
 }  // namespace
 
+// Judged once, at the end: a test and a way out for each digit would take longer than summing it up.
 long zelvane::internal::ToInt(std::string_view text, long def) {
-  if (SkipChar(text, '+') && !text.empty() && text.front() == '-') return def;
-  std::string_view digits = text;
-  bool const negative = SkipChar(digits, '-');
-  if (digits.empty() || digits.size() > kSafeDigits) return ReadInteger<10>(text, def);
-  std::int32_t value = 0;
-  std::int32_t const* worth = kTens + digits.size();
-  for (char const c : digits) {
-    if (!IsDigit(c)) return def;
-    value += (c - '0') * *--worth;
+  bool const negative = !SkipChar(text, '+') && SkipChar(text, '-');
+  while (text.size() > kSafeDigits && text.front() == '0') text.remove_prefix(1);
+  if (text.empty() || text.size() > kSafeDigits) return def;
+  std::uint64_t sum = 0;
+  bool digits = true;
+  for (char const c : text) {
+    auto const digit = static_cast<unsigned>(c - '0');
+    digits &= digit <= 9;
+    sum = sum * 10 + digit;
   }
-  return negative ? -value : value;
+  if (!digits) return def;
+  auto const value = negative ? -static_cast<std::int64_t>(sum) : static_cast<std::int64_t>(sum);
+  return value == static_cast<std::int32_t>(value) ? static_cast<long>(value) : def;
 }
 
 std::string IntToStr(long value, int width, char fill) { return IntegerText<10>(Signed32(value), width, fill); }
