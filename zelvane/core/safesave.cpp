@@ -16,7 +16,7 @@
 namespace zelvane::internal {
 namespace {
 
-constexpr size_t kReadBlock = 65536;
+constexpr size_t kReadBlock = 4096;
 constexpr size_t kDeviceLimit = 16 * 1024 * 1024;
 constexpr int kTries = 100;
 constexpr int kLinkDepth = 40;  // as deep as the kernel follows
