@@ -67,7 +67,7 @@ Table ApiScenarios() {
          w.Note("%lx", Sum(record));
          return done == 1;
        },
-       kReader | kForgives,
+       kReader | kForgives,  // the result does not hang on the file that it creates
        {},
        [](Files const&, Files const& after, bool) { return after.size() <= 2; }},
       {"SetUpsSrvConfig, serial line", unit, [](World& w) { return SetSrv(w, 0); }, 0, model},

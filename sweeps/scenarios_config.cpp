@@ -87,7 +87,7 @@ Table ConfigScenarios() {
          }
          return false;
        },
-       kClass | kForgives},
+       kClass | kForgives},  // tries again
       {"CfgClass: numbers of keys after a change tried three times",
        {{"root/a.cfg", ManyKeys()}},
        [](World& w) {

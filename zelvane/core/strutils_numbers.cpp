@@ -153,13 +153,11 @@ Decimal ParseFloat(std::string_view text) {
 
 bool IsFloat(std::string_view text) { return ParseFloat(text).valid; }
 
-constexpr std::size_t kSafeDigits = 18;  // no number of so many is too large for 64 bits
-
 // from_chars takes digits behind an optional minus sign, and the rest of the text has to be empty.
 long ReadHex(std::string_view text, long def) {
+  if (SkipChar(text, '-')) return def;
   std::int32_t value = 0;
   char const* const end = text.data() + text.size();
-  if (SkipChar(text, '-')) return def;
   auto const [stop, error] = std::from_chars(text.data(), end, value, 16);
   return error == std::errc() && stop == end ? value : def;
 }
@@ -192,6 +190,7 @@ double ReadFloat(std::string_view text, double def) {
 
 // Judged once, at the end: a test and a way out for each digit would take longer than summing it up.
 long zelvane::internal::ToInt(std::string_view text, long def) {
+  constexpr std::size_t kSafeDigits = 18;  // no number of so many is too large for 64 bits
   bool const negative = !SkipChar(text, '+') && SkipChar(text, '-');
   while (text.size() > kSafeDigits && text.front() == '0') text.remove_prefix(1);
   if (text.empty() || text.size() > kSafeDigits) return def;
