@@ -39,8 +39,9 @@ Table BrowseScenarios() {
          BrwsGroupRec group = {};
          int const a = GetBrwsComputerByIndex(list, 0, &computer), b = GetBrwsNobreakByIndex(list, 1, &unit),
                    c = GetBrwsGroupByIndex(list, 2, &group);
-         bool const whole = GetBrwsGroupsCount(list) == 3 && a == 1 && b == 1 && c == 1;
-         if (whole) w.Note("%s %s %s %ld", computer.name, unit.name, group.name, GetBrwsFileDate(list));
+         long const date = GetBrwsFileDate(list);
+         bool const whole = GetBrwsGroupsCount(list) == 3 && a == 1 && b == 1 && c == 1 && date != 0;
+         if (whole) w.Note("%s %s %s %ld", computer.name, unit.name, group.name, date);
          return CloseBrwsList(list) == 1 && whole;
        }},
       {"browse list, adding and changing", browse,

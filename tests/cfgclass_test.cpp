@@ -348,6 +348,19 @@ TEST(CfgSteps, AnEntryWhoseLineSaysSomethingElseKeepsItsValue) {
   EXPECT_EQ(Dump(cfg), "S{K=1|X=other}");
 }
 
+TEST(CfgSteps, APositionReachesTheOtherSections) {
+  Scratch scratch;
+  CfgClass cfg;
+  CfgClass::SectionPosition a;
+  ASSERT_TRUE(cfg.Open(scratch.Write("f.cfg", "[A]\na=1\n[B]\nb=1\nc=2\n[A]\nd=3")) && cfg.LocateSection("a", &a));
+  CfgClass::SectionPosition const b = std::next(a);
+  EXPECT_EQ(Words(*a->second.lastKey->second.line, *b->second.lastKey->second.line), Words("d=3", "c=2"));
+  // A section that is entered there has its keys among the lines of another, which does not take them for its own.
+  CfgClass::LinePosition const inside = std::next(b->second.header);
+  EXPECT_TRUE(cfg.InsertSection("x", &inside, false) && cfg.WriteStr("x", "k", "1"));
+  EXPECT_EQ(Dump(cfg), "A{A=1|D=3}B{B=1|C=2}X{K=1}");
+}
+
 TEST(CfgSteps, AnIndexWithoutLinesCanBeRead) {
   Scratch scratch;
   for (bool const anew : {false, true}) {

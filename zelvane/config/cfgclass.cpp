@@ -14,6 +14,7 @@
 #include "zelvane/config/cfgstate_internal.h"
 #include "zelvane/core/barrier_internal.h"
 #include "zelvane/core/safesave_internal.h"
+#include "zelvane/core/strutils_internal.h"
 
 using namespace zelvane::internal;
 
@@ -136,31 +137,33 @@ bool CfgClass::LoadFile(bool noLines) try {
 
 bool CfgClass::ParseLine(std::string const& line, bool noLines) {
   CfgState& state = *state_;
+  IndexAllKeys(state);
   auto const position = noLines ? state.lines.end() : state.lines.insert(state.lines.end(), line);
   auto const give_up = [this] {
     ClearReadCache();
     ClearWriteCache();
     return false;
   };
-  ParsedLine const parsed = Parse(line);
-  switch (parsed.kind) {
-    case ParsedLine::Kind::kNothing: return true;
-    case ParsedLine::Kind::kBad: return Fail(CFG_SYNTAX);
-    case ParsedLine::Kind::kHeader: {
-      std::string const name(parsed.name);
+  std::string_view const text = TrimView(line);
+  switch (KindOf(text)) {
+    case LineKind::kNothing: return true;
+    case LineKind::kBad: return Fail(CFG_SYNTAX);
+    case LineKind::kHeader: {
+      std::string const name(HeaderName(text));
       SectionPosition found;
       if (!LocateSection(name, &found)) return InsertSection(name, &position, false) || give_up();
       state.parseSection = found;
       state.parseKey = found->second.keys->end();
       return true;
     }
-    case ParsedLine::Kind::kKey: break;
+    case LineKind::kKey: break;
   }
   if (state.parseSection == state.sections.end() && !InsertSection("", &position, false)) return give_up();
-  std::string const key(parsed.name);
+  auto const [name, value] = KeyOf(text);
+  std::string const key(name);
   // The failed look-up leaves the parse key at the end: a loaded key gets no previous one.
   if (LocateKey(&state.parseSection, key, &state.parseKey)) return true;
-  return InsertKey(key, std::string(parsed.value), &state.parseSection, &state.parseKey, &position, false) || give_up();
+  return InsertKey(key, std::string(value), &state.parseSection, &state.parseKey, &position, false) || give_up();
 }
 
 void CfgClass::ClearReadCache() { ForgetIndex(*state_); }
@@ -186,7 +189,9 @@ bool CfgClass::SaveAs(char const* name) {
   if (name == nullptr || *name == '\0') return Fail(CFG_BAD_ARGUMENT);
   if (state_->fileName == name) return Fail(CFG_SAME_FILE);
   std::string text;
-  for (auto const& [section, record] : state_->sections) {
+  text.reserve(state_->textSize + state_->textSize / 8 + 256);
+  for (auto& [section, record] : state_->sections) {
+    IndexKeys(*state_, record);
     if (!section.empty()) text.append("[").append(section).append("]\n");
     for (auto const& [key, keyRecord] : *record.keys) text.append(Joined(key, keyRecord.value)).push_back('\n');
     text.push_back('\n');
@@ -207,7 +212,10 @@ std::string CfgClass::GetFileName() { return state_->fileName; }
 
 bool CfgClass::LocateSection(std::string const& name, SectionPosition* position) {
   SectionPosition const found = FindSection(*state_, name);
-  if (position != nullptr) *position = found;
+  if (position != nullptr) {
+    IndexAllKeys(*state_);
+    *position = found;
+  }
   Fail(CFG_OK);
   return found != state_->sections.end();
 }
@@ -244,7 +252,8 @@ bool CfgClass::InsertKey(std::string const& key, std::string const& value, Secti
     if (!create) return KeyLine{*line, ValueIn(state, *line, value)};
     return MakeKey(state, record, upperCase ? upper : std::string_view(key), value);
   };
-  bool const added = AddKey(state, record, key, *previous, makeLine).second;
+  auto const [position, added] = AddKey(state, record, key, *previous, makeLine);
+  if (added) state.parseKey = position;
   return Fail(added ? CFG_OK : CFG_EXISTS);
 }
 
@@ -274,7 +283,7 @@ bool CfgClass::EraseSection(char const* name) {
   if (state_->fileName.empty()) return Fail(CFG_NOT_OPEN);
   if (state_->readOnly) return Fail(CFG_READ_ONLY);
   SectionPosition found;
-  if (!LocateSection(name, &found)) return true;
+  if (!Find(name, &found)) return true;
   RemoveSection(*state_, found);
   return Changed();
 }
@@ -295,23 +304,21 @@ std::string CfgClass::GetSectionName(unsigned long n) {
 
 // ---- Keys. ----
 
-// Finds what a reader or writer names, by the object's own steps where those may be replaced.
-bool CfgClass::Find(char const* section, SectionPosition* position) {
-  if (!state_->plain) return LocateSection(section, position);
+// Finds the section and, where one is given, its key: by the object's own steps where those may be replaced.
+bool CfgClass::Find(char const* section, char const* key, SectionPosition* at, KeyPosition* position) {
+  if (!state_->plain) return LocateSection(section, at) && (key == nullptr || LocateKey(at, key, position));
   Fail(CFG_OK);
-  *position = FindSection(*state_, section);
-  return *position != state_->sections.end();
+  *at = FindSection(*state_, section);
+  if (key == nullptr || *at == state_->sections.end()) return *at != state_->sections.end();
+  *position = FindKey(*state_, (*at)->second, key);
+  return *position != (*at)->second.keys->end();
 }
 
-bool CfgClass::Find(SectionPosition section, char const* key, KeyPosition* position) {
-  if (!state_->plain) return LocateKey(&section, key, position);
-  *position = FindKey(*state_, section->second, key);
-  return *position != section->second.keys->end();
-}
+bool CfgClass::Find(char const* section, SectionPosition* at) { return Find(section, nullptr, at, nullptr); }
 
 bool CfgClass::Find(char const* section, char const* key, KeyPosition* position) {
   SectionPosition at;
-  return Find(section, &at) && Find(at, key, position);
+  return Find(section, key, &at, position);
 }
 
 bool CfgClass::Find(char const* section, unsigned long n, KeyPosition* position) {
@@ -321,21 +328,21 @@ bool CfgClass::Find(char const* section, unsigned long n, KeyPosition* position)
   return true;
 }
 
-// The same in the current section, for an object whose steps are this class's own: nothing is compared a second time.
-bool CfgClass::FindCurrent(SectionPosition* position) {
+// The shortcut past the operations that an operation by number hands on to, where no step is replaced. In the current
+// section (null) no name is compared a second time. False: not found, or to be done the long way.
+bool CfgClass::FindAtOnce(char const* section, SectionPosition* at) {
+  if (!state_->plain) return false;
   Recent& recent = state_->recent;
-  if (!recent.isCurrent) {
-    if (!Find(state_->section.c_str(), position)) return false;
-    recent.isCurrent = true;
-  }
-  Fail(CFG_OK);
-  *position = *recent.section;
-  return true;
+  if (section != nullptr) return Find(section, at);
+  if (!recent.isCurrent && !Find(state_->section.c_str(), at)) return false;
+  recent.isCurrent = true;
+  *at = *recent.section;
+  return Fail(CFG_OK);
 }
 
-bool CfgClass::FindCurrent(unsigned long n, KeyPosition* position) {
+bool CfgClass::FindAtOnce(char const* section, unsigned long n, KeyPosition* position) {
   SectionPosition at;
-  if (!FindCurrent(&at) || n >= at->second.keys->size()) return false;
+  if (!FindAtOnce(section, &at) || n >= at->second.keys->size()) return false;
   *position = KeyAt(*state_, at->second, n);
   return true;
 }
@@ -368,7 +375,7 @@ bool CfgClass::DeleteKey(char const* section, char const* key) {
   if (!Fail(Refusal(section, key, true))) return false;
   SectionPosition at;
   KeyPosition found;
-  if (!Find(section, &at) || !Find(at, key, &found)) return true;
+  if (!Find(section, key, &at, &found)) return true;
   RemoveKey(*state_, at->second, found);
   return Changed();
 }
@@ -388,9 +395,8 @@ unsigned long CfgClass::GetKeyCount(char const* section) {
 
 unsigned long CfgClass::GetKeyCount(std::string const& section) { return GetKeyCount(section.c_str()); }
 unsigned long CfgClass::GetKeyCount() {
-  if (!state_->plain) return GetKeyCount(GetSection().c_str());
   SectionPosition at;
-  return FindCurrent(&at) ? at->second.keys->size() : 0;
+  return FindAtOnce(nullptr, &at) ? at->second.keys->size() : GetKeyCount(GetSection().c_str());
 }
 
 std::string CfgClass::GetKeyName(char const* section, unsigned long n) {
@@ -401,9 +407,8 @@ std::string CfgClass::GetKeyName(char const* section, unsigned long n) {
 
 std::string CfgClass::GetKeyName(std::string const& section, unsigned long n) { return GetKeyName(section.c_str(), n); }
 std::string CfgClass::GetKeyName(unsigned long n) {
-  if (!state_->plain) return GetKeyName(GetSection().c_str(), n);
   KeyPosition found;
-  return FindCurrent(n, &found) ? found->first : std::string();
+  return FindAtOnce(nullptr, n, &found) ? found->first : GetKeyName(GetSection().c_str(), n);
 }
 
 // ---- Values. ----
@@ -416,7 +421,7 @@ std::string CfgClass::ReadStr(char const* section, char const* key, char const* 
 
 std::string CfgClass::ReadStr(char const* section, unsigned long index, char const* def) {
   KeyPosition found;
-  if (state_->plain && section != nullptr && Find(section, index, &found) &&
+  if (section != nullptr && FindAtOnce(section, index, &found) &&
       Refusal(section, found->first.c_str(), false) == CFG_OK)
     return std::string(found->second.value);
   return ReadStr(section, GetKeyName(section, index).c_str(), def);
@@ -424,7 +429,7 @@ std::string CfgClass::ReadStr(char const* section, unsigned long index, char con
 
 std::string CfgClass::ReadStr(unsigned long index, char const* def) {
   KeyPosition found;
-  if (state_->plain && FindCurrent(index, &found) && Refusal("", found->first.c_str(), false) == CFG_OK)
+  if (FindAtOnce(nullptr, index, &found) && Refusal("", found->first.c_str(), false) == CFG_OK)
     return std::string(found->second.value);
   return ReadStr(GetSection().c_str(), index, def);
 }

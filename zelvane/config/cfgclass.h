@@ -58,7 +58,8 @@
 //
 // MEMORY: where it runs out, the operation throws std::bad_alloc and the object stays consistent. A change is made, or
 // not (a new section may be there without its key), and may not be saved yet. A load leaves nothing open; a save leaves
-// the file open with its changes, also where Open or Close began with it. The destructor never throws.
+// the file open with its changes, also where Open or Close began with it. The destructor never throws. A section's keys
+// take their memory when the section is first asked for, so that reading may be the operation that finds none.
 //
 // THREADS: one object belongs to one thread at a time; separate objects are independent.
 #ifndef ZELVANE_CONFIG_CFGCLASS_H
@@ -370,12 +371,12 @@ class ZELVANE_API CfgClass {
 
   ZELVANE_HIDDEN bool OpenAs(char const* name, bool readOnly);
   ZELVANE_HIDDEN CfgError Refusal(char const* section, char const* key, bool writing) const;
-  ZELVANE_HIDDEN bool Find(char const* section, SectionPosition* position);
-  ZELVANE_HIDDEN bool Find(SectionPosition section, char const* key, KeyPosition* position);
+  ZELVANE_HIDDEN bool Find(char const* section, char const* key, SectionPosition* at, KeyPosition* position);
+  ZELVANE_HIDDEN bool Find(char const* section, SectionPosition* at);
   ZELVANE_HIDDEN bool Find(char const* section, char const* key, KeyPosition* position);
   ZELVANE_HIDDEN bool Find(char const* section, unsigned long n, KeyPosition* position);
-  ZELVANE_HIDDEN bool FindCurrent(SectionPosition* position);
-  ZELVANE_HIDDEN bool FindCurrent(unsigned long n, KeyPosition* position);
+  ZELVANE_HIDDEN bool FindAtOnce(char const* section, SectionPosition* at);
+  ZELVANE_HIDDEN bool FindAtOnce(char const* section, unsigned long n, KeyPosition* position);
   ZELVANE_HIDDEN bool Changed();
   ZELVANE_HIDDEN bool Fail(CfgError code);
   ZELVANE_HIDDEN bool IsPlain() const;

@@ -6,7 +6,7 @@ using zelvane::internal::CfgState;
 using zelvane::internal::SectKeys;
 
 SectRec::SectRec(CfgState& state, CfgClass::LinePosition headerLine)
-    : keys(std::make_unique<SectKeys>(state.pool)), header(headerLine), lastKey(keys->end()) {}
+    : keys(std::make_unique<SectKeys>(state.pool, state.lines.end())), header(headerLine), lastKey(keys->end()) {}
 
 SectRec::~SectRec() = default;
 
@@ -29,6 +29,8 @@ std::string_view TailOf(std::string const& line, std::size_t length) {
 
 std::string_view Detach(CfgState& state, std::string_view value) { return state.detached.emplace_back(value); }
 
+bool IsNothing(std::string_view text) { return text.empty() || text[0] == ';' || text[0] == '#' || text[0] == '\''; }
+
 KeyPosition Remember(CfgState& state, SectRec const& section, KeyPosition key) {
   state.recent.keyOwner = &section;
   return state.recent.key = key;
@@ -36,20 +38,21 @@ KeyPosition Remember(CfgState& state, SectRec const& section, KeyPosition key) {
 
 }  // namespace
 
-ParsedLine Parse(std::string_view raw) {
-  using Kind = ParsedLine::Kind;
-  std::string_view const text = TrimView(raw);
-  if (text.empty() || text[0] == ';' || text[0] == '#' || text[0] == '\'') return {Kind::kNothing, {}, {}};
+LineKind KindOf(std::string_view text) {
+  if (IsNothing(text)) return LineKind::kNothing;
   std::size_t const opening = text.find('[');
   std::size_t const closing = text.find(']');
-  if (opening != std::string_view::npos || closing != std::string_view::npos) {
-    if (opening != 0 || closing != text.size() - 1 || text.size() < 3) return {Kind::kBad, {}, {}};
-    return {Kind::kHeader, TrimView(text.substr(1, text.size() - 2)), {}};
-  }
+  if (opening != std::string_view::npos || closing != std::string_view::npos)
+    return opening == 0 && closing == text.size() - 1 && text.size() > 2 ? LineKind::kHeader : LineKind::kBad;
+  return text.size() < 2 || text[0] == '=' ? LineKind::kBad : LineKind::kKey;
+}
+
+std::string_view HeaderName(std::string_view text) { return TrimView(text.substr(1, text.size() - 2)); }
+
+KeyText KeyOf(std::string_view text) {
   std::size_t const equals = text.find('=');
-  if (text.size() < 2 || equals == 0) return {Kind::kBad, {}, {}};
-  if (equals == std::string_view::npos) return {Kind::kKey, text, text};
-  return {Kind::kKey, TrimView(text.substr(0, equals)), TrimView(text.substr(equals + 1))};
+  if (equals == std::string_view::npos) return {text, text};
+  return {TrimView(text.substr(0, equals)), TrimView(text.substr(equals + 1))};
 }
 
 std::string_view Upper(CfgState& state, std::string_view name) {
@@ -63,11 +66,31 @@ std::string TakeUpper(CfgState& state) {
   return fits && state.upper.size() > kLong ? std::exchange(state.upper, {}) : state.upper;
 }
 
+void IndexKeys(CfgState& state, SectRec& section) {
+  SectKeys& keys = *section.keys;
+  while (keys.unread != state.lines.end()) {
+    LinePosition const line = keys.unread;
+    std::string_view const text = TrimView(*line);
+    if (!IsNothing(text)) {
+      KeyText const key = KeyOf(text);
+      AddKey(state, section, key.name, keys.end(), [&](std::string_view) { return KeyLine{line, key.value}; });
+    }
+    keys.unread = line == keys.lastUnread ? state.lines.end() : std::next(line);
+  }
+}
+
+void IndexAllKeys(CfgState& state) {
+  if (!state.hasUnread) return;
+  for (auto& [name, section] : state.sections) IndexKeys(state, section);
+  state.hasUnread = false;
+}
+
 SectionPosition FindSection(CfgState& state, std::string_view name) {
   Recent& recent = state.recent;
   if (recent.section && name == recent.sectionName) return *recent.section;
   SectionPosition const found = state.sectionHashes.Find(state.sections, Upper(state, name));
   if (found != state.sections.end()) {
+    IndexKeys(state, found->second);
     recent.section.reset();  // the name below may not find memory
     recent.isCurrent = false;
     recent.sectionName = name;
@@ -128,9 +151,11 @@ void ForgetIndex(CfgState& state) {
   state.sectionHashes.Clear();
   state.detached.clear();
   state.parseSection = state.sections.end();
+  state.hasUnread = false;
 }
 
 void ForgetLines(CfgState& state) {
+  IndexAllKeys(state);
   std::list<std::string> values;  // all of them first: short of memory, nothing has changed
   for (auto const& [name, section] : state.sections)
     for (auto const& [key, record] : *section.keys) values.emplace_back(record.value);
@@ -171,19 +196,22 @@ void Rewrite(CfgState& state, KeyRec& key, std::string_view value) {
 
 bool TakeLine(CfgState& state, std::string_view raw) {
   auto const line = state.lines.emplace(state.lines.end(), raw);
-  ParsedLine const parsed = Parse(*line);
+  std::string_view const text = TrimView(*line);
   auto const thisLine = [&](std::string_view) { return line; };
-  switch (parsed.kind) {
-    case ParsedLine::Kind::kNothing: return true;
-    case ParsedLine::Kind::kBad: state.error = CFG_SYNTAX; return false;
-    case ParsedLine::Kind::kHeader: state.parseSection = AddSection(state, parsed.name, thisLine).first; return true;
-    case ParsedLine::Kind::kKey: break;
+  switch (KindOf(text)) {
+    case LineKind::kNothing: return true;
+    case LineKind::kBad: state.error = CFG_SYNTAX; return false;
+    case LineKind::kHeader:
+      state.parseSection = AddSection(state, HeaderName(text), thisLine).first;
+      IndexKeys(state, state.parseSection->second);  // of an earlier header of that name: those lines stand apart
+      return true;
+    case LineKind::kKey: break;
   }
   if (state.parseSection == state.sections.end()) AddSection(state, {}, thisLine);
-  SectRec& section = state.parseSection->second;
-  AddKey(state, section, parsed.name, section.keys->end(), [&](std::string_view) {
-    return KeyLine{line, parsed.value};
-  });
+  SectKeys& keys = *state.parseSection->second.keys;
+  if (keys.unread == state.lines.end()) keys.unread = line;
+  keys.lastUnread = line;
+  state.hasUnread = true;
   return true;
 }
 
@@ -201,7 +229,7 @@ KeyLine MakeKey(CfgState& state, SectRec const& section, std::string_view key, s
 
 std::string_view ValueIn(CfgState& state, LinePosition line, std::string_view value) {
   if (line != state.lines.end()) {
-    std::string_view const there = Parse(*line).value;
+    std::string_view const there = KeyOf(TrimView(*line)).value;
     if (there == value) return there;
   }
   return Detach(state, value);

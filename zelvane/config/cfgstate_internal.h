@@ -37,9 +37,13 @@ static_assert(std::is_same_v<SectionPosition, SectionMap::iterator>);
 static_assert(std::is_same_v<KeyPosition, KeyMap::iterator>);
 
 struct SectKeys : KeyMap {
-  explicit SectKeys(NodePool& pool) : KeyMap(KeyMap::allocator_type(pool)) {}
+  SectKeys(NodePool& pool, LinePosition none) : KeyMap(KeyMap::allocator_type(pool)), unread(none), lastUnread(none) {}
   HashIndex<KeyMap> hashes;
   RankIndex<KeyMap> ranks;
+  // The loaded lines whose keys are not indexed yet, up to the last of these keys; the end of the lines for none. All
+  // that removes or inserts lines among them asks for this section first.
+  LinePosition unread;
+  LinePosition lastUnread;
 };
 
 // What was found last: callers stay in a section for a while, and come back to the key that they have just seen.
@@ -73,19 +77,23 @@ struct CfgState {
   bool modified = false;
   bool cached = false;
   bool plain = false;          // no step is replaced: see IsPlain
+  bool hasUnread = false;      // some section may have lines whose keys are not indexed yet
   bool stoppedAtLine = false;  // the load stopped at a syntax error, and the file has not been saved since
   bool missing = false;        // the last load failed because there is no such file
 };
 
-// ---- What a line says. ----
+// ---- What a line says; `text` is trimmed. ----
 
-struct ParsedLine {
-  enum class Kind { kNothing, kHeader, kKey, kBad } kind;
-  std::string_view name;   // of the section or key
-  std::string_view value;  // of the key
+enum class LineKind { kNothing, kHeader, kKey, kBad };
+LineKind KindOf(std::string_view text);
+
+std::string_view HeaderName(std::string_view text);
+
+struct KeyText {
+  std::string_view name;
+  std::string_view value;
 };
-
-ParsedLine Parse(std::string_view raw);
+KeyText KeyOf(std::string_view text);
 
 // ---- The index. ----
 
@@ -94,7 +102,13 @@ std::string_view Upper(CfgState& state, std::string_view name);
 // The same name for the index, for the last time: a long one takes its memory along instead of being copied.
 std::string TakeUpper(CfgState& state);
 
-// The section or key of that name in any case, or the end.
+// A load enters the sections; the keys of one are indexed when it is asked for. Short of memory, what is indexed stays,
+// and the next call goes on from there.
+void IndexKeys(CfgState& state, SectRec& section);
+// The same for all: whoever holds a position reaches every section, and every line.
+void IndexAllKeys(CfgState& state);
+
+// The section or key of that name in any case, or the end. A section that is found has its keys indexed.
 SectionPosition FindSection(CfgState& state, std::string_view name);
 KeyPosition FindKey(CfgState& state, SectRec& section, std::string_view name);
 
@@ -178,7 +192,6 @@ std::pair<KeyPosition, bool> AddKey(CfgState& state, SectRec& section, std::stri
     next = added;
   }
   section.lastKey = added;
-  state.parseKey = added;
   return {added, true};
 }
 
@@ -197,8 +210,8 @@ void ForgetFile(CfgState& state);
 
 // ---- The lines. ----
 
-// Takes in one line at once: what CfgClass::ParseLine does in steps for an object whose steps may be replaced. False,
-// with the error code set, when it is a syntax error.
+// Takes in one line, its key to be indexed later: what CfgClass::ParseLine does in steps for an object whose steps may
+// be replaced. False, with the error code set, when it is a syntax error.
 bool TakeLine(CfgState& state, std::string_view raw);
 
 // A new header line at the end; the unnamed section's is `[ ]`, since `[]` would not load again.
