@@ -86,6 +86,7 @@ class Sweep {
   void Run(bool brief) {
     Learn();
     for (int call = 0; call < SHIM_REMOVE; call++) {
+      if ((scenario_.traits & kMemoryOnly) != 0 && call != SHIM_MALLOC) continue;
       long const count = Count(static_cast<ShimCall>(call));
       int turn = 0;
       for (ShimMode const mode : {SHIM_ONCE, SHIM_EVER_AFTER, SHIM_SHORT, SHIM_FULL, SHIM_EINTR}) {

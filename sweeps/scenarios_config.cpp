@@ -116,6 +116,48 @@ Table ConfigScenarios() {
          return file.WriteStr("SHUTSRV", "POPUP", "0") && file.Close();
        },
        kClass},
+      {"CfgClass: a change to a file that could not be loaded anew", cfg,
+       [](World& w) {
+         CfgClass file;
+         try {
+           if (!file.Open(w.Root("a.cfg"))) return false;
+           file.LoadFile(false);
+         } catch (std::bad_alloc const&) {
+         }
+         return file.WriteStr("SHUTSRV", "POPUP", "0") && file.Close();
+       },
+       kClass | kMemoryOnly},
+      {"CfgClass: a change after its lines were to be forgotten", cfg,
+       [](World& w) {
+         CfgClass file;
+         if (!file.Open(w.Root("a.cfg"))) return false;
+         try {
+           file.ClearWriteCache();
+         } catch (std::bad_alloc const&) {
+         }
+         return file.WriteStr("SHUTSRV", "POPUP", "0") && file.Close();
+       },
+       kClass | kTwice | kMemoryOnly,
+       {},
+       [](Files const& before, Files const& after, bool ok) {
+         std::string changed = before.at("root/a.cfg");
+         changed.replace(changed.find("POPUP = 1"), 9, "POPUP = 0");
+         return after.at("root/a.cfg") == "" || after.at("root/a.cfg") == changed || (!ok && after == before);
+       }},
+      {"CfgClass: changes, another file being opened", {{"root/a.cfg", "k=1\nbad[\nlater=2\n"}, {"root/b.cfg", ""}},
+       [](World& w) {
+         CfgClass file;
+         unlink(w.Root("a.cfg.lost"));
+         if (!file.Open(w.Root("a.cfg")) || !file.SetCached(true) || !file.WriteStr("", "k", "2")) return false;
+         for (int i = 0; i < 3; i++) {
+           try {
+             return file.Open(w.Root("b.cfg"));
+           } catch (std::bad_alloc const&) {
+           }
+         }
+         return false;
+       },
+       kClass | kTwice | kMemoryOnly},
       {"CfgClass: a section erased", cfg,
        [](World& w) { return Change<CfgClass>(w, "a.cfg", false, [](auto& f) { return f.EraseSection("CLILIST"); }); },
        kClass},

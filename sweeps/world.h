@@ -52,6 +52,7 @@ enum Trait : unsigned {
   kSlow = 32,       // starts processes: left out of every second fault in the short form
   kAdmin = 64,      // takes root
   kForgives = 128,  // success although something could not be written
+  kMemoryOnly = 256,  // no other failure is promised anything
 };
 
 struct Scenario {

@@ -76,30 +76,4 @@ TEST(Hash, PaddingEndsTheLastBlockWithALengthOf32Bits) {
   }
 }
 
-TEST(Hash, TheManagerDoesNothing) {
-  HashManager manager;
-  manager.SetAlgorithm(HashAlgorithm(7));
-  manager.CalcBuffer("abc", 3);
-  for (std::string const text : {"", "abc"}) {
-    manager.CalcString(text), manager.CalcFile(text), manager.SetDigest(text);
-    manager.CalcString(text.c_str()), manager.CalcFile(text.c_str()), manager.SetDigest(text.c_str());
-  }
-  EXPECT_EQ("", manager.GetDigest() + manager.GetDigestString(0));
-  EXPECT_TRUE(manager.GetDigestSize() == 0 && manager.GetHashObject() == nullptr);
-  EXPECT_EQ(HASH_RIPEMD256, manager.GetAlgorithm());
-}
-
-TEST(Hash, TheBaseOnlyProtects) {
-  struct : HashClass {
-    std::string seen;
-    void Protect(bool active) override { HashClass::Protect(active), seen += active ? "on " : "off "; }
-    void Calc(void*, long) override {}
-  } hash;
-  hash.Init(), hash.Done();
-  EXPECT_EQ("on off ", hash.seen);
-  Hash_MD4 frame;
-  frame.Init(), frame.Transform(nullptr);
-  EXPECT_TRUE(hash.DigestKey() == nullptr && hash.DigestKeySize() == 0 && frame.DigestKeySize() == 0);
-}
-
 }  // namespace

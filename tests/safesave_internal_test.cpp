@@ -186,24 +186,6 @@ TEST(SafeSave, FailingCallsLeaveOldOrNewAndNothingElse) {
   }
 }
 
-TEST(SafeSave, AKillAtAnyCallLeavesOldOrNew) {
-  for (std::string const& before : {kOld, std::string("<missing>")}) {
-    int calls = 0;
-    for (bool finished = false; !finished; calls++) {
-      Scratch scratch;
-      if (before == kOld) scratch.Write("file", kOld);
-      finished = test::InChild([&] {
-        g_callsToLive = calls;
-        return SafeSave(scratch.Path("file"), kNew);
-      });
-      std::string const after = scratch.Read("file");
-      EXPECT_TRUE(after == kNew || (!finished && after == before)) << "killed at call " << calls;
-      ASSERT_LT(calls, 50);
-    }
-    EXPECT_GE(calls, 4) << "write, fsync, close, rename at least";
-  }
-}
-
 // ---- Keeping a copy ----
 
 TEST(KeepAside, TheFirstCopyStaysAndOpensToNobodyElse) {

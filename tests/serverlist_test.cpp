@@ -97,25 +97,4 @@ TEST_F(ServerList, ASaveThatFailsShowsInTheResult) {
   EXPECT_EQ(test::OpenDescriptors(), descriptors);
 }
 
-TEST_F(ServerList, ClosingMakesUpForASaveThatFailed) {
-  Open("[CLILIST]\n1 = a;b;1\n");
-  fs::rename(at_.Root(), at_.Path("away"));
-  EXPECT_EQ(Change("add", Item("e", "f", 3)), 0);
-  fs::rename(at_.Path("away"), at_.Root());
-  EXPECT_EQ(File(), "[CLILIST]\n1 = a;b;1\n");
-  EXPECT_EQ(CloseServerList(std::exchange(list_, nullptr)), 1);
-  EXPECT_EQ(File(), "[CLILIST]\n1 = a;b;1\n0 = e;f;3\n");
-}
-
-TEST_F(ServerList, TenThousandEntries) {
-  auto const line = [](int i) { return std::to_string(i) + " = host;10.0.0.1;" + std::to_string(i) + "\n"; };
-  std::string bytes = "[CLILIST]\n";
-  for (int i = 0; i < 10000; i++) bytes += i == 7777 ? "" : line(i);
-  Open(bytes);
-  EXPECT_EQ(Change("add", Item("host", "10.0.0.1", 7777)) + Change("remove", Item("host", "10.0.0.1", 5000)), 2);
-  EXPECT_EQ(Change("add", Item("late", "a", 1)), 1);
-  bytes.erase(bytes.find(line(5000)), line(5000).size());
-  EXPECT_EQ(File(), bytes + line(7777) + "5000 = late;a;1\n");
-}
-
 }  // namespace

@@ -4,10 +4,11 @@
 //   $ a command that is looked at
 //     the lines of its standard output; a last line without a line feed ends in "(no line feed)"
 //     ! the lines of its standard error
-//     [2] its exit code, unless that is 0
+//     [2] its exit code, unless that is 0; behind a complaint on the same line
 //     and what `diff` says of the root as it was before: every change of every byte of every file
 //
-// `unstamped` takes the date of the last change out of the browse list. All other lines are remarks. "@" in the answers
+// `each WORDS ARGUMENT...` runs zelctl with the words and each argument in turn: its complaint and its exit code on a
+// line. JSON is shown on one line. `unstamped` takes the date of the last change out of the browse list. All other lines are remarks. "@" in the answers
 // stands for the root's path. A command that changes nothing shows no difference, so each transcript also tells what
 // was NOT written.
 //
@@ -18,8 +19,10 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <regex>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "support/child.h"
@@ -37,6 +40,14 @@ constexpr char kScript[] = R"(
   zelctl() {
     LD_PRELOAD=$redirect ASAN_OPTIONS=$ASAN_OPTIONS:verify_asan_link_order=0 "$program" "$@"
   }
+  each() {
+    words=$1
+    shift
+    for last in "$@"; do
+      said=$(zelctl $words "$last" 2>&1)
+      echo "$said [$?]"
+    done
+  }
   unstamped() {
     sed -i '/^DATETIME = /d' zelbrws.cfg
   }
@@ -47,7 +58,8 @@ constexpr char kScript[] = R"(
   fi
   (cd root; eval "$command") > out 2> err < /dev/null
   echo $? > code
-  diff -raN --no-dereference before root > changes
+  diff -raN --no-dereference before root |
+    sed '/^---$/d; /^[0-9,]*[acd][0-9,]*$/d; s|^diff .* before/.* root/|in |' > changes
   exit 0
 )";
 
@@ -62,16 +74,19 @@ class Zelctl : public testing::TestWithParam<std::string> {
       return false;
     });
     if (!ran) ADD_FAILURE() << command << " did not run";
-    std::string const code = here_.Read("code");
-    return Shown("", "out") + Shown("! ", "err") +
-           (code == "0\n" ? "" : "  [" + code.substr(0, code.size() - 1) + "]\n") + Shown("", "changes");
+    std::string code = here_.Read("code");
+    code = code == "0\n" ? "" : "  [" + code.substr(0, code.size() - 1) + "]\n";
+    std::string err = Shown("! ", "err");
+    if (!err.empty() && !code.empty()) err.replace(err.size() - 1, 1, std::exchange(code, "").substr(1));
+    return Shown("", "out", command.find("--json") != std::string::npos) + err + code + Shown("", "changes");
   }
 
  private:
-  std::string Shown(std::string const& mark, std::string const& file) const {
+  std::string Shown(std::string const& mark, std::string const& file, bool isJson = false) const {
     std::string text = here_.Read(file);
     for (std::size_t at = 0; (at = text.find(here_.Root(), at)) != std::string::npos;)
       text.replace(at, here_.Root().size(), "@");
+    if (isJson) text = std::regex_replace(text, std::regex("\\n *(?=.)"), " ");
     std::istringstream lines(text);
     std::string shown;
     for (std::string line; std::getline(lines, line);)

@@ -32,33 +32,6 @@ class ZelctlCipher : public testing::Test {
   test::Scratch here_;
 };
 
-TEST_F(ZelctlCipher, GivesWhatTheLibraryGives) {
-  RipeMd256 hash;
-  // Around a block, the pieces that the library reads and those that the command reads.
-  for (std::size_t const size : {0, 1, 7, 8, 9, 4095, 4096, 4097, 65535, 65536, 65537, 200003}) {
-    std::string const plain = test::Bytes(size);
-    here_.Write("plain", plain);
-    for (auto const& [name, mode] : {std::pair("chained", CIPHER_CHAINED), std::pair("code-book", CIPHER_CODE_BOOK)}) {
-      CipherManager manager;
-      manager.SetMode(mode);
-      manager.SetHashManager(&hash);
-      manager.SetAlgorithm(CIPHER_SAFER_SK64);
-      std::string const lost = mode == CIPHER_CODE_BOOK && size % 8 != 0 ? "zelctl: note: " : "";
-      for (bool const encode : {true, false}) {
-        std::string const in = encode ? "plain" : "coded", out = encode ? "coded" : "back";
-        // Each from a keying on: the rest of a code book depends on what went before it.
-        ASSERT_TRUE(manager.InitKey("S\xE3o Paulo 4711"));
-        ASSERT_TRUE(encode ? manager.EncodeFile(here_.Path(in), here_.Path(out))
-                           : manager.DecodeFile(here_.Path(in), here_.Path(out)));
-        std::string const answer = test::Zelctl(Command(encode ? "encode" : "decode", in, "command", name));
-        EXPECT_EQ(answer.substr(0, 14), lost) << out << name << size;
-        EXPECT_EQ(here_.Read("command"), here_.Read(out)) << out << name << size;
-      }
-      EXPECT_EQ(here_.Read("back").substr(0, size - size % 8), plain.substr(0, size - size % 8)) << name << size;
-    }
-  }
-}
-
 // All that the command writes on a terminal.
 std::string OnTerminal(std::vector<std::string> const& arguments) {
   int const terminal = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
