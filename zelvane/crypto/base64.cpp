@@ -1,9 +1,6 @@
 #include "zelvane/crypto/base64.h"
 
-#include <endian.h>
-
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <cstring>
 #include <limits>
@@ -14,39 +11,19 @@
 #include "zelvane/core/fd_internal.h"
 #include "zelvane/core/fileutils.h"
 #include "zelvane/core/safesave_internal.h"
+#include "zelvane/crypto/base64_groups_internal.h"
+#include "zelvane/crypto/base64_tables_internal.h"
 
+using zelvane::internal::Base64Loops;
+using zelvane::internal::BestBase64Loops;
 using zelvane::internal::Guard;
+using zelvane::internal::kBase64Places;
+using zelvane::internal::kBase64Skipped;
+using zelvane::internal::kBase64Slack;
 
 namespace {
 
-constexpr char kAlphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 constexpr unsigned long kLineGroups = 18;  // 54 bytes, 72 characters
-
-// Twelve bits to two characters: half as many look-ups as character by character.
-struct Pair {
-  char text[2];
-};
-constexpr std::array<Pair, 4096> MakePairs() {
-  std::array<Pair, 4096> pairs{};
-  for (unsigned i = 0; i < 4096; i++) pairs[i] = {{kAlphabet[i >> 6], kAlphabet[i & 63]}};
-  return pairs;
-}
-constexpr std::array<Pair, 4096> kPairs = MakePairs();
-
-// Character to value, one table for each place in a group of four, with the value where it belongs in the upper 24
-// bits: a group is four look-ups joined by "or". The low byte tells what needs a closer look.
-constexpr std::uint32_t kPad = 0x40;      // "=", of value 0
-constexpr std::uint32_t kSkipped = 0x80;  // not in the alphabet
-constexpr std::array<std::array<std::uint32_t, 256>, 4> MakePlaces() {
-  std::array<std::array<std::uint32_t, 256>, 4> places{};
-  for (unsigned place = 0; place < 4; place++) {
-    for (auto& value : places[place]) value = kSkipped;
-    for (unsigned i = 0; i < 64; i++) places[place][static_cast<unsigned char>(kAlphabet[i])] = i << (26 - 6 * place);
-    places[place]['='] = kPad;
-  }
-  return places;
-}
-constexpr std::array<std::array<std::uint32_t, 256>, 4> kPlaces = MakePlaces();
 
 // Tells the progress object when the percentage has grown. Instead of dividing before every group, it knows the number
 // of bytes at which the next call is due.
@@ -100,34 +77,15 @@ unsigned long EncodedLength(unsigned long length) {
   return groups * 4 + (groups - 1) / kLineGroups * 2;
 }
 
-unsigned char* PutPair(unsigned char* out, std::uint64_t bits) {
-  memcpy(out, kPairs[bits & 4095].text, 2);
-  return out + 2;
-}
-
-unsigned char* PutGroup(unsigned char* out, unsigned bits) { return PutPair(PutPair(out, bits >> 12), bits); }
-
-// `count` whole groups; `readable` bytes stand at `in`.
-unsigned char* PutGroups(unsigned char* out, unsigned char const* in, unsigned long count, unsigned long readable) {
-  // Two at a time, out of eight bytes of which six count.
-  for (; count >= 2 && readable >= 8; count -= 2, readable -= 6, in += 6) {
-    std::uint64_t bits = 0;
-    memcpy(&bits, in, 8);
-    bits = be64toh(bits);
-    out = PutPair(PutPair(PutPair(PutPair(out, bits >> 52), bits >> 40), bits >> 28), bits >> 16);
-  }
-  for (; count > 0; count--, in += 3) out = PutGroup(out, static_cast<unsigned>(in[0] << 16 | in[1] << 8 | in[2]));
-  return out;
-}
-
 void PutLastGroup(unsigned char* out, unsigned char const* in, unsigned long length) {
-  bool const two = length == 2;
-  PutGroup(out, static_cast<unsigned>(in[0] << 16 | (two ? in[1] << 8 : 0)));
-  if (!two) out[2] = '=';
+  unsigned char const bytes[3] = {in[0], length == 2 ? in[1] : static_cast<unsigned char>(0), 0};
+  BestBase64Loops().encode(out, bytes, 1, sizeof bytes);
+  if (length < 2) out[2] = '=';
   out[3] = '=';
 }
 
 void Encode(unsigned char const* in, unsigned long length, unsigned char* out, Meter& meter) {
+  Base64Loops const& loops = BestBase64Loops();
   unsigned long lineGroups = 0;
   for (unsigned long at = 0; at < length;) {
     meter.At(at);
@@ -142,26 +100,13 @@ void Encode(unsigned char const* in, unsigned long length, unsigned char* out, M
       break;
     }
     unsigned long const run = std::min({left / 3, kLineGroups - lineGroups, meter.GroupsUntilDue(at, 3)});
-    out = PutGroups(out, in + at, run, left);
+    out = loops.encode(out, in + at, run, left);
     lineGroups += run;
     at += run * 3;
   }
 }
 
 // ---- Decoding ----
-
-// Decodes at most `count` groups of neighbouring characters of the alphabet, up to the first group that needs a closer
-// look, and gives the number of groups done. Writes one byte beyond the last group's three.
-unsigned long DecodeGroups(unsigned char const* in, unsigned long count, unsigned char* out) {
-  unsigned long done = 0;
-  for (; done < count; done++, in += 4, out += 3) {
-    std::uint32_t bits = kPlaces[0][in[0]] | kPlaces[1][in[1]] | kPlaces[2][in[2]] | kPlaces[3][in[3]];
-    if ((bits & (kPad | kSkipped)) != 0) break;
-    bits = htobe32(bits);
-    memcpy(out, &bits, 4);
-  }
-  return done;
-}
 
 // One group with whatever stands between its characters. Moves `at` behind it and gives the number of bytes written: 0
 // when the text ends first.
@@ -170,8 +115,8 @@ unsigned DecodeCarefully(unsigned char const* in, unsigned long length, unsigned
   std::uint32_t bits = 0;
   for (int count = 0; count < 4; at++) {
     if (at == length) return 0;
-    std::uint32_t const value = kPlaces[0][in[at]];
-    if ((value & kSkipped) != 0) continue;
+    std::uint32_t const value = kBase64Places[0][in[at]];
+    if ((value & kBase64Skipped) != 0) continue;
     bits = bits << 6 | value >> 26;
     kept[count++] = in[at];
   }
@@ -182,11 +127,12 @@ unsigned DecodeCarefully(unsigned char const* in, unsigned long length, unsigned
 
 // Decodes `length` bytes of text into `out` and gives the number of bytes there.
 unsigned long Decode(unsigned char const* in, unsigned long length, unsigned char* out, Meter& meter) {
+  Base64Loops const& loops = BestBase64Loops();
   unsigned char* const start = out;
   for (unsigned long at = 0; at < length;) {
     meter.At(at);
-    while (at < length && (kPlaces[0][in[at]] & kSkipped) != 0) at++;
-    unsigned long const groups = DecodeGroups(in + at, std::min((length - at) / 4, meter.GroupsUntilDue(at, 4)), out);
+    while (at < length && (kBase64Places[0][in[at]] & kBase64Skipped) != 0) at++;
+    unsigned long const groups = loops.decode(in + at, std::min((length - at) / 4, meter.GroupsUntilDue(at, 4)), out);
     at += groups * 4;
     out += groups * 3;
     if (groups > 0) continue;
@@ -330,8 +276,7 @@ DecodeBase64::~DecodeBase64() = default;
 bool DecodeBase64::EncodeDecodeFunction(void const* data, unsigned long length) {
   if (data == nullptr || length == 0) return false;
   ClassBase64::Unload();
-  // One byte more than the characters can give: DecodeGroups writes it.
-  std::unique_ptr<unsigned char[]> bytes(new (std::nothrow) unsigned char[length / 4 * 3 + 1]);
+  std::unique_ptr<unsigned char[]> bytes(new (std::nothrow) unsigned char[length / 4 * 3 + kBase64Slack]);
   if (bytes == nullptr) return false;
   Meter meter(progress_, this, length);
   unsigned long const size = Decode(static_cast<unsigned char const*>(data), length, bytes.get(), meter);
