@@ -60,11 +60,12 @@ class Workshop:
 
     def __init__(self, build):
         self.source, self.build = build / "source", build / "objects"
-        shutil.rmtree(self.source, ignore_errors=True)
-        for name in subprocess.check_output(["git", "ls-files", "-z"], text=True).split("\0")[:-1]:
-            if os.path.isfile(name):
-                (self.source / name).parent.mkdir(parents=True, exist_ok=True)
-                shutil.copy2(name, self.source / name)
+        names = subprocess.check_output(["git", "ls-files", "-z"], text=True).split("\0")[:-1]
+        for name in filter(os.path.isfile, names):
+            copy = self.source / name  # with a time of its own where it differs: what an interrupted run left is compiled anew
+            if not copy.is_file() or copy.read_bytes() != Path(name).read_bytes():
+                copy.parent.mkdir(parents=True, exist_ok=True)
+                shutil.copy(name, copy)
         self.run(["cmake", "-S", self.source, "-B", self.build, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Debug",
                   "-DCMAKE_CXX_FLAGS_DEBUG=-O0", "-DZELVANE_SWEEPS=ON"], 600, check=True)
         self.run(["cmake", "--build", self.build], 3600, check=True)
