@@ -78,9 +78,9 @@ void Hash_MD4::Transform(long*) {}
 long Hash_RipeMD256::DigestKeySize() { return 32; }
 
 void Hash_RipeMD256::Init() {
-  // The last two are the two that RIPEMD-320 has beyond these eight. Nothing reads them.
+  // RIPEMD-256's eight, then the last two of RIPEMD-320. Nothing reads those two.
   static constexpr std::uint32_t kStart[10] = {0x67452301, 0xEFCDAB89, 0x98BADCFE, 0x10325476, 0x76543210,
-                                               0xFEDCBA98, 0x89ABCDEF, 0x01234567, 0xC3D2E1F0, 0x3C2D1E0F};
+                                               0xFEDCBA98, 0x89ABCDEF, 0x01234567, 0x01234567, 0x3C2D1E0F};
   static_assert(sizeof kStart == sizeof state_, "one start value for each word");
   count_ = 0;
   std::memset(block_, 0, sizeof block_);
