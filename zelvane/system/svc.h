@@ -17,8 +17,7 @@
 // Start, Stop and Restart look at the processes when the script has returned: a service that takes the name of its
 // process only later is not seen.
 //
-// An object is used by one thread at a time, and reading the table changes the process's current folder for a moment
-// (DirExists, fileutils.h). Nothing here throws, except that a text cannot be returned without memory
+// An object is used by one thread at a time. Nothing here throws, except that a text cannot be returned without memory
 // (std::bad_alloc); elsewhere that is the failing result.
 #ifndef ZELVANE_SYSTEM_SVC_H
 #define ZELVANE_SYSTEM_SVC_H
