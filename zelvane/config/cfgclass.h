@@ -70,6 +70,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 #include "zelvane/export.h"
 
@@ -78,6 +79,8 @@ struct CfgState;
 struct SectKeys;
 template <class Base>
 class OptionalFile;
+template <class T>
+using IfPointer = std::enable_if_t<std::is_pointer_v<std::decay_t<T>>>;
 }  // namespace zelvane::internal
 
 // One indexed key and one indexed section, as positions reach them. The engine alone fills and reads them.
@@ -186,8 +189,10 @@ class ZELVANE_API CfgClass {
   virtual std::string GetFileName();
   // SaveAs(name), then Open(name): goes on with the normalised copy, and saves pending changes to the old file too.
   virtual bool Rename(char const* name);
+  bool Rename(std::string const& name);
   // OpenReadOnly(name) or Open(name).
   virtual bool SetFileName(char const* name, bool readOnly);
+  bool SetFileName(std::string const& name, bool readOnly);
   // Same as Flush().
   virtual bool FlushCache();
 
@@ -258,7 +263,8 @@ class ZELVANE_API CfgClass {
   virtual long ReadInt(std::string const& section, unsigned long index, long def);
   virtual long ReadInt(unsigned long index, long def);
 
-  // Numbers only: 0 is false, any other number true; words such as "yes" and "true" give the default.
+  // Numbers only: 0 is false, any other number true; words such as "yes" and "true" give the default. A text or other
+  // pointer as the default does not compile: C++ would convert it to true.
   virtual bool ReadBool(char const* section, char const* key, bool def);
   virtual bool ReadBool(std::string const& section, std::string const& key, bool def);
   virtual bool ReadBool(char const* key, bool def);
@@ -266,6 +272,10 @@ class ZELVANE_API CfgClass {
   virtual bool ReadBool(char const* section, unsigned long index, bool def);
   virtual bool ReadBool(std::string const& section, unsigned long index, bool def);
   virtual bool ReadBool(unsigned long index, bool def);
+  template <class Key, class Text, class = zelvane::internal::IfPointer<Text>>
+  bool ReadBool(Key const& key, Text const& def) = delete;
+  template <class Section, class Key, class Text, class = zelvane::internal::IfPointer<Text>>
+  bool ReadBool(Section const& section, Key const& key, Text const& def) = delete;
 
   // Seconds since 1970, read by StrToDateTime with `format` (null or empty: "dd/mm/yyyy hh:nn:ss"). Text shorter than
   // the format gives the default.
@@ -319,7 +329,7 @@ class ZELVANE_API CfgClass {
   virtual bool WriteUInt(std::string const& section, unsigned long index, unsigned long value);
   virtual bool WriteUInt(unsigned long index, unsigned long value);
 
-  // "1" or "0".
+  // "1" or "0". A text or other pointer as the value does not compile, as with ReadBool.
   virtual bool WriteBool(char const* section, char const* key, bool value);
   virtual bool WriteBool(std::string const& section, std::string const& key, bool value);
   virtual bool WriteBool(char const* key, bool value);
@@ -327,6 +337,10 @@ class ZELVANE_API CfgClass {
   virtual bool WriteBool(char const* section, unsigned long index, bool value);
   virtual bool WriteBool(std::string const& section, unsigned long index, bool value);
   virtual bool WriteBool(unsigned long index, bool value);
+  template <class Key, class Text, class = zelvane::internal::IfPointer<Text>>
+  bool WriteBool(Key const& key, Text const& value) = delete;
+  template <class Section, class Key, class Text, class = zelvane::internal::IfPointer<Text>>
+  bool WriteBool(Section const& section, Key const& key, Text const& value) = delete;
 
   // DateTimeToStr(format, time): seconds since 1970; an invalid time writes an empty value.
   virtual bool WriteDateTime(char const* section, char const* key, char const* format, long time);
@@ -368,6 +382,7 @@ class ZELVANE_API CfgClass {
  private:
   template <class Base>
   friend class zelvane::internal::OptionalFile;
+  friend class RegCfgClass;
 
   ZELVANE_HIDDEN bool OpenAs(char const* name, bool readOnly);
   ZELVANE_HIDDEN CfgError Refusal(char const* section, char const* key, bool writing) const;
@@ -379,7 +394,8 @@ class ZELVANE_API CfgClass {
   ZELVANE_HIDDEN bool FindAtOnce(char const* section, unsigned long n, KeyPosition* position);
   ZELVANE_HIDDEN bool Changed();
   ZELVANE_HIDDEN bool Fail(CfgError code);
-  ZELVANE_HIDDEN bool IsPlain() const;
+  ZELVANE_HIDDEN void RememberTable();
+  ZELVANE_HIDDEN void ClearCaches();
 
   std::unique_ptr<zelvane::internal::CfgState> state_;
 };
