@@ -15,9 +15,12 @@ constexpr std::uint32_t kLengthAt = 56;
 
 }  // namespace
 
-void HashClass::Protect(bool) {}
-
+HashClass::HashClass() = default;
+HashClass::HashClass(HashClass const&) = default;
+HashClass& HashClass::operator=(HashClass const&) = default;
 HashClass::~HashClass() = default;
+
+void HashClass::Protect(bool) {}
 
 long HashClass::DigestKeySize() { return 0; }
 
@@ -28,6 +31,9 @@ void HashClass::Done() { Protect(false); }
 void* HashClass::DigestKey() { return nullptr; }
 
 Hash_MD4::Hash_MD4() : count_(0), block_(), state_() {}
+Hash_MD4::Hash_MD4(Hash_MD4 const&) = default;
+Hash_MD4& Hash_MD4::operator=(Hash_MD4 const&) = default;
+Hash_MD4::~Hash_MD4() = default;
 
 long Hash_MD4::DigestKeySize() { return 0; }
 
@@ -75,6 +81,11 @@ void* Hash_MD4::DigestKey() { return state_; }
 
 void Hash_MD4::Transform(long*) {}
 
+Hash_RipeMD256::Hash_RipeMD256() = default;
+Hash_RipeMD256::Hash_RipeMD256(Hash_RipeMD256 const&) = default;
+Hash_RipeMD256& Hash_RipeMD256::operator=(Hash_RipeMD256 const&) = default;
+Hash_RipeMD256::~Hash_RipeMD256() = default;
+
 long Hash_RipeMD256::DigestKeySize() { return 32; }
 
 void Hash_RipeMD256::Init() {
@@ -92,6 +103,7 @@ void Hash_RipeMD256::Transform(long* block) {
   zelvane::internal::RipeMd256Compress(state_, reinterpret_cast<unsigned char const*>(block));
 }
 
+HashManager::HashManager() = default;
 HashManager::~HashManager() = default;
 
 HashClass* HashManager::GetHashObject() { return hash_; }

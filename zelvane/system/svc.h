@@ -31,7 +31,12 @@
 class ZELVANE_API SvcClass {
  public:
   // No service: no name, not running, not automatic.
-  SvcClass() = default;
+  SvcClass();
+  SvcClass(SvcClass const& other);
+  SvcClass(SvcClass&& other) noexcept;
+  SvcClass& operator=(SvcClass const& other);
+  SvcClass& operator=(SvcClass&& other) noexcept;
+  ~SvcClass();
 
   // Runs the script with "start". True, and the service is marked as running, when a process of its name is there
   // afterwards. False, with the mark as it was: it is not; no name; no script, or one that nobody may execute (nothing
@@ -89,7 +94,7 @@ class ZELVANE_API SvcClass {
 // good until the next Update, Clear or GetDaemonInfo.
 class ZELVANE_API SvcManager {
  public:
-  SvcManager() = default;
+  SvcManager();
   SvcManager(SvcManager const&) = delete;
   SvcManager& operator=(SvcManager const&) = delete;
 
