@@ -223,6 +223,49 @@ TEST(Threads, FunctionsThatWriteTheSameFiles) {
   EXPECT_EQ(0U, root.Read("root/upscli.cfg").find("# kept\n"));
 }
 
+// A cancellation that is pending takes effect at the next blocking call: not at one inside these functions.
+TEST(Threads, ACancelledThreadFinishesItsFunctions) {
+  test::Installation root;
+  test::FakePs const ps("  PID  PPID  NI COMMAND         COMMAND\n    1     0   0 init            /sbin/init\n", 0);
+  root.Write("root/srvlist.cfg", "[SRVLIST]\n7 = 007\n");
+  root.Write("root/log", std::string(68, 'r'));
+  struct Calls {
+    std::string log, list, prog;
+    int done = 0;
+    static void* Run(void* argument) {
+      auto& me = *static_cast<Calls*>(argument);
+      pthread_cancel(pthread_self());
+      ShutSrvConfig shut = {};
+      BrwsGroupRec group = {0, "g", -1};
+      reg_proglist entry = {2000000000};
+      unsigned long id = 0;
+      int running = 0;
+      me.done += GetShutSrvConfig("", &shut) + SetShutSrvConfig("", &shut) + (GetUpsListCount() == 1);
+      me.done += LogReaderClose(LogReaderOpen(me.log.c_str()));
+      void* const list = OpenBrwsList(me.list.c_str());
+      me.done += AddBrwsGroup(list, &group, false, &id, false);
+      me.done += CloseBrwsList(list);
+      void* const prog = OpenProgList(me.prog.c_str());
+      me.done += AddProgListReg(prog, &entry);
+      me.done += CloseProgList(prog);
+      void* const lang = OpenLang(1);
+      me.done += SetLangStr(lang, 1, "on");
+      CloseLang(lang);
+      me.done += GetProcStatus("init", &running);
+      me.done += running;
+      CloseSvcManager(OpenSvcManager());
+      pthread_testcancel();
+      return nullptr;
+    }
+  } calls = {root.Root("log"), root.Path("browse"), root.Path("schedule")};
+  pthread_t thread;
+  void* result = nullptr;
+  ASSERT_EQ(pthread_create(&thread, nullptr, Calls::Run, &calls), 0);
+  pthread_join(thread, &result);
+  EXPECT_EQ(calls.done, 11);
+  EXPECT_EQ(result, PTHREAD_CANCELED) << "afterwards it is cancelled as before";
+}
+
 TEST(Threads, ProcessesAndServices) {
   test::FakePs const ps("  PID  PPID  NI COMMAND         COMMAND\n    1     0   0 init            /sbin/init\n", 0);
   test::Services services[kThreads];

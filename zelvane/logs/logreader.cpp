@@ -112,8 +112,9 @@ void LoadEarlierGeneration(LogClass& log, char const* path) {
 }  // namespace
 
 void* LogReaderOpen(char const* path) {
-  if (path == nullptr || *path == '\0' || !FilePermToRead(path)) return nullptr;
-  return Guard<void*>(nullptr, [&] {
+  if (path == nullptr || *path == '\0') return nullptr;
+  return Guard<void*>(nullptr, [&]() -> void* {
+    if (!FilePermToRead(path)) return nullptr;
     auto log = std::make_unique<LogClass>();
     if (AnsiLowerCase(ExtractFileExt(path)) == "cry") {
       LoadEarlierGeneration(*log, path);
@@ -121,7 +122,7 @@ void* LogReaderOpen(char const* path) {
       log->SetFile(path);
       log->LoadFile(kEventSize);
     }
-    return static_cast<void*>(log.release());
+    return log.release();
   });
 }
 
