@@ -70,8 +70,8 @@ class ZELVANE_API CipherClass {
   virtual void Encode(void* block) = 0;
   virtual void Decode(void* block) = 0;
   // Keys the cipher with the digest of the phrase, cut to the key size. The digest in the hash object is enciphered
-  // afterwards, so that it does not stay in memory. False without a phrase, a hash object or a digest; then the key
-  // before stays.
+  // afterwards, so that it does not stay in memory; in the modes that copy it stays there as it is. False without a
+  // phrase, a hash object or a digest; then the key before stays.
   virtual bool InitKey(char const* phrase, void* iv);
   // `length` bytes from `in` to `out`, which may be the same buffer, at any address. False, with nothing written, for
   // null, for a length below 1 and before the first keying.
