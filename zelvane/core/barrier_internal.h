@@ -6,20 +6,33 @@
 #define ZELVANE_CORE_BARRIER_INTERNAL_H
 
 #include <pthread.h>
+#if __has_include(<sys/single_threaded.h>)
+#include <sys/single_threaded.h>
+#endif
 
 #include <utility>
 
 namespace zelvane::internal {
 
-// Defers the cancellation of this thread.
+// Defers the cancellation of this thread. Both calls together take as long as many a function that reads one entry of a
+// list, so a program without threads goes without them.
 class Uncancelled {
  public:
-  Uncancelled() { pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &before_); }
+  Uncancelled() {
+    if (threads_) pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &before_);
+  }
   Uncancelled(Uncancelled const&) = delete;
   Uncancelled& operator=(Uncancelled const&) = delete;
-  ~Uncancelled() { pthread_setcancelstate(before_, nullptr); }
+  ~Uncancelled() {
+    if (threads_) pthread_setcancelstate(before_, nullptr);
+  }
 
  private:
+#if __has_include(<sys/single_threaded.h>)
+  bool const threads_ = __libc_single_threaded == 0;
+#else
+  static constexpr bool threads_ = true;
+#endif
   int before_ = PTHREAD_CANCEL_ENABLE;
 };
 
