@@ -183,8 +183,8 @@ DEFINE(int, -1, SHIM_STATUS, fchmod, (int fd, mode_t mode), (fd, mode))
 DEFINE(int, -1, SHIM_STATUS, fchown, (int fd, uid_t user, gid_t group), (fd, user, group))
 DEFINE(int, -1, SHIM_STATUS, mkdir, (char const* path, mode_t mode), (path, mode))
 DEFINE(int, -1, SHIM_LOCK, flock, (int fd, int operation), (fd, operation))
-DEFINE(int, -1, SHIM_STATUS, chdir, (char const* path), (path))
-DEFINE(int, -1, SHIM_STATUS, fchdir, (int fd), (fd))
+DEFINE(int, -1, SHIM_STATUS, faccessat, (int folder, char const* path, int mode, int flags),
+       (folder, path, mode, flags))
 DEFINE(int, -1, SHIM_STATUS, scandir,
        (char const* path, struct dirent*** list, int (*keep)(struct dirent const*),
         int (*order)(struct dirent const**, struct dirent const**)),
@@ -262,4 +262,6 @@ INSTEAD_OF(time_t, time, (time_t * now)) {
   return SHIM_NOW;
 }
 
-INSTEAD_OF(int, usleep, (useconds_t pause)) { return g_armed ? 0 : REAL(usleep)(pause); }
+INSTEAD_OF(int, clock_nanosleep, (clockid_t clock, int flags, struct timespec const* pause, struct timespec* left)) {
+  return g_armed ? 0 : REAL(clock_nanosleep)(clock, flags, pause, left);
+}

@@ -19,7 +19,7 @@ enum ShimCall {
   SHIM_TEMP,      // mkstemp, mkostemp
   SHIM_FORK,      // fork, popen, system
   SHIM_MALLOC,    // malloc, calloc, realloc
-  SHIM_STATUS,    // fstat, stat, lstat, fchmod, fchown, mkdir, chdir, fchdir, scandir
+  SHIM_STATUS,    // fstat, stat, lstat, fchmod, fchown, mkdir, faccessat, scandir
   SHIM_LOCK,      // flock
   SHIM_REMOVE,    // unlink, remove; only for kills: what cannot be removed must stay
   SHIM_CALLS,

@@ -96,6 +96,8 @@ TEST(CfgErrors, ArgumentsThenFileThenMode) {
     std::function<bool(CfgClass&)> call;
   } const rows[] = {
       {"511", ZELVANE_CALL(SetSection(null))},
+      {"000", ZELVANE_CALL(GetSection() != "other")},
+      {"000", ZELVANE_CALL(GetFileName() != "other")},
       {"111", ZELVANE_CALL(SectionExists(null) || c.KeyExists(null))},
       {"500", ZELVANE_CALL(KeyExists("s", "K"))},
       {"111", ZELVANE_CALL(EraseSection(null))},
@@ -137,6 +139,13 @@ TEST(CfgErrors, ArgumentsThenFileThenMode) {
   for (auto [cfg, code] : {std::pair(&closed, 5), {&readOnly, 6}, {&open, 0}})
     EXPECT_TRUE(cfg->Flush() && cfg->GetErrorCode() == code) << code;
   EXPECT_EQ(test::ReadFile(path), "[S]\nk = 1") << "refused insertions leave the lines alone";
+  for (auto const clear : {&CfgClass::ClearReadCache, &CfgClass::ClearWriteCache}) {
+    EXPECT_FALSE(closed.Flush() && !closed.IsFail());
+    (closed.*clear)();
+    EXPECT_EQ(closed.GetErrorCode(), 0) << "emptying is an operation, too";
+  }
+  EXPECT_TRUE(closed.Close());
+  EXPECT_EQ(closed.GetErrorCode(), 5) << "as a step it leaves the code alone";
 }
 
 TEST(CfgFiles, WhatCannotBeReadWholeIsNotOpened) {
@@ -177,7 +186,7 @@ TEST(CfgFiles, WhatLastsFromOneFileToTheNext) {
   EXPECT_EQ(Words(cfg.GetErrorLine(), cfg.ReadStr("S", "k", "closed")), "0 closed ");
   EXPECT_EQ(scratch.Read("f.cfg.lost"), old) << "the first copy stays";
 
-  EXPECT_TRUE(cfg.OpenReadOnly(scratch.Write("g.cfg", "[G]\ng=1")) && cfg.Rename(other.c_str()));
+  EXPECT_TRUE(cfg.SetFileName(scratch.Write("g.cfg", "[G]\ng=1"), true) && cfg.Rename(other));
   EXPECT_EQ(cfg.GetFileName(), other);
   EXPECT_TRUE(cfg.WriteStr("G", "g", "2")) << "read-only does not last";
   EXPECT_EQ(scratch.Read("h.cfg"), "[G]\nG = 1\n\n") << "cached mode does";
@@ -209,6 +218,17 @@ TEST(CfgTyped, TextThatIsNoSuchValueGivesTheDefault) {
   EXPECT_TRUE(cfg.WriteStr("T", "k", "07/03/2005"));
   EXPECT_EQ(cfg.ReadDateTime("T", "k", nullptr, -1), -1) << "shorter than the default format";
 }
+
+// Whether a call with such arguments compiles.
+constexpr auto kRead = [](auto... args) -> decltype(std::declval<CfgClass&>().ReadBool(args...)) { return {}; };
+constexpr auto kWrite = [](auto... args) -> decltype(std::declval<CfgClass&>().WriteBool(args...)) { return {}; };
+template <auto& kCall, class... Args>
+constexpr bool kCompiles = std::is_invocable_v<decltype(kCall), Args...>;
+using Text = char const*;
+static_assert(kCompiles<kRead, Text, Text, bool> && !kCompiles<kRead, Text, Text>);
+static_assert(kCompiles<kRead, Text, unsigned long, bool> && !kCompiles<kRead, unsigned long, char*>);
+static_assert(kCompiles<kWrite, Text, int> && !kCompiles<kWrite, Text, Text> && !kCompiles<kWrite, Text, Text, Text>);
+static_assert(kCompiles<kWrite, std::string, std::string, bool> && !kCompiles<kWrite, std::string, Text>);
 
 // The forms of a family on key K: four that name section T, where it is number 0, and four that mean the current one,
 // S, where it is number 1. `texts` is `args` for the forms that take std::string.

@@ -2,7 +2,9 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <sys/stat.h>
+#include <sys/time.h>
 #include <sys/utsname.h>
 #include <unistd.h>
 
@@ -85,6 +87,11 @@ TEST(Permissions, FoundByTryingWithoutTouching) {
     EXPECT_EQ("file=rw r=r w= =rd missing= dangling= file/x= ", found);
     return found == twins && !testing::Test::HasFailure() && descriptors == test::OpenDescriptors();
   }));
+  EXPECT_TRUE(test::AsOrdinaryUser([&] {  // in a directory that cannot be entered again, as daemons may be
+    std::string const closed = scratch.Path("closed");
+    bool const inside = mkdir(closed.c_str(), 0700) == 0 && chdir(closed.c_str()) == 0 && chmod(".", 0) == 0;
+    return inside && DirExists("/") && !DirExists(closed) && rmdir(closed.c_str()) == 0;
+  }));
   EXPECT_FALSE(FilePermToWrite(scratch.Path("fifo")));  // and does not wait
   EXPECT_EQ("", rights("") + rights(Text(nullptr)));
   EXPECT_EQ((Names{"dangling", "fifo", "file", "r", "w"}), scratch.List());
@@ -140,6 +147,21 @@ TEST(System, TicksAndDelays) {
   EXPECT_EQ(0U, (milliseconds | microseconds) >> 16 >> 16);
   Delay(3), usDelay(2500);
   EXPECT_GE(static_cast<std::uint32_t>(usGetSystemTick() - microseconds), 5500U);
+}
+
+TEST(System, SignalsDoNotCutADelayShort) {
+  static int signals;
+  signals = 0;
+  auto const before = signal(SIGALRM, [](int) { signals++; });
+  itimerval const often = {{0, 2000}, {0, 2000}}, never = {};
+  setitimer(ITIMER_REAL, &often, nullptr);
+  unsigned long const start = usGetSystemTick();
+  Delay(20), usDelay(20000);
+  unsigned long const end = usGetSystemTick();
+  setitimer(ITIMER_REAL, &never, nullptr);
+  signal(SIGALRM, before);
+  EXPECT_GE(static_cast<std::uint32_t>(end - start), 40000U) << signals << " signals";
+  EXPECT_GT(signals, 0);
 }
 
 TEST(System, VersionAndAdministrator) {

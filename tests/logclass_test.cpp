@@ -24,10 +24,11 @@ int g_looksToFail = -1;   // the look at a file after that many fails; -1: none 
 }  // namespace
 
 // The library pauses before each block that it copies: the moments at which a kill is interesting.
-extern "C" __attribute__((visibility("default"))) int usleep(useconds_t wait) {
+extern "C" __attribute__((visibility("default"))) int clock_nanosleep(clockid_t clock, int flags, timespec const* wait,
+                                                                      timespec* left) {
   if (g_pausesToLive >= 0 && g_pausesToLive-- == 0) raise(SIGKILL);
-  static auto* const real = reinterpret_cast<int (*)(useconds_t)>(dlsym(RTLD_NEXT, "usleep"));
-  return real(wait);
+  static auto* const real = reinterpret_cast<decltype(&clock_nanosleep)>(dlsym(RTLD_NEXT, "clock_nanosleep"));
+  return real(clock, flags, wait, left);
 }
 
 extern "C" __attribute__((visibility("default"))) int fstat64(int fd, struct stat64* status) __THROW {

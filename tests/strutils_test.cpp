@@ -166,6 +166,11 @@ TEST(Numbers, TextToNumbersAsTheCLibraryReadsIt) {
     double const real = strtod(text.c_str(), nullptr), read = StrToFloatDef(text, -7);
     ASSERT_TRUE(read == real && std::signbit(read) == std::signbit(real)) << text << " is not " << read;
   }
+  for (int const zeros : {989, 1009, 70000}) {  // more than an exponent of three digits makes up for
+    std::string const text =
+        "0." + std::string(static_cast<std::size_t>(zeros), '0') + "1E" + std::to_string(zeros + 1);
+    EXPECT_EQ(StrToFloatDef(text, -7), 1) << zeros << " zeros after the point";
+  }
   EXPECT_FALSE(StrIsInt(kNull) || StrIsHex(kNull) || StrIsFloat(kNull) || StrIsInt(std::string("1\0", 2)));
   EXPECT_EQ(StrToIntDef(kNull, 1) + HexToIntDef(kNull, 2), 3);
   EXPECT_EQ(StrToFloatDef(kNull, 4), 4);

@@ -1,5 +1,7 @@
 // Objects are one thread's own; separate ones do not disturb each other. Meant for the thread sanitizer, true without.
+// The threads have small stacks, as some of the product's programs give theirs.
 #include <gtest/gtest.h>
+#include <pthread.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -22,17 +24,41 @@ extern "C" char const* __tsan_default_suppressions() { return "race:tzset_intern
 namespace {
 
 constexpr int kThreads = 4;
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr std::size_t kStack = 1 << 20;  // sanitizers make every frame larger
+#else
+constexpr std::size_t kStack = 32 * 1024;
+#endif
+
+using Body = std::function<void(std::string const&)>;
+
+struct Thread {
+  pthread_t id = {};
+  std::string name;
+  Body const* body = nullptr;
+  std::atomic<int>* waiting = nullptr;
+
+  static void* Run(void* argument) {
+    auto const& me = *static_cast<Thread*>(argument);
+    for (--*me.waiting; *me.waiting > 0;) std::this_thread::yield();
+    for (int round = 0; round < 5; round++) (*me.body)(me.name);
+    return nullptr;
+  }
+};
 
 // Runs the body five times in threads that begin together, with a number of their own each.
-void InThreads(std::function<void(std::string const&)> const& body) {
+void InThreads(Body const& body) {
   std::atomic<int> waiting{kThreads};
-  std::vector<std::thread> threads;
-  for (int i = 0; i < kThreads; i++)
-    threads.emplace_back([&, i] {
-      for (waiting--; waiting > 0;) std::this_thread::yield();
-      for (int round = 0; round < 5; round++) body(std::to_string(i));
-    });
-  for (std::thread& thread : threads) thread.join();
+  Thread threads[kThreads];
+  pthread_attr_t attributes;
+  pthread_attr_init(&attributes);
+  ASSERT_EQ(pthread_attr_setstacksize(&attributes, kStack), 0);
+  for (int i = 0; i < kThreads; i++) {
+    threads[i] = {{}, std::to_string(i), &body, &waiting};
+    ASSERT_EQ(pthread_create(&threads[i].id, &attributes, Thread::Run, &threads[i]), 0);
+  }
+  for (Thread const& thread : threads) pthread_join(thread.id, nullptr);
+  pthread_attr_destroy(&attributes);
 }
 
 TEST(Threads, ObjectsOfTheirOwn) {
@@ -64,6 +90,10 @@ TEST(Threads, ObjectsOfTheirOwn) {
     EXPECT_TRUE(cipher.InitKey("phrase") && cipher.EncodeFile(root.Path("cfg" + me), root.Path("coded" + me)));
     EXPECT_NE("", FormatDateTime(GMTToLocalDateTime(GetGMTDateTime()), "%c"));
     EXPECT_EQ("1.50000", FloatToStr(StrToFloatDef("1.5", 0), 0, 6));
+    EXPECT_TRUE(CpFile(root.Path("cfg" + me), root.Path("copy" + me), 0, true));
+    EXPECT_TRUE(codec.EncodeFile(root.Path("cfg" + me), root.Path("b64" + me)));
+    EXPECT_EQ(remove(GetTmpFileName().c_str()), 0);
+    EXPECT_NE("", GetOSVersion() + GetUserPath());
   });
 }
 
@@ -168,6 +198,7 @@ TEST(Threads, FunctionsThatWriteTheSameFiles) {
   test::Installation root;
   root.Write("root/upscli.cfg", "# kept\n[CLILIST]\n0 = a;b;1\n");
   root.Write("root/srvlist.cfg", "[SRVLIST]\n7 = 007\n");
+  root.Write("root/007/upssrv.cfg", "");
   root.Write("home/.zellang.cfg", "[1]\n1 = on\n");
   std::atomic<int> serial{0};
   InThreads([&](std::string const&) {
@@ -182,7 +213,7 @@ TEST(Threads, FunctionsThatWriteTheSameFiles) {
     EXPECT_EQ(1, AddServerListItem(servers, &server) * RemServerListItem(servers, &server));
     EXPECT_EQ(1, AddServerListItem2(servers, &server, 9) * RemServerListItem2(servers, 9));
     EXPECT_EQ(1, ClearServerList(servers) * CloseServerList(servers));
-    EXPECT_EQ(1, RemUpsListItem("9"));
+    EXPECT_EQ(1, AddUpsListItem("7") * RemUpsListItem("9"));
     void* const lang = OpenLang(1);
     EXPECT_EQ(1, SetLangStr(lang, 2, "off"));
     CloseLang(lang);
@@ -192,8 +223,49 @@ TEST(Threads, FunctionsThatWriteTheSameFiles) {
   EXPECT_EQ(0U, root.Read("root/upscli.cfg").find("# kept\n"));
 }
 
-// Left out are OpenSvcManager and AddUpsListItem: they enter a folder to see whether they may (DirExists), and the
-// current folder is the whole process's. The handles of services are therefore read before the threads begin.
+// A cancellation that is pending takes effect at the next blocking call: not at one inside these functions.
+TEST(Threads, ACancelledThreadFinishesItsFunctions) {
+  test::Installation root;
+  test::FakePs const ps("  PID  PPID  NI COMMAND         COMMAND\n    1     0   0 init            /sbin/init\n", 0);
+  root.Write("root/srvlist.cfg", "[SRVLIST]\n7 = 007\n");
+  root.Write("root/log", std::string(68, 'r'));
+  struct Calls {
+    std::string log, list, prog;
+    int done = 0;
+    static void* Run(void* argument) {
+      auto& me = *static_cast<Calls*>(argument);
+      pthread_cancel(pthread_self());
+      ShutSrvConfig shut = {};
+      BrwsGroupRec group = {0, "g", -1};
+      reg_proglist entry = {2000000000};
+      unsigned long id = 0;
+      int running = 0;
+      me.done += GetShutSrvConfig("", &shut) + SetShutSrvConfig("", &shut) + (GetUpsListCount() == 1);
+      me.done += LogReaderClose(LogReaderOpen(me.log.c_str()));
+      void* const list = OpenBrwsList(me.list.c_str());
+      me.done += AddBrwsGroup(list, &group, false, &id, false);
+      me.done += CloseBrwsList(list);
+      void* const prog = OpenProgList(me.prog.c_str());
+      me.done += AddProgListReg(prog, &entry);
+      me.done += CloseProgList(prog);
+      void* const lang = OpenLang(1);
+      me.done += SetLangStr(lang, 1, "on");
+      CloseLang(lang);
+      me.done += GetProcStatus("init", &running);
+      me.done += running;
+      CloseSvcManager(OpenSvcManager());
+      pthread_testcancel();
+      return nullptr;
+    }
+  } calls = {root.Root("log"), root.Path("browse"), root.Path("schedule")};
+  pthread_t thread;
+  void* result = nullptr;
+  ASSERT_EQ(pthread_create(&thread, nullptr, Calls::Run, &calls), 0);
+  pthread_join(thread, &result);
+  EXPECT_EQ(calls.done, 11);
+  EXPECT_EQ(result, PTHREAD_CANCELED) << "afterwards it is cancelled as before";
+}
+
 TEST(Threads, ProcessesAndServices) {
   test::FakePs const ps("  PID  PPID  NI COMMAND         COMMAND\n    1     0   0 init            /sbin/init\n", 0);
   test::Services services[kThreads];
@@ -212,7 +284,8 @@ TEST(Threads, ProcessesAndServices) {
     EXPECT_FALSE(KillProc("absent") || AlreadyRunning());
     EXPECT_FALSE(GetProcAuto("init", &automatic) || SetProcAuto("init", 1));
     EXPECT_TRUE(CreateNewProc(":", 0));
-    EXPECT_TRUE(CloseSvcManager(new SvcManager));
+    void* const installed = OpenSvcManager();  // null where the machine has no init scripts
+    EXPECT_EQ(CloseSvcManager(installed), installed != nullptr);
   });
   // Later than that: the threads wait for processes of their own.
   while (waitpid(-1, nullptr, 0) > 0) {

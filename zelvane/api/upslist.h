@@ -29,8 +29,7 @@ ZELVANE_API int GetUpsListItem(unsigned int position, char* name);
 // srvlist.cfg cannot be read or written; the folder stays.
 //
 // A new folder's mode is octal 01230 less the umask, which installed systems expect: not even its owner may list or
-// enter it. Adding units therefore takes root. Whether there is a folder is asked as DirExists does (core/fileutils.h):
-// the process's current folder changes for a moment, so no other thread may use relative paths, or do this, meanwhile.
+// enter it. Adding units therefore takes root. A unit has a folder when DirExists (core/fileutils.h) finds it.
 ZELVANE_API int AddUpsListItem(char const* name);
 
 // Takes the unit `name`, read in the same way, off the list. Its folder and files stay. 1: it is not listed (any more);

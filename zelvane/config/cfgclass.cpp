@@ -7,7 +7,6 @@
 #include <cstring>
 #include <new>
 #include <string_view>
-#include <typeinfo>
 #include <utility>
 
 #include "zelvane/config/cfgclass_internal.h"
@@ -15,6 +14,7 @@
 #include "zelvane/core/barrier_internal.h"
 #include "zelvane/core/safesave_internal.h"
 #include "zelvane/core/strutils_internal.h"
+#include "zelvane/core/vtable_internal.h"
 
 using namespace zelvane::internal;
 
@@ -32,7 +32,7 @@ bool KeptForGood(std::string const& fileName) {
 
 // ---- Construction, files. ----
 
-CfgClass::CfgClass() : state_(std::make_unique<CfgState>()) {}
+CfgClass::CfgClass() : state_(std::make_unique<CfgState>()) { RememberTable(); }
 
 // This class's own steps save here. With no memory left for the text the changes are lost, as at any failed save here.
 CfgClass::~CfgClass() {
@@ -44,11 +44,15 @@ bool CfgClass::Fail(CfgError code) {
   return code == CFG_OK;
 }
 
-// Whether every step between parser, index and lines is this class's own, so that they can be taken together.
-bool CfgClass::IsPlain() const {
-  std::type_info const& type = typeid(*this);
-  return type == typeid(CfgClass) || type == typeid(RegCfgClass) || type == typeid(zelvane::internal::OptionalCfg) ||
-         type == typeid(zelvane::internal::OptionalRegCfg);
+// For the constructors of the classes whose steps between parser, index and lines are CfgClass's own.
+void CfgClass::RememberTable() { state_->ownTable = TableOf(*this); }
+
+// The two steps as parts of another operation, which sets the error code.
+void CfgClass::ClearCaches() {
+  int const error = state_->error;
+  ClearReadCache();
+  ClearWriteCache();
+  state_->error = error;
 }
 
 bool CfgClass::GetUpperCaseWriteCache() { return true; }
@@ -82,8 +86,7 @@ bool CfgClass::SetFileName(char const* name, bool readOnly) { return readOnly ? 
 
 bool CfgClass::Close() {
   bool const saved = SaveFile();
-  ClearReadCache();
-  ClearWriteCache();
+  ClearCaches();
   state_->fileName.clear();
   state_->section.clear();
   state_->readOnly = state_->modified = state_->dropsLines = false;
@@ -93,19 +96,17 @@ bool CfgClass::Close() {
 
 bool CfgClass::LoadFile(bool noLines) try {
   CfgState& state = *state_;
-  ClearReadCache();
-  ClearWriteCache();
+  ClearCaches();
   state.errorLine = 0;
   state.dropsLines = false;
-  state.plain = IsPlain();
+  state.usesOwnSteps = TableOf(*this) != state.ownTable;
 
   std::string text;
   ReadResult const read = ReadWhole(state.fileName, text);
   int const reason = read == ReadResult::kOk ? 0 : errno;
   state.missing = read == ReadResult::kNotOpened && reason == ENOENT;
   if (read == ReadResult::kReadFailed) {
-    ClearReadCache();
-    ClearWriteCache();
+    ClearCaches();
     state.errorLine = 1 + static_cast<int>(std::count(text.begin(), text.end(), '\n'));
   }
   if (read != ReadResult::kOk) {
@@ -122,7 +123,7 @@ bool CfgClass::LoadFile(bool noLines) try {
     char const* const feed = static_cast<char const*>(std::memchr(line, '\n', static_cast<std::size_t>(end - line)));
     std::string_view const raw(line, static_cast<std::size_t>((feed == nullptr ? end : feed) - line));
     number++;
-    if (!(state.plain && !noLines ? TakeLine(state, raw) : ParseLine(std::string(raw), noLines))) {
+    if (!(state.usesOwnSteps || noLines ? ParseLine(std::string(raw), noLines) : TakeLine(state, raw))) {
       state.errorLine = number;
       state.dropsLines = noLines || feed != nullptr;
       return false;
@@ -140,8 +141,7 @@ bool CfgClass::ParseLine(std::string const& line, bool noLines) {
   IndexAllKeys(state);
   auto const position = noLines ? state.lines.end() : state.lines.insert(state.lines.end(), line);
   auto const give_up = [this] {
-    ClearReadCache();
-    ClearWriteCache();
+    ClearCaches();
     return false;
   };
   std::string_view const text = TrimView(line);
@@ -166,9 +166,15 @@ bool CfgClass::ParseLine(std::string const& line, bool noLines) {
   return InsertKey(key, std::string(value), &state.parseSection, &state.parseKey, &position, false) || give_up();
 }
 
-void CfgClass::ClearReadCache() { ForgetIndex(*state_); }
+void CfgClass::ClearReadCache() {
+  ForgetIndex(*state_);
+  Fail(CFG_OK);
+}
 
-void CfgClass::ClearWriteCache() { ForgetLines(*state_); }
+void CfgClass::ClearWriteCache() {
+  ForgetLines(*state_);
+  Fail(CFG_OK);
+}
 
 bool CfgClass::SaveFile() {
   CfgState& state = *state_;
@@ -207,7 +213,13 @@ bool CfgClass::Rename(char const* name) {
   return SaveAs(copy.c_str()) && Open(copy.c_str());
 }
 
-std::string CfgClass::GetFileName() { return state_->fileName; }
+bool CfgClass::Rename(std::string const& name) { return Rename(name.c_str()); }
+bool CfgClass::SetFileName(std::string const& name, bool readOnly) { return SetFileName(name.c_str(), readOnly); }
+
+std::string CfgClass::GetFileName() {
+  Fail(CFG_OK);
+  return state_->fileName;
+}
 
 // ---- Steps on the index. ----
 
@@ -269,7 +281,10 @@ bool CfgClass::SetSection(char const* name) {
 }
 
 bool CfgClass::SetSection(std::string const& name) { return SetSection(name.c_str()); }
-std::string CfgClass::GetSection() { return state_->section; }
+std::string CfgClass::GetSection() {
+  Fail(CFG_OK);
+  return state_->section;
+}
 
 bool CfgClass::SectionExists(char const* name) {
   if (name == nullptr) return Fail(CFG_BAD_ARGUMENT);
@@ -307,7 +322,7 @@ std::string CfgClass::GetSectionName(unsigned long n) {
 
 // Finds the section and, where one is given, its key: by the object's own steps where those may be replaced.
 bool CfgClass::Find(char const* section, char const* key, SectionPosition* at, KeyPosition* position) {
-  if (!state_->plain) return LocateSection(section, at) && (key == nullptr || LocateKey(at, key, position));
+  if (state_->usesOwnSteps) return LocateSection(section, at) && (key == nullptr || LocateKey(at, key, position));
   Fail(CFG_OK);
   *at = FindSection(*state_, section);
   if (key == nullptr || *at == state_->sections.end()) return *at != state_->sections.end();
@@ -332,7 +347,7 @@ bool CfgClass::Find(char const* section, unsigned long n, KeyPosition* position)
 // The shortcut past the operations that an operation by number hands on to, where no step is replaced. In the current
 // section (null) no name is compared a second time. False: not found, or to be done the long way.
 bool CfgClass::FindAtOnce(char const* section, SectionPosition* at) {
-  if (!state_->plain) return false;
+  if (state_->usesOwnSteps) return false;
   Recent& recent = state_->recent;
   if (section != nullptr) return Find(section, at);
   if (!recent.isCurrent && !Find(state_->section.c_str(), at)) return false;
@@ -445,7 +460,7 @@ bool CfgClass::WriteStr(char const* section, char const* key, char const* value)
   if (!Find(section, &at) && (!InsertSection(section, nullptr, true) || !Find(section, &at))) return false;
   SectRec& record = at->second;
   KeyPosition found;
-  if (state.plain) {
+  if (!state.usesOwnSteps) {
     auto const makeLine = [&](std::string_view upper) {
       return MakeKey(state, record, GetUpperCaseWriteCache() ? upper : std::string_view(key), value);
     };
@@ -476,7 +491,7 @@ long CfgClass::GetErrorLine() { return state_->errorLine; }
 
 // ---- The variants. ----
 
-RegCfgClass::RegCfgClass() = default;
+RegCfgClass::RegCfgClass() { RememberTable(); }
 RegCfgClass::~RegCfgClass() = default;  // the base closes, and so saves
 bool RegCfgClass::GetUpperCaseWriteCache() { return false; }
 bool RegCfgClass::LoadFile(bool noLines) { return CfgClass::LoadFile(noLines); }
@@ -485,6 +500,11 @@ bool RegCfgClass::SaveAs(char const* name) { return CfgClass::SaveAs(name); }
 bool RegCfgClass::SaveAs(std::string const& name) { return CfgClass::SaveAs(name); }
 
 namespace zelvane::internal {
+
+template <class Base>
+OptionalFile<Base>::OptionalFile() {
+  this->RememberTable();
+}
 
 template <class Base>
 bool OptionalFile<Base>::LoadFile(bool noLines) {

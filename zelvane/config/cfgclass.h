@@ -1,47 +1,55 @@
-// CfgClass, the sectioned key/value text-file engine that every configuration file of the product goes through, and
-// RegCfgClass, its variant for the per-user and system-wide settings.
+// CfgClass reads and writes the product's configuration files: text files with sections and keys. RegCfgClass is its
+// variant for the per-user and the system-wide settings.
 //
-// THE LIFE OF AN OBJECT
+// USE
 //
 //   CfgClass cfg;                                   cfg.SetCached(true);             // many changes, one save
 //   if (!cfg.Open("upscli.cfg")) return;            cfg.SetSection("RUNCOMMAND");
 //   std::string line = cfg.ReadStr("RUNCOMMAND",    cfg.WriteUInt("DELAY", 30);
 //                                  "CMDLINE", "");  bool saved = cfg.Flush();
 //
-// Open reads the whole file; the file is open only while it is read or written. Every line is kept as it was read
-// (comments, blank lines, spacing, order, case, line ends); an operation rewrites the lines it names and no other, so
-// all the rest is written back byte for byte. Without cached mode every change is saved before its operation returns;
-// in cached mode changes stay in memory until Flush, SetCached(false), Close or the destructor. An object that goes out
-// of scope saves what it holds.
+// Open reads the whole file into memory. The file itself is open only during a load or a save. The object keeps every
+// line as it was read: comments, blank lines, spacing, order, case, line ends. A change rewrites only the lines it
+// names; a save writes all other lines back byte for byte.
 //
-// THE LINES OF A FILE (each is judged after blanks, tabs and carriage returns at both ends are taken off)
+// Without cached mode each change saves the file before it returns. In cached mode changes stay in memory until Flush,
+// SetCached(false), Close, Open of another file, or the destructor. The destructor saves, but cannot report a failure.
 //
-//   (nothing)                          kept, no meaning
-//   ; text    # text    ' text         comment; only the first character counts
-//   [Name]                             header: the keys that follow belong to section NAME
-//   Key = value                        key; the first "=" parts them. A line without "=" is both key and value
-//   anything else                      syntax error: one character alone, [], "[" or "]" elsewhere, "=" in front
+// FILE FORMAT (blanks, tabs and carriage returns at both ends of a line are ignored)
 //
-// Keys before the first header belong to the section with the empty name. There is no quoting, no escape and no
-// continuation. A later header of a name already seen goes on with the earlier section; a key that comes again in its
-// section stays in the file but is never read or written (the first one counts).
+//   (empty)                            kept, no meaning
+//   ; text    # text    ' text         comment; only the first character of the line counts
+//   [Name]                             header; the keys that follow belong to section NAME
+//   Key = value                        key; the first "=" is the separator. Without "=" the line is both key and value
+//   anything else                      syntax error: a single character, [], "[" or "]" elsewhere, "=" at the start
 //
-// Names match without regard to case (Latin-1, as AnsiUpperCase does it). Walking by index yields upper-cased names in
-// ascending byte order, not in file order.
+// - Keys before the first header belong to the section with the empty name.
+// - There is no quoting, no escape, no continuation line, and no comment after a value.
+// - A repeated header continues the earlier section.
+// - A repeated key stays in the file, but only the first one is read and written.
+// - Names match without regard to case (Latin-1, as in AnsiUpperCase).
+// - Access by index returns upper-cased names in ascending byte order, not in file order. Write index 0 as `0ul`: where
+//   a name may stand too, a plain 0 is ambiguous and does not compile.
 //
-// WHERE NEW LINES GO
+// WHERE CHANGES GO
 //
-// A new key goes directly after the last key of its section, a new section to the end of the file, with no blank line
-// between. Names are written upper-cased (RegCfgClass: as given). A changed key keeps its spelling and loses its
-// indentation and whatever followed its value: the line becomes `Key = value`.
+//   new key        after the last key of its section (DeleteKey has an exception), or after its header
+//   new section    at the end of the file, without a blank line before it
+//   changed key    its line becomes `Key = value`. The key keeps its spelling. Indentation, trailing blanks and the
+//                  carriage return of a CR LF line are lost
 //
-// WHAT NOBODY CHECKS
+// New names are written upper-cased; RegCfgClass writes them as given.
 //
-// Values are written as given. A value with "[" or "]" makes its own line a syntax error for the next load, which then
-// stops there: callers that pass on what people type must refuse brackets. A name with a bracket does the same; a key
-// that holds "=" is another one after the next load, one that begins with a comment character none, and blanks around
-// names and values are gone. Line feeds in any of them are refused (error 1): they would write lines of their own. The
-// std::string forms read their arguments up to the first NUL, as the others do.
+// NOT CHECKED: the caller must refuse these where people type.
+//
+// - "[" or "]" in a key or value. The line is then a syntax error (or a header) for the next load.
+// - "]" in a section name: a syntax error for the next load.
+// - "=" in a key: the next load splits the line at it.
+// - A comment character at the start of a key: the next load skips the line.
+// - Blanks around a name or value: the next load drops them.
+//
+// A line feed in a section, key or value is refused (error 1). The std::string overloads use their arguments up to the
+// first NUL.
 //
 // A LOAD THAT STOPS AT A SYNTAX ERROR
 //
@@ -55,15 +63,20 @@
 // mode, owner and symbolic links stay. When a save returns true, the text and its name are on disk: a power cut does
 // not bring back the old one. docs/config-format.md has the details and the exceptions.
 //
-// ERROR CODES: every operation sets the code that GetErrorCode() reads (CfgError). Each operation's arguments are
-// checked before the state of the object (error 1 before 5 before 6); SetSection alone does it the other way round.
+// ERROR CODES: every operation but IsFail, GetErrorCode and GetErrorLine sets the code that GetErrorCode() returns
+// (CfgError). An operation checks in this order: arguments (error 1), open file (error 5), read-only (error 6).
+// SetSection checks for an open file first.
 //
-// MEMORY: where it runs out, the operation throws std::bad_alloc and the object stays consistent. A change is made, or
-// not (a new section may be there without its key), and may not be saved yet. A load leaves nothing open; a save leaves
-// the file open with its changes, also where Open or Close began with it. The destructor never throws. A section's keys
-// take their memory when the section is first asked for, so that reading may be the operation that finds none.
+// OUT OF MEMORY: the operation throws std::bad_alloc; the object stays consistent. The destructor never throws. A
+// section's keys take their memory when the section is first asked for, so that a read can be what fails.
 //
-// THREADS: one object belongs to one thread at a time; separate objects are independent.
+//   change    made completely or not at all, but perhaps not saved; a new section can exist without its key
+//   load      no file is open
+//   save      the file stays open with its changes; this includes the save at the start of Open and Close
+//
+// SUBCLASSES may replace any virtual operation, and may be compiled without run-time type information.
+//
+// THREADS: one thread at a time for each object. Separate objects are independent.
 #ifndef ZELVANE_CONFIG_CFGCLASS_H
 #define ZELVANE_CONFIG_CFGCLASS_H
 
@@ -72,6 +85,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 #include "zelvane/export.h"
 
@@ -80,6 +94,8 @@ struct CfgState;
 struct SectKeys;
 template <class Base>
 class OptionalFile;
+template <class T>
+using IfPointer = std::enable_if_t<std::is_pointer_v<std::decay_t<T>>>;
 }  // namespace zelvane::internal
 
 // One indexed key and one indexed section, as positions reach them. The engine alone fills and reads them.
@@ -142,7 +158,8 @@ class ZELVANE_API CfgClass {
   // all three true with nothing written. A failed write: error 2, false; the changes and the modified mark stay, so a
   // later call tries again.
   virtual bool SaveFile();
-  // Empties the index / the lines. Neither touches the file or marks anything as modified.
+  // Empties the index / the lines. Neither touches the file or marks anything as modified. Error 0; as a step of
+  // another operation they leave its code unchanged.
   virtual void ClearReadCache();
   virtual void ClearWriteCache();
   // Takes in one line without its line feed: keeps it (unless `noLines`) as the last one and indexes it. A key belongs
@@ -184,12 +201,14 @@ class ZELVANE_API CfgClass {
   // name, byte for byte: error 4. Failed writing: error 2.
   virtual bool SaveAs(char const* name);
   virtual bool SaveAs(std::string const& name);
-  // The open file's name, "" when none.
+  // The open file's name, "" when none. Error 0.
   virtual std::string GetFileName();
   // SaveAs(name), then Open(name): goes on with the normalised copy, and saves pending changes to the old file too.
   virtual bool Rename(char const* name);
+  bool Rename(std::string const& name);
   // OpenReadOnly(name) or Open(name).
   virtual bool SetFileName(char const* name, bool readOnly);
+  bool SetFileName(std::string const& name, bool readOnly);
   // Same as Flush().
   virtual bool FlushCache();
 
@@ -198,7 +217,7 @@ class ZELVANE_API CfgClass {
   // Names the section of all operations that take none; it need not exist. No open file: error 5; then null: error 1.
   virtual bool SetSection(char const* name);
   virtual bool SetSection(std::string const& name);
-  // That name, as it was given; "" at first and after Close.
+  // That name, as it was given; "" at first and after Close. Error 0.
   virtual std::string GetSection();
   virtual bool SectionExists(char const* name);  // null: error 1, false
   virtual bool SectionExists(std::string const& name);
@@ -221,8 +240,8 @@ class ZELVANE_API CfgClass {
   virtual bool KeyExists(std::string const& key);
   // Removes the key and its line. A key that does not exist is no error: true. No file: error 5; read-only: error 6.
   // Not cached: the result is that of the save. By number: the key that GetKeyName(n) names; none: error 1, false.
-  // After the removal of a section's last key, the next new key follows the last one that this object has added, or
-  // the header when it added none: keys that were loaded do not remember the one before them.
+  // When the section's last key is deleted, the next new key goes after the header if that key was loaded (kept:
+  // existing programs depend on it), otherwise after the key before it.
   virtual bool DeleteKey(char const* section, char const* key);
   virtual bool DeleteKey(std::string const& section, std::string const& key);
   virtual bool DeleteKey(char const* key);
@@ -260,7 +279,8 @@ class ZELVANE_API CfgClass {
   virtual long ReadInt(std::string const& section, unsigned long index, long def);
   virtual long ReadInt(unsigned long index, long def);
 
-  // Numbers only: 0 is false, any other number true; words such as "yes" and "true" give the default.
+  // Numbers only: 0 is false, any other number true; words such as "yes" and "true" give the default. A text or other
+  // pointer as the default does not compile: C++ would convert it to true.
   virtual bool ReadBool(char const* section, char const* key, bool def);
   virtual bool ReadBool(std::string const& section, std::string const& key, bool def);
   virtual bool ReadBool(char const* key, bool def);
@@ -268,6 +288,10 @@ class ZELVANE_API CfgClass {
   virtual bool ReadBool(char const* section, unsigned long index, bool def);
   virtual bool ReadBool(std::string const& section, unsigned long index, bool def);
   virtual bool ReadBool(unsigned long index, bool def);
+  template <class Key, class Text, class = zelvane::internal::IfPointer<Text>>
+  bool ReadBool(Key const& key, Text const& def) = delete;
+  template <class Section, class Key, class Text, class = zelvane::internal::IfPointer<Text>>
+  bool ReadBool(Section const& section, Key const& key, Text const& def) = delete;
 
   // Seconds since 1970, read by StrToDateTime with `format` (null or empty: "dd/mm/yyyy hh:nn:ss"). Text shorter than
   // the format gives the default.
@@ -321,7 +345,7 @@ class ZELVANE_API CfgClass {
   virtual bool WriteUInt(std::string const& section, unsigned long index, unsigned long value);
   virtual bool WriteUInt(unsigned long index, unsigned long value);
 
-  // "1" or "0".
+  // "1" or "0". A text or other pointer as the value does not compile, as with ReadBool.
   virtual bool WriteBool(char const* section, char const* key, bool value);
   virtual bool WriteBool(std::string const& section, std::string const& key, bool value);
   virtual bool WriteBool(char const* key, bool value);
@@ -329,6 +353,10 @@ class ZELVANE_API CfgClass {
   virtual bool WriteBool(char const* section, unsigned long index, bool value);
   virtual bool WriteBool(std::string const& section, unsigned long index, bool value);
   virtual bool WriteBool(unsigned long index, bool value);
+  template <class Key, class Text, class = zelvane::internal::IfPointer<Text>>
+  bool WriteBool(Key const& key, Text const& value) = delete;
+  template <class Section, class Key, class Text, class = zelvane::internal::IfPointer<Text>>
+  bool WriteBool(Section const& section, Key const& key, Text const& value) = delete;
 
   // DateTimeToStr(format, time): seconds since 1970; an invalid time writes an empty value.
   virtual bool WriteDateTime(char const* section, char const* key, char const* format, long time);
@@ -370,6 +398,7 @@ class ZELVANE_API CfgClass {
  private:
   template <class Base>
   friend class zelvane::internal::OptionalFile;
+  friend class RegCfgClass;
 
   ZELVANE_HIDDEN bool OpenAs(char const* name, bool readOnly);
   ZELVANE_HIDDEN CfgError Refusal(char const* section, char const* key, bool writing) const;
@@ -381,7 +410,8 @@ class ZELVANE_API CfgClass {
   ZELVANE_HIDDEN bool FindAtOnce(char const* section, unsigned long n, KeyPosition* position);
   ZELVANE_HIDDEN bool Changed();
   ZELVANE_HIDDEN bool Fail(CfgError code);
-  ZELVANE_HIDDEN bool IsPlain() const;
+  ZELVANE_HIDDEN void RememberTable();
+  ZELVANE_HIDDEN void ClearCaches();
 
   std::unique_ptr<zelvane::internal::CfgState> state_;
 };

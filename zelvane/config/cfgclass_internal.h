@@ -12,7 +12,7 @@ namespace zelvane::internal {
 template <class Base>
 class OptionalFile final : public Base {
  public:
-  OptionalFile() = default;
+  OptionalFile();
   bool LoadFile(bool noLines) override;
 
   // The position of a key by its section and its name or number: to look at a value without copying it.

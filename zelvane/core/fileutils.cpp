@@ -6,6 +6,9 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
+#include <ctime>
+#include <memory>
+#include <new>
 
 #include "zelvane/core/barrier_internal.h"
 #include "zelvane/core/fd_internal.h"
@@ -69,22 +72,32 @@ unsigned short Percent(unsigned long count, unsigned long size) {
   return static_cast<std::uint16_t>(static_cast<std::uint64_t>(percent));
 }
 
-bool CopyBlocks(CpFileProgress progress, Descriptor const& in, Descriptor& out, unsigned long size) {
-  char block[kCopyBlock];
+// `block` has room for kCopyBlock bytes.
+bool CopyBlocks(CpFileProgress progress, Descriptor const& in, Descriptor& out, char* block, unsigned long size) {
   unsigned long count = 0;
   bool written = true;
   ssize_t got = 0;
   do {
     Delay(0);
-    got = ReadBlock(in.Get(), block, sizeof block);
+    got = ReadBlock(in.Get(), block, kCopyBlock);
     if (got < 0) return false;
     written = written && WriteAll(out.Get(), block, static_cast<size_t>(got));
     count += static_cast<unsigned long>(got);
     if (progress != nullptr) progress(nullptr, count, size, Percent(count, size), false);
-  } while (got == static_cast<ssize_t>(sizeof block));
+  } while (got == static_cast<ssize_t>(kCopyBlock));
   if (!out.Close() || !written) return false;
   if (progress != nullptr) progress(nullptr, count, size, Percent(count, size), true);
   return true;
+}
+
+// A signal handler does not cut it short.
+void Sleep(std::uint32_t microseconds) {
+  constexpr std::uint32_t kSecond = 1000000;
+  timespec left = {};
+  left.tv_sec = static_cast<time_t>(microseconds / kSecond);
+  left.tv_nsec = static_cast<long>(microseconds % kSecond) * 1000;
+  while (clock_nanosleep(CLOCK_MONOTONIC, 0, &left, &left) == EINTR) {
+  }
 }
 
 }  // namespace
@@ -189,11 +202,8 @@ bool FilePermToWrite(char const* path) {
 
 bool DirExists(char const* path) {
   if (path == nullptr) return false;
-  // A folder held open can be returned to even if its path has changed. The way back is tried first: a process that has
-  // given up its rights since it came here could not return.
-  Descriptor const here = Open(".", O_PATH | O_DIRECTORY);
-  if (!here || fchdir(here.Get()) != 0 || chdir(path) != 0) return false;
-  return fchdir(here.Get()) == 0;
+  Descriptor const directory = Open(path, O_PATH | O_DIRECTORY);
+  return directory && faccessat(directory.Get(), ".", X_OK, AT_EACCESS) == 0;
 }
 
 // ---- Copying ----
@@ -204,6 +214,8 @@ bool CpFile(CpFileProgress progress, char const* source, char const* destination
   Descriptor const in = Open(source, O_RDONLY);
   if (!in) return false;
   if (!overwrite && FilePermToRead(destination)) return false;
+  std::unique_ptr<char[]> const block(new (std::nothrow) char[kCopyBlock]);  // a thread's stack may be smaller
+  if (block == nullptr) return false;
   Descriptor out = OpenDestination(destination, in.Get());
   if (!out) return false;
 
@@ -213,7 +225,7 @@ bool CpFile(CpFileProgress progress, char const* source, char const* destination
   if (seeks && lseek(in.Get(), static_cast<off_t>(offset), SEEK_SET) < 0) return false;
 
   if (progress != nullptr) progress(nullptr, 0, static_cast<unsigned long>(size), 0, false);
-  return CopyBlocks(progress, in, out, static_cast<unsigned long>(size));
+  return CopyBlocks(progress, in, out, block.get(), static_cast<unsigned long>(size));
 }
 
 bool CpFile(char const* source, char const* destination, unsigned long offset, bool overwrite) {
@@ -224,12 +236,12 @@ bool CpFile(char const* source, char const* destination, unsigned long offset, b
 
 void Delay(unsigned long milliseconds) {
   auto const wait = static_cast<std::uint32_t>(milliseconds);
-  usleep((wait == 0 ? 1U : wait) * 1000U);
+  Sleep((wait == 0 ? 1U : wait) * 1000U);
 }
 
 void usDelay(unsigned long microseconds) {
   auto const wait = static_cast<std::uint32_t>(microseconds);
-  usleep(wait == 0 ? 1U : wait);
+  Sleep(wait == 0 ? 1U : wait);
 }
 
 unsigned long GetSystemTick() {

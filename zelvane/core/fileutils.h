@@ -79,9 +79,7 @@ ZELVANE_API bool FilePermToRead(std::string const& path);
 ZELVANE_API bool FilePermToWrite(char const* path);
 ZELVANE_API bool FilePermToWrite(std::string const& path);
 
-// True if the path is a folder that this process may enter; false for null. It is entered and left again: the process's
-// current folder changes for a moment, so no other thread may use relative paths meanwhile. False, too, when the
-// present folder could not be entered again.
+// True if the path is a directory that this process may enter; false for null. The current directory stays unchanged.
 ZELVANE_API bool DirExists(char const* path);
 ZELVANE_API bool DirExists(std::string const& path);
 
@@ -93,8 +91,8 @@ typedef void (*CpFileProgress)(void const*, unsigned long, unsigned long, unsign
 
 // Copies `source` from byte `offset` to its end into `destination`, which is created, or emptied first. False, with the
 // destination as it was: a null name; a source that cannot be opened; with `overwrite` false, a readable destination; a
-// destination that cannot be opened for writing; source and destination being one file. False, with whatever has been
-// copied left in the destination: a failed seek, read (a folder as source) or write.
+// destination that cannot be opened for writing; source and destination being one file; no memory. False, with whatever
+// has been copied left in the destination: a failed seek, read (a folder as source) or write.
 //
 // Blocks have 65,536 bytes with a pause of one millisecond before each, so that a large copy does not take the disk for
 // itself. `progress` (null for none) is called once before the first block with finished false, once after each block,
@@ -114,7 +112,7 @@ ZELVANE_API bool CpFile(std::string const& source, std::string const& destinatio
 // ---- Waiting and ticks: 32-bit on every platform ----
 
 // Sleeps that many milliseconds, at least one: 0 counts as 1. The time in microseconds is kept to its low 32 bits, so
-// it wraps above 4,294,967 ms. A signal handler may cut it short.
+// it wraps above 4,294,967 ms. A signal handler does not cut it short.
 ZELVANE_API void Delay(unsigned long milliseconds);
 
 // The same in microseconds: 0 counts as 1.

@@ -7,7 +7,8 @@
 // - Integers are 32 bits wide on every platform, whatever the width of `long`: formatters print the low 32 bits, and
 //   text that does not fit into signed 32 bits does not convert.
 // - Numbers are read and written as the classic locale does it; the program's own locale has no part in it.
-// - Where there is no memory for a result, std::bad_alloc is thrown.
+// - Where there is no memory for a result, std::bad_alloc is thrown. A count of pieces that no vector can hold throws
+//   std::length_error.
 #ifndef ZELVANE_CORE_STRUTILS_H
 #define ZELVANE_CORE_STRUTILS_H
 

@@ -3,6 +3,7 @@
 #include <cfloat>
 #include <charconv>
 #include <climits>
+#include <cmath>
 #include <cstdint>
 #include <locale>
 #include <sstream>
@@ -106,80 +107,44 @@ bool IsInt(std::string_view text) {
 
 bool IsHex(std::string_view text) { return Skip(text, IsHexDigit) > 0 && text.empty(); }
 
-// What the text of a floating-point number says: digits * 10^exponent, as far as both are small.
-struct Decimal {
-  std::uint64_t digits = 0;
-  int exponent = 0;
-  bool valid = false;
-  bool small = true;
-};
-
-constexpr std::uint64_t kMostDigits = std::uint64_t{1} << 53;  // the integers that a double holds exactly
-
-// Takes the digits off the front of `text` into `decimal`, each worth ten of the next; gives how many there were.
-std::size_t TakeDigits(std::string_view& text, Decimal& decimal) {
-  return Skip(text, [&decimal](char c) {
-    if (!IsDigit(c)) return false;
-    if (decimal.digits > kMostDigits / 16) decimal.small = false;
-    if (decimal.small) decimal.digits = decimal.digits * 10 + static_cast<unsigned>(c - '0');
-    return true;
-  });
-}
-
-// An exponent of more than three digits is none of a small number.
-bool TakeExponent(std::string_view& text, Decimal& decimal) {
-  bool const negative = !SkipChar(text, '+') && SkipChar(text, '-');
-  int value = 0;
-  std::size_t const count = Skip(text, [&value](char c) {
-    if (IsDigit(c) && value < 1000) value = value * 10 + (c - '0');
-    return IsDigit(c);
-  });
-  decimal.exponent += negative ? -value : value;
-  return count > 0;
-}
-
-Decimal ParseFloat(std::string_view text) {
-  Decimal decimal;
+bool IsFloat(std::string_view text) {
   SkipSign(text);
-  std::size_t count = TakeDigits(text, decimal);
-  if (SkipChar(text, '.')) {
-    std::size_t const places = TakeDigits(text, decimal);
-    count += places;
-    decimal.exponent = -static_cast<int>(std::min<std::size_t>(places, 1000));
-  }
-  decimal.valid = count > 0 && (text.empty() || (SkipChar(text, 'E') && TakeExponent(text, decimal) && text.empty()));
-  return decimal;
+  std::size_t digits = SkipDigits(text);
+  if (SkipChar(text, '.')) digits += SkipDigits(text);
+  if (digits == 0) return false;
+  if (!SkipChar(text, 'E')) return text.empty();
+  SkipSign(text);
+  return SkipDigits(text) > 0 && text.empty();
 }
 
-bool IsFloat(std::string_view text) { return ParseFloat(text).valid; }
+// from_chars of the whole of `text`: anything after the number makes it invalid. It takes a minus sign, but no plus.
+template <typename Number, typename... Base>
+std::errc ReadNumber(std::string_view text, Number& value, Base... base) {
+  char const* const end = text.data() + text.size();
+  auto const [stop, error] = std::from_chars(text.data(), end, value, base...);
+  return stop == end ? error : std::errc::invalid_argument;
+}
 
-// from_chars takes digits behind an optional minus sign, and the rest of the text has to be empty.
+// Removes a plus sign. False when a minus sign follows it.
+bool SkipPlus(std::string_view& text) { return !SkipChar(text, '+') || text.empty() || text.front() != '-'; }
+
 long ReadHex(std::string_view text, long def) {
   if (SkipChar(text, '-')) return def;
   std::int32_t value = 0;
-  char const* const end = text.data() + text.size();
-  auto const [stop, error] = std::from_chars(text.data(), end, value, 16);
-  return error == std::errc() && stop == end ? value : def;
+  return ReadNumber(text, value, 16) == std::errc() ? value : def;
 }
 
-// Powers of ten that a double holds exactly.
-constexpr double kPowers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
-                              1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
-constexpr int kMostPower = 22;
+// Where the processor computes wider than a double, from_chars rounds some numbers twice.
+constexpr bool kRoundsTwice = FLT_EVAL_METHOD != 0;
 
+// from_chars has the syntax of StrIsFloat, and also takes "e", infinities and not-a-numbers.
 double ReadFloat(std::string_view text, double def) {
-  Decimal const decimal = ParseFloat(text);
-  if (!decimal.valid) return def;
-  // Two exact numbers make one correctly rounded quotient or product, unless the machine computes wider than a double.
-  if (decimal.small && decimal.exponent >= -kMostPower && decimal.exponent <= kMostPower && FLT_EVAL_METHOD == 0) {
-    auto const digits = static_cast<double>(decimal.digits);
-    double const value =
-        decimal.exponent < 0 ? digits / kPowers[-decimal.exponent] : digits * kPowers[decimal.exponent];
-    return text.front() == '-' ? -value : value;
-  }
-  SkipChar(text, '+');
   double value = 0;
-  if (std::from_chars(text.data(), text.data() + text.size(), value).ec == std::errc()) return value;
+  if (!SkipPlus(text)) return def;
+  std::errc const error = ReadNumber(text, value);
+  bool const isFloat = error != std::errc::invalid_argument && text.find('e') == std::string_view::npos;
+  if (!isFloat || !std::isfinite(value)) return def;
+  if (error == std::errc() && !kRoundsTwice) return value;
   // Too large and too small look alike to from_chars; a stream takes the small ones.
   std::istringstream stream{std::string(text)};
   stream.imbue(std::locale::classic());
@@ -188,21 +153,9 @@ double ReadFloat(std::string_view text, double def) {
 
 }  // namespace
 
-// Judged once, at the end: a test and a way out for each digit would take longer than summing it up.
 long zelvane::internal::ToInt(std::string_view text, long def) {
-  constexpr std::size_t kSafeDigits = 18;  // no number of so many is too large for 64 bits
-  bool const negative = !SkipChar(text, '+') && SkipChar(text, '-');
-  while (text.size() > kSafeDigits && text.front() == '0') text.remove_prefix(1);
-  if (text.empty() || text.size() > kSafeDigits) return def;
-  std::uint64_t sum = 0;
-  bool digits = true;
-  for (char const c : text) {
-    auto const digit = static_cast<unsigned>(c - '0');
-    digits &= digit <= 9;
-    sum = sum * 10 + digit;
-  }
-  if (!digits) return def;
-  auto const value = negative ? -static_cast<std::int64_t>(sum) : static_cast<std::int64_t>(sum);
+  std::int64_t value = 0;  // from_chars checks for overflow on fewer digits than with 32 bits
+  if (!SkipPlus(text) || ReadNumber(text, value, 10) != std::errc()) return def;
   return value == static_cast<std::int32_t>(value) ? static_cast<long>(value) : def;
 }
 

@@ -167,8 +167,12 @@ bool ConvertFile(ClassBase64& codec, char const* source, char const* destination
 
 }  // namespace
 
+ProgressClass::ProgressClass() = default;
+ProgressClass::ProgressClass(ProgressClass const&) = default;
+ProgressClass& ProgressClass::operator=(ProgressClass const&) = default;
 ProgressClass::~ProgressClass() = default;
 
+ClassBase64::ClassBase64() = default;
 ClassBase64::~ClassBase64() { delete[] result_; }
 
 bool ClassBase64::LoadFromBuf(void const* data, unsigned long length) {
@@ -236,6 +240,7 @@ void ClassBase64::Unload() {
   resultLength_ = 0;
 }
 
+EncodeBase64::EncodeBase64() = default;
 EncodeBase64::~EncodeBase64() = default;
 
 bool EncodeBase64::EncodeDecodeFunction(void const* data, unsigned long length) {
@@ -271,6 +276,7 @@ bool EncodeBase64::EncodeFile(char const* source, char const* destination) {
   return ConvertFile(*this, source, destination);
 }
 
+DecodeBase64::DecodeBase64() = default;
 DecodeBase64::~DecodeBase64() = default;
 
 bool DecodeBase64::EncodeDecodeFunction(void const* data, unsigned long length) {

@@ -21,6 +21,9 @@ class ClassBase64;
 // Told by a codec how far it is. Implemented by the caller, who keeps the object alive while a codec has it.
 class ZELVANE_API ProgressClass {
  public:
+  ProgressClass();
+  ProgressClass(ProgressClass const& other);
+  ProgressClass& operator=(ProgressClass const& other);
   virtual ~ProgressClass();
   // `consumed` of `total` input bytes are done, that is `percent` (0-100, rounded to the nearest). The operation must
   // not load into the codec. Its place, third among the virtual operations, is part of the interface.
@@ -32,7 +35,7 @@ class ZELVANE_API ProgressClass {
 // replace any step.
 class ZELVANE_API ClassBase64 {
  public:
-  ClassBase64() = default;
+  ClassBase64();
   ClassBase64(ClassBase64 const&) = delete;
   ClassBase64& operator=(ClassBase64 const&) = delete;
 
@@ -84,6 +87,7 @@ class ZELVANE_API ClassBase64 {
 
 class ZELVANE_API EncodeBase64 : public ClassBase64 {
  public:
+  EncodeBase64();
   ~EncodeBase64() override;
   // Bytes to text: lines of 72 characters, CR LF between them and none at the end.
   bool EncodeDecodeFunction(void const* data, unsigned long length) override;
@@ -103,6 +107,7 @@ class ZELVANE_API EncodeBase64 : public ClassBase64 {
 
 class ZELVANE_API DecodeBase64 : public ClassBase64 {
  public:
+  DecodeBase64();
   ~DecodeBase64() override;
   // Text to bytes. Whatever is neither in the alphabet nor "=" is skipped wherever it stands. "=" counts as a character
   // of value 0 wherever it stands: of four characters, a third that is "=" leaves one byte, otherwise a fourth that is

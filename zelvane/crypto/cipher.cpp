@@ -16,6 +16,8 @@ constexpr int kFlags = 32;
 
 }  // namespace
 
+CipherClass::CipherClass() = default;
+
 bool CipherClass::InitBegin(long* length) {
   if (length != nullptr) *length = std::max(*length, 0L);
   Protect();

@@ -44,7 +44,7 @@ enum CipherMode : int {
 
 class ZELVANE_API CipherClass {
  public:
-  CipherClass() = default;
+  CipherClass();
   CipherClass(CipherClass const&) = delete;
   CipherClass& operator=(CipherClass const&) = delete;
 
@@ -70,8 +70,8 @@ class ZELVANE_API CipherClass {
   virtual void Encode(void* block) = 0;
   virtual void Decode(void* block) = 0;
   // Keys the cipher with the digest of the phrase, cut to the key size. The digest in the hash object is enciphered
-  // afterwards, so that it does not stay in memory. False without a phrase, a hash object or a digest; then the key
-  // before stays.
+  // afterwards, so that it does not stay in memory; in the modes that copy it stays there as it is. False without a
+  // phrase, a hash object or a digest; then the key before stays.
   virtual bool InitKey(char const* phrase, void* iv);
   // `length` bytes from `in` to `out`, which may be the same buffer, at any address. False, with nothing written, for
   // null, for a length below 1 and before the first keying.
@@ -157,17 +157,25 @@ class ZELVANE_API Cipher_Safer : public CipherClass {
   virtual void SetRounds(long rounds);
 
  private:
+  friend class Cipher_Safer_K64;
+  friend class Cipher_Safer_SK64;
+
+  ZELVANE_HIDDEN void RememberTable();
   long Together(void const* in, void const* out, long length) const;
   zelvane::internal::SaferContext* Tables();
 
   std::unique_ptr<zelvane::internal::SaferSchedule> schedule_;
   SaferMode variant_;
   long rounds_ = 0;
+  void const* ownTable_ = nullptr;  // see RememberTable
 };
 
 // SAFER K-64.
 class ZELVANE_API Cipher_Safer_K64 : public Cipher_Safer {
  public:
+  Cipher_Safer_K64();
+  ~Cipher_Safer_K64() override;
+
   // 8, 8 and 768.
   void GetContext(long* block, long* key, long* context) override;
   bool Init(void const* key, long length, void* iv) override;
@@ -176,6 +184,9 @@ class ZELVANE_API Cipher_Safer_K64 : public Cipher_Safer {
 // SAFER SK-64, the cipher of the old files. Sizes as above.
 class ZELVANE_API Cipher_Safer_SK64 : public Cipher_Safer_K64 {
  public:
+  Cipher_Safer_SK64();
+  ~Cipher_Safer_SK64() override;
+
   bool Init(void const* key, long length, void* iv) override;
 };
 
@@ -187,7 +198,7 @@ enum CipherAlgorithm : int {
 // Owns a cipher. Without one (before SetAlgorithm) every operation that needs it gives false or "".
 class ZELVANE_API CipherManager {
  public:
-  CipherManager() = default;
+  CipherManager();
   CipherManager(CipherManager const&) = delete;
   CipherManager& operator=(CipherManager const&) = delete;
 

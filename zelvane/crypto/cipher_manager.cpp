@@ -19,6 +19,8 @@ constexpr std::size_t kFileChunk = 4096;
 
 }  // namespace
 
+CipherManager::CipherManager() = default;
+
 CipherManager::~CipherManager() = default;
 
 bool CipherManager::InitKey(char const* phrase, void* iv) { return cipher_ != nullptr && cipher_->InitKey(phrase, iv); }

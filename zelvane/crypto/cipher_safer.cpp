@@ -1,8 +1,8 @@
 #include <algorithm>
 #include <cstring>
 #include <new>
-#include <typeinfo>
 
+#include "zelvane/core/vtable_internal.h"
 #include "zelvane/crypto/cipher.h"
 #include "zelvane/crypto/cipher_internal.h"
 #include "zelvane/crypto/safer_internal.h"
@@ -13,6 +13,7 @@ using zelvane::internal::kSaferMinRounds;
 using zelvane::internal::SaferContext;
 using zelvane::internal::SaferKeySize;
 using zelvane::internal::SaferSchedule;
+using zelvane::internal::TableOf;
 using zelvane::internal::TellSizes;
 using zelvane::internal::XorInto;
 
@@ -47,7 +48,7 @@ long DefaultRounds(SaferMode variant) {
 
 }  // namespace
 
-Cipher_Safer::Cipher_Safer() : variant_(kNoVariant) {}
+Cipher_Safer::Cipher_Safer() : variant_(kNoVariant) { RememberTable(); }
 
 Cipher_Safer::~Cipher_Safer() {
   if (schedule_ != nullptr) explicit_bzero(schedule_.get(), sizeof(SaferSchedule));
@@ -139,19 +140,28 @@ void Cipher_Safer::SetRounds(long rounds) {
 // The bytes from the front of the buffer that may go through the block functions together: none where a subclass may
 // have replaced Encode or Decode, because every block has to pass there.
 long Cipher_Safer::Together(void const* in, void const* out, long length) const {
-  std::type_info const& type = typeid(*this);
-  bool const own =
-      type == typeid(Cipher_Safer) || type == typeid(Cipher_Safer_K64) || type == typeid(Cipher_Safer_SK64);
+  bool const own = TableOf(*this) == ownTable_;
   if (!own || !IsKeyed() || schedule_ == nullptr || in == nullptr || out == nullptr || length <= 0) return 0;
   return length - length % kSaferBlock;
 }
 
+// For the constructors of the classes that have Encode and Decode from here.
+void Cipher_Safer::RememberTable() { ownTable_ = TableOf(*this); }
+
 SaferContext* Cipher_Safer::Tables() { return reinterpret_cast<SaferContext*>(Context()); }
+
+Cipher_Safer_K64::Cipher_Safer_K64() { RememberTable(); }
+
+Cipher_Safer_K64::~Cipher_Safer_K64() = default;
 
 void Cipher_Safer_K64::GetContext(long* block, long* key, long* context) {
   TellSizes(block, key, context, kSaferBlock, 8, sizeof(SaferContext));
 }
 
 bool Cipher_Safer_K64::Init(void const* key, long length, void* iv) { return InitNew(key, length, iv, SAFER_K64); }
+
+Cipher_Safer_SK64::Cipher_Safer_SK64() { RememberTable(); }
+
+Cipher_Safer_SK64::~Cipher_Safer_SK64() = default;
 
 bool Cipher_Safer_SK64::Init(void const* key, long length, void* iv) { return InitNew(key, length, iv, SAFER_SK64); }

@@ -15,9 +15,12 @@ constexpr std::uint32_t kLengthAt = 56;
 
 }  // namespace
 
-void HashClass::Protect(bool) {}
-
+HashClass::HashClass() = default;
+HashClass::HashClass(HashClass const&) = default;
+HashClass& HashClass::operator=(HashClass const&) = default;
 HashClass::~HashClass() = default;
+
+void HashClass::Protect(bool) {}
 
 long HashClass::DigestKeySize() { return 0; }
 
@@ -28,6 +31,9 @@ void HashClass::Done() { Protect(false); }
 void* HashClass::DigestKey() { return nullptr; }
 
 Hash_MD4::Hash_MD4() : count_(0), block_(), state_() {}
+Hash_MD4::Hash_MD4(Hash_MD4 const&) = default;
+Hash_MD4& Hash_MD4::operator=(Hash_MD4 const&) = default;
+Hash_MD4::~Hash_MD4() = default;
 
 long Hash_MD4::DigestKeySize() { return 0; }
 
@@ -75,12 +81,17 @@ void* Hash_MD4::DigestKey() { return state_; }
 
 void Hash_MD4::Transform(long*) {}
 
+Hash_RipeMD256::Hash_RipeMD256() = default;
+Hash_RipeMD256::Hash_RipeMD256(Hash_RipeMD256 const&) = default;
+Hash_RipeMD256& Hash_RipeMD256::operator=(Hash_RipeMD256 const&) = default;
+Hash_RipeMD256::~Hash_RipeMD256() = default;
+
 long Hash_RipeMD256::DigestKeySize() { return 32; }
 
 void Hash_RipeMD256::Init() {
-  // The last two are the two that RIPEMD-320 has beyond these eight. Nothing reads them.
+  // RIPEMD-256's eight, then the last two of RIPEMD-320. Nothing reads those two.
   static constexpr std::uint32_t kStart[10] = {0x67452301, 0xEFCDAB89, 0x98BADCFE, 0x10325476, 0x76543210,
-                                               0xFEDCBA98, 0x89ABCDEF, 0x01234567, 0xC3D2E1F0, 0x3C2D1E0F};
+                                               0xFEDCBA98, 0x89ABCDEF, 0x01234567, 0x01234567, 0x3C2D1E0F};
   static_assert(sizeof kStart == sizeof state_, "one start value for each word");
   count_ = 0;
   std::memset(block_, 0, sizeof block_);
@@ -92,6 +103,7 @@ void Hash_RipeMD256::Transform(long* block) {
   zelvane::internal::RipeMd256Compress(state_, reinterpret_cast<unsigned char const*>(block));
 }
 
+HashManager::HashManager() = default;
 HashManager::~HashManager() = default;
 
 HashClass* HashManager::GetHashObject() { return hash_; }

@@ -20,6 +20,10 @@
 
 class ZELVANE_API HashClass {
  public:
+  HashClass();
+  HashClass(HashClass const& other);
+  HashClass& operator=(HashClass const& other);
+
   // A hook around the time in which the state holds data: the last act of Init() calls it with true, that of Done()
   // with false. It does nothing; a subclass may lock the state in memory.
   virtual void Protect(bool active);
@@ -41,6 +45,9 @@ class ZELVANE_API HashClass {
 class ZELVANE_API Hash_MD4 : public HashClass {
  public:
   Hash_MD4();
+  Hash_MD4(Hash_MD4 const& other);
+  Hash_MD4& operator=(Hash_MD4 const& other);
+  ~Hash_MD4() override;
 
   // 0.
   long DigestKeySize() override;
@@ -67,6 +74,11 @@ class ZELVANE_API Hash_MD4 : public HashClass {
 
 class ZELVANE_API Hash_RipeMD256 : public Hash_MD4 {
  public:
+  Hash_RipeMD256();
+  Hash_RipeMD256(Hash_RipeMD256 const& other);
+  Hash_RipeMD256& operator=(Hash_RipeMD256 const& other);
+  ~Hash_RipeMD256() override;
+
   // 32.
   long DigestKeySize() override;
   void Init() override;
@@ -82,7 +94,7 @@ enum HashAlgorithm : int {
 // object serves CipherManager for its pass phrases.
 class ZELVANE_API HashManager {
  public:
-  HashManager() = default;
+  HashManager();
   HashManager(HashManager const&) = delete;
   HashManager& operator=(HashManager const&) = delete;
 

@@ -139,9 +139,9 @@ void LoadEarlierGeneration(LogClass& log, char const* path) {
 
 void* LogReaderOpen(char const* path) {
   if (path == nullptr || *path == '\0') return nullptr;
-  Descriptor const file = Open(path, O_RDONLY | O_NONBLOCK);
-  if (!file) return nullptr;
-  return Guard<void*>(nullptr, [&] {
+  return Guard<void*>(nullptr, [&]() -> void* {
+    Descriptor const file = Open(path, O_RDONLY | O_NONBLOCK);
+    if (!file) return nullptr;
     auto log = std::make_unique<LogClass>();
     if (AnsiLowerCase(ExtractFileExt(path)) == "cry") {
       LoadEarlierGeneration(*log, path);
@@ -149,7 +149,7 @@ void* LogReaderOpen(char const* path) {
       log->SetFile(path);
       Load(*log, file);
     }
-    return static_cast<void*>(log.release());
+    return log.release();
   });
 }
 

@@ -132,6 +132,11 @@ bool ReadTable(std::vector<ProcClass>& table) {
 ProcClass::ProcClass(unsigned long pid, unsigned long ppid, std::string name, std::string fileName, int priority)
     : pid_(pid), ppid_(ppid), name_(std::move(name)), fileName_(std::move(fileName)), priority_(priority) {}
 
+ProcClass::ProcClass() = default;
+ProcClass::ProcClass(ProcClass const&) = default;
+ProcClass::ProcClass(ProcClass&&) noexcept = default;
+ProcClass& ProcClass::operator=(ProcClass const&) = default;
+ProcClass& ProcClass::operator=(ProcClass&&) noexcept = default;
 ProcClass::~ProcClass() = default;
 
 bool ProcClass::Kill() {
@@ -162,6 +167,7 @@ unsigned long ProcClass::GetPPID() { return ppid_; }
 
 // ---- The table ----
 
+ProcManager::ProcManager() = default;
 ProcManager::~ProcManager() = default;
 
 bool ProcManager::Update() {

@@ -22,8 +22,7 @@ ZELVANE_C_BEGIN
 // ---- Services: false for a null handle or name, and for a service that the handle does not know. ----
 
 // Reads the services and returns their handle, to be given back to CloseSvcManager; C++ programs may use it as a
-// SvcManager*. Null when no init script is found. The process's current folder changes for a moment (svc.h), so no
-// other thread may use relative paths, or do this, meanwhile.
+// SvcManager*. Null when no init script is found.
 ZELVANE_API void* OpenSvcManager(void);
 
 // Frees the handle. False only for null.

@@ -124,6 +124,13 @@ std::string DescriptionIn(std::string_view script) {
 
 // ---- One service ----
 
+SvcClass::SvcClass() = default;
+SvcClass::SvcClass(SvcClass const&) = default;
+SvcClass::SvcClass(SvcClass&&) noexcept = default;
+SvcClass& SvcClass::operator=(SvcClass const&) = default;
+SvcClass& SvcClass::operator=(SvcClass&&) noexcept = default;
+SvcClass::~SvcClass() = default;
+
 bool SvcClass::Start(long) {
   return Guard(false, [&] {
     if (name_.empty() || LookAt(fileName_) != Script::kExecutable || !Run(fileName_, "start")) return false;
@@ -183,6 +190,7 @@ bool SvcClass::SetAutomatic(int level, bool) { return level < static_cast<int>(s
 
 // ---- The table ----
 
+SvcManager::SvcManager() = default;
 SvcManager::~SvcManager() = default;
 
 bool SvcManager::GetDaemonInfo(std::string const& dir) {

@@ -17,8 +17,7 @@
 // Start, Stop and Restart look at the processes when the script has returned: a service that takes the name of its
 // process only later is not seen.
 //
-// An object is used by one thread at a time, and reading the table changes the process's current folder for a moment
-// (DirExists, fileutils.h). Nothing here throws, except that a text cannot be returned without memory
+// An object is used by one thread at a time. Nothing here throws, except that a text cannot be returned without memory
 // (std::bad_alloc); elsewhere that is the failing result.
 #ifndef ZELVANE_SYSTEM_SVC_H
 #define ZELVANE_SYSTEM_SVC_H
@@ -32,7 +31,12 @@
 class ZELVANE_API SvcClass {
  public:
   // No service: no name, not running, not automatic.
-  SvcClass() = default;
+  SvcClass();
+  SvcClass(SvcClass const& other);
+  SvcClass(SvcClass&& other) noexcept;
+  SvcClass& operator=(SvcClass const& other);
+  SvcClass& operator=(SvcClass&& other) noexcept;
+  ~SvcClass();
 
   // Runs the script with "start". True, and the service is marked as running, when a process of its name is there
   // afterwards. False, with the mark as it was: it is not; no name; no script, or one that nobody may execute (nothing
@@ -90,7 +94,7 @@ class ZELVANE_API SvcClass {
 // good until the next Update, Clear or GetDaemonInfo.
 class ZELVANE_API SvcManager {
  public:
-  SvcManager() = default;
+  SvcManager();
   SvcManager(SvcManager const&) = delete;
   SvcManager& operator=(SvcManager const&) = delete;
 

@@ -1,0 +1,8 @@
+#!/usr/bin/env bash
+# hardened.sh FILE...: whether each has its relocations read-only from the start and canaries on its stacks.
+set -euo pipefail
+for file in "$@"; do
+  readelf -dW "$file" | grep 'BIND_NOW\|Flags:.*NOW' >/dev/null || { echo "$file is bound lazily" && exit 1; }
+  readelf -lW "$file" | grep GNU_RELRO >/dev/null || { echo "$file has writable relocations" && exit 1; }
+  readelf -sW "$file" | grep __stack_chk_fail >/dev/null || { echo "$file has no stack protector" && exit 1; }
+done
