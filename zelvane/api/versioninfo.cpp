@@ -2,8 +2,7 @@
 
 #include <string>
 
-#include "zelvane/config/cfgclass.h"
-#include "zelvane/config/paths.h"
+#include "zelvane/config/cfgclass_internal.h"
 #include "zelvane/config/settings_internal.h"
 #include "zelvane/core/barrier_internal.h"
 #include "zelvane/core/fileutils.h"
@@ -14,6 +13,7 @@ using zelvane::internal::CopyToField;
 using zelvane::internal::Guard;
 using zelvane::internal::kSettingsFile;
 using zelvane::internal::kSettingsSection;
+using zelvane::internal::OptionalRegCfg;
 
 namespace {
 
@@ -59,10 +59,10 @@ unsigned short WithModules(unsigned short word, unsigned short modules) {
 }
 
 bool Fill(VersionInfo& info) {
-  std::string const root = GetZelvanePath();
+  OptionalRegCfg settings;
+  settings.OpenOrThrow(kSettingsFile, true);
+  std::string const root = zelvane::internal::RootIn(settings);
   if (root.empty()) return false;
-  RegCfgClass settings;
-  settings.OpenReadOnly(kSettingsFile);
   settings.SetSection(kSettingsSection);
   std::string const version = settings.ReadStr("VERSION", "4.0+");
   std::string const product = settings.ReadStr("PRODUCT", "Zelvane " + version);

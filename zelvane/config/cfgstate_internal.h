@@ -79,7 +79,8 @@ struct CfgState {
   bool plain = false;          // no step is replaced: see IsPlain
   bool hasUnread = false;      // some section may have lines whose keys are not indexed yet
   bool stoppedAtLine = false;  // the load stopped at a syntax error, and the file has not been saved since
-  bool missing = false;        // the last load failed because there is no such file
+  bool onlyNew = false;        // saves create the file, and fail where there is one
+  int reason = 0;              // errno of the last load that could not read the file
 };
 
 // ---- What a line says; `text` is trimmed. ----

@@ -47,6 +47,10 @@ bool SafeSave(std::string const& path, std::string_view text);
 // missing, unreadable or not a regular file. Throws only std::bad_alloc.
 bool KeepAside(std::string const& path, char const* suffix);
 
+// Same as SafeSave, but only for a missing file: false, with that file untouched, when there is one by the time that
+// the text is ready. At the end of a dangling symbolic link the same holds for the file that it names.
+bool SaveIfMissing(std::string const& path, std::string_view text);
+
 }  // namespace zelvane::internal
 
 #endif

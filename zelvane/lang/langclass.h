@@ -33,7 +33,7 @@
 class ZELVANE_API LangClass {
  public:
   // No file, no language.
-  LangClass() = default;
+  LangClass();
   LangClass(LangClass const&) = delete;
   LangClass& operator=(LangClass const&) = delete;
   virtual ~LangClass();

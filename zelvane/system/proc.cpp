@@ -1,5 +1,6 @@
 #include "zelvane/system/proc.h"
 
+#include <errno.h>
 #include <signal.h>
 #include <stdio.h>
 #include <sys/resource.h>
@@ -8,6 +9,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <new>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -17,8 +19,10 @@
 #include "zelvane/core/fileutils.h"
 #include "zelvane/core/strutils.h"
 #include "zelvane/core/strutils_internal.h"
+#include "zelvane/system/proc_internal.h"
 
 using zelvane::internal::Guard;
+using zelvane::internal::ListProcesses;
 using zelvane::internal::ReadSome;
 using zelvane::internal::TrimView;
 
@@ -94,7 +98,9 @@ class PsOutput {
 // A command that is being read. "e": programs that other threads start meanwhile do not inherit its descriptor.
 class CommandPipe {
  public:
-  explicit CommandPipe(char const* command) : stream_(popen(command, "re")) {}
+  explicit CommandPipe(char const* command) : stream_(popen(command, "re")) {
+    if (stream_ == nullptr && errno == ENOMEM) throw std::bad_alloc();
+  }
   CommandPipe(CommandPipe const&) = delete;
   CommandPipe& operator=(CommandPipe const&) = delete;
   ~CommandPipe() { Close(); }
@@ -112,7 +118,9 @@ class CommandPipe {
   FILE* stream_;
 };
 
-bool ReadTable(std::vector<ProcClass>& table) {
+}  // namespace
+
+bool zelvane::internal::ListProcesses(std::vector<ProcClass>& table) {
   CommandPipe ps(kPsCommand);
   if (!ps) return false;
   PsOutput output(table);
@@ -125,13 +133,23 @@ bool ReadTable(std::vector<ProcClass>& table) {
   return !(table.empty() && status != -1 && WIFEXITED(status) && WEXITSTATUS(status) == kCommandNotFound);
 }
 
-}  // namespace
+ProcClass* zelvane::internal::FindProcess(std::vector<ProcClass>& table, char const* name) {
+  std::string const wanted = ExtractFileName(name);
+  auto const found =
+      std::find_if(table.begin(), table.end(), [&](ProcClass& entry) { return entry.GetName() == wanted; });
+  return found == table.end() ? nullptr : &*found;
+}
 
 // ---- One process ----
 
 ProcClass::ProcClass(unsigned long pid, unsigned long ppid, std::string name, std::string fileName, int priority)
     : pid_(pid), ppid_(ppid), name_(std::move(name)), fileName_(std::move(fileName)), priority_(priority) {}
 
+ProcClass::ProcClass() = default;
+ProcClass::ProcClass(ProcClass const&) = default;
+ProcClass::ProcClass(ProcClass&&) noexcept = default;
+ProcClass& ProcClass::operator=(ProcClass const&) = default;
+ProcClass& ProcClass::operator=(ProcClass&&) noexcept = default;
 ProcClass::~ProcClass() = default;
 
 bool ProcClass::Kill() {
@@ -162,11 +180,12 @@ unsigned long ProcClass::GetPPID() { return ppid_; }
 
 // ---- The table ----
 
+ProcManager::ProcManager() = default;
 ProcManager::~ProcManager() = default;
 
 bool ProcManager::Update() {
   Clear();
-  bool const read = Guard(false, [&] { return ReadTable(table_); });
+  bool const read = Guard(false, [&] { return ListProcesses(table_); });
   if (!read) table_.clear();
   return read;
 }

@@ -35,13 +35,13 @@
 class ZELVANE_API ProcClass {
  public:
   // No process: ids 0, no names, priority 1.
-  ProcClass() = default;
+  ProcClass();
   // `priority` is a level, 0 to 3.
   ProcClass(unsigned long pid, unsigned long ppid, std::string name, std::string fileName, int priority);
-  ProcClass(ProcClass const&) = default;
-  ProcClass(ProcClass&&) = default;
-  ProcClass& operator=(ProcClass const&) = default;
-  ProcClass& operator=(ProcClass&&) = default;
+  ProcClass(ProcClass const&);
+  ProcClass(ProcClass&&) noexcept;
+  ProcClass& operator=(ProcClass const&);
+  ProcClass& operator=(ProcClass&&) noexcept;
   virtual ~ProcClass();
 
   // Sends SIGTERM and, if that could be sent, SIGKILL directly behind it, without a pause: callers rely on the process
@@ -80,7 +80,7 @@ class ZELVANE_API ProcClass {
 // good until the next Update or Clear.
 class ZELVANE_API ProcManager {
  public:
-  ProcManager() = default;
+  ProcManager();
   ProcManager(ProcManager const&) = delete;
   ProcManager& operator=(ProcManager const&) = delete;
   virtual ~ProcManager();

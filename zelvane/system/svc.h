@@ -32,7 +32,12 @@
 class ZELVANE_API SvcClass {
  public:
   // No service: no name, not running, not automatic.
-  SvcClass() = default;
+  SvcClass();
+  SvcClass(SvcClass const&);
+  SvcClass(SvcClass&&) noexcept;
+  SvcClass& operator=(SvcClass const&);
+  SvcClass& operator=(SvcClass&&) noexcept;
+  ~SvcClass();
 
   // Runs the script with "start". True, and the service is marked as running, when a process of its name is there
   // afterwards. False, with the mark as it was: it is not; no name; no script, or one that nobody may execute (nothing
@@ -90,7 +95,7 @@ class ZELVANE_API SvcClass {
 // good until the next Update, Clear or GetDaemonInfo.
 class ZELVANE_API SvcManager {
  public:
-  SvcManager() = default;
+  SvcManager();
   SvcManager(SvcManager const&) = delete;
   SvcManager& operator=(SvcManager const&) = delete;
 
@@ -128,7 +133,10 @@ class ZELVANE_API SvcManager {
   bool IsRunning(std::string const& name);
 
  private:
+  ZELVANE_HIDDEN bool AppendServices(std::string const& dir);
+
   std::vector<SvcClass> table_;
+  bool outOfMemory_ = false;  // in the last Update, or in a GetDaemonInfo since
 };
 
 #endif
