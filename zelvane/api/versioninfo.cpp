@@ -1,6 +1,8 @@
 #include "zelvane/api/versioninfo.h"
 
+#include <cerrno>
 #include <string>
+#include <system_error>
 
 #include "zelvane/config/cfgclass_internal.h"
 #include "zelvane/config/settings_internal.h"
@@ -34,12 +36,20 @@ constexpr Module kModules[] = {
 constexpr int kLastNumbered = 15;
 constexpr unsigned short kAllModules = 0x1F;
 
+// Throws std::system_error when it cannot be known.
+bool IsReadable(std::string const& path) {
+  if (FilePermToRead(path)) return true;
+  int const reason = errno;
+  if (!zelvane::internal::IsLasting(reason)) throw std::system_error(reason, std::generic_category());
+  return false;
+}
+
 bool IsInstalled(Module const& module, std::string const& root) {
-  if (FilePermToRead(root + module.program)) return true;
+  if (IsReadable(root + module.program)) return true;
   for (char const* family : module.numbered) {
     if (family == nullptr) continue;
     for (int i = 0; i <= kLastNumbered; i++)
-      if (FilePermToRead(root + family + IntToStr(i, 2))) return true;
+      if (IsReadable(root + family + IntToStr(i, 2))) return true;
   }
   return false;
 }

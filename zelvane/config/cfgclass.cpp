@@ -30,13 +30,6 @@ bool KeptForGood(std::string const& fileName) {
   return KeepAside(fileName, ".lost");
 }
 
-// Why a file is missing, or not for this user to read, until somebody changes that. Other reasons (no free descriptor,
-// no memory, an I/O error) say nothing about the file.
-bool IsLasting(int reason) {
-  constexpr int kLasting[] = {ENOENT, ENOTDIR, EACCES, EPERM, ELOOP, ENAMETOOLONG, EISDIR, EFBIG, ENXIO, ENODEV};
-  return std::find(std::begin(kLasting), std::end(kLasting), reason) != std::end(kLasting);
-}
-
 }  // namespace
 
 // ---- Construction, files. ----
@@ -501,6 +494,11 @@ bool RegCfgClass::SaveAs(char const* name) { return CfgClass::SaveAs(name); }
 bool RegCfgClass::SaveAs(std::string const& name) { return CfgClass::SaveAs(name); }
 
 namespace zelvane::internal {
+
+bool IsLasting(int reason) {
+  constexpr int kLasting[] = {ENOENT, ENOTDIR, EACCES, EPERM, ELOOP, ENAMETOOLONG, EISDIR, EFBIG, ENXIO, ENODEV};
+  return std::find(std::begin(kLasting), std::end(kLasting), reason) != std::end(kLasting);
+}
 
 template <class Base>
 bool OptionalFile<Base>::LoadFile(bool noLines) {

@@ -8,6 +8,10 @@
 
 namespace zelvane::internal {
 
+// Whether a file that cannot be opened for that reason is missing, or not for this user to read, until somebody changes
+// that. Other reasons (no free descriptor, no memory, an I/O error) say nothing about the file.
+bool IsLasting(int reason);
+
 // CfgClass or RegCfgClass for the exported functions, which work on files that need not exist yet. It replaces the load
 // alone: a file that does not exist loads as one without lines, and nothing is created before the first save that has
 // something to write. Any other failure to load stays a failure.
