@@ -15,7 +15,8 @@
 // A file is open only while a call lasts. Nothing locks: programs that append to one log at the same time get their
 // records in one after the other, but a log that is being cut (LimitFile) must have one writer.
 //
-// `size` is at most 4294967291; with more a file and the buffer hold no records and nothing is written. No operation
+// `size` is at most 4294967291; with more a file and the buffer hold no records and nothing is written. A record above
+// 2,147,479,552 bytes cannot be written: one write of Linux takes no more, and WriteReg fails. No operation
 // throws. An object is used by one thread at a time. The operations call each other virtually, and their order is part
 // of the interface.
 #ifndef ZELVANE_LOGS_LOGCLASS_H
