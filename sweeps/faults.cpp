@@ -56,6 +56,7 @@ struct Outcome {
   long kept = 0;         // pieces of memory
   std::string notes;
   Files files;
+  bool otherRoot = false;  // found without the settings file
 };
 
 int OpenDescriptors() {
@@ -153,8 +154,11 @@ class Sweep {
       world_.Set(files);
       permitted_.push_back(Once(nullptr));
       // What was missing is there, unread, as it was.
-      for (std::size_t i = 0; i < side.size(); i++)
-        if ((subset >> i & 1U) != 0) permitted_.back().files[side[i]] = before_.at(side[i]);
+      for (std::size_t i = 0; i < side.size(); i++) {
+        if ((subset >> i & 1U) == 0) continue;
+        permitted_.back().files[side[i]] = before_.at(side[i]);
+        permitted_.back().otherRoot = permitted_.back().otherRoot || side[i] == "zelvane.conf";
+      }
     }
   }
 
@@ -193,13 +197,24 @@ class Sweep {
     return a.ok == b.ok && a.threw == b.threw && a.notes == b.notes && a.files == b.files;
   }
 
+  bool AnyNotes(Fault const& fault) const {
+    return (scenario_.traits & kAnyNotes) != 0 || ((scenario_.traits & kNeedsPs) != 0 && fault.call != SHIM_MALLOC);
+  }
+
+  // Whether this may be what became of the fault. A file that this user may not read counts as missing; one that cannot
+  // be read just now does not.
+  bool IsPermitted(Fault const& fault, Outcome const& each) const {
+    bool const refused = (fault.call == SHIM_OPEN || fault.call == SHIM_STATUS) && fault.reason == EACCES;
+    bool const table = (scenario_.traits & kTable) != 0 && fault.call != SHIM_MALLOC && !each.otherRoot;
+    return &each == &permitted_.front() || refused || table;
+  }
+
   void Judge(Fault const& fault, Outcome const& outcome) {
-    bool known = !outcome.ok || (scenario_.traits & kAnyNotes) != 0;
+    bool known = !outcome.ok || AnyNotes(fault);
     bool whole = false;
     for (Outcome const& each : permitted_) {
-      // A file counts as missing where it cannot be read, but not for want of memory.
-      if (fault.call == SHIM_MALLOC && &each != &permitted_.front()) break;
-      bool const sameNotes = outcome.notes == each.notes || (scenario_.traits & kAnyNotes) != 0;
+      if (!IsPermitted(fault, each)) continue;
+      bool const sameNotes = outcome.notes == each.notes || AnyNotes(fault);
       known = known || (each.ok && sameNotes);
       whole = whole || (each.ok && sameNotes && outcome.files == each.files);
     }
@@ -214,6 +229,7 @@ class Sweep {
       return;
     }
     for (auto const& [name, bytes] : outcome.files) {
+      if (name.compare(0, 8, "program/") == 0) continue;  // the other root: see ForgetOtherRoot
       auto const states = states_.find(name);
       bool const part = (scenario_.traits & kPart) != 0 && IsPart(name, bytes);
       if (!part && (states == states_.end() || states->second.count(bytes) == 0))
@@ -242,6 +258,7 @@ class Sweep {
   // The fault is gone.
   void Again(Fault const& fault) {
     if ((scenario_.traits & (kTwice | kPart)) != 0) world_.Set(scenario_.files);
+    world_.ForgetOtherRoot();
     Outcome const outcome = Once(nullptr);
     bool const sameFiles = outcome.files == done_.files || scenario_.judge != nullptr;
     if (!outcome.ok || !sameFiles || (outcome.notes != done_.notes && (scenario_.traits & kAnyNotes) == 0))

@@ -1,5 +1,5 @@
-// The sweeps: faults, kills, company, sizes. The program copies itself into an installation root of its own and goes on
-// there.
+// The sweeps: faults, kills, company, sizes. The program copies itself beside an installation root of its own and goes
+// on there.
 #include <stdlib.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -38,12 +38,12 @@ int main(int argc, char** argv) {
   if (argc < 2) return Usage();
   if (char const* const base = getenv(kBase)) return Go(base, argc, argv) == 0 ? 0 : 1;
   test::Scratch const scratch;
-  std::filesystem::create_directories(scratch.Path("root"));
-  std::filesystem::copy_file("/proc/self/exe", scratch.Path("root/sweeps"));
+  std::filesystem::create_directories(scratch.Path("program"));
+  std::filesystem::copy_file("/proc/self/exe", scratch.Path("program/sweeps"));
   setenv(kBase, scratch.Path().c_str(), 1);
   pid_t const child = fork();
   if (child == 0) {
-    execv(scratch.Path("root/sweeps").c_str(), argv);
+    execv(scratch.Path("program/sweeps").c_str(), argv);
     _exit(127);
   }
   int status = 0;

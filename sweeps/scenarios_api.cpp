@@ -176,16 +176,23 @@ Table ApiScenarios() {
       {"GetZelvaneVersionInfo", WithRoot({{"root/zelconfig", ""}, {"root/zelcli07", ""}}),
        [](World& w) {
          VersionInfo info = {};
-         unsigned short mask = 0;
-         bool const done = GetZelvaneVersionInfo(&info) == 1 && GetZelvaneInstalledModules(&mask) == 1;
-         w.Note("%d %d %s", info.modules, mask, info.version);
-         return done;
+         int const done = GetZelvaneVersionInfo(&info);
+         w.Note("%d %s", info.modules, info.version);
+         return done == 1;
        },
-       kAnyNotes},
+       kReader},
+      {"GetZelvaneInstalledModules", WithRoot({{"root/zelbrws", ""}}),
+       [](World& w) {
+         unsigned short mask = 0;
+         int const done = GetZelvaneInstalledModules(&mask);
+         w.Note("%d", mask);
+         return done == 1;
+       },
+       kReader},
       {"serial ports",
        {},
-       [](World&) {
-         void* ports = nullptr;
+       [](World& w) {
+         void* ports = &w;  // no handle
          OpenEnumSerialPorts(&ports);
          return CloseEnumSerialPorts(ports) == 1;
        },

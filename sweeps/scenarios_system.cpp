@@ -37,7 +37,7 @@ Table SystemScenarios() {
          w.Note("%d", running);
          return done;
        },
-       kAnyNotes | kSlow},
+       kNeedsPs | kSlow},
       {"AlreadyRunning", ps, [](World&) { return !AlreadyRunning(); }, kAnyNotes | kSlow},
       {"KillProc of nobody", ps, [](World&) { return !KillProc("nobody") && test::TakeSignals().empty(); },
        kAnyNotes | kSlow},
@@ -59,7 +59,16 @@ Table SystemScenarios() {
          w.Note("%d %d", running, automatic);
          return true;
        },
-       kClass | kAnyNotes | kSlow},
+       kClass | kNeedsPs | kSlow},
+      {"services, a survivor",
+       {{"only/output", "4294967295 1 0 upssrv upssrv\n"}, {"init.d/upssrv", "#!/bin/sh\n:\n"}},
+       [](World& w) {
+         Services services(w);
+         if (!services.Update()) return false;
+         w.Note("%d", SvcStop(&services, "upssrv"));  // 0: nobody can kill it
+         return true;
+       },
+       kClass | kNeedsPs | kSlow},
       {"services, started and stopped",
        {{"only/output", kPs}, {"init.d/upssrv", "#!/bin/sh\n:\n"}, {"init.d/absent", "#!/bin/sh\n:\n"}},
        [](World& w) {

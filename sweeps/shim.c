@@ -6,6 +6,7 @@
 #include <errno.h>
 #include <fcntl.h>
 #include <signal.h>
+#include <spawn.h>
 #include <stdarg.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -193,6 +194,12 @@ DEFINE(int, -1, SHIM_STATUS, scandir64,
        (char const* path, struct dirent64*** list, int (*keep)(struct dirent64 const*),
         int (*order)(struct dirent64 const**, struct dirent64 const**)),
        (path, list, keep, order))
+
+INSTEAD_OF(int, posix_spawn,
+           (pid_t* restrict id, char const* restrict path, posix_spawn_file_actions_t const* actions,
+            posix_spawnattr_t const* restrict attributes, char* const argv[], char* const env[])) {
+  return Fate(SHIM_FORK) ? g_reason : REAL(posix_spawn)(id, path, actions, attributes, argv, env);
+}
 
 INSTEAD_OF(int, system, (char const* command)) { return Fate(SHIM_FORK) ? -1 : REAL(system)(command); }
 

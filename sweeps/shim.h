@@ -17,7 +17,7 @@ enum ShimCall {
   SHIM_RENAME,    // rename, renameat2, link
   SHIM_TRUNCATE,  // ftruncate, fallocate
   SHIM_TEMP,      // mkstemp, mkostemp
-  SHIM_FORK,      // fork, popen, system
+  SHIM_FORK,      // fork, posix_spawn, popen, system
   SHIM_MALLOC,    // malloc, calloc, realloc
   SHIM_STATUS,    // fstat, stat, lstat, fchmod, fchown, mkdir, faccessat, scandir
   SHIM_LOCK,      // flock

@@ -2,10 +2,12 @@
 
 #include <stdlib.h>
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <iterator>
 
 #include "support/scratch.h"
 
@@ -15,14 +17,16 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr char kProgram[] = "root/sweeps";
+constexpr char kProgram[] = "program/sweeps";
 constexpr char kPs[] = "only/ps";
 
 bool IsTemporary(std::string const& name) {
   return name.find("/.zelv") != std::string::npos && name.find("/.zelvane") == std::string::npos;
 }
 
-bool IsOurs(std::string const& name) { return name == kProgram || name == kPs; }
+// The folders that are always there, and what this program puts into them.
+constexpr char const* kOurs[] = {"root", "home", "only", "here", "program", kProgram, kPs};
+bool IsOurs(std::string const& name) { return std::find(std::begin(kOurs), std::end(kOurs), name) != std::end(kOurs); }
 
 }  // namespace
 
@@ -46,8 +50,7 @@ Files World::Get() const {
   Files files;
   for (auto const& entry : fs::recursive_directory_iterator(base)) {
     std::string const name = entry.path().string().substr(base.size());
-    if (IsOurs(name) || IsTemporary(name) || name == "root" || name == "home" || name == "only" || name == "here")
-      continue;
+    if (IsOurs(name) || IsTemporary(name)) continue;
     if (entry.is_directory())
       files[name + "/"];
     else
@@ -61,6 +64,11 @@ Files World::Get() const {
     file = shown ? files.erase(file) : next;
   }
   return files;
+}
+
+void World::ForgetOtherRoot() {
+  for (auto const& entry : fs::directory_iterator(base + "program"))
+    if (entry.path() != base + kProgram) fs::remove_all(entry.path());
 }
 
 std::vector<std::string> World::Leftovers() const {

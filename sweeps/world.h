@@ -1,7 +1,7 @@
 // The place where the sweeps run the library, and what is tried there.
 //
-// The sweep program lies in the installation root itself, as the product's programs do: where the settings cannot be
-// read, the root is found all the same.
+// The sweep program lies outside the installation root. So a call that takes settings which it cannot read for missing
+// ones finds other files, or none, and that shows.
 #ifndef ZELVANE_SWEEPS_WORLD_H
 #define ZELVANE_SWEEPS_WORLD_H
 
@@ -22,6 +22,8 @@ class World {
 
   // Makes the folder hold these files and nothing else but the program.
   void Set(Files const& files);
+  // Removes what was written beside the program: the root of those who may not read the settings.
+  void ForgetOtherRoot();
   // Everything there is now, but the program and temporary files in the making.
   Files Get() const;
   // The names of temporary files that were left.
@@ -44,15 +46,17 @@ class World {
 };
 
 enum Trait : unsigned {
-  kClass = 1,       // C++ alone: std::bad_alloc may come out
-  kAnyNotes = 2,    // the notes depend on the machine
-  kPart = 4,        // on failure a new file may hold a part of what it was to hold
-  kTwice = 8,       // doing it again changes the files again
-  kReader = 16,     // every file may be missing: the call then tells the defaults
-  kSlow = 32,       // starts processes: left out of every second fault in the short form
-  kAdmin = 64,      // takes root
-  kForgives = 128,  // success although something could not be written
+  kClass = 1,         // C++ alone: std::bad_alloc may come out
+  kAnyNotes = 2,      // the notes depend on the machine
+  kPart = 4,          // on failure a new file may hold a part of what it was to hold
+  kTwice = 8,         // doing it again changes the files again
+  kReader = 16,       // every file may be missing: the call then tells the defaults
+  kSlow = 32,         // starts processes: left out of every second fault in the short form
+  kAdmin = 64,        // takes root
+  kForgives = 128,    // success although something could not be written
   kMemoryOnly = 256,  // no other failure is promised anything
+  kNeedsPs = 512,     // without `ps` it tells another thing; out of memory it must not
+  kTable = 1024,      // whatever keeps it from reading a file of its own leaves a table empty
 };
 
 struct Scenario {

@@ -110,7 +110,7 @@ TEST_F(BrowseList, WritesWhatItIsGiven) {
   EXPECT_EQ(Saved(), "[GROUPS]\n1 = " + n + ";-1\n[DATE]\nDATETIME = now\n[COMPUTERS]\n1 = " + wide +
                          "1\n2 = \xE9;2.2.2.2;-1\n[NOBREAKS]\n0 = " + wide +
                          "3000000000;1\n1 = x;127.0.0.1;3000000000;-1");
-  Open("; \xE9\r\n[COMPUTERS]\n5 = broken\n-1 = odd;1.1.1.1;-1\n[NOBREAKS]\n0 = a;;007;5\n1=" + n + "n;;x;5\n" + rest +
+  Open("; \xE9\r\n[COMPUTERS]\n5 = broken\n-1 = odd;1.1.1.1;-1\n[NOBREAKS]\n0 = a;;007;+5\n1=" + n + "n;;x;5\n" + rest +
        "6 = f;;1;-1\n[GROUPS]\n2 = x;-1\n");
   for (int32_t const group : {8, 9})  // it does not go with the group where it was before
     EXPECT_EQ(Do('e', kComputer, {5, "pc", group}, false) + Do('o', kComputer, {17 - group, "", 0}, false), 2);
@@ -145,7 +145,7 @@ TEST_F(BrowseList, WhatIsRefusedChangesNothing) {
   Open(kSmall);
   for (Kind const kind : kKinds) {
     EXPECT_EQ(Do('e', kind, {7, "x", 0}, true), 0) << "no such key";
-    for (std::string const bad : {"", ";", "[", "x]y", "x\n", "\ry"})
+    for (std::string const bad : {"", " \t", ";", "[", "x]y", "x\n", "\ry"})
       for (char const change : {'a', 'e'}) {
         EXPECT_EQ(Do(change, kind, {0, bad, 0}, true), 0) << change << kind << bad;
         if (kind != kComputer || (bad.empty() && change == 'a')) continue;

@@ -187,6 +187,28 @@ TEST(SafeSave, FailingCallsLeaveOldOrNewAndNothingElse) {
   }
 }
 
+TEST(SafeSave, IfMissingNeverReplaces) {
+  Scratch scratch;
+  scratch.Write("file", kOld);
+  fs::create_symlink("missing", scratch.Path("dangling"));
+  fs::create_symlink("file", scratch.Path("linked"));
+  for (auto const& [name, failing, saved] :
+       std::vector<std::tuple<std::string, Faults, bool>>{{"file", {}, false},
+                                                          {"linked", {}, false},
+                                                          {"dangling", {{"write", ENOSPC}}, false},
+                                                          {"dangling", {{"fsync", EIO}}, false},
+                                                          {"dangling", {}, true},
+                                                          {"no/folder", {}, false}}) {
+    g_faults = failing;
+    EXPECT_EQ(SaveIfMissing(scratch.Path(name), kNew), saved) << name << testing::PrintToString(failing);
+    g_faults.clear();
+    EXPECT_TRUE(scratch.Read("file") == kOld &&
+                scratch.Read("missing") == (saved || name == "no/folder" ? kNew : "<missing>"))
+        << name;
+  }
+  EXPECT_EQ(scratch.List(), (Names{"dangling", "file", "linked", "missing"}));
+}
+
 // ---- Keeping a copy ----
 
 TEST(KeepAside, TheFirstCopyStaysAndOpensToNobodyElse) {

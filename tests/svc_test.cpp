@@ -72,6 +72,27 @@ TEST(SvcManager, Descriptions) {
   close(fd);
 }
 
+// A script is read no further than its description, and a line is not kept whatever its length.
+TEST(SvcManager, DescriptionsOfHugeScripts) {
+  Scratch const scratch;
+  SvcManager services;
+  auto const bytesRead = [] {
+    std::string const io = test::ReadFile("/proc/self/io");
+    return std::stoll(io.substr(io.find("rchar: ") + 7));
+  };
+  std::string const script = scratch.Write("script", "#!/bin/sh\n# description: short\n");
+  ASSERT_EQ(truncate(script.c_str(), 1 << 30), 0);
+  long long const before = bytesRead();
+  EXPECT_EQ(services.GetDaemonDescr(script), "short");
+  EXPECT_LT(bytesRead() - before, 1 << 20);
+  std::string const line(3 << 20, '#');
+  EXPECT_EQ(services.GetDaemonDescr(scratch.Write("script", line + "\n# description: late\n")), "");
+  EXPECT_EQ(services.GetDaemonDescr(scratch.Write("script", "# description: early \\\n" + line)), "early ");
+  std::string endless = "# description: ";
+  for (int i = 0; i < 5000; i++) endless += std::string(1000, 'x') + "\\\n# ";
+  EXPECT_LT(services.GetDaemonDescr(scratch.Write("script", endless)).size(), 2U << 20);
+}
+
 // The system's own folders, in a child process that has them to itself.
 TEST(SvcManager, TheSystemsFolders) {
   auto const result = test::InChildWithEmptyFolders([] {

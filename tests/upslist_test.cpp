@@ -76,6 +76,8 @@ TEST_F(UpsList, AUnitWithAFolderIsOnlyListed) {
 TEST_F(UpsList, NoUnitWithoutASoundTemplate) {
   at_.Write("root/008", "");
   EXPECT_EQ(AddUpsListItem("8"), 0) << "a file in the place of the unit's folder";
+  at_.Write("root/default/zelcfg.cfg", "[FILES]\n");
+  EXPECT_EQ(AddUpsListItem("8"), 0) << "the same with nothing to copy";
   auto const before = at_.List();
   for (test::Case const& c : test::Cases("upslist.txt", "bad templates")) {
     at_.Write("root/default/zelcfg.cfg", c[0]);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/processes.h"
 #include "support/records.h"
 #include "support/settings.h"
 #include "zelvane/core/datetime.h"
@@ -23,7 +24,7 @@ std::string Show(UpsSrvConfig const& c) {
 constexpr char kDefaults[] =
     "\ntype 0 -1 Auto autoups zelcfg01 zelcli01 \nflags 1 0 1 \ndelay 120 \nport 4375 \ndischarge -1 120 "
     "\ntimers 20000 300000 20000 20000 20000 \nlevel 10 \ncomm 0 2 rs232 0 \nmodel 0 2 \n ";
-constexpr char kTypes[] = "[UPSTYPE]\n5 = Five;drv5;cfg5;cli5;3\n";
+constexpr char kTypes[] = "[UPSTYPE]\n5 = Five;drv5;cfg5;cli5;3\n4294967295 = Top;d;c;l;7\n-1 = None;e;f;g;8\n";
 
 // The unit's folder is the bare name "1"; the tables lie in the root.
 class UpsSrv : public testing::Test {
@@ -77,6 +78,45 @@ TEST_F(UpsSrv, UnreadableIsNotMissing) {
     EXPECT_EQ(at_.List(), before) << target;
     fs::remove(at_.Root("1/upssrv.cfg"));
   }
+}
+
+TEST_F(UpsSrv, AFileThatAppearsMeanwhileIsKeptAndRead) {
+  static std::string path;
+  path = at_.Root("1/upssrv.cfg");
+  at_.Write("root/upstype.cfg", "[UPSTYPE]\n0 = Zero;d;c;l;2\n");
+  at_.Write("root/1/upscfg02.cfg", "[INIT]\nENVOLTREDE = SENSHI\n");
+  auto const before = at_.List();
+  test::g_creating = [] { test::WriteFile(path, "[TCPIP]\nPORT = 9999\n"); };
+  EXPECT_TRUE(test::Holds(Get(), "port 9999 ")) << Show(cfg_);
+  EXPECT_EQ(File() + at_.Read("root/1/upscfg02.cfg"), "[TCPIP]\nPORT = 9999\n[INIT]\nENVOLTREDE = SENSHI\n");
+  EXPECT_EQ(at_.List().size(), before.size() + 1);
+}
+
+TEST_F(UpsSrv, AFileThatCannotBeOpenedJustNowIsNotMissing) {
+  at_.Write("root/upstype.cfg", kTypes);
+  at_.Write("root/usbhid.cfg", "[USBHID]\n2 = 99\n");
+  at_.Write("root/1/upscfg03.cfg", "[INIT]\nENVOLTREDE = SENSVHI\n");
+  at_.Write("root/1/upssrv.cfg", test::Fixture("upssrv-every.cfg"));
+  char const* const names[] = {"zelvane.conf", "root/upstype.cfg", "root/usbhid.cfg", "root/1/upscfg03.cfg",
+                               "root/1/upssrv.cfg"};
+  auto const files = [&] {
+    std::string all;
+    for (char const* name : names) all += at_.Read(name);
+    return all;
+  };
+  ASSERT_NE(Get(), "failed");
+  UpsSrvConfig const read = cfg_;
+  std::string const before = files();
+  for (char const* name : names) {
+    std::string const path = at_.Path(name);
+    test::g_refused = path.c_str();
+    EXPECT_EQ(Get(), "failed") << name;
+    cfg_ = read;
+    test::g_refused = path.c_str();
+    EXPECT_EQ(Set(), 0) << name;
+    EXPECT_EQ(files(), before) << name;
+  }
+  test::g_refused = nullptr;
 }
 
 TEST_F(UpsSrv, EveryKey) {
@@ -146,6 +186,7 @@ TEST_F(UpsSrv, Writings) {
 }
 
 TEST_F(UpsSrv, FullDischargeIsNeverFurtherAwayThanOneInterval) {
+  test::Environment const zone("TZ", "FAR-11");  // dates are local
   for (int32_t const interval : {0, 1, 120}) {
     cfg_.fullDischargeDate = 2147483647;
     cfg_.dischargeInterval = interval;

@@ -47,6 +47,31 @@ TEST_F(Version, WithoutSettingsTheProgramsFolderIsTheRoot) {
   EXPECT_FALSE(at_.Exists("missing.conf"));
 }
 
+TEST_F(Version, WithoutARoot) {
+  test::SetSettingsFile(at_.Path("missing.conf"));
+  test::InFolder const elsewhere(at_.Path());
+  std::string const program = fs::read_symlink("/proc/self/exe").string();
+  VersionInfo info, before;
+  memset(&info, 'x', sizeof info);
+  before = info;
+  unsigned short mask = 0xAAAA;
+  for (bool const whole : {false, true}) {
+    test::g_refused = program.c_str();  // the program cannot tell where it lies
+    EXPECT_EQ(whole ? GetZelvaneVersionInfo(&info) : GetZelvaneInstalledModules(&mask), 0) << whole;
+  }
+  EXPECT_EQ(test::Bytes(info), test::Bytes(before));
+  EXPECT_EQ(mask, 0xAAAA);
+}
+
+TEST_F(Version, AProgramThatCannotBeOpenedJustNowIsNotMissing) {
+  Get("");
+  std::string const program = at_.Write("root/zelsrv", "");
+  unsigned short mask = 0;
+  test::g_refused = program.c_str();
+  EXPECT_EQ(GetZelvaneInstalledModules(&mask), 0);
+  EXPECT_EQ(GetZelvaneInstalledModules(&mask) + mask, 2);
+}
+
 TEST_F(Version, ARootLongerThanItsFieldIsSearchedWhole) {
   std::string const folder = std::string(200, 'a') + "/" + std::string(200, 'b');
   at_.Write(folder + "/zelsrv", "");

@@ -12,8 +12,9 @@
 namespace test {
 
 char const* g_refused = nullptr;
+void (*g_creating)() = nullptr;
 
-}
+}  // namespace test
 
 namespace {
 
@@ -28,6 +29,11 @@ int OpenRedirected(char const* name, char const* path, int flags, mode_t mode) {
     test::g_refused = nullptr;
     errno = EMFILE;
     return -1;
+  }
+  if (test::g_creating != nullptr && (flags & O_EXCL) != 0) {
+    auto const creating = test::g_creating;
+    test::g_creating = nullptr;
+    creating();
   }
   return real(path, flags, mode);
 }

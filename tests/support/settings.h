@@ -30,6 +30,9 @@ void SetSettingsFile(std::string const& path);
 // The path whose next open fails, once, for want of descriptors; null for none.
 extern char const* g_refused;
 
+// Called, once, when a file is about to be created that must not exist: what other programs do meanwhile.
+extern void (*g_creating)();
+
 // The folder of the running test program, which is the root where no settings name one.
 std::string ProgramFolder();
 

@@ -125,6 +125,16 @@ void Get(Arguments const& arguments, Terminal& terminal) {
   terminal.json ? terminal.PrintJson(TextJson(number, lang, tables.get())) : terminal.PrintText(text);
 }
 
+// A new section goes to the end of the file, behind a line at which the programs stop reading. The library would then
+// give the text to everybody, in the installed file.
+void RequireReach(std::string const& file, long lang) {
+  FileState const state = InspectFile(file);
+  CfgClass own;
+  if (state.badLine == 0 || !own.OpenReadOnly(file) || own.SectionExists(IntToStr(lang))) return;
+  throw Failed(StoppedAt(file, state.badLine) + ", and the texts of language " + std::to_string(lang) +
+               " would go below it: correct the line first");
+}
+
 void Set(Arguments const& arguments, Terminal& terminal) {
   long const number = TextNumber(arguments);
   std::string const text = terminal.FromArgument("TEXT", arguments.text);
@@ -133,6 +143,7 @@ void Set(Arguments const& arguments, Terminal& terminal) {
   if (!fault.empty()) throw WrongUsage("TEXT: " + fault);
   long const lang = Language(arguments);
   RequireWholeLoad(UserFile(), arguments.force);
+  RequireReach(UserFile(), lang);
   Handle const tables = Open(lang);
   if (SetLangStr(tables.get(), number, text.c_str()) == 0)
     throw Failed("cannot be written: " + UserFile() + ", " + SystemFile());

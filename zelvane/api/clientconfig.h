@@ -33,24 +33,37 @@ ZELVANE_STATIC_ASSERT(sizeof(ClientConfig) == 76, "ClientConfig: size");
 
 ZELVANE_C_BEGIN
 
-// All three functions return 1, or 0 when they fail; a null `cfg` is 0 with nothing done. Short memory is a failure.
+// All three functions return 1 on success and 0 on failure. A null `cfg` fails and nothing is done. So does a call that
+// needs the installation root while /etc/zelvane.conf cannot be opened or read just now (config/paths.h).
 
-// Fills `cfg` from the two files; libName comes in lower case. A file that is missing or unreadable, a key that is
-// missing and a number that does not convert give the default; texts too long for their field are cut. 0 when the entry
-// has fewer than three fields: langId and colorScheme are filled even then, the other fields stay as they were.
+// Fills `cfg` from the two files: first the user's, then upscli.cfg.
+//
+//   file missing or unreadable               defaults for its fields, success
+//   key missing                              default; no entry in the list: the default server
+//   number that does not convert             default
+//   text too long for its field              cut
+//   libName                                  converted to lower case
+//   entry with fewer than three fields       returns 0; langId and colorScheme are filled, the other fields unchanged
+//   file cannot be opened or read just now   returns 0, `cfg` can be partly filled (no free descriptor, I/O error)
+//   out of memory                            returns 0, `cfg` can be partly filled
 ZELVANE_API int GetClientConfig(ClientConfig* cfg);
 
-// Fills every field with its default, with zeros behind the texts. Touches no file.
+// Sets every field to its default and fills the rest of each text with zeros. Opens no file.
 ZELVANE_API int GetClientDefConfig(ClientConfig* cfg);
 
-// Writes the user's file and then upscli.cfg; a file that does not exist is created, lines that hold none of these
-// values stay byte for byte. The first entry is replaced under its own key, the other entries stay; an empty list gets
-// one under the key "0". libName is written as given.
+// Writes the user's file, then upscli.cfg. Creates missing files, but not their directories. All other lines stay byte
+// for byte. The first entry of the list is replaced under its own key; the others stay. An empty list gets the key "0".
+// libName is written as given.
 //
-// 0 at the first thing that cannot be written or holds a line feed. The user's file, the entry and the name of the
-// module are saved one after the other: what was saved before a failure stays. Nothing else is checked: ";" in the
-// server's name or address shifts the fields of the entry, and "[" or "]" in a text makes a line at which the next
-// reader of the file stops.
+// Returns 0 if a text contains a line feed, a file cannot be read or written, or memory runs out. The user's file, the
+// entry and libName are saved one after the other: what was saved before the failure stays.
+//
+// Lines below a syntax error in a file are dropped; the old file is first copied to NAME.lost (config/cfgclass.h). A
+// section that was not found above the error is added below it, where no load comes: what it holds cannot be read back
+// until the line is corrected.
+//
+// The caller must refuse what the file cannot hold. ";" in the server's name or address shifts the fields of the entry.
+// "[" or "]" in a text makes a line at which the next load stops.
 ZELVANE_API int SetClientConfig(ClientConfig const* cfg);
 
 ZELVANE_C_END

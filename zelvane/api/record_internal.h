@@ -140,11 +140,11 @@ bool ReadRows(CfgClass& file, Rows rows, void* record);
 // Writes all rows that have a line. False at the first that cannot be written.
 bool WriteRows(CfgClass& file, Rows rows, void const* record);
 
-// ReadRows from a file of its own; one that cannot be read gives the defaults.
+// ReadRows from a file of its own. One that is missing or not readable gives the defaults; throws as OpenOrThrow does.
 template <class File>
 bool ReadRowsFrom(std::string const& path, Rows rows, void* record) {
-  File file;
-  file.SetFileName(path.c_str(), true);
+  OptionalFile<File> file;
+  file.OpenOrThrow(path, true);
   return ReadRows(file, rows, record);
 }
 

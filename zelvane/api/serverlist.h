@@ -34,46 +34,51 @@ ZELVANE_STATIC_ASSERT(offsetof(ServerListItem, serverPort) == 40, "ServerListIte
 
 ZELVANE_C_BEGIN
 
-// Loads the list and returns its handle, to be given back to CloseServerList. Without upscli.cfg the list is empty, and
-// the file is created by the first change that has something to write. Null when the file exists but cannot be read, or
-// memory is short.
+// Loads the list and returns its handle; free it with CloseServerList. If upscli.cfg is missing, the list is empty, and
+// the first change that has something to write creates the file. Returns null if upscli.cfg or /etc/zelvane.conf exists
+// but cannot be read (for the latter: config/paths.h), or memory runs out.
 ZELVANE_API void* OpenServerList(void);
 
-// Number of keys, malformed entries included; 0 for a null handle.
+// Returns the number of keys, malformed entries included; 0 for a null handle.
 ZELVANE_API int GetServerListCount(void* list);
 
 // Same as GetServerListItem2 without the key number.
 ZELVANE_API int GetServerListItem(void* list, unsigned int position, ServerListItem* item);
 
-// The server at `position` and its key number (0 where the key is no 32-bit number); either pointer may be null. 1:
-// both are filled; 0, with both untouched: null handle, no such position, an entry that is empty or has fewer than
-// three fields.
+// Stores the server at `position` and its key number (0 if the key is no 32-bit number). Either pointer can be null.
+// Returns 1, or 0 with both unchanged: null handle, no such position, an entry with fewer than three fields, or out of
+// memory.
 ZELVANE_API int GetServerListItem2(void* list, unsigned int position, ServerListItem* item, unsigned int* key);
 
 // Same as AddServerListItem2 with the smallest key number that no entry has.
 ZELVANE_API int AddServerListItem(void* list, ServerListItem const* item);
 
-// Adds the server under `key`; an entry that is there is replaced. 1: added and saved. 0: null argument; an entry with
-// the same name, address (both to the byte) and port is listed, nothing is written then; or the save failed, the change
-// stays in the handle then and goes out with the next save.
+// Adds the server under `key`, or replaces the entry with that key. Returns 1 if it is added and saved. Returns 0 with
+// nothing written for a null argument, and if an entry with the same name, address (both byte for byte) and port is
+// listed. Returns 0 if the save fails; the change then stays in the handle, and the next save writes it.
 //
-// Name and address are written as they are: a ";" shifts the fields behind it, and "[" or "]" makes the line a syntax
-// error for the next load, so callers refuse them. A line feed is refused here (0). The port is written unsigned, so
-// that a negative one reads as 4375 later.
+// Name and address are written as given. The caller must refuse ";", which shifts the fields, and "[" and "]", which
+// make a line at which the next load stops. A line feed fails. The port is written unsigned: a negative one reads as
+// 4375 later.
+//
+// Lines below a syntax error in upscli.cfg are dropped; the old file is first copied to upscli.cfg.lost
+// (config/cfgclass.h). If [CLILIST] was not found above the error, it is added below it, where no load comes: its
+// entries cannot be read back until the line is corrected.
 ZELVANE_API int AddServerListItem2(void* list, ServerListItem const* item, unsigned int key);
 
-// Removes the first entry with the same name, address and port. 1: removed and saved; 0: null argument, no such entry
-// (nothing is written), or the save failed.
+// Removes the first entry with the same name, address and port, whatever bytes its key has. Returns 1 if it is removed
+// and saved. Returns 0 for a null argument, if there is no such entry (nothing is written), and if the save fails.
 ZELVANE_API int RemServerListItem(void* list, ServerListItem const* item);
 
-// Removes the entry whose key is `key` in decimal. 1 for every handle, whether or not there is such an entry and the
-// save succeeded: callers have always relied on that. 0 for a null handle.
+// Removes the entry whose key is `key` in decimal. Returns 1 for every handle, 0 for null. Kept: 1 even if there is no
+// such entry or the save fails, because callers rely on it.
 ZELVANE_API int RemServerListItem2(void* list, unsigned int key);
 
-// Removes the whole section. 1: saved, or there was none; 0: null handle, or the save failed.
+// Removes the whole section. Returns 1 if it is saved, or there was none. Returns 0 for a null handle, and if the save
+// fails.
 ZELVANE_API int ClearServerList(void* list);
 
-// Saves what a failed save has left unsaved and frees the handle. 1, or 0 for a null handle.
+// Saves what a failed save left unsaved, and frees the handle. Returns 1, or 0 for a null handle.
 ZELVANE_API int CloseServerList(void* list);
 
 ZELVANE_C_END

@@ -1,8 +1,11 @@
-// What the shutdown service of one computer does when its UPS server orders a shutdown: which server it listens to, the
-// actions it takes with their texts and delays, and the language of the user who calls.
+// Settings of the shutdown service of one computer: the UPS server it listens to, the actions it takes when that server
+// orders a shutdown, and the language of the calling user.
 //
-// The settings lie in upscli.cfg; the language alone lies in the user's own file, ".zelvane" in the home folder (key
-// LANGID of section [ZELVANE]; without HOME the file is "~.zelvane" in the current directory).
+//   upscli.cfg              everything except the language; in the directory that the caller names
+//   .zelvane                the language: key LANGID of section [ZELVANE]; in the user's home directory. Without HOME
+//                           the file is "~.zelvane" in the current directory
+//
+// Both are configuration files (config/cfgclass.h).
 #ifndef ZELVANE_API_SHUTSRVCONFIG_H
 #define ZELVANE_API_SHUTSRVCONFIG_H
 
@@ -11,7 +14,7 @@
 
 #include "zelvane/export.h"
 
-// What to do on a shutdown, one bit each, from the lowest bit of the byte upwards.
+// Actions on a shutdown, one bit each, starting at the lowest bit of the byte.
 typedef struct ShutSrvActions {
   unsigned char systemShutdown : 1;
   unsigned char closeAndSaveApp : 1;
@@ -21,20 +24,23 @@ typedef struct ShutSrvActions {
   unsigned char systemHibernate : 1;
 } ShutSrvActions;
 
-// Texts are Latin-1. The library ends every text that it fills in within its array; of the caller's arrays it reads no
-// more than their width, NUL or not. The comments name section and key of upscli.cfg and the default.
+// The comment of a field names its section and key in upscli.cfg, then its default. All times are in seconds, in the
+// record and in the file.
 //
-// The messages and subjects may hold %c (the computer's name), %i (its address), %r (the seconds that are left) and %m
-// (the reason). The library keeps them as they are; the service puts the values in. Their defaults are Portuguese.
+// Texts are Latin-1. Texts that the library fills in always end with NUL inside the array. Texts from the caller need
+// no NUL: the library reads at most the array.
+//
+// The messages and subjects can contain %c (computer name), %i (its address), %r (seconds left) and %m (reason). The
+// library stores them unchanged; the service substitutes them. Their defaults are in Portuguese.
 typedef struct ShutSrvConfig {
-  int32_t langId;               // number of the user's language; 0
-  char serverAddress[16];       // SHUTSRV/ZELSRV, 2nd field: "127.0.0.1"
-  char serverName[21];          // SHUTSRV/ZELSRV, 1st field: "localhost"
-  int32_t serverPort;           // SHUTSRV/ZELSRV, 3rd field: 4375
+  int32_t langId;               // language of the user, a number (.zelvane: ZELVANE/LANGID): 0
+  char serverAddress[16];       // SHUTSRV/ZELSRV, second field: "127.0.0.1"
+  char serverName[21];          // SHUTSRV/ZELSRV, first field: "localhost"
+  int32_t serverPort;           // SHUTSRV/ZELSRV, third field: 4375
   ShutSrvActions actions;       // SHUTSRV/SYSTEMSHUTDOWN 1, CLOSEANDSAVEAPP 1, POPUP 0, MAILSEND 0, RUNCOMMAND 0,
                                 // SYSTEMHIBERNATE 0
   char appPath[256];            // CLOSEANDSAVEAPP/PATH: "/home/zelvane"
-  uint32_t timeLimit;           // CLOSEANDSAVEAPP/TIMELIMIT: 60. This and the other times are seconds here too
+  uint32_t timeLimit;           // CLOSEANDSAVEAPP/TIMELIMIT: 60
   uint32_t popupInterval;       // POPUP/INTERVAL: 0
   char shutMessage[101];        // POPUP/SHUTMESSAGE
   char cancelMessage[101];      // POPUP/CANCELMESSAGE
@@ -44,7 +50,7 @@ typedef struct ShutSrvConfig {
   char mailServer[41];          // MAILSEND/SERVER: ""
   uint32_t mailPort;            // MAILSEND/PORT: 25
   char mailUser[21];            // MAILSEND/USERNAME: ""
-  char mailPassword[21];        // MAILSEND/PASSWORD: "". Plain here, Base64 in the file
+  char mailPassword[21];        // MAILSEND/PASSWORD: "". Plain text here, Base64 in the file
   char mailFrom[41];            // MAILSEND/FROM: ""
   char mailSubject[71];         // MAILSEND/SUBJECT
   char mailTo[256];             // MAILSEND/TO: ""
@@ -81,26 +87,42 @@ ZELVANE_STATIC_ASSERT(sizeof(ShutSrvConfig) == 1828, "ShutSrvConfig: size");
 
 ZELVANE_C_BEGIN
 
-// All three functions return 1, or 0 when they fail; a null `cfg` is 0 with nothing done. `cfgDir` is the folder of
-// upscli.cfg, with or without its final "/"; null and "" are the installation root. A bare name is relative to the
-// current directory, not to the root.
+// All three functions return 1 on success and 0 on failure. A null `cfg` fails and nothing is done. So does a call that
+// needs the installation root while /etc/zelvane.conf cannot be opened or read just now (config/paths.h).
+//
+// `cfgDir` is the directory of upscli.cfg, with or without a trailing "/". Null or "" means the installation root. A
+// relative path starts at the current directory, not at the installation root.
 
-// Fills `cfg` from the two files. A file that is missing or unreadable, a key that is missing and a number that does
-// not convert give the default; texts too long for their field are cut. Of an action's number only the lowest bit
-// counts: 2 is off, 3 is on. Numbers are read as signed 32-bit ones: an unsigned value above 2147483647 does not come
-// back. 0 when ZELSRV has fewer than three fields: then `cfg` stays as it was.
+// Fills `cfg` from the two files.
+//
+//   file missing or unreadable               defaults for its fields, success
+//   key missing                              default
+//   number that does not convert             default
+//   number above 2147483647                  default, also where Set wrote it: numbers are read as signed 32-bit
+//   action (0 or 1)                          only the lowest bit counts: 2 is off, 3 is on
+//   text too long for its field              cut
+//   ZELSRV with fewer than three fields      returns 0, `cfg` unchanged
+//   file cannot be opened or read just now   returns 0, `cfg` can be partly filled (no free descriptor, I/O error)
+//   out of memory                            returns 0, `cfg` can be partly filled
 ZELVANE_API int GetShutSrvConfig(char const* cfgDir, ShutSrvConfig* cfg);
 
-// Fills every field with its default, with zeros behind the texts. Touches no file.
+// Sets every field to its default and fills the rest of each text with zeros. The two unused bits of `actions` keep
+// their value. Opens no file.
 ZELVANE_API int GetShutSrvDefConfig(ShutSrvConfig* cfg);
 
-// Writes upscli.cfg, whole and to the disk, and then the user's file; a file that does not exist is created, lines that
-// hold none of these keys stay byte for byte. 0 when something cannot be written or a text holds a line feed:
-// upscli.cfg is then as it was before, unless it was the user's file, which comes second, that failed.
+// Writes upscli.cfg, then the user's file. Creates missing files, but not the directory. All keys of the record are
+// written; all other lines stay byte for byte. Each file is saved atomically (config/cfgclass.h).
 //
-// Nothing else is checked. ";" in the server's name or address shifts the fields of ZELSRV, and "[" or "]" in a text
-// makes a line at which the next reader of the file stops: refuse them where people type. Base64 keeps the password
-// from a glance, not from anyone who can read the file.
+// Returns 0 if a text contains a line feed, a file cannot be read or written, or memory runs out. upscli.cfg is then
+// unchanged, unless the failure was in the user's file: then upscli.cfg has the new settings.
+//
+// Lines below a syntax error in a file are dropped; the old file is first copied to NAME.lost (config/cfgclass.h). A
+// section that was not found above the error is added below it, where no load comes: what it holds cannot be read back
+// until the line is corrected.
+//
+// The caller must refuse what the file cannot hold. ";" in the server's name or address shifts the fields of ZELSRV.
+// "[" or "]" in a text makes a line at which the next load stops. Base64 hides the password from a glance, not from
+// anyone who can read the file.
 ZELVANE_API int SetShutSrvConfig(char const* cfgDir, ShutSrvConfig const* cfg);
 
 ZELVANE_C_END

@@ -30,11 +30,11 @@ constexpr mode_t kFolderMode = 01230;
 // kUnits for a name that is no number.
 long UnitNumber(char const* name) { return StrToIntDef(FillLeft(name, kNameWidth, '0'), kUnits); }
 
-std::string ListPath() { return InstallationRoot() + "srvlist.cfg"; }
+constexpr char kListFile[] = "srvlist.cfg";
 
 // A list that cannot be read has no entries.
 void OpenList(CfgClass& list) {
-  list.OpenReadOnly(ListPath());
+  list.OpenReadOnly(InstallationRoot() + kListFile);
   list.SetSection(kSection);
 }
 
@@ -77,7 +77,7 @@ bool AddUnit(char const* name) {
   std::string const root = InstallationRoot();
   std::string const folder = root + unit + "/";
   if (!DirExists(folder) && !MakeFolder(root, folder)) return false;
-  return ChangeFile<CfgClass>(ListPath(), Saving::kOnce, [&](CfgClass& list) {
+  return ChangeFile<CfgClass>(root + kListFile, Saving::kOnce, [&](CfgClass& list) {
     return list.WriteStr(kSection, IntToStr(number).c_str(), unit.c_str());
   });
 }
@@ -114,7 +114,7 @@ int RemUpsListItem(char const* name) {
   if (name == nullptr) return 0;
   return Guard(0, [&] {
     std::string const key = IntToStr(UnitNumber(name));
-    bool const removed = ChangeFile<CfgClass>(ListPath(), Saving::kOnce,
+    bool const removed = ChangeFile<CfgClass>(InstallationRoot() + kListFile, Saving::kOnce,
                                               [&](CfgClass& list) { return list.DeleteKey(kSection, key.c_str()); });
     return removed ? 1 : 0;
   });

@@ -10,31 +10,45 @@
 
 ZELVANE_C_BEGIN
 
-// Number of units listed; 0 when there is no list, it cannot be read, or memory is short.
+// All four functions fail, with nothing done, while /etc/zelvane.conf cannot be opened or read just now
+// (config/paths.h).
+
+// Returns the number of units listed. Returns 0 if there is no list, it cannot be read, or memory runs out.
 ZELVANE_API int GetUpsListCount(void);
 
-// The name of the unit at `position`, counted from 0 in ascending order of the keys' text ("10" comes before "2"): the
-// listed value filled with zeros in front to three characters, cut to its first three. 1: `name`, which has room for 4
-// bytes, holds it with its NUL. 0, with `name` untouched: null, no such position, or short memory.
+// Stores the name of the unit at `position`: the listed value, filled with leading zeros to three characters, cut to
+// its first three. Positions count from 0 in ascending order of the keys' text: "10" comes before "2". `name` must have
+// room for 4 bytes; the last one is NUL.
+//
+// Returns 1, or 0 with `name` unchanged: null, no such position, or out of memory.
 ZELVANE_API int GetUpsListItem(unsigned int position, char* name);
 
-// Lists the unit `name` and, unless it has a folder already, creates the folder and copies into it the files that the
-// values of section [FILES] in default/zelcfg.cfg of the root name, in ascending order of their keys. Adding a unit
-// that is listed already writes its entry again. `name` is filled with zeros in front to three characters before it is
-// read as a decimal number: "7", "07" and "007" are unit 7 and "" is unit 0, but "+7" is no number ("0+7").
+// Lists the unit `name`. Filled with leading zeros to three characters, `name` is read as a decimal number: "7", "07"
+// and "007" are unit 7, "" is unit 0, and "+7" is no number ("0+7"). The entry of a listed unit is written again.
 //
-// 1: listed. 0, with nothing created: null, no number, a number outside 0 to 99; and, for a unit without a folder, a
-// template folder or zelcfg.cfg that cannot be read, or a listed file whose name holds "/" or "..". 0, not listed: the
-// folder cannot be made; what is listed is no file or cannot be copied, what has been copied stays then. 0 also when
-// srvlist.cfg cannot be read or written; the folder stays.
+// If the unit has no directory, creates it and copies the template's files into it. The template is the directory
+// `default` of the root. The values of section [FILES] in its zelcfg.cfg name the files, in ascending order of the
+// keys.
 //
-// A new folder's mode is octal 01230 less the umask, which installed systems expect: not even its owner may list or
-// enter it. Adding units therefore takes root. A unit has a folder when DirExists (core/fileutils.h) finds it.
+// Returns 1 if the unit is listed. Returns 0 in these cases:
+//
+//   null, no number, number outside 0 to 99             nothing is created
+//   no directory yet, and: template unreadable, or a
+//     name of a file contains "/" or ".."               nothing is created
+//   the directory cannot be created                     nothing is created
+//   a file is missing, not a regular file, or cannot    the directory stays, with the files copied before. Remove it
+//     be copied                                         before the next try: a unit that has a directory is only listed
+//   srvlist.cfg cannot be read or written               a new directory stays, complete
+//
+// Kept: a new directory has mode 01230 minus the umask, because installed systems expect it. Not even its owner can
+// list or enter it, so only root can add a new unit.
 ZELVANE_API int AddUpsListItem(char const* name);
 
-// Takes the unit `name`, read in the same way, off the list. Its folder and files stay. 1: it is not listed (any more);
-// nothing is written, or created, when it was not. 0: null, or srvlist.cfg cannot be read or written. Numbers outside 0
-// to 99 are not refused, so that entries made by hand can be removed too, and a name that is no number counts as 100.
+// Removes the unit `name`, read in the same way, from the list. Its directory and files stay. A name that is no number
+// counts as 100, and numbers outside 0 to 99 are accepted: entries made by hand can be removed too.
+//
+// Returns 1 if the unit is not listed any more; if it was not listed, nothing is written or created. Returns 0 for
+// null, if srvlist.cfg cannot be read or written, or out of memory.
 ZELVANE_API int RemUpsListItem(char const* name);
 
 ZELVANE_C_END

@@ -1,9 +1,6 @@
 #include "zelvane/api/upssrvconfig.h"
 
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <string>
 
 #include "zelvane/api/record_internal.h"
@@ -106,11 +103,11 @@ std::string ModelPath(Folders const& folders, std::int16_t modelIndex) {
 
 // ---- Reading: each fills its fields where its file has something to say of them. ----
 
-// The table's value for the type with that key. Not by the plain functions, whose result for want of memory would look
-// like a type that is not in the table.
+// The table's value for the type with that key. Not by the plain functions, whose failing result would look like a type
+// that is not in the table.
 std::string TypeValue(Folders const& folders, std::string const& key, char const* def) {
-  CfgClass table;
-  table.OpenReadOnly(folders.tables + "upstype.cfg");
+  OptionalCfg table;
+  table.OpenOrThrow(folders.tables + "upstype.cfg", true);
   return table.ReadStr("UPSTYPE", key.c_str(), def);
 }
 
@@ -125,19 +122,32 @@ void ReadType(Folders const& folders, UpsSrvConfig& cfg) {
 
 void ReadUsbDevice(Folders const& folders, UpsSrvConfig& cfg) {
   if (cfg.commType != kUsbComm) return;
-  CfgClass table;
-  table.OpenReadOnly(folders.tables + "usbhid.cfg");
+  OptionalCfg table;
+  table.OpenOrThrow(folders.tables + "usbhid.cfg", true);
   cfg.usbDevice = static_cast<std::uint32_t>(table.ReadInt("USBHID", UsbKey(cfg).c_str(), 0));
 }
 
 void ReadModel(Folders const& folders, UpsSrvConfig& cfg) {
-  CfgClass model;
-  model.OpenReadOnly(ModelPath(folders, cfg.modelIndex));
+  OptionalCfg model;
+  model.OpenOrThrow(ModelPath(folders, cfg.modelIndex), true);
   for (ModelSetting const& setting : kModelSettings) {
     std::string const value = model.ReadStr("INIT", setting.key, "");
     for (std::int32_t i = 0; i < setting.count; i++)
       if (value == setting.names[i]) cfg.*setting.field = i;
   }
+}
+
+// False when there is no upssrv.cfg. One that this user cannot read leaves the defaults that `cfg` holds.
+bool ReadFiles(Folders const& folders, UpsSrvConfig& cfg) {
+  OptionalCfg file;
+  bool const open = file.OpenOrThrow(folders.config + kMainFile, true);
+  if (!open || file.IsMissing()) return !open;
+  ReadRows(file, kRows, &cfg);
+  cfg.commType = FieldText(cfg.commDriver) == kUsb ? kUsbComm : 0;
+  ReadType(folders, cfg);
+  ReadUsbDevice(folders, cfg);
+  ReadModel(folders, cfg);
+  return true;
 }
 
 // ---- Writing. ----
@@ -157,12 +167,12 @@ std::int32_t NextDischarge(UpsSrvConfig const& cfg) {
   return static_cast<std::int32_t>(std::min<std::int64_t>(cfg.fullDischargeDate, latest));
 }
 
-bool WriteSettings(Folders const& folders, UpsSrvConfig const& cfg, std::string const& driver) {
+bool WriteSettings(Folders const& folders, UpsSrvConfig const& cfg, std::string const& driver, Saving saving) {
   UpsSrvConfig written = cfg;
   CopyToField(written.upsDriver, driver);
   CopyToField(written.commDriver, cfg.commType == kUsbComm ? kUsb : kSerial);
   written.fullDischargeDate = NextDischarge(cfg);
-  return ChangeFile<CfgClass>(folders.config + kMainFile, Saving::kOnce, [&](CfgClass& file) {
+  return ChangeFile<CfgClass>(folders.config + kMainFile, saving, [&](CfgClass& file) {
     // The driver once more, now whole: the table's may be longer than the record's field.
     return WriteRows(file, kRows, &written) && file.WriteStr("UPS", "UPSDL", driver.c_str());
   });
@@ -189,6 +199,16 @@ bool WriteModel(Folders const& folders, UpsSrvConfig const& cfg, std::int16_t mo
   });
 }
 
+bool WriteFiles(char const* cfgDir, UpsSrvConfig const& cfg, int tablesInCfgDir, Saving saving) {
+  return Guard(false, [&] {
+    Folders const folders = FindFolders(cfgDir, tablesInCfgDir);
+    TypeEntry type;
+    // Judged before anything is opened for writing.
+    return FindType(folders, cfg.upsType, type) && WriteSettings(folders, cfg, type.driver, saving) &&
+           WriteUsbDevice(folders, cfg) && WriteModel(folders, cfg, type.modelIndex);
+  });
+}
+
 }  // namespace
 
 int GetUpsSrvConfig(char const* cfgDir, UpsSrvConfig* cfg, int tablesInCfgDir) {
@@ -197,18 +217,8 @@ int GetUpsSrvConfig(char const* cfgDir, UpsSrvConfig* cfg, int tablesInCfgDir) {
     Folders const folders = FindFolders(cfgDir, tablesInCfgDir);
     // First all of them: what the other files do not say of their fields is the default as well.
     SetDefaults(kRows, cfg);
-    CfgClass file;
-    std::string const path = folders.config + kMainFile;
-    if (!file.OpenReadOnly(path)) {
-      // One that is there, and could not be read just now, must not be replaced by the defaults.
-      if (access(path.c_str(), F_OK) != 0 && errno == ENOENT) SetUpsSrvConfig(cfgDir, cfg, 0);
-      return 1;
-    }
-    ReadRows(file, kRows, cfg);
-    cfg->commType = FieldText(cfg->commDriver) == kUsb ? kUsbComm : 0;
-    ReadType(folders, *cfg);
-    ReadUsbDevice(folders, *cfg);
-    ReadModel(folders, *cfg);
+    // Another program may create the file in between: then it holds what counts.
+    if (!ReadFiles(folders, *cfg) && !WriteFiles(cfgDir, *cfg, 0, Saving::kCreate)) ReadFiles(folders, *cfg);
     return 1;
   });
 }
@@ -220,12 +230,5 @@ int GetUpsSrvDefConfig(UpsSrvConfig* cfg) {
 }
 
 int SetUpsSrvConfig(char const* cfgDir, UpsSrvConfig const* cfg, int tablesInCfgDir) {
-  if (cfgDir == nullptr || cfg == nullptr) return 0;
-  return Guard(false, [&] {
-    Folders const folders = FindFolders(cfgDir, tablesInCfgDir);
-    TypeEntry type;
-    // Judged before anything is opened for writing.
-    return FindType(folders, cfg->upsType, type) && WriteSettings(folders, *cfg, type.driver) &&
-           WriteUsbDevice(folders, *cfg) && WriteModel(folders, *cfg, type.modelIndex);
-  });
+  return cfgDir != nullptr && cfg != nullptr && WriteFiles(cfgDir, *cfg, tablesInCfgDir, Saving::kOnce) ? 1 : 0;
 }

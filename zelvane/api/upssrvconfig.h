@@ -35,7 +35,7 @@ typedef struct UpsSrvConfig {
   int32_t nbShutdownDelay;    // UPS/NBSHUTDOWNDELAY: 120, in the unit of the file
   int32_t tcpPort;            // TCPIP/PORT: 4375
   int32_t fullDischargeDate;  // UPS/UPSFULLDISCH: -1 (none). Date-time of the battery's next full discharge
-  int32_t dischargeInterval;  // UPS/UPSDISCHDELAY: 120 days between full discharges
+  int32_t dischargeInterval;  // UPS/UPSDISCHDELAY: 120 days between full discharges. Counts as unsigned
   uint32_t timerManual;       // TIMERS/MANUAL: 20000 ms
   uint32_t timerOnBattery;    // TIMERS/OPBAT: 300000 ms
   uint32_t timerLowBattery;   // TIMERS/BATBAIXA: 20000 ms
@@ -79,35 +79,52 @@ ZELVANE_STATIC_ASSERT(sizeof(UpsSrvConfig) == 200, "UpsSrvConfig: size");
 
 ZELVANE_C_BEGIN
 
-// Fills `cfg` from the files. 1, or 0 when an argument is null or memory is short.
+// All three functions return 1 on success and 0 on failure. A null argument fails and nothing is done. So does a call
+// of Get or Set while /etc/zelvane.conf cannot be opened or read just now (config/paths.h).
+
+// Fills `cfg` from the files.
 //
-// A missing key and a number that does not convert give the default; a timer is the number of seconds times 1000, in 32
-// bits ("-1" is 4294966296 ms). Texts too long for their field are cut. A type that the table does not hold leaves the
-// defaults in the name, the modules and modelIndex (and so the model's settings), but upsDriver is always what UPSDL
-// says. usbDevice is read with commType 1 only and is 0 otherwise. A model file, or a key of it, that is missing or
-// unknown leaves the default.
+//   key missing                              default
+//   number that does not convert             default
+//   timer                                    seconds times 1000, in 32 bits: "-1" is 4294966296 ms
+//   text too long for its field              cut
+//   type not in the table                    defaults in upsName, cfgModule, cliModule and modelIndex
+//   upsDriver                                what UPSDL says, whatever the type
+//   usbDevice                                read only if commType is 1, otherwise 0
+//   model file, or key of it, missing or     default
+//     unknown
+//   table or model file unreadable           the same as missing
+//   upssrv.cfg unreadable                    every field is the default, success. The file stays
+//   upssrv.cfg missing                       every field is the default, success, and the file is created, see below
+//   file cannot be opened or read just now   returns 0, `cfg` can be partly filled (no free descriptor, I/O error)
+//   out of memory                            returns 0, `cfg` can be partly filled
 //
-// When upssrv.cfg cannot be read: every field is the default, whatever the other files say, and SetUpsSrvConfig(cfgDir,
-// cfg, 0) tries to create the file (always with the tables of the installation root; its result does not count). A file
-// that is there but unreadable stays as it is.
+// A missing upssrv.cfg is created as SetUpsSrvConfig(cfgDir, cfg, 0) does it: always with the tables of the
+// installation root. A failure to create it does not show in the result. The file is created only while it is missing:
+// if another program creates it meanwhile, that file stays, and `cfg` is filled from it.
 ZELVANE_API int GetUpsSrvConfig(char const* cfgDir, UpsSrvConfig* cfg, int tablesInCfgDir);
 
-// Fills every field with its default, with zeros behind the texts. Touches no file. 0 when `cfg` is null, else 1.
+// Sets every field to its default and fills the rest of each text with zeros. Opens no file.
 ZELVANE_API int GetUpsSrvDefConfig(UpsSrvConfig* cfg);
 
-// Writes upssrv.cfg; then, with commType 1 only, usbDevice to usbhid.cfg; then the model's settings, only where its
-// file is there and has the key already. 1 when all that is written; 0 at the first failure, and files saved before it
-// stay so: each file by itself is changed whole or not at all. Lines that hold none of the keys stay byte for byte.
-// upssrv.cfg and usbhid.cfg are created when they do not exist.
+// Writes upssrv.cfg. Then, only if commType is 1, usbDevice to usbhid.cfg. Then the model's settings, only if the model
+// file exists and has the key. Creates missing files (upssrv.cfg and usbhid.cfg), but not their directories. All other
+// lines stay byte for byte. Each file is saved atomically (config/cfgclass.h).
 //
-// 0 with nothing written: a null argument, or an entry of upstype.cfg for upsType that has fewer than five fields. A
-// type that the table does not hold counts as "Auto;autoups;zelcfg01;zelcli01;-1". The type alone decides on the driver
-// that is written and on the model file: upsDriver, upsName, cfgModule, cliModule, modelIndex and commDriver are not
-// looked at.
+// Returns 0 at the first failure; files saved before it stay saved. Returns 0 with nothing written if the entry of
+// upstype.cfg for upsType has fewer than five fields, or the table cannot be opened or read just now. A type that is
+// not in the table, or a missing or unreadable table, counts as "Auto;autoups;zelcfg01;zelcli01;-1".
 //
-// Milliseconds are rounded down to seconds. A fullDischargeDate above 0 is written as GetDateTime() + dischargeInterval
-// days when it lies behind that; -1 and 0 are written as they are. batteryChargeMode counts as 0 unless it is 1, and
-// lineSensitivity as 2 outside 0 to 4.
+// The type decides which driver is written and which model file is changed. Set ignores upsDriver, upsName, cfgModule,
+// cliModule, modelIndex and commDriver. It rounds milliseconds down to seconds. It treats batteryChargeMode as 0 unless
+// it is 1, and lineSensitivity as 2 unless it is 0 to 4.
+//
+// A fullDischargeDate above 0 is written as GetDateTime() + dischargeInterval days if it is later than that. The
+// interval counts as unsigned: -1 is 4294967295 days. -1 and 0 are written as they are.
+//
+// Lines below a syntax error in a file are dropped; the old file is first copied to NAME.lost (config/cfgclass.h). A
+// section that was not found above the error is added below it, where no load comes: what it holds cannot be read back
+// until the line is corrected.
 ZELVANE_API int SetUpsSrvConfig(char const* cfgDir, UpsSrvConfig const* cfg, int tablesInCfgDir);
 
 ZELVANE_C_END

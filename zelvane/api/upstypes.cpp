@@ -37,9 +37,9 @@ bool ReadType(CfgClass& table, unsigned int type, UpsTypeItem& item) {
 }
 
 std::string NameInModelFile(short modelIndex, unsigned int subModel) {
-  CfgClass model;
-  // A file that cannot be read leaves the object empty, and the key is missing like any other.
-  model.OpenReadOnly(InstallationRoot() + "default/upscfg" + IntToStr(modelIndex, 2) + ".cfg");
+  zelvane::internal::OptionalCfg model;
+  // A file that is missing or not readable has no keys.
+  model.OpenOrThrow(InstallationRoot() + "default/upscfg" + IntToStr(modelIndex, 2) + ".cfg", true);
   return model.ReadStr(UIntToStr(subModel), "MODELO", "");
 }
 

@@ -33,7 +33,8 @@ ZELVANE_C_BEGIN
 
 // Loads the table `path` (null or "": upstype.cfg in the installation root) and returns its handle, to be given back to
 // CloseUPSTypeList. A table that does not exist is an empty one and is not created. Null when it exists but cannot be
-// read, or memory is short. The handle holds what the file said when it was opened.
+// read, when the root is needed while /etc/zelvane.conf cannot be read just now (config/paths.h), or when memory runs
+// out. The handle holds what the file said when it was opened.
 ZELVANE_API void* OpenUPSTypeList(char const* path);
 
 // Number of types; 0 for a null handle.
@@ -55,7 +56,8 @@ ZELVANE_API int CloseUPSTypeList(void* list);
 // The display name of a UPS: key MODELO of section [subModel] in the model file of `modelIndex` (upscfgNN.cfg in folder
 // default of the installation root) or, when that gives nothing, the name of the first type in the table of the
 // installation root that has this model index. 1: a name was found, or `modelIndex` is negative ("AUTO"). 0: none was
-// found; `buffer` holds "AUTO" then too. 0 with `buffer` untouched when it is null or `size` below 2.
+// found, a file cannot be opened or read just now (no free descriptor, I/O error), or memory runs out; `buffer` holds
+// "AUTO" then too. 0 with `buffer` untouched when it is null or `size` below 2.
 //
 // At most `size` bytes are written: the name and, if there is room, one NUL. A name of `size` bytes or more fills the
 // buffer and is NOT terminated: callers pass buffers longer than any name.

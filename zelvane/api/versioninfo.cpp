@@ -1,9 +1,10 @@
 #include "zelvane/api/versioninfo.h"
 
+#include <cerrno>
 #include <string>
+#include <system_error>
 
-#include "zelvane/config/cfgclass.h"
-#include "zelvane/config/paths.h"
+#include "zelvane/config/cfgclass_internal.h"
 #include "zelvane/config/settings_internal.h"
 #include "zelvane/core/barrier_internal.h"
 #include "zelvane/core/fileutils.h"
@@ -14,6 +15,7 @@ using zelvane::internal::CopyToField;
 using zelvane::internal::Guard;
 using zelvane::internal::kSettingsFile;
 using zelvane::internal::kSettingsSection;
+using zelvane::internal::OptionalRegCfg;
 
 namespace {
 
@@ -34,12 +36,20 @@ constexpr Module kModules[] = {
 constexpr int kLastNumbered = 15;
 constexpr unsigned short kAllModules = 0x1F;
 
+// Throws std::system_error when it cannot be known.
+bool IsReadable(std::string const& path) {
+  if (FilePermToRead(path)) return true;
+  int const reason = errno;
+  if (!zelvane::internal::IsLasting(reason)) throw std::system_error(reason, std::generic_category());
+  return false;
+}
+
 bool IsInstalled(Module const& module, std::string const& root) {
-  if (FilePermToRead(root + module.program)) return true;
+  if (IsReadable(root + module.program)) return true;
   for (char const* family : module.numbered) {
     if (family == nullptr) continue;
     for (int i = 0; i <= kLastNumbered; i++)
-      if (FilePermToRead(root + family + IntToStr(i, 2))) return true;
+      if (IsReadable(root + family + IntToStr(i, 2))) return true;
   }
   return false;
 }
@@ -59,10 +69,10 @@ unsigned short WithModules(unsigned short word, unsigned short modules) {
 }
 
 bool Fill(VersionInfo& info) {
-  std::string const root = GetZelvanePath();
+  OptionalRegCfg settings;
+  settings.OpenOrThrow(kSettingsFile, true);
+  std::string const root = zelvane::internal::RootIn(settings);
   if (root.empty()) return false;
-  RegCfgClass settings;
-  settings.OpenReadOnly(kSettingsFile);
   settings.SetSection(kSettingsSection);
   std::string const version = settings.ReadStr("VERSION", "4.0+");
   std::string const product = settings.ReadStr("PRODUCT", "Zelvane " + version);

@@ -42,8 +42,8 @@ ZELVANE_C_BEGIN
 //            read: zelsrv, shutsrv, zelvane or zelcliNN or czelcliNN, zelconfig or zelcfgNN or czelcfgNN, zelbrws (NN
 //            from 00 to 15)
 //
-// A missing settings file leaves the defaults. 1: filled; 0, with the record untouched: null, no root is known, or
-// memory is short.
+// A settings file that is missing or unreadable leaves the defaults. Returns 1, or 0 with the record unchanged: null,
+// no root is known, memory runs out, or a file cannot be opened just now (no free descriptor, I/O error).
 ZELVANE_API int GetZelvaneVersionInfo(VersionInfo* info);
 
 // The modules alone, into bits 0 to 4 of `mask`; its other bits stay. 1, or 0 with `mask` untouched as above.

@@ -24,6 +24,7 @@ using zelvane::internal::Join;
 using zelvane::internal::kAddress;
 using zelvane::internal::kName;
 using zelvane::internal::kNumber;
+using zelvane::internal::TrimView;
 
 namespace {
 
@@ -56,9 +57,11 @@ int Change(void* list, Body&& body) {
 
 std::int32_t Id(long id) { return static_cast<std::int32_t>(id); }
 
-// Whether a field may hold the text without ending there, or ending the next load.
+// Whether a field may hold the text without ending there, or ending the next load. Blanks alone are no text: a load
+// takes them off, and nothing is left.
 bool Holds(std::string_view text) { return text.find_first_of(";[]\r\n") == std::string_view::npos; }
-bool IsName(std::string_view text) { return !text.empty() && Holds(text); }
+bool IsName(std::string_view text) { return !TrimView(text).empty() && Holds(text); }
+bool IsAddress(std::string_view text) { return text.empty() || IsName(text); }
 
 // What every change ends with.
 bool Finish(BrowseList& list, bool stamp, bool flush) {
@@ -207,7 +210,7 @@ int AddBrwsGroup(void* list, BrwsGroupRec const* group, bool maxPlusOne, unsigne
 
 int AddBrwsComputer(void* list, BrwsComputerRec const* computer, bool maxPlusOne, unsigned long* identifier,
                     bool flush) {
-  if (computer == nullptr || !IsName(FieldText(computer->name)) || !Holds(FieldText(computer->address))) return 0;
+  if (computer == nullptr || !IsName(FieldText(computer->name)) || !IsAddress(FieldText(computer->address))) return 0;
   return Change(list, [&](BrowseList& l) {
     std::string const value = ValueOf(*computer, OwnerOrNone(l.groups, computer->group));
     return Add(l.computers, value, maxPlusOne, identifier) && Finish(l, true, flush);
@@ -245,8 +248,9 @@ int EditBrwsComputer(void* list, BrwsComputerRec const* computer, bool flush) {
     for (std::int32_t const id : computer->id < 0 ? Ids() : l.nobreaks.OwnedBy(computer->id)) {
       Entry unit;
       if (!l.nobreaks.Find(id, unit)) continue;
-      auto const& [name, address, number, owner] = unit.fields;
-      written = l.nobreaks.Put(id, Join({name, FieldText(computer->address), number, owner}));
+      std::string const owner = IntToStr(unit.owner);
+      written =
+          l.nobreaks.Put(id, Join({unit.fields[kName], FieldText(computer->address), unit.fields[kNumber], owner}));
     }
     return written && Finish(l, true, flush);
   });

@@ -31,9 +31,14 @@
    RESULTS are 1 for success and 0 for failure: a null handle or record, no memory, a file that could not be read when
    the list was opened (then it has no entries and takes none), a flush that failed (the change stays in the handle, the
    next flush tries again), and what the functions name. A change that runs out of memory may be half done in the
-   handle: nothing that the handle has not flushed goes to the file then, and it takes no more changes. Texts that the
-   file cannot hold, with ";", "[", "]" or a line break, are refused. The changes are stamped with the date but for the
+   handle: nothing that the handle has not flushed goes to the file then, and it takes no more changes. Texts with
+   ";", "[", "]" or a line break are refused, because the file cannot hold them. So are names and addresses of nothing
+   but blanks, tabs and carriage returns: a load takes those off. The changes are stamped with the date but for the
    exceptions named.
+
+   BEHIND A SYNTAX ERROR nothing is read. The lines below it are dropped by the next flush, which first copies the file
+   to NAME.lost (cfgclass.h). A section that was not found above the error is added below it: its entries are in the
+   handle and in the file, but no load finds them until the line is corrected.
 
    Numbers are 32 bits wide: of a wider `long` the low 32 bits count. Arrays given to the library need no NUL and end at
    their width then; those it fills are cut to fit, with NUL in the last byte. Blanks around a name are gone with the
@@ -86,7 +91,8 @@ ZELVANE_C_BEGIN
 /* ---- The list ---- */
 
 /* Loads the file `path`, or zelbrws.cfg in the installation root for null or "", and returns the handle, to be given
-   back to CloseBrwsList. A missing file is an empty list. Null when memory is short. */
+   back to CloseBrwsList. A missing file is an empty list. Null when memory runs out, and
+   when the root is needed while /etc/zelvane.conf cannot be read just now (paths.h). */
 ZELVANE_API void* OpenBrwsList(char const* path);
 
 /* Flushes what is left and frees the handle. On 0 the changes are lost. */
@@ -132,8 +138,8 @@ ZELVANE_API int AddBrwsNobreak(void* list, BrwsNobreakRec const* nobreak, bool m
 
 /* The parent is stored unseen: it may be missing, or even make a circle. */
 ZELVANE_API int EditBrwsGroup(void* list, BrwsGroupRec const* group, bool flush);
-/* The group is stored unseen; the address must not be empty. It goes to the computer's UPS units as well, which keep
-   all else. */
+/* The group is stored unseen; the address must not be empty. It goes to the computer's UPS units as well. Their names
+   and numbers stay; the computer is written without padding ("005" becomes 5). */
 ZELVANE_API int EditBrwsComputer(void* list, BrwsComputerRec const* computer, bool flush);
 /* The computer must exist. */
 ZELVANE_API int EditBrwsNobreak(void* list, BrwsNobreakRec const* nobreak, bool flush);

@@ -5,8 +5,10 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <iterator>
 #include <new>
 #include <string_view>
+#include <system_error>
 #include <utility>
 
 #include "zelvane/config/cfgclass_internal.h"
@@ -103,8 +105,7 @@ bool CfgClass::LoadFile(bool noLines) try {
 
   std::string text;
   ReadResult const read = ReadWhole(state.fileName, text);
-  int const reason = read == ReadResult::kOk ? 0 : errno;
-  state.missing = read == ReadResult::kNotOpened && reason == ENOENT;
+  state.reason = read == ReadResult::kOk ? 0 : errno;
   if (read == ReadResult::kReadFailed) {
     ClearCaches();
     state.errorLine = 1 + static_cast<int>(std::count(text.begin(), text.end(), '\n'));
@@ -112,7 +113,7 @@ bool CfgClass::LoadFile(bool noLines) try {
   if (read != ReadResult::kOk) {
     Fail(CFG_FILE_FAILED);
     // A caller may take a file that cannot be read for one that is not there; for want of memory that would be wrong.
-    if (reason == ENOMEM) throw std::bad_alloc();
+    if (state.reason == ENOMEM) throw std::bad_alloc();
     return false;
   }
 
@@ -187,7 +188,8 @@ bool CfgClass::SaveFile() {
   text.reserve(state.textSize + state.textSize / 8 + 256);
   for (std::string const& line : state.lines) text.append(line).push_back('\n');
   if (!text.empty()) text.pop_back();  // line feeds stand between the lines
-  if (!SafeSave(state.fileName, text)) return Fail(CFG_FILE_FAILED);
+  bool const saved = state.onlyNew ? SaveIfMissing(state.fileName, text) : SafeSave(state.fileName, text);
+  if (!saved) return Fail(CFG_FILE_FAILED);
   state.modified = false;
   return Fail(CFG_OK);
 }
@@ -401,7 +403,15 @@ bool CfgClass::DeleteKey(std::string const& section, std::string const& key) {
 }
 bool CfgClass::DeleteKey(char const* key) { return DeleteKey(GetSection().c_str(), key); }
 bool CfgClass::DeleteKey(std::string const& key) { return DeleteKey(key.c_str()); }
-bool CfgClass::DeleteKey(unsigned long n) { return DeleteKey(GetKeyName(n).c_str()); }
+
+// By its position where that can be: the name of a key may hold a NUL, and would name another key then.
+bool CfgClass::DeleteKey(unsigned long n) {
+  SectionPosition at;
+  if (!FindAtOnce(nullptr, &at) || n >= at->second.keys->size()) return DeleteKey(GetKeyName(n).c_str());
+  if (state_->readOnly) return Fail(CFG_READ_ONLY);
+  RemoveKey(*state_, at->second, KeyAt(*state_, at->second, n));
+  return Changed();
+}
 
 unsigned long CfgClass::GetKeyCount(char const* section) {
   if (section == nullptr) return Fail(CFG_BAD_ARGUMENT), 0;
@@ -501,6 +511,11 @@ bool RegCfgClass::SaveAs(std::string const& name) { return CfgClass::SaveAs(name
 
 namespace zelvane::internal {
 
+bool IsLasting(int reason) {
+  constexpr int kLasting[] = {ENOENT, ENOTDIR, EACCES, EPERM, ELOOP, ENAMETOOLONG, EISDIR, EFBIG, ENXIO, ENODEV};
+  return std::find(std::begin(kLasting), std::end(kLasting), reason) != std::end(kLasting);
+}
+
 template <class Base>
 OptionalFile<Base>::OptionalFile() {
   this->RememberTable();
@@ -508,7 +523,25 @@ OptionalFile<Base>::OptionalFile() {
 
 template <class Base>
 bool OptionalFile<Base>::LoadFile(bool noLines) {
-  return Base::LoadFile(noLines) || (this->state_->missing && this->Fail(CFG_OK));
+  return Base::LoadFile(noLines) || (IsMissing() && this->Fail(CFG_OK));
+}
+
+template <class Base>
+bool OptionalFile<Base>::OpenOrThrow(std::string const& path, bool readOnly) {
+  if (this->SetFileName(path.c_str(), readOnly)) return true;
+  int const reason = this->state_->reason;
+  if (!IsLasting(reason)) throw std::system_error(reason, std::generic_category());
+  return false;
+}
+
+template <class Base>
+bool OptionalFile<Base>::IsMissing() const {
+  return this->state_->reason == ENOENT;
+}
+
+template <class Base>
+void OptionalFile<Base>::SaveOnlyNew() {
+  this->state_->onlyNew = true;
 }
 
 template <class Base>

@@ -2,9 +2,15 @@
 #ifndef ZELVANE_CONFIG_CFGCLASS_INTERNAL_H
 #define ZELVANE_CONFIG_CFGCLASS_INTERNAL_H
 
+#include <string>
+
 #include "zelvane/config/cfgclass.h"
 
 namespace zelvane::internal {
+
+// Whether a file that cannot be opened for that reason is missing, or not for this user to read, until somebody changes
+// that. Other reasons (no free descriptor, no memory, an I/O error) say nothing about the file.
+bool IsLasting(int reason);
 
 // CfgClass or RegCfgClass for the exported functions, which work on files that need not exist yet. It replaces the load
 // alone: a file that does not exist loads as one without lines, and nothing is created before the first save that has
@@ -14,6 +20,15 @@ class OptionalFile final : public Base {
  public:
   OptionalFile();
   bool LoadFile(bool noLines) override;
+
+  // Opens the file; a missing one has no lines. False: this user cannot read it, or it is not a file; nothing is open
+  // then. Throws std::system_error when that cannot be known: no free descriptor, an I/O error. A program that took
+  // such a file for a missing one would go on with defaults, and write them back.
+  bool OpenOrThrow(std::string const& path, bool readOnly);
+  // Whether the last load found no file.
+  bool IsMissing() const;
+  // From now on a save creates the file, and fails where there is one by then.
+  void SaveOnlyNew();
 
   // The position of a key by its section and its name or number: to look at a value without copying it.
   using CfgClass::Find;

@@ -79,8 +79,9 @@ struct CfgState {
   void const* ownTable = nullptr;  // see RememberTable
   bool usesOwnSteps = false;       // a subclass may have replaced any step
   bool hasUnread = false;          // some section may have lines whose keys are not indexed yet
-  bool dropsLines = false;         // the load stopped at a syntax error, and the lines after it have not been kept aside
-  bool missing = false;            // the last load failed because there is no such file
+  bool dropsLines = false;         // the load stopped at a syntax error, and the lines after it are not kept aside yet
+  bool onlyNew = false;            // saves create the file, and fail where there is one
+  int reason = 0;                  // errno of the last load that could not read the file
 };
 
 // ---- What a line says; `text` is trimmed. ----

@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "zelvane/config/cfgclass.h"
+#include "zelvane/config/cfgclass_internal.h"
 #include "zelvane/config/settings_internal.h"
 #include "zelvane/core/barrier_internal.h"
 #include "zelvane/core/fileutils.h"
@@ -32,6 +32,7 @@ void ReplacePrefix(std::string& text, std::string_view prefix, std::string const
 }
 
 std::string Expand(char const* name, char const* directory) {
+  if (name[0] != '/' || name[1] != '/') return name;  // no macro: the root is not asked for
   std::string const root = zelvane::internal::InstallationRoot();
   std::string const working =
       StrToIntDef(directory, -1) >= 0 ? IncludePathDelimiter(root + directory) : std::string(directory);
@@ -50,14 +51,24 @@ std::string Expand(char const* name, char const* directory) {
 }  // namespace
 
 std::string zelvane::internal::InstallationRoot() {
-  RegCfgClass settings;
-  settings.SetFileName(kSettingsFile, false);
+  OptionalRegCfg settings;
+  settings.OpenOrThrow(kSettingsFile, true);
+  return RootIn(settings);
+}
+
+std::string zelvane::internal::RootIn(CfgClass& settings) {
   std::string root = settings.ReadStr(kSettingsSection, "PATH", "");
   if (root.empty()) root = ExtractFilePath(GetExeName(false));
   return root.empty() ? root : IncludePathDelimiter(root);
 }
 
-std::string GetZelvanePath() { return Guard(std::string(), zelvane::internal::InstallationRoot); }
+std::string GetZelvanePath() {
+  return Guard(std::string(), [] {
+    RegCfgClass settings;
+    settings.OpenReadOnly(zelvane::internal::kSettingsFile);  // one that cannot be read has no key
+    return zelvane::internal::RootIn(settings);
+  });
+}
 
 std::string ParseMacroFileName(char const* name, char const* directory) {
   if (name == nullptr || directory == nullptr) return "";

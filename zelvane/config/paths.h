@@ -1,6 +1,6 @@
 // Where the product's files lie: the installation root, and the symbolic file names that callers and settings use.
 // Both functions carry plain symbol names although they return strings, so C++ alone can call them. Neither throws;
-// without memory they give "".
+// they return "" when memory runs out.
 #ifndef ZELVANE_CONFIG_PATHS_H
 #define ZELVANE_CONFIG_PATHS_H
 
@@ -17,12 +17,17 @@
 
 extern "C" {
 
-// The installation root with its trailing "/": key PATH of section [ZELVANE] of /etc/zelvane.conf, or else (no such
-// file, no such key, an empty value) the folder of the running program; "" when neither is known. The settings are read
-// anew at every call.
+// Returns the installation root with its trailing "/": key PATH of section [ZELVANE] of /etc/zelvane.conf. If the file
+// is missing or cannot be read, for whatever reason, or the key is missing or empty: the folder of the running program.
+// "" if neither is known. The settings are read at every call.
+//
+// Every other function of the library tells two cases apart. A settings file that is missing, or that this user may not
+// read, leaves the folder of the program. One that cannot be opened or read just now (no free descriptor, an I/O error)
+// makes the function fail: files of another folder are not what the caller asked for.
 ZELVANE_API std::string GetZelvanePath();
 
-// The file that a symbolic name stands for; a name that is none comes back unchanged; "" when an argument is null.
+// Returns the file that a symbolic name stands for. Any other name is returned unchanged. "" if an argument is null,
+// and if the root cannot be known just now, see above.
 //
 //   //LOGEVTFILE// logevt.rgt    //LOGHISTHORA// loghora.rgt    //LOGHISTDIA// logdia.rgt    //LOGHISTMES// logmes.rgt
 //   //UPSPOWEROFFFILE// poweroff.rgt    //UPSPOWERONFILE// poweron.rgt    //UPSSRVCFG// upssrv.cfg

@@ -280,4 +280,10 @@ bool KeepAside(std::string const& path, char const* suffix) {
   return false;
 }
 
+bool SaveIfMissing(std::string const& path, std::string_view text) {
+  std::string const target = FollowLinks(path);
+  Temporary made(FolderOf(target), 0666);
+  return made && made.Fill(text) && made.TakeFreeName(target);
+}
+
 }  // namespace zelvane::internal

@@ -49,6 +49,10 @@ bool SafeSave(std::string const& path, std::string_view text);
 // only the folder could not be brought to disk, with the copy there. Throws only std::bad_alloc.
 bool KeepAside(std::string const& path, char const* suffix);
 
+// Same as SafeSave, but only for a missing file: false, with that file untouched, when there is one by the time that
+// the text is ready. At the end of a dangling symbolic link the same holds for the file that it names.
+bool SaveIfMissing(std::string const& path, std::string_view text);
+
 }  // namespace zelvane::internal
 
 #endif

@@ -18,6 +18,7 @@ bool FitsInFile(char const* text) { return text[std::strcspn(text, "[]\r\n")] ==
 }  // namespace
 
 LangClass::LangClass() = default;
+
 LangClass::~LangClass() = default;
 
 void LangClass::SetFileName(std::string const& name) { SetFileName(name.c_str()); }

@@ -20,7 +20,8 @@
 ZELVANE_C_BEGIN
 
 /* Loads the texts of language `lang` and returns the handle, to be given back to CloseLang. A language that neither
-   file knows has no texts. Null when memory is short. */
+   file knows has no texts, and neither has a file that cannot be read. Null when memory runs out, and when
+   /etc/zelvane.conf cannot be read just now (paths.h). */
 ZELVANE_API void* OpenLang(long lang);
 
 /* Frees the handle; null is ignored. */
@@ -41,12 +42,18 @@ ZELVANE_API unsigned long GetLangCount(void* handle);
    0 for a null handle or destination. */
 ZELVANE_API int GetLangDesc(void* handle, long lang, char* destination, unsigned long length);
 
-/* Makes `text` the user's own wording of `id` in the handle's language, in the user's file and in the table. The file
-   is created when it is missing. Only if that fails, the text goes to the system's file and table. An empty text brings
-   the system's wording back. `text` may be one that GetLangStr gave.
+/* Writes `text` as the user's own wording of `id` in the handle's language to the user's file, creates the file if it
+   is missing, and loads the user's table again. "" brings the system's wording back. `text` can be one that GetLangStr
+   returned.
 
-   1 when either table has taken it. 0: null handle or text, a text with "[", "]" or a line break (the file cannot hold
-   it), neither file can be written, or the handle was opened for language -1, which means none. */
+   BEWARE: if any of that fails, the text is written to the system's file and table, for all users. It can fail in two
+   ways. The user's file cannot be written. Or it has a syntax error above the place where the language's new section
+   goes: then the text is in the user's file, but the load stops before it. Check the file first (GetErrorLine() of
+   cfgclass.h), as `zelctl lang set` does.
+
+   Returns 1 if either table took the text. Returns 0 for a null handle or text, for a text with "[", "]" or a line
+   break (the file cannot hold it), if neither file can be written, and if the handle was opened for language -1, which
+   means none. */
 ZELVANE_API int SetLangStr(void* handle, long id, char const* text);
 
 ZELVANE_C_END

@@ -12,8 +12,8 @@
 // A SPAN OF DAYS is given by two date-times of which only the dates count: it runs from the first second of the date of
 // `from` to the last one (23:59:59) of the date of `to`. Dates are those that datetime.h decodes, with its two odd days
 // a leap year: 29 February is 1 February there, and 31 December is 1 January of the same year. A record with a negative
-// stamp lies in no span. A `from` that is no date-time (a negative one) sets no lower bound; with such a `to`, or one
-// on 2038-01-19, whose last second is no date-time any more, the span is empty.
+// stamp lies in no span. A `from` that is no date-time (negative, or above 2147483647) sets no lower bound. With such a
+// `to` the span is empty, and also with one on 2038-01-19, because the last second of that day is no date-time.
 //
 // Statistics are 0 for a null handle and for an empty log.
 #ifndef ZELVANE_LOGS_LOGREADER_H

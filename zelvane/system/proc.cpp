@@ -1,13 +1,16 @@
 #include "zelvane/system/proc.h"
 
+#include <errno.h>
+#include <fcntl.h>
 #include <signal.h>
-#include <stdio.h>
+#include <spawn.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstdint>
+#include <new>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -17,8 +20,11 @@
 #include "zelvane/core/fileutils.h"
 #include "zelvane/core/strutils.h"
 #include "zelvane/core/strutils_internal.h"
+#include "zelvane/system/proc_internal.h"
 
+using zelvane::internal::Descriptor;
 using zelvane::internal::Guard;
+using zelvane::internal::ListProcesses;
 using zelvane::internal::ReadSome;
 using zelvane::internal::TrimView;
 
@@ -91,29 +97,59 @@ class PsOutput {
   std::string line_;  // up to the limit
 };
 
-// A command that is being read. "e": programs that other threads start meanwhile do not inherit its descriptor.
-class CommandPipe {
+// A command of the shell whose output is read. Not through popen(): it hides whether memory or a process was missing,
+// and stdio drops what it has of a line when a signal interrupts it.
+class Command {
  public:
-  explicit CommandPipe(char const* command) : stream_(popen(command, "re")) {}
-  CommandPipe(CommandPipe const&) = delete;
-  CommandPipe& operator=(CommandPipe const&) = delete;
-  ~CommandPipe() { Close(); }
+  explicit Command(char const* line) {
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0) return;
+    output_ = Descriptor(ends[0]);
+    Descriptor const input(ends[1]);
+    int const failed = Start(line, input.Get());
+    if (failed == ENOMEM) throw std::bad_alloc();
+    if (failed != 0) id_ = kNone;
+  }
+  Command(Command const&) = delete;
+  Command& operator=(Command const&) = delete;
+  ~Command() { End(); }
 
-  explicit operator bool() const { return stream_ != nullptr; }
-  // Not through the stream: stdio drops what it has of a line when a signal interrupts it.
-  ssize_t Read(char* buffer, std::size_t size) { return ReadSome(fileno(stream_), buffer, size); }
+  explicit operator bool() const { return id_ != kNone; }
+  ssize_t Read(char* buffer, std::size_t size) { return ReadSome(output_.Get(), buffer, size); }
   // Waits for the command; its status as waitpid gives it, -1 when that cannot be had.
-  int Close() {
-    FILE* const stream = std::exchange(stream_, nullptr);
-    return stream == nullptr ? -1 : pclose(stream);
+  int End() {
+    output_ = Descriptor();
+    pid_t const id = std::exchange(id_, kNone);
+    int status = -1;
+    if (id == kNone) return status;
+    while (waitpid(id, &status, 0) < 0)
+      if (errno != EINTR) return -1;
+    return status;
   }
 
  private:
-  FILE* stream_;
+  static constexpr pid_t kNone = -1;
+
+  // 0, or the reason why there is no process.
+  int Start(char const* line, int output) {
+    char* const arguments[] = {const_cast<char*>("sh"), const_cast<char*>("-c"), const_cast<char*>(line), nullptr};
+    posix_spawn_file_actions_t actions;
+    int failed = posix_spawn_file_actions_init(&actions);
+    if (failed != 0) return failed;
+    failed = posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
+    if (failed == 0) failed = posix_spawn(&id_, "/bin/sh", &actions, nullptr, arguments, environ);
+    posix_spawn_file_actions_destroy(&actions);
+    return failed;
+  }
+
+  Descriptor output_;
+  pid_t id_ = kNone;
 };
 
-bool ReadTable(std::vector<ProcClass>& table) {
-  CommandPipe ps(kPsCommand);
+}  // namespace
+
+bool zelvane::internal::ListProcesses(std::vector<ProcClass>& table) {
+  Command ps(kPsCommand);
   if (!ps) return false;
   PsOutput output(table);
   char piece[4096];
@@ -121,11 +157,16 @@ bool ReadTable(std::vector<ProcClass>& table) {
   while ((got = ps.Read(piece, sizeof piece)) > 0) output.Take({piece, static_cast<std::size_t>(got)});
   output.EndLine();
   // The status cannot be had where the host ignores SIGCHLD.
-  int const status = ps.Close();
+  int const status = ps.End();
   return !(table.empty() && status != -1 && WIFEXITED(status) && WEXITSTATUS(status) == kCommandNotFound);
 }
 
-}  // namespace
+ProcClass* zelvane::internal::FindProcess(std::vector<ProcClass>& table, char const* name) {
+  std::string const wanted = ExtractFileName(name);
+  auto const found =
+      std::find_if(table.begin(), table.end(), [&](ProcClass& entry) { return entry.GetName() == wanted; });
+  return found == table.end() ? nullptr : &*found;
+}
 
 // ---- One process ----
 
@@ -172,7 +213,7 @@ ProcManager::~ProcManager() = default;
 
 bool ProcManager::Update() {
   Clear();
-  bool const read = Guard(false, [&] { return ReadTable(table_); });
+  bool const read = Guard(false, [&] { return ListProcesses(table_); });
   if (!read) table_.clear();
   return read;
 }

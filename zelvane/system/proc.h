@@ -9,11 +9,12 @@
 // A table is a snapshot. Its processes may have ended since, and the system may have given an id to another process:
 // Kill and SetPriority then act on that one. Take a fresh table directly before acting.
 //
-// A name is the command name as `ps` shows it: the first 15 characters of the program's file name (for a script with a
-// "#!" line, the script's), or what the process has called itself. So a longer name is never found, a process may bear
-// any name it likes, and daemons whose names agree in 15 characters cannot be told apart. A name that holds blanks is
-// cut at the first one, and the rest of it begins the file name; one that is nothing but blanks is replaced by the
-// first word of the command line.
+// A name is the command name as `ps` shows it: the first 15 bytes of the program's file name (for a script with a "#!"
+// line, the script's), or what the process has called itself. So a longer name is never found, a process may bear any
+// name it likes, and daemons whose names agree in 15 bytes cannot be told apart. `ps` replaces what its locale cannot
+// show, usually by "?": a name outside ASCII may not be found. A name that holds blanks is cut at the first one, and
+// the rest of it begins the file name. A process without a name, or with one of nothing but blanks, takes the first
+// word of its command line.
 //
 // A finished process that nobody has waited for (zombie) is listed, and counts as running. That goes for children of
 // the caller too: those that it has forked bear its own name until they execute another program.

@@ -4,13 +4,17 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "zelvane/core/barrier_internal.h"
 #include "zelvane/core/fileutils.h"
 #include "zelvane/system/proc.h"
+#include "zelvane/system/proc_internal.h"
 #include "zelvane/system/svc.h"
 
+using zelvane::internal::FindProcess;
 using zelvane::internal::Guard;
+using zelvane::internal::ListProcesses;
 
 namespace {
 
@@ -70,7 +74,9 @@ bool SetSvcAuto(void* manager, char const* name, int automatic) {
 bool GetProcStatus(char const* name, int* running) {
   if (name == nullptr) return false;
   return Guard(false, [&] {
-    int const found = ProcManager().IsRunning(name) ? 1 : 0;
+    std::vector<ProcClass> processes;
+    ListProcesses(processes);  // without `ps` nothing is known to run
+    int const found = FindProcess(processes, name) != nullptr ? 1 : 0;
     if (running != nullptr) *running = found;
     return true;
   });

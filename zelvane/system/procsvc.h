@@ -22,7 +22,7 @@ ZELVANE_C_BEGIN
 // ---- Services: false for a null handle or name, and for a service that the handle does not know. ----
 
 // Reads the services and returns their handle, to be given back to CloseSvcManager; C++ programs may use it as a
-// SvcManager*. Null when no init script is found.
+// SvcManager*. Null when no init script is found, and when memory runs out.
 ZELVANE_API void* OpenSvcManager(void);
 
 // Frees the handle. False only for null.
@@ -43,8 +43,11 @@ ZELVANE_API bool SetSvcAuto(void* manager, char const* name, int automatic);
 
 // ---- Processes ----
 
-// Stores 1 in `running` (unless it is null) if there is a process of that name, else 0: also when the processes cannot
-// be read. True, except for a null name or no memory, with nothing stored then.
+// Stores 1 in `running` (unless it is null) if there is a process of that name, otherwise 0. Also stores 0 when `ps`
+// cannot be run. True. False with nothing stored for a null name, and when memory runs out.
+//
+// The processes include the `ps` that lists them and, with most shells, the "sh" that started it. So the answer for
+// "ps" is always 1, and for "sh" nearly always.
 ZELVANE_API bool GetProcStatus(char const* name, int* running);
 
 // Kills the first process of that name (SIGTERM and at once SIGKILL) and waits 200 ms. Whether the signal could be
@@ -64,8 +67,9 @@ ZELVANE_API bool SetProcAuto(char const* name, int automatic);
 
 // Whether another process has the command line of this one, or its command name (as `ps` shows it: 15 characters, so
 // another program may have the same). Copies started with other arguments count. So do zombies, and children that this
-// process has forked and that have not executed another program: ask before forking. False when the processes cannot be
-// read. Nothing is locked: of two copies that start together, each may see the other.
+// process has forked and that have not executed another program: ask before forking. A child that another thread is
+// starting at that moment counts too. False when the processes cannot be read, and when memory runs out. Nothing is
+// locked: of two copies that start together, each may see the other.
 ZELVANE_API bool AlreadyRunning(void);
 
 ZELVANE_C_END

@@ -8,20 +8,23 @@
 
 #include <algorithm>
 #include <iterator>
+#include <new>
 #include <string_view>
 #include <unordered_set>
 #include <utility>
 
 #include "zelvane/core/barrier_internal.h"
+#include "zelvane/core/fd_internal.h"
 #include "zelvane/core/fileutils.h"
-#include "zelvane/core/safesave_internal.h"
 #include "zelvane/core/strutils.h"
 #include "zelvane/core/strutils_internal.h"
-#include "zelvane/system/proc.h"
+#include "zelvane/system/proc_internal.h"
 
+using zelvane::internal::FindProcess;
 using zelvane::internal::Guard;
-using zelvane::internal::ReadResult;
-using zelvane::internal::ReadWhole;
+using zelvane::internal::ListProcesses;
+using zelvane::internal::Open;
+using zelvane::internal::ReadSome;
 using zelvane::internal::TrimView;
 
 namespace {
@@ -61,19 +64,33 @@ bool Run(std::string const& script, char const* action) {
   return !unclear || system(nullptr) != 0;
 }
 
+// A process of that name; null when there is none, and where `ps` cannot be run. Throws when memory runs out: a service
+// must not count as stopped for that.
+ProcClass* Running(std::vector<ProcClass>& processes, std::string const& name) {
+  ListProcesses(processes);
+  return FindProcess(processes, name.c_str());
+}
+
+bool IsRunningNow(std::string const& name) {
+  std::vector<ProcClass> processes;
+  return Running(processes, name) != nullptr;
+}
+
 // The names of all processes, to be asked for many services at once.
 std::unordered_set<std::string> RunningNames() {
   std::unordered_set<std::string> names;
-  ProcManager processes;
-  unsigned long const count = processes.GetProcCount();
-  for (unsigned long i = 0; i < count; i++) names.insert(processes.GetProcByIndex(i)->GetName());
+  std::vector<ProcClass> processes;
+  ListProcesses(processes);
+  for (ProcClass& process : processes) names.insert(process.GetName());
   return names;
 }
 
 // The entries of a folder in the order of their names.
 class FolderList {
  public:
-  explicit FolderList(std::string const& folder) : count_(scandir(folder.c_str(), &entries_, nullptr, alphasort)) {}
+  explicit FolderList(std::string const& folder) : count_(scandir(folder.c_str(), &entries_, nullptr, alphasort)) {
+    if (count_ < 0 && errno == ENOMEM) throw std::bad_alloc();
+  }
   FolderList(FolderList const&) = delete;
   FolderList& operator=(FolderList const&) = delete;
   ~FolderList() {
@@ -95,14 +112,53 @@ std::string ServiceName(std::string name) {
   return name.substr(0, name.rfind('.'));
 }
 
-std::string DescriptionIn(std::string_view script) {
+// Longer lines are not a script's: a search that meets one ends there. So does one for the rest of a description that
+// has become that long.
+constexpr std::size_t kLineLimit = 1024 * 1024;
+
+// The lines of a file, one after the other.
+class LineReader {
+ public:
+  explicit LineReader(std::string const& path) : file_(Open(path.c_str(), O_RDONLY | O_NONBLOCK)) {}
+
+  // False at the end, at a line beyond the limit, and when the file cannot be read.
+  bool Next(std::string& line) {
+    line.clear();
+    while (line.size() <= kLineLimit) {
+      std::string_view const part = rest_.substr(0, rest_.find('\n'));
+      line.append(part);
+      if (part.size() < rest_.size()) {
+        rest_.remove_prefix(part.size() + 1);
+        return line.size() <= kLineLimit;
+      }
+      if (!Fill()) return !failed_ && !line.empty();
+    }
+    return false;
+  }
+
+  bool IsFail() const { return failed_; }
+
+ private:
+  bool Fill() {
+    ssize_t const got = file_ ? ReadSome(file_.Get(), block_, sizeof block_) : -1;
+    failed_ = got < 0;
+    rest_ = std::string_view(block_, static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
+    return got > 0;
+  }
+
+  zelvane::internal::Descriptor file_;
+  char block_[4096];
+  std::string_view rest_;  // of the block
+  bool failed_ = false;
+};
+
+std::string ReadDescription(std::string const& path) {
   constexpr std::string_view kHeader = "description";
+  LineReader script(path);
   std::string description;
   bool begun = false;
-  while (!script.empty()) {
-    std::string_view line = script.substr(0, script.find('\n'));
-    script.remove_prefix(std::min(line.size() + 1, script.size()));
-    line = TrimView(line);
+  for (std::string each; description.size() <= kLineLimit && script.Next(each);) {
+    std::string_view const line = TrimView(each);
     if (line.empty() || line.front() != '#') continue;
     std::string_view text = TrimView(line.substr(1));
     if (!begun) {
@@ -117,7 +173,7 @@ std::string DescriptionIn(std::string_view script) {
     description += text;
     if (!goesOn) break;
   }
-  return description;
+  return script.IsFail() ? "" : description;
 }
 
 }  // namespace
@@ -134,7 +190,7 @@ SvcClass::~SvcClass() = default;
 bool SvcClass::Start(long) {
   return Guard(false, [&] {
     if (name_.empty() || LookAt(fileName_) != Script::kExecutable || !Run(fileName_, "start")) return false;
-    if (!ProcManager().IsRunning(name_)) return false;
+    if (!IsRunningNow(name_)) return false;
     running_ = true;
     return true;
   });
@@ -146,8 +202,8 @@ bool SvcClass::Stop(long) {
     Script const script = LookAt(fileName_);
     if (script == Script::kMissing) return false;
     bool stopped = script == Script::kNotExecutable || Run(fileName_, "stop");
-    ProcManager processes;
-    if (ProcClass* const survivor = processes.GetProcByName(name_)) stopped = survivor->Kill();
+    std::vector<ProcClass> processes;
+    if (ProcClass* const survivor = Running(processes, name_)) stopped = survivor->Kill();
     if (stopped) running_ = false;
     return stopped;
   });
@@ -159,7 +215,7 @@ bool SvcClass::Restart(long, long) {
     Script const script = LookAt(fileName_);
     if (script == Script::kMissing) return false;
     if (script == Script::kExecutable && !Run(fileName_, "restart")) return false;
-    return ProcManager().IsRunning(name_);
+    return IsRunningNow(name_);
   });
 }
 
@@ -194,31 +250,39 @@ SvcManager::SvcManager() = default;
 SvcManager::~SvcManager() = default;
 
 bool SvcManager::GetDaemonInfo(std::string const& dir) {
-  return Guard(false, [&] {
-    if (!DirExists(dir)) return false;
-    FolderList const scripts(dir);
-    if (scripts.Count() <= 0) return false;
-    std::unordered_set<std::string> const running = RunningNames();
-    for (int i = 0; i < scripts.Count(); i++) {
-      SvcClass service;
-      service.fileName_ = dir + scripts.Name(i);
-      struct stat file;
-      if (stat(service.fileName_.c_str(), &file) != 0 || S_ISDIR(file.st_mode)) continue;
-      service.name_ = ServiceName(scripts.Name(i));
-      service.description_ = GetDaemonDescr(service.fileName_);
-      service.running_ = running.count(service.name_) != 0;
-      GetDaemonAuto(service, service.fileName_);
-      table_.push_back(std::move(service));
-    }
-    return !table_.empty();
-  });
+  std::size_t const before = table_.size();
+  try {
+    return AppendServices(dir);
+  } catch (...) {
+    // Not a part of the folder's services either.
+    table_.erase(table_.begin() + static_cast<std::ptrdiff_t>(before), table_.end());
+    outOfMemory_ = true;
+    return false;
+  }
+}
+
+bool SvcManager::AppendServices(std::string const& dir) {
+  if (!DirExists(dir)) return false;
+  FolderList const scripts(dir);
+  if (scripts.Count() <= 0) return false;
+  std::unordered_set<std::string> const running = RunningNames();
+  for (int i = 0; i < scripts.Count(); i++) {
+    SvcClass service;
+    service.fileName_ = dir + scripts.Name(i);
+    struct stat file;
+    if (stat(service.fileName_.c_str(), &file) != 0 || S_ISDIR(file.st_mode)) continue;
+    service.name_ = ServiceName(scripts.Name(i));
+    service.description_ = GetDaemonDescr(service.fileName_);
+    service.running_ = running.count(service.name_) != 0;
+    GetDaemonAuto(service, service.fileName_);
+    table_.push_back(std::move(service));
+  }
+  return !table_.empty();
 }
 
 std::string SvcManager::GetDaemonDescr(std::string const& path) {
   struct stat file;
-  std::string script;
-  if (stat(path.c_str(), &file) != 0 || !S_ISREG(file.st_mode)) return "";
-  return ReadWhole(path, script) == ReadResult::kOk ? DescriptionIn(script) : "";
+  return stat(path.c_str(), &file) == 0 && S_ISREG(file.st_mode) ? ReadDescription(path) : "";
 }
 
 void SvcManager::GetDaemonAuto(SvcClass& svc, std::string const& path) {
@@ -229,10 +293,13 @@ void SvcManager::GetDaemonAuto(SvcClass& svc, std::string const& path) {
 
 bool SvcManager::Update() {
   Clear();
+  outOfMemory_ = false;
   if (GetDaemonInfo(kInitFolder)) return true;
-  bool const system = GetDaemonInfo(kRcFolder);
-  bool const local = GetDaemonInfo(kLocalRcFolder);
-  return system || local;
+  bool found = false;
+  for (char const* folder : {kRcFolder, kLocalRcFolder}) found = (!outOfMemory_ && GetDaemonInfo(folder)) || found;
+  if (!outOfMemory_) return found;
+  Clear();  // the services of another folder are not what was asked for
+  return false;
 }
 
 void SvcManager::Clear() { table_.clear(); }

@@ -18,7 +18,7 @@
 // process only later is not seen.
 //
 // An object is used by one thread at a time. Nothing here throws, except that a text cannot be returned without memory
-// (std::bad_alloc); elsewhere that is the failing result.
+// (std::bad_alloc). Elsewhere an operation that runs out of memory fails: it never tells that a service is not running.
 #ifndef ZELVANE_SYSTEM_SVC_H
 #define ZELVANE_SYSTEM_SVC_H
 
@@ -47,7 +47,8 @@ class ZELVANE_API SvcClass {
   // killed (ProcClass::Kill, without a pause: a script that does not wait for its service's end gives it no time for
   // it). The result is that of Kill if it came to that, otherwise whether the script could be run, which is true as
   // well when nobody may execute it. When true, the service is marked as not running. False, with nothing done: no
-  // name, no script. Where `ps` cannot be run there is no survivor to be seen, and true says no more than that.
+  // name, no script. False, with the mark as it was, when memory runs out: the script may have run by then. Where `ps`
+  // cannot be run there is no survivor to be seen, and true says no more than that.
   bool Stop(long timeout);
 
   // Runs the script with "restart" if anybody may execute it; whether a process of the service's name is there
@@ -101,13 +102,14 @@ class ZELVANE_API SvcManager {
   // Appends the services of one folder, given with its trailing "/": everything in it but folders, whether or not it
   // may be executed. The name is the file's without a leading "rc." and without what follows the last ".": "rc.inetd"
   // is inetd, "x.y.sh" is x.y. False when the folder may not be entered or read; otherwise whether the table has any
-  // service now, from whichever folder.
+  // service now, from whichever folder. False, too, with nothing appended, when memory runs out.
   virtual bool GetDaemonInfo(std::string const& dir);
 
   // The script's description: what follows the colon in its first comment line that begins with "description" (in
   // either case) and has one. One that ends in "\" goes on in the next comment line; the pieces are joined without the
   // backslash and with no blank added. "" when there is none, and when `path` cannot be read or is not a regular file:
-  // devices and FIFOs are not opened.
+  // devices and FIFOs are not opened. The script is read up to the end of its description. A line longer than 1 MiB, or
+  // a description that has become longer, ends the search with what was found before.
   virtual std::string GetDaemonDescr(std::string const& path);
 
   // Sets or clears what GetAutomatic tells, for the service as a whole and all run levels alike: set for a script
@@ -118,7 +120,7 @@ class ZELVANE_API SvcManager {
   virtual ~SvcManager();
 
   // Reads the table anew: from "/etc/init.d/", or, when that gives no service, from "/etc/rc.d/" and
-  // "/usr/local/etc/rc.d/" both. Whether there are any.
+  // "/usr/local/etc/rc.d/" both. Whether there are any. False, with an empty table, when memory runs out.
   virtual bool Update();
   virtual void Clear();
   virtual unsigned long GetSvcCount();
@@ -132,7 +134,10 @@ class ZELVANE_API SvcManager {
   bool IsRunning(std::string const& name);
 
  private:
+  ZELVANE_HIDDEN bool AppendServices(std::string const& dir);
+
   std::vector<SvcClass> table_;
+  bool outOfMemory_ = false;  // in the last Update, or in a GetDaemonInfo since
 };
 
 #endif
