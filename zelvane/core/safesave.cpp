@@ -162,12 +162,17 @@ bool SaveInPlace(std::string const& path, Descriptor& file, struct stat const& o
   return false;
 }
 
-bool SaveNew(std::string const& path, std::string_view text) {
+// What another program has put there meanwhile is replaced, or makes it fail.
+enum class Meanwhile { kReplace, kFail };
+
+bool SaveNew(std::string const& path, std::string_view text, Meanwhile meanwhile) {
   std::string const target = FollowLinks(path);
   Folder const folder(target);
   if (!folder) return false;
   Temporary made(FolderOf(target), 0666);
-  return made && made.Fill(text) && made.Replace(target) && folder.Sync();
+  if (!made || !made.Fill(text)) return false;
+  bool const named = meanwhile == Meanwhile::kReplace ? made.Replace(target) : made.TakeFreeName(target);
+  return named && folder.Sync();
 }
 
 // ---- Keeping a copy ----
@@ -242,7 +247,7 @@ ReadResult ReadWhole(std::string const& path, std::string& out) {
 bool SafeSave(std::string const& path, std::string_view text) {
   for (int tries = 0; tries < kTries; tries++) {
     Descriptor file = Open(path.c_str(), O_WRONLY | O_NONBLOCK);
-    if (!file) return errno == ENOENT && SaveNew(path, text);
+    if (!file) return errno == ENOENT && SaveNew(path, text, Meanwhile::kReplace);
     struct stat old;
     if (fstat(file.Get(), &old) != 0) return false;
     Outcome const beside = SaveBeside(path, file.Get(), old, text);
@@ -280,10 +285,6 @@ bool KeepAside(std::string const& path, char const* suffix) {
   return false;
 }
 
-bool SaveIfMissing(std::string const& path, std::string_view text) {
-  std::string const target = FollowLinks(path);
-  Temporary made(FolderOf(target), 0666);
-  return made && made.Fill(text) && made.TakeFreeName(target);
-}
+bool SaveIfMissing(std::string const& path, std::string_view text) { return SaveNew(path, text, Meanwhile::kFail); }
 
 }  // namespace zelvane::internal
