@@ -127,7 +127,8 @@ Table ConfigScenarios() {
          return file.WriteStr("SHUTSRV", "POPUP", "0") && file.Close();
        },
        kClass | kMemoryOnly},
-      {"CfgClass: a change after its lines were to be forgotten", cfg,
+      {"CfgClass: a change after its lines were to be forgotten",
+       cfg,
        [](World& w) {
          CfgClass file;
          if (!file.Open(w.Root("a.cfg"))) return false;
@@ -144,7 +145,8 @@ Table ConfigScenarios() {
          changed.replace(changed.find("POPUP = 1"), 9, "POPUP = 0");
          return after.at("root/a.cfg") == "" || after.at("root/a.cfg") == changed || (!ok && after == before);
        }},
-      {"CfgClass: changes, another file being opened", {{"root/a.cfg", "k=1\nbad[\nlater=2\n"}, {"root/b.cfg", ""}},
+      {"CfgClass: changes, another file being opened",
+       {{"root/a.cfg", "k=1\nbad[\nlater=2\n"}, {"root/b.cfg", ""}},
        [](World& w) {
          CfgClass file;
          unlink(w.Root("a.cfg.lost"));

@@ -44,14 +44,14 @@ class World {
 };
 
 enum Trait : unsigned {
-  kClass = 1,       // C++ alone: std::bad_alloc may come out
-  kAnyNotes = 2,    // the notes depend on the machine
-  kPart = 4,        // on failure a new file may hold a part of what it was to hold
-  kTwice = 8,       // doing it again changes the files again
-  kReader = 16,     // every file may be missing: the call then tells the defaults
-  kSlow = 32,       // starts processes: left out of every second fault in the short form
-  kAdmin = 64,      // takes root
-  kForgives = 128,  // success although something could not be written
+  kClass = 1,         // C++ alone: std::bad_alloc may come out
+  kAnyNotes = 2,      // the notes depend on the machine
+  kPart = 4,          // on failure a new file may hold a part of what it was to hold
+  kTwice = 8,         // doing it again changes the files again
+  kReader = 16,       // every file may be missing: the call then tells the defaults
+  kSlow = 32,         // starts processes: left out of every second fault in the short form
+  kAdmin = 64,        // takes root
+  kForgives = 128,    // success although something could not be written
   kMemoryOnly = 256,  // no other failure is promised anything
 };
 
@@ -68,6 +68,8 @@ struct Scenario {
 std::vector<Scenario> const& Scenarios();
 Scenario const& Find(std::string const& name);
 
+// Record number `stamp` of the sweeps' logs, stamp and all; no two of a log are alike.
+std::string Record(long stamp, std::size_t payload);
 // Whether a log of `payload` bytes a record holds whole records, and all of the `newest` ones, which are numbered by
 // their stamps up to `last`.
 bool HoldsNewest(std::string const& log, std::size_t payload, long newest, long last);
@@ -76,6 +78,12 @@ bool HoldsNewest(std::string const& log, std::size_t payload, long newest, long 
 
 int Faults(World& world, bool brief, std::string const& only);
 int Kills(World& world, int killsPerWriter);
+int PowerCuts(World& world, bool brief, std::string const& only);
+// For power cuts of a real file system, which powercut_images.sh makes: what the case numbered `number` does, done in
+// the folder `base`; and whether what was told is found there again. PowerCutCases prints the numbers and names.
+int PowerCutCases();
+int PowerCutWrite(std::string const& base, std::size_t number);
+int PowerCutJudge(World& world, std::string const& base, std::size_t number);
 int Company(World& world);
 int Sizes(World& world, bool brief);
 
