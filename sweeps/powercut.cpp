@@ -73,14 +73,14 @@ std::string Text(long lines) {
   return text;
 }
 
-bool Save(World& world, char const* name, char const* section, long value) {
+bool Save(World& world, char const* name, char const* key, long value) {
   CfgClass file;
-  return file.Open(world.Path(name)) && file.WriteInt(section, "K", value) && file.Close() &&
-         file.Open(world.Path(name)) && file.ReadInt(section, "K", -1) == value;
+  return file.Open(world.Path(name)) && file.WriteInt("STEP", key, value) && file.Close() &&
+         file.Open(world.Path(name)) && file.ReadInt("STEP", key, -1) == value;
 }
 template <char const* const& kName>
 bool SaveStep(World& world, long number) {
-  return Save(world, kName, "STEP", number);
+  return Save(world, kName, "K", number);
 }
 template <char const* const& kName>
 bool SaveNext(World& world) {
@@ -104,13 +104,16 @@ bool RunScenario(World& world, long) {
 }
 constexpr char const* kSettings = "SetShutSrvConfig";
 constexpr char const* kNewSettings = "SetShutSrvConfig, new files";
+constexpr char const* kSaveAs = "CfgClass: SaveAs";
 constexpr char const* kSchedule = "schedule, removing at once";
 constexpr char const* kCascade = "browse list, cascade";
 constexpr char const* kManyChanges = "CfgClass: many changes, one save";
 
+bool SaveNewSettings(World& world) { return RunScenario<kNewSettings>(world, 0) && SaveNext<kClient>(world); }
+
 std::vector<Case> const& Cases() {
   std::string const bad = "what was torn before, " + Log(40, 44).substr(5);
-  std::string const torn = Log(0, 3) + "x", mixed = Log(1, 61) + Log(60, kBound + 1);
+  std::string const torn = Log(500, 503) + "x", mixed = Log(1, 61) + Log(60, kBound + 1);
   static std::vector<Case> const cases = {
       {"log, new", kRecords, {}, 3, AppendSmall},
       {"log, 64 bytes", kRecords, {{kLog, Log(0, 20)}}, 3, AppendSmall, 20},
@@ -139,7 +142,17 @@ std::vector<Case> const& Cases() {
       {"text log", kLines, {{kText, Text(20)}}, 3, WriteLine, 20},
       {"text log, new", kLines, {}, 3, WriteLine},
       {"engine save", kFiles, {{kCfg, kClientFile}}, 1, RunScenario<kManyChanges>, 0, 0, 0, {}, SaveNext<kCfg>, kCfg},
-      {"engine save, new file", kFiles, {}, 2, SaveStep<kCfg>, 0, 0, 0, {}, SaveNext<kCfg>, kCfg},
+      {"engine save, new file",
+       kFiles,
+       Find(kSaveAs).files,
+       1,
+       RunScenario<kSaveAs>,
+       0,
+       0,
+       0,
+       {},
+       SaveNext<kCfg>,
+       kCfg},
       {"engine save, syntax error",
        kFiles,
        {{kCfg, "[STEP]\nK = 7\n=\nlost = 1\n"}},
@@ -171,7 +184,7 @@ std::vector<Case> const& Cases() {
        0,
        0,
        {},
-       SaveNext<kClient>,
+       SaveNewSettings,
        kClient},
       {"schedule",
        kFiles,
@@ -277,10 +290,10 @@ char const* JudgeRecords(Case const& what, std::size_t told, Files const& before
   bool const torn = raw != nullptr && raw->size() % length != 0;
   tally.mended += torn || before.count(std::string(kLog) + ".tmp") > 0;
   // A torn log is begun anew, as it always was: what it held is beside it.
-  if (torn && records.empty() && IsAside(after, Log(what.kept.empty() ? dropped : 0, end, what.payload))) return kSound;
+  if (torn && records.empty() && IsAside(after, Log(dropped, end, what.payload))) return kSound;
   long others = 0;
   if (!records.empty() && (end == 0 || records.back() != Record(end - 1, what.payload))) {
-    if (told == what.steps) return "a record that nobody wrote";
+    if (told == what.steps) return "a record that was told is gone or damaged";
     tally.unfinished += records.back() != Record(end, what.payload);
     records.pop_back();
     others = 1;
@@ -312,9 +325,9 @@ char const* JudgeLines(Case const& what, std::size_t told, Files const& before, 
   std::string const last = " " + Line(kNew) + "\n";
   if (text->size() < at + last.size() || text->compare(text->size() - last.size(), last.size(), last) != 0)
     return "the next line is not there";
-  std::string const rest = text->substr(at, text->rfind('\n', text->size() - 2) + 1 - std::min(at, text->size()));
-  tally.unfinished += raw != nullptr && raw->size() > at && raw->back() != '\n';
-  return told == what.steps && raw != nullptr && raw->size() > at ? "a line that nobody wrote" : kSound;
+  bool const more = raw != nullptr && raw->size() > at;
+  tally.unfinished += more && raw->back() != '\n';
+  return told == what.steps && more ? "a line that nobody wrote" : kSound;
 }
 
 // Null when all is well with what is in the world now; else what is wrong. Makes the next call.
@@ -327,7 +340,8 @@ char const* Judge(Case const& what, History const& history, std::size_t told, Wo
     if (!what.next(world)) return "the next call fails";
     Files after = world.Get();
     std::string const* const was = Have(before, what.changes);
-    if (was != nullptr && !Keeps(*was, after[what.changes], what.unit)) return "the next call loses something";
+    std::string const now = after[what.changes] + after[std::string(what.changes) + ".lost"];
+    if (was != nullptr && !Keeps(*was, now, what.unit)) return "the next call loses something";
     for (auto const& [name, bytes] : before)
       if (name != what.changes && !Matches(&bytes, Have(after, name))) return "the next call changed another file";
     return kSound;
