@@ -26,8 +26,8 @@ struct Fault {
 };
 constexpr long kNever = 1000000000;
 
-char const* const kCallNames[] = {"open",      "read",    "write", "lseek",  "close",  "fsync", "rename",
-                                  "ftruncate", "mkstemp", "fork",  "malloc", "status", "remove"};
+char const* const kCallNames[] = {"open",      "read",    "write", "lseek",  "close",  "sync",  "rename",
+                                  "ftruncate", "mkstemp", "fork",  "malloc", "status", "flock", "remove"};
 char const* const kModeNames[] = {"once", "ever after", "short", "full", "interrupted", "kill"};
 
 // What one kind of call may fail with; ends in 0.
@@ -36,13 +36,14 @@ std::vector<int> Reasons(ShimCall call) {
     case SHIM_OPEN: return {EMFILE, EACCES, EIO, ENOSPC};
     case SHIM_WRITE: return {ENOSPC, EIO};
     case SHIM_CLOSE: return {EIO, ENOSPC, EINTR};
-    case SHIM_SYNC: return {EIO, ENOSPC, EINTR};
+    case SHIM_SYNC: return {EIO, ENOSPC, EINVAL};
     case SHIM_RENAME: return {EACCES, EIO, ENOSPC};
     case SHIM_TRUNCATE: return {EIO, ENOSPC};
     case SHIM_TEMP: return {EMFILE, EACCES, ENOSPC};
     case SHIM_FORK: return {EMFILE, EAGAIN};
     case SHIM_MALLOC: return {ENOMEM};
     case SHIM_STATUS: return {EIO, EACCES};
+    case SHIM_LOCK: return {ENOLCK, EWOULDBLOCK};
     default: return {EIO};
   }
 }
@@ -93,7 +94,8 @@ class Sweep {
         bool const moves = call == SHIM_READ || call == SHIM_WRITE;
         if (mode == SHIM_SHORT && !moves) continue;
         if (mode == SHIM_FULL && call != SHIM_WRITE) continue;
-        if (mode == SHIM_EINTR && !moves && call != SHIM_OPEN) continue;
+        bool const resumes = moves || call == SHIM_OPEN || call == SHIM_SYNC || call == SHIM_LOCK;
+        if (mode == SHIM_EINTR && !resumes) continue;
         bool const one = mode == SHIM_SHORT || mode == SHIM_FULL || mode == SHIM_EINTR;
         for (int const reason :
              one ? std::vector<int>{mode == SHIM_FULL ? ENOSPC : 0} : Reasons(static_cast<ShimCall>(call))) {
@@ -181,6 +183,8 @@ class Sweep {
     if (lost && outcome.ok && (scenario_.traits & kForgives) == 0)
       Complain(fault, "success, but what was written may not be on disk");
     if (fault.mode == SHIM_EINTR && !Equal(outcome, done_)) Complain(fault, "an interruption shows");
+    if (fault.call == SHIM_SYNC && fault.reason == EINVAL && !Equal(outcome, done_))
+      Complain(fault, "a file system that cannot sync shows");
     Judge(fault, outcome);
     Again(fault);
   }

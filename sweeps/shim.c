@@ -10,6 +10,7 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/time.h>
 #include <sys/uio.h>
@@ -215,6 +216,7 @@ DEFINE(int, -1, SHIM_STATUS, lstat64, (char const* path, struct stat64* to), (pa
 DEFINE(int, -1, SHIM_STATUS, fchmod, (int fd, mode_t mode), (fd, mode))
 DEFINE(int, -1, SHIM_STATUS, fchown, (int fd, uid_t user, gid_t group), (fd, user, group))
 DEFINE(int, -1, SHIM_STATUS, mkdir, (char const* path, mode_t mode), (path, mode))
+DEFINE(int, -1, SHIM_LOCK, flock, (int fd, int operation), (fd, operation))
 DEFINE(int, -1, SHIM_STATUS, chdir, (char const* path), (path))
 DEFINE(int, -1, SHIM_STATUS, fchdir, (int fd), (fd))
 DEFINE(int, -1, SHIM_STATUS, scandir,
@@ -244,10 +246,11 @@ INSTEAD_OF(int, remove, (char const* path)) {
   return done;
 }
 
-static int Sync(int fd, int (*sync)(int)) {
+/* A sync that was interrupted is asked for again; one that the file system does not offer has nothing to lose. */
+static int Synced(int fd, int (*sync)(int)) {
   int done;
   if (Fate(SHIM_SYNC)) {
-    g_lost++;
+    g_lost += errno != EINTR && errno != EINVAL;
     return -1;
   }
   done = sync(fd);
@@ -256,8 +259,8 @@ static int Sync(int fd, int (*sync)(int)) {
   Changed();
   return done;
 }
-INSTEAD_OF(int, fsync, (int fd)) { return Sync(fd, REAL(fsync)); }
-INSTEAD_OF(int, fdatasync, (int fd)) { return Sync(fd, REAL(fdatasync)); }
+INSTEAD_OF(int, fsync, (int fd)) { return Synced(fd, REAL(fsync)); }
+INSTEAD_OF(int, fdatasync, (int fd)) { return Synced(fd, REAL(fdatasync)); }
 
 INSTEAD_OF(int, close, (int fd)) {
   int const done = REAL(close)(fd), failed = Fate(SHIM_CLOSE);

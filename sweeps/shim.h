@@ -15,13 +15,14 @@ enum ShimCall {
   SHIM_WRITE,  // write, writev
   SHIM_SEEK,
   SHIM_CLOSE,
-  SHIM_SYNC,
+  SHIM_SYNC,      // fsync, fdatasync, of files and of folders
   SHIM_RENAME,    // rename, renameat2, link
   SHIM_TRUNCATE,  // ftruncate, fallocate
   SHIM_TEMP,      // mkstemp, mkostemp
   SHIM_FORK,      // fork, popen, system
   SHIM_MALLOC,    // malloc, calloc, realloc
   SHIM_STATUS,    // fstat, stat, lstat, fchmod, fchown, mkdir, chdir, fchdir, scandir
+  SHIM_LOCK,      // flock
   SHIM_REMOVE,    // unlink, remove; only for kills: what cannot be removed must stay
   SHIM_CALLS,
   SHIM_ANY = SHIM_CALLS  // every call but malloc
@@ -43,7 +44,8 @@ void ShimArm(enum ShimCall call, long at, enum ShimMode mode, int reason);
 long ShimDisarm(void);
 // How many of them met the fault.
 long ShimHits(void);
-// How many of those lost what had been written: an fsync, or a close of what no fsync had brought to disk.
+// How many of those lost what had been written: an fsync or fdatasync that failed for good, or a close
+// of what none had brought to disk.
 long ShimLost(void);
 // Called where a file may be complete, while armed: after a rename, an fsync, a close. Null for none.
 void ShimWatch(void (*changed)(void));

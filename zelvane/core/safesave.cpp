@@ -2,7 +2,6 @@
 #include <sys/xattr.h>
 
 #include <algorithm>
-#include <climits>
 #include <cstdint>
 #include <cstdio>
 #include <ctime>
@@ -12,6 +11,7 @@
 
 #include "zelvane/core/fd_internal.h"
 #include "zelvane/core/safesave_internal.h"
+#include "zelvane/core/sync_internal.h"
 
 namespace zelvane::internal {
 namespace {
@@ -19,25 +19,10 @@ namespace {
 constexpr size_t kReadBlock = 4096;
 constexpr size_t kDeviceLimit = 16 * 1024 * 1024;
 constexpr int kTries = 100;
-constexpr int kLinkDepth = 40;  // as deep as the kernel follows
+constexpr int kCopies = 10;  // NAME.bad, NAME.bad.1 ... NAME.bad.9
 
 bool IsOneOf(int reason, std::initializer_list<int> reasons) {
   return std::find(reasons.begin(), reasons.end(), reason) != reasons.end();
-}
-
-// With its trailing "/"; "" is the current folder.
-std::string FolderOf(std::string const& path) { return path.substr(0, path.rfind('/') + 1); }
-
-// Where the path leads when its last part is a symbolic link, whether or not there is a file.
-std::string FollowLinks(std::string path) {
-  for (int depth = 0; depth < kLinkDepth; depth++) {
-    char target[PATH_MAX];
-    ssize_t const length = readlink(path.c_str(), target, sizeof target);
-    if (length <= 0) break;
-    std::string const folder = target[0] == '/' ? "" : FolderOf(path);
-    path = folder + std::string(target, static_cast<size_t>(length));
-  }
-  return path;
 }
 
 bool IsSame(struct stat const& one, struct stat const& other) {
@@ -88,7 +73,7 @@ class Temporary {
 
   // Brings `text` to disk and closes the file.
   bool Fill(std::string_view text) {
-    return WriteAll(file_.Get(), text.data(), text.size()) && fsync(file_.Get()) == 0 && file_.Close();
+    return WriteAll(file_.Get(), text.data(), text.size()) && SyncFile(file_.Get()) && file_.Close();
   }
 
   // Takes the name from whatever has it.
@@ -137,11 +122,14 @@ Outcome SaveBeside(std::string const& path, int oldFile, struct stat const& old,
   bool const found = lstat(target.c_str(), &there) == 0 && IsSame(there, old);
   if (!found || !S_ISREG(old.st_mode) || old.st_nlink != 1 || HasAccessList(oldFile)) return Outcome::kNotThisWay;
 
+  Folder const folder(target);
+  if (!folder) return Outcome::kFailed;
   Temporary made(FolderOf(target), 0600);
   if (!made) return IsOneOf(errno, {EACCES, EPERM, EROFS, ENAMETOOLONG}) ? Outcome::kNotThisWay : Outcome::kFailed;
   if (!TakeIdentity(made.Get(), old)) return Outcome::kNotThisWay;
   if (!made.Fill(text)) return Outcome::kFailed;
-  return made.Replace(target) ? Outcome::kSaved : Outcome::kNotThisWay;
+  if (!made.Replace(target)) return Outcome::kNotThisWay;
+  return folder.Sync() ? Outcome::kSaved : Outcome::kFailed;
 }
 
 // The space first: a full disk then shows before a single byte or the length has changed. File systems that cannot
@@ -169,15 +157,17 @@ bool SaveInPlace(std::string const& path, Descriptor& file, struct stat const& o
     return false;
   }
   // On disk by then: whatever close() might still complain about, the text is not lost.
-  if (Overwrite(file.Get(), text) && fsync(file.Get()) == 0) return true;
+  if (Overwrite(file.Get(), text) && SyncFile(file.Get())) return true;
   if (known) Overwrite(file.Get(), before);
   return false;
 }
 
 bool SaveNew(std::string const& path, std::string_view text) {
   std::string const target = FollowLinks(path);
+  Folder const folder(target);
+  if (!folder) return false;
   Temporary made(FolderOf(target), 0666);
-  return made && made.Fill(text) && made.Replace(target);
+  return made && made.Fill(text) && made.Replace(target) && folder.Sync();
 }
 
 // ---- Keeping a copy ----
@@ -217,6 +207,23 @@ bool ReadToEnd(int fd, std::string& out) {
   }
 }
 
+// ---- What has a copy's name already ----
+
+enum class Place { kFree, kSame, kOther };
+
+// Only another regular file with these very bytes is the same: a link or a second name of the file would change with
+// it.
+Place PlaceOf(std::string const& name, struct stat const& source, std::string const& bytes) {
+  struct stat status;
+  if (lstat(name.c_str(), &status) != 0) return Place::kFree;
+  bool const mayBe = S_ISREG(status.st_mode) && !IsSame(status, source) &&
+                     static_cast<uint64_t>(status.st_size) == static_cast<uint64_t>(bytes.size());
+  if (!mayBe) return Place::kOther;
+  Descriptor const file = Open(name.c_str(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW);
+  std::string there;
+  return file && ReadToEnd(file.Get(), there) && there == bytes ? Place::kSame : Place::kOther;
+}
+
 }  // namespace
 
 // Out of memory is one more reason why a file cannot be read.
@@ -248,16 +255,29 @@ bool SafeSave(std::string const& path, std::string_view text) {
 }
 
 bool KeepAside(std::string const& path, char const* suffix) {
-  std::string const name = path + suffix;
-  struct stat status;
-  if (lstat(name.c_str(), &status) == 0) return true;
   Descriptor const file = Open(path.c_str(), O_RDONLY | O_NONBLOCK);
+  struct stat status;
   if (!file || fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode)) return false;
   std::string bytes;
   if (!ReadToEnd(file.Get(), bytes)) return false;
-  Temporary made(FolderOf(name), 0600);
-  if (!made || !TakeIdentityOrLess(made.Get(), status, HasAccessList(file.Get())) || !made.Fill(bytes)) return false;
-  return made.TakeFreeName(name) || errno == EEXIST;
+  Folder const folder(path);
+  if (!folder) return false;
+  for (int copy = 0; copy < kCopies; copy++) {
+    std::string const name = path + suffix + (copy == 0 ? "" : "." + std::to_string(copy));
+    Place place = PlaceOf(name, status, bytes);
+    if (place == Place::kFree) {
+      Temporary made(FolderOf(name), 0600);
+      if (!made || !TakeIdentityOrLess(made.Get(), status, HasAccessList(file.Get())) || !made.Fill(bytes))
+        return false;
+      if (made.TakeFreeName(name)) return folder.Sync();
+      // Another program may have kept the same bytes in this very moment.
+      if (errno != EEXIST) return false;
+      place = PlaceOf(name, status, bytes);
+    }
+    if (place == Place::kSame) return folder.Sync();
+  }
+  errno = EEXIST;
+  return false;
 }
 
 }  // namespace zelvane::internal

@@ -21,9 +21,10 @@ enum class ReadResult {
 // Never throws.
 ReadResult ReadWhole(std::string const& path, std::string& out);
 
-// Makes `text` the file's whole content. True when its bytes are on disk; on false the file holds what it held before,
-// or is still missing, and nothing is left beside it. The folder is not brought to disk: a power cut right after a save
-// may bring back the whole old file.
+// Makes `text` the file's whole content. True when its bytes and its name are on disk: a power cut afterwards leaves
+// the new text, one before that the whole old text or the whole new one. On false the file holds what it held before,
+// or is still missing, and nothing is left beside it. One exception: when only the folder could not be brought to disk
+// (EIO), the file holds the new text already, and a power cut can bring back the old one.
 //
 // An existing file must be openable for writing by this user, whatever its folder would allow. A new file is then
 // written beside it, given the old one's owner and mode, brought to disk and renamed over it; symbolic links are
@@ -39,12 +40,13 @@ ReadResult ReadWhole(std::string const& path, std::string& out);
 // too; its folder must exist. Throws only std::bad_alloc.
 bool SafeSave(std::string const& path, std::string_view text);
 
-// Keeps the file's present bytes as a second file named `path` followed by `suffix`, with the same owner and mode. A
-// file, link or folder of that name counts as kept and is not touched: the first copy is the one nearest to what the
-// user wrote. An owner that this user cannot give becomes this user, and if the group cannot be given either, or an
-// access control list decided what the group may do, the group's permission goes: the copy is never open to more
-// people. False when it could not be kept (then there is no such file, not even a part of it) and when `path` is
-// missing, unreadable or not a regular file. Throws only std::bad_alloc.
+// Keeps a copy of the file's present bytes, with the same owner and mode, beside it: as `path` followed by `suffix`, or
+// by `suffix` and .1 to .9 when the names before that are taken by anything else. A copy that is there already with the
+// same bytes will do; none is ever replaced. True when the copy is on disk. An owner that this user cannot give becomes
+// this user, and if the group cannot be given either, or an access control list decided what the group may do, the
+// group's permission goes: the copy is never open to more people. False when it could not be kept (then no part of a
+// copy is there), when all ten names are taken, and when `path` is missing, unreadable or not a regular file; also when
+// only the folder could not be brought to disk, with the copy there. Throws only std::bad_alloc.
 bool KeepAside(std::string const& path, char const* suffix);
 
 }  // namespace zelvane::internal
