@@ -42,23 +42,28 @@ struct Case {
 
 // ---- What is done ----
 
+// Never nothing but zeros, as what is missing is.
+std::string Made(long number, std::size_t payload) { return Record(number + 1000, payload); }
+
 std::string Log(long first, long end, std::size_t payload = 64) {
   std::string log;
-  for (long i = first; i < end; i++) log += Record(i, payload);
+  for (long i = first; i < end; i++) log += Made(i, payload);
   return log;
 }
 
-bool Append(World& world, long stamp, std::size_t payload, long bound) {
+bool Append(World& world, long number, std::size_t payload, long bound) {
   LogClass log;
-  std::string const record = Record(stamp, payload);
+  std::string const record = Made(number, payload);
   log.SetFile(world.Path(kLog));
   log.SetMaxLines(static_cast<unsigned long>(bound));
-  return log.WriteReg(stamp, record.data() + 4, payload);
+  return log.WriteReg(number + 1000, record.data() + 4, payload);
 }
-bool AppendSmall(World& world, long stamp) { return Append(world, stamp, 64, kNoBound); }
-bool AppendLarge(World& world, long stamp) { return Append(world, stamp, 5000, kNoBound); }
-bool AppendBound(World& world, long stamp) { return Append(world, stamp, 64, kBound); }
-bool AppendBoundOnce(World& world, long stamp) { return Append(world, stamp, 64, stamp == kBound ? kBound : kNoBound); }
+bool AppendSmall(World& world, long number) { return Append(world, number, 64, kNoBound); }
+bool AppendLarge(World& world, long number) { return Append(world, number, 5000, kNoBound); }
+bool AppendBound(World& world, long number) { return Append(world, number, 64, kBound); }
+bool AppendBoundOnce(World& world, long number) {
+  return Append(world, number, 64, number == kBound ? kBound : kNoBound);
+}
 
 std::string Line(long number) { return "message " + std::to_string(number); }
 
@@ -285,16 +290,16 @@ char const* JudgeRecords(Case const& what, std::size_t told, Files const& before
   if (log == nullptr || log->size() % length != 0) return "no whole number of records";
   std::vector<std::string> records;
   for (std::size_t at = 0; at < log->size(); at += length) records.push_back(log->substr(at, length));
-  if (records.empty() || records.back() != Record(kNew, what.payload)) return "the next record is not there";
+  if (records.empty() || records.back() != Made(kNew, what.payload)) return "the next record is not there";
   records.pop_back();
   bool const torn = raw != nullptr && raw->size() % length != 0;
   tally.mended += torn || before.count(std::string(kLog) + ".tmp") > 0;
   // A torn log is begun anew, as it always was: what it held is beside it.
   if (torn && records.empty() && IsAside(after, Log(dropped, end, what.payload))) return kSound;
   long others = 0;
-  if (!records.empty() && (end == 0 || records.back() != Record(end - 1, what.payload))) {
+  if (!records.empty() && (end == 0 || records.back() != Made(end - 1, what.payload))) {
     if (told == what.steps) return "a record that was told is gone or damaged";
-    tally.unfinished += records.back() != Record(end, what.payload);
+    tally.unfinished += records.back() != Made(end, what.payload);
     records.pop_back();
     others = 1;
   }
@@ -303,7 +308,7 @@ char const* JudgeRecords(Case const& what, std::size_t told, Files const& before
   if (static_cast<long>(records.size()) > end) return "too many records";
   long number = end - static_cast<long>(records.size());
   for (std::string const& record : records)
-    if (record != Record(number++, what.payload)) return "records out of order, twice or damaged";
+    if (record != Made(number++, what.payload)) return "records out of order, twice or damaged";
   return kSound;
 }
 
