@@ -46,10 +46,20 @@ bool Append(World& world, long stamp, unsigned long most) {
   return log.WriteReg(stamp, Payload(stamp), kPayload);
 }
 
-// Of a log that had nine records and gets one more, at most nine: the first may be gone, none else.
+// Of a log that had nine records and gets one more, at most nine: the first may be gone, none else. What a cut needs
+// that broke off half way is there, whole.
 bool KeepsNewest(Files const&, Files const& after, bool ok) {
-  auto const log = after.find("root/logevt.rgt");
-  return log != after.end() && HoldsNewest(log->second, kPayload, ok ? 9 : 8, ok ? 9 : 8) && after.size() == 2;
+  auto const log = after.find("root/logevt.rgt"), scratch = after.find("root/logevt.rgt.tmp");
+  bool const passing = scratch == after.end() || scratch->second == Log(10).substr(kPayload + 4);
+  return log != after.end() && HoldsNewest(log->second, kPayload, ok ? 9 : 8, ok ? 9 : 8) && passing &&
+         after.size() == (scratch == after.end() ? 2 : 3);
+}
+
+// Of the records 1 to 8, mixed up by a cut, and whole in its scratch file.
+bool Mends(Files const&, Files const& after, bool ok) {
+  std::string const log = after.at("root/logevt.rgt");
+  if (ok) return HoldsNewest(log, kPayload, 8, 9);
+  return after.count("root/logevt.rgt.tmp") == 1 || HoldsNewest(log, kPayload, 7, 8);
 }
 
 }  // namespace
@@ -83,6 +93,13 @@ Table LogsScenarios() {
        kTwice | kForgives,  // a failed cut is no failure
        {},
        KeepsNewest},
+      {"record log, its cut broken off",
+       {{"root/logevt.rgt", Log(9).substr(kPayload + 4, 300) + Log(9).substr(300)},
+        {"root/logevt.rgt.tmp", Log(9).substr(kPayload + 4)}},
+       [](World& w) { return Append(w, 9, 8); },
+       kTwice | kForgives,
+       {},
+       Mends},
       {"record log, damaged",
        {{"root/logevt.rgt", Log(3) + "x"}},
        [](World& w) { return Append(w, 3, 100); },

@@ -159,6 +159,7 @@ TEST(SafeSave, FailingCallsLeaveOldOrNewAndNothingElse) {
   for (auto const& [name, failing, saved] : std::vector<std::tuple<std::string, Faults, bool>>{
            {"file", {{"write", ENOSPC}}, false},
            {"file", {{"fsync", EIO}}, false},
+           {"file", {{"fsync", EINVAL}}, true},  // a file system that cannot
            {"file", {{"close", EDQUOT}}, false},
            {"file", {{"fchmod", EPERM}}, true},  // then in place, and likewise below
            {"file", {{"rename", EBUSY}}, true},
@@ -197,12 +198,26 @@ TEST(KeepAside, TheFirstCopyStaysAndOpensToNobodyElse) {
     EXPECT_FALSE(KeepAside(path, ".lost")) << call;
     EXPECT_EQ(Names{"file"}, scratch.List()) << call;
   }
-  EXPECT_TRUE(KeepAside(path, ".lost"));
-  scratch.Write("file", kNew);
-  EXPECT_TRUE(KeepAside(path, ".lost"));
-  EXPECT_EQ(kOld, scratch.Read("file.lost"));
+  EXPECT_TRUE(KeepAside(path, ".lost") && KeepAside(path, ".lost")) << "a copy that is there will do";
+  EXPECT_EQ(scratch.List(), (Names{"file", "file.lost"}));
   EXPECT_EQ(0664U, Status(path + ".lost").st_mode & 07777);
   EXPECT_FALSE(KeepAside(scratch.Path("missing"), ".lost") || KeepAside(scratch.Path(), ".lost"));
+}
+
+// Nothing that has the name already is taken for the copy but another file with these bytes.
+TEST(KeepAside, NoCopyStandsForAnother) {
+  Scratch scratch;
+  std::string const path = scratch.Write("file", "now");
+  fs::create_symlink(path, path + ".lost");
+  fs::create_hard_link(path, path + ".lost.1");
+  fs::create_directory(path + ".lost.2");
+  for (int i = 3; i < 9; i++) scratch.Write("file.lost." + std::to_string(i), "old");
+  EXPECT_TRUE(KeepAside(path, ".lost"));
+  EXPECT_EQ("now", scratch.Read("file.lost.9"));
+  EXPECT_TRUE(KeepAside(path, ".lost")) << "found again";
+  scratch.Write("file", "new");
+  EXPECT_FALSE(KeepAside(path, ".lost")) << "all names are taken";
+  EXPECT_EQ("now", scratch.Read("file.lost.9"));
 }
 
 }  // namespace

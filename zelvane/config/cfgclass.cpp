@@ -86,7 +86,7 @@ bool CfgClass::Close() {
   ClearWriteCache();
   state_->fileName.clear();
   state_->section.clear();
-  state_->readOnly = state_->modified = state_->stoppedAtLine = false;
+  state_->readOnly = state_->modified = state_->dropsLines = false;
   state_->errorLine = 0;
   return saved;
 }
@@ -96,7 +96,7 @@ bool CfgClass::LoadFile(bool noLines) try {
   ClearReadCache();
   ClearWriteCache();
   state.errorLine = 0;
-  state.stoppedAtLine = false;
+  state.dropsLines = false;
   state.plain = IsPlain();
 
   std::string text;
@@ -124,7 +124,7 @@ bool CfgClass::LoadFile(bool noLines) try {
     number++;
     if (!(state.plain && !noLines ? TakeLine(state, raw) : ParseLine(std::string(raw), noLines))) {
       state.errorLine = number;
-      state.stoppedAtLine = true;
+      state.dropsLines = noLines || (feed != nullptr && feed + 1 != end);
       return false;
     }
     if (feed == nullptr) return Fail(CFG_OK);
@@ -175,13 +175,14 @@ bool CfgClass::SaveFile() {
   if (state.fileName.empty()) return Fail(CFG_NOT_OPEN), true;
   if (state.readOnly) return Fail(CFG_READ_ONLY), true;
   if (!state.modified) return Fail(CFG_OK);
-  if (state.stoppedAtLine && !KeptForGood(state.fileName)) return Fail(CFG_FILE_FAILED);
+  if (state.dropsLines && !KeptForGood(state.fileName)) return Fail(CFG_FILE_FAILED);
+  state.dropsLines = false;
   std::string text;
   text.reserve(state.textSize + state.textSize / 8 + 256);
   for (std::string const& line : state.lines) text.append(line).push_back('\n');
   if (!text.empty()) text.pop_back();  // line feeds stand between the lines
   if (!SafeSave(state.fileName, text)) return Fail(CFG_FILE_FAILED);
-  state.modified = state.stoppedAtLine = false;
+  state.modified = false;
   return Fail(CFG_OK);
 }
 

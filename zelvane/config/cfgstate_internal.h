@@ -78,7 +78,7 @@ struct CfgState {
   bool cached = false;
   bool plain = false;          // no step is replaced: see IsPlain
   bool hasUnread = false;      // some section may have lines whose keys are not indexed yet
-  bool stoppedAtLine = false;  // the load stopped at a syntax error, and the file has not been saved since
+  bool dropsLines = false;     // the load stopped at a syntax error, and the lines after it have not been kept aside
   bool missing = false;        // the last load failed because there is no such file
 };
 

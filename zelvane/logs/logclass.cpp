@@ -12,16 +12,23 @@
 #include "zelvane/core/datetime.h"
 #include "zelvane/core/fileutils.h"
 #include "zelvane/core/safesave_internal.h"
+#include "zelvane/core/sync_internal.h"
 #include "zelvane/logs/logclass_internal.h"
 
-using zelvane::internal::AppendAndClose;
+using zelvane::internal::Append;
 using zelvane::internal::Descriptor;
+using zelvane::internal::FileLock;
+using zelvane::internal::Folder;
 using zelvane::internal::Guard;
 using zelvane::internal::LoadLe32;
 using zelvane::internal::Open;
 using zelvane::internal::OpenToAppend;
 using zelvane::internal::ReadBlock;
+using zelvane::internal::ReadResult;
+using zelvane::internal::ReadWhole;
 using zelvane::internal::StoreLe32;
+using zelvane::internal::SyncData;
+using zelvane::internal::SyncFile;
 using zelvane::internal::WriteAll;
 
 namespace {
@@ -30,6 +37,8 @@ constexpr std::uint32_t kMost = std::numeric_limits<std::uint32_t>::max();
 constexpr std::uint64_t kStampSize = 4;
 constexpr std::uint64_t kCopyBlock = 65536;
 constexpr std::uint64_t kPage = 4096;
+constexpr int kLooks = 4;         // at a length that is no whole number of records, a millisecond apart
+constexpr int kReaderWait = 100;  // milliseconds that a cut waits for readers
 
 // The length of a record, or 0 when it would not fit into 32 bits.
 std::uint64_t RecordLength(unsigned long size) { return size > kMost - kStampSize ? 0 : size + kStampSize; }
@@ -46,26 +55,26 @@ bool Seek(Descriptor const& file, std::uint64_t position) {
 }
 
 // The length of a file that ends in a part of a record; 0 for any other, -1 when that cannot be told.
-off_t TornLength(Descriptor const& file, unsigned long size) {
+off_t TornLength(int file, unsigned long size) {
   struct stat status;
-  if (fstat(file.Get(), &status) != 0) return -1;
+  if (fstat(file, &status) != 0) return -1;
   if (!S_ISREG(status.st_mode)) return 0;
   return WholeRecords(static_cast<std::uint64_t>(status.st_size), size) > 0 ? 0 : status.st_size;
 }
 
-// Before a record goes into a file in which none were found. That is settled again on the open file: it may have been
-// unreadable only for a moment, or another program may have written the first record since. Only what is damaged beyond
-// doubt is emptied, and only once its bytes are safe.
-bool MakeSound(Descriptor const& file, std::string const& path, unsigned long size) {
-  if (TornLength(file, size) == 0) return true;
+// Empties a log that ends in a part of a record, once its bytes are safe. That it is damaged is settled under the lock,
+// so that of several programs one repairs and the others find it repaired.
+bool Repair(int file, std::string const& path, unsigned long size) {
+  FileLock const lock(file, FileLock::kAlone, zelvane::internal::kLongestWait);
+  if (!lock) return false;
   // A record that another program is just writing across two pages can be seen by its first half, for as long as that
   // program waits for the processor. Setting the file's time, which the new record does anyway, waits for such a write.
-  futimens(file.Get(), nullptr);
+  futimens(file, nullptr);
   off_t const torn = TornLength(file, size);
   if (torn == 0) return true;
   if (torn < 0 || !zelvane::internal::KeepAside(path, ".bad")) return false;
   off_t const now = TornLength(file, size);
-  return now == 0 || (now == torn && ftruncate(file.Get(), 0) == 0);
+  return now == 0 || (now == torn && ftruncate(file, 0) == 0);
 }
 
 // Writes whole records of `length` bytes at position `at`. A kill ends a write between two pages of the file, so each
@@ -100,26 +109,119 @@ off_t CopyRest(Descriptor const& from, Descriptor const& to, std::uint64_t lengt
   return static_cast<off_t>(copied);
 }
 
-// Cuts the first `drop` records off `path`. The log is overwritten and only then shortened: emptying it first would
-// leave a moment in which a kill loses everything.
+// ---- The cut ----
+
+bool IsSame(struct stat const& one, struct stat const& other) {
+  return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
+}
+
+// Whether the path names this file, by itself or by a link to it.
+bool IsUnder(std::string const& path, struct stat const& file) {
+  struct stat status;
+  return (lstat(path.c_str(), &status) == 0 && IsSame(status, file)) ||
+         (stat(path.c_str(), &status) == 0 && IsSame(status, file));
+}
+
+// A file that goes again unless it is kept.
+class Passing {
+ public:
+  Passing() = default;
+  ~Passing() {
+    if (!path_.empty()) unlink(path_.c_str());
+  }
+  Passing(Passing const&) = delete;
+  Passing& operator=(Passing const&) = delete;
+
+  bool Rename(std::string to) {
+    if (rename(path_.c_str(), to.c_str()) != 0) return false;
+    path_ = std::move(to);
+    return true;
+  }
+  void Take(std::string path) { path_ = std::move(path); }
+  void Keep() { path_.clear(); }
+
+ private:
+  std::string path_;
+};
+
+// Created here or not used: a link that somebody placed there would lead the records elsewhere. What an interrupted cut
+// has left goes, unless it is the log under another name.
+Descriptor OpenNew(std::string const& path, struct stat const& log) {
+  constexpr int kFlags = O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW;
+  Descriptor made = Open(path.c_str(), kFlags, 0600);
+  if (!made && errno == EEXIST && !IsUnder(path, log) && unlink(path.c_str()) == 0)
+    made = Open(path.c_str(), kFlags, 0600);
+  return made;
+}
+
+// The second half of a cut. Emptying the log first would leave a moment in which a kill loses everything, and
+// shortening it before it is synced one in which a power cut does.
+bool CopyBack(Descriptor const& scratch, Descriptor const& log, std::uint64_t length) {
+  if (!Seek(scratch, 0)) return false;
+  off_t const kept = CopyRest(scratch, log, length);
+  return kept >= 0 && SyncData(log.Get()) && ftruncate(log.Get(), kept) == 0 && SyncFile(log.Get());
+}
+
+// Cuts the first `drop` records off `path`. The records that stay are first copied to `scratchPath`, which is given to
+// that copy when it is whole and on disk: from then on a cut that is interrupted can be finished. True when all of the
+// log is on disk.
 bool Cut(std::string const& path, std::string const& scratchPath, std::uint64_t drop, std::uint64_t length) {
   Descriptor log = Open(path.c_str(), O_RDWR | O_NONBLOCK);
-  // Created here or not used: a link that somebody placed there would lead the records elsewhere.
-  Descriptor const scratch = Open(scratchPath.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
-  if (!log || !scratch || !Seek(log, drop * length)) return false;
-  off_t const kept = CopyRest(log, scratch, length);
-  if (kept < 0 || !Seek(scratch, 0) || CopyRest(scratch, log, length) != kept) return false;
-  return ftruncate(log.Get(), kept) == 0 && log.Close();
+  struct stat status;
+  Folder const folder(scratchPath);
+  if (!log || !folder || fstat(log.Get(), &status) != 0) return false;
+  Passing name;
+  std::string unfinished = scratchPath + "~";
+  Descriptor const scratch = OpenNew(unfinished, status);
+  if (!scratch) return false;
+  name.Take(std::move(unfinished));
+  if (!Seek(log, drop * length) || CopyRest(log, scratch, length) < 0 || !SyncFile(scratch.Get()) ||
+      !name.Rename(scratchPath) || !folder.Sync())
+    return false;
+  FileLock const lock(log.Get(), FileLock::kAlone, kReaderWait);
+  if (CopyBack(scratch, log, length)) return true;
+  name.Keep();
+  return false;
+}
+
+// Whether a cut of `drop` bytes to the records in `scratch`, broken off while they were copied back, can have left
+// `log`: each byte is the old one or the new one, and the record appended last need not have reached the disk.
+bool IsCutBrokenOff(std::string const& log, std::string const& scratch, std::uint64_t drop, std::uint64_t length) {
+  std::uint64_t const before = drop + scratch.size();
+  if (log.size() > before || log.size() + length < before) return false;
+  for (std::uint64_t at = drop; at < log.size(); at++) {
+    bool const isOld = log[at] == scratch[at - drop];
+    bool const isNew = at < scratch.size() && log[at] == scratch[at];
+    bool const isUnsettled = at >= before - length && (log.size() < before || log[at] == 0);
+    if (!isOld && !isNew && !isUnsettled) return false;
+  }
+  return true;
+}
+
+// Whether the log is a mixture that the records in `scratch` make whole again. It is not when it holds all of them
+// already, because the cut had not begun or was through, and when it does not come from that cut.
+bool IsMixture(std::string const& log, std::string const& scratch, std::uint64_t length) {
+  if (log == scratch) return false;
+  std::uint64_t const whole = log.size() / length * length;
+  if (whole == log.size() && whole > scratch.size()) {
+    if (log.compare(whole - scratch.size(), scratch.size(), scratch) == 0) return false;
+    if (IsCutBrokenOff(log, scratch, whole - scratch.size(), length)) return true;
+  }
+  return whole + length > scratch.size() && IsCutBrokenOff(log, scratch, whole + length - scratch.size(), length);
 }
 
 }  // namespace
+
+LogClass::LogClass() = default;
 
 LogClass::~LogClass() { LogClass::UnloadFile(); }
 
 int LogClass::SetFile(char const* name) {
   return Guard(0, [&] {
     std::string file = name == nullptr ? "" : name;
-    if (scratch_.empty() || scratch_ == file) {
+    // Files are compared, not spellings: the log must never be removed as its own scratch file.
+    struct stat status;
+    if (scratch_.empty() || scratch_ == file || (lstat(scratch_.c_str(), &status) == 0 && IsUnder(file, status))) {
       scratch_ = file.empty() ? "" : file + ".tmp";
     } else {
       std::remove(scratch_.c_str());
@@ -151,21 +253,28 @@ bool LogClass::WriteReg(long when, void const* data, unsigned long size) {
     StoreLe32(reinterpret_cast<unsigned char*>(record.data()), static_cast<std::uint32_t>(when));
     if (size > 0) std::memcpy(record.data() + kStampSize, data, size);
 
+    if (!FinishCut(size)) return false;
     bool const sound = GetFileRegCount(size) > 0;
     Descriptor file = OpenToAppend(file_);
-    if (!file || !(sound || MakeSound(file, file_, size)) || !AppendAndClose(file, record)) return false;
-    LimitFile(size);
-    return true;
+    if (!file || !(sound || MakeSound(file.Get(), size)) || !Append(file.Get(), record)) return false;
+    // A cut syncs all of the log; one that could not be made is no failure, as long as the record is on disk.
+    return (CutToBound(size) || SyncData(file.Get())) && file.Close();
   });
 }
 
 unsigned long LogClass::GetFileRegCount(unsigned long size) {
-  if (file_.empty()) return 0;
+  if (file_.empty() || RecordLength(size) == 0) return 0;
   Descriptor const file = OpenToRead(file_);
   struct stat status;
-  if (!file || fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode)) return 0;
-  std::uint64_t const count = WholeRecords(static_cast<std::uint64_t>(status.st_size), size);
-  return static_cast<unsigned long>(std::min<std::uint64_t>(count, kMost));
+  // A record on its way into two pages can be seen by its first half.
+  for (int look = 0; look <= kLooks; look++) {
+    if (look > 0) Delay(1);
+    if (!file || fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode)) return 0;
+    auto const length = static_cast<std::uint64_t>(status.st_size);
+    if (length % RecordLength(size) == 0)
+      return static_cast<unsigned long>(std::min<std::uint64_t>(length / RecordLength(size), kMost));
+  }
+  return 0;
 }
 
 unsigned long LogClass::GetRegCount(unsigned long size) {
@@ -223,17 +332,58 @@ void LogClass::UnloadFile() {
   bufferSize_ = 0;
 }
 
-bool LogClass::ClearFile() { return !file_.empty() && zelvane::internal::EmptyFile(file_); }
+bool LogClass::ClearFile() {
+  return Guard(false, [&] { return !file_.empty() && zelvane::internal::EmptyFile(file_); });
+}
 
 void LogClass::LimitFile(unsigned long size) {
-  Guard(false, [&] {
-    // SetFile has given it a name; without a file both are empty, and there is nothing to remove.
-    std::remove(scratch_.c_str());
-    unsigned long const count = GetFileRegCount(size);
-    if (count <= maxLines_ || RecordLength(size) == 0) return true;
-    // Short of memory in there, the scratch file must go all the same.
-    bool const cut = Guard(false, [&] { return Cut(file_, scratch_, count - maxLines_, RecordLength(size)); });
-    std::remove(scratch_.c_str());
-    return cut;
-  });
+  Guard(false, [&] { return RecordLength(size) != 0 && FinishCut(size) && CutToBound(size); });
+}
+
+// ---- Steps of a write ----
+
+// Before a record goes into a file in which none were found: it may have been unreadable only for a moment, or another
+// program may have written the first record since. Only what is damaged beyond doubt is emptied, and records only when
+// a subclass insists that there are none.
+bool LogClass::MakeSound(int fd, unsigned long size) {
+  if (TornLength(fd, size) != 0) return Repair(fd, file_, size);
+  bool const disowned =
+      LogClass::GetFileRegCount(size) > 0 && GetFileRegCount(size) == 0 && LogClass::GetFileRegCount(size) > 0;
+  return !disowned || ftruncate(fd, 0) == 0;
+}
+
+// Looks at a scratch file that a cut has left, finishes that cut if it was broken off half way, and removes the file.
+// False when the file may still be needed.
+bool LogClass::FinishCut(unsigned long size) {
+  struct stat left;
+  if (lstat(scratch_.c_str(), &left) != 0) return errno == ENOENT || errno == ENOTDIR;
+  if (IsUnder(file_, left) && scratch_ != file_ + ".tmp") {
+    scratch_ = file_ + ".tmp";
+    return FinishCut(size);
+  }
+  std::uint64_t const length = RecordLength(size);
+  bool const mayBeWhole =
+      S_ISREG(left.st_mode) && left.st_size > 0 && static_cast<std::uint64_t>(left.st_size) == maxLines_ * length;
+  Descriptor const log = mayBeWhole ? Open(file_.c_str(), O_RDWR | O_NONBLOCK) : Descriptor();
+  if (mayBeWhole && !log && errno != ENOENT) return false;
+  if (log) {
+    FileLock const lock(log.Get(), FileLock::kAlone, zelvane::internal::kLongestWait);
+    Descriptor const scratch = Open(scratch_.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
+    std::string records, kept;
+    if (!scratch || ReadWhole(file_, records) != ReadResult::kOk || ReadWhole(scratch_, kept) != ReadResult::kOk)
+      return false;
+    if (IsMixture(records, kept, length) && !CopyBack(scratch, log, length)) return false;
+  }
+  std::remove(scratch_.c_str());
+  return true;
+}
+
+// True when records were cut off, and all of the log is on disk.
+bool LogClass::CutToBound(unsigned long size) {
+  unsigned long const count = GetFileRegCount(size);
+  if (count <= maxLines_) return false;
+  if (Guard(false, [&] { return Cut(file_, scratch_, count - maxLines_, RecordLength(size)); })) return true;
+  // The removal of an earlier scratch file must not be undone by a power cut: the log goes on without this one.
+  Guard(false, [&] { return Folder(scratch_).Sync(); });
+  return false;
 }

@@ -33,7 +33,7 @@ struct LogRecords;
 class ZELVANE_API LogClass {
  public:
   // No file, no buffer, at most 1024 records.
-  LogClass() = default;
+  LogClass();
   LogClass(LogClass const&) = delete;
   LogClass& operator=(LogClass const&) = delete;
   virtual ~LogClass();
@@ -95,6 +95,10 @@ class ZELVANE_API LogClass {
 
  private:
   friend struct zelvane::internal::LogRecords;
+
+  ZELVANE_HIDDEN bool MakeSound(int fd, unsigned long size);
+  ZELVANE_HIDDEN bool FinishCut(unsigned long size);
+  ZELVANE_HIDDEN bool CutToBound(unsigned long size);
 
   std::uint32_t maxLines_ = 1024;
   std::string file_;

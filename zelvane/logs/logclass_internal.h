@@ -10,31 +10,37 @@
 
 namespace zelvane::internal {
 
-// Created if missing, and never waiting for the other end of a FIFO.
-inline Descriptor OpenToAppend(std::string const& path) {
-  return Open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_NONBLOCK, 0666);
-}
+// Opens the file for appending, created if missing, and never waits for the other end of a FIFO. None, too, when the
+// name of an empty file cannot be brought to disk.
+Descriptor OpenToAppend(std::string const& path);
 
-// Writes `bytes` in one write, so that programs that append at once get whole pieces in, and closes the file. False
-// when they did not all go in: the part that did is then cut off again while it is still the end of the file, since
-// half a record would spoil all the others.
-inline bool AppendAndClose(Descriptor& file, std::string_view bytes) {
-  ssize_t put = -1;
-  do put = write(file.Get(), bytes.data(), bytes.size());
-  while (put < 0 && errno == EINTR);
-  if (put == static_cast<ssize_t>(bytes.size())) return file.Close();
-  if (put <= 0) return false;
-  off_t const end = lseek(file.Get(), 0, SEEK_CUR);
-  struct stat now;
-  if (end >= put && fstat(file.Get(), &now) == 0 && now.st_size == end) (void)!ftruncate(file.Get(), end - put);
-  return false;
-}
+// Writes `bytes` in one write, so that programs that append at once get whole pieces in. False when they did not all go
+// in: the part that did is then cut off again while it is still the end of the file, since half a record would spoil
+// all the others. Nothing is synced yet.
+bool Append(int fd, std::string_view bytes);
 
-// Makes the file an empty one, creating it if it is missing.
-inline bool EmptyFile(std::string const& path) {
-  Descriptor file = Open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK, 0666);
-  return file && file.Close();
-}
+// Makes the file an empty one, creating it if it is missing. True when that is on disk.
+bool EmptyFile(std::string const& path);
+
+// Holds the lock of an open file, alone or beside others that share it. Nobody who may read a log can stop its writers
+// for good: after that many milliseconds it is not held, and the object is false. A file system without locks counts as
+// locked.
+class FileLock {
+ public:
+  enum How { kShared, kAlone };
+  FileLock(int fd, How how, int milliseconds);
+  ~FileLock();
+  FileLock(FileLock const&) = delete;
+  FileLock& operator=(FileLock const&) = delete;
+
+  explicit operator bool() const { return held_; }
+
+ private:
+  int const fd_;
+  bool held_ = false;
+};
+
+constexpr int kLongestWait = 1000;  // milliseconds, more than a repair or a cut takes
 
 // The records in a log's buffer, `size` bytes of payload behind each stamp, for scans of a million of them. Good until
 // the buffer changes.

@@ -1,5 +1,7 @@
 #include "zelvane/logs/logreader.h"
 
+#include <sys/stat.h>
+
 #include <bitset>
 #include <cstdint>
 #include <cstdlib>
@@ -12,9 +14,13 @@
 #include "zelvane/core/strutils.h"
 #include "zelvane/logs/logclass_internal.h"
 
+using zelvane::internal::Descriptor;
+using zelvane::internal::FileLock;
 using zelvane::internal::Guard;
+using zelvane::internal::kLongestWait;
 using zelvane::internal::LoadLe32;
 using zelvane::internal::LogRecords;
+using zelvane::internal::Open;
 
 namespace {
 
@@ -22,6 +28,7 @@ constexpr unsigned long kEventSize = 64;
 constexpr unsigned long kRecordSize = 4 + kEventSize;
 constexpr std::int32_t kDaySeconds = 86400;
 constexpr std::int32_t kNoTime = -1;
+constexpr int kLoads = 100;  // of a log that changes all the time
 
 LogClass* Log(void* handle) { return static_cast<LogClass*>(handle); }
 
@@ -102,6 +109,25 @@ std::int32_t TimeEvents(LogRecords const& log, std::uint16_t startCode, Codes co
   return static_cast<std::int32_t>(total);
 }
 
+bool IsUnchanged(struct stat const& before, struct stat const& now) {
+  return before.st_size == now.st_size && before.st_mtim.tv_sec == now.st_mtim.tv_sec &&
+         before.st_mtim.tv_nsec == now.st_mtim.tv_nsec;
+}
+
+// The whole file as it was at one moment: not while a cut copies records to its beginning, and once more when it has
+// changed meanwhile.
+void Load(LogClass& log, Descriptor const& file) {
+  FileLock const lock(file.Get(), FileLock::kShared, kLongestWait);
+  for (int tries = 0; tries < kLoads; tries++) {
+    struct stat before = {}, now = {};
+    (void)fstat(file.Get(), &before);
+    log.UnloadFile();
+    log.LoadFile(kEventSize);
+    if (fstat(file.Get(), &now) != 0 || IsUnchanged(before, now)) return;
+    Delay(1);
+  }
+}
+
 void LoadEarlierGeneration(LogClass& log, char const* path) {
   void* records = nullptr;
   unsigned long const length = Load_Zelvane3x_Log(path, &records);
@@ -112,14 +138,16 @@ void LoadEarlierGeneration(LogClass& log, char const* path) {
 }  // namespace
 
 void* LogReaderOpen(char const* path) {
-  if (path == nullptr || *path == '\0' || !FilePermToRead(path)) return nullptr;
+  if (path == nullptr || *path == '\0') return nullptr;
+  Descriptor const file = Open(path, O_RDONLY | O_NONBLOCK);
+  if (!file) return nullptr;
   return Guard<void*>(nullptr, [&] {
     auto log = std::make_unique<LogClass>();
     if (AnsiLowerCase(ExtractFileExt(path)) == "cry") {
       LoadEarlierGeneration(*log, path);
     } else {
       log->SetFile(path);
-      log->LoadFile(kEventSize);
+      Load(*log, file);
     }
     return static_cast<void*>(log.release());
   });

@@ -4,6 +4,7 @@
 #include "zelvane/core/datetime.h"
 #include "zelvane/core/fileutils.h"
 #include "zelvane/core/strutils.h"
+#include "zelvane/core/sync_internal.h"
 #include "zelvane/logs/logclass_internal.h"
 
 using zelvane::internal::Descriptor;
@@ -22,7 +23,9 @@ int TextLogClass::SetFile(char const* name) {
   });
 }
 
-bool TextLogClass::ClearFile() { return !textFile_.empty() && zelvane::internal::EmptyFile(textFile_); }
+bool TextLogClass::ClearFile() {
+  return Guard(false, [&] { return !textFile_.empty() && zelvane::internal::EmptyFile(textFile_); });
+}
 
 bool TextLogClass::WriteLine(char const* text) { return WriteLine(GetDateTime(), text); }
 
@@ -33,6 +36,7 @@ bool TextLogClass::WriteLine(long when, char const* text) {
     if (line.empty()) return false;
     line.append(" ").append(UIntToStr(GetSystemTick())).append(" ").append(text).append("\n");
     Descriptor file = zelvane::internal::OpenToAppend(textFile_);
-    return file && zelvane::internal::AppendAndClose(file, line);
+    return file && zelvane::internal::Append(file.Get(), line) && zelvane::internal::SyncData(file.Get()) &&
+           file.Close();
   });
 }
