@@ -126,6 +126,7 @@ std::vector<Case> const& Cases() {
       {"log, page border", kRecords, {{kLog, Log(0, 60)}}, 3, AppendSmall, 60},
       {"log at its bound", kRecords, {{kLog, Log(0, kBound)}}, 2, AppendBound, kBound, 64, kBound},
       {"log, cut and then grown", kRecords, {{kLog, Log(0, kBound)}}, 3, AppendBoundOnce, kBound, 64, kBound},
+      {"log, its bound lowered", kRecords, {{kLog, Log(0, 160)}}, 2, AppendBound, 160, 64, kBound},
       {"log, its cut cut off",
        kRecords,
        {{kLog, mixed}, {std::string(kLog) + ".tmp", Log(1, kBound + 1)}},
