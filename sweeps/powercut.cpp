@@ -116,106 +116,43 @@ constexpr char const* kManyChanges = "CfgClass: many changes, one save";
 
 bool SaveNewSettings(World& world) { return RunScenario<kNewSettings>(world, 0) && SaveNext<kClient>(world); }
 
-std::vector<Case> const& Cases() {
-  std::string const bad = "what was torn before, " + Log(40, 44).substr(5);
-  std::string const torn = Log(500, 503) + "x", mixed = Log(1, 61) + Log(60, kBound + 1);
-  static std::vector<Case> const cases = {
+// A configuration file, and the other change that the next call makes to it.
+Case Saves(char const* name, Files const& files, bool (*step)(World&, long), bool (*next)(World&), char const* changes,
+           std::size_t unit = 0) {
+  return {name, kFiles, files, 1, step, 0, 0, 0, {}, next, changes, unit};
+}
+
+std::vector<Case> MakeCases() {
+  std::string const scratch = std::string(kLog) + ".tmp", aside = std::string(kLog) + ".bad";
+  std::string const bad = "what was torn before, " + Log(40, 44).substr(5), torn = Log(500, 503) + "x";
+  std::string const mixed = Log(1, 61) + Log(60, kBound + 1), kept = Log(1, kBound + 1);
+  Files const broken = {{kCfg, "[STEP]\nK = 7\n=\nlost = 1\n"}};
+  return {
       {"log, new", kRecords, {}, 3, AppendSmall},
       {"log, 64 bytes", kRecords, {{kLog, Log(0, 20)}}, 3, AppendSmall, 20},
       {"log, 5,000 bytes", kRecords, {{kLog, Log(0, 2, 5000)}}, 3, AppendLarge, 2, 5000},
       {"log, page border", kRecords, {{kLog, Log(0, 60)}}, 3, AppendSmall, 60},
       {"log at its bound", kRecords, {{kLog, Log(0, kBound)}}, 2, AppendBound, kBound, 64, kBound},
-      {"log, cut and then grown", kRecords, {{kLog, Log(0, kBound)}}, 3, AppendBoundOnce, kBound, 64, kBound},
       {"log, its bound lowered", kRecords, {{kLog, Log(0, 160)}}, 2, AppendBound, 160, 64, kBound},
-      {"log, its cut cut off",
-       kRecords,
-       {{kLog, mixed}, {std::string(kLog) + ".tmp", Log(1, kBound + 1)}},
-       2,
-       AppendBound,
-       kBound + 1,
-       64,
-       kBound},
+      {"log, cut and then grown", kRecords, {{kLog, Log(0, kBound)}}, 3, AppendBoundOnce, kBound, 64, kBound},
+      {"log, its cut cut off", kRecords, {{kLog, mixed}, {scratch, kept}}, 2, AppendBound, kBound + 1, 64, kBound},
       {"log, torn", kRecords, {{kLog, torn}}, 2, AppendSmall, 0, 64, kNoBound, {torn}},
-      {"log, torn again",
-       kRecords,
-       {{kLog, torn}, {std::string(kLog) + ".bad", bad}},
-       2,
-       AppendSmall,
-       0,
-       64,
-       kNoBound,
-       {torn, bad}},
+      {"log, torn again", kRecords, {{kLog, torn}, {aside, bad}}, 2, AppendSmall, 0, 64, kNoBound, {torn, bad}},
       {"text log", kLines, {{kText, Text(20)}}, 3, WriteLine, 20},
       {"text log, new", kLines, {}, 3, WriteLine},
-      {"engine save", kFiles, {{kCfg, kClientFile}}, 1, RunScenario<kManyChanges>, 0, 0, 0, {}, SaveNext<kCfg>, kCfg},
-      {"engine save, new file",
-       kFiles,
-       Find(kSaveAs).files,
-       1,
-       RunScenario<kSaveAs>,
-       0,
-       0,
-       0,
-       {},
-       SaveNext<kCfg>,
-       kCfg},
-      {"engine save, syntax error",
-       kFiles,
-       {{kCfg, "[STEP]\nK = 7\n=\nlost = 1\n"}},
-       2,
-       SaveStep<kCfg>,
-       0,
-       0,
-       0,
-       {},
-       SaveNext<kCfg>,
-       kCfg},
-      {"settings record",
-       kFiles,
-       Find(kSettings).files,
-       1,
-       RunScenario<kSettings>,
-       0,
-       0,
-       0,
-       {},
-       SaveNext<kClient>,
-       kClient},
-      {"settings record, new files",
-       kFiles,
-       Find(kNewSettings).files,
-       1,
-       RunScenario<kNewSettings>,
-       0,
-       0,
-       0,
-       {},
-       SaveNewSettings,
-       kClient},
-      {"schedule",
-       kFiles,
-       Find(kSchedule).files,
-       1,
-       RunScenario<kSchedule>,
-       0,
-       0,
-       0,
-       {},
-       AddToSchedule,
-       "root/prog",
-       4},
-      {"browse cascade",
-       kFiles,
-       Find(kCascade).files,
-       1,
-       RunScenario<kCascade>,
-       0,
-       0,
-       0,
-       {},
-       SaveNext<kBrowse>,
-       kBrowse},
+      Saves("engine save", {{kCfg, kClientFile}}, RunScenario<kManyChanges>, SaveNext<kCfg>, kCfg),
+      Saves("engine save, new file", Find(kSaveAs).files, RunScenario<kSaveAs>, SaveNext<kCfg>, kCfg),
+      Saves("engine save, syntax error", broken, SaveStep<kCfg>, SaveNext<kCfg>, kCfg),
+      Saves("settings record", Find(kSettings).files, RunScenario<kSettings>, SaveNext<kClient>, kClient),
+      Saves("settings record, new files", Find(kNewSettings).files, RunScenario<kNewSettings>, SaveNewSettings,
+            kClient),
+      Saves("schedule", Find(kSchedule).files, RunScenario<kSchedule>, AddToSchedule, "root/prog", 4),
+      Saves("browse cascade", Find(kCascade).files, RunScenario<kCascade>, SaveNext<kBrowse>, kBrowse),
   };
+}
+
+std::vector<Case> const& Cases() {
+  static std::vector<Case> const cases = MakeCases();
   return cases;
 }
 
@@ -272,10 +209,10 @@ bool Keeps(std::string const& before, std::string const& after, std::size_t unit
   return true;
 }
 
-// Whether a copy kept aside begins with these bytes.
+// Whether a copy kept aside holds these bytes.
 bool IsAside(Files const& files, std::string const& bytes) {
   return std::any_of(files.begin(), files.end(), [&](auto const& file) {
-    return StartsWith(file.first, std::string(kLog) + ".bad") && StartsWith(file.second, bytes);
+    return StartsWith(file.first, std::string(kLog) + ".bad") && file.second.find(bytes) != std::string::npos;
   });
 }
 
@@ -336,15 +273,20 @@ char const* JudgeLines(Case const& what, std::size_t told, Files const& before, 
   return told == what.steps && more ? "a line that nobody wrote" : kSound;
 }
 
+Files Visible(World const& world) {
+  Files files = world.Get();
+  files.erase("zelvane.conf");
+  return files;
+}
+
 // Null when all is well with what is in the world now; else what is wrong. Makes the next call.
 char const* Judge(Case const& what, History const& history, std::size_t told, World& world, Tally& tally) {
   tally.states++;
-  Files before = world.Get();
+  Files const before = Visible(world);
   if (what.kind == kFiles) {
-    before.erase("zelvane.conf");
     if (char const* const wrong = JudgeFiles(history, told, before)) return wrong;
     if (!what.next(world)) return "the next call fails";
-    Files after = world.Get();
+    Files after = Visible(world);
     std::string const* const was = Have(before, what.changes);
     std::string const now = after[what.changes] + after[std::string(what.changes) + ".lost"];
     if (was != nullptr && !Keeps(*was, now, what.unit)) return "the next call loses something";
@@ -354,13 +296,7 @@ char const* Judge(Case const& what, History const& history, std::size_t told, Wo
   }
   bool const next = what.kind == kLines ? WriteLine(world, kNew) : Append(world, kNew, what.payload, what.bound);
   if (!next) return "the next call fails";
-  return (what.kind == kLines ? JudgeLines : JudgeRecords)(what, told, before, world.Get(), tally);
-}
-
-Files Visible(World const& world) {
-  Files files = world.Get();
-  files.erase("zelvane.conf");
-  return files;
+  return (what.kind == kLines ? JudgeLines : JudgeRecords)(what, told, before, Visible(world), tally);
 }
 
 // Does it all without a power cut. Empty when a step fails.
@@ -386,7 +322,8 @@ void Restore(World& world, Disk::State const& state) {
   for (auto const& [name, mode] : state.modes) (void)!chmod(world.Path(name.c_str()), mode);
 }
 
-// How many states differ; all of them are among so many combinations, or else as many are drawn.
+// Each state once: all, where so many combinations make them all, or else as many as are drawn by chance. Whether it
+// was all.
 template <class Body>
 bool ForEachState(Disk const& disk, long budget, Body&& body) {
   std::unordered_set<std::string> seen;
