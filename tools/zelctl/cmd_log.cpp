@@ -10,6 +10,7 @@
 #include <optional>
 
 #include "chart.h"
+#include "damage.h"
 #include "families.h"
 #include "fields.h"
 #include "input.h"
@@ -47,6 +48,7 @@ struct Arguments {
   std::vector<std::string> ends;
   Option by;
   bool overwrite = false;
+  bool text = false;
 };
 
 RecordLog OpenLog(Arguments const& arguments) {
@@ -156,10 +158,7 @@ Days DaysOf(Arguments const& arguments, Terminal const& terminal) {
 
 // The whole records, also those of a damaged file, which LogReaderOpen takes for empty.
 std::vector<unsigned char> Load(RecordLog const& log, Terminal const& terminal) {
-  std::vector<unsigned char> bytes;
-  bytes.reserve(static_cast<std::size_t>(log.Count() * log.RecordSize()));
-  log.ForEachBlock(
-      [&](unsigned char const* block, std::size_t size) { bytes.insert(bytes.end(), block, block + size); });
+  std::vector<unsigned char> bytes = LoadRecords(log);
   log.NoteDamage(terminal);
   return bytes;
 }
@@ -275,17 +274,6 @@ void DrawChart(Arguments const& arguments, Terminal& terminal) {
 
 // ---- verify ----
 
-struct Fault {
-  char const* name;
-  char const* shown;
-  std::uint64_t count = 0;
-  std::uint64_t first = 0;
-
-  void Add(std::uint64_t index) {
-    if (count++ == 0) first = index;
-  }
-};
-
 // What is wrong with the date-times of a log.
 struct Inspection {
   Fault outOfOrder = {"outOfOrder", "out of order"};
@@ -314,9 +302,25 @@ void NoteCopies(RecordLog const& log, Terminal const& terminal) {
     terminal.Note(log.Path() + ".tmp is the scratch file of a cut that was interrupted");
 }
 
+void VerifyText(Arguments const& arguments, Terminal& terminal) {
+  TextDamage const found = InspectText(ReadText(arguments.file));
+  if (!PrintMachineRow(terminal,
+                       {{"file", 0}, {"length", 0}, {"lines", 0}, {"nulRuns", 0}, {"nulBytes", 0}, {"tornBytes", 0}},
+                       {arguments.file, found.length, found.lines, found.nulRuns, found.nulBytes, found.tornBytes}))
+    terminal.PrintTable({{"CHECK", "FOUND", ""},
+                         {"length", std::to_string(found.length), "bytes"},
+                         {"lines", std::to_string(found.lines), ""},
+                         {"runs of NUL", std::to_string(found.nulRuns),
+                          found.nulRuns == 0 ? "" : std::to_string(found.nulBytes) + " bytes"},
+                         {"torn last line", std::to_string(found.tornBytes), found.tornBytes == 0 ? "" : "bytes"}});
+  terminal.status = found.nulRuns == 0 && found.tornBytes == 0 ? 0 : 1;
+}
+
 void Verify(Arguments const& arguments, Terminal& terminal) {
+  if (arguments.text) return VerifyText(arguments, terminal);
   RecordLog const log = OpenLog(arguments);
   Inspection const found(log);
+  Damage const damage(LoadRecords(log), log.RecordSize());
   auto const time = [](std::int32_t stamp) { return stamp < 0 ? Json() : Json(TimeText(stamp)); };
   std::vector<Column> columns = {{"file", 0},  {"length", 0}, {"recordSize", 0}, {"records", 0},
                                  {"first", 0}, {"last", 0},   {"tornBytes", 0}};
@@ -330,7 +334,8 @@ void Verify(Arguments const& arguments, Terminal& terminal) {
       {"records", std::to_string(log.Count()), "of " + std::to_string(log.RecordSize()) + " bytes" + span},
       {"torn tail", std::to_string(log.Torn()), log.Torn() == 0 ? "" : "bytes that are no whole record"}};
   bool sound = log.Torn() == 0;
-  for (Fault const& fault : {found.outOfOrder, found.inFuture, found.withoutTime}) {
+  for (Fault const& fault :
+       {found.outOfOrder, found.inFuture, found.withoutTime, damage.zero, damage.doubled, damage.mixed}) {
     sound = sound && fault.count == 0;
     columns.push_back({fault.name, 0});
     cells.emplace_back(fault.count);
@@ -344,21 +349,77 @@ void Verify(Arguments const& arguments, Terminal& terminal) {
 
 // ---- salvage ----
 
+void RequireOut(std::string const& in, Arguments const& arguments) {
+  std::error_code none;
+  if (fs::equivalent(in, arguments.out, none)) throw WrongUsage("OUT must not be FILE itself");
+  if (!arguments.overwrite && fs::symlink_status(arguments.out, none).type() != fs::file_type::not_found)
+    throw Failed(arguments.out + ": is there already; --overwrite replaces it");
+}
+
+struct stat StatusOf(std::string const& path) {
+  struct stat status = {};
+  if (stat(path.c_str(), &status) != 0) throw FileFailed(path);
+  return status;
+}
+
+void SalvageText(Arguments const& arguments, Terminal& terminal) {
+  std::string const text = ReadText(arguments.file);
+  TextDamage const found = InspectText(text);
+  RequireOut(arguments.file, arguments);
+  Output file(arguments.out, StatusOf(arguments.file));
+  std::string const kept = WithoutNul(text);
+  file.Write(kept.data(), kept.size());
+  file.Keep();
+  if (!PrintMachineRow(terminal, {{"file", 0}, {"lines", 0}, {"nulRuns", 0}, {"nulBytes", 0}},
+                       {arguments.out, found.lines, found.nulRuns, found.nulBytes}))
+    terminal.PrintText(std::to_string(found.lines) + " lines saved, " + std::to_string(found.nulBytes) +
+                       " NUL bytes left out");
+}
+
+// The records of the log, or those of its scratch file where a cut broke off half way and only that one has them all.
+std::vector<unsigned char> Rescued(RecordLog const& log, Terminal const& terminal) {
+  std::vector<unsigned char> bytes = LoadRecords(log);
+  std::string const scratch = log.Path() + ".tmp";
+  std::error_code none;
+  if (!fs::is_regular_file(fs::symlink_status(scratch, none))) return bytes;
+  RecordLog const copy(scratch, log.RecordSize() - kStampSize);
+  std::vector<unsigned char> whole = copy.Torn() == 0 ? LoadRecords(copy) : std::vector<unsigned char>();
+  std::uint64_t const lacking = RecordsLacking(bytes, whole, log.RecordSize());
+  if (lacking == 0) return bytes;
+  terminal.Note(scratch + " has " + std::to_string(lacking) + " records that " + log.Path() +
+                " lacks, from a cut that was interrupted: the records are taken from it");
+  return whole;
+}
+
 void Salvage(Arguments const& arguments, Terminal& terminal) {
+  if (arguments.text) return SalvageText(arguments, terminal);
   std::string const& out = arguments.out;
   RecordLog const log = OpenLog(arguments);
-  std::error_code none;
-  if (fs::equivalent(log.Path(), out, none)) throw WrongUsage("OUT must not be FILE itself");
-  if (!arguments.overwrite && fs::symlink_status(out, none).type() != fs::file_type::not_found)
-    throw Failed(out + ": is there already; --overwrite replaces it");
-  struct stat source = {};
-  if (stat(log.Path().c_str(), &source) != 0) throw FileFailed(log.Path());
+  RequireOut(log.Path(), arguments);
+  struct stat const source = StatusOf(log.Path());
+  std::vector<unsigned char> const bytes = Rescued(log, terminal);
+  Damage const damage(bytes, log.RecordSize());
   Output file(out, source);
-  log.ForEachBlock([&file](unsigned char const* bytes, std::size_t size) { file.Write(bytes, size); });
+  std::uint64_t saved = 0;
+  for (std::uint64_t i = 0; i < damage.isLeftOut.size(); i++) {
+    if (damage.isLeftOut[i]) continue;
+    file.Write(&bytes[static_cast<std::size_t>(i * log.RecordSize())], static_cast<std::size_t>(log.RecordSize()));
+    saved++;
+  }
   file.Keep();
-  if (!PrintMachineRow(terminal, {{"file", 0}, {"records", 0}, {"leftBytes", 0}}, {out, log.Count(), log.Torn()}))
-    terminal.PrintText(std::to_string(log.Count()) + " records saved, " + std::to_string(log.Torn()) +
-                       " bytes behind them left out");
+  std::vector<Column> columns = {{"file", 0}, {"records", 0}, {"leftBytes", 0}};
+  std::vector<Json> cells = {out, saved, log.Torn()};
+  std::string leftOut;
+  for (Fault const& fault : {damage.zero, damage.doubled, damage.mixed}) {
+    columns.push_back({fault.name, 0});
+    cells.emplace_back(fault.count);
+    if (fault.count > 0)
+      leftOut += std::string(leftOut.empty() ? ", records left out: " : ", ") + fault.shown + " " +
+                 std::to_string(fault.count);
+  }
+  if (!PrintMachineRow(terminal, columns, cells))
+    terminal.PrintText(std::to_string(saved) + " records saved, " + std::to_string(log.Torn()) +
+                       " bytes behind them left out" + leftOut);
 }
 
 // ---- The command line ----
@@ -395,6 +456,8 @@ class Family {
     Value(command, "--from", &Arguments::from, type, "Only from then on");
     Value(command, "--to", &Arguments::to, type, "Only up to then");
   }
+
+  void Text(CLI::App* command) { command->add_flag("--text", arguments_->text, "FILE is a text log"); }
 
   void Overwrite(CLI::App* command) {
     Value(command, "OUT", &Arguments::out, "", "Where the records go")->required();
@@ -453,13 +516,19 @@ void AddRescue(Family& family) {
   CLI::App* const verify =
       family.Add("verify", "Check the length and the order of the times", Verify,
                  "Exit code 1 when bytes behind the last record are no whole one, or a record is stamped earlier than\n"
-                 "the one before it, later than now, or with no date-time at all.");
+                 "the one before it, later than now, or with no date-time at all; or when a power cut has left\n"
+                 "something: records of zeros at the end, records that stand twice in a row, a stamp out of order\n"
+                 "with the payload of the record beside it. In a text log: NUL bytes, a last line without its end.");
+  family.Text(verify);
   family.Size(verify);
 
-  CLI::App* const salvage =
-      family.Add("salvage", "Save the whole records of a damaged log, or of the scratch file of a cut", Salvage,
-                 "  zelctl log salvage logevt.rgt.bad saved.rgt\n"
-                 "  zelctl log salvage logevt.rgt.tmp saved.rgt");
+  CLI::App* const salvage = family.Add(
+      "salvage", "Save the whole records of a damaged log, or of the scratch file of a cut", Salvage,
+      "  zelctl log salvage logevt.rgt.bad saved.rgt\n"
+      "  zelctl log salvage logevt.rgt.tmp saved.rgt\n\n"
+      "What a power cut has left is left out: see `verify`. When a cut was interrupted and only FILE.tmp has\n"
+      "all records, they are taken from there.");
+  family.Text(salvage);
   family.Overwrite(salvage);
   family.Size(salvage);
 }

@@ -5,6 +5,7 @@
 #include <stdlib.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <filesystem>
 
 #include "input.h"
@@ -30,6 +31,21 @@ void RemoveWhenStopped() {
     action.sa_flags = static_cast<int>(SA_RESETHAND);
     sigaction(number, &action, nullptr);
   }
+}
+
+// What a file system cannot do does not make a command fail.
+bool CannotSync(int reason) { return reason == EINVAL || reason == ENOTSUP || reason == EROFS || reason == EACCES; }
+
+// Without this a power cut could bring back the old name.
+bool SyncFolderOf(std::string const& path) {
+  std::string const folder = path.substr(0, path.rfind('/') + 1);
+  int const fd = open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (fd < 0) return CannotSync(errno);
+  bool const synced = fsync(fd) == 0 || CannotSync(errno);
+  int const reason = errno;
+  close(fd);
+  errno = reason;
+  return synced;
 }
 
 }  // namespace
@@ -58,12 +74,13 @@ void Output::Write(void const* bytes, std::size_t size) {
 
 void Output::Keep() {
   if (fflush(file_.get()) != 0) throw FileFailed(path_);
-  if (!unfinished_.empty() && fsync(fileno(file_.get())) != 0) throw FileFailed(path_);
+  if (!unfinished_.empty() && fsync(fileno(file_.get())) != 0 && !CannotSync(errno)) throw FileFailed(path_);
   if (fclose(file_.release()) != 0) throw FileFailed(path_);
   if (unfinished_.empty()) return;
   if (rename(unfinished_.c_str(), target_.c_str()) != 0) throw FileFailed(path_);
   g_unfinished = nullptr;
   unfinished_.clear();
+  if (!SyncFolderOf(target_)) throw FileFailed(path_);
 }
 
 // With the owner and mode of the file that it will replace.

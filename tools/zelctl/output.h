@@ -21,7 +21,8 @@ class Output {
 
   // Throws FileFailed.
   void Write(void const* bytes, std::size_t size);
-  // All that was written is on the disk then, under its own name. Throws FileFailed.
+  // All that was written, and its name, is on the disk then (a device or a pipe has just been written to). Throws
+  // FileFailed; when only the folder could not be synced, the file has its name, which a power cut can undo.
   void Keep();
 
  private:

@@ -1,6 +1,5 @@
 #include "zelvane/logs/proglist.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <cstddef>
 #include <memory>
@@ -10,30 +9,19 @@
 #include "zelvane/core/bytes_internal.h"
 #include "zelvane/core/datetime.h"
 #include "zelvane/core/safesave_internal.h"
+#include "zelvane/logs/schedule_internal.h"
 
 using zelvane::internal::Guard;
 using zelvane::internal::LoadLe32;
 using zelvane::internal::ReadResult;
 using zelvane::internal::ReadWhole;
+using zelvane::internal::ScheduleEntries;
 using zelvane::internal::StoreLe32;
 
 namespace {
 
-using Entries = std::deque<reg_proglist>;
-
 constexpr std::size_t kEntrySize = sizeof(reg_proglist);
-
-std::int32_t DayOf(reg_proglist const& entry) { return entry.dateTime / 86400; }
-
-// The first entry of that day. A sorted list is not searched from the front: emptying a long one entry by entry would
-// take quadratic time.
-Entries::iterator FindDay(Entries& entries, bool sorted, std::int32_t day) {
-  auto const before = [day](reg_proglist const& entry) { return DayOf(entry) < day; };
-  auto const on = [day](reg_proglist const& entry) { return DayOf(entry) == day; };
-  if (!sorted) return std::find_if(entries.begin(), entries.end(), on);
-  auto const first = std::partition_point(entries.begin(), entries.end(), before);
-  return first != entries.end() && on(*first) ? first : entries.end();
-}
+constexpr std::int32_t kDaySeconds = 86400;
 
 ProgList* List(void* handle) { return static_cast<ProgList*>(handle); }
 
@@ -42,6 +30,8 @@ ProgList* List(void* handle) { return static_cast<ProgList*>(handle); }
 bool folddatetime(reg_proglist const& entry) { return entry.dateTime < GetDateTime(); }
 
 bool fcomp(reg_proglist const& first, reg_proglist const& second) { return first.dateTime < second.dateTime; }
+
+ProgList::ProgList() : entries_(std::make_unique<ScheduleEntries>()) {}
 
 ProgList::~ProgList() = default;
 
@@ -59,22 +49,23 @@ void ProgList::SetCached(bool on) { cached_ = on; }
 unsigned long ProgList::GetRegCount() {
   if (file_.empty()) return 0;
   RefreshList();
-  return static_cast<unsigned long>(entries_.size());
+  return static_cast<unsigned long>(entries_->Size());
 }
 
 bool ProgList::GetRegByIndex(long index, reg_proglist* entry) {
-  if (entry == nullptr || index < 0 || static_cast<unsigned long>(index) >= entries_.size()) return false;
-  *entry = entries_[static_cast<std::size_t>(index)];
+  if (entry == nullptr || index < 0 || static_cast<unsigned long>(index) >= entries_->Size()) return false;
+  *entry = entries_->At(static_cast<std::size_t>(index));
   return true;
 }
 
 bool ProgList::GetNextReg(reg_proglist* entry) {
   if (file_.empty() || entry == nullptr) return false;
   long const now = GetDateTime();
-  auto const next = std::find_if(entries_.begin(), entries_.end(), [&](auto const& e) { return e.dateTime > now; });
-  if (next == entries_.end()) return false;
-  *entry = *next;
-  return true;
+  return entries_->Any([now, entry](reg_proglist const& each) {
+    if (each.dateTime <= now) return false;
+    *entry = each;
+    return true;
+  });
 }
 
 // What every change ends with.
@@ -85,9 +76,7 @@ bool ProgList::AddReg(reg_proglist* entry) {
   // What could not be read for a moment, with no descriptor left, say, must not be lost for one more entry.
   if (unread_) ReadFromFile();
   return Guard(false, [&] {
-    bool const inOrder = entries_.empty() || (sorted_ && !fcomp(*entry, entries_.back()));
-    entries_.push_back(*entry);
-    sorted_ = inOrder;
+    entries_->Add(*entry);
     unread_ = false;
     return Changed();
   });
@@ -95,22 +84,21 @@ bool ProgList::AddReg(reg_proglist* entry) {
 
 bool ProgList::RemReg(reg_proglist const* entry) {
   if (file_.empty() || entry == nullptr) return false;
-  auto const found = FindDay(entries_, sorted_, DayOf(*entry));
-  if (found != entries_.end()) entries_.erase(found);
-  return Changed();
+  return Guard(false, [&] {
+    entries_->RemoveFirstOf(entry->dateTime / kDaySeconds);
+    return Changed();
+  });
 }
 
 bool ProgList::ClearList() {
   if (file_.empty()) return false;
-  entries_.clear();
-  sorted_ = true;
+  *entries_ = ScheduleEntries();
   unread_ = false;
   return Changed();
 }
 
 bool ProgList::ReadFromFile() {
-  entries_.clear();
-  sorted_ = true;
+  *entries_ = ScheduleEntries();
   unread_ = true;
   return Guard(false, [&] {
     std::string bytes;
@@ -119,12 +107,11 @@ bool ProgList::ReadFromFile() {
       unread_ = errno != ENOENT;
       return false;
     }
-    Entries entries;
+    ScheduleEntries entries;
     auto const* const data = reinterpret_cast<unsigned char const*>(bytes.data());
     for (std::size_t at = 0; bytes.size() - at >= kEntrySize; at += kEntrySize)
-      entries.push_back({static_cast<std::int32_t>(LoadLe32(data + at))});
-    sorted_ = std::is_sorted(entries.begin(), entries.end(), fcomp);
-    entries_ = std::move(entries);
+      entries.Add({static_cast<std::int32_t>(LoadLe32(data + at))});
+    *entries_ = std::move(entries);
     unread_ = false;
     return true;
   });
@@ -134,27 +121,19 @@ bool ProgList::WriteToFile() {
   if (file_.empty() || unread_) return false;
   return Guard(false, [&] {
     RefreshList();
-    std::string bytes(entries_.size() * kEntrySize, '\0');
-    auto* at = reinterpret_cast<unsigned char*>(bytes.data());
-    for (reg_proglist const& entry : entries_) {
-      StoreLe32(at, static_cast<std::uint32_t>(entry.dateTime));
-      at += kEntrySize;
-    }
+    std::string bytes;
+    bytes.reserve(entries_->Size() * kEntrySize);
+    entries_->Any([&bytes](reg_proglist const& entry) {
+      unsigned char stored[kEntrySize];
+      StoreLe32(stored, static_cast<std::uint32_t>(entry.dateTime));
+      bytes.append(reinterpret_cast<char const*>(stored), kEntrySize);
+      return false;
+    });
     return zelvane::internal::SafeSave(file_, bytes);
   });
 }
 
-void ProgList::RefreshList() {
-  long const now = GetDateTime();
-  auto const passed = [now](reg_proglist const& entry) { return entry.dateTime < now; };
-  if (sorted_) {
-    entries_.erase(entries_.begin(), std::partition_point(entries_.begin(), entries_.end(), passed));
-    return;
-  }
-  entries_.erase(std::remove_if(entries_.begin(), entries_.end(), passed), entries_.end());
-  std::stable_sort(entries_.begin(), entries_.end(), fcomp);
-  sorted_ = true;
-}
+void ProgList::RefreshList() { entries_->Refresh(GetDateTime()); }
 
 bool ProgList::FlushCache() { return WriteToFile(); }
 

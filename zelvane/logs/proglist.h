@@ -8,10 +8,11 @@
 //
 // THE FILE is entries and nothing else, each a date-time (datetime.h) in 4 bytes, signed, little-endian. What follows
 // the last whole entry is ignored. Whenever the file is written, entries whose moment has passed are dropped and the
-// rest are in ascending order. Saving is whole or not at all.
+// rest are in ascending order. Saving is whole or not at all, and on disk when it is true: data and name are synced.
 //
 // "Now" is GetDateTime(): local time, as the entries are. A list is used by one thread at a time, and programs that
-// change one file must do so one after the other: a save writes what its list holds.
+// change one file must do so one after the other: a save writes what its list holds, and the last one wins. Adding,
+// removing and addressing take about the same time in long lists as in short ones, whatever the order.
 #ifndef ZELVANE_LOGS_PROGLIST_H
 #define ZELVANE_LOGS_PROGLIST_H
 
@@ -48,8 +49,12 @@ ZELVANE_C_END
 
 #ifdef __cplusplus
 
-#include <deque>
+#include <memory>
 #include <string>
+
+namespace zelvane::internal {
+class ScheduleEntries;
+}
 
 // True when the entry's moment has passed: before now. An entry of this very second still stands.
 ZELVANE_API bool folddatetime(reg_proglist const& entry);
@@ -66,7 +71,7 @@ ZELVANE_API bool fcomp(reg_proglist const& first, reg_proglist const& second);
 // ClearList say what the list is to hold, and end that.
 class ZELVANE_API ProgList {
  public:
-  ProgList() = default;
+  ProgList();
   ProgList(ProgList const&) = delete;
   ProgList& operator=(ProgList const&) = delete;
   virtual ~ProgList();
@@ -97,8 +102,9 @@ class ZELVANE_API ProgList {
   // Replaces the list by the file's entries, past ones included, in file order. False when it is missing or cannot be
   // read: the list is empty then.
   virtual bool ReadFromFile();
-  // RefreshList(), then saves the list. False, with the file as it was, when it cannot be written, and after a failed
-  // read, see above.
+  // RefreshList(), then saves the list. True when the file is on disk. False, with the file as it was, when it cannot
+  // be written, and after a failed read, see above. When only its folder cannot be synced (EIO), the file is the new
+  // one, which a power cut can undo.
   virtual bool WriteToFile();
   // Drops the entries whose moment has passed and sorts the rest; entries of the same moment keep their order. A list
   // that is still sorted costs only what is dropped.
@@ -113,10 +119,9 @@ class ZELVANE_API ProgList {
   ZELVANE_HIDDEN bool Changed();
 
   bool cached_ = false;
-  bool sorted_ = true;
-  bool unread_ = false;
-  std::deque<reg_proglist> entries_;
+  std::unique_ptr<zelvane::internal::ScheduleEntries> entries_;
   std::string file_;
+  bool unread_ = false;
 };
 
 #endif
