@@ -133,9 +133,9 @@ std::vector<Case> MakeCases() {
       {"log, 5,000 bytes", kRecords, {{kLog, Log(0, 2, 5000)}}, 3, AppendLarge, 2, 5000},
       {"log, page border", kRecords, {{kLog, Log(0, 60)}}, 3, AppendSmall, 60},
       {"log at its bound", kRecords, {{kLog, Log(0, kBound)}}, 2, AppendBound, kBound, 64, kBound},
-      {"log, its bound lowered", kRecords, {{kLog, Log(0, 160)}}, 2, AppendBound, 160, 64, kBound},
+      {"log, bound lowered", kRecords, {{kLog, Log(0, 160)}}, 2, AppendBound, 160, 64, kBound},
       {"log, cut and then grown", kRecords, {{kLog, Log(0, kBound)}}, 3, AppendBoundOnce, kBound, 64, kBound},
-      {"log, its cut cut off", kRecords, {{kLog, mixed}, {scratch, kept}}, 2, AppendBound, kBound + 1, 64, kBound},
+      {"log, cut interrupted", kRecords, {{kLog, mixed}, {scratch, kept}}, 2, AppendBound, kBound + 1, 64, kBound},
       {"log, torn", kRecords, {{kLog, torn}}, 2, AppendSmall, 0, 64, kNoBound, {torn}},
       {"log, torn again", kRecords, {{kLog, torn}, {aside, bad}}, 2, AppendSmall, 0, 64, kNoBound, {torn, bad}},
       {"text log", kLines, {{kText, Text(20)}}, 3, WriteLine, 20},
@@ -163,7 +163,7 @@ using History = std::vector<Files>;
 
 struct Tally {
   long states = 0;
-  long mended = 0;      // the record log was no whole log before the next call
+  long completed = 0;   // the record log was torn, or a cut had been interrupted
   long unfinished = 0;  // something of the record that was being written stays in the log
 };
 
@@ -231,7 +231,7 @@ char const* JudgeRecords(Case const& what, std::size_t told, Files const& before
   if (records.empty() || records.back() != Made(kNew, what.payload)) return "the next record is not there";
   records.pop_back();
   bool const torn = raw != nullptr && raw->size() % length != 0;
-  tally.mended += torn || before.count(std::string(kLog) + ".tmp") > 0;
+  tally.completed += torn || before.count(std::string(kLog) + ".tmp") > 0;
   // A torn log is begun anew, as it always was: what it held is beside it.
   if (torn && records.empty() && IsAside(after, Log(dropped, end, what.payload))) return kSound;
   long others = 0;
@@ -369,8 +369,8 @@ long Try(World& world, Case const& what, long budget) {
     if (fault.count++ == 0 || state.how.size() < fault.first.size()) fault.first = state.how;
   });
   ShimDisarm();
-  std::printf("power cut: %-26s %6ld %-7s %6ld bad, %ld mended by the next call, %ld with an unfinished end\n",
-              what.name, tally.states, all ? "(all)," : "drawn,", bad, tally.mended, tally.unfinished);
+  std::printf("power cut: %-26s %6ld %-7s %6ld bad, %ld completed by the next call, %ld with an unfinished end\n",
+              what.name, tally.states, all ? "(all)," : "drawn,", bad, tally.completed, tally.unfinished);
   for (auto const& [wrong, fault] : faults)
     std::printf("FAILED  %s: %s, %ld times; the shortest: %s\n", what.name, wrong.c_str(), fault.count,
                 fault.first.c_str());

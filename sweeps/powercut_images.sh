@@ -28,7 +28,7 @@ make_disk() { # SYSTEM FILE
   case "$1" in
     ext4) mkfs.ext4 -q "$2" ;;
     xfs) mkfs.xfs -q "$2" ;;
-    btrfs) mkfs.btrfs -q "$2" 2>/dev/null ;;
+    btrfs) mkfs.btrfs -q "$2" >/dev/null ;; # says a lot even so
   esac
 }
 
