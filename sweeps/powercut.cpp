@@ -61,6 +61,7 @@ bool Append(World& world, long number, std::size_t payload, long bound) {
 bool AppendSmall(World& world, long number) { return Append(world, number, 64, kNoBound); }
 bool AppendLarge(World& world, long number) { return Append(world, number, 5000, kNoBound); }
 bool AppendBound(World& world, long number) { return Append(world, number, 64, kBound); }
+bool AppendLargeBound(World& world, long number) { return Append(world, number, 5000, 4); }
 bool AppendBoundOnce(World& world, long number) {
   return Append(world, number, 64, number == kBound ? kBound : kNoBound);
 }
@@ -133,6 +134,7 @@ std::vector<Case> MakeCases() {
       {"log, 5,000 bytes", kRecords, {{kLog, Log(0, 2, 5000)}}, 3, AppendLarge, 2, 5000},
       {"log, page border", kRecords, {{kLog, Log(0, 60)}}, 3, AppendSmall, 60},
       {"log at its bound", kRecords, {{kLog, Log(0, kBound)}}, 2, AppendBound, kBound, 64, kBound},
+      {"log at its bound, 5,000", kRecords, {{kLog, Log(0, 4, 5000)}}, 2, AppendLargeBound, 4, 5000, 4},
       {"log, bound lowered", kRecords, {{kLog, Log(0, 160)}}, 2, AppendBound, 160, 64, kBound},
       {"log, cut and then grown", kRecords, {{kLog, Log(0, kBound)}}, 3, AppendBoundOnce, kBound, 64, kBound},
       {"log, cut interrupted", kRecords, {{kLog, mixed}, {scratch, kept}}, 2, AppendBound, kBound + 1, 64, kBound},
