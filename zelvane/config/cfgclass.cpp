@@ -124,7 +124,7 @@ bool CfgClass::LoadFile(bool noLines) try {
     number++;
     if (!(state.plain && !noLines ? TakeLine(state, raw) : ParseLine(std::string(raw), noLines))) {
       state.errorLine = number;
-      state.dropsLines = noLines || (feed != nullptr && feed + 1 != end);
+      state.dropsLines = noLines || feed != nullptr;
       return false;
     }
     if (feed == nullptr) return Fail(CFG_OK);

@@ -47,13 +47,13 @@
 //
 // Open still succeeds, with error 7 and the line's number in GetErrorLine(). Lines up to and including the bad one are
 // kept, later ones are dropped by the next save. Before a save that drops any, the file is copied to NAME.lost; when
-// that name is taken by other bytes, to NAME.lost.1 and so on to NAME.lost.9. Where that copy cannot be made, or all ten
-// names are taken, nothing is saved (error 2). The bad line itself stays, and a new section lands behind it, where the
-// next load does not come: mend the line first.
+// that name is taken by other bytes, to NAME.lost.1 and so on to NAME.lost.9. Where that copy cannot be made, or all
+// ten names are taken, nothing is saved (error 2). The bad line itself stays, and a new section lands behind it, where
+// the next load does not come: mend the line first.
 //
 // SAVING is whole or not at all: the new text goes to a file beside the old one, reaches the disk and takes its place;
-// mode, owner and symbolic links stay. When a save returns true, the text and its name are on disk: a power cut does not
-// bring back the old one. docs/config-format.md has the details and the exceptions.
+// mode, owner and symbolic links stay. When a save returns true, the text and its name are on disk: a power cut does
+// not bring back the old one. docs/config-format.md has the details and the exceptions.
 //
 // ERROR CODES: every operation sets the code that GetErrorCode() reads (CfgError). Each operation's arguments are
 // checked before the state of the object (error 1 before 5 before 6); SetSection alone does it the other way round.

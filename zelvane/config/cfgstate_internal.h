@@ -76,10 +76,10 @@ struct CfgState {
   bool readOnly = false;
   bool modified = false;
   bool cached = false;
-  bool plain = false;          // no step is replaced: see IsPlain
-  bool hasUnread = false;      // some section may have lines whose keys are not indexed yet
-  bool dropsLines = false;     // the load stopped at a syntax error, and the lines after it have not been kept aside
-  bool missing = false;        // the last load failed because there is no such file
+  bool plain = false;       // no step is replaced: see IsPlain
+  bool hasUnread = false;   // some section may have lines whose keys are not indexed yet
+  bool dropsLines = false;  // the load stopped at a syntax error, and the lines after it have not been kept aside
+  bool missing = false;     // the last load failed because there is no such file
 };
 
 // ---- What a line says; `text` is trimmed. ----

@@ -1,23 +1,36 @@
-// LogClass, the append-only log of time-stamped records of one size: the event log and the history logs (*.rgt).
+// LogClass is an append-only log of fixed-size records with a time stamp: the event log and the history logs (*.rgt).
 //
 //   LogClass log;                                   log.LoadFile(64);                 // the whole file into memory
 //   log.SetFile("/opt/ups/logevt.rgt");             long when;
 //   log.SetMaxLines(4096);                          for (unsigned long i = 0; log.ReadReg(i, &when, event, 64); i++)
 //   log.WriteReg(event, 64);                          Show(when, event);
 //
-// THE FILE is records and nothing else, each 4 + `size` bytes long: a date-time (datetime.h; signed, 32 bits,
-// little-endian), then the caller's payload, `size` bytes as they are. Record i begins at byte i * (4 + size). The size
-// stands nowhere: every call names it, and all calls on one file must name the same.
+// FILE FORMAT: records only, no header. A record has 4 + `size` bytes:
 //
-// A DAMAGED FILE, one whose length is no whole number of records, counts as holding none. Nothing mends it; the next
-// WriteReg begins it anew, and what it held is kept beside it as NAME.bad (one that is there already stays as it is).
+//   4 bytes       time stamp: seconds since 1970 (datetime.h), signed 32 bits, little-endian
+//   `size` bytes  payload, stored unchanged
 //
-// A file is open only while a call lasts. Nothing locks: programs that append to one log at the same time get their
-// records in one after the other, but a log that is being cut (LimitFile) must have one writer.
+// Record i starts at byte i * (4 + size). The file does not store `size`: every call names it, and all calls on one
+// file must pass the same value. The maximum is 4294967291; with more, counts are 0 and nothing is written. One write
+// takes at most 2,147,479,552 bytes: WriteReg of a longer record is false.
 //
-// `size` is at most 4294967291; with more a file and the buffer hold no records and nothing is written. No operation
-// throws. An object is used by one thread at a time. The operations call each other virtually, and their order is part
-// of the interface.
+// DAMAGED FILES: a file whose length is not a multiple of 4 + `size` counts as empty. It is not repaired. The next
+// WriteReg copies it to NAME.bad, empties it and appends the record. When NAME.bad has other bytes already, the copy is
+// NAME.bad.1, and so on to NAME.bad.9; when all ten are taken, WriteReg is false and the file stays.
+//
+// CONCURRENCY: a file is open only during a call. Several processes can append to one log: each record is one write, so
+// records do not mix, and only one of them repairs a damaged file (flock). Only one process may append once the log has
+// reached its maximum, because WriteReg then cuts it. Nobody who locks a log stops its writers for good: a repair waits
+// for a second, then WriteReg is false; a cut waits for a tenth of a second, then goes on.
+//
+// DURABILITY: when WriteReg is true, the record, and the name of a new file, are on disk (on one that honours a flush,
+// with a file system that can sync). A power cut during WriteReg can leave that one record missing, partial (then the
+// file counts as damaged) or as zeros, and no other. A power cut while the log is being cut leaves NAME.tmp with all
+// newest records; the next WriteReg finishes the cut before it appends. Until then readers can see records twice or
+// mixed.
+//
+// No operation throws. One thread at a time may use an object. The operations are virtual hooks: they call each other
+// through the virtual table, and their order is part of the interface.
 #ifndef ZELVANE_LOGS_LOGCLASS_H
 #define ZELVANE_LOGS_LOGCLASS_H
 
@@ -32,62 +45,82 @@ struct LogRecords;
 
 class ZELVANE_API LogClass {
  public:
-  // No file, no buffer, at most 1024 records.
+  // No file, no buffer, a maximum of 1024 records.
   LogClass();
   LogClass(LogClass const&) = delete;
   LogClass& operator=(LogClass const&) = delete;
+  // Frees the buffer.
   virtual ~LogClass();
 
-  // Names the file and drops the buffer; null counts as "", no file. 1, or 0 with nothing changed when memory is short.
-  // The first name also settles the scratch file that LimitFile uses, NAME.tmp. A later call keeps that one and removes
-  // the file of its name, unless it is the very file now named: the scratch file is then called after the new name.
+  // Sets the file name and frees the buffer. Null or "" means no file. Returns 1; 0 with nothing changed when memory
+  // runs out. The file is neither opened nor created.
+  // The first name also sets the scratch file of LimitFile, NAME.tmp. A later call keeps that scratch file name and
+  // deletes the file, even one that an interrupted cut needs: name the log once. Exception: if the new name leads to
+  // the scratch file itself, however it is spelled, the scratch file becomes the new NAME.tmp.
   virtual int SetFile(char const* name);
-  // Replaces the buffer by a copy of `length` bytes. False, with the old buffer kept, for null, a length of 0 or one
-  // above 4294967295. False without a buffer when memory is short (GetRegCount then still counts `length` bytes, but no
-  // record can be read).
+  // Replaces the buffer with a copy of `length` bytes. Returns true.
+  // False, old buffer kept: null, `length` 0 or above 4294967295.
+  // False, no buffer: out of memory. GetRegCount then still counts `length` bytes, but ReadReg returns false.
   virtual bool SetBuffer(void* data, unsigned long length);
-  // The most records that the file keeps (32 bits). Takes effect with the next WriteReg; 0 empties the file after each.
+  // Sets the maximum number of records in the file (the low 32 bits of `n`). Takes effect in the next WriteReg or
+  // LimitFile. 0 empties the file after every record.
   virtual void SetMaxLines(unsigned long n);
 
-  // WriteReg(GetDateTime(), data, size): the stamp is local time.
+  // Same as WriteReg(GetDateTime(), data, size): the time stamp is now, in local time.
   virtual bool WriteReg(void const* data, unsigned long size);
-  // Appends a record stamped with the low 32 bits of `when`, creating the file if need be, then calls LimitFile. The
-  // record goes out in one write; what a full disk took of it is taken back. A damaged file is emptied first, see
-  // above. False, with the file as it was (a new one may be there, empty): no file named, null `data` for a `size`
-  // above 0, the file cannot be opened, looked at or written (a damaged one can be empty by then, and kept), or it is
-  // damaged and cannot be kept. False, too, when closing fails, though the record may be there. A failed cut is no
-  // failure.
+  // Appends a record with the low 32 bits of `when` as its time stamp, and cuts the log as LimitFile does. Creates a
+  // missing file. Copies a damaged file to NAME.bad and empties it first.
+  //   true                     the record is on disk; the cut can still have failed, and is made with the next record
+  //   false, file unchanged    no file name; `size` too large; null `data` with `size` above 0; the file cannot be
+  //                            opened, examined or written; a damaged file cannot be copied or locked; a cut that was
+  //                            interrupted cannot be finished; the folder of an empty file cannot be synced; out of
+  //                            memory. A new file can exist, empty
+  //   false, damaged file now  the write failed after the damaged file was copied and emptied
+  //   empty
+  //   false, record perhaps    sync or close failed
+  //   written
+  // A full disk can accept part of a record. WriteReg truncates that part away. It cannot if another process has
+  // appended meanwhile, or if the truncation fails: the file is then damaged.
+  // A subclass whose GetFileRegCount returns 0 twice in a row, for a file in which this class counts records, is taken
+  // at its word: the file is emptied first, without a copy.
   virtual bool WriteReg(long when, void const* data, unsigned long size);
 
-  // Records in the file; 0 when it is missing, unreadable, damaged, or not a regular file.
+  // Number of records in the file. 0 if the file is missing, unreadable, damaged, or not a regular file. A length that
+  // is no whole number of records is looked at again for 4 ms: a record may be on its way.
   virtual unsigned long GetFileRegCount(unsigned long size);
-  // Records in the buffer; 0 when there is none or its length is no whole number of records.
+  // Number of records in the buffer. 0 without a buffer, or if its length is not a multiple of 4 + `size`.
   virtual unsigned long GetRegCount(unsigned long size);
 
-  // Record `index`, counted from 0, from the file into `*when` and the `size` bytes at `data`. False when there is no
-  // such record or it cannot be read, and for null; `data` may then be partly written.
+  // Reads record `index` of the file, counted from 0: the time stamp into `*when`, `size` bytes into `data`.
+  // False: no file name, null `when`, null `data` with `size` above 0, no such record, read error. `*when` is then
+  // unchanged; `data` can be partly written.
   virtual bool ReadFileReg(unsigned long index, long* when, void* data, unsigned long size);
-  // The same from the buffer; either pointer may be null. On false nothing is written.
+  // Same from the buffer. Either pointer can be null. On false nothing is written.
   virtual bool ReadReg(unsigned long index, long* when, void* data, unsigned long size);
 
-  // Reads the whole file into the buffer and gives the number of records. 0 with the old buffer kept: no file named, or
-  // it cannot be opened. 0 without a buffer: it holds no records, a read failed, memory is short, or it has 4 GiB.
-  // Call UnloadFile first: over a buffer that is there, the number is given all the same but nothing is loaded and the
-  // buffer is gone. Callers depend on it.
+  // Reads the whole file into the buffer and returns the number of records.
+  // 0, old buffer kept: no file name, or the file cannot be opened.
+  // 0, no buffer: no records, read error, out of memory, or 4 GiB or more of records.
+  // Call UnloadFile before a second LoadFile. Kept, because callers depend on it: with a buffer present, LoadFile
+  // returns the number of records, frees the buffer and loads nothing.
+  // Beside a process that cuts the log it can read records twice; LogReaderOpen (logreader.h) does not.
   virtual unsigned long LoadFile(unsigned long size);
   // Frees the buffer.
   virtual void UnloadFile();
 
-  // Empties the file, creating it if it is missing; the buffer stays. False when no file is named or it cannot be
-  // opened for writing.
+  // Empties the file, or creates it empty. The buffer stays. True when that is on disk. False: no file name, the file
+  // cannot be opened for writing, or (then it is empty) synced or closed.
   virtual bool ClearFile();
 
-  // Removes the oldest records of a file that holds more than the most it may. The newest are copied to the scratch
-  // file, then over the beginning of the log, which is shortened last: the log keeps its inode and its mode, and a kill
-  // at any moment leaves the newest records in it, some of them twice. (Between these copies it can leave one that
-  // mixes two, where a record lies across two pages: about once in 4,000 kills of a program that does nothing but cut.)
-  // Blocks of 64 KiB with a pause of one millisecond before each. A first copy that fails leaves the log as it was. The
-  // scratch file is removed before and after.
+  // Removes the oldest records until the file holds the maximum. Does nothing if it holds no more than that. Steps:
+  //   1. finish a cut that was interrupted: when NAME.tmp holds as many records as the maximum and the log is a mixture
+  //      of them and what it held before, copy them back once more; delete NAME.tmp
+  //   2. copy the newest records to NAME.tmp~, sync it, rename it to NAME.tmp, sync the folder
+  //   3. copy them from there to the start of the log, sync
+  //   4. truncate the log, sync, delete NAME.tmp
+  // The log keeps its inode, owner and mode. Copies use blocks of 64 KiB with a pause of 1 ms before each. If step 2
+  // fails, the log is unchanged. If 3 or 4 fail, NAME.tmp stays for the next time.
+  // A kill or a power cut in step 3 leaves records twice, or one mixed from two where a record crosses a 4 KiB page.
   void LimitFile(unsigned long size);
 
   // Same as SetFile(name.c_str()).

@@ -12,8 +12,8 @@
 // A SPAN OF DAYS is given by two date-times of which only the dates count: it runs from the first second of the date of
 // `from` to the last one (23:59:59) of the date of `to`. Dates are those that datetime.h decodes, with its two odd days
 // a leap year: 29 February is 1 February there, and 31 December is 1 January of the same year. A record with a negative
-// stamp lies in no span. A negative `from` sets no lower bound; with a negative `to`, or one on 2038-01-19, whose last
-// second is no date-time any more, the span is empty.
+// stamp lies in no span. A `from` that is no date-time (a negative one) sets no lower bound; with such a `to`, or one
+// on 2038-01-19, whose last second is no date-time any more, the span is empty.
 //
 // Statistics are 0 for a null handle and for an empty log.
 #ifndef ZELVANE_LOGS_LOGREADER_H
@@ -27,7 +27,8 @@ ZELVANE_C_BEGIN
 // is taken for a log of the product's earlier generation and goes through Load_Zelvane3x_Log. Null when the path is
 // null or empty, the file cannot be opened for reading, or memory is short. A file that can be opened always gives a
 // handle, one without records if nothing could be made of it: a length that is no multiple of 68 bytes, a folder, a
-// read error.
+// read error. Beside a process that writes the log, the records are those of one moment: the call waits up to a second
+// while the log is being cut (flock), and loads again, at most 100 times, when it has changed meanwhile.
 ZELVANE_API void* LogReaderOpen(char const* path);
 
 // 1, or 0 for a null handle. The handle is gone afterwards.

@@ -28,17 +28,19 @@ class ZELVANE_API TextLogClass : public LogClass {
   // the old name kept when memory is short.
   using LogClass::SetFile;
   int SetFile(char const* name) override;
-  // Empties the text file, creating it if it is missing. False when no file is named or it cannot be opened for
-  // writing.
+  // Empties the text file, or creates it empty. True when that is on disk. False: no file name, the file cannot be
+  // opened for writing, or (then it is empty) synced or closed.
   bool ClearFile() override;
 
   // WriteLine(GetDateTime(), text): local time.
   virtual bool WriteLine(char const* text);
   // Appends one line stamped with `when`, creating the file if need be. The text is written as it is: a line feed in it
-  // begins a line without a stamp. The line goes out in one write, so that lines of several programs stay whole, and
-  // what a full disk took of it is taken back. False, with nothing written: no file named, null text, `when` not a
-  // valid date-time (datetime.h), or the file cannot be opened or written. 29 February and 31 December of a leap year
-  // are printed as datetime.h decodes them.
+  // begins a line without a stamp. The line is one write, so lines of several programs stay whole; a partial line left
+  // by a full disk is truncated away. True when the line, and the name of a new file, are on disk. False, with nothing
+  // written: no file name, null text, `when` not a valid date-time (datetime.h), the file cannot be opened or written,
+  // or the folder of an empty one cannot be synced. False, too, when the sync or the close fails; the line may then be
+  // there. A power cut can leave a part of the line that is being written, or NUL bytes in its place. 29 February and
+  // 31 December of a leap year are printed as datetime.h decodes them.
   virtual bool WriteLine(long when, char const* text);
 
   // The same with text.c_str().
