@@ -76,7 +76,7 @@ for system in ext4 xfs btrfs; do
   done < <("$sweeps" powercut-cases)
   wait
   all=$(cat "$work/$system".*/result | wc -l)
-  kept=$(grep -h ' s: kept$' "$work/$system".*/result | wc -l)
+  kept=$(cat "$work/$system".*/result | grep -c ' s: kept$' || true)
   echo "power cut: $system: $kept of $all kept what had been told"
   [ "$kept" -eq "$all" ] || failed=1
 done
