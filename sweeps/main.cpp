@@ -1,5 +1,5 @@
-// The sweeps: faults, kills, company, sizes. The program copies itself beside an installation root of its own and goes
-// on there.
+// The sweeps: faults, kills, power cuts, company, sizes. The program copies itself beside an installation root of its own
+// and goes on there.
 #include <stdlib.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -16,17 +16,32 @@ namespace {
 constexpr char kBase[] = "ZELVANE_SWEEPS_BASE";
 
 int Usage() {
-  std::fputs("usage: sweeps faults [--brief] [SCENARIO] | kills [COUNT] | company | sizes [--brief]\n", stderr);
+  std::fputs(
+      "usage: sweeps faults [--brief] [SCENARIO] | kills [COUNT] | company | sizes [--brief] |\n"
+      "  powercut [--brief] [CASE] | powercut-cases | powercut-write FOLDER CASE | powercut-judge FOLDER CASE\n",
+      stderr);
   return 2;
 }
 
 int Go(std::string const& base, int argc, char** argv) {
-  static sweeps::World world(base);
   std::string const what = argv[1];
+  if (what == "powercut-cases") return sweeps::PowerCutCases();
+  std::size_t const number = argc > 3 ? static_cast<std::size_t>(std::atoi(argv[3])) : 0;
+  if (what == "powercut-write" && argc > 3) return sweeps::PowerCutWrite(argv[2], number);
   bool const brief = argc > 2 && std::strcmp(argv[2], "--brief") == 0;
   std::string const rest = argc > 2 && !brief ? argv[2] : argc > 3 ? argv[3] : "";
+  // Thousands of states are built, and nothing is learnt from the syncs of a real disk there.
+  if (what == "powercut" && access("/dev/shm", W_OK) == 0) {
+    setenv("TMPDIR", "/dev/shm", 1);
+    test::Scratch const memory;
+    sweeps::World world(memory.Path());
+    return sweeps::PowerCuts(world, brief, rest);
+  }
+  static sweeps::World world(base);
+  if (what == "powercut-judge" && argc > 3) return sweeps::PowerCutJudge(world, argv[2], number);
   if (what == "faults") return sweeps::Faults(world, brief, rest);
   if (what == "kills") return sweeps::Kills(world, rest.empty() ? 1000 : std::atoi(rest.c_str()));
+  if (what == "powercut") return sweeps::PowerCuts(world, brief, rest);
   if (what == "company") return sweeps::Company(world);
   if (what == "sizes") return sweeps::Sizes(world, brief);
   return Usage();

@@ -6,11 +6,8 @@
 #include "zelvane/zelvane.h"
 
 namespace sweeps {
-namespace {
 
-constexpr unsigned long kPayload = 64;
-
-std::string Record(long stamp, std::size_t payload = kPayload) {
+std::string Record(long stamp, std::size_t payload) {
   std::string record(4 + payload, static_cast<char>(stamp % 251));
   for (int i = 0; i < 4; i++) record[static_cast<std::size_t>(i)] = static_cast<char>(stamp >> 8 * i);
   record[4] = static_cast<char>(stamp % 3);
@@ -18,15 +15,19 @@ std::string Record(long stamp, std::size_t payload = kPayload) {
   return record;
 }
 
+namespace {
+
+constexpr unsigned long kPayload = 64;
+
 std::string Log(long count) {
   std::string log;
-  for (long i = 0; i < count; i++) log += Record(i);
+  for (long i = 0; i < count; i++) log += Record(i, kPayload);
   return log;
 }
 
 std::string Schedule() {
   std::string file;
-  for (long day = 1; day < 4; day++) file += Record(kNow + 86400 * day).substr(0, 4);
+  for (long day = 1; day < 4; day++) file += Record(kNow + 86400 * day, kPayload).substr(0, 4);
   return file;
 }
 
@@ -83,7 +84,7 @@ Table LogsScenarios() {
        kTwice,
        {},
        [](Files const&, Files const& after, bool ok) {
-         return after == Files{{"root/logevt.rgt", Record(3)}} ||
+         return after == Files{{"root/logevt.rgt", Record(3, kPayload)}} ||
                 (!ok && (after.empty() || after == Files{{"root/logevt.rgt", ""}}));
        }},
       {"record log at its bound",
@@ -108,7 +109,7 @@ Table LogsScenarios() {
          std::string const &log = after.at("root/logevt.rgt"), &old = before.at("root/logevt.rgt");
          auto const kept = after.find("root/logevt.rgt.bad");
          if (kept == after.end()) return !ok && log == old;
-         return kept->second == old && (log == Record(3) || (!ok && (log.empty() || log == old)));
+         return kept->second == old && (log == Record(3, kPayload) || (!ok && (log.empty() || log == old)));
        }},
       {"record log, reading",
        {{"root/logevt.rgt", Log(5)}},

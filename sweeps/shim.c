@@ -29,6 +29,7 @@ static long g_lost;
 static unsigned char g_unsynced[256]; /* descriptors written to since the last fsync */
 static long g_pieces;
 static void (*g_changed)(void);
+static void (*g_record)(struct ShimDone const* call);
 
 #define EXPORTED __attribute__((visibility("default")))
 
@@ -53,6 +54,7 @@ EXPORTED long ShimDisarm(void) {
 EXPORTED long ShimHits(void) { return g_hits; }
 EXPORTED long ShimLost(void) { return g_lost; }
 EXPORTED void ShimWatch(void (*changed)(void)) { g_changed = changed; }
+EXPORTED void ShimRecord(void (*done)(struct ShimDone const*)) { g_record = done; }
 EXPORTED long ShimPieces(void) { return g_pieces; }
 
 static void Die(void) {
@@ -88,6 +90,18 @@ static void Changed(void) {
     errno = reason;
   }
 }
+
+/* Tells of a call that succeeded; the one who is told makes calls of his own, of which nobody is told. */
+static void Done(struct ShimDone call) {
+  void (*const record)(struct ShimDone const*) = g_record;
+  int const reason = errno;
+  if (record == NULL) return;
+  g_record = NULL;
+  record(&call);
+  g_record = record;
+  errno = reason;
+}
+#define DONE(...) Done((struct ShimDone){__VA_ARGS__})
 
 #define REAL(name) (__extension__(__typeof__(&name)) Real(#name))
 static void* Real(char const* name) { return dlsym(RTLD_NEXT, name); }
@@ -131,16 +145,20 @@ static char const* Redirected(char const* path) {
   return path != NULL ? path : "/nonexistent/zelvane-test.conf";
 }
 
-#define DEFINE_OPEN(name, parameters, arguments)        \
-  INSTEAD_OF(int, name, parameters) {                   \
-    va_list rest;                                       \
-    mode_t mode = 0;                                    \
-    if ((flags & (O_CREAT | O_TMPFILE)) != 0) {         \
-      va_start(rest, flags);                            \
-      mode = va_arg(rest, mode_t);                      \
-      va_end(rest);                                     \
-    }                                                   \
-    return Fate(SHIM_OPEN) ? -1 : REAL(name) arguments; \
+#define DEFINE_OPEN(name, parameters, arguments)                                          \
+  INSTEAD_OF(int, name, parameters) {                                                     \
+    va_list rest;                                                                         \
+    mode_t mode = 0;                                                                      \
+    int fd;                                                                               \
+    if ((flags & (O_CREAT | O_TMPFILE)) != 0) {                                           \
+      va_start(rest, flags);                                                              \
+      mode = va_arg(rest, mode_t);                                                        \
+      va_end(rest);                                                                       \
+    }                                                                                     \
+    if (Fate(SHIM_OPEN)) return -1;                                                       \
+    fd = REAL(name) arguments;                                                            \
+    if (fd >= 0) DONE(SHIM_OPENED, .fd = fd, .path = path, .flags = flags, .mode = mode); \
+    return fd;                                                                            \
   }
 
 DEFINE_OPEN(open, (char const* path, int flags, ...), (Redirected(path), flags, mode))
@@ -148,30 +166,46 @@ DEFINE_OPEN(open64, (char const* path, int flags, ...), (Redirected(path), flags
 DEFINE_OPEN(openat, (int folder, char const* path, int flags, ...), (folder, path, flags, mode))
 DEFINE_OPEN(openat64, (int folder, char const* path, int flags, ...), (folder, path, flags, mode))
 
-#define DEFINE(result, failed, call, name, parameters, arguments) \
-  INSTEAD_OF(result, name, parameters) {                          \
-    result done;                                                  \
-    if (Fate(call)) return failed;                                \
-    done = REAL(name) arguments;                                  \
-    if (call == SHIM_RENAME) Changed();                           \
-    return done;                                                  \
+/* `recorded` is what to do once the call has succeeded. */
+#define DEFINE_RECORDED(result, failed, call, name, parameters, arguments, recorded) \
+  INSTEAD_OF(result, name, parameters) {                                             \
+    result done;                                                                     \
+    if (Fate(call)) return failed;                                                   \
+    done = REAL(name) arguments;                                                     \
+    if (done != (failed)) recorded;                                                  \
+    if (call == SHIM_RENAME) Changed();                                              \
+    return done;                                                                     \
   }
+#define DEFINE(result, failed, call, name, parameters, arguments) \
+  DEFINE_RECORDED(result, failed, call, name, parameters, arguments, (void)0)
+
+static void Sized(int fd) {
+  struct stat now;
+  if (g_record != NULL && REAL(fstat)(fd, &now) == 0) DONE(SHIM_SIZED, .fd = fd, .at = now.st_size);
+}
 
 DEFINE(FILE*, NULL, SHIM_OPEN, fopen, (char const* path, char const* mode), (path, mode))
 DEFINE(FILE*, NULL, SHIM_OPEN, fopen64, (char const* path, char const* mode), (path, mode))
 DEFINE(off_t, -1, SHIM_SEEK, lseek, (int fd, off_t at, int from), (fd, at, from))
 DEFINE(off64_t, -1, SHIM_SEEK, lseek64, (int fd, off64_t at, int from), (fd, at, from))
-DEFINE(int, -1, SHIM_RENAME, rename, (char const* from, char const* to), (from, to))
-DEFINE(int, -1, SHIM_RENAME, link, (char const* from, char const* to), (from, to))
-DEFINE(int, -1, SHIM_RENAME, renameat2, (int a, char const* from, int b, char const* to, unsigned flags),
-       (a, from, b, to, flags))
-DEFINE(int, -1, SHIM_TRUNCATE, ftruncate, (int fd, off_t size), (fd, size))
-DEFINE(int, -1, SHIM_TRUNCATE, ftruncate64, (int fd, off64_t size), (fd, size))
-DEFINE(int, -1, SHIM_TRUNCATE, fallocate, (int fd, int mode, off_t at, off_t size), (fd, mode, at, size))
-DEFINE(int, -1, SHIM_TRUNCATE, fallocate64, (int fd, int mode, off64_t at, off64_t size), (fd, mode, at, size))
-DEFINE(int, -1, SHIM_TEMP, mkstemp, (char* path), (path))
-DEFINE(int, -1, SHIM_TEMP, mkostemp, (char* path, int flags), (path, flags))
-DEFINE(int, -1, SHIM_TEMP, mkostemp64, (char* path, int flags), (path, flags))
+DEFINE_RECORDED(int, -1, SHIM_RENAME, rename, (char const* from, char const* to), (from, to),
+                DONE(SHIM_RENAMED, .path = from, .to = to))
+DEFINE_RECORDED(int, -1, SHIM_RENAME, link, (char const* from, char const* to), (from, to),
+                DONE(SHIM_LINKED, .path = from, .to = to))
+DEFINE_RECORDED(int, -1, SHIM_RENAME, renameat2, (int a, char const* from, int b, char const* to, unsigned flags),
+                (a, from, b, to, flags), DONE(SHIM_RENAMED, .path = from, .to = to))
+DEFINE_RECORDED(int, -1, SHIM_TRUNCATE, ftruncate, (int fd, off_t size), (fd, size), Sized(fd))
+DEFINE_RECORDED(int, -1, SHIM_TRUNCATE, ftruncate64, (int fd, off64_t size), (fd, size), Sized(fd))
+DEFINE_RECORDED(int, -1, SHIM_TRUNCATE, fallocate, (int fd, int mode, off_t at, off_t size), (fd, mode, at, size),
+                Sized(fd))
+DEFINE_RECORDED(int, -1, SHIM_TRUNCATE, fallocate64, (int fd, int mode, off64_t at, off64_t size), (fd, mode, at, size),
+                Sized(fd))
+DEFINE_RECORDED(int, -1, SHIM_TEMP, mkstemp, (char* path), (path),
+                DONE(SHIM_OPENED, .fd = done, .path = path, .mode = 0600))
+DEFINE_RECORDED(int, -1, SHIM_TEMP, mkostemp, (char* path, int flags), (path, flags),
+                DONE(SHIM_OPENED, .fd = done, .path = path, .mode = 0600))
+DEFINE_RECORDED(int, -1, SHIM_TEMP, mkostemp64, (char* path, int flags), (path, flags),
+                DONE(SHIM_OPENED, .fd = done, .path = path, .mode = 0600))
 DEFINE(pid_t, -1, SHIM_FORK, fork, (void), ())
 DEFINE(FILE*, NULL, SHIM_FORK, popen, (char const* command, char const* mode), (command, mode))
 DEFINE(int, -1, SHIM_STATUS, fstat, (int fd, struct stat* to), (fd, to))
@@ -205,12 +239,18 @@ INSTEAD_OF(int, system, (char const* command)) { return Fate(SHIM_FORK) ? -1 : R
 
 /* A removal that fails would leave a file by itself, so these only count as a step. */
 INSTEAD_OF(int, unlink, (char const* path)) {
+  int done;
   if (g_call == SHIM_ANY) (void)Fate(SHIM_REMOVE);
-  return REAL(unlink)(path);
+  done = REAL(unlink)(path);
+  if (done == 0) DONE(SHIM_REMOVED, .path = path);
+  return done;
 }
 INSTEAD_OF(int, remove, (char const* path)) {
+  int done;
   if (g_call == SHIM_ANY) (void)Fate(SHIM_REMOVE);
-  return REAL(remove)(path);
+  done = REAL(remove)(path);
+  if (done == 0) DONE(SHIM_REMOVED, .path = path);
+  return done;
 }
 
 /* A sync that was interrupted is asked for again; one that the file system does not offer has nothing to lose. */
@@ -221,6 +261,7 @@ static int Synced(int fd, int (*sync)(int)) {
     return -1;
   }
   done = sync(fd);
+  if (done == 0) DONE(SHIM_SYNCED, .fd = fd);
   *Unsynced(fd) = 0;
   Changed();
   return done;
@@ -247,6 +288,8 @@ INSTEAD_OF(ssize_t, write, (int fd, void const* from, size_t size)) {
   if (fate == 1) return -1;
   done = REAL(write)(fd, from, fate == 2 ? (size + 1) / 2 : size);
   if (fate == 2 && g_mode == SHIM_KILL) Die();
+  if (done > 0)
+    DONE(SHIM_WROTE, .fd = fd, .bytes = from, .size = (size_t)done, .at = REAL(lseek)(fd, 0, SEEK_CUR) - done);
   *Unsynced(fd) = (unsigned char)(g_armed != 0);
   return done;
 }
@@ -270,5 +313,5 @@ INSTEAD_OF(time_t, time, (time_t * now)) {
 }
 
 INSTEAD_OF(int, clock_nanosleep, (clockid_t clock, int flags, struct timespec const* pause, struct timespec* left)) {
-  return g_armed ? 0 : REAL(clock_nanosleep)(clock, flags, pause, left);
+  return g_armed || g_record != NULL ? 0 : REAL(clock_nanosleep)(clock, flags, pause, left);
 }

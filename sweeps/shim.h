@@ -3,6 +3,8 @@
 #ifndef ZELVANE_SWEEPS_SHIM_H
 #define ZELVANE_SWEEPS_SHIM_H
 
+#include <sys/types.h>
+
 #ifdef __cplusplus
 extern "C" {
 #endif
@@ -50,8 +52,33 @@ void ShimWatch(void (*changed)(void));
 // Pieces of memory that have been asked for and not been given back.
 long ShimPieces(void);
 
-// Besides: the clock stands still at this second (universal time), nobody sleeps while armed, and "/etc/zelvane.conf"
-// is the path in the variable ZELVANE_TEST_SETTINGS.
+enum ShimChange {
+  SHIM_OPENED,   // path, fd, flags, mode
+  SHIM_WROTE,    // fd, bytes, size, at: where the first of them went
+  SHIM_SIZED,    // fd, at: the new length
+  SHIM_SYNCED,   // fd, of a file or a folder
+  SHIM_RENAMED,  // path, to
+  SHIM_LINKED,   // path, to
+  SHIM_REMOVED   // path
+};
+
+struct ShimDone {
+  enum ShimChange change;
+  int fd;
+  char const* path;
+  char const* to;
+  void const* bytes;
+  size_t size;
+  off_t at;
+  int flags;
+  mode_t mode;
+};
+
+// From now on `done` is told of each of these calls after it succeeded. Null for no longer.
+void ShimRecord(void (*done)(struct ShimDone const* call));
+
+// Besides: the clock stands still at this second (universal time), nobody sleeps while armed or recorded, and
+// "/etc/zelvane.conf" is the path in the variable ZELVANE_TEST_SETTINGS.
 #define SHIM_NOW 1792000000
 
 #ifdef __cplusplus

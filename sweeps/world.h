@@ -72,6 +72,8 @@ struct Scenario {
 std::vector<Scenario> const& Scenarios();
 Scenario const& Find(std::string const& name);
 
+// Record number `stamp` of the sweeps' logs, stamp and all; no two of a log are alike.
+std::string Record(long stamp, std::size_t payload);
 // Whether a log of `payload` bytes a record holds whole records, and all of the `newest` ones, which are numbered by
 // their stamps up to `last`.
 bool HoldsNewest(std::string const& log, std::size_t payload, long newest, long last);
@@ -80,6 +82,12 @@ bool HoldsNewest(std::string const& log, std::size_t payload, long newest, long 
 
 int Faults(World& world, bool brief, std::string const& only);
 int Kills(World& world, int killsPerWriter);
+int PowerCuts(World& world, bool brief, std::string const& only);
+// For power cuts of a real file system, which powercut_images.sh makes: what the case numbered `number` does, done in
+// the folder `base`; and whether what was told is found there again. PowerCutCases prints the numbers and names.
+int PowerCutCases();
+int PowerCutWrite(std::string const& base, std::size_t number);
+int PowerCutJudge(World& world, std::string const& base, std::size_t number);
 int Company(World& world);
 int Sizes(World& world, bool brief);
 

@@ -1,0 +1,110 @@
+// A disk that loses power: records what a scenario does to its files, and makes what a power cut may leave of it.
+//
+// The assumptions, which docs/reliability.md has in words:
+// - What a successful fsync or fdatasync of a file covers is there: its bytes and its length. The disk honours a flush.
+// - What was written later may be there or not, each page of 4,096 bytes for itself, and within a page each sector of
+//   512 bytes. A sector holds its settled bytes or those of any moment since.
+// - The length is any that the file has had since its last sync, whatever its bytes are. Bytes that never came are 0.
+// - A name is there for certain only after a sync of its folder. Until then names are lost from the last one back, as
+//   with a journal, or each for itself. A rename is done or not. A sync of a file settles no name.
+#ifndef ZELVANE_SWEEPS_CRASHSTATES_H
+#define ZELVANE_SWEEPS_CRASHSTATES_H
+
+#include <cstddef>
+#include <map>
+#include <random>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "sweeps/shim.h"
+#include "sweeps/world.h"
+
+namespace sweeps {
+
+// Decides what a cut leaves: each combination once, or by chance from a seed.
+class Choices {
+ public:
+  // A number below `count`.
+  unsigned Of(std::size_t count);
+  // Goes on to the next combination; false after the last one.
+  bool Next();
+  void ByChance(unsigned seed);
+
+ private:
+  std::vector<std::pair<unsigned, unsigned>> taken_;  // the choice, and out of how many
+  std::size_t at_ = 0;
+  bool random_ = false;
+  std::mt19937 chance_;
+};
+
+class Disk {
+ public:
+  // Records from now on what this process does below the base folder, whose files count as settled.
+  explicit Disk(World const& world);
+  ~Disk();
+  Disk(Disk const&) = delete;
+  Disk& operator=(Disk const&) = delete;
+
+  // A step has told success.
+  void Told();
+  // Ends the recording. The files as they are without a power cut.
+  Files Stop();
+
+  struct State {
+    Files files;
+    std::map<std::string, mode_t> modes;
+    std::size_t told = 0;
+    std::string how;  // for a person
+  };
+  State Cut(Choices& choices) const;
+
+ private:
+  struct Version {
+    std::size_t step;
+    std::string bytes;  // what lies in the pages, behind the end too where a truncation is not settled
+    std::size_t size;
+  };
+  struct File {
+    std::string name;
+    mode_t mode;
+    std::vector<Version> versions;
+    std::vector<std::size_t> settled;  // numbers of versions
+  };
+  struct Naming {
+    std::size_t step;
+    std::string folder;
+    std::vector<std::pair<std::string, int>> names;  // with the number of the file, or -1
+  };
+  struct FolderSync {
+    std::size_t step;
+    std::string folder;
+  };
+
+  static void Record(ShimDone const* call);
+  void Take(ShimDone const& call);
+  void Opened(ShimDone const& call);
+  void Named(std::string const& what, std::vector<std::pair<std::string, int>> names);
+  void Changed(int file, std::string const& what, std::string bytes, std::size_t size);
+  void Write(int file, std::string const& bytes, std::size_t at);
+  void Resize(int file, std::size_t size);
+  std::string Below(char const* path) const;
+  std::map<std::string, int> NamesAt(std::size_t cut, Choices& choices, std::string& how) const;
+  std::string BytesAt(File const& file, std::size_t cut, Choices& choices, std::string& how) const;
+
+  std::string const base_;
+  std::vector<std::string> steps_;  // what was done, in words
+  std::vector<std::size_t> told_;
+  std::vector<File> files_;
+  std::map<std::string, int> before_;
+  std::map<std::string, int> names_;
+  std::vector<Naming> namings_;
+  std::vector<FolderSync> syncs_;
+  std::map<int, int> open_;  // descriptor, and number of the file
+  std::map<int, std::string> folders_;
+};
+
+}  // namespace sweeps
+
+#endif
