@@ -45,7 +45,7 @@ ZELVANE_API int GetClientDefConfig(ClientConfig* cfg);
 
 // Writes the user's file and then upscli.cfg; a file that does not exist is created, lines that hold none of these
 // values stay byte for byte. The first entry is replaced under its own key, the other entries stay; an empty list gets
-// one under the key "0". libName is written as given.
+// one under the key "0". libName is written as given. 1 when both files are on disk.
 //
 // 0 at the first thing that cannot be written or holds a line feed. The user's file, the entry and the name of the
 // module are saved one after the other: what was saved before a failure stays. Nothing else is checked: ";" in the

@@ -23,10 +23,11 @@ ZELVANE_API int GetUpsListItem(unsigned int position, char* name);
 // that is listed already writes its entry again. `name` is filled with zeros in front to three characters before it is
 // read as a decimal number: "7", "07" and "007" are unit 7 and "" is unit 0, but "+7" is no number ("0+7").
 //
-// 1: listed. 0, with nothing created: null, no number, a number outside 0 to 99; and, for a unit without a folder, a
-// template folder or zelcfg.cfg that cannot be read, or a listed file whose name holds "/" or "..". 0, not listed: the
-// folder cannot be made; what is listed is no file or cannot be copied, what has been copied stays then. 0 also when
-// srvlist.cfg cannot be read or written; the folder stays.
+// 1: listed, and the list is on disk; the files copied into a new folder are not synced. 0, with nothing created: null,
+// no number, a number outside 0 to 99; and, for a unit without a folder, a template folder or zelcfg.cfg that cannot be
+// read, or a listed file whose name holds "/" or "..". 0, not listed: the folder cannot be made; what is listed is no
+// file or cannot be copied, what has been copied stays then. 0 also when srvlist.cfg cannot be read or written; the
+// folder stays.
 //
 // A new folder's mode is octal 01230 less the umask, which installed systems expect: not even its owner may list or
 // enter it. Adding units therefore takes root. Whether there is a folder is asked as DirExists does (core/fileutils.h):

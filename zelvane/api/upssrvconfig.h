@@ -96,7 +96,7 @@ ZELVANE_API int GetUpsSrvConfig(char const* cfgDir, UpsSrvConfig* cfg, int table
 ZELVANE_API int GetUpsSrvDefConfig(UpsSrvConfig* cfg);
 
 // Writes upssrv.cfg; then, with commType 1 only, usbDevice to usbhid.cfg; then the model's settings, only where its
-// file is there and has the key already. 1 when all that is written; 0 at the first failure, and files saved before it
+// file is there and has the key already. 1 when all that is on disk; 0 at the first failure, and files saved before it
 // stay so: each file by itself is changed whole or not at all. Lines that hold none of the keys stay byte for byte.
 // upssrv.cfg and usbhid.cfg are created when they do not exist.
 //
