@@ -73,6 +73,70 @@ int Appending(World& world) {
   return failures;
 }
 
+// Several programs find one torn log: one repairs it, and the records of all are there.
+int Repairing(World& world) {
+  constexpr int kRounds = 50, kWriters = 4;
+  int lost = 0;
+  std::string const path = world.base + "root/company.rgt";
+  for (int round = 0; round < kRounds; round++) {
+    world.Set({{"root/company.rgt", std::string(100, 't')}});
+    int const failed = Together(kWriters, [&](int number) {
+      LogClass log;
+      log.SetFile(path);
+      unsigned char const data[kPayload] = {};
+      return log.WriteReg(number, data, kPayload);
+    });
+    lost += failed != 0 || test::ReadFile(path).size() != kWriters * (4 + kPayload) ||
+            test::ReadFile(path + ".bad") != std::string(100, 't');
+  }
+  std::printf("company: %d processes at one torn log, %d rounds: %s\n", kWriters, kRounds,
+              lost == 0 ? "all records there" : "FAILED");
+  return lost;
+}
+
+// Readers beside a program that cuts its log with every record: the records that they see follow each other.
+int Opening(World& world) {
+  constexpr int kOpens = 1000, kBound = 200;
+  std::string const path = world.base + "root/company.rgt";
+  auto const append = [&](long stamp) {
+    LogClass log;
+    log.SetFile(path);
+    log.SetMaxLines(kBound);
+    unsigned char const data[kPayload] = {};
+    return log.WriteReg(stamp, data, kPayload);
+  };
+  world.Set({});
+  for (long stamp = 0; stamp < kBound; stamp++) append(stamp);
+  pid_t const writer = fork();
+  if (writer == 0) {
+    for (long stamp = kBound; append(stamp); stamp++) continue;
+    _exit(1);
+  }
+  int const failed = Together(4, [&](int) {
+    for (int i = 0; i < kOpens; i++) {
+      void* const log = LogReaderOpen(path.c_str());
+      unsigned long const count = LogReaderRegCount(log);
+      long first = 0, when = 0;
+      unsigned char data[kPayload];
+      bool sound = count >= kBound && LogReaderReadReg(log, 0, &first, data) == 1;
+      for (unsigned long n = 0; sound && n < count; n++)
+        sound = LogReaderReadReg(log, n, &when, data) == 1 && when == first + static_cast<long>(n);
+      LogReaderClose(log);
+      if (!sound) return false;
+    }
+    return true;
+  });
+  int status = 0;
+  bool const wrote = waitpid(writer, &status, WNOHANG) == 0;
+  if (wrote) {
+    kill(writer, SIGKILL);
+    waitpid(writer, &status, 0);
+  }
+  std::printf("company: 4 readers, %d opens each, of a log that is cut with every record: %s\n", kOpens,
+              failed == 0 && wrote ? "always whole" : "FAILED");
+  return failed + !wrote;
+}
+
 // A writer that goes on between two contents, and readers that must meet one of them.
 int Reading(World& world) {
   constexpr int kReads = 3000;
@@ -113,6 +177,6 @@ int Reading(World& world) {
 
 }  // namespace
 
-int Company(World& world) { return Appending(world) + Reading(world); }
+int Company(World& world) { return Appending(world) + Repairing(world) + Opening(world) + Reading(world); }
 
 }  // namespace sweeps

@@ -53,7 +53,7 @@ ZELVANE_API int GetClientDefConfig(ClientConfig* cfg);
 
 // Writes the user's file, then upscli.cfg. Creates missing files, but not their directories. All other lines stay byte
 // for byte. The first entry of the list is replaced under its own key; the others stay. An empty list gets the key "0".
-// libName is written as given.
+// libName is written as given. Both files are on disk when it returns 1.
 //
 // Returns 0 if a text contains a line feed, a file cannot be read or written, or memory runs out. The user's file, the
 // entry and libName are saved one after the other: what was saved before the failure stays.

@@ -6,8 +6,8 @@
 //   for (unsigned i = 0; GetServerListItem(list, i, &item) == 1; i++) ...
 //   CloseServerList(list);
 //
-// A handle holds a snapshot of the WHOLE file as it was when the list was opened. Every change is saved before its
-// function returns, and writes that snapshot back: what another program has written to upscli.cfg meanwhile is lost.
+// A handle holds a snapshot of the WHOLE file as it was when the list was opened. Every change is on disk before its
+// function returns 1, and writes that snapshot back: what another program has written to upscli.cfg meanwhile is lost.
 // Open, change and close in one go. A handle is used by one thread at a time.
 //
 // Positions count from 0 in ascending order of the keys' text ("10" comes before "2"); a change may move the others.

@@ -30,7 +30,7 @@ ZELVANE_API int GetUpsListItem(unsigned int position, char* name);
 // `default` of the root. The values of section [FILES] in its zelcfg.cfg name the files, in ascending order of the
 // keys.
 //
-// Returns 1 if the unit is listed. Returns 0 in these cases:
+// Returns 1 if the unit is listed and the list is on disk; the copied files are not synced. Returns 0 in these cases:
 //
 //   null, no number, number outside 0 to 99             nothing is created
 //   no directory yet, and: template unreadable, or a

@@ -109,7 +109,7 @@ ZELVANE_API int GetUpsSrvDefConfig(UpsSrvConfig* cfg);
 
 // Writes upssrv.cfg. Then, only if commType is 1, usbDevice to usbhid.cfg. Then the model's settings, only if the model
 // file exists and has the key. Creates missing files (upssrv.cfg and usbhid.cfg), but not their directories. All other
-// lines stay byte for byte. Each file is saved atomically (config/cfgclass.h).
+// lines stay byte for byte. Each file is saved atomically; on success all of them are on disk (config/cfgclass.h).
 //
 // Returns 0 at the first failure; files saved before it stay saved. Returns 0 with nothing written if the entry of
 // upstype.cfg for upsType has fewer than five fields, or the table cannot be opened or read just now. A type that is

@@ -23,10 +23,10 @@
    another spelling than the library's ("007", "+2") are read by position and keep their number from being given
    again, but nothing below finds, changes or removes them.
 
-   CHANGES stay in the handle until they are flushed. `flush` true does that before the function returns: the whole list
-   as this handle knows it replaces the file, and what another program has written since the list was opened is lost.
-   The functions that remove something together with what belongs to it flush anyway, once, at the end. A missing file
-   is created by the first flush with something to write.
+   CHANGES stay in the handle until they are flushed. `flush` true does that before the function returns 1, which then
+   means on disk: the whole list as this handle knows it replaces the file, and what another program has written since
+   the list was opened is lost. The functions that remove something together with what belongs to it flush anyway, once,
+   at the end. A missing file is created by the first flush with something to write.
 
    RESULTS are 1 for success and 0 for failure: a null handle or record, no memory, a file that could not be read when
    the list was opened (then it has no entries and takes none), a flush that failed (the change stays in the handle, the

@@ -59,12 +59,12 @@ class ZELVANE_API LangClass {
   // SetLangStr.
   virtual std::string const& GetLangStr(long id);
 
-  // Writes the text `id` of `lang` into the file, at once; the file and the section are created when they are missing.
-  // If `lang` is the loaded language it is loaded anew, so that GetLangStr knows the text. `text` may be part of this
-  // object. A negative `id` is written too, but never loaded; blanks around the text are gone with the next load.
-  // False: no file is named, null `text`, or one that the file cannot hold ("[", "]", a line feed or a carriage
-  // return), with nothing written; the file cannot be read or written, it is as it was then; or it could not be loaded
-  // anew.
+  // Writes the text `id` of `lang` into the file, at once, and it is on disk when this returns true; the file and the
+  // section are created when they are missing. If `lang` is the loaded language it is loaded anew, so that GetLangStr
+  // knows the text. `text` may be part of this object. A negative `id` is written too, but never loaded; blanks around
+  // the text are gone with the next load. False: no file is named, null `text`, or one that the file cannot hold ("[",
+  // "]", a line feed or a carriage return), with nothing written; the file cannot be read or written, it is as it was
+  // then; or it could not be loaded anew.
   virtual bool SetLangStr(long id, std::string const& text, long lang);
   virtual bool SetLangStr(long id, char const* text, long lang);
   // The same for the loaded language; false when none is loaded.

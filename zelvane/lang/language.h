@@ -8,7 +8,8 @@
    A handle holds two tables (langclass.h has the file format and what a number may be): the user's, from
    ".zellang.cfg" in the home folder ("~.zellang.cfg" in the current one without HOME), and the system's, from
    "zellang.cfg" in the installation root. Both are loaded when the handle is opened; what other programs write to the
-   files later shows in GetLangCount and GetLangDesc alone. A missing file makes an empty table.
+   files later shows in GetLangCount and GetLangDesc alone. A missing file makes an empty table. A text that was set is
+   on disk.
 
    Language and text numbers are 32 bits wide: of a wider `long` the low 32 bits count. A handle is used by one thread
    at a time. No function throws; out of memory is its failing result. */

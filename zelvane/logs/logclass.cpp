@@ -185,7 +185,8 @@ bool Cut(std::string const& path, std::string const& scratchPath, std::uint64_t 
 }
 
 // Whether a cut of `drop` bytes to the records in `scratch`, broken off while they were copied back, can have left
-// `log`: each byte is the old one or the new one, and the record appended last need not have reached the disk.
+// `log`: each byte is the old one or the new one, the record appended last need not have reached the disk, and the page
+// in which the new end lies may be filled up with zeros before the length is shortened.
 bool IsCutBrokenOff(std::string const& log, std::string const& scratch, std::uint64_t drop, std::uint64_t length) {
   std::uint64_t const before = drop + scratch.size();
   if (log.size() > before || log.size() + length < before) return false;
@@ -193,7 +194,8 @@ bool IsCutBrokenOff(std::string const& log, std::string const& scratch, std::uin
     bool const isOld = log[at] == scratch[at - drop];
     bool const isNew = at < scratch.size() && log[at] == scratch[at];
     bool const isUnsettled = at >= before - length && (log.size() < before || log[at] == 0);
-    if (!isOld && !isNew && !isUnsettled) return false;
+    bool const isFilledUp = log[at] == 0 && at >= scratch.size() && at / kPage == scratch.size() / kPage;
+    if (!isOld && !isNew && !isUnsettled && !isFilledUp) return false;
   }
   return true;
 }
@@ -362,8 +364,9 @@ bool LogClass::FinishCut(unsigned long size) {
     return FinishCut(size);
   }
   std::uint64_t const length = RecordLength(size);
+  // Whatever the bound is now: the one that the cut had need not be the same.
   bool const mayBeWhole =
-      S_ISREG(left.st_mode) && left.st_size > 0 && static_cast<std::uint64_t>(left.st_size) == maxLines_ * length;
+      S_ISREG(left.st_mode) && left.st_size > 0 && static_cast<std::uint64_t>(left.st_size) % length == 0;
   Descriptor const log = mayBeWhole ? Open(file_.c_str(), O_RDWR | O_NONBLOCK) : Descriptor();
   if (mayBeWhole && !log && errno != ENOENT) return false;
   if (log) {
