@@ -19,6 +19,7 @@ CMDLINE = /bin/sync
 1 = tower;10.0.0.7;4375
 2 = cellar;10.0.0.9;4376
 TEXT
+printf '[POPUP]\nSHUTMESSAGE = S\363 mais %%r s at\351 o fim\n' >>"$work/upscli.cfg"
 
 same() {
   diff -u - "$work/said" || { echo "of $1"; exit 1; }
@@ -28,6 +29,7 @@ LD_PRELOAD=$2 "$built/example_settings" 30 >"$work/said"
 same settings <<'TEXT'
 This computer listens to tower (10.0.0.7).
 At a shutdown it waits 5 seconds and runs "/bin/sync".
+Its users read "Só mais %r s até o fim".
 The command now waits 30 seconds.
 2 known servers:
   1. tower at 10.0.0.7, port 4375
