@@ -105,7 +105,6 @@ std::vector<std::pair<int, std::string>> Ports() {
 }
 
 void BindServers(py::module_& module) {
-  py::class_<ServerListItem>(module, "_ServerListItem");
   py::class_<Server> server(module, "Server", "A UPS server that the clients of this computer know.");
   server.def(py::init([](Text const& name, Text const& address, int port, std::optional<unsigned> key) {
                Server made{};

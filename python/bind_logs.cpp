@@ -54,14 +54,6 @@ struct Span {
 
 class EventLog {
  public:
-  EventLog(Path const& path, bool create, std::optional<std::uint32_t> limit)
-      : path_(path.bytes), create_(create), limit_(limit.value_or(std::numeric_limits<std::uint32_t>::max())) {
-    Ask([](void*) { return 0; });
-    if (count_ == 0 && length_ > 0 &&
-        PyErr_WarnEx(PyExc_RuntimeWarning, (path_ + ": damaged, counts as empty").c_str(), 1) != 0)
-      throw py::error_already_set();
-  }
-
   // Asks the log as it is in memory, read anew after an append.
   template <class Work>
   auto Ask(Work&& work) {
@@ -73,6 +65,14 @@ class EventLog {
 
   unsigned long Count() {
     return Ask([this](void*) { return count_; });
+  }
+
+  EventLog(Path const& path, bool create, std::optional<std::uint32_t> limit)
+      : path_(path.bytes), create_(create), limit_(limit.value_or(std::numeric_limits<std::uint32_t>::max())) {
+    Count();
+    if (count_ == 0 && length_ > 0 &&
+        PyErr_WarnEx(PyExc_RuntimeWarning, (path_ + ": damaged, counts as empty").c_str(), 1) != 0)
+      throw py::error_already_set();
   }
 
   Event At(unsigned long index) {
@@ -175,8 +175,8 @@ Event MakeEvent(unsigned code, std::string const& payload) {
   return event;
 }
 
-py::timedelta Duration(EventLog& log, short start, std::vector<short> const& ends, std::optional<Moment> const& from,
-                       std::optional<Moment> const& to) {
+py::object Duration(EventLog& log, short start, std::vector<short> const& ends, std::optional<Moment> const& from,
+                    std::optional<Moment> const& to) {
   Span const span(from, to);
   long const seconds = log.Ask(
       [&](void* handle) { return LogReaderTimeEvents2(handle, start, ends.data(), ends.size(), span.from, span.to); });

@@ -75,12 +75,11 @@ char const kNotSaved[] = "the settings cannot be saved";
 
 // One bit of ShutSrvActions.
 #define ZELVANE_ACTION(name)                                                           \
-#name, [](ShutSrvConfig const& record)                                               \
+#name, [](ShutdownSettings const& record)                                            \
               -> bool { return record.actions.name != 0; }, [](ShutSrvConfig & record, \
                                                                bool on) { record.actions.name = on ? 1 : 0; }
 
 void BindUps(py::module_& module) {
-  py::class_<UpsSrvConfig>(module, "_UpsSrvConfig");
   py::class_<UpsSettings> type(module, "UpsSettings",
                                "The settings of the monitoring service of one UPS, from ups_settings().\n\n"
                                "Times are milliseconds; the files keep whole seconds.");
@@ -117,10 +116,10 @@ void BindUps(py::module_& module) {
       ZELVANE_UPS(nbShutdownDelay), "NBSHUTDOWNDELAY, in the unit of the file.")(ZELVANE_UPS(tcpPort),
                                                                                  "TCP port of the service.")(
       "fullDischargeDate",
-      [](UpsSrvConfig const& record) {
+      [](UpsSettings const& record) {
         return record.fullDischargeDate > 0 ? std::optional(Moment{record.fullDischargeDate}) : std::nullopt;
       },
-      [](UpsSrvConfig& record, std::optional<Moment> const& when) {
+      [](UpsSettings& record, std::optional<Moment> const& when) {
         record.fullDischargeDate = static_cast<int32_t>(when ? when->seconds : -1);
       },
       "Date of the battery's next full discharge, or None. At most discharge_interval days from now when saved.")(
@@ -134,7 +133,6 @@ void BindUps(py::module_& module) {
 }
 
 void BindShutdown(py::module_& module) {
-  py::class_<ShutSrvConfig>(module, "_ShutSrvConfig");
   py::class_<ShutdownSettings> type(
       module, "ShutdownSettings",
       "What the shutdown service of a computer does, from shutdown_settings().\n\n"
@@ -178,7 +176,6 @@ void BindShutdown(py::module_& module) {
 }
 
 void BindClient(py::module_& module) {
-  py::class_<ClientConfig>(module, "_ClientConfig");
   py::class_<ClientSettings> type(module, "ClientSettings", "The settings of the client, from client_settings().");
   type.def(
       "save",

@@ -40,17 +40,17 @@ class Language {
 // One language of one file.
 class LanguageFile {
  public:
+  template <class Work>
+  auto Ask(Work&& work) {
+    return Alone(mutex_, [&] { return work(table_); });
+  }
+
   LanguageFile(Path const& path, long number) : path_(path.bytes), number_(number) {
     Ask([&](LangClass& table) {
       table.SetFileName(path_);
       table.LoadStrings(number_);
       return 0;
     });
-  }
-
-  template <class Work>
-  auto Ask(Work&& work) {
-    return Alone(mutex_, [&] { return work(table_); });
   }
 
   void Set(long id, Text const& text) {

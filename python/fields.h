@@ -30,6 +30,8 @@ inline void SetText(char* field, std::size_t width, Text const& text) {
 // Declares the properties of a class one after the other; the class knows their names for repr() and as_dict().
 template <class Class, class Record>
 class Fields {
+  using Type = typename Class::type;  // the record, or derived from it
+
  public:
   explicit Fields(Class& target) : target_(target) {}
   ~Fields() { target_.attr("_fields") = py::tuple(names_); }
@@ -45,7 +47,9 @@ class Fields {
   // A char array, told by its place: one property for all widths.
   template <std::size_t Width>
   Fields& operator()(char const* field, char (Record::*member)[Width], char const* help) {
-    TextField(Name(field), reinterpret_cast<std::size_t>((static_cast<Record*>(nullptr)->*member)), Width, help);
+    static Record const sample{};
+    auto const place = (sample.*member) - reinterpret_cast<char const*>(&sample);
+    TextField(Name(field), static_cast<std::size_t>(place), Width, help);
     return *this;
   }
 
@@ -66,8 +70,12 @@ class Fields {
   void TextField(std::string const& name, std::size_t place, std::size_t width, char const* help) {
     target_.def_property(
         name.c_str(),
-        [=](Record const& record) { return GetText(reinterpret_cast<char const*>(&record) + place, width); },
-        [=](Record& record, Text const& text) { SetText(reinterpret_cast<char*>(&record) + place, width, text); },
+        [=](Type const& record) {
+          return GetText(reinterpret_cast<char const*>(static_cast<Record const*>(&record)) + place, width);
+        },
+        [=](Type& record, Text const& text) {
+          SetText(reinterpret_cast<char*>(static_cast<Record*>(&record)) + place, width, text);
+        },
         help);
   }
 

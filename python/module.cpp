@@ -1,8 +1,10 @@
 // The module zelvane._zelvane: what the library has, family by family. zelvane/__init__.py is its face.
-#include <datetime.h>
 #include <time.h>
 
 #include "binding.h"
+//
+#include <datetime.h>  // needs Python.h
+
 #include "zelvane/core/datetime.h"
 #include "zelvane/version.h"
 
