@@ -39,9 +39,8 @@ class File {
   template <class Work>
   auto Ask(Work&& work) {
     return Alone(mutex_, [&] {
-      auto answer = work(*cfg_);
-      if (cfg_->GetErrorCode() == CFG_NOT_OPEN) Raise();
-      return answer;
+      RequireOpen();
+      return work(*cfg_);
     });
   }
 
@@ -49,6 +48,7 @@ class File {
   template <class Work>
   void Do(Work&& work) {
     Alone(mutex_, [&] {
+      RequireOpen();
       errno = 0;
       if (!work(*cfg_)) Raise();
     });
@@ -64,10 +64,20 @@ class File {
     });
   }
 
+  void Close() {
+    if (closed_) return;
+    Do([this](CfgClass& cfg) { return cfg.Close(); });
+    closed_ = true;
+  }
+
   std::string const& GetPath() const { return path_; }
   long ErrorLine() const { return errorLine_; }
 
  private:
+  void RequireOpen() const {
+    if (closed_) throw ConfigFailure(CFG_NOT_OPEN, 0, path_);
+  }
+
   [[noreturn]] void Raise() {
     int const reason = errno;
     long const code = cfg_->GetErrorCode();
@@ -79,6 +89,7 @@ class File {
   std::unique_ptr<CfgClass> cfg_;
   std::string path_;
   long errorLine_ = 0;
+  bool closed_ = false;
 };
 
 std::string const& KeyName(Text const& key) {
@@ -186,5 +197,5 @@ void BindConfig(py::module_& module) {
              });
            })
       .def("save", [](File& file) { file.Do([](CfgClass& cfg) { return cfg.Flush(); }); })
-      .def("close", [](File& file) { file.Do([](CfgClass& cfg) { return cfg.Close(); }); });
+      .def("close", &File::Close);
 }

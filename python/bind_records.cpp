@@ -74,9 +74,9 @@ char const kNotSaved[] = "the settings cannot be saved";
 #define ZELVANE_FIELD(Record, name) #name, &Record::name
 
 // One bit of ShutSrvActions.
-#define ZELVANE_ACTION(name)                                                           \
-#name, [](ShutdownSettings const& record)                                            \
-              -> bool { return record.actions.name != 0; }, [](ShutSrvConfig & record, \
+#define ZELVANE_ACTION(name)                                                              \
+#name, [](ShutdownSettings const& record)                                               \
+              -> bool { return record.actions.name != 0; }, [](ShutdownSettings & record, \
                                                                bool on) { record.actions.name = on ? 1 : 0; }
 
 void BindUps(py::module_& module) {

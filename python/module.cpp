@@ -12,6 +12,7 @@ void BindConfig(py::module_& module);
 void BindRecords(py::module_& module);
 void BindLists(py::module_& module);
 void BindBrowse(py::module_& module);
+void BindEventLog(py::module_& module);
 void BindLogs(py::module_& module);
 void BindTexts(py::module_& module);
 void BindSystem(py::module_& module);
@@ -69,8 +70,10 @@ PYBIND11_MODULE(_zelvane, module) {
   BindRecords(module);
   BindLists(module);
   BindBrowse(module);
+  BindEventLog(module);
   BindLogs(module);
   BindTexts(module);
   BindSystem(module);
   BindCrypto(module);
+  py::delattr(module, "__module__");
 }
