@@ -1,6 +1,7 @@
 // Event logs.
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstring>
@@ -44,7 +45,7 @@ struct Records {
 // The first and the last day of a span; what is missing does not bound it.
 struct Span {
   Span(std::optional<Moment> const& first, std::optional<Moment> const& last)
-      : from(first ? first->seconds : -1), to(last ? last->seconds : kLastDay) {}
+      : from(first ? first->seconds : -1), to(last ? std::min(last->seconds, kLastDay) : kLastDay) {}
   static constexpr long kLastDay = 2147385600;  // 2038-01-18: the next day's last second is no date-time any more
   long from;
   long to;
@@ -105,7 +106,7 @@ class EventLog {
   // Records, bytes after the last whole one, and the positions of those out of order, in the future, without a time.
   py::dict Verify() {
     std::vector<unsigned long> order, future, timeless;
-    Ask([&](void* log) {
+    auto const [records, length] = Ask([&](void* log) {
       long const now = GetDateTime();
       std::int32_t before = std::numeric_limits<std::int32_t>::min();
       for (unsigned long i = 0; i < count_; i++) {
@@ -116,9 +117,9 @@ class EventLog {
         if (event.stamp < 0) timeless.push_back(i);
         before = event.stamp;
       }
-      return 0;
+      return std::pair(count_, length_);
     });
-    return py::dict("records"_a = count_, "torn_bytes"_a = length_ % sizeof(Event), "out_of_order"_a = order,
+    return py::dict("records"_a = records, "torn_bytes"_a = length % sizeof(Event), "out_of_order"_a = order,
                     "in_future"_a = future, "without_time"_a = timeless);
   }
 
@@ -173,11 +174,12 @@ Event MakeEvent(unsigned code, std::string const& payload) {
   return event;
 }
 
-py::object Duration(EventLog& log, short start, std::vector<short> const& ends, std::optional<Moment> const& from,
-                    std::optional<Moment> const& to) {
+py::object Duration(EventLog& log, unsigned short start, std::vector<short> const& ends,
+                    std::optional<Moment> const& from, std::optional<Moment> const& to) {
   Span const span(from, to);
-  long const seconds = log.Ask(
-      [&](void* handle) { return LogReaderTimeEvents2(handle, start, ends.data(), ends.size(), span.from, span.to); });
+  long const seconds = log.Ask([&](void* handle) {
+    return LogReaderTimeEvents2(handle, static_cast<short>(start), ends.data(), ends.size(), span.from, span.to);
+  });
   return py::module_::import("datetime").attr("timedelta")("seconds"_a = seconds);
 }
 

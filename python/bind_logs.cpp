@@ -89,8 +89,11 @@ void BindLogs(py::module_& module) {
            [](Schedule& schedule) { return schedule.Ask([](ProgList& list) { return list.GetRegCount(); }); })
       .def("__getitem__",
            [](Schedule& schedule, py::ssize_t index) {
-             std::vector<Moment> const all = schedule.All();
-             return all[Position(index, all.size())];
+             return schedule.Ask([&](ProgList& list) {
+               reg_proglist entry{};
+               list.GetRegByIndex(static_cast<long>(Position(index, list.GetRegCount())), &entry);
+               return Moment{entry.dateTime};
+             });
            })
       .def("__iter__", [](Schedule& schedule) { return py::iter(py::cast(schedule.All())); })
       .def(

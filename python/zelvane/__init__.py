@@ -12,7 +12,6 @@ datetimes of local time between 1970 and 2038-01-19. The system's reasons for a 
 (FileNotFoundError ...), those of a settings file as ConfigError, all others as Error. Objects may be used by several
 threads, one at a time goes to work; long work leaves other threads running.
 """
-from . import _zelvane
 from ._browse import BrowseList, Computer, Group, Unit
 from ._config import Config, Section
 from ._errors import ConfigError, Error
@@ -33,3 +32,6 @@ __all__ = [
     "remove_unit", "root", "serial_ports", "servers", "services", "shutdown_settings", "units", "ups_settings",
     "ups_types",
 ]
+
+for _name in __all__:
+    globals()[_name].__module__ = __name__  # where it is to be imported from, also in help() and in error messages
