@@ -109,14 +109,13 @@ class Cipher {
 void BindCrypto(py::module_& module) {
   module.def("b64encode", &Convert<EncodeBase64>, "data"_a,
              "The bytes as Base64: lines of 72 characters, CR LF between them and none at the end.");
-  module.def(
-      "b64decode", &Convert<DecodeBase64>, "data"_a,
-      "The bytes of Base64. Whatever is not in the alphabet is skipped; fewer than four characters at the end are "
-      "dropped. Nothing is an error.");
+  module.def("b64decode", &Convert<DecodeBase64>, "data"_a,
+             "The bytes of Base64. Whatever is not in the alphabet is skipped; fewer than four characters at the\n"
+             "end are dropped. Nothing is an error.");
   module.def(
       "encode_password", [](Text text) { return Text{EncodeBase64FromStr(text.bytes)}; }, "password"_a,
-      "The form in which the settings files keep passwords: Base64 of the text and a NUL. No protection: whoever "
-      "can read the file can decode it.");
+      "The form in which the settings files keep passwords: Base64 of the text and a NUL. No protection:\n"
+      "whoever can read the file can decode it.");
   module.def(
       "decode_password", [](Text text) { return Text{DecodeBase64ToStr(text.bytes)}; }, "text"_a,
       "The password of a settings file.");

@@ -203,9 +203,10 @@ void BindEventLog(py::module_& module) {
         return py::str("Event({}, code={}, text={!r})").format(Moment{event.stamp}, event.code, Text{event.Filled()});
       });
 
-  py::class_<Records>(module, "Records", py::buffer_protocol(),
-                      "All events of a log in one block, for numpy.asarray(): fields time (seconds since 1970, local), "
-                      "code and payload.")
+  py::class_<Records>(
+      module, "Records", py::buffer_protocol(),
+      "All events of a log in one block, for numpy.asarray(): fields time (seconds since 1970, local), code\n"
+      "and payload.")
       .def_buffer([](Records& records) {
         return py::buffer_info(records.events.data(), sizeof(Event), "T{<i:time:<H:code:62s:payload:}", 1,
                                {static_cast<py::ssize_t>(records.events.size())},
@@ -219,13 +220,14 @@ void BindEventLog(py::module_& module) {
       "    log = zelvane.EventLog(\"logevt.rgt\")\n"
       "    for event in log:\n"
       "        print(event.time, event.code, event.text)\n\n"
-      "The file is read once, and again after an append(). No more than one Event exists at a time while the log is "
-      "walked. A damaged file (a length that is no whole number of records) counts as empty, with a RuntimeWarning.")
-      .def(
-          py::init<Path const&, bool, std::optional<std::uint32_t>>(), "path"_a, "create"_a = false,
-          "limit"_a = py::none(),
-          "create: a missing file is an empty log, and the first append() makes it. limit: append() keeps no more than "
-          "the newest events (the product's services keep 1024); None keeps all. OSError: the file cannot be read.")
+      "The file is read once, and again after an append(). No more than one Event exists at a time while\n"
+      "the log is walked. A damaged file (a length that is no whole number of records) counts as empty,\n"
+      "with a RuntimeWarning.")
+      .def(py::init<Path const&, bool, std::optional<std::uint32_t>>(), "path"_a, "create"_a = false,
+           "limit"_a = py::none(),
+           "create: a missing file is an empty log, and the first append() makes it. limit: append() keeps no\n"
+           "more than the newest events (the product's services keep 1024); None keeps all. OSError: the file\n"
+           "cannot be read.")
       .def_property_readonly(
           "path", [](EventLog const& log) { return Path{log.GetPath()}; }, "The file.")
       .def("__len__", &EventLog::Count)
@@ -240,9 +242,10 @@ void BindEventLog(py::module_& module) {
            })
       .def("__iter__",
            [](py::object const& log) { return py::reinterpret_steal<py::object>(PySeqIter_New(log.ptr())); })
-      .def_property_readonly("records", &EventLog::All,
-                             "All events as one block of memory for numpy: numpy.asarray(log.records). A copy; it "
-                             "outlives the log.")
+      .def_property_readonly(
+          "records", &EventLog::All,
+          "All events as one block of memory for numpy: numpy.asarray(log.records). A copy; it outlives the\n"
+          "log.")
       .def(
           "count",
           [](EventLog& log, unsigned short code, std::optional<Moment> const& from, std::optional<Moment> const& to) {
@@ -252,8 +255,9 @@ void BindEventLog(py::module_& module) {
           "code"_a, "first"_a = py::none(), "last"_a = py::none(),
           "The number of events with the code from the first day to the last one, both whole. Only the dates count.")
       .def("duration", &Duration, "start"_a, "ends"_a, "first"_a = py::none(), "last"_a = py::none(),
-           "How long, within the days, a condition was in force that the code `start` begins and the next of `ends` "
-           "ends.\n\nAs the product's programs sum it up: a condition that is still in force counts to the last event, "
+           "How long, within the days, a condition was in force that the code `start` begins and the next of\n"
+           "`ends` ends.\n\n"
+           "As the product's programs sum it up: a condition that is still in force counts to the last event,\n"
            "not to now; logreader.h has the details.")
       .def(
           "append",
@@ -270,7 +274,7 @@ void BindEventLog(py::module_& module) {
           },
           "code"_a, "text"_a, "time"_a = py::none())
       .def("verify", &EventLog::Verify,
-           "What is odd: records, torn_bytes (bytes after the last whole record; the programs then take the log for "
-           "empty), and the positions of events out_of_order, in_future and without_time.")
+           "What is odd: records, torn_bytes (bytes after the last whole record; the programs then take the log\n"
+           "for empty), and the positions of events out_of_order, in_future and without_time.")
       .def("__repr__", [](EventLog& log) { return py::str("EventLog({!r})").format(Path{log.GetPath()}); });
 }

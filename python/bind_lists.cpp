@@ -174,8 +174,8 @@ void BindLists(py::module_& module) {
       [](Text const& name) {
         Unlocked([&] {
           Require(AddUpsListItem(name.bytes.c_str()), kUnits,
-                  "the unit cannot be added: its number is 0 to 99, a new one needs root and the template in "
-                  "default/ of the installation root");
+                  "the unit cannot be added: its number is 0 to 99, a new one needs root and the template in default/\n"
+                  "of the installation root");
         });
       },
       "name"_a, "Lists the unit \"7\" (007) and makes its folder from the template, unless it has one.");

@@ -74,8 +74,8 @@ void BindLogs(py::module_& module) {
             });
           },
           "text"_a, "time"_a = py::none(),
-          "Appends a line, stamped with now or the time. OSError: it is not written. 29 February and 31 December of a "
-          "leap year are printed as 1 February and 1 January.")
+          "Appends a line, stamped with now or the time. OSError: it is not written. 29 February and 31\n"
+          "December of a leap year are printed as 1 February and 1 January.")
       .def(
           "clear", [](TextLog& log) { log.Do([](TextLogClass& file) { return file.ClearFile(); }); },
           "Empties the file; makes it when it is missing.");
@@ -83,7 +83,8 @@ void BindLogs(py::module_& module) {
   py::class_<Schedule>(
       module, "Schedule",
       "The moments at which the product is to act: a sequence of datetimes, local time, in ascending order.\n\n"
-      "Moments that have passed drop out. Every change is saved before it returns: OSError when it cannot be.")
+      "Moments that have passed drop out. Every change is saved before it returns: OSError when it cannot\n"
+      "be.")
       .def(py::init<Path const&>(), "path"_a, "A missing file is an empty schedule. OSError: it cannot be read.")
       .def("__len__",
            [](Schedule& schedule) { return schedule.Ask([](ProgList& list) { return list.GetRegCount(); }); })

@@ -91,9 +91,10 @@ void BindUps(py::module_& module) {
                [&] { return SetUpsSrvConfig(record.folder.c_str(), &record, record.tablesInFolder ? 1 : 0); });
         });
       },
-      "Writes upssrv.cfg, usbhid.cfg (comm_type 1) and the model's settings.\n\nups_type alone decides on the "
-      "driver and the model: ups_name, ups_driver, cfg_module, cli_module, model_index and comm_driver are not "
-      "written. OSError, or Error for a type of fewer than five fields; files saved before it stay so.");
+      "Writes upssrv.cfg, usbhid.cfg (comm_type 1) and the model's settings.\n\n"
+      "ups_type alone decides on the driver and the model: ups_name, ups_driver, cfg_module, cli_module,\n"
+      "model_index and comm_driver are not written. OSError, or Error for a type of fewer than five fields;\n"
+      "files saved before it stay so.");
   type.def_static(
       "defaults",
       [](Path const& folder) {
@@ -200,7 +201,7 @@ void BindRecords(py::module_& module) {
   BindClient(module);
   module.def("ups_settings", &ReadUps, "folder"_a = py::none(), "tables_in_folder"_a = false,
              "The settings of the UPS whose upssrv.cfg is in the folder; None: the installation root.\n\n"
-             "A missing key gives its default. BEWARE: a missing upssrv.cfg is created with the defaults. "
+             "A missing key gives its default. BEWARE: a missing upssrv.cfg is created with the defaults.\n"
              "tables_in_folder: upstype.cfg and usbhid.cfg are there, too, not in the root.");
   module.def("shutdown_settings", &ReadShutdown, "folder"_a = py::none(),
              "The shutdown settings of the upscli.cfg in the folder; None: the installation root.\n\n"
@@ -222,6 +223,6 @@ void BindRecords(py::module_& module) {
   module.def("installation", &ReadInstallation, "Root, version and programs, from /etc/zelvane.conf.");
   module.def(
       "root", [] { return Path{Unlocked(GetZelvanePath)}; },
-      "The installation root with its trailing \"/\": PATH in /etc/zelvane.conf, or else the folder of the "
+      "The installation root with its trailing \"/\": PATH in /etc/zelvane.conf, or else the folder of the\n"
       "running program, which is Python's own.");
 }

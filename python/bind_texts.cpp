@@ -77,8 +77,8 @@ Text Present(Text text, long id) {
 void BindTexts(py::module_& module) {
   py::class_<Language>(
       module, "Language",
-      "The message texts of a language, by number: the user's own wording (~/.zellang.cfg) where there "
-      "is some, else the installed one (zellang.cfg in the installation root).\n\n"
+      "The message texts of a language, by number: the user's own wording (~/.zellang.cfg) where there is\n"
+      "some, else the installed one (zellang.cfg in the installation root).\n\n"
       "    print(zelvane.Language(1)[12])")
       .def(py::init<long>(), "number"_a, "A language that neither file knows has no texts.")
       .def("__getitem__", [](Language& language, long id) { return Present(language.Get(id, false), id); })
