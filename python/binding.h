@@ -5,6 +5,7 @@
 
 #include <pybind11/pybind11.h>
 #include <pybind11/stl.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <exception>
@@ -64,7 +65,11 @@ auto Unlocked(Work&& work) {
 template <class Call>
 void Must(std::string const& path, char const* message, Call&& call) {
   errno = 0;
-  if (!call()) throw Failure(errno, path, message);
+  if (call()) return;
+  // A look at some file that may be missing can have left its reason behind.
+  int const reason = errno;
+  bool const stale = reason == ENOENT && (path.empty() || access(path.c_str(), F_OK) == 0);
+  throw Failure(stale ? 0 : reason, path, message);
 }
 
 // What the files cannot hold: a bracket or a line break makes a line at which their next reader stops.

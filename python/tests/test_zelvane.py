@@ -77,6 +77,7 @@ ERRORS = {
     "zelvane.Config(root)": IsADirectoryError,
     'setattr(zelvane.shutdown_settings(root), "server_address", "1234567890123456")': ValueError,
     'zelvane.ShutdownSettings.defaults(root / "none").save()': FileNotFoundError,
+    'setattr(settings, "ups_type", 4) or settings.save()': zelvane.Error,  # of fewer than five fields
     "zelvane.add_server(zelvane.servers()[0])": zelvane.Error,
     'zelvane.add_unit("100")': zelvane.Error,
     "zelvane.BrowseList(root)": IsADirectoryError,
@@ -96,7 +97,8 @@ ERRORS = {
 @pytest.mark.parametrize("call", ERRORS)
 def test_errors_change_nothing(root, call):
     before = {path: path.read_bytes() for path in root.rglob("*") if path.is_file()}
-    objects = {"config": zelvane.Config(root / "upscli.cfg"), "log": zelvane.EventLog(root / "logevt.rgt"), "root": root}
+    objects = {"root": root, "config": zelvane.Config(root / "upscli.cfg"), "log": zelvane.EventLog(root / "logevt.rgt")}
+    objects["settings"] = zelvane.ups_settings(root)
     with pytest.raises(ERRORS[call]):
         eval(call, globals(), objects)
     assert {path: path.read_bytes() for path in root.rglob("*") if path.is_file()} == before

@@ -182,7 +182,9 @@ class Config(MutableMapping[str, Section]):
     def __enter__(self) -> Config:
         return self
 
-    def __exit__(self, kind: type[BaseException] | None, error: BaseException | None, trace: TracebackType | None) -> None:
+    def __exit__(
+        self, kind: type[BaseException] | None, error: BaseException | None, trace: TracebackType | None
+    ) -> None:
         if kind is None:
             self.save()
         self.close()
