@@ -28,6 +28,7 @@ for program in "$build"/bench/bench_*; do
     number=$((number + 1))
   done < <("$program" --benchmark_list_tests)
 done
+PYTHONPATH=$build/python /usr/bin/python3 "$here/python.py" "$build/tools/zelctl/zelctl" >"$runs/python.json"
 "$here/table.py" "$runs"/*.json
 machine() {
   printf '# Speed: the last run\n\nMeasured on %s: %s, %s processors; Linux %s, %s.\n\n' "$(date +%F)" \

@@ -45,6 +45,8 @@ LIMITS = {
     "log-read-by-index": 1.4,
     "count-events": 1.8,
     "time-events": 1.8,
+    "python-events": 5.0,
+    "python-settings": 0.1,
 }
 
 MEMORY_LIMIT = 320  # bytes

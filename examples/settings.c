@@ -5,6 +5,13 @@
 #include <stdlib.h>
 #include <zelvane/zelvane.h>
 
+/* The files hold Latin-1; today's terminals want UTF-8, in which no text of the settings takes more than 512 bytes. */
+static char const* Shown(char const* latin1) {
+  static char utf8[512];
+  Latin1ToUtf8(latin1, utf8, sizeof utf8);
+  return utf8;
+}
+
 static int ChangeDelay(ShutSrvConfig* settings, char const* seconds) {
   settings->cmdDelay = (uint32_t)strtoul(seconds, NULL, 10);
   /* Null stands for the installation root. Only the lines that hold another value now are changed. */
@@ -32,7 +39,8 @@ int main(int argc, char** argv) {
     return 1;
   }
   printf("This computer listens to %s (%s).\n", settings.serverName, settings.serverAddress);
-  printf("At a shutdown it waits %u seconds and runs \"%s\".\n", (unsigned)settings.cmdDelay, settings.cmdLine);
+  printf("At a shutdown it waits %u seconds and runs \"%s\".\n", (unsigned)settings.cmdDelay, Shown(settings.cmdLine));
+  printf("Its users read \"%s\".\n", Shown(settings.shutMessage));
   if (argc > 1 && !ChangeDelay(&settings, argv[1])) {
     fputs("upscli.cfg cannot be written.\n", stderr);
     return 1;

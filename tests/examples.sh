@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# examples.sh FOLDER REDIRECT [LIBRARY]: runs the built examples in an installation of their own. The one in Python needs
-# a library of the interpreter's word size, without sanitizers: it runs if there is one.
+# examples.sh FOLDER REDIRECT [PACKAGES]: runs the built examples in an installation of their own; those in Python with
+# the folder of the Python package, if it was built.
 set -euo pipefail
 built=$1
 examples=$(cd "$(dirname "$0")/../examples" && pwd)
@@ -19,6 +19,7 @@ CMDLINE = /bin/sync
 1 = tower;10.0.0.7;4375
 2 = cellar;10.0.0.9;4376
 TEXT
+printf '[POPUP]\nSHUTMESSAGE = S\363 mais %%r s at\351 o fim\n' >>"$work/upscli.cfg"
 
 same() {
   diff -u - "$work/said" || { echo "of $1"; exit 1; }
@@ -28,6 +29,7 @@ LD_PRELOAD=$2 "$built/example_settings" 30 >"$work/said"
 same settings <<'TEXT'
 This computer listens to tower (10.0.0.7).
 At a shutdown it waits 5 seconds and runs "/bin/sync".
+Its users read "Só mais %r s até o fim".
 The command now waits 30 seconds.
 2 known servers:
   1. tower at 10.0.0.7, port 4375
@@ -45,10 +47,28 @@ same loudlog <<'TEXT'
 TEXT
 
 [ $# -lt 3 ] && exit
-LC_ALL=C "$examples/events.py" "$work/logevt.rgt" "$3" >"$work/said"
-same events.py <<'TEXT'
-3 events, the last one on 07 March 2026 at 22:34:30
-  event 301: 1 time
-  event 300: 1 time
-  event 302: 1 time
+export PYTHONPATH=$3 PYTHONDONTWRITEBYTECODE=1
+/usr/bin/python3 "$examples/outages.py" "$examples/../tests/fixtures/demo-root/logevt.rgt" 2005-03 >"$work/outages"
+head -n 3 "$work/outages" >"$work/said"
+same outages.py <<'TEXT'
+04 Mar 13:07:10  0:01:07
+04 Mar 13:57:07  0:36:04
+04 Mar 14:39:38  0:02:32
 TEXT
+
+/usr/bin/python3 "$examples/watch.py" "$work/upscli.cfg" 0.01 >"$work/said" &
+watcher=$!
+# Whether a line comes within ten seconds.
+says() {
+  for _ in $(seq 100); do
+    grep -qF "$1" "$work/said" && return
+    sleep 0.1
+  done
+  kill "$watcher"
+  echo "watch.py does not say: $1"
+  exit 1
+}
+says "watching $work/upscli.cfg"
+LD_PRELOAD=$2 "$built/example_settings" 45 >/dev/null
+says "[RUNCOMMAND] DELAY: '30' -> '45'"
+kill "$watcher"

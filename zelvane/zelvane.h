@@ -7,6 +7,7 @@
 #define ZELVANE_ZELVANE_H
 
 #include "zelvane/api/clientconfig.h"
+#include "zelvane/api/encoding.h"
 #include "zelvane/api/serialports.h"
 #include "zelvane/api/serverlist.h"
 #include "zelvane/api/shutsrvconfig.h"
@@ -20,6 +21,7 @@
 #include "zelvane/logs/logreader.h"
 #include "zelvane/logs/proglist.h"
 #include "zelvane/system/procsvc.h"
+#include "zelvane/version.h"
 
 #ifdef __cplusplus
 #include "zelvane/config/cfgclass.h"

@@ -1,0 +1,148 @@
+// What the parts of the binding share: how texts, paths and dates cross the border, how failures become exceptions, and
+// how work is done without Python's lock.
+#ifndef ZELVANE_PYTHON_BINDING_H
+#define ZELVANE_PYTHON_BINDING_H
+
+#include <pybind11/pybind11.h>
+#include <pybind11/stl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <exception>
+#include <mutex>
+#include <string>
+#include <utility>
+
+namespace py = pybind11;
+using namespace py::literals;
+
+// Latin-1 on this side, str on Python's.
+struct Text {
+  std::string bytes;
+};
+
+// A file's name: str, bytes or os.PathLike.
+struct Path {
+  std::string bytes;
+};
+
+// A date-time of the library: a naive datetime, or a date for its midnight.
+struct Moment {
+  long seconds;
+};
+
+// The calendar's own dates, also on the two days of a leap year that DecodeDateTime gets wrong.
+py::object DatetimeOf(long seconds);
+long SecondsOf(py::handle datetime);
+
+// A file's name as Python shows it.
+py::object PathText(std::string const& path);
+
+// Raised as OSError, for reason 0 as zelvane.Error. May be thrown without Python's lock.
+struct Failure : std::exception {
+  Failure(int reason_, std::string path_, std::string message_)
+      : reason(reason_), path(std::move(path_)), message(std::move(message_)) {}
+  int reason;  // errno
+  std::string path;
+  std::string message;
+};
+
+// Does work without Python's lock, one thread at a time for each mutex.
+template <class Work>
+auto Alone(std::mutex& mutex, Work&& work) {
+  py::gil_scoped_release const released;
+  std::lock_guard const lock(mutex);
+  return work();
+}
+
+template <class Work>
+auto Unlocked(Work&& work) {
+  py::gil_scoped_release const released;
+  return work();
+}
+
+// Without Python's lock: throws Failure with the system's reason when the call gives 0 or false.
+template <class Call>
+void Must(std::string const& path, char const* message, Call&& call) {
+  errno = 0;
+  if (call()) return;
+  // A look at some file that may be missing can have left its reason behind.
+  int const reason = errno;
+  bool const stale = reason == ENOENT && (path.empty() || access(path.c_str(), F_OK) == 0);
+  throw Failure(stale ? 0 : reason, path, message);
+}
+
+// What the files cannot hold: a bracket or a line break makes a line at which their next reader stops.
+inline std::string const& Plain(Text const& text) {
+  if (text.bytes.find_first_of("[]\r\n") != std::string::npos)
+    throw py::value_error("a settings file cannot hold \"[\", \"]\" or a line break");
+  return text.bytes;
+}
+
+// A container's index, counted from the end when it is negative.
+inline unsigned long Position(py::ssize_t index, unsigned long count) {
+  if (index < 0) index += static_cast<py::ssize_t>(count);
+  if (index < 0 || index >= static_cast<py::ssize_t>(count)) throw py::index_error("no such position");
+  return static_cast<unsigned long>(index);
+}
+
+// The bytes of an object with the buffer protocol, while this lives.
+class View {
+ public:
+  explicit View(py::buffer const& object) {
+    if (PyObject_GetBuffer(object.ptr(), &view_, PyBUF_SIMPLE) != 0) throw py::error_already_set();
+  }
+  ~View() { PyBuffer_Release(&view_); }
+  View(View const&) = delete;
+  View& operator=(View const&) = delete;
+  char const* Data() const { return static_cast<char const*>(view_.buf); }
+  std::size_t Size() const { return static_cast<std::size_t>(view_.len); }
+
+ private:
+  Py_buffer view_;
+};
+
+namespace pybind11::detail {
+
+template <>
+struct type_caster<Text> {
+  PYBIND11_TYPE_CASTER(Text, const_name("str"));
+  bool load(handle source, bool) {
+    if (!PyUnicode_Check(source.ptr())) return false;
+    auto const latin1 = reinterpret_steal<py::bytes>(PyUnicode_AsLatin1String(source.ptr()));
+    if (!latin1) throw error_already_set();  // UnicodeEncodeError
+    value.bytes = std::string(latin1);
+    if (value.bytes.find('\0') != std::string::npos) throw value_error("embedded null character");
+    return true;
+  }
+  static handle cast(Text const& text, return_value_policy, handle) {
+    return PyUnicode_DecodeLatin1(text.bytes.data(), static_cast<ssize_t>(text.bytes.size()), nullptr);
+  }
+};
+
+template <>
+struct type_caster<Path> {
+  PYBIND11_TYPE_CASTER(Path, const_name("os.PathLike"));
+  bool load(handle source, bool) {
+    PyObject* bytes = nullptr;
+    if (source.is_none()) return false;
+    if (PyUnicode_FSConverter(source.ptr(), &bytes) == 0) throw error_already_set();
+    value.bytes = std::string(reinterpret_steal<py::bytes>(bytes));
+    return true;
+  }
+  static handle cast(Path const& path, return_value_policy, handle) { return PathText(path.bytes).release(); }
+};
+
+template <>
+struct type_caster<Moment> {
+  PYBIND11_TYPE_CASTER(Moment, const_name("datetime.datetime"));
+  bool load(handle source, bool) {
+    value.seconds = source.is_none() ? -1 : SecondsOf(source);
+    return !source.is_none();
+  }
+  static handle cast(Moment const& moment, return_value_policy, handle) { return DatetimeOf(moment.seconds).release(); }
+};
+
+}  // namespace pybind11::detail
+
+#endif

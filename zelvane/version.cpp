@@ -1,0 +1,3 @@
+#include "zelvane/version.h"
+
+char const* ZelvaneVersion() { return ZELVANE_VERSION; }
