@@ -233,8 +233,12 @@ TEST(Threads, ACancelledThreadFinishesItsFunctions) {
     std::string log, list, prog;
     int done = 0;
     static void* Run(void* argument) {
-      auto& me = *static_cast<Calls*>(argument);
       pthread_cancel(pthread_self());
+      MakeAll(*static_cast<Calls*>(argument));
+      pthread_testcancel();  // with nothing in this frame: the address sanitizer does not follow such an end
+      return nullptr;
+    }
+    static void MakeAll(Calls& me) {
       ShutSrvConfig shut = {};
       BrwsGroupRec group = {0, "g", -1};
       reg_proglist entry = {2000000000};
@@ -254,8 +258,6 @@ TEST(Threads, ACancelledThreadFinishesItsFunctions) {
       me.done += GetProcStatus("init", &running);
       me.done += running;
       CloseSvcManager(OpenSvcManager());
-      pthread_testcancel();
-      return nullptr;
     }
   } calls = {root.Root("log"), root.Path("browse"), root.Path("schedule")};
   pthread_t thread;
