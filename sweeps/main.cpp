@@ -1,6 +1,7 @@
-// The sweeps: faults, kills, power cuts, company, sizes. The program copies itself beside an installation root of its own
-// and goes on there.
+// The sweeps: faults, kills, power cuts, company, sizes. The program copies itself beside an installation root of its
+// own and goes on there.
 #include <stdlib.h>
+#include <sys/statvfs.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -23,6 +24,13 @@ int Usage() {
   return 2;
 }
 
+// Thousands of files are written and synced, and nothing is learnt from the syncs of a real disk there.
+void GoToMemory() {
+  struct statvfs memory;
+  bool const usable = statvfs("/dev/shm", &memory) == 0 && (memory.f_flag & ST_NOEXEC) == 0;
+  if (usable && access("/dev/shm", W_OK) == 0) setenv("TMPDIR", "/dev/shm", 1);
+}
+
 int Go(std::string const& base, int argc, char** argv) {
   std::string const what = argv[1];
   if (what == "powercut-cases") return sweeps::PowerCutCases();
@@ -30,13 +38,6 @@ int Go(std::string const& base, int argc, char** argv) {
   if (what == "powercut-write" && argc > 3) return sweeps::PowerCutWrite(argv[2], number);
   bool const brief = argc > 2 && std::strcmp(argv[2], "--brief") == 0;
   std::string const rest = argc > 2 && !brief ? argv[2] : argc > 3 ? argv[3] : "";
-  // Thousands of states are built, and nothing is learnt from the syncs of a real disk there.
-  if (what == "powercut" && access("/dev/shm", W_OK) == 0) {
-    setenv("TMPDIR", "/dev/shm", 1);
-    test::Scratch const memory;
-    sweeps::World world(memory.Path());
-    return sweeps::PowerCuts(world, brief, rest);
-  }
   static sweeps::World world(base);
   if (what == "powercut-judge" && argc > 3) return sweeps::PowerCutJudge(world, argv[2], number);
   if (what == "faults") return sweeps::Faults(world, brief, rest);
@@ -52,6 +53,8 @@ int Go(std::string const& base, int argc, char** argv) {
 int main(int argc, char** argv) {
   if (argc < 2) return Usage();
   if (char const* const base = getenv(kBase)) return Go(base, argc, argv) == 0 ? 0 : 1;
+  std::string const what = argv[1];
+  if (what == "faults" || what == "kills" || what == "powercut") GoToMemory();
   test::Scratch const scratch;
   std::filesystem::create_directories(scratch.Path("program"));
   std::filesystem::copy_file("/proc/self/exe", scratch.Path("program/sweeps"));
