@@ -58,7 +58,7 @@ TEST(Encoding, Utf8ToLatin1) {
   EXPECT_EQ(Utf8ToLatin1(nullptr, nullptr, 0), -1);
 }
 
-TEST(Version, OfTheLibraryIsThatOfTheHeaders) {
+TEST(LibraryVersion, IsThatOfTheHeaders) {
   EXPECT_STREQ(ZelvaneVersion(), ZELVANE_VERSION);
   std::string const numbers = std::to_string(ZELVANE_VERSION_MAJOR) + "." + std::to_string(ZELVANE_VERSION_MINOR) +
                               "." + std::to_string(ZELVANE_VERSION_PATCH);
