@@ -18,34 +18,34 @@ namespace {
 std::vector<Field> Fields() {
   using C = ShutSrvConfig;
   return {
-      Text<&C::serverName>("serverName", "UPS server: its name", FieldKind::kListText),
-      Text<&C::serverAddress>("serverAddress", "UPS server: its address", FieldKind::kListText),
+      Text<&C::serverName>("serverName", "UPS server: name", FieldKind::kListText),
+      Text<&C::serverAddress>("serverAddress", "UPS server: address", FieldKind::kListText),
       Number<&C::serverPort>("serverPort", "UPS server: TCP port", kHighestPort),
       ZELVANE_ACTION(systemShutdown, "action: shut the computer down"),
       ZELVANE_ACTION(closeAndSaveApp, "action: close the applications"),
-      ZELVANE_ACTION(popup, "action: show messages"),
-      ZELVANE_ACTION(mailSend, "action: send mails"),
+      ZELVANE_ACTION(popup, "action: show a message"),
+      ZELVANE_ACTION(mailSend, "action: send mail"),
       ZELVANE_ACTION(runCommand, "action: run a command"),
       ZELVANE_ACTION(systemHibernate, "action: hibernate the computer"),
-      Text<&C::appPath>("appPath", "applications: folder"),
-      Number<&C::timeLimit>("timeLimit", "applications: seconds to close"),
-      Text<&C::shutMessage>("shutMessage", "messages: of a shutdown *"),
-      Text<&C::cancelMessage>("cancelMessage", "messages: of its cancelling *"),
-      Number<&C::popupInterval>("popupInterval", "messages: seconds between"),
-      Text<&C::cmdLine>("cmdLine", "command: its line"),
-      Number<&C::cmdDelay>("cmdDelay", "command: seconds of delay"),
-      Number<&C::mailInterval>("mailInterval", "mails: seconds between"),
-      Text<&C::mailServer>("mailServer", "mails: SMTP server"),
-      Number<&C::mailPort>("mailPort", "mails: TCP port of the server", kHighestPort),
-      Text<&C::mailUser>("mailUser", "mails: user at the server"),
-      Text<&C::mailPassword>("mailPassword", "mails: that user's password", FieldKind::kPassword),
-      Text<&C::mailFrom>("mailFrom", "mails: sender"),
-      Text<&C::mailTo>("mailTo", "mails: receivers"),
-      Text<&C::mailSubject>("mailSubject", "mails: subject, of a shutdown *"),
-      Text<&C::mailMessage>("mailMessage", "mails: text, of a shutdown *"),
-      Text<&C::mailCancelSubject>("mailCancelSubject", "mails: subject, of its cancelling *"),
-      Text<&C::mailCancelMessage>("mailCancelMessage", "mails: text, of its cancelling *"),
-      Number<&C::langId>("langId", "language of the user (~/.zelvane)"),
+      Text<&C::appPath>("appPath", "applications: directory"),
+      Number<&C::timeLimit>("timeLimit", "applications: time to close, seconds"),
+      Text<&C::shutMessage>("shutMessage", "message: shutdown *"),
+      Text<&C::cancelMessage>("cancelMessage", "message: shutdown cancelled *"),
+      Number<&C::popupInterval>("popupInterval", "message: interval, seconds"),
+      Text<&C::cmdLine>("cmdLine", "command: command line"),
+      Number<&C::cmdDelay>("cmdDelay", "command: delay, seconds"),
+      Number<&C::mailInterval>("mailInterval", "mail: interval, seconds"),
+      Text<&C::mailServer>("mailServer", "mail: SMTP server"),
+      Number<&C::mailPort>("mailPort", "mail: TCP port", kHighestPort),
+      Text<&C::mailUser>("mailUser", "mail: user name"),
+      Text<&C::mailPassword>("mailPassword", "mail: password", FieldKind::kPassword),
+      Text<&C::mailFrom>("mailFrom", "mail: sender"),
+      Text<&C::mailTo>("mailTo", "mail: recipients"),
+      Text<&C::mailSubject>("mailSubject", "mail: shutdown subject *"),
+      Text<&C::mailMessage>("mailMessage", "mail: shutdown text *"),
+      Text<&C::mailCancelSubject>("mailCancelSubject", "mail: cancel subject *"),
+      Text<&C::mailCancelMessage>("mailCancelMessage", "mail: cancel text *"),
+      Number<&C::langId>("langId", "user's language (~/.zelvane)"),
   };
 }
 #undef ZELVANE_ACTION
@@ -59,23 +59,24 @@ std::vector<std::string> Files(std::string const& directory, void const*) {
 }  // namespace
 
 void AddShutdown(CLI::App& app, Terminal& terminal) {
-  CLI::App* const family = app.add_subcommand("shutdown", "What this computer does when its UPS orders a shutdown");
+  CLI::App* const family =
+      app.add_subcommand("shutdown", "What this computer does when its UPS server orders a shutdown");
   family->footer(
-      "The settings lie in upscli.cfg of the installation root or --dir; the language in ~/.zelvane.\n"
+      "Files: upscli.cfg in the installation root or --dir; ~/.zelvane for the language.\n"
       "\n"
       "  zelctl shutdown show --utf8\n"
       "  zelctl shutdown set popup=on popupInterval=30 shutMessage='%c stops in %r s: %m'\n"
       "  zelctl shutdown set mailPassword=- < password.txt");
-  AddRecordCommands(family, terminal,
-                    {Fields(), [] { return std::shared_ptr<void>(std::make_shared<ShutSrvConfig>()); }, Files,
-                     [](char const* directory, void* record) {
-                       return GetShutSrvConfig(directory, static_cast<ShutSrvConfig*>(record));
-                     },
-                     [](void* record) { return GetShutSrvDefConfig(static_cast<ShutSrvConfig*>(record)); },
-                     [](char const* directory, void const* record) {
-                       return SetShutSrvConfig(directory, static_cast<ShutSrvConfig const*>(record));
-                     },
-                     "ZELSRV in [SHUTSRV] is not NAME;ADDRESS;PORT",
-                     "In texts marked * the service puts in: %c the computer's name, %i its address, %r the seconds "
-                     "left,\n%m the reason.\n"});
+  AddRecordCommands(
+      family, terminal,
+      {Fields(), [] { return std::shared_ptr<void>(std::make_shared<ShutSrvConfig>()); }, Files,
+       [](char const* directory, void* record) {
+         return GetShutSrvConfig(directory, static_cast<ShutSrvConfig*>(record));
+       },
+       [](void* record) { return GetShutSrvDefConfig(static_cast<ShutSrvConfig*>(record)); },
+       [](char const* directory, void const* record) {
+         return SetShutSrvConfig(directory, static_cast<ShutSrvConfig const*>(record));
+       },
+       "[SHUTSRV] ZELSRV: expected NAME;ADDRESS;PORT",
+       "Texts marked * can contain %c (computer name), %i (its address), %r (seconds left), %m (reason).\n"});
 }

@@ -11,13 +11,6 @@
 
 namespace {
 
-std::string LineAsShown(std::string const& line, bool showPasswords) {
-  std::string const text = Trim(line);
-  std::size_t const equals = text.find('=');
-  bool const hide = !showPasswords && IsPasswordKey(text.substr(0, equals));
-  return hide && equals != std::string::npos ? text.substr(0, equals + 1) + " " + kHiddenPassword : text;
-}
-
 // Why a line is neither blank, comment, header nor key.
 char const* SyntaxFault(std::string const& line) {
   std::string const text = Trim(line);
@@ -41,7 +34,8 @@ class Listener final : public CfgClass {
   bool ParseLine(std::string const& line, bool noLines) override {
     line_++;
     if (CfgClass::ParseLine(line, noLines)) return true;
-    Add("syntax-error", std::string("syntax error: ") + SyntaxFault(line) + ": " + LineAsShown(line, showPasswords_));
+    Add("syntax-error",
+        std::string("syntax error: ") + SyntaxFault(line) + ": " + WithoutPassword(line, showPasswords_));
     return false;
   }
 
@@ -94,7 +88,7 @@ void AddDropped(std::string const& path, long badLine, bool showPasswords, std::
   std::string line;
   for (long number = 1; std::getline(file, line); number++) {
     if (number <= badLine) continue;
-    std::string const text = LineAsShown(line, showPasswords);
+    std::string const text = WithoutPassword(line, showPasswords);
     findings.push_back({number, "dropped", "not read, dropped by the next save: " + (text.empty() ? "(blank)" : text)});
   }
 }
