@@ -88,10 +88,9 @@ std::string Correction(CLI::App const& app, CLI::ParseError const& error) {
       std::find_if(left.begin(), left.end(), [](std::string const& each) { return each.empty() || each[0] != '-'; });
   std::string list;
   for (std::string const& name : names) list += (list.empty() ? "" : ", ") + name;
-  std::string const wrong = word == left.end()
-                                ? "missing command"
-                                : "unknown command \"" + *word + "\"; did you mean \"" + Nearest(*word, names) + "\"?";
-  return wrong + (word == left.end() ? "; commands of `" : " Commands of `") + path + "`: " + list;
+  std::string const nearest = word == left.end() ? "" : DidYouMean(*word, names);
+  std::string const wrong = word == left.end() ? "missing command" : "unknown command \"" + *word + "\"" + nearest;
+  return wrong + (nearest.empty() ? "; c" : " C") + "ommands of `" + path + "`: " + list;
 }
 
 int Run(int argc, char** argv) {

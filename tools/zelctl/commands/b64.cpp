@@ -45,7 +45,7 @@ void ConvertFile(ClassBase64& codec, bool encode, Arguments const& arguments, Te
   out.Write(result.data(), result.size());
   out.Keep();
   if (terminal.json) return terminal.PrintJson({{"file", to}, {"bytes", result.size()}});
-  terminal.PrintText(to + ": " + Counted(result.size(), "byte") + " written");
+  if (out.IsFile()) terminal.PrintText(to + ": " + Counted(result.size(), "byte") + " written");
 }
 
 void ConvertInput(ClassBase64& codec, bool encode, Terminal const& terminal) {

@@ -115,7 +115,7 @@ void CodeFile(Arguments const& arguments, Code code, Terminal const& terminal) {
     terminal.Note(arguments.out + ": the last " + std::to_string(done % 8) +
                   " bytes cannot be recovered: code-book mode works in blocks of 8 bytes");
   if (terminal.json) return terminal.PrintJson({{"file", arguments.out}, {"bytes", done}});
-  terminal.PrintText(arguments.out + ": " + Counted(done, "byte") + " written");
+  if (out.IsFile()) terminal.PrintText(arguments.out + ": " + Counted(done, "byte") + " written");
 }
 
 template <class Map>

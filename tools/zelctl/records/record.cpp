@@ -33,7 +33,7 @@ std::size_t FindField(std::vector<Field> const& fields, std::string const& name)
   if (found != fields.end()) return static_cast<std::size_t>(found - fields.begin());
   std::vector<std::string> names;
   for (Field const& field : fields) names.emplace_back(field.name);
-  throw WrongUsage("unknown field \"" + name + "\"; did you mean \"" + Nearest(name, names) + "\"?");
+  throw WrongUsage("unknown field \"" + name + "\"" + DidYouMean(name, names));
 }
 
 void AddChange(Changes& changes, Field const& field, std::size_t place, std::string value) {

@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <numeric>
 
+#include "zelvane/core/strutils.h"
+
 namespace {
 
 // Steps of one character (added, taken away, replaced) from one word to the other.
@@ -24,7 +26,17 @@ std::size_t Distance(std::string const& from, std::string const& to) {
 }  // namespace
 
 std::string Nearest(std::string const& word, std::vector<std::string> const& names) {
-  return *std::min_element(names.begin(), names.end(), [&word](std::string const& a, std::string const& b) {
-    return Distance(word, a) < Distance(word, b);
-  });
+  std::string nearest;
+  std::size_t fewest = (word.size() + 1) / 2 + 1;
+  for (std::string const& name : names) {
+    std::size_t const distance = Distance(LowerCase(word), LowerCase(name));
+    if (distance < fewest) nearest = name;
+    fewest = std::min(fewest, distance);
+  }
+  return nearest;
+}
+
+std::string DidYouMean(std::string const& word, std::vector<std::string> const& names) {
+  std::string const nearest = Nearest(word, names);
+  return nearest.empty() ? "" : "; did you mean \"" + nearest + "\"?";
 }
