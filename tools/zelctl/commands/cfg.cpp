@@ -154,7 +154,7 @@ void Unset(Arguments const& arguments, Terminal const& terminal) {
 }
 
 void ReportLint(Arguments const& arguments, Terminal& terminal) {
-  std::vector<Finding> const findings = Lint(arguments.file, terminal.showPasswords);
+  std::vector<Finding> const findings = Lint(arguments.file, terminal);
   Json json = Json::array();
   for (Finding const& finding : findings) {
     if (terminal.json)

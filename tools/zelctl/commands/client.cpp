@@ -3,25 +3,10 @@
 
 #include "commands/families.h"
 #include "records/record.h"
+#include "records/tables.h"
 #include "zelvane/api/clientconfig.h"
 #include "zelvane/config/paths.h"
 #include "zelvane/core/fileutils.h"
-
-namespace {
-
-std::vector<Field> Fields() {
-  using C = ClientConfig;
-  return {
-      Text<&C::serverName>("serverName", "UPS server: name", FieldKind::kListText),
-      Text<&C::serverAddress>("serverAddress", "UPS server: address", FieldKind::kListText),
-      Number<&C::serverPort>("serverPort", "UPS server: TCP port", kHighestPort),
-      Text<&C::libName>("libName", "client module", FieldKind::kLowerText),
-      Number<&C::langId>("langId", "user's language (~/.zelvane)"),
-      Number<&C::colorScheme>("colorScheme", "user's colour scheme (~/.zelvane)"),
-  };
-}
-
-}  // namespace
 
 void AddClient(CLI::App& app, Terminal& terminal) {
   CLI::App* const family = app.add_subcommand("client", "Settings of this user's client program");
@@ -31,7 +16,7 @@ void AddClient(CLI::App& app, Terminal& terminal) {
       "  zelctl client set serverName=ups-hall serverAddress=192.168.0.10 langId=1");
   AddRecordCommands(
       family, terminal,
-      {Fields(), [] { return std::shared_ptr<void>(std::make_shared<ClientConfig>()); },
+      {ClientFields(), [] { return std::shared_ptr<void>(std::make_shared<ClientConfig>()); },
        [](std::string const&, void const*) {
          return std::vector<std::string>{GetZelvanePath() + "upscli.cfg", GetUserPath() + ".zelvane"};
        },

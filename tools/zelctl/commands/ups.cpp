@@ -12,7 +12,7 @@
 #include "files/format.h"
 #include "files/handle.h"
 #include "records/record.h"
-#include "records/typefields.h"
+#include "records/tables.h"
 #include "terminal/latin1.h"
 #include "zelvane/api/serialports.h"
 #include "zelvane/api/upslist.h"
@@ -100,58 +100,6 @@ void Remove(Arguments const& arguments, Terminal const& terminal) {
 }
 
 // ---- The settings. ----
-
-Field Following(Field field, char const* decisive) {
-  field.follows = decisive;
-  return field;
-}
-
-Field Selecting(Field field) {
-  field.selects = true;
-  return field;
-}
-
-template <auto Member>
-Field Timer(char const* name, char const* meaning) {
-  constexpr std::int64_t kMillis = 1000;
-  // Seconds in the file, and 32 bits of milliseconds in the record.
-  Field field = Number<Member>(name, meaning, UINT32_MAX / kMillis * kMillis);
-  field.step = kMillis;
-  return field;
-}
-
-std::vector<Field> Fields() {
-  using C = UpsSrvConfig;
-  std::vector<Field> fields = TypeFields<C>();
-  fields[0].selects = true;
-  for (std::size_t i = 1; i < fields.size(); i++) fields[i].follows = fields[0].name;
-  Field date = Number<&C::fullDischargeDate>("fullDischargeDate", "battery: next full discharge, -1 for none",
-                                             kHighestNumber, -1);
-  date.kind = FieldKind::kDate;
-  std::vector<Field> const own = {
-      Flag<&C::nbShutdown>("nbShutdown", "shutdown: switch the UPS off as well"),
-      Flag<&C::nbStandby>("nbStandby", "shutdown: put the UPS in standby"),
-      Number<&C::nbShutdownDelay>("nbShutdownDelay", "shutdown: delay of the UPS", kHighestNumber, INT32_MIN),
-      Flag<&C::histLog>("histLog", "keep the history log"),
-      Number<&C::tcpPort>("tcpPort", "TCP port of this UPS server", kHighestPort),
-      date,
-      Number<&C::dischargeInterval>("dischargeInterval", "battery: days between full discharges"),
-      Number<&C::batteryLevel>("batteryLevel", "battery: level threshold"),
-      Timer<&C::timerManual>("timerManual", "timer: manual, ms"),
-      Timer<&C::timerOnBattery>("timerOnBattery", "timer: on battery, ms"),
-      Timer<&C::timerLowBattery>("timerLowBattery", "timer: battery low, ms"),
-      Timer<&C::timerFailure>("timerFailure", "timer: failure, ms"),
-      Timer<&C::timerRegister>("timerRegister", "timer: register, ms"),
-      Selecting(Number<&C::commType>("commType", "connection: 0 serial, 1 USB HID", 1)),
-      Selecting(Number<&C::commPort>("commPort", "connection: port, counted from 1", kHighestNumber, 1)),
-      Following(Text<&C::commDriver>("commDriver", "connection: driver"), "commType"),
-      Number<&C::usbDevice>("usbDevice", "connection: device of a USB port (usbhid.cfg)"),
-      Number<&C::batteryChargeMode>("batteryChargeMode", "model: 0 low, 1 high charge *", 1),
-      Number<&C::lineSensitivity>("lineSensitivity", "model: 0 very low to 4 very high *", 4),
-  };
-  fields.insert(fields.end(), own.begin(), own.end());
-  return fields;
-}
 
 // Where the settings and the tables lie.
 struct Place {
@@ -247,7 +195,7 @@ UpsSrvConfig const& Settings(void const* record) { return *static_cast<UpsSrvCon
 void AddSettings(CLI::App* family, Terminal& terminal) {
   auto const own = std::make_shared<bool>(false);
   RecordFamily record = {};
-  record.fields = Fields();
+  record.fields = UpsFields();
   record.make = [] { return std::shared_ptr<void>(std::make_shared<UpsSrvConfig>()); };
   record.files = [own](std::string const& directory, void const* r) {
     return Files(PlaceOf(directory, *own), Settings(r));

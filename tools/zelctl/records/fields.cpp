@@ -33,6 +33,19 @@ std::string NumberFault(std::string const& value, std::int64_t lowest, std::int6
 
 bool IsNumber(Field const& field) { return field.kind == FieldKind::kNumber || field.kind == FieldKind::kDate; }
 
+// "1 h 30 min"; "" for what is as short as it is written.
+std::string DurationText(std::int64_t number, std::int64_t millis) {
+  if (millis == 0 || number < 1000 / millis || (millis == 1000 && number < 60)) return "";
+  std::int64_t seconds = number * millis / 1000;
+  std::string text;
+  std::pair<std::int64_t, char const*> const units[] = {{86400, "d"}, {3600, "h"}, {60, "min"}, {1, "s"}};
+  for (auto const& [length, name] : units) {
+    if (seconds >= length) text += (text.empty() ? "" : " ") + std::to_string(seconds / length) + " " + name;
+    seconds %= length;
+  }
+  return text;
+}
+
 bool IsHidden(Field const& field, std::string const& value, Terminal const& terminal) {
   return field.kind == FieldKind::kPassword && !value.empty() && !terminal.showPasswords;
 }
@@ -83,8 +96,10 @@ std::vector<std::string> ValuesOf(std::vector<Field> const& fields, void const* 
 
 std::string CellOf(Field const& field, std::string const& value, Terminal const& terminal) {
   if (IsHidden(field, value, terminal)) return kHiddenPassword;
-  std::string const date = field.kind == FieldKind::kDate ? DateTimeToStr("yyyy-mm-dd hh:nn:ss", std::stol(value)) : "";
-  return date.empty() ? value : value + " (" + date + ")";
+  std::string const beside = field.kind == FieldKind::kDate     ? DateTimeToStr("yyyy-mm-dd hh:nn:ss", std::stol(value))
+                             : field.kind == FieldKind::kNumber ? DurationText(std::stoll(value), field.millis)
+                                                                : "";
+  return beside.empty() ? value : value + " (" + beside + ")";
 }
 
 Json JsonOf(Field const& field, std::string const& value, Terminal const& terminal) {
@@ -95,7 +110,8 @@ Json JsonOf(Field const& field, std::string const& value, Terminal const& termin
   return ToUtf8(value);
 }
 
-void PrintRecord(std::vector<Field> const& fields, void const* record, Terminal const& terminal) {
+void PrintRecord(std::vector<Field> const& fields, void const* record, Terminal const& terminal,
+                 std::vector<std::string> const& origins) {
   Json members = Json::object();
   std::vector<std::vector<std::string>> rows = {{"FIELD", "VALUE", "MEANING"}};
   for (Field const& field : fields) {
@@ -103,6 +119,8 @@ void PrintRecord(std::vector<Field> const& fields, void const* record, Terminal 
     members[field.name] = JsonOf(field, value, terminal);
     rows.push_back({field.name, CellOf(field, value, terminal), field.meaning});
   }
+  if (!origins.empty()) rows[0].insert(rows[0].begin() + 2, "ORIGIN");
+  for (std::size_t i = 0; i < origins.size(); i++) rows[i + 1].insert(rows[i + 1].begin() + 2, origins[i]);
   terminal.json ? terminal.PrintJson(members) : terminal.PrintTable(rows);
 }
 

@@ -10,6 +10,7 @@
 
 #include "files/edit.h"
 #include "files/format.h"
+#include "records/keylines.h"
 #include "terminal/nearest.h"
 #include "terminal/secret.h"
 #include "zelvane/config/paths.h"
@@ -25,6 +26,7 @@ struct Arguments {
   std::string directory;
   std::vector<std::string> items;  // names of fields for show, assignments for set
   std::string passwordFile;
+  bool value = false;
   Writing writing;
 };
 
@@ -120,14 +122,27 @@ std::shared_ptr<void> ReadRecord(RecordFamily const& family, std::string const& 
   return record;
 }
 
+void PrintValues(std::vector<Field> const& fields, void const* record, Terminal const& terminal) {
+  for (Field const& field : fields) {
+    if (field.kind == FieldKind::kPassword && !terminal.showPasswords)
+      throw WrongUsage(std::string(field.name) + " is a password; use --show-password");
+    terminal.PrintValue(field.get(record));
+  }
+}
+
 void Show(RecordFamily const& family, Arguments arguments, Terminal const& terminal) {
   std::string const directory = TakeDirectory(family, arguments);
   std::vector<Field> fields;
   for (std::string const& name : arguments.items) fields.push_back(family.fields[FindField(family.fields, name)]);
   RequireDirectory(directory);
   std::shared_ptr<void> const record = ReadRecord(family, directory);
-  for (std::string const& file : family.files(directory, record.get())) NoteState(file, "defaults are used", terminal);
-  PrintRecord(fields.empty() ? family.fields : fields, record.get(), terminal);
+  std::vector<std::string> files = family.files(directory, record.get());
+  for (std::string const& file : files) NoteState(file, "defaults are used", terminal);
+  if (fields.empty()) fields = family.fields;
+  if (arguments.value) return PrintValues(fields, record.get(), terminal);
+  if (family.tables)
+    for (std::string const& file : family.tables(directory)) files.push_back(file);
+  PrintRecord(fields, record.get(), terminal, Origins(fields, record.get(), files));
 }
 
 void ShowDefaults(RecordFamily const& family, Terminal const& terminal) {
@@ -268,7 +283,8 @@ void AddRecordCommands(CLI::App* family, Terminal& terminal, RecordFamily const&
   CLI::App* const show = AddCommand(family, terminal, "show", "Show all settings, or the named fields");
   AddOptions(show, terminal, *record, *arguments);
   AddItems(show, *record, *arguments, "FIELD", "Fields to show");
-  show->footer(record->notes);
+  show->add_flag("--value", arguments->value, "Print the bare values, one per line");
+  show->footer(std::string(record->notes) + "ORIGIN is the file and line that a value comes from, or \"default\".\n");
   show->callback([record, arguments, &terminal] { Show(*record, *arguments, terminal); });
 
   AddSet(family, terminal, record);
