@@ -1,6 +1,5 @@
 #include "terminal/secret.h"
 
-#include <bsd/readpassphrase.h>
 #include <errno.h>
 #include <fcntl.h>
 #include <string.h>
@@ -10,7 +9,22 @@
 
 #include "terminal/terminal.h"
 
+#ifdef ZELVANE_READPASSPHRASE
+#include <bsd/readpassphrase.h>
+#endif
+
 namespace {
+
+// Asks on the terminal, which shows nothing of the answer and is itself again however this ends. Null on failure.
+char const* Ask(char const* prompt, char* text, std::size_t size) {
+#ifdef ZELVANE_READPASSPHRASE
+  return readpassphrase(prompt, text, size, RPP_REQUIRE_TTY);
+#else
+  static_cast<void>(prompt), static_cast<void>(text), static_cast<void>(size);
+  errno = ENOTSUP;
+  return nullptr;
+#endif
+}
 
 // Reads until the buffer is full, the file ends or a line feed is there. No stream: its buffer would not be wiped.
 bool ReadLine(char const* path, char* text, std::size_t most, std::size_t& size) {
@@ -49,7 +63,7 @@ FileSecret::~FileSecret() { explicit_bzero(text_, sizeof text_); }
 std::string ReadSecretFromInput() {
   if (isatty(STDIN_FILENO) != 0) {
     char text[4096];
-    char const* const typed = readpassphrase("Password: ", text, sizeof text, RPP_REQUIRE_TTY);
+    char const* const typed = Ask("Password: ", text, sizeof text);
     std::string const secret = typed == nullptr ? "" : typed;
     explicit_bzero(text, sizeof text);
     if (typed == nullptr) throw Failed(std::string("cannot ask for the password: ") + strerror(errno));
