@@ -100,9 +100,9 @@ int Run(int argc, char** argv) {
   app.require_subcommand(1);
   app.footer("See `zelctl FAMILY COMMAND --help`. Exit codes: 0 success, 1 failure, 2 usage error.");
   for (Family const add : kFamilies) add(app, terminal);
-  AddCommonOptions(&app, terminal);
+  AddCommonOptions(&app, terminal, true);
   for (CLI::App* const family : app.get_subcommands([](CLI::App const*) { return true; }))
-    if (!NamesBelow(*family).empty()) AddCommonOptions(family, terminal);
+    if (!NamesBelow(*family).empty()) AddCommonOptions(family, terminal, false);
   app.parse_complete_callback([&] { RequireCsv(app, terminal); });
   try {
     app.parse(argc, argv);

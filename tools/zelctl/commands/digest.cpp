@@ -42,6 +42,11 @@ std::string Escaped(std::string const& name) {
   return escaped;
 }
 
+// Checksum tools get every byte of a name, terminals none that drives them.
+std::string OnScreen(std::string const& name, Terminal const& terminal) {
+  return IsOnTerminal() ? terminal.ShownName(name) : name;
+}
+
 // Nothing for a backslash that begins no escape.
 std::optional<std::string> Unescaped(std::string const& text) {
   std::string name;
@@ -86,9 +91,10 @@ void Print(Arguments const& arguments, Terminal& terminal) {
       Digest const digest = DigestOf(file);
       std::string const name = Escaped(file);
       if (digest.length >= kLongMessage)
-        terminal.Note(name + ": of 512 MiB or more the digest is the product's own, not that of other programs");
+        terminal.Note(name + ": 512 MiB or larger; this digest differs from standard RIPEMD-256");
       json.push_back({{"file", file}, {"digest", digest.hex}});
-      if (!terminal.json) std::cout << (name == file ? "" : "\\") << digest.hex << "  " << name << '\n';
+      if (!terminal.json)
+        std::cout << (name == file ? "" : "\\") << digest.hex << "  " << OnScreen(name, terminal) << '\n';
     } catch (FileFailed const& failure) {
       Complain(failure.what());
       terminal.status = 1;
@@ -186,7 +192,8 @@ bool CheckList(std::string const& path, Arguments const& arguments, Terminal con
     if (word.empty() || arguments.status) continue;
     json.push_back({{"file", entry->file}, {"result", word}});
     bool const manyLines = entry->file.find('\n') != std::string::npos;
-    if (!terminal.json) std::cout << (manyLines ? "\\" + Escaped(entry->file) : entry->file) << ": " << word << '\n';
+    if (!terminal.json)
+      std::cout << OnScreen(manyLines ? "\\" + Escaped(entry->file) : entry->file, terminal) << ": " << word << '\n';
   }
   return Conclude(tally, list, arguments);
 }
@@ -207,18 +214,18 @@ void Check(Arguments const& arguments, Terminal& terminal) {
 }  // namespace
 
 void AddDigest(CLI::App& app, Terminal& terminal) {
-  CLI::App* const command = AddCommand(&app, terminal, "digest", "Checksums of files (RIPEMD-256), and checking them");
+  CLI::App* const command = AddCommand(&app, terminal, "digest", "Compute or check RIPEMD-256 checksums");
   auto const arguments = std::make_shared<Arguments>();
-  command->add_option("FILE", arguments->files, "Files; \"-\" or none: standard input")->type_name("");
-  CLI::Option* const check = command->add_flag("-c,--check", arguments->check, "FILE holds checksums: check them");
+  command->add_option("FILE", arguments->files, "Files; \"-\" or no FILE for standard input")->type_name("");
+  CLI::Option* const check = command->add_flag("-c,--check", arguments->check, "Verify the checksums listed in FILE");
   auto const add = [&](char const* name, bool& target, char const* description) {
     command->add_flag(name, target, description)->needs(check);
   };
-  add("--ignore-missing", arguments->ignoreMissing, "When checking: pass over files that do not exist");
-  add("--quiet", arguments->quiet, "When checking: no line for a file that is all right");
-  add("--status", arguments->status, "When checking: say nothing, the exit code tells");
-  add("--strict", arguments->strict, "When checking: exit 1 for a line of another form, too");
-  add("-w,--warn", arguments->warn, "When checking: name each line of another form");
+  add("--ignore-missing", arguments->ignoreMissing, "With --check: skip missing files");
+  add("--quiet", arguments->quiet, "With --check: do not print OK lines");
+  add("--status", arguments->status, "With --check: print nothing, set only the exit code");
+  add("--strict", arguments->strict, "With --check: exit with 1 for malformed lines");
+  add("-w,--warn", arguments->warn, "With --check: report malformed lines");
   command->footer(
       "Works like the usual checksum tools: the digest, two blanks, the name, a line a file. A name with a line feed,\n"
       "a carriage return or a backslash is escaped, and its line begins with a backslash. A file that cannot be read\n"

@@ -42,7 +42,7 @@ void PrintOverview(CLI::App const& root) {
 
 void PrintWords(CLI::App const& app) {
   for (CLI::App const* command : Commands(app)) std::cout << command->get_name() << '\n';
-  for (CLI::Option const* option : app.get_options())
+  for (CLI::Option const* option : app.get_options([](CLI::Option const* each) { return !each->get_group().empty(); }))
     for (std::string const& name : option->get_lnames()) std::cout << "--" << name << '\n';
 }
 

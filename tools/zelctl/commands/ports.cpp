@@ -23,14 +23,16 @@ void List(Terminal const& terminal) {
     port.device = GetInternalDeviceName(port.number);
     ports.push_back(port);
   }
-  if (ports.empty()) terminal.Note("no serial port that this user may open tells the state of its lines");
+  if (ports.empty())
+    terminal.Note(
+        "no usable serial port found (this user must be able to open it, and it must report its modem lines)");
   PrintRecords({Number<&Port::number>("port", ""), String<&Port::device>("device")}, ports, terminal);
 }
 
 }  // namespace
 
 void AddPorts(CLI::App& app, Terminal& terminal) {
-  CLI::App* const command = AddCommand(&app, terminal, "ports", "The serial ports that a UPS can be connected to");
+  CLI::App* const command = AddCommand(&app, terminal, "ports", "List serial ports for a UPS");
   command->footer("Ports are counted from 1, as in commPort of `zelctl ups`: port 1 is /dev/ttyS0.");
   command->callback([&terminal] { List(terminal); });
 }

@@ -87,7 +87,7 @@ bool IsField(std::vector<Field> const& fields, std::string const& name) {
 // The folder that a word names: a unit by its number, however many zeros it is written with, a bare name in the root, a
 // path as it is.
 std::string InRoot(std::string const& word) {
-  if (!ExtractFilePath(word).empty() || word == "." || word == "..") return word + "/";
+  if (!ExtractFilePath(word).empty() || word == "." || word == "..") return IncludePathDelimiter(word);
   long const unit = word.find_first_not_of("0123456789") == std::string::npos ? StrToIntDef(word, -1) : -1;
   return GetZelvanePath() + (unit >= 0 ? IntToStr(unit, 3) : word);
 }

@@ -221,8 +221,8 @@ CLI::App* AddCommand(CLI::App* family, Terminal& terminal, char const* name, cha
   return command;
 }
 
-void AddCommonOptions(CLI::App* app, Terminal& terminal) {
-  AddCommon(app, terminal, "");
+void AddCommonOptions(CLI::App* app, Terminal& terminal, bool shown) {
+  AddCommon(app, terminal, shown ? "Options" : "");
   app->add_flag("--csv", terminal.csv, "Print CSV, with column names in the first line")->group("");
 }
 

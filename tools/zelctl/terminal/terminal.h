@@ -83,8 +83,8 @@ extern char const kHiddenPassword[];
 
 // Adds the command `name` to `family` with the options that all have.
 CLI::App* AddCommand(CLI::App* family, Terminal& terminal, char const* name, char const* description);
-// Adds the same options unseen, so that they may stand in front of a command, too.
-void AddCommonOptions(CLI::App* app, Terminal& terminal);
+// Adds the same options to what stands in front of a command; its help shows them or not.
+void AddCommonOptions(CLI::App* app, Terminal& terminal, bool shown);
 // Adds --show-password.
 void AddShowPassword(CLI::App* command, Terminal& terminal);
 
