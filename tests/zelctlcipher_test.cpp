@@ -55,10 +55,9 @@ TEST_F(ZelctlCipher, DrawsABarOnATerminalOnly) {
   std::string const half = "\r[" + std::string(25, '#') + std::string(25, '.') + "] 50 %  9 MiB\r";
   std::string const end = "\r[" + std::string(50, '#') + "] 100 %  18 MiB\r\n";
   EXPECT_NE(shown.find(half), std::string::npos) << shown;
-  ASSERT_GE(shown.size(), end.size());
-  EXPECT_EQ(shown.substr(shown.size() - end.size()), end);
+  EXPECT_NE(shown.find(end), std::string::npos) << shown;
   EXPECT_EQ(std::count(shown.begin(), shown.end(), '%'), 101) << "one drawing per cent";
-  EXPECT_EQ(test::Zelctl(Command("encode", "plain", "out")), "");
+  EXPECT_EQ(test::Zelctl(Command("encode", "plain", "other")), here_.Path("other") + ": 19660800 bytes written\n");
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "zelvane/config/paths.h"
 
 #include <string_view>
+#include <utility>
 
 #include "zelvane/config/cfgclass_internal.h"
 #include "zelvane/config/settings_internal.h"
@@ -17,6 +18,9 @@ struct MacroName {
   bool inRoot;  // shared by all units; the others lie in the working directory
   char const* file;
 };
+
+// What SetZelvanePath was given; null without that. Never freed: functions may ask for it while the program ends.
+std::string* g_root = nullptr;
 
 constexpr MacroName kMacros[] = {
     {"//LOGEVTFILE//", false, "logevt.rgt"},        {"//LOGHISTHORA//", false, "loghora.rgt"},
@@ -51,12 +55,14 @@ std::string Expand(char const* name, char const* directory) {
 }  // namespace
 
 std::string zelvane::internal::InstallationRoot() {
+  if (g_root != nullptr) return *g_root;
   OptionalRegCfg settings;
   settings.OpenOrThrow(kSettingsFile, true);
   return RootIn(settings);
 }
 
 std::string zelvane::internal::RootIn(CfgClass& settings) {
+  if (g_root != nullptr) return *g_root;
   std::string root = settings.ReadStr(kSettingsSection, "PATH", "");
   if (root.empty()) root = ExtractFilePath(GetExeName(false));
   return root.empty() ? root : IncludePathDelimiter(root);
@@ -67,6 +73,15 @@ std::string GetZelvanePath() {
     RegCfgClass settings;
     settings.OpenReadOnly(zelvane::internal::kSettingsFile);  // one that cannot be read has no key
     return zelvane::internal::RootIn(settings);
+  });
+}
+
+int SetZelvanePath(char const* path) {
+  return Guard(0, [&] {
+    bool const given = path != nullptr && *path != '\0';
+    std::string* const root = given ? new std::string(IncludePathDelimiter(path)) : nullptr;
+    delete std::exchange(g_root, root);
+    return 1;
   });
 }
 

@@ -1,6 +1,6 @@
 // Where the product's files lie: the installation root, and the symbolic file names that callers and settings use.
-// Both functions carry plain symbol names although they return strings, so C++ alone can call them. Neither throws;
-// they return "" when memory runs out.
+// The functions carry plain symbol names although they return strings, so C++ alone can call them. None throws; when
+// memory runs out, those that return a string give "".
 #ifndef ZELVANE_CONFIG_PATHS_H
 #define ZELVANE_CONFIG_PATHS_H
 
@@ -25,6 +25,14 @@ extern "C" {
 // read, leaves the folder of the program. One that cannot be opened or read just now (no free descriptor, an I/O error)
 // makes the function fail: files of another folder are not what the caller asked for.
 ZELVANE_API std::string GetZelvanePath();
+
+// For programs that look at another installation than this computer's own: from now on GetZelvanePath returns `path`,
+// with a "/" added where it lacks one, and every function of the library that uses the root follows. Null or "" brings
+// back the rule above. The folder need not exist; the text is copied. The other keys of /etc/zelvane.conf (version,
+// product, modules) stay in effect. 1; 0 when memory runs out, and then nothing changes.
+//
+// The root is the library's only state of its own, and no lock guards it: call this before other threads run.
+ZELVANE_API int SetZelvanePath(char const* path);
 
 // Returns the file that a symbolic name stands for. Any other name is returned unchanged. "" if an argument is null,
 // and if the root cannot be known just now, see above.

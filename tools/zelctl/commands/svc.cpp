@@ -1,0 +1,245 @@
+// zelctl svc: the services of this machine that have an init script.
+#include <errno.h>
+#include <spawn.h>
+#include <stdio.h>
+#include <string.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <iostream>
+
+#include "commands/families.h"
+#include "commands/processes.h"
+#include "records/fields.h"
+#include "terminal/latin1.h"
+#include "zelvane/system/svc.h"
+
+namespace {
+
+struct Service {
+  std::string name;
+  bool running;
+  std::string processes;
+  std::string automatic;
+  std::string script;
+  std::string unit;
+  std::string description;
+};
+
+constexpr char kNoScripts[] = "no init scripts found in /etc/init.d, /etc/rc.d or /usr/local/etc/rc.d";
+
+// The library looks at no run level; only scripts of this folder start by their being there.
+std::string AutomaticOf(SvcClass const& service) {
+  static std::string const kFolder = "/usr/local/etc/rc.d/";
+  if (service.GetFileName().compare(0, kFolder.size(), kFolder) != 0) return "unknown";
+  return service.GetAutomatic() ? "yes" : "no";
+}
+
+Service Describe(SvcClass const& service) {
+  Service described = {};
+  described.name = service.GetName();
+  described.running = service.IsRunning();
+  described.automatic = AutomaticOf(service);
+  described.script = service.GetFileName();
+  described.description = service.GetDescription();
+  return described;
+}
+
+void List(Terminal const& terminal) {
+  SvcManager manager;
+  if (!manager.Update()) terminal.Note(kNoScripts);
+  std::vector<Service> services;
+  for (unsigned long i = 0; i < manager.GetSvcCount(); i++) services.push_back(Describe(*manager.GetSvcByIndex(i)));
+  PrintRecords({String<&Service::name>("name"), Answer<&Service::running>("running", ""),
+                String<&Service::automatic>("automatic"), String<&Service::script>("script"),
+                String<&Service::description>("description")},
+               services, terminal);
+}
+
+// ---- Status ----
+
+// What `systemctl show` says of a property.
+std::string Property(std::string const& answer, std::string const& name) {
+  std::string const mark = "\n" + name + "=";
+  std::size_t const at = answer.find(mark);
+  if (at == std::string::npos) return "";
+  std::size_t const begin = at + mark.size();
+  return answer.substr(begin, answer.find('\n', begin) - begin);
+}
+
+// The unit of that name as systemd sees it, in words; "" when there is none, or no systemd.
+std::string UnitOf(std::string const& name) {
+  // Such names mean themselves, to the shell and to systemctl, which takes others as patterns or paths.
+  bool const plain = !name.empty() && std::all_of(name.begin(), name.end(), [](unsigned char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || strchr("_-.:@", c) != nullptr;
+  });
+  if (!plain) return "";
+  std::string const command =
+      "systemctl show --property=LoadState,ActiveState,SubState,UnitFileState -- '" + name + ".service' 2>/dev/null";
+  std::unique_ptr<FILE, int (*)(FILE*)> const systemctl(popen(command.c_str(), "re"), pclose);
+  if (systemctl == nullptr) return "";
+  std::string answer = "\n";
+  char piece[1024];
+  while (std::size_t const got = fread(piece, 1, sizeof piece, systemctl.get())) answer.append(piece, got);
+  if (Property(answer, "LoadState") != "loaded") return "";
+  std::string const enabled = Property(answer, "UnitFileState");
+  return Property(answer, "ActiveState") + " (" + Property(answer, "SubState") + ")" +
+         (enabled.empty() ? "" : ", " + enabled);
+}
+
+void Status(std::string const& name, Terminal const& terminal) {
+  SvcManager manager;
+  SvcClass const* const service = manager.GetSvcByName(name);
+  Service status = service != nullptr ? Describe(*service) : Service();
+  status.name = name;
+  status.unit = UnitOf(name);
+  if (service == nullptr && status.unit.empty()) throw Failed("service " + name + " does not exist");
+  Processes const processes = LivingNamed(name);
+  status.running = !processes.empty();
+  status.processes = IdsOf(processes);
+  if (terminal.json)
+    return terminal.PrintJson({{"name", ToUtf8(name)},
+                               {"running", status.running},
+                               {"processes", JsonIdsOf(processes)},
+                               {"script", status.script},
+                               {"automatic", status.automatic},
+                               {"unit", status.unit},
+                               {"description", ToUtf8(status.description)}});
+  PrintRecord(
+      {String<&Service::name>("name", "the service"), Answer<&Service::running>("running", "a process has this name"),
+       String<&Service::processes>("processes", "process ids"), String<&Service::script>("script", "init script"),
+       String<&Service::automatic>("automatic", "started at boot by the script"),
+       String<&Service::unit>("unit", "systemd unit with this name"),
+       String<&Service::description>("description", "description in the script")},
+      &status, terminal);
+}
+
+// ---- Starting and stopping ----
+
+SvcClass& Find(SvcManager& manager, std::string const& name) {
+  if (manager.GetSvcCount() == 0) throw Failed(kNoScripts);
+  SvcClass* const service = manager.GetSvcByName(name);
+  if (service == nullptr) throw Failed("no init script for " + name);
+  return *service;
+}
+
+// Why a script was not run, or else `otherwise`.
+std::string WhyNot(SvcClass const& service, std::string const& otherwise) {
+  std::string const script = service.GetFileName();
+  struct stat file = {};
+  if (stat(script.c_str(), &file) != 0) return script + ": " + strerror(errno);
+  if ((file.st_mode & (S_IXUSR | S_IXGRP | S_IXOTH)) == 0) return script + ": not executable";
+  return otherwise;
+}
+
+// `processes` are those that run now, or did so before.
+void Report(std::string const& name, char const* action, Processes const& processes, Terminal const& terminal) {
+  if (terminal.json)
+    return terminal.PrintJson({{"name", ToUtf8(name)}, {"action", action}, {"processes", JsonIdsOf(processes)}});
+  char const* const noun = processes.size() > 1 ? "processes " : "process ";
+  terminal.PrintText(name + " " + action + ": " +
+                     (processes.empty() ? "no process of that name" : noun + IdsOf(processes)));
+}
+
+// Runs a script as the library does, which does not tell how the script ended. With --json its output goes to the error
+// stream. What is wrong with it, "" when it succeeded.
+std::string RunScript(SvcClass const& service, char const* action, Terminal const& terminal) {
+  std::string const script = service.GetFileName();
+  std::string const fault = WhyNot(service, "");
+  if (!fault.empty()) return fault;
+  std::cout.flush();
+  posix_spawn_file_actions_t streams;
+  posix_spawn_file_actions_init(&streams);
+  if (terminal.json) posix_spawn_file_actions_adddup2(&streams, STDERR_FILENO, STDOUT_FILENO);
+  // The shell takes scripts without a first line that names an interpreter, too.
+  char const* const words[] = {"sh", "-c", "\"$0\" \"$1\"", script.c_str(), action, nullptr};
+  pid_t child = 0;
+  int const error = posix_spawn(&child, "/bin/sh", &streams, nullptr, const_cast<char* const*>(words), environ);
+  posix_spawn_file_actions_destroy(&streams);
+  if (error != 0) return script + ": " + strerror(error);
+  int status = 0;
+  while (waitpid(child, &status, 0) < 0 && errno == EINTR) continue;
+  if (WIFSIGNALED(status)) return script + " " + action + ": signal " + std::to_string(WTERMSIG(status));
+  return WEXITSTATUS(status) == 0 ? "" : script + " " + action + ": exit code " + std::to_string(WEXITSTATUS(status));
+}
+
+// Runs the script with an action after which the service should run.
+void RunToRunning(SvcClass const& service, char const* action, char const* done, Terminal const& terminal) {
+  std::string const name = service.GetName();
+  std::string const fault = RunScript(service, action, terminal);
+  if (!fault.empty()) throw Failed(fault);
+  Processes const processes = LivingNamed(name);
+  if (processes.empty()) throw Failed(service.GetFileName() + " ran, but there is " + NobodyNamed(name));
+  Report(name, done, processes, terminal);
+}
+
+void Start(std::string const& name, Terminal const& terminal) {
+  SvcManager manager;
+  RunToRunning(Find(manager, name), "start", "started", terminal);
+}
+
+void Restart(std::string const& name, Terminal const& terminal) {
+  SvcManager manager;
+  SvcClass const& service = Find(manager, name);
+  if (LivingNamed(name).empty()) throw Failed(name + " is not running, not restarted: " + NobodyNamed(name));
+  RunToRunning(service, "restart", "restarted", terminal);
+}
+
+void Stop(std::string const& name, Terminal const& terminal) {
+  SvcManager manager;
+  SvcClass const& service = Find(manager, name);
+  Processes before = LivingNamed(name);
+  if (std::any_of(before.begin(), before.end(), IsSpared))
+    throw Failed("nothing stopped: process 1 or zelctl itself has the name " + name);
+  // As in the library, one that nobody may execute is none.
+  bool const runs = access(service.GetFileName().c_str(), F_OK) != 0 || WhyNot(service, "").empty();
+  std::string const fault = runs ? RunScript(service, "stop", terminal) : "";
+  // The library kills the first one that the script leaves.
+  Processes left = LivingNamed(name);
+  if (!left.empty() && !left.front().Kill()) throw Failed(name + ": cannot stop: " + strerror(errno));
+  left = WaitForEnd(LivingNamed(name));
+  if (!left.empty()) throw Failed("still running: " + Shown(left.front()) + " of " + IdsOf(left));
+  if (!fault.empty()) throw Failed(fault);
+  Report(name, "stopped", before, terminal);
+}
+
+}  // namespace
+
+void AddSvc(CLI::App& app, Terminal& terminal) {
+  CLI::App* const family = app.add_subcommand("svc", "Services with an init script");
+  family->require_subcommand(1);
+  family->footer(
+      "A service is a script in /etc/init.d; if there is none, in /etc/rc.d and /usr/local/etc/rc.d. Its name is the\n"
+      "script's, without a leading \"rc.\" and without the last dot and what follows. It counts as running if a "
+      "process\n"
+      "with that name runs. Names over 15 characters never match.\n\n"
+      "  zelctl svc status zelsrv\n"
+      "  zelctl svc restart zelsrv");
+  CLI::App* const list = AddCommand(family, terminal, "list", "All services");
+  list->footer("Run levels are not examined, so \"automatic\" is unknown for most services.");
+  list->callback([&terminal] { List(terminal); });
+
+  auto const name = std::make_shared<std::string>();
+  auto const add = [&](char const* word, char const* description, void (*act)(std::string const&, Terminal const&),
+                       char const* footer) {
+    CLI::App* const command = AddCommand(family, terminal, word, description);
+    command->add_option("NAME", *name, "Name of the service")->required()->type_name("");
+    command->footer(footer);
+    command->callback([name, act, &terminal] { act(*name, terminal); });
+  };
+  add("status", "Show one service, with its systemd state if there is one", Status,
+      "Also shows services known only to systemd; the other commands do not act on them. Exit code 1 if the service\n"
+      "does not exist.");
+  char const* const kStarted =
+      "Prints the process id. Exit code 1 if the script fails, or the process does not exist when it returns. With\n"
+      "--json the script's output goes to standard error.";
+  add("start", "Run the script with \"start\"", Start, kStarted);
+  add("stop", "Run the script with \"stop\"; kill the process if it still runs", Stop,
+      "Prints the ids of the processes that ended. If a process still has the name when the script returns, the first\n"
+      "one is killed immediately (SIGTERM, then SIGKILL). Does nothing if process 1 or zelctl itself has that name.\n"
+      "Exit code 1 if the script fails, or a process with the name is left after two seconds.");
+  add("restart", "Run the script with \"restart\" if the service is running", Restart, kStarted);
+}

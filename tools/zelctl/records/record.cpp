@@ -1,0 +1,294 @@
+#include "records/record.h"
+
+#include <errno.h>
+#include <string.h>
+#include <sys/stat.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <map>
+
+#include "files/edit.h"
+#include "files/format.h"
+#include "records/keylines.h"
+#include "terminal/nearest.h"
+#include "terminal/secret.h"
+#include "zelvane/config/paths.h"
+#include "zelvane/core/fileutils.h"
+#include "zelvane/core/strutils.h"
+
+namespace {
+
+using Values = std::vector<std::string>;             // one a field, in the table's order
+using Changes = std::map<std::size_t, std::string>;  // by the field's place in the table
+
+struct Arguments {
+  std::string directory;
+  std::vector<std::string> items;  // names of fields for show, assignments for set
+  std::string passwordFile;
+  bool value = false;
+  Writing writing;
+};
+
+std::size_t FindField(std::vector<Field> const& fields, std::string const& name) {
+  auto const found = std::find_if(fields.begin(), fields.end(), [&](Field const& field) { return name == field.name; });
+  if (found != fields.end()) return static_cast<std::size_t>(found - fields.begin());
+  std::vector<std::string> names;
+  for (Field const& field : fields) names.emplace_back(field.name);
+  throw WrongUsage("unknown field \"" + name + "\"" + DidYouMean(name, names));
+}
+
+void AddChange(Changes& changes, Field const& field, std::size_t place, std::string value) {
+  if (!changes.emplace(place, std::move(value)).second)
+    throw WrongUsage(std::string(field.name) + ": given more than once");
+}
+
+Changes ParseChanges(std::vector<Field> const& fields, Arguments const& arguments, Terminal const& terminal) {
+  Changes changes;
+  for (std::string const& item : arguments.items) {
+    std::size_t const equals = item.find('=');
+    if (equals == std::string::npos) throw WrongUsage("\"" + item + "\": expected FIELD=VALUE");
+    std::size_t const place = FindField(fields, item.substr(0, equals));
+    Field const& field = fields[place];
+    std::string value = item.substr(equals + 1);
+    if (field.kind == FieldKind::kPassword && value == "-") value = ReadSecretFromInput();
+    AddChange(changes, field, place, CheckedArgument(field, value, terminal));
+  }
+  if (!arguments.passwordFile.empty()) {
+    auto const field =
+        std::find_if(fields.begin(), fields.end(), [](Field const& f) { return f.kind == FieldKind::kPassword; });
+    AddChange(changes, *field, static_cast<std::size_t>(field - fields.begin()),
+              CheckedArgument(*field, ReadSecretFromFile(arguments.passwordFile), terminal));
+  }
+  if (changes.empty()) throw WrongUsage("nothing to set; expected FIELD=VALUE");
+  return changes;
+}
+
+void PrintChanges(std::vector<Field> const& fields, Values const& before, Values const& after, Changes const& changes,
+                  Terminal const& terminal) {
+  if (!terminal.json) return;
+  Json members = Json::object();
+  for (auto const& [place, unused] : changes) {
+    Field const& field = fields[place];
+    members[field.name] = {{"before", JsonOf(field, before[place], terminal)},
+                           {"now", JsonOf(field, after[place], terminal)}};
+  }
+  terminal.PrintJson(members);
+}
+
+void Apply(Changes const& changes, std::vector<Field> const& fields, void* record) {
+  for (auto const& [place, value] : changes) fields[place].put(record, value);
+}
+
+bool IsField(std::vector<Field> const& fields, std::string const& name) {
+  return std::any_of(fields.begin(), fields.end(), [&name](Field const& field) { return name == field.name; });
+}
+
+// The folder that a word names: a unit by its number, however many zeros it is written with, a bare name in the root, a
+// path as it is.
+std::string InRoot(std::string const& word) {
+  if (!ExtractFilePath(word).empty() || word == "." || word == "..") return IncludePathDelimiter(word);
+  long const unit = word.find_first_not_of("0123456789") == std::string::npos ? StrToIntDef(word, -1) : -1;
+  return GetZelvanePath() + (unit >= 0 ? IntToStr(unit, 3) : word);
+}
+
+// The folder of the settings; "" for the installation root. Takes the word that names it off the items.
+std::string TakeDirectory(RecordFamily const& family, Arguments& arguments) {
+  std::string directory = arguments.directory;
+  if (family.folder == Folder::kArgument) {
+    std::vector<std::string>& items = arguments.items;
+    if (directory.empty() && !items.empty() && items[0].find('=') == std::string::npos &&
+        !IsField(family.fields, items[0])) {
+      directory = InRoot(items[0]);
+      items.erase(items.begin());
+    } else if (!directory.empty() && ExtractFilePath(directory).empty()) {
+      directory.insert(0, "./");  // the library looks for a bare name in the root
+    }
+  }
+  return directory;
+}
+
+void RequireDirectory(std::string const& directory) {
+  struct stat folder = {};
+  if (directory.empty()) return;
+  if (stat(directory.c_str(), &folder) != 0) throw Failed(directory + ": " + strerror(errno));
+  if (!S_ISDIR(folder.st_mode)) throw Failed(directory + ": " + strerror(ENOTDIR));
+}
+
+std::shared_ptr<void> ReadRecord(RecordFamily const& family, std::string const& directory) {
+  std::shared_ptr<void> record = family.make();
+  if (family.read(directory.c_str(), record.get()) == 0)
+    throw Failed(family.files(directory, record.get()).front() + ": " + family.readFault);
+  return record;
+}
+
+void PrintValues(std::vector<Field> const& fields, void const* record, Terminal const& terminal) {
+  for (Field const& field : fields) {
+    if (field.kind == FieldKind::kPassword && !terminal.showPasswords)
+      throw WrongUsage(std::string(field.name) + " is a password; use --show-password");
+    terminal.PrintValue(field.get(record));
+  }
+}
+
+void Show(RecordFamily const& family, Arguments arguments, Terminal const& terminal) {
+  std::string const directory = TakeDirectory(family, arguments);
+  std::vector<Field> fields;
+  for (std::string const& name : arguments.items) fields.push_back(family.fields[FindField(family.fields, name)]);
+  RequireDirectory(directory);
+  std::shared_ptr<void> const record = ReadRecord(family, directory);
+  std::vector<std::string> files = family.files(directory, record.get());
+  for (std::string const& file : files) NoteState(file, "defaults are used", terminal);
+  if (fields.empty()) fields = family.fields;
+  if (arguments.value) return PrintValues(fields, record.get(), terminal);
+  if (family.tables)
+    for (std::string const& file : family.tables(directory)) files.push_back(file);
+  PrintRecord(fields, record.get(), terminal, Origins(fields, record.get(), files));
+}
+
+void ShowDefaults(RecordFamily const& family, Terminal const& terminal) {
+  std::shared_ptr<void> const record = family.make();
+  if (family.defaults(record.get()) == 0) throw Failed("cannot get the defaults (out of memory)");
+  PrintRecord(family.fields, record.get(), terminal);
+}
+
+// The save writes every field, also one that the file holds in a form that would not come back.
+void RequireSavable(std::vector<Field> const& fields, Values const& values) {
+  for (std::size_t i = 0; i < fields.size(); i++) {
+    std::string const fault = fields[i].follows == nullptr ? FieldFault(fields[i], values[i]) : "";
+    if (!fault.empty())
+      throw Failed(std::string(fields[i].name) + ": the value in the file cannot be saved again (" + fault +
+                   "); set this field too");
+  }
+}
+
+// A save may keep something else than it was given: a model may lack a setting, a date may be too far away.
+void RequireKept(std::vector<Field> const& fields, Changes const& changes, Values const& saved, Values const& now,
+                 Terminal const& terminal) {
+  for (auto const& [place, unused] : changes)
+    if (now[place] != saved[place])
+      throw Failed(std::string("saved, but ") + fields[place].name + " is now " +
+                   terminal.Shown(CellOf(fields[place], now[place], terminal)));
+}
+
+// Of the files that a save writes, the first that cannot be.
+std::string WhyNotWritten(std::vector<std::string> const& files, int error) {
+  auto const barred = std::find_if_not(files.begin(), files.end(), IsWritable);
+  if (barred != files.end()) return CannotWrite(*barred, error);
+  std::string names;
+  for (std::string const& file : files) names += (names.empty() ? "" : ", ") + file;
+  return CannotWrite(names, error);
+}
+
+void Set(RecordFamily const& family, Arguments arguments, Terminal const& terminal) {
+  std::vector<Field> const& fields = family.fields;
+  std::string const directory = TakeDirectory(family, arguments);
+  Changes const changes = ParseChanges(fields, arguments, terminal);
+  RequireDirectory(directory);
+
+  std::shared_ptr<void> const record = ReadRecord(family, directory);
+  Values const before = ValuesOf(fields, record.get());
+  Apply(changes, fields, record.get());
+  bool const reselect = std::any_of(changes.begin(), changes.end(), [&](auto const& change) {
+    Field const& field = fields[change.first];
+    return field.selects && field.get(record.get()) != before[change.first];
+  });
+  if (reselect) {
+    family.reselect(directory, record.get());
+    Apply(changes, fields, record.get());
+  }
+  Values const saved = ValuesOf(fields, record.get());
+  RequireSavable(fields, saved);
+  std::vector<std::string> const files = family.files(directory, record.get());
+  Edit edit = {files, {}, "added with their defaults"};
+  if (family.tables) edit.reads = family.tables(directory);
+  bool const done = Make(edit, arguments.writing, terminal, [&] {
+    std::string const place = directory.empty() ? directory : At(directory);
+    errno = 0;
+    if (family.write(place.c_str(), record.get()) == 0) throw Failed(WhyNotWritten(files, errno));
+  });
+  if (!done) return;
+  Values const now = ValuesOf(fields, ReadRecord(family, directory).get());
+  PrintChanges(fields, before, now, changes, terminal);
+  RequireKept(fields, changes, saved, now, terminal);
+}
+
+std::string FieldList(std::vector<Field> const& fields) {
+  std::string list = "Fields:\n";
+  for (Field const& field : fields) {
+    list += "  ";
+    list += FillRight(field.name, 20, ' ');
+    list += FillRight(Limits(field), 34, ' ');
+    list += field.meaning;
+    list += '\n';
+  }
+  return list;
+}
+
+bool HasPassword(RecordFamily const& family) {
+  return std::any_of(family.fields.begin(), family.fields.end(),
+                     [](Field const& field) { return field.kind == FieldKind::kPassword; });
+}
+
+// What `show` and `set` have in common.
+void AddOptions(CLI::App* command, Terminal& terminal, RecordFamily const& family, Arguments& arguments) {
+  if (family.folder != Folder::kRoot)
+    command->add_option("--dir", arguments.directory, "Directory of the settings; default: the installation root")
+        ->type_name("DIR");
+  if (family.addOptions) family.addOptions(command);
+  if (HasPassword(family)) AddShowPassword(command, terminal);
+}
+
+// The words behind the command.
+void AddItems(CLI::App* command, RecordFamily const& family, Arguments& arguments, std::string const& name,
+              std::string const& description) {
+  bool const takesDirectory = family.folder == Folder::kArgument;
+  // Not `required`: `show` shows all fields, and for `set` a password file alone is enough.
+  command
+      ->add_option(
+          (takesDirectory ? "[DIR] " : "") + name, arguments.items,
+          description +
+              (takesDirectory ? ", after the directory DIR; a name without \"/\" is in the installation root" : ""))
+      ->type_name("");
+}
+
+void AddSet(CLI::App* family, Terminal& terminal, std::shared_ptr<RecordFamily const> const& record) {
+  auto const arguments = std::make_shared<Arguments>();
+  CLI::App* const set =
+      AddCommand(family, terminal, "set", "Set fields; every value is checked before anything is written");
+  AddOptions(set, terminal, *record, *arguments);
+  AddItems(set, *record, *arguments, "FIELD=VALUE", "Fields and their new values");
+  AddWriting(set, arguments->writing);
+  std::string footer = FieldList(record->fields) + record->notes +
+                       "Texts cannot contain '[', ']' or line feeds, nor start or end with a blank.\n"
+                       "The record is written whole: fields that the files lack are added with their defaults.\n";
+  if (HasPassword(*record)) {
+    set->add_option("--password-file", arguments->passwordFile, "Take the password from the first line of FILE")
+        ->type_name("FILE");
+    footer +=
+        "Other users can see a password on the command line. Use \"-\" to read it from standard input (not echoed), "
+        "or\n"
+        "--password-file.\n";
+  }
+  set->footer(footer);
+  set->callback([record, arguments, &terminal] { Set(*record, *arguments, terminal); });
+}
+
+}  // namespace
+
+void AddRecordCommands(CLI::App* family, Terminal& terminal, RecordFamily const& family_record) {
+  auto const record = std::make_shared<RecordFamily const>(family_record);
+  auto const arguments = std::make_shared<Arguments>();
+  family->require_subcommand(1);
+
+  CLI::App* const show = AddCommand(family, terminal, "show", "Show all settings, or the named fields");
+  AddOptions(show, terminal, *record, *arguments);
+  AddItems(show, *record, *arguments, "FIELD", "Fields to show");
+  show->add_flag("--value", arguments->value, "Print the bare values, one per line");
+  show->footer(std::string(record->notes) + "ORIGIN is the file and line that a value comes from, or \"default\".\n");
+  show->callback([record, arguments, &terminal] { Show(*record, *arguments, terminal); });
+
+  AddSet(family, terminal, record);
+
+  CLI::App* const defaults = AddCommand(family, terminal, "defaults", "Show the defaults; reads no file");
+  defaults->callback([record, &terminal] { ShowDefaults(*record, terminal); });
+}
