@@ -1,17 +1,16 @@
 #include "chart.h"
 
 #include <algorithm>
-#include <cmath>
 #include <iostream>
 #include <limits>
 
 #include "listing.h"
 #include "moment.h"
+#include "page.h"
 #include "terminal.h"
 
 namespace {
 
-constexpr std::size_t kPipeWidth = 80;
 constexpr std::size_t kShortestBar = 10;  // of the greatest number, however narrow the terminal
 constexpr std::int32_t kFewHours = 72;
 constexpr std::int32_t kHoursPerDay = kDaySeconds / kHourSeconds;
@@ -19,13 +18,6 @@ constexpr std::int32_t kHoursPerDay = kDaySeconds / kHourSeconds;
 std::string Label(std::int32_t step, bool byHour) {
   std::int32_t const first = step * (byHour ? kHourSeconds : kDaySeconds);
   return DayText(first) + " " + WeekdayText(first) + (byHour ? " " + TimeText(first).substr(11, 5) : "");
-}
-
-// The rest of a bar that would be shorter than one character is still seen.
-std::size_t BarLength(std::uint64_t count, std::uint64_t greatest, std::size_t room) {
-  if (count == 0) return 0;
-  double const share = static_cast<double>(count) / static_cast<double>(greatest);
-  return std::max<std::size_t>(static_cast<std::size_t>(std::lround(share * static_cast<double>(room))), 1);
 }
 
 // How the bars of one chart are drawn.
@@ -93,8 +85,7 @@ void Chart::Print(Step step, Terminal const& terminal) const {
     return listing.End();
   }
   if (codes.empty()) terminal.Note("no event to draw");
-  std::size_t const columns = TerminalColumns();
-  Style style = {byHour, columns > 0 ? columns : kPipeWidth, 1};
+  Style style = {byHour, PageWidth(), 1};
   for (auto const& [number, code] : codes)
     for (auto const& [at, count] : code.counts) style.greatest = std::max(style.greatest, count);
   for (auto const& [number, code] : codes) {

@@ -477,6 +477,7 @@ void AddLog(CLI::App& app, Terminal& terminal) {
       "  zelctl log chart logevt.rgt --from 2005-03-01 --to 2005-03-31\n"
       "  zelctl log time logevt.rgt --start 1 --end 2,4 --from 2005-03-01 --to 2005-03-31");
   AddViews(family);
+  AddOutages(family.Get(), terminal);
   AddStatistics(family);
   AddRescue(family);
 }
