@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "families.h"
-#include "terminal.h"
+#include "commands/families.h"
+#include "terminal/terminal.h"
 
 namespace {
 

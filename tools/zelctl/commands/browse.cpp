@@ -1,0 +1,344 @@
+// zelctl browse: the groups, computers and UPS units of the monitored network.
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <iostream>
+
+#include "commands/families.h"
+#include "files/format.h"
+#include "files/handle.h"
+#include "records/browsetree.h"
+#include "records/fields.h"
+#include "terminal/latin1.h"
+#include "zelvane/browse/browselist.h"
+#include "zelvane/config/paths.h"
+#include "zelvane/core/datetime.h"
+#include "zelvane/core/strutils.h"
+
+namespace {
+
+struct Arguments {
+  std::string file;
+  std::string id;
+  std::vector<std::string> items;  // values of the fields for add, FIELD=VALUE for edit
+  bool smallest = false;
+  bool force = false;
+
+  std::string File() const { return file.empty() ? GetZelvanePath() + "zelbrws.cfg" : file; }
+};
+
+Handle Open(std::string const& file) { return OpenHandle(file, OpenBrwsList(file.c_str()), CloseBrwsList); }
+
+// ---- The kinds ----
+
+// A kind of entries with its functions, all of which flush at once. The fields begin with the identifier.
+struct Kind {
+  BrowseKind kind;
+  std::vector<Field> fields;
+  std::size_t owner;  // place of the field that names the owner
+  std::shared_ptr<void> (*make)();
+  int (*get)(void* list, unsigned long index, void* record);
+  int (*add)(void* list, void const* record, bool maxPlusOne, unsigned long* id);
+  int (*edit)(void* list, void const* record);
+  int (*remove)(void* list, long id, bool flush);
+};
+
+template <class Record, auto GetOne, auto AddOne, auto EditOne>
+Kind MakeKind(BrowseKind kind, std::vector<Field> fields, std::size_t owner, int (*remove)(void*, long, bool)) {
+  return {kind,
+          std::move(fields),
+          owner,
+          [] { return std::shared_ptr<void>(std::make_shared<Record>()); },
+          [](void* list, unsigned long i, void* record) { return GetOne(list, i, static_cast<Record*>(record)); },
+          [](void* list, void const* record, bool maxPlusOne, unsigned long* id) {
+            return AddOne(list, static_cast<Record const*>(record), maxPlusOne, id, true);
+          },
+          [](void* list, void const* record) { return EditOne(list, static_cast<Record const*>(record), true); },
+          remove};
+}
+
+std::vector<Kind> Kinds() {
+  using G = BrwsGroupRec;
+  using C = BrwsComputerRec;
+  using U = BrwsNobreakRec;
+  constexpr FieldKind kList = FieldKind::kListText;
+  return {MakeKind<G, GetBrwsGroupByIndex, AddBrwsGroup, EditBrwsGroup>(
+              BrowseKind::kGroup,
+              {Number<&G::id>("id", ""), Text<&G::name>("name", "name", kList),
+               Number<&G::parent>("parent", "group that it belongs to, -1 for none", kHighestNumber, -1)},
+              2, RemoveBrwsGroup),
+          MakeKind<C, GetBrwsComputerByIndex, AddBrwsComputer, EditBrwsComputer>(
+              BrowseKind::kComputer,
+              {Number<&C::id>("id", ""), Text<&C::name>("name", "name", kList),
+               Text<&C::address>("address", "network address", kList),
+               Number<&C::group>("group", "group that it belongs to, -1 for none", kHighestNumber, -1)},
+              3, RemoveBrwsComputer),
+          MakeKind<U, GetBrwsNobreakByIndex, AddBrwsNobreak, EditBrwsNobreak>(
+              BrowseKind::kUps,
+              {Number<&U::id>("id", ""), Text<&U::name>("name", "name", kList),
+               Number<&U::computer>("computer", "computer that it is connected to, -1 for none", kHighestNumber, -1),
+               Number<&U::number>("number", "number of the unit there")},
+              2, RemoveBrwsNobreak)};
+}
+
+// ---- The tree ----
+
+std::string IndentedName(BrowseRow const& row) {
+  // Hand-made chains of groups may be as deep as the file is long.
+  constexpr std::size_t kDeepest = 20;
+  std::string const deep = row.depth > kDeepest ? "(" + std::to_string(row.depth) + ") " : "";
+  return std::string(2 * std::min(row.depth, kDeepest), ' ') + deep + row.entry->name;
+}
+
+void PrintRows(std::vector<BrowseRow> const& rows, bool reasons, Terminal const& terminal) {
+  std::vector<std::vector<std::string>> table = {{"NAME", "KIND", "ID", "ADDRESS", "NUMBER"}};
+  if (reasons) table[0].emplace_back("REASON");
+  table.reserve(rows.size() + 1);
+  for (BrowseRow const& row : rows) {
+    BrowseEntry const& entry = *row.entry;
+    table.push_back({IndentedName(row), NameOf(entry.kind), std::to_string(entry.id), entry.address,
+                     entry.kind == BrowseKind::kUps ? std::to_string(entry.number) : ""});
+    if (reasons) table.back().push_back(row.reason);
+  }
+  terminal.PrintTable(table);
+}
+
+Json RowsJson(std::vector<BrowseRow> const& rows, bool reasons) {
+  Json list = Json::array();
+  for (BrowseRow const& row : rows) {
+    BrowseEntry const& entry = *row.entry;
+    Json members = {{"depth", row.depth}, {"kind", NameOf(entry.kind)}, {"id", entry.id}, {"name", ToUtf8(entry.name)}};
+    if (entry.kind != BrowseKind::kGroup) members["address"] = ToUtf8(entry.address);
+    if (entry.kind == BrowseKind::kUps) members["number"] = entry.number;
+    members["owner"] = entry.owner;
+    if (reasons) members["reason"] = row.reason.empty() ? Json() : Json(row.reason);
+    list.push_back(std::move(members));
+  }
+  return list;
+}
+
+void PrintTreeJson(std::string const& file, long date, BrowseTree const& tree, Terminal const& terminal) {
+  Json invalid = Json::array();
+  for (BrowseFault const& fault : tree.faults)
+    invalid.push_back({{"kind", NameOf(fault.kind)},
+                       {"key", ToUtf8(fault.key)},
+                       {"value", ToUtf8(fault.value)},
+                       {"reason", fault.reason}});
+  terminal.PrintJson({{"file", ToUtf8(file)},
+                      {"changed", date},
+                      {"tree", RowsJson(tree.rows, false)},
+                      {"orphans", RowsJson(tree.orphans, true)},
+                      {"invalid", std::move(invalid)}});
+}
+
+void ShowTree(Arguments const& arguments, Terminal const& terminal) {
+  std::string const file = arguments.File();
+  NoteState(file, "the list is empty", terminal);
+  Handle const list = Open(file);
+  BrowseTree const tree(list.get(), file);
+  long const date = GetBrwsFileDate(list.get());
+  if (terminal.json) return PrintTreeJson(file, date, tree, terminal);
+  if (date != 0) std::cout << "Changed " << DateTimeToStr("yyyy-mm-dd hh:nn:ss", date) << '\n';
+  PrintRows(tree.rows, false, terminal);
+  if (!tree.orphans.empty()) {
+    std::cout << "\nOrphans, each with what is below it:\n";
+    PrintRows(tree.orphans, true, terminal);
+  }
+  if (tree.faults.empty()) return;
+  std::cout << "\nInvalid entries:\n";
+  std::vector<std::vector<std::string>> table = {{"SECTION", "KEY", "VALUE", "REASON"}};
+  for (BrowseFault const& fault : tree.faults)
+    table.push_back({SectionOf(fault.kind), fault.key, fault.value, fault.reason});
+  terminal.PrintTable(table);
+}
+
+// ---- Changes ----
+
+void Put(Field const& field, void* record, std::string const& argument, Terminal const& terminal) {
+  std::string const value = CheckedArgument(field, argument, terminal);
+  std::string const name = field.name;
+  if (value.empty()) throw WrongUsage(name + ": must not be empty");
+  if (value.find('\r') != std::string::npos)
+    throw WrongUsage(name + ": a carriage return cannot stand in a line of the file");
+  field.put(record, value);
+}
+
+// The library would store the owner unseen, or -1 instead.
+void RequireOwner(Kind const& kind, void const* record, BrowseTree const& tree, std::string const& file) {
+  Field const& field = kind.fields[kind.owner];
+  auto const owner = static_cast<std::int32_t>(std::stol(field.get(record)));
+  auto const id = static_cast<std::int32_t>(std::stol(kind.fields[0].get(record)));
+  if (owner >= 0 && tree.Find(OwnerKind(kind.kind), owner) == nullptr)
+    throw Failed(std::string(field.name) + ": " + file + " has no " + NameOf(OwnerKind(kind.kind)) + " " +
+                 std::to_string(owner));
+  if (kind.kind == BrowseKind::kGroup && id >= 0 && tree.IsWithin(owner, id))
+    throw Failed(std::string(field.name) + ": group " + std::to_string(owner) + " is group " + std::to_string(id) +
+                 " itself or below it");
+}
+
+void Add(Kind const& kind, Arguments const& arguments, Terminal const& terminal) {
+  std::string const file = arguments.File();
+  std::shared_ptr<void> const record = kind.make();
+  kind.fields[0].put(record.get(), "-1");
+  kind.fields[kind.owner].put(record.get(), "-1");
+  for (std::size_t i = 0; i < arguments.items.size(); i++)
+    Put(kind.fields[i + 1], record.get(), arguments.items[i], terminal);
+  RequireWholeLoad(file, arguments.force);
+  Handle const list = Open(file);
+  RequireOwner(kind, record.get(), BrowseTree(list.get(), file), file);
+  unsigned long id = 0;
+  if (kind.add(list.get(), record.get(), !arguments.smallest, &id) == 0) throw Failed(file + ": cannot be written");
+  kind.fields[0].put(record.get(), std::to_string(id));
+  if (terminal.json)
+    PrintRecord(kind.fields, record.get(), terminal);
+  else
+    std::cout << id << '\n';
+}
+
+std::size_t FieldPlace(Kind const& kind, std::string const& name) {
+  std::string names;
+  for (std::size_t i = 1; i < kind.fields.size(); i++) {
+    if (name == kind.fields[i].name) return i;
+    names.append(i == 1 ? "" : ", ").append(kind.fields[i].name);
+  }
+  throw WrongUsage("no field \"" + name + "\"; those of a " + NameOf(kind.kind) + " are " + names);
+}
+
+// The fields that `items` name, with their new values, into the record.
+std::vector<bool> PutItems(Kind const& kind, void* record, std::vector<std::string> const& items,
+                           Terminal const& terminal) {
+  std::vector<bool> given(kind.fields.size());
+  for (std::string const& item : items) {
+    std::size_t const equals = item.find('=');
+    if (equals == std::string::npos) throw WrongUsage("\"" + item + "\": FIELD=VALUE is wanted");
+    std::string const name = item.substr(0, equals);
+    std::size_t const place = FieldPlace(kind, name);
+    if (given[place]) throw WrongUsage(name + ": given twice");
+    given[place] = true;
+    Put(kind.fields[place], record, item.substr(equals + 1), terminal);
+  }
+  return given;
+}
+
+std::int32_t IdArgument(Arguments const& arguments) {
+  return static_cast<std::int32_t>(NumberArgument("ID", arguments.id, 0, kHighestNumber));
+}
+
+// The save writes every field, also one that the file holds in a form that a record cannot.
+void RequireSavable(Kind const& kind, void const* record, BrowseEntry const& entry, std::vector<bool> const& given) {
+  for (std::size_t i = 1; i < kind.fields.size(); i++) {
+    Field const& field = kind.fields[i];
+    std::string const name = field.name;
+    std::string const value = name == "name" ? entry.name : name == "address" ? entry.address : field.get(record);
+    std::string const fault = given[i] ? "" : FieldFault(field, value);
+    if (!fault.empty())
+      throw Failed(std::string(field.name) + ": the file holds a value that cannot be saved again (" + fault +
+                   "); set this field too");
+  }
+}
+
+void Edit(Kind const& kind, Arguments const& arguments, Terminal const& terminal) {
+  std::string const file = arguments.File();
+  std::int32_t const id = IdArgument(arguments);
+  PutItems(kind, kind.make().get(), arguments.items, terminal);  // refused before any file is looked at
+  RequireWholeLoad(file, arguments.force);
+  Handle const list = Open(file);
+  BrowseTree const tree(list.get(), file);
+  BrowseEntry const* const entry = tree.Find(kind.kind, id);
+  if (entry == nullptr) throw Failed(file + ": no " + NameOf(kind.kind) + " " + std::to_string(id));
+  std::shared_ptr<void> const record = kind.make();
+  kind.get(list.get(), entry->index, record.get());
+  std::vector<bool> const given = PutItems(kind, record.get(), arguments.items, terminal);
+  RequireSavable(kind, record.get(), *entry, given);
+  if (kind.kind == BrowseKind::kUps && kind.fields[kind.owner].get(record.get()) == "-1")
+    throw Failed("computer: a UPS unit that is changed must have one");
+  if (given[kind.owner] || kind.kind == BrowseKind::kUps) RequireOwner(kind, record.get(), tree, file);
+  if (kind.edit(list.get(), record.get()) == 0) throw Failed(file + ": cannot be written");
+  if (terminal.json) PrintRecord(kind.fields, record.get(), terminal);
+}
+
+void Remove(Kind const& kind, Arguments const& arguments, Terminal const& terminal) {
+  std::string const file = arguments.File();
+  std::int32_t const id = IdArgument(arguments);
+  RequireWholeLoad(file, arguments.force);
+  if (!HasKey(file, SectionOf(kind.kind), std::to_string(id)))
+    throw Failed(file + ": no " + NameOf(kind.kind) + " " + std::to_string(id));
+  Handle const list = Open(file);
+  unsigned long (*const counts[])(void*) = {GetBrwsGroupsCount, GetBrwsComputersCount, GetBrwsNobreaksCount};
+  unsigned long gone[3];
+  for (std::size_t i = 0; i < 3; i++) gone[i] = counts[i](list.get());
+  if (kind.remove(list.get(), id, true) == 0) throw Failed(file + ": cannot be written");
+  for (std::size_t i = 0; i < 3; i++) gone[i] -= counts[i](list.get());
+  if (terminal.json)
+    terminal.PrintJson({{"groups", gone[0]}, {"computers", gone[1]}, {"ups", gone[2]}});
+  else
+    std::cout << "removed: " << Counted(gone[0], "group") << ", " << Counted(gone[1], "computer") << ", "
+              << Counted(gone[2], "UPS unit") << '\n';
+}
+
+// ---- The command line ----
+
+struct Change {
+  char const* name;
+  char const* description;
+  void (*act)(Kind const&, Arguments const&, Terminal const&);
+};
+
+CLI::App* AddChange(CLI::App* command, Terminal& terminal, Change const& change, Kind const& kind) {
+  static char const* const kWhat[] = {"a group", "a computer", "a UPS unit"};
+  auto const arguments = std::make_shared<Arguments>();
+  std::string const what = kWhat[static_cast<std::size_t>(kind.kind)];
+  CLI::App* const added = AddCommand(command, terminal, NameOf(kind.kind), (change.description + what).c_str());
+  added->add_option("--file", arguments->file, "Another list than zelbrws.cfg of the installation root")
+      ->type_name("FILE");
+  AddForce(added, arguments->force);
+  added->callback([arguments, kind, act = change.act, &terminal] { act(kind, *arguments, terminal); });
+  std::string fields = "Fields:\n";
+  for (std::size_t i = 1; i < kind.fields.size(); i++)
+    fields += "  " + FillRight(kind.fields[i].name, 12, ' ') + FillRight(Limits(kind.fields[i]), 34, ' ') +
+              kind.fields[i].meaning + "\n";
+  if (change.act == Add) {
+    static char const* const kWords[] = {"NAME [PARENT]", "NAME ADDRESS [GROUP]", "NAME [COMPUTER [NUMBER]]"};
+    int const least = kind.kind == BrowseKind::kComputer ? 2 : 1;
+    added->add_option(kWords[static_cast<std::size_t>(kind.kind)], arguments->items, "The new entry")
+        ->required()
+        ->expected(least, static_cast<int>(kind.fields.size()) - 1)
+        ->type_name("");
+    added->add_flag("--smallest", arguments->smallest, "Take the smallest free identifier, not the largest plus one");
+    added->footer(fields + "Prints the identifier.");
+    return added;
+  }
+  added->add_option("ID", arguments->id, "Identifier, as `zelctl browse tree` shows it")->required()->type_name("");
+  if (change.act == Edit) {
+    added->add_option("FIELD=VALUE", arguments->items, "Fields with their new values")->required()->type_name("");
+    added->footer(fields);
+  }
+  return added;
+}
+
+}  // namespace
+
+void AddBrowse(CLI::App& app, Terminal& terminal) {
+  CLI::App* const family = app.add_subcommand("browse", "The groups, computers and UPS units of the network");
+  family->require_subcommand(1);
+  family->footer(
+      "  zelctl browse add group Office\n"
+      "  zelctl browse add computer mail 192.168.0.10 1\n"
+      "  zelctl browse edit computer 1 address=192.168.0.11\n"
+      "  zelctl browse remove group 1");
+  auto const arguments = std::make_shared<Arguments>();
+  CLI::App* const tree = AddCommand(family, terminal, "tree", "The network as a tree, with what does not fit into it");
+  char const* const otherList = "Another list than zelbrws.cfg of the installation root";
+  tree->add_option("FILE", arguments->file, otherList)
+      ->type_name("")
+      ->excludes(tree->add_option("--file", arguments->file, "The same")->type_name("FILE"));
+  tree->callback([arguments, &terminal] { ShowTree(*arguments, terminal); });
+  Change const changes[] = {{"add", "Add ", Add},
+                            {"edit", "Change fields of ", Edit},
+                            {"remove", "Remove, with everything below it, ", Remove}};
+  std::vector<Kind> const kinds = Kinds();
+  for (Change const& change : changes) {
+    CLI::App* const command = family->add_subcommand(change.name, std::string(change.description) + "an entry");
+    command->require_subcommand(1);
+    for (Kind const& kind : kinds) AddChange(command, terminal, change, kind);
+  }
+}

@@ -1,0 +1,253 @@
+// zelctl cfg: any configuration file, as the engine reads and writes it.
+#include <CLI/CLI.hpp>
+#include <iostream>
+#include <memory>
+
+#include "commands/families.h"
+#include "files/format.h"
+#include "records/lint.h"
+#include "terminal/latin1.h"
+#include "terminal/terminal.h"
+#include "zelvane/config/cfgclass.h"
+
+namespace {
+
+struct Arguments {
+  std::string file;
+  std::string section;
+  std::string key;
+  std::string value;
+  bool hasSection = false;
+  bool hasKey = false;
+  bool keepSpelling = false;
+  bool force = false;
+};
+
+// The unnamed section as a header line would have it.
+std::string Header(std::string const& section) { return "[" + (section.empty() ? " " : section) + "]"; }
+
+std::string NameOf(Arguments const& arguments) {
+  return Header(arguments.section) + (arguments.hasKey ? " " + arguments.key : "");
+}
+
+// What was typed, in the files' encoding.
+Arguments Converted(Arguments arguments, Terminal const& terminal) {
+  arguments.section = terminal.FromArgument("SECTION", arguments.section);
+  arguments.key = terminal.FromArgument("KEY", arguments.key);
+  arguments.value = terminal.FromArgument("VALUE", arguments.value);
+  return arguments;
+}
+
+void OpenToRead(CfgClass& cfg, std::string const& file, Terminal const& terminal) {
+  FileState const state = InspectFile(file);
+  if (!state.exists) throw Failed(file + ": no such file");
+  if (state.badLine != 0) terminal.Note(StoppedAt(file, state.badLine));
+  if (!cfg.OpenReadOnly(file)) throw Failed(file + ": cannot be read");
+}
+
+std::unique_ptr<CfgClass> OpenToWrite(Arguments const& arguments) {
+  std::string const& file = arguments.file;
+  if (!InspectFile(file).exists) throw Failed(file + ": no such file");
+  RequireWholeLoad(file, arguments.force);
+  std::unique_ptr<CfgClass> cfg = arguments.keepSpelling ? std::unique_ptr<CfgClass>(std::make_unique<RegCfgClass>())
+                                                         : std::make_unique<CfgClass>();
+  if (!cfg->Open(file)) throw Failed(file + ": cannot be read");
+  return cfg;
+}
+
+Json KeyJson(Arguments const& arguments) {
+  Json json = {{"section", ToUtf8(arguments.section)}};
+  if (arguments.hasKey) json["key"] = ToUtf8(arguments.key);
+  return json;
+}
+
+void List(Arguments const& arguments, Terminal const& terminal) {
+  CfgClass cfg;
+  OpenToRead(cfg, arguments.file, terminal);
+  std::vector<std::string> sections;
+  if (arguments.hasSection) {
+    if (!cfg.SectionExists(arguments.section))
+      throw Failed(arguments.file + ": no section " + terminal.Shown(Header(arguments.section)));
+    sections.push_back(arguments.section);
+  } else {
+    for (unsigned long i = 0; i < cfg.GetSectionCount(); i++) sections.push_back(cfg.GetSectionName(i));
+  }
+
+  Json json = Json::object();
+  std::vector<std::vector<std::string>> rows = {{"SECTION", "KEY", "VALUE"}};
+  for (std::string const& section : sections) {
+    Json& members = json[ToUtf8(section)] = Json::object();
+    unsigned long const count = cfg.GetKeyCount(section);
+    if (count == 0) rows.push_back({Header(section)});
+    for (unsigned long i = 0; i < count; i++) {
+      std::string const key = cfg.GetKeyName(section, i);
+      std::string const value = cfg.ReadStr(section, i, "");
+      bool const hide = IsPasswordKey(key) && !value.empty() && !terminal.showPasswords;
+      members[ToUtf8(key)] = hide ? Json() : Json(ToUtf8(value));
+      rows.push_back({Header(section), key, hide ? kHiddenPassword : value});
+    }
+  }
+  terminal.json ? terminal.PrintJson(json) : terminal.PrintTable(rows);
+}
+
+void Get(Arguments const& arguments, Terminal const& terminal) {
+  if (IsPasswordKey(arguments.key) && !terminal.showPasswords)
+    throw WrongUsage(terminal.Shown(arguments.key) + " holds a password: --show-password prints it");
+  CfgClass cfg;
+  OpenToRead(cfg, arguments.file, terminal);
+  if (!cfg.KeyExists(arguments.section, arguments.key))
+    throw Failed(arguments.file + ": no key " + terminal.Shown(NameOf(arguments)));
+  std::string const value = cfg.ReadStr(arguments.section, arguments.key, "");
+  if (!terminal.json) return terminal.PrintText(value);
+  Json json = KeyJson(arguments);
+  json["value"] = ToUtf8(value);
+  terminal.PrintJson(json);
+}
+
+void RefuseFault(char const* name, std::string const& fault) {
+  if (!fault.empty()) throw WrongUsage(std::string(name) + ": " + fault);
+}
+
+void Set(Arguments const& arguments, Terminal const& terminal) {
+  RefuseFault("SECTION", SectionFault(arguments.section));
+  RefuseFault("KEY", KeyFault(arguments.key));
+  RefuseFault("VALUE", ValueFault(arguments.value));
+  std::unique_ptr<CfgClass> const cfg = OpenToWrite(arguments);
+  if (!cfg->WriteStr(arguments.section, arguments.key, arguments.value))
+    throw Failed(arguments.file + ": cannot be written");
+  if (!terminal.json) return;
+  Json json = KeyJson(arguments);
+  json["value"] = IsPasswordKey(arguments.key) && !terminal.showPasswords ? Json() : Json(ToUtf8(arguments.value));
+  terminal.PrintJson(json);
+}
+
+bool Exists(CfgClass& cfg, Arguments const& arguments) {
+  return arguments.hasKey ? cfg.KeyExists(arguments.section, arguments.key) : cfg.SectionExists(arguments.section);
+}
+
+void Unset(Arguments const& arguments, Terminal const& terminal) {
+  std::unique_ptr<CfgClass> const cfg = OpenToWrite(arguments);
+  std::string const name = terminal.Shown(NameOf(arguments));
+  if (!Exists(*cfg, arguments)) throw Failed(arguments.file + ": no " + name);
+  bool const done =
+      arguments.hasKey ? cfg->DeleteKey(arguments.section, arguments.key) : cfg->EraseSection(arguments.section);
+  if (!done) throw Failed(arguments.file + ": cannot be written");
+  // A line that repeated the removed one is read from now on.
+  if (cfg->Open(arguments.file) && Exists(*cfg, arguments))
+    throw Failed(arguments.file + ": removed, but a line that repeats " + name + " counts now; run the command again");
+  if (terminal.json) terminal.PrintJson(KeyJson(arguments));
+}
+
+void ReportLint(Arguments const& arguments, Terminal& terminal) {
+  std::vector<Finding> const findings = Lint(arguments.file, terminal.showPasswords);
+  Json json = Json::array();
+  for (Finding const& finding : findings) {
+    if (terminal.json)
+      json.push_back({{"file", arguments.file},
+                      {"line", finding.line},
+                      {"kind", finding.kind},
+                      {"message", ToUtf8(finding.message)}});
+    else
+      std::cout << arguments.file << ':' << finding.line << ": " << terminal.Shown(finding.message) << '\n';
+  }
+  if (terminal.json) terminal.PrintJson(json);
+  terminal.status = findings.empty() ? 0 : 1;
+}
+
+using Act = void (*)(Arguments const& arguments, Terminal const& terminal);
+
+struct Command {
+  char const* name;
+  char const* description;
+  Act act;
+  char const* footer;
+};
+
+// The commands on FILE, SECTION, KEY and VALUE; which of them each takes is told below.
+CLI::App* Add(CLI::App* family, Terminal& terminal, Command const& command,
+              std::shared_ptr<Arguments> const& arguments) {
+  CLI::App* const added = AddCommand(family, terminal, command.name, command.description);
+  added->add_option("FILE", arguments->file, "The configuration file")->required()->type_name("");
+  added->footer(command.footer);
+  added->callback([arguments, act = command.act, added, &terminal] {
+    auto const given = [added](char const* name) {
+      CLI::Option const* const option = added->get_option_no_throw(name);
+      return option != nullptr && option->count() > 0;
+    };
+    arguments->hasSection = given("SECTION");
+    arguments->hasKey = given("KEY");
+    act(Converted(*arguments, terminal), terminal);
+  });
+  return added;
+}
+
+CLI::Option* AddName(CLI::App* command, char const* name, std::string& target, char const* description) {
+  return command->add_option(name, target, description)->type_name("");
+}
+
+char const kSectionHelp[] = "Section; \"\" for the keys above the first header";
+
+void AddReaders(CLI::App* family, Terminal& terminal) {
+  auto const arguments = std::make_shared<Arguments>();
+  CLI::App* const list = Add(family, terminal,
+                             {"list", "List sections and keys with their values as the programs read them", List,
+                              "Names come in upper case and in ascending order, as the programs see them."},
+                             arguments);
+  AddName(list, "SECTION", arguments->section, "Only this section; \"\" for the keys above the first header");
+  AddShowPassword(list, terminal);
+
+  CLI::App* const get =
+      Add(family, terminal, {"get", "Print one value", Get, "Exit code 1 when there is no such key."}, arguments);
+  AddName(get, "SECTION", arguments->section, kSectionHelp)->required();
+  AddName(get, "KEY", arguments->key, "Key; case does not matter")->required();
+  AddShowPassword(get, terminal);
+}
+
+void AddWriters(CLI::App* family, Terminal& terminal) {
+  auto const arguments = std::make_shared<Arguments>();
+  CLI::App* const set =
+      Add(family, terminal,
+          {"set", "Write one value; only its own line changes", Set,
+           "What is missing is created: a key below the last one of its section, a section at the end of the file.\n"
+           "Names and values that would not come back (brackets, line feeds, blanks at either end) are refused.\n"
+           "Arguments that begin with \"-\" go behind \"--\": zelctl cfg set x.cfg UPS NAME -- -x"},
+          arguments);
+  AddName(set, "SECTION", arguments->section, kSectionHelp)->required();
+  AddName(set, "KEY", arguments->key, "Key")->required();
+  AddName(set, "VALUE", arguments->value, "Value; \"\" for none")->required();
+  set->add_flag("--reg", arguments->keepSpelling, "New names keep your spelling; without it they are upper-cased");
+  AddShowPassword(set, terminal);
+  AddForce(set, arguments->force);
+
+  CLI::App* const unset =
+      Add(family, terminal,
+          {"unset", "Remove a key, or a section with its keys", Unset,
+           "Comments stay, and so do lines that repeat a name. Exit code 1 when there is no such name."},
+          arguments);
+  AddName(unset, "SECTION", arguments->section, kSectionHelp)->required();
+  AddName(unset, "KEY", arguments->key, "Key; without it the whole section goes");
+  AddForce(unset, arguments->force);
+}
+
+}  // namespace
+
+void AddCfg(CLI::App& app, Terminal& terminal) {
+  CLI::App* const family = app.add_subcommand("cfg", "Any configuration file: list, get, set, unset, lint");
+  family->require_subcommand(1);
+  family->footer(
+      "  zelctl cfg list upscli.cfg POPUP\n"
+      "  zelctl cfg set upscli.cfg POPUP INTERVAL 30\n"
+      "  zelctl cfg lint upscli.cfg && echo clean");
+  AddReaders(family, terminal);
+  AddWriters(family, terminal);
+
+  auto const arguments = std::make_shared<Arguments>();
+  CLI::App* const lint = AddCommand(family, terminal, "lint", "Name the lines that are not read as they are meant");
+  lint->add_option("FILE", arguments->file, "The configuration file")->required()->type_name("");
+  AddShowPassword(lint, terminal);
+  lint->footer(
+      "Prints FILE:LINE: MESSAGE for the line that stops the parser, every line below it (the next save drops them),\n"
+      "keys that are never read because an earlier line has the same name, and headers that repeat an earlier one.\n"
+      "Exit code 1 when there is any, 0 and no output when there is none.");
+  lint->callback([arguments, &terminal] { ReportLint(*arguments, terminal); });
+}

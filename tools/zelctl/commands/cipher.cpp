@@ -1,0 +1,161 @@
+// zelctl cipher: files enciphered as the product's earlier generation did it.
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cstdint>
+#include <iostream>
+#include <map>
+
+#include "commands/families.h"
+#include "files/input.h"
+#include "files/output.h"
+#include "terminal/secret.h"
+#include "terminal/terminal.h"
+#include "zelvane/crypto/cipher.h"
+
+namespace {
+
+using Code = bool (CipherClass::*)(void const* in, void* out, long length);
+
+template <class Cipher>
+std::unique_ptr<CipherClass> Make() {
+  return std::make_unique<Cipher>();
+}
+
+std::map<std::string, std::unique_ptr<CipherClass> (*)()> const kAlgorithms = {
+    {"safer-sk64", Make<Cipher_Safer_SK64>},
+    {"safer-sk128", Make<Cipher_Safer>},
+    {"safer-k64", Make<Cipher_Safer_K64>},
+};
+
+std::map<std::string, CipherMode> const kModes = {{"chained", CIPHER_CHAINED}, {"code-book", CIPHER_CODE_BOOK}};
+
+struct Arguments {
+  std::string phraseFile;
+  std::string in;
+  std::string out;
+  std::string algorithm = "safer-sk64";
+  std::string mode = "chained";
+};
+
+// A bar on the error stream, if that is a terminal.
+class Progress {
+ public:
+  // `total` is 0 when it is not known.
+  explicit Progress(std::uint64_t total) : total_(total), shown_(isatty(STDERR_FILENO) == 1) {}
+  ~Progress() {
+    if (drawn_ >= 0) std::cerr << '\n';
+  }
+  Progress(Progress const&) = delete;
+  Progress& operator=(Progress const&) = delete;
+
+  void Advance(std::size_t bytes) {
+    done_ += bytes;
+    if (!shown_) return;
+    // A file may grow while it is read.
+    auto const step = static_cast<int>(total_ > 0 ? std::min<std::uint64_t>(done_ * 100 / total_, 100) : done_ >> 20);
+    if (step == drawn_) return;
+    drawn_ = step;
+    constexpr int kPercentPerMark = 2;
+    std::cerr << '\r';
+    if (total_ > 0) {
+      std::string bar(static_cast<std::size_t>(step / kPercentPerMark), '#');
+      bar.resize(100 / kPercentPerMark, '.');
+      std::cerr << '[' << bar << "] " << step << " %  ";
+    }
+    std::cerr << (done_ >> 20) << " MiB" << std::flush;
+  }
+
+  std::uint64_t Done() const { return done_; }
+
+ private:
+  std::uint64_t total_;
+  bool shown_;
+  std::uint64_t done_ = 0;
+  int drawn_ = -1;
+};
+
+std::unique_ptr<CipherClass> KeyedCipher(Arguments const& arguments) {
+  FileSecret const phrase(arguments.phraseFile, "phrase");
+  if (phrase.Size() == 0) throw Failed(arguments.phraseFile + ": no phrase there");
+  if (strlen(phrase.Text()) != phrase.Size()) throw Failed(arguments.phraseFile + ": a NUL byte would end the phrase");
+  Hash_RipeMD256 hash;
+  std::unique_ptr<CipherClass> cipher = kAlgorithms.at(arguments.algorithm)();
+  cipher->SetMode(kModes.at(arguments.mode));
+  cipher->SetHash(&hash);
+  if (!cipher->InitKey(phrase.Text(), nullptr)) throw Failed("the cipher cannot be keyed");
+  cipher->SetHash(nullptr);
+  return cipher;
+}
+
+void CodeFile(Arguments const& arguments, Code code, Terminal const& terminal) {
+  std::unique_ptr<CipherClass> const cipher = KeyedCipher(arguments);
+  Input in(arguments.in, arguments.in);
+  struct stat source = {};
+  if (fstat(in.Descriptor(), &source) != 0) throw FileFailed(arguments.in);
+  Output out(arguments.out, source);
+  std::uint64_t done = 0;
+  {
+    Progress progress(S_ISREG(source.st_mode) ? static_cast<std::uint64_t>(source.st_size) : 0);
+    // Whole blocks, so that only the last piece can have a rest.
+    char piece[65536];
+    for (std::size_t got = 0; (got = in.Fill(piece, sizeof piece)) > 0; progress.Advance(got)) {
+      if (!(*cipher.*code)(piece, piece, static_cast<long>(got))) throw Failed("the cipher refuses to work");
+      out.Write(piece, got);
+    }
+    done = progress.Done();
+  }
+  out.Keep();
+  if (done % 8 != 0 && arguments.mode == "code-book")
+    terminal.Note(arguments.out + ": the last " + std::to_string(done % 8) +
+                  " bytes are lost: a code book keeps whole blocks of 8 bytes only");
+  if (terminal.json) terminal.PrintJson({{"file", arguments.out}, {"bytes", done}});
+}
+
+template <class Map>
+std::vector<std::string> Names(Map const& map) {
+  std::vector<std::string> names;
+  names.reserve(map.size());
+  for (auto const& [name, unused] : map) names.push_back(name);
+  return names;
+}
+
+void AddDirection(CLI::App* family, Terminal& terminal, char const* name, char const* description, Code code) {
+  CLI::App* const command = AddCommand(family, terminal, name, description);
+  auto const arguments = std::make_shared<Arguments>();
+  command->add_option("IN", arguments->in, "The file that is read")->required()->type_name("");
+  command->add_option("OUT", arguments->out, "The file that is made, or replaced as a whole")
+      ->required()
+      ->type_name("");
+  command->add_option("--phrase-file", arguments->phraseFile, "The pass phrase is the first line of FILE")
+      ->required()
+      ->type_name("FILE");
+  auto const choice = [&](char const* option, std::string& target, char const* meaning, auto const& names) {
+    command->add_option(option, target, meaning)
+        ->type_name("NAME")
+        ->capture_default_str()
+        ->check(CLI::IsMember(Names(names)));
+  };
+  choice("--algorithm", arguments->algorithm, "Cipher and length of its key", kAlgorithms);
+  choice("--mode", arguments->mode, "How the blocks hang together", kModes);
+  command->callback([arguments, code, &terminal] { CodeFile(*arguments, code, terminal); });
+}
+
+}  // namespace
+
+void AddCipher(CLI::App& app, Terminal& terminal) {
+  CLI::App* const family =
+      app.add_subcommand("cipher", "Files enciphered as the earlier generation of the product did");
+  family->require_subcommand(1);
+  family->footer(
+      "For old files only: a key of 64 bits is no protection today. The key is the RIPEMD-256 of the pass phrase, "
+      "byte\n"
+      "for byte as the file has it (the old programs wrote Latin-1), without the end of its line. A wrong phrase is "
+      "not\n"
+      "noticed: the result is noise. OUT is as long as IN, and takes its place only when all of it is written.\n\n"
+      "  zelctl cipher decode --phrase-file phrase.txt old.dat plain.dat");
+  AddDirection(family, terminal, "encode", "Encipher a file", &CipherClass::EncodeBuffer);
+  AddDirection(family, terminal, "decode", "Decipher a file", &CipherClass::DecodeBuffer);
+}

@@ -1,0 +1,234 @@
+// zelctl digest: RIPEMD-256 of files, written and checked as the usual checksum tools do it.
+#include <CLI/CLI.hpp>
+#include <iostream>
+#include <optional>
+
+#include "commands/families.h"
+#include "files/input.h"
+#include "terminal/terminal.h"
+#include "zelvane/core/strutils.h"
+#include "zelvane/crypto/hash.h"
+
+namespace {
+
+struct Arguments {
+  std::vector<std::string> files = {"-"};
+  bool check = false;
+  bool ignoreMissing = false;
+  bool quiet = false;
+  bool status = false;
+  bool strict = false;
+  bool warn = false;
+};
+
+// From here on the length that a digest takes in is no longer the message's (Hash_MD4::Done).
+constexpr std::uint64_t kLongMessage = 512ULL * 1024 * 1024;
+constexpr std::size_t kHexDigits = 64;
+constexpr char kHex[] = "0123456789abcdef";
+
+constexpr char kEscaped[] = "\\\n\r";
+constexpr char kEscapes[] = "\\nr";
+
+// The name on one line.
+std::string Escaped(std::string const& name) {
+  std::string escaped;
+  for (char const c : name) {
+    char const* const special = c == '\0' ? nullptr : strchr(kEscaped, c);
+    if (special != nullptr)
+      escaped += {'\\', kEscapes[special - kEscaped]};
+    else
+      escaped += c;
+  }
+  return escaped;
+}
+
+// Nothing for a backslash that begins no escape.
+std::optional<std::string> Unescaped(std::string const& text) {
+  std::string name;
+  for (std::size_t i = 0; i < text.size(); i++) {
+    if (text[i] != '\\') {
+      name += text[i];
+      continue;
+    }
+    char const* const escape = ++i < text.size() ? strchr(kEscapes, text[i]) : nullptr;
+    if (escape == nullptr) return std::nullopt;
+    name += kEscaped[escape - kEscapes];
+  }
+  return name;
+}
+
+struct Digest {
+  std::string hex;
+  std::uint64_t length;
+};
+
+Input OpenInput(std::string const& file) { return file == "-" ? Input("standard input") : Input(file, Escaped(file)); }
+
+// Throws FileFailed.
+Digest DigestOf(std::string const& file) {
+  Input in = OpenInput(file);
+  Hash_RipeMD256 hash;
+  hash.Init();
+  Digest digest = {};
+  char piece[65536];
+  for (std::size_t got = 0; (got = in.Fill(piece, sizeof piece)) > 0; digest.length += got)
+    hash.Calc(piece, static_cast<long>(got));
+  hash.Done();
+  auto const* const bytes = static_cast<unsigned char const*>(hash.DigestKey());
+  for (long i = 0; i < hash.DigestKeySize(); i++) digest.hex += {kHex[bytes[i] >> 4], kHex[bytes[i] & 15]};
+  return digest;
+}
+
+void Print(Arguments const& arguments, Terminal& terminal) {
+  Json json = Json::array();
+  for (std::string const& file : arguments.files) {
+    try {
+      Digest const digest = DigestOf(file);
+      std::string const name = Escaped(file);
+      if (digest.length >= kLongMessage)
+        terminal.Note(name + ": of 512 MiB or more the digest is the product's own, not that of other programs");
+      json.push_back({{"file", file}, {"digest", digest.hex}});
+      if (!terminal.json) std::cout << (name == file ? "" : "\\") << digest.hex << "  " << name << '\n';
+    } catch (FileFailed const& failure) {
+      Complain(failure.what());
+      terminal.status = 1;
+    }
+  }
+  if (terminal.json) terminal.PrintJson(json);
+}
+
+// ---- Checking ----
+
+struct Entry {
+  std::string hex;
+  std::string file;
+};
+
+// The entry that a line of a list holds, if it has the form of one.
+std::optional<Entry> ParseEntry(std::string line) {
+  if (!line.empty() && line.back() == '\r') line.pop_back();
+  line.erase(0, line.find_first_not_of(" \t"));
+  bool const escaped = !line.empty() && line[0] == '\\';
+  if (escaped) line.erase(0, 1);
+  Entry entry = {LowerCase(line.substr(0, kHexDigits)), ""};
+  if (entry.hex.size() != kHexDigits || entry.hex.find_first_not_of(kHex) != std::string::npos) return std::nullopt;
+  if (line.size() < kHexDigits + 3 || (line[kHexDigits] != ' ' && line[kHexDigits] != '\t')) return std::nullopt;
+  // The asterisk: some tools mark files so that they read as binary ones.
+  if (line[kHexDigits + 1] != ' ' && line[kHexDigits + 1] != '*') return std::nullopt;
+  std::optional<std::string> const name =
+      escaped ? Unescaped(line.substr(kHexDigits + 2)) : line.substr(kHexDigits + 2);
+  if (!name) return std::nullopt;
+  entry.file = *name;
+  return entry;
+}
+
+// What came of the lines of a list.
+struct Tally {
+  long malformed = 0;
+  long unreadable = 0;
+  long mismatched = 0;
+  long matched = 0;
+  bool anyEntry = false;
+};
+
+// The word of the usual tools for a checked file; "" when nothing is to be said.
+std::string Verify(Entry const& entry, Arguments const& arguments, Tally& tally) {
+  try {
+    bool const matches = DigestOf(entry.file).hex == entry.hex;
+    ++(matches ? tally.matched : tally.mismatched);
+    if (matches) return arguments.quiet ? "" : "OK";
+    return "FAILED";
+  } catch (FileFailed const& failure) {
+    if (arguments.ignoreMissing && failure.reason == ENOENT) return "";
+    Complain(failure.what());
+    tally.unreadable++;
+    return "FAILED open or read";
+  }
+}
+
+void Warn(long count, char const* one, char const* many) {
+  if (count > 0) Complain("WARNING: " + std::to_string(count) + " " + (count == 1 ? one : many));
+}
+
+// Whether the list is what it should be, after the remarks on it as a whole.
+bool Conclude(Tally const& tally, std::string const& list, Arguments const& arguments) {
+  if (!tally.anyEntry) {
+    Complain(list + ": no properly formatted checksum lines found");
+    return false;
+  }
+  if (!arguments.status) {
+    Warn(tally.malformed, "line is improperly formatted", "lines are improperly formatted");
+    Warn(tally.unreadable, "listed file could not be read", "listed files could not be read");
+    Warn(tally.mismatched, "computed checksum did NOT match", "computed checksums did NOT match");
+  }
+  bool const idle = arguments.ignoreMissing && tally.matched == 0;
+  if (idle && !arguments.status) Complain(list + ": no file was verified");
+  return !idle && tally.unreadable + tally.mismatched == 0 && !(arguments.strict && tally.malformed > 0);
+}
+
+// Whether all is well with the list at `path`. Throws FileFailed when it cannot be read.
+bool CheckList(std::string const& path, Arguments const& arguments, Terminal const& terminal, Json& json) {
+  Input in = OpenInput(path);
+  std::string const list = path == "-" ? "standard input" : Escaped(path);
+  Tally tally;
+  std::string line;
+  for (long number = 1; in.Line(line); number++) {
+    if (line.empty() || line[0] == '#') continue;
+    std::optional<Entry> const entry = ParseEntry(line);
+    // A list that comes from standard input cannot name it.
+    if (!entry || (entry->file == "-" && path == "-")) {
+      tally.malformed++;
+      if (arguments.warn) Complain(list + ":" + std::to_string(number) + ": improperly formatted checksum line");
+      continue;
+    }
+    tally.anyEntry = true;
+    std::string const word = Verify(*entry, arguments, tally);
+    if (word.empty() || arguments.status) continue;
+    json.push_back({{"file", entry->file}, {"result", word}});
+    bool const manyLines = entry->file.find('\n') != std::string::npos;
+    if (!terminal.json) std::cout << (manyLines ? "\\" + Escaped(entry->file) : entry->file) << ": " << word << '\n';
+  }
+  return Conclude(tally, list, arguments);
+}
+
+void Check(Arguments const& arguments, Terminal& terminal) {
+  Json json = Json::array();
+  for (std::string const& list : arguments.files) {
+    try {
+      if (!CheckList(list, arguments, terminal, json)) terminal.status = 1;
+    } catch (FileFailed const& failure) {
+      Complain(failure.what());
+      terminal.status = 1;
+    }
+  }
+  if (terminal.json) terminal.PrintJson(json);
+}
+
+}  // namespace
+
+void AddDigest(CLI::App& app, Terminal& terminal) {
+  CLI::App* const command = AddCommand(&app, terminal, "digest", "Checksums of files (RIPEMD-256), and checking them");
+  auto const arguments = std::make_shared<Arguments>();
+  command->add_option("FILE", arguments->files, "Files; \"-\" or none: standard input")->type_name("");
+  CLI::Option* const check = command->add_flag("-c,--check", arguments->check, "FILE holds checksums: check them");
+  auto const add = [&](char const* name, bool& target, char const* description) {
+    command->add_flag(name, target, description)->needs(check);
+  };
+  add("--ignore-missing", arguments->ignoreMissing, "When checking: pass over files that do not exist");
+  add("--quiet", arguments->quiet, "When checking: no line for a file that is all right");
+  add("--status", arguments->status, "When checking: say nothing, the exit code tells");
+  add("--strict", arguments->strict, "When checking: exit 1 for a line of another form, too");
+  add("-w,--warn", arguments->warn, "When checking: name each line of another form");
+  command->footer(
+      "Works like the usual checksum tools: the digest, two blanks, the name, a line a file. A name with a line feed,\n"
+      "a carriage return or a backslash is escaped, and its line begins with a backslash. A file that cannot be read\n"
+      "is reported on the error stream, the others go on. Exit codes: 0 all is well, 1 something is not, 2 wrong "
+      "usage.\n"
+      "From 512 MiB on digests are the product's own: its programs have stored them, other programs do not agree.\n\n"
+      "  zelctl digest *.cfg > sums\n"
+      "  zelctl digest --check sums");
+  command->callback([arguments, &terminal] {
+    if (arguments->check) return Check(*arguments, terminal);
+    Print(*arguments, terminal);
+  });
+}

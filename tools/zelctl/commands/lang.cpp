@@ -1,0 +1,217 @@
+// zelctl lang: the texts of the programs in the users' languages, and this user's own wording of them.
+#include <CLI/CLI.hpp>
+#include <map>
+
+#include "commands/families.h"
+#include "files/format.h"
+#include "files/handle.h"
+#include "records/fields.h"
+#include "terminal/latin1.h"
+#include "zelvane/api/shutsrvconfig.h"
+#include "zelvane/config/cfgclass.h"
+#include "zelvane/config/paths.h"
+#include "zelvane/core/fileutils.h"
+#include "zelvane/core/strutils.h"
+#include "zelvane/lang/langclass.h"
+#include "zelvane/lang/language.h"
+
+namespace {
+
+constexpr char kLanguages[] = "LANG";
+
+struct Arguments {
+  std::string number;
+  std::string text;
+  std::string language;
+  std::string other;
+  bool force = false;
+};
+
+std::string SystemFile() { return GetZelvanePath() + "zellang.cfg"; }
+std::string UserFile() { return GetUserPath() + ".zellang.cfg"; }
+
+// The texts of one language in one file.
+struct Table : LangClass {
+  Table(std::string const& file, long lang) {
+    SetFileName(file);
+    known = LoadStrings(lang);
+  }
+  std::map<std::int32_t, std::string> const& Texts() const { return strings_; }
+
+  bool known;
+};
+
+long LanguageArgument(std::string const& name, std::string const& text) {
+  return static_cast<long>(NumberArgument(name, text, 0, kHighestNumber));
+}
+
+// The language that was asked for, or the user's.
+long Language(Arguments const& arguments) {
+  if (!arguments.language.empty()) return LanguageArgument("--lang", arguments.language);
+  CfgClass cfg;
+  // A missing file is the usual case: the default is the library's own.
+  ShutSrvConfig defaults;
+  GetShutSrvDefConfig(&defaults);
+  return cfg.OpenReadOnly(GetUserPath() + ".zelvane") ? cfg.ReadInt("ZELVANE", "LANGID", defaults.langId)
+                                                      : static_cast<long>(defaults.langId);
+}
+
+// ---- The languages ----
+
+struct Listed {
+  std::int32_t number;
+  std::string name;
+  std::int64_t texts;
+  std::int64_t own;  // in the user's file
+};
+
+// The number that a key or section is named by; -1 when it is none.
+long NumberOf(std::string const& name) {
+  long const number = StrToIntDef(name, -1);
+  return number >= 0 && IntToStr(number) == name ? number : -1;
+}
+
+void List(Arguments const&, Terminal& terminal) {
+  NoteState(SystemFile(), "there are no languages", terminal);
+  CfgClass system;
+  CfgClass user;
+  user.OpenReadOnly(UserFile());
+  std::map<long, std::string> names;
+  if (system.OpenReadOnly(SystemFile())) {
+    for (unsigned long i = 0; i < system.GetSectionCount(); i++) names[NumberOf(system.GetSectionName(i))];
+    for (unsigned long i = 0; i < system.GetKeyCount(kLanguages); i++)
+      names[NumberOf(system.GetKeyName(kLanguages, i))] = system.ReadStr(kLanguages, i, "");
+  }
+  names.erase(-1);
+  std::vector<Listed> languages;
+  for (auto const& [number, name] : names) {
+    std::string const section = IntToStr(number);
+    languages.push_back({static_cast<std::int32_t>(number), name,
+                         static_cast<std::int64_t>(system.GetKeyCount(section)),
+                         static_cast<std::int64_t>(user.GetKeyCount(section))});
+  }
+  PrintRecords({Number<&Listed::number>("number", ""), String<&Listed::name>("name"),
+                Number<&Listed::texts>("texts", ""), Number<&Listed::own>("own", "")},
+               languages, terminal);
+}
+
+// ---- One text ----
+
+Handle Open(long lang) {
+  return OpenHandle(SystemFile(), OpenLang(lang), [](void* tables) {
+    CloseLang(tables);
+    return 1;
+  });
+}
+
+long TextNumber(Arguments const& arguments) {
+  return static_cast<long>(NumberArgument("ID", arguments.number, 0, kHighestNumber));
+}
+
+Json TextJson(long number, long lang, void* tables) {
+  std::string const text = GetLangStr(tables, number);
+  std::string const installed = GetSystemLangStr(tables, number);
+  return {{"id", number}, {"language", lang}, {"text", ToUtf8(text)}, {"installed", ToUtf8(installed)}};
+}
+
+void Get(Arguments const& arguments, Terminal& terminal) {
+  long const number = TextNumber(arguments);
+  long const lang = Language(arguments);
+  Handle const tables = Open(lang);
+  std::string const text = GetLangStr(tables.get(), number);
+  if (text.empty())
+    throw Failed("language " + std::to_string(lang) + " has no text " + std::to_string(number) + " in " + UserFile() +
+                 " or " + SystemFile());
+  terminal.json ? terminal.PrintJson(TextJson(number, lang, tables.get())) : terminal.PrintText(text);
+}
+
+void Set(Arguments const& arguments, Terminal& terminal) {
+  long const number = TextNumber(arguments);
+  std::string const text = terminal.FromArgument("TEXT", arguments.text);
+  std::string const fault =
+      text.find('\r') == std::string::npos ? ValueFault(text) : "a carriage return cannot stand in a line of the file";
+  if (!fault.empty()) throw WrongUsage("TEXT: " + fault);
+  long const lang = Language(arguments);
+  RequireWholeLoad(UserFile(), arguments.force);
+  Handle const tables = Open(lang);
+  if (SetLangStr(tables.get(), number, text.c_str()) == 0)
+    throw Failed("cannot be written: " + UserFile() + ", " + SystemFile());
+  if (Table(UserFile(), lang).GetLangStr(number) != text)
+    terminal.Note(UserFile() + " cannot be written: the text stands in " + SystemFile());
+  if (terminal.json) terminal.PrintJson(TextJson(number, lang, tables.get()));
+}
+
+// ---- What is not there ----
+
+struct Finding {
+  std::int32_t id;
+  std::string finding;
+  std::int32_t language;
+  std::string text;
+};
+
+void Missing(Arguments const& arguments, Terminal& terminal) {
+  long const languages[] = {LanguageArgument("A", arguments.language), LanguageArgument("B", arguments.other)};
+  NoteState(SystemFile(), "there are no languages", terminal);
+  Table const installed[] = {{SystemFile(), languages[0]}, {SystemFile(), languages[1]}};
+  std::map<std::pair<std::int32_t, int>, Finding> findings;  // by number
+  for (int i = 0; i < 2; i++) {
+    if (!installed[i].known) throw Failed(SystemFile() + ": no texts of language " + std::to_string(languages[i]));
+    auto const lacking = static_cast<std::int32_t>(languages[1 - i]);
+    for (auto const& [id, text] : installed[i].Texts())
+      if (installed[1 - i].Texts().count(id) == 0) findings[{id, 1 - i}] = {id, "missing", lacking, text};
+  }
+  terminal.status = findings.empty() ? 0 : 1;
+  for (int i = 0; i < 2; i++) {
+    Table const own(UserFile(), languages[i]);
+    for (auto const& [id, text] : own.Texts())
+      if (!text.empty()) findings[{id, 2 + i}] = {id, "own", static_cast<std::int32_t>(languages[i]), text};
+  }
+  std::vector<Finding> rows;
+  rows.reserve(findings.size());
+  for (auto const& entry : findings) rows.push_back(entry.second);
+  PrintRecords({Number<&Finding::id>("id", ""), String<&Finding::finding>("finding"),
+                Number<&Finding::language>("language", ""), String<&Finding::text>("text")},
+               rows, terminal);
+}
+
+}  // namespace
+
+void AddLang(CLI::App& app, Terminal& terminal) {
+  CLI::App* const family = app.add_subcommand("lang", "The texts of the programs, and this user's own wording");
+  family->require_subcommand(1);
+  family->footer(
+      "The installed texts lie in zellang.cfg of the installation root, the user's own in ~/.zellang.cfg. Without\n"
+      "--lang the language is the user's (LANGID in ~/.zelvane).\n\n"
+      "  zelctl lang get 12\n"
+      "  zelctl lang set 12 'Ligar o no-break' --lang 2 --utf8\n"
+      "  zelctl lang missing 1 2 && echo complete");
+  auto const arguments = std::make_shared<Arguments>();
+  auto const add = [&](char const* name, char const* description, void (*act)(Arguments const&, Terminal&)) {
+    CLI::App* const command = AddCommand(family, terminal, name, description);
+    command->callback([arguments, act, &terminal] { act(*arguments, terminal); });
+    return command;
+  };
+  auto const word = [](CLI::App* command, char const* name, std::string& target, char const* description) {
+    command->add_option(name, target, description)->required()->type_name("");
+  };
+  add("list", "The languages, with how many texts are installed and how many are the user's own", List);
+
+  CLI::App* const get = add("get", "Print one text: the user's own, else the installed one", Get);
+  CLI::App* const set = add("set", "Give one text the user's own wording; \"\" brings the installed one back", Set);
+  for (CLI::App* const command : {get, set}) {
+    word(command, "ID", arguments->number, "Number of the text");
+    command->add_option("--lang", arguments->language, "Number of the language")->type_name("N");
+  }
+  word(set, "TEXT", arguments->text, "The text");
+  set->footer(
+      "Only where ~/.zellang.cfg cannot be written the text goes to the installed ones.\n"
+      "Arguments that begin with \"-\" go behind \"--\": zelctl lang set 12 -- -x");
+  AddForce(set, arguments->force);
+
+  CLI::App* const missing =
+      add("missing", "Texts that one of two languages lacks, and the user's own in both", Missing);
+  word(missing, "A", arguments->language, "Number of the one language");
+  word(missing, "B", arguments->other, "Number of the other");
+  missing->footer("A \"missing\" text is shown as the other language has it. Exit code 1 when one is missing.");
+}

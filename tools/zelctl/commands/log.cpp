@@ -1,0 +1,483 @@
+// zelctl log: what a record log holds, and what it says of the mains.
+#include <sys/stat.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <filesystem>
+#include <iostream>
+#include <limits>
+#include <memory>
+#include <optional>
+
+#include "commands/families.h"
+#include "files/input.h"
+#include "files/output.h"
+#include "files/recordlog.h"
+#include "records/fields.h"
+#include "terminal/chart.h"
+#include "terminal/listing.h"
+#include "terminal/moment.h"
+#include "terminal/terminal.h"
+#include "zelvane/core/datetime.h"
+#include "zelvane/logs/logclass.h"
+#include "zelvane/logs/logreader.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::int32_t kMostSeconds = std::numeric_limits<std::int32_t>::max();
+constexpr std::int64_t kLargestPayload = 4294967291;  // what LogClass takes
+constexpr std::int64_t kHighestCode = 65535;
+constexpr std::int64_t kHighestEndCode = 32767;  // the library takes end codes as signed
+// The last day that a span of the library can end with: the last second of the next one is no date-time any more.
+char const kLastDay[] = "2038-01-18";
+
+using Option = std::optional<std::string>;
+
+struct Arguments {
+  std::string file;
+  std::string out;
+  Option size;
+  Option code;
+  Option from;
+  Option to;
+  Option last;
+  Option start;
+  std::vector<std::string> ends;
+  Option by;
+  bool overwrite = false;
+};
+
+RecordLog OpenLog(Arguments const& arguments) {
+  auto const size = arguments.size ? NumberArgument("--size", *arguments.size, 0, kLargestPayload)
+                                   : static_cast<std::int64_t>(kEventSize);
+  return {arguments.file, static_cast<std::uint64_t>(size)};
+}
+
+std::optional<std::uint16_t> CodeArgument(char const* name, Option const& code) {
+  if (!code) return std::nullopt;
+  return static_cast<std::uint16_t>(NumberArgument(name, *code, 0, kHighestCode));
+}
+
+// Which records are meant. Without any of the options it is all of them, also those without a date-time.
+struct Choice {
+  std::optional<std::uint16_t> code;
+  bool dated = false;
+  std::int32_t first = 0;
+  std::int32_t last = kMostSeconds;
+
+  bool operator()(Record const& record) const {
+    if (code && record.Code() != code) return false;
+    return !dated || (record.stamp >= first && record.stamp <= last);
+  }
+};
+
+void RequireOrder(std::int32_t from, std::int32_t to) {
+  if (from > to) throw WrongUsage("--from must not be later than --to");
+}
+
+Choice ChoiceOf(Arguments const& arguments) {
+  Choice choice;
+  choice.code = CodeArgument("--code", arguments.code);
+  choice.dated = arguments.from || arguments.to;
+  if (arguments.from) choice.first = ParseMoment("--from", *arguments.from).first;
+  if (arguments.to) choice.last = ParseMoment("--to", *arguments.to).last;
+  RequireOrder(choice.first, choice.last);
+  return choice;
+}
+
+// ---- show ----
+
+void Show(Arguments const& arguments, Terminal& terminal) {
+  Choice const choice = ChoiceOf(arguments);
+  auto const last = arguments.last ? NumberArgument("--last", *arguments.last, 1, kHighestNumber) : kHighestNumber;
+  RecordLog const log = OpenLog(arguments);
+  // The records are read twice: the table must be as wide as its texts, and the last ones be known when they come.
+  constexpr std::size_t kWidest = 48;
+  std::uint64_t chosen = 0;
+  std::size_t width = 0;
+  log.ForEach([&](Record const& record) {
+    if (!choice(record)) return;
+    chosen++;
+    if (terminal.json || terminal.csv) return;
+    std::size_t const length = record.Text().size();
+    if (length <= kWidest) width = std::max(width, length);
+  });
+
+  std::uint64_t toSkip = chosen - std::min(chosen, static_cast<std::uint64_t>(last));
+  bool const inTable = !terminal.json && !terminal.csv;
+  Listing listing(terminal, {{"record", std::to_string(log.Count()).size()},
+                             {"dateTime", 0, false},
+                             {"time", 19},
+                             {"code", 5},
+                             {"text", width},
+                             {"payload", 0}});
+  std::vector<Json> cells(6);
+  log.ForEach([&](Record const& record) {
+    if (!choice(record) || (toSkip > 0 && toSkip-- > 0)) return;
+    std::optional<std::uint16_t> const code = record.Code();
+    std::string time = TimeText(record.stamp);
+    cells[0] = record.index;
+    cells[1] = record.stamp;
+    cells[2] = time.empty() ? Json() : Json(std::move(time));
+    cells[3] = code ? Json(*code) : Json();
+    cells[4] = record.Text();
+    cells[5] = record.Hex(!inTable);
+    listing.Row(cells);
+  });
+  listing.End();
+  log.NoteDamage(terminal);
+}
+
+// ---- count and time: the library's own statistics ----
+
+struct Days {
+  std::int32_t from;
+  std::int32_t to;
+};
+
+void NoteOddDay(char const* name, std::int32_t day, Terminal const& terminal) {
+  std::string const taken = DateTimeToStr("yyyy-mm-dd", day);
+  if (taken != DayText(day))
+    terminal.Note(std::string(name) + ": the programs and the count take " + DayText(day) + " for " + taken);
+}
+
+Days DaysOf(Arguments const& arguments, Terminal const& terminal) {
+  std::int32_t const latest = ParseDay("", kLastDay).first;
+  Days const days = {arguments.from ? ParseDay("--from", *arguments.from).first : 0,
+                     arguments.to ? ParseDay("--to", *arguments.to).first : latest};
+  if (days.to > latest) throw WrongUsage(std::string("--to: a day up to ") + kLastDay + " is wanted");
+  RequireOrder(days.from, days.to);
+  NoteOddDay("--from", days.from, terminal);
+  NoteOddDay("--to", days.to, terminal);
+  return days;
+}
+
+// The whole records, also those of a damaged file, which LogReaderOpen takes for empty.
+std::vector<unsigned char> Load(RecordLog const& log, Terminal const& terminal) {
+  std::vector<unsigned char> bytes;
+  bytes.reserve(static_cast<std::size_t>(log.Count() * log.RecordSize()));
+  log.ForEachBlock(
+      [&](unsigned char const* block, std::size_t size) { bytes.insert(bytes.end(), block, block + size); });
+  log.NoteDamage(terminal);
+  return bytes;
+}
+
+// For the library's statistics: the handle of an open log is a LogClass.
+std::unique_ptr<LogClass> HandleOf(std::vector<unsigned char>& bytes) {
+  auto log = std::make_unique<LogClass>();
+  if (!bytes.empty() && !log->SetBuffer(bytes.data(), static_cast<unsigned long>(bytes.size())))
+    throw Failed("the log is too big to be held in memory");
+  return log;
+}
+
+Json DayJson(Option const& given, std::int32_t day) { return given ? Json(DayText(day)) : Json(); }
+
+void Count(Arguments const& arguments, Terminal& terminal) {
+  std::uint16_t const code = *CodeArgument("--code", arguments.code);
+  Days const days = DaysOf(arguments, terminal);
+  std::vector<unsigned char> bytes = Load(OpenLog(arguments), terminal);
+  std::unique_ptr<LogClass> const log = HandleOf(bytes);
+  unsigned long const count = LogReaderCountEvents(log.get(), code, days.from, days.to);
+  if (!PrintMachineRow(terminal, {{"code", 0}, {"from", 0}, {"to", 0}, {"count", 0}},
+                       {code, DayJson(arguments.from, days.from), DayJson(arguments.to, days.to), count}))
+    terminal.PrintText(std::to_string(count));
+}
+
+std::string Clock(std::int64_t seconds) {
+  auto const twoDigits = [](std::int64_t n) { return (n < 10 ? "0" : "") + std::to_string(n); };
+  return std::to_string(seconds / kHourSeconds) + ":" + twoDigits(seconds / 60 % 60) + ":" + twoDigits(seconds % 60);
+}
+
+struct Condition {
+  std::uint16_t start;
+  std::vector<short> ends;
+  Days days;
+
+  std::int32_t Seconds(std::vector<unsigned char>& bytes) const {
+    std::unique_ptr<LogClass> const log = HandleOf(bytes);
+    return static_cast<std::int32_t>(LogReaderTimeEvents2(log.get(), static_cast<short>(start), ends.data(),
+                                                          static_cast<unsigned long>(ends.size()), days.from, days.to));
+  }
+
+  bool IsOwn(int code) const {
+    return code == start || std::find(ends.begin(), ends.end(), static_cast<short>(code)) != ends.end();
+  }
+
+  // The record that ends the library's scan must not begin the condition: the library would take its distance from the
+  // end of the span off the sum. As an event that has nothing to do with the condition it still ends the scan.
+  void Disarm(std::vector<unsigned char>& bytes, std::uint64_t recordSize) const {
+    std::int32_t const last = days.to + kDaySeconds - 1;
+    int neutral = 0;
+    while (IsOwn(neutral)) neutral++;
+    for (std::size_t at = 0; at < bytes.size(); at += static_cast<std::size_t>(recordSize)) {
+      Record const record = {0, StampOf(&bytes[at]), &bytes[at + kStampSize], kEventSize};
+      if (record.stamp < last) continue;
+      if (record.stamp > last && record.Code() == start) {
+        bytes[at + kStampSize] = static_cast<unsigned char>(neutral & 0xFF);
+        bytes[at + kStampSize + 1] = static_cast<unsigned char>(neutral >> 8);
+      }
+      return;
+    }
+  }
+};
+
+void Time(Arguments const& arguments, Terminal& terminal) {
+  Condition condition = {*CodeArgument("--start", arguments.start), {}, {}};
+  std::string list;
+  for (std::string const& end : arguments.ends) {
+    condition.ends.push_back(static_cast<short>(NumberArgument("--end", end, 0, kHighestEndCode)));
+    list += (list.empty() ? "" : ",") + std::to_string(condition.ends.back());
+  }
+  Days const days = condition.days = DaysOf(arguments, terminal);
+  RecordLog const log = OpenLog(arguments);
+  std::vector<unsigned char> bytes = Load(log, terminal);
+  std::int32_t const counted = condition.Seconds(bytes);
+  condition.Disarm(bytes, log.RecordSize());
+  std::int32_t const seconds = condition.Seconds(bytes);
+  if (seconds != counted)
+    terminal.Note("the programs say " + std::to_string(counted) +
+                  " s: the first record behind --to begins the condition anew, and they take that off");
+  Json const shownEnds = terminal.json ? Json(condition.ends) : Json(list);
+  if (!PrintMachineRow(
+          terminal, {{"start", 0}, {"end", 0}, {"from", 0}, {"to", 0}, {"seconds", 0}},
+          {condition.start, shownEnds, DayJson(arguments.from, days.from), DayJson(arguments.to, days.to), seconds}))
+    terminal.PrintText(std::to_string(seconds) + " s" + (seconds < 0 ? "" : " (" + Clock(seconds) + ")"));
+}
+
+// ---- chart ----
+
+void DrawChart(Arguments const& arguments, Terminal& terminal) {
+  Step step = Step::kAutomatic;
+  if (arguments.by) {
+    if (*arguments.by != "day" && *arguments.by != "hour") throw WrongUsage("--by: day or hour");
+    step = *arguments.by == "day" ? Step::kDay : Step::kHour;
+  }
+  Choice const choice = ChoiceOf(arguments);
+  RecordLog const log = OpenLog(arguments);
+  Chart chart;
+  std::uint64_t without = 0;
+  log.ForEach([&](Record const& record) {
+    if (!choice(record)) return;
+    std::optional<std::uint16_t> const code = record.Code();
+    if (!code || record.stamp < 0) {
+      without++;
+    } else {
+      chart.Add(*code, record.stamp, record.Text());
+    }
+  });
+  chart.Print(step, terminal);
+  if (without > 0)
+    terminal.Note(std::to_string(without) + " of the records lack a date-time or a code: not in the chart");
+  log.NoteDamage(terminal);
+}
+
+// ---- verify ----
+
+struct Fault {
+  char const* name;
+  char const* shown;
+  std::uint64_t count = 0;
+  std::uint64_t first = 0;
+
+  void Add(std::uint64_t index) {
+    if (count++ == 0) first = index;
+  }
+};
+
+// What is wrong with the date-times of a log.
+struct Inspection {
+  Fault outOfOrder = {"outOfOrder", "out of order"};
+  Fault inFuture = {"inFuture", "in the future"};
+  Fault withoutTime = {"withoutTime", "no date-time"};
+  std::int32_t first = -1;
+  std::int32_t last = -1;
+
+  explicit Inspection(RecordLog const& log) {
+    auto const now = static_cast<std::int32_t>(GetDateTime());
+    log.ForEach([&](Record const& record) {
+      if (record.index == 0) first = record.stamp;
+      if (record.index > 0 && record.stamp < last) outOfOrder.Add(record.index);
+      if (record.stamp > now) inFuture.Add(record.index);
+      if (record.stamp < 0) withoutTime.Add(record.index);
+      last = record.stamp;
+    });
+  }
+};
+
+// What stands beside a damaged log, or one whose cut was interrupted.
+void NoteCopies(RecordLog const& log, Terminal const& terminal) {
+  if (fs::exists(fs::symlink_status(log.Path() + ".bad")))
+    terminal.Note(log.Path() + ".bad holds what an earlier damaged file held");
+  if (fs::exists(fs::symlink_status(log.Path() + ".tmp")))
+    terminal.Note(log.Path() + ".tmp is the scratch file of a cut that was interrupted");
+}
+
+void Verify(Arguments const& arguments, Terminal& terminal) {
+  RecordLog const log = OpenLog(arguments);
+  Inspection const found(log);
+  auto const time = [](std::int32_t stamp) { return stamp < 0 ? Json() : Json(TimeText(stamp)); };
+  std::vector<Column> columns = {{"file", 0},  {"length", 0}, {"recordSize", 0}, {"records", 0},
+                                 {"first", 0}, {"last", 0},   {"tornBytes", 0}};
+  std::vector<Json> cells = {log.Path(),        log.Length(),     log.RecordSize(), log.Count(),
+                             time(found.first), time(found.last), log.Torn()};
+  std::string const span =
+      found.first < 0 || found.last < 0 ? "" : ", " + TimeText(found.first) + " to " + TimeText(found.last);
+  std::vector<std::vector<std::string>> rows = {
+      {"CHECK", "FOUND", ""},
+      {"length", std::to_string(log.Length()), "bytes"},
+      {"records", std::to_string(log.Count()), "of " + std::to_string(log.RecordSize()) + " bytes" + span},
+      {"torn tail", std::to_string(log.Torn()), log.Torn() == 0 ? "" : "bytes that are no whole record"}};
+  bool sound = log.Torn() == 0;
+  for (Fault const& fault : {found.outOfOrder, found.inFuture, found.withoutTime}) {
+    sound = sound && fault.count == 0;
+    columns.push_back({fault.name, 0});
+    cells.emplace_back(fault.count);
+    rows.push_back({fault.shown, std::to_string(fault.count),
+                    fault.count == 0 ? "" : "the first: record " + std::to_string(fault.first)});
+  }
+  if (!PrintMachineRow(terminal, columns, cells)) terminal.PrintTable(rows);
+  NoteCopies(log, terminal);
+  terminal.status = sound ? 0 : 1;
+}
+
+// ---- salvage ----
+
+void Salvage(Arguments const& arguments, Terminal& terminal) {
+  std::string const& out = arguments.out;
+  RecordLog const log = OpenLog(arguments);
+  std::error_code none;
+  if (fs::equivalent(log.Path(), out, none)) throw WrongUsage("OUT must not be FILE itself");
+  if (!arguments.overwrite && fs::symlink_status(out, none).type() != fs::file_type::not_found)
+    throw Failed(out + ": is there already; --overwrite replaces it");
+  struct stat source = {};
+  if (stat(log.Path().c_str(), &source) != 0) throw FileFailed(log.Path());
+  Output file(out, source);
+  log.ForEachBlock([&file](unsigned char const* bytes, std::size_t size) { file.Write(bytes, size); });
+  file.Keep();
+  if (!PrintMachineRow(terminal, {{"file", 0}, {"records", 0}, {"leftBytes", 0}}, {out, log.Count(), log.Torn()}))
+    terminal.PrintText(std::to_string(log.Count()) + " records saved, " + std::to_string(log.Torn()) +
+                       " bytes behind them left out");
+}
+
+// ---- The command line ----
+
+using Act = void (*)(Arguments const& arguments, Terminal& terminal);
+
+class Family {
+ public:
+  Family(CLI::App& app, Terminal& terminal)
+      : terminal_(terminal), family_(app.add_subcommand("log", "Record logs (*.rgt): look into them, count, save")) {}
+
+  CLI::App* Get() { return family_; }
+
+  CLI::App* Add(char const* name, char const* description, Act act, char const* footer) {
+    CLI::App* const command = AddCommand(family_, terminal_, name, description);
+    AddCsv(command, terminal_);
+    command->add_option("FILE", arguments_->file, "The log")->required()->type_name("");
+    command->footer(footer);
+    command->callback([arguments = arguments_, act, &terminal = terminal_] { act(*arguments, terminal); });
+    return command;
+  }
+
+  template <class Target>
+  CLI::Option* Value(CLI::App* command, char const* name, Target Arguments::*target, char const* type,
+                     char const* description) {
+    return command->add_option(name, (*arguments_).*target, description)->type_name(type);
+  }
+
+  void Size(CLI::App* command) {
+    Value(command, "--size", &Arguments::size, "N", "Bytes of payload behind each date-time, if not 64");
+  }
+
+  void Span(CLI::App* command, char const* type) {
+    Value(command, "--from", &Arguments::from, type, "Only from then on");
+    Value(command, "--to", &Arguments::to, type, "Only up to then");
+  }
+
+  void Overwrite(CLI::App* command) {
+    Value(command, "OUT", &Arguments::out, "", "Where the records go")->required();
+    command->add_flag("--overwrite", arguments_->overwrite, "Replace OUT if it is there");
+  }
+
+ private:
+  Terminal& terminal_;
+  CLI::App* family_;
+  std::shared_ptr<Arguments> arguments_ = std::make_shared<Arguments>();
+};
+
+char const kCalendarHelp[] =
+    "Whole days, both included; without them all of the log. Counted as the programs count, whose calendar takes a\n"
+    "29 February for 1 February, and the 31 December of a leap year for 1 January of that year.";
+
+void AddViews(Family& family) {
+  CLI::App* const show = family.Add(
+      "show", "The records: time, code, printable and hexadecimal payload", Show,
+      "CODE is the first two bytes of the payload, TEXT the rest, with \".\" for what does not print. Zeros at the "
+      "end\n"
+      "of a payload are left out of the table, and on a terminal what is wider than it. A day or a minute is meant "
+      "from\n"
+      "its first to its last second.");
+  family.Span(show, "TIME");
+  family.Value(show, "--code", &Arguments::code, "N", "Only records of this code");
+  family.Value(show, "--last", &Arguments::last, "N", "Only the last N of them");
+  family.Size(show);
+
+  CLI::App* const chart = family.Add("chart", "Bars of the events per day or hour, for each code", DrawChart,
+                                     "All bars have one scale, up to the width of the terminal. Days or hours without "
+                                     "an event stand between the others,\n"
+                                     "three and more of them as one line.");
+  family.Value(chart, "--by", &Arguments::by, "day|hour", "What a bar stands for; hours if all lies within three days");
+  family.Span(chart, "TIME");
+  family.Value(chart, "--code", &Arguments::code, "N", "Only this code");
+  family.Size(chart);
+}
+
+void AddStatistics(Family& family) {
+  CLI::App* const count = family.Add("count", "How often an event happened", Count, kCalendarHelp);
+  family.Value(count, "--code", &Arguments::code, "N", "Code of the event")->required();
+  family.Span(count, "DAY");
+
+  CLI::App* const time = family.Add(
+      "time", "How long a condition lasted: from events that begin it to events that end it", Time, kCalendarHelp);
+  family.Value(time, "--start", &Arguments::start, "N", "Code that begins it")->required();
+  family.Value(time, "--end", &Arguments::ends, "A,B", "Codes that end it")
+      ->required()
+      ->delimiter(',')
+      ->allow_extra_args(false);  // FILE may stand behind it
+  family.Span(time, "DAY");
+}
+
+void AddRescue(Family& family) {
+  CLI::App* const verify =
+      family.Add("verify", "Check the length and the order of the times", Verify,
+                 "Exit code 1 when bytes behind the last record are no whole one, or a record is stamped earlier than\n"
+                 "the one before it, later than now, or with no date-time at all.");
+  family.Size(verify);
+
+  CLI::App* const salvage =
+      family.Add("salvage", "Save the whole records of a damaged log, or of the scratch file of a cut", Salvage,
+                 "  zelctl log salvage logevt.rgt.bad saved.rgt\n"
+                 "  zelctl log salvage logevt.rgt.tmp saved.rgt");
+  family.Overwrite(salvage);
+  family.Size(salvage);
+}
+
+}  // namespace
+
+void AddLog(CLI::App& app, Terminal& terminal) {
+  Family family(app, terminal);
+  family.Get()->require_subcommand(1);
+  family.Get()->footer(
+      "Nothing but OUT of `salvage` is ever written. A damaged log, which the programs take for empty, is read as far\n"
+      "as its whole records go. Times are local, as the programs stamp them: 2005-03-07 10:06:40 or 07/03/2005 "
+      "10:06.\n\n"
+      "  zelctl log show logevt.rgt --last 20\n"
+      "  zelctl log chart logevt.rgt --from 2005-03-01 --to 2005-03-31\n"
+      "  zelctl log time logevt.rgt --start 1 --end 2,4 --from 2005-03-01 --to 2005-03-31");
+  AddViews(family);
+  AddOutages(family.Get(), terminal);
+  AddStatistics(family);
+  AddRescue(family);
+}

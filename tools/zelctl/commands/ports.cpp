@@ -1,0 +1,36 @@
+// zelctl ports: the serial ports that a UPS can be connected to.
+#include <CLI/CLI.hpp>
+
+#include "commands/families.h"
+#include "files/handle.h"
+#include "records/fields.h"
+#include "zelvane/api/serialports.h"
+
+namespace {
+
+struct Port {
+  unsigned char number;
+  std::string device;
+};
+
+void List(Terminal const& terminal) {
+  void* opened = nullptr;
+  OpenEnumSerialPorts(&opened);
+  Handle const found = OpenHandle("/dev/ttyS*", opened, CloseEnumSerialPorts);
+  std::vector<Port> ports;
+  Port port;
+  while (GetEnumSerialPorts(found.get(), static_cast<unsigned char>(ports.size()), &port.number) != 0) {
+    port.device = GetInternalDeviceName(port.number);
+    ports.push_back(port);
+  }
+  if (ports.empty()) terminal.Note("no serial port that this user may open tells the state of its lines");
+  PrintRecords({Number<&Port::number>("port", ""), String<&Port::device>("device")}, ports, terminal);
+}
+
+}  // namespace
+
+void AddPorts(CLI::App& app, Terminal& terminal) {
+  CLI::App* const command = AddCommand(&app, terminal, "ports", "The serial ports that a UPS can be connected to");
+  command->footer("Ports are counted from 1, as in commPort of `zelctl ups`: port 1 is /dev/ttyS0.");
+  command->callback([&terminal] { List(terminal); });
+}

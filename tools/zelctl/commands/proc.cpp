@@ -1,0 +1,216 @@
+// zelctl proc: the processes of this machine, and starting and ending them.
+#include <errno.h>
+#include <string.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+
+#include "commands/families.h"
+#include "commands/processes.h"
+#include "records/fields.h"
+#include "zelvane/core/fileutils.h"
+#include "zelvane/system/procsvc.h"
+
+namespace {
+
+struct Arguments {
+  std::string name;
+  std::string command;
+  std::string pid;
+  std::string level;
+  bool all = false;
+};
+
+constexpr char const* kLevels[] = {"low", "normal", "high", "highest"};
+
+char const* LevelName(int level) { return kLevels[std::clamp(level, 0, 3)]; }
+
+// Where the last column of a table begins, which is as wide as its other columns and two blanks behind each.
+std::size_t LastColumn(std::vector<std::vector<std::string>> const& rows) {
+  std::size_t at = 0;
+  for (std::size_t i = 0; i + 1 < rows[0].size(); i++) {
+    auto const widest = std::max_element(rows.begin(), rows.end(),
+                                         [i](auto const& a, auto const& b) { return a[i].size() < b[i].size(); });
+    at += (*widest)[i].size() + 2;
+  }
+  return at;
+}
+
+void Print(Processes processes, Terminal const& terminal) {
+  Json json = Json::array();
+  std::vector<std::vector<std::string>> rows = {{"PID", "PARENT", "PRIORITY", "NAME", "COMMAND"}};
+  for (ProcClass& process : processes) {
+    std::string const level = LevelName(process.GetPriority());
+    json.push_back({{"pid", process.GetPID()},
+                    {"parent", process.GetPPID()},
+                    {"priority", level},
+                    {"name", process.GetName()},
+                    {"command", process.GetFileName()}});
+    rows.push_back({std::to_string(process.GetPID()), std::to_string(process.GetPPID()), level, process.GetName(),
+                    process.GetFileName()});
+  }
+  if (terminal.json) return terminal.PrintJson(json);
+  // A command line may fill a page; `ps` cuts it there, too.
+  std::size_t const begin = LastColumn(rows);
+  std::size_t const columns = TerminalColumns();
+  if (columns > begin)
+    for (auto& row : rows) row.back().resize(std::min(row.back().size(), columns - begin));
+  terminal.PrintTable(rows);
+}
+
+void List(Arguments const&, Terminal const& terminal) { Print(AllProcesses(), terminal); }
+
+void Find(Arguments const& arguments, Terminal const& terminal) {
+  Processes const found = ProcessesNamed(arguments.name);
+  if (found.empty()) throw Failed(NobodyNamed(arguments.name));
+  Print(found, terminal);
+}
+
+// ---- Starting ----
+
+// The only child of this process; 0 when the system does not tell.
+pid_t OnlyChild() {
+  pid_t child = 0;
+  std::ifstream("/proc/thread-self/children") >> child;
+  return child;
+}
+
+// How a child that ends at once has ended, in words; "" when it runs or all is well.
+std::string EarlyFailure(pid_t child) {
+  constexpr int kLooks = 20;
+  constexpr unsigned long kPause = 10;  // milliseconds
+  int status = 0;
+  for (int i = 0; i < kLooks; i++) {
+    if (waitpid(child, &status, WNOHANG) != 0) break;
+    Delay(kPause);
+  }
+  if (WIFSIGNALED(status)) return "signal " + std::to_string(WTERMSIG(status));
+  return WEXITSTATUS(status) == 0 ? "" : "exit code " + std::to_string(WEXITSTATUS(status));
+}
+
+void Start(Arguments const& arguments, Terminal const& terminal) {
+  if (arguments.command.empty()) throw WrongUsage("COMMAND: must not be empty");
+  pid_t const self = getpid();
+  bool const started = CreateNewProc(arguments.command.c_str(), -1);
+  // The child itself comes back when there is no shell that takes the command.
+  if (getpid() != self) _exit(127);
+  if (!started) throw Failed("no process can be made");
+  pid_t const child = OnlyChild();
+  std::string const failure = child > 0 ? EarlyFailure(child) : "";
+  if (!failure.empty()) throw Failed("process " + std::to_string(child) + " has ended already, with " + failure);
+  if (terminal.json) return terminal.PrintJson({{"pid", child}, {"command", arguments.command}});
+  terminal.PrintText(child > 0 ? "started process " + std::to_string(child) : "started");
+}
+
+// ---- Killing ----
+
+// Those that are to be killed. Throws Failed when it is not clear which.
+Processes Victims(Arguments const& arguments) {
+  bool const one = !arguments.pid.empty();
+  std::int64_t const pid = one ? NumberArgument("--pid", arguments.pid, 1, kHighestNumber) : 0;
+  Processes victims = ProcessesNamed(arguments.name);
+  if (victims.empty()) throw Failed(NobodyNamed(arguments.name));
+  auto const other = [&](ProcClass& process) { return one && process.GetPID() != static_cast<unsigned long>(pid); };
+  victims.erase(std::remove_if(victims.begin(), victims.end(), other), victims.end());
+  if (victims.empty()) throw Failed("process " + arguments.pid + " is not named " + arguments.name);
+  auto const passed = [](ProcClass& process) { return IsSpared(process) || HasEnded(process); };
+  victims.erase(std::remove_if(victims.begin(), victims.end(), passed), victims.end());
+  if (victims.empty())
+    throw Failed("nothing killed: only process 1, zelctl itself or processes that have ended have that name");
+  if (victims.size() > 1 && !arguments.all)
+    throw Failed("nothing killed: several processes have that name: " + IdsOf(victims) +
+                 "; --pid chooses one, --all kills all of them");
+  return victims;
+}
+
+void Kill(Arguments const& arguments, Terminal const& terminal) {
+  Json json = Json::array();
+  Processes sent;
+  std::string fault;
+  for (ProcClass& victim : Victims(arguments)) {
+    if (victim.Kill()) {
+      sent.push_back(victim);
+      json.push_back({{"pid", victim.GetPID()}, {"name", victim.GetName()}});
+      if (!terminal.json) terminal.PrintText("sent SIGTERM and SIGKILL to " + Shown(victim));
+    } else {
+      fault += (fault.empty() ? "" : "; ") + Shown(victim) + ": " + strerror(GetOSLastError());
+    }
+  }
+  if (terminal.json) terminal.PrintJson(json);
+  for (ProcClass& left : WaitForEnd(sent)) fault += (fault.empty() ? "" : "; ") + Shown(left) + " is still there";
+  if (!fault.empty()) throw Failed(fault);
+}
+
+// ---- Priority ----
+
+int LevelArgument(std::string const& text) {
+  auto const found = std::find(std::begin(kLevels), std::end(kLevels), text);
+  if (found != std::end(kLevels)) return static_cast<int>(found - std::begin(kLevels));
+  if (text.size() == 1 && text[0] >= '0' && text[0] <= '3') return text[0] - '0';
+  throw WrongUsage("LEVEL: low, normal, high or highest, or 0 to 3");
+}
+
+void SetPriority(Arguments const& arguments, Terminal const& terminal) {
+  auto const pid = static_cast<unsigned long>(NumberArgument("PID", arguments.pid, 1, kHighestNumber));
+  int const level = LevelArgument(arguments.level);
+  ProcManager table;
+  ProcClass* const process = table.GetProcByPID(pid);
+  if (process == nullptr) throw Failed("no process " + arguments.pid);
+  char const* const before = LevelName(process->GetPriority());
+  if (!process->SetPriority(level)) throw Failed(Shown(*process) + ": " + strerror(GetOSLastError()));
+  if (terminal.json)
+    return terminal.PrintJson(
+        {{"pid", pid}, {"name", process->GetName()}, {"before", before}, {"now", LevelName(level)}});
+  terminal.PrintText(Shown(*process) + ": priority " + LevelName(level) + ", was " + before);
+}
+
+}  // namespace
+
+void AddProc(CLI::App& app, Terminal& terminal) {
+  CLI::App* const family = app.add_subcommand("proc", "The processes of this computer");
+  family->require_subcommand(1);
+  family->footer(
+      "A process bears the first 15 characters of its program's name. NAME may be a path; what follows its last \"/\"\n"
+      "counts, to the letter.\n\n"
+      "  zelctl proc find zelsrv\n"
+      "  zelctl proc kill zelsrv\n"
+      "  zelctl proc priority 4711 high");
+  auto const arguments = std::make_shared<Arguments>();
+  auto const add = [&](char const* name, char const* description, void (*act)(Arguments const&, Terminal const&),
+                       char const* footer) {
+    CLI::App* const command = AddCommand(family, terminal, name, description);
+    command->callback([arguments, act, &terminal] { act(*arguments, terminal); });
+    command->footer(footer);
+    return command;
+  };
+  auto const word = [](CLI::App* command, char const* name, std::string& target, char const* meaning) {
+    command->add_option(name, target, meaning)->required()->type_name("");
+  };
+  add("list", "All processes, as `ps` lists them", List, "Lines are cut at the width of the terminal, if it is one.");
+  word(add("find", "The processes of one name", Find,
+           "The programs take the first one. Exit code 1 when there is none."),
+       "NAME", arguments->name, "Name of the program");
+  word(add("start", "Start a command in the background", Start,
+           "COMMAND is one argument, a command line for /bin/sh. It runs in a session of its own, with zelctl's input\n"
+           "and output, and is not waited for: only a failure within its first 0.2 seconds is reported (exit code 1)."),
+       "COMMAND", arguments->command, "Command line, in quotes");
+
+  CLI::App* const kill = add("kill", "End a process at once: SIGTERM, and SIGKILL directly behind it", Kill,
+                             "Its process id is reported. When several processes have the name, nothing is killed, but "
+                             "with --pid or\n--all. Never killed: zelctl itself and process 1. Exit code 1 when no "
+                             "process has the name, or one is still\nthere after two seconds.");
+  word(kill, "NAME", arguments->name, "Name of the program");
+  CLI::Option* const pid = kill->add_option("--pid", arguments->pid, "Only the process of that id, if it has the name");
+  pid->type_name("PID");
+  kill->add_flag("--all", arguments->all, "All processes of that name")->excludes(pid);
+
+  CLI::App* const priority = add("priority", "Set the priority of a process", SetPriority,
+                                 "LEVEL is low, normal, high or highest (0 to 3), which are the nice values 20, 0, -10 "
+                                 "and -20. More than\nnormal, and other users' processes, take root.");
+  word(priority, "PID", arguments->pid, "Id of the process");
+  word(priority, "LEVEL", arguments->level, "The new priority");
+}

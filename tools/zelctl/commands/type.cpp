@@ -1,0 +1,68 @@
+// zelctl type: the table of UPS types.
+#include <CLI/CLI.hpp>
+
+#include "commands/families.h"
+#include "files/format.h"
+#include "files/handle.h"
+#include "records/typefields.h"
+#include "zelvane/api/upstypes.h"
+#include "zelvane/config/cfgclass.h"
+#include "zelvane/config/paths.h"
+
+namespace {
+
+struct Arguments {
+  std::string table;
+  std::string number;
+
+  std::string Table() const { return table.empty() ? GetZelvanePath() + "upstype.cfg" : table; }
+};
+
+Handle Open(std::string const& table, Terminal const& terminal) {
+  NoteState(table, "there are no types", terminal);
+  return OpenHandle(table, OpenUPSTypeList(table.c_str()), CloseUPSTypeList);
+}
+
+void List(Arguments const& arguments, Terminal const& terminal) {
+  std::string const table = arguments.Table();
+  Handle const types = Open(table, terminal);
+  CfgClass keys;  // the table tells no more of a malformed entry than that it is one
+  keys.OpenReadOnly(table);
+  std::vector<UpsTypeItem> items;
+  auto const count = static_cast<unsigned int>(GetUPSTypeListCount(types.get()));
+  for (unsigned int i = 0; i < count; i++) {
+    UpsTypeItem item;
+    if (GetUPSTypeListItem(types.get(), i, &item) == 0)
+      terminal.Note(table + ": [UPSTYPE] " + keys.GetKeyName("UPSTYPE", i) +
+                    " is not NUMBER = NAME;DRIVER;MODULE;MODULE;MODEL");
+    else
+      items.push_back(item);
+  }
+  PrintRecords(TypeFields<UpsTypeItem>(), items, terminal);
+}
+
+void Show(Arguments const& arguments, Terminal const& terminal) {
+  std::int64_t const number = NumberArgument("N", arguments.number, 0, kHighestNumber);
+  std::string const table = arguments.Table();
+  UpsTypeItem item;
+  if (GetUPSTypeListItemByType(Open(table, terminal).get(), static_cast<unsigned int>(number), &item) == 0)
+    throw Failed(table + ": no type " + std::to_string(number) + " with five fields");
+  PrintRecord(TypeFields<UpsTypeItem>(), &item, terminal);
+}
+
+}  // namespace
+
+void AddType(CLI::App& app, Terminal& terminal) {
+  CLI::App* const family = app.add_subcommand("type", "The UPS types that the product can drive");
+  family->require_subcommand(1);
+  auto const arguments = std::make_shared<Arguments>();
+  auto const add = [&](char const* name, char const* description, void (*act)(Arguments const&, Terminal const&)) {
+    CLI::App* const command = AddCommand(family, terminal, name, description);
+    command->add_option("--table", arguments->table, "Another table than upstype.cfg of the installation root")
+        ->type_name("FILE");
+    command->callback([arguments, act, &terminal] { act(*arguments, terminal); });
+    return command;
+  };
+  add("list", "All types of the table", List);
+  add("show", "One type", Show)->add_option("N", arguments->number, "Number of the type")->required()->type_name("");
+}

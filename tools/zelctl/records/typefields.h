@@ -1,0 +1,21 @@
+// The fields that the record of a type and the settings of the UPS service have in common.
+#ifndef ZELVANE_TOOLS_ZELCTL_RECORDS_TYPEFIELDS_H
+#define ZELVANE_TOOLS_ZELCTL_RECORDS_TYPEFIELDS_H
+
+#include <vector>
+
+#include "records/fields.h"
+
+template <class Record>
+std::vector<Field> TypeFields() {
+  return {
+      Number<&Record::upsType>("upsType", "type: its number in upstype.cfg"),
+      Number<&Record::modelIndex>("modelIndex", "type: number of the model file (-1 none)"),
+      Text<&Record::upsName>("upsName", "type: display name"),
+      Text<&Record::upsDriver>("upsDriver", "type: protocol driver"),
+      Text<&Record::cfgModule>("cfgModule", "type: module of the configuration tool"),
+      Text<&Record::cliModule>("cliModule", "type: module of the client"),
+  };
+}
+
+#endif

@@ -1,0 +1,111 @@
+#include "terminal/listing.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <iostream>
+
+#include "terminal/latin1.h"
+#include "zelvane/core/strutils.h"
+
+namespace {
+
+Json InUtf8(Json const& cell) { return cell.is_string() ? Json(ToUtf8(cell.get_ref<std::string const&>())) : cell; }
+
+std::string CellText(Json const& cell, char const* whenNull) {
+  if (cell.is_null()) return whenNull;
+  if (cell.is_string()) return cell.get_ref<std::string const&>();
+  return cell.is_number_unsigned() ? std::to_string(cell.get<std::uint64_t>()) : cell.dump();
+}
+
+std::string CsvText(std::string const& text) {
+  if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
+  std::string quoted = "\"";
+  for (char const c : text) quoted.append(c == '"' ? 2 : 1, c);
+  return quoted + '"';
+}
+
+}  // namespace
+
+Listing::Listing(Terminal const& terminal, std::vector<Column> columns)
+    : terminal_(terminal), screen_(TerminalColumns()), columns_(std::move(columns)) {
+  std::vector<Json> names;
+  for (Column& column : columns_) {
+    names.emplace_back(terminal_.csv ? column.name : UpperCase(column.name));
+    column.width = std::max(column.width, std::strlen(column.name));
+  }
+  if (terminal_.json)
+    out_ = "[";
+  else
+    terminal_.csv ? CsvRow(names) : TableRow(names);
+}
+
+void Listing::Row(std::vector<Json> const& cells) {
+  if (terminal_.json)
+    JsonRow(cells);
+  else
+    terminal_.csv ? CsvRow(cells) : TableRow(cells);
+  empty_ = false;
+  Write(false);
+}
+
+void Listing::End() {
+  if (terminal_.json) out_ += empty_ ? "]\n" : "\n]\n";
+  Write(true);
+}
+
+void Listing::JsonRow(std::vector<Json> const& cells) {
+  out_ += empty_ ? "\n  {" : ",\n  {";
+  for (std::size_t i = 0; i < columns_.size(); i++) {
+    out_.append(i == 0 ? "\n    \"" : ",\n    \"").append(columns_[i].name).append("\": ");
+    out_ += InUtf8(cells[i]).dump();
+  }
+  out_ += "\n  }";
+}
+
+void Listing::CsvRow(std::vector<Json> const& cells) {
+  for (std::size_t i = 0; i < columns_.size(); i++) {
+    std::string const text = CsvText(CellText(cells[i], ""));
+    out_.append(i == 0 ? "" : ",").append(terminal_.utf8 ? ToUtf8(text) : text);
+  }
+  out_ += '\n';
+}
+
+void Listing::TableRow(std::vector<Json> const& cells) {
+  std::string line;
+  for (std::size_t i = 0; i < columns_.size(); i++) {
+    if (!columns_[i].inTable) continue;
+    std::string const text = Printable(CellText(cells[i], "-"));
+    line.append(line.empty() ? "" : "  ").append(text);
+    if (text.size() < columns_[i].width) line.append(columns_[i].width - text.size(), ' ');
+  }
+  if (screen_ > 0 && line.size() > screen_) line.resize(screen_);
+  line.erase(line.find_last_not_of(' ') + 1);
+  out_.append(terminal_.utf8 ? ToUtf8(line) : line) += '\n';
+}
+
+void Listing::Write(bool all) {
+  constexpr std::size_t kBlock = 65536;
+  if (!all && out_.size() < kBlock) return;
+  std::cout << out_;
+  out_.clear();
+}
+
+void AddCsv(CLI::App* command, Terminal& terminal) {
+  command->add_flag("--csv", terminal.csv, "Answer in CSV, with a line of names above")
+      ->excludes(command->get_option("--json"));
+}
+
+bool PrintMachineRow(Terminal const& terminal, std::vector<Column> const& columns, std::vector<Json> const& cells) {
+  if (terminal.json) {
+    Json members = Json::object();
+    for (std::size_t i = 0; i < columns.size(); i++) members[columns[i].name] = InUtf8(cells[i]);
+    terminal.PrintJson(members);
+  } else if (terminal.csv) {
+    Listing listing(terminal, columns);
+    listing.Row(cells);
+    listing.End();
+  }
+  return terminal.json || terminal.csv;
+}

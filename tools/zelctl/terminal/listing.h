@@ -1,0 +1,50 @@
+// Answers of many rows, printed as they come: those of a big log are never in memory together.
+#ifndef ZELVANE_TOOLS_ZELCTL_TERMINAL_LISTING_H
+#define ZELVANE_TOOLS_ZELCTL_TERMINAL_LISTING_H
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "terminal/terminal.h"
+
+struct Column {
+  char const* name;   // of the member in JSON and in CSV; in capitals the heading in a table
+  std::size_t width;  // in a table; a longer cell pushes aside the rest of its row
+  bool inTable = true;
+};
+
+// A table (on a terminal each line is cut at its width), JSON (a list of objects, as PrintJson would print it) or CSV,
+// as the terminal wants it.
+class Listing {
+ public:
+  Listing(Terminal const& terminal, std::vector<Column> columns);
+  Listing(Listing const&) = delete;
+  Listing& operator=(Listing const&) = delete;
+
+  // A cell for every column: a text (Latin-1), a number or null.
+  void Row(std::vector<Json> const& cells);
+  // To be called behind the last row.
+  void End();
+
+ private:
+  void JsonRow(std::vector<Json> const& cells);
+  void CsvRow(std::vector<Json> const& cells);
+  void TableRow(std::vector<Json> const& cells);
+  void Write(bool all);
+
+  Terminal const& terminal_;
+  std::size_t screen_;  // columns; 0 without a terminal
+  std::vector<Column> columns_;
+  bool empty_ = true;
+  std::string out_;
+};
+
+// Adds --csv to a command that has --json.
+void AddCsv(CLI::App* command, Terminal& terminal);
+
+// The one row of a command that answers with one, for --json (the object itself, texts in UTF-8) and --csv. False when
+// neither was asked for.
+bool PrintMachineRow(Terminal const& terminal, std::vector<Column> const& columns, std::vector<Json> const& cells);
+
+#endif

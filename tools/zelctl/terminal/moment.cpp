@@ -1,0 +1,70 @@
+#include "terminal/moment.h"
+
+#include <time.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <limits>
+#include <regex>
+
+#include "terminal/terminal.h"
+#include "zelvane/core/datetime.h"
+
+namespace {
+
+char const kDayForm[] = "a day such as 2005-03-07 or 07/03/2005";
+
+tm Fields(std::int32_t dateTime) {
+  time_t const seconds = dateTime;
+  tm fields = {};
+  gmtime_r(&seconds, &fields);
+  return fields;
+}
+
+[[noreturn]] void Refuse(std::string const& name, std::string const& form) {
+  throw WrongUsage(name + ": " + form + " is wanted, from 1970 to 2038-01-19 03:14:07");
+}
+
+}  // namespace
+
+Moment ParseMoment(std::string const& name, std::string const& text) {
+  static std::regex const form(
+      R"((?:(\d{4})-(\d\d?)-(\d\d?)|(\d\d?)/(\d\d?)/(\d{4}))(?:[ T](\d\d?):(\d\d)(?::(\d\d))?)?)");
+  std::string const wanted = std::string(kDayForm) + ", hh:mm or hh:mm:ss behind it,";
+  std::smatch match;
+  if (!std::regex_match(text, match, form)) Refuse(name, wanted);
+  auto const field = [&match](std::size_t i) { return match[i].matched ? std::stoi(match[i].str()) : 0; };
+  int const year = field(1) + field(6);
+  int const month = field(2) + field(5);
+  int const day = field(3) + field(4);
+  auto const first = static_cast<std::int32_t>(EncodeDateTime(year, month, day, field(7), field(8), field(9)));
+  // The library lets the short months of a leap year run over.
+  tm const fields = Fields(first);
+  if (first < 0 || fields.tm_year + 1900 != year || fields.tm_mon + 1 != month || fields.tm_mday != day)
+    Refuse(name, wanted);
+  std::int32_t const length = !match[7].matched ? kDaySeconds : !match[9].matched ? 60 : 1;
+  std::int32_t const room = std::numeric_limits<std::int32_t>::max() - first;
+  return {first, first + std::min(length - 1, room), length == kDaySeconds};
+}
+
+Moment ParseDay(std::string const& name, std::string const& text) {
+  Moment const moment = ParseMoment(name, text);
+  if (!moment.isDay) Refuse(name, kDayForm);
+  return moment;
+}
+
+std::string TimeText(std::int32_t dateTime) {
+  if (dateTime < 0) return "";
+  tm const fields = Fields(dateTime);
+  char text[64];
+  int const length = std::snprintf(text, sizeof text, "%04d-%02d-%02d %02d:%02d:%02d", fields.tm_year + 1900,
+                                   fields.tm_mon + 1, fields.tm_mday, fields.tm_hour, fields.tm_min, fields.tm_sec);
+  return {text, static_cast<std::size_t>(length)};
+}
+
+std::string DayText(std::int32_t dateTime) { return TimeText(dateTime).substr(0, 10); }
+
+char const* WeekdayText(std::int32_t dateTime) {
+  static char const* const kNames[] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
+  return kNames[Fields(dateTime).tm_wday];
+}

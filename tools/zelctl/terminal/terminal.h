@@ -1,0 +1,73 @@
+// How every command takes its arguments and gives its answers, and how it ends.
+#ifndef ZELVANE_TOOLS_ZELCTL_TERMINAL_TERMINAL_H
+#define ZELVANE_TOOLS_ZELCTL_TERMINAL_TERMINAL_H
+
+#include <cstddef>
+#include <cstdint>
+#include <nlohmann/json.hpp>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace CLI {
+class App;
+}
+
+// Ends the command with exit code 1: it could not do what it was asked.
+struct Failed : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+// Ends the command with exit code 2: it was asked for something that makes no sense. Nothing has been written then.
+struct WrongUsage : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+// Members keep the order in which they are added.
+using Json = nlohmann::ordered_json;
+
+// The options that every command has, and the output that obeys them. Texts are Latin-1 inside the command.
+struct Terminal {
+  bool json = false;
+  bool csv = false;  // of the commands that list records
+  bool utf8 = false;
+  bool showPasswords = false;
+  int status = 0;  // exit code of a command that came to its end
+
+  // Text from the command line as the files hold it. `name` says in messages what it was given for.
+  std::string FromArgument(std::string const& name, std::string const& text) const;
+
+  // The text in the terminal's encoding, control characters visible: for tables and messages.
+  std::string Shown(std::string const& latin1) const;
+
+  // One row a line, columns aligned; the first row is the heading. A cell longer than 48 characters pushes aside the
+  // rest of its own row only.
+  void PrintTable(std::vector<std::vector<std::string>> const& rows) const;
+  // In UTF-8 whatever the terminal.
+  void PrintJson(Json const& value) const;
+  // The bytes as they are, converted with --utf8, and a line feed: for answers that scripts use.
+  void PrintText(std::string const& latin1) const;
+  // A remark on the error stream; the command goes on.
+  void Note(std::string const& text) const;
+};
+
+// A complaint on the error stream, on one line whatever the names in it are made of.
+void Complain(std::string const& text);
+
+// "1 day", "2 days"
+std::string Counted(std::uint64_t number, std::string const& noun);
+
+// Columns of the terminal that the answer goes to; 0 when it goes elsewhere.
+std::size_t TerminalColumns();
+
+// What stands in place of a password that was not asked for.
+extern char const kHiddenPassword[];
+
+// Adds the command `name` to `family` with the options --json and --utf8.
+CLI::App* AddCommand(CLI::App* family, Terminal& terminal, char const* name, char const* description);
+// Adds --show-password.
+void AddShowPassword(CLI::App* command, Terminal& terminal);
+// Adds --force to a command that writes a configuration file.
+void AddForce(CLI::App* command, bool& force);
+
+#endif
