@@ -5,6 +5,7 @@
 
 #include "support/settings.h"
 #include "support/table.h"
+#include "zelvane/api/upslist.h"
 
 namespace {
 
@@ -24,6 +25,26 @@ TEST(ZelvanePath, ReadAnewFromTheSettingsFile) {
   }
   EXPECT_EQ(scratch.List(), std::vector<std::string>{"zelvane.conf"});
   EXPECT_EQ(test::OpenDescriptors(), open);
+}
+
+// Every function that uses the root follows, until null or "" brings the rule back.
+TEST(ZelvanePath, SetByAProgramForItself) {
+  test::Installation const at;
+  test::Scratch const other;
+  other.Write("srvlist.cfg", "[SRVLIST]\n3 = 003\n");
+  std::string const path = other.Path("");
+  for (std::string const& given : {path, path.substr(0, path.size() - 1)}) {
+    EXPECT_EQ(SetZelvanePath(given.c_str()), 1);
+    EXPECT_EQ(GetZelvanePath(), path) << given;
+    EXPECT_EQ(GetUpsListCount(), 1) << given;
+    EXPECT_EQ(ParseMacroFileName("//UPSCLICFG//", ""), path + "upscli.cfg") << given;
+  }
+  for (char const* none : {static_cast<char const*>(nullptr), ""}) {
+    SetZelvanePath("none");
+    EXPECT_EQ(GetZelvanePath(), "none/");
+    EXPECT_EQ(SetZelvanePath(none), 1);
+    EXPECT_EQ(GetZelvanePath(), at.Root()) << (none == nullptr ? "null" : none);
+  }
 }
 
 TEST(MacroFileName, NamesAndWorkingFolders) {

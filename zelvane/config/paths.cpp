@@ -1,6 +1,7 @@
 #include "zelvane/config/paths.h"
 
 #include <string_view>
+#include <utility>
 
 #include "zelvane/config/cfgclass.h"
 #include "zelvane/config/settings_internal.h"
@@ -17,6 +18,9 @@ struct MacroName {
   bool inRoot;  // shared by all units; the others lie in the working directory
   char const* file;
 };
+
+// What SetZelvanePath was given; null without that. Never freed: functions may ask for it while the program ends.
+std::string* g_root = nullptr;
 
 constexpr MacroName kMacros[] = {
     {"//LOGEVTFILE//", false, "logevt.rgt"},        {"//LOGHISTHORA//", false, "loghora.rgt"},
@@ -50,6 +54,7 @@ std::string Expand(char const* name, char const* directory) {
 }  // namespace
 
 std::string zelvane::internal::InstallationRoot() {
+  if (g_root != nullptr) return *g_root;
   RegCfgClass settings;
   settings.SetFileName(kSettingsFile, false);
   std::string root = settings.ReadStr(kSettingsSection, "PATH", "");
@@ -58,6 +63,15 @@ std::string zelvane::internal::InstallationRoot() {
 }
 
 std::string GetZelvanePath() { return Guard(std::string(), zelvane::internal::InstallationRoot); }
+
+int SetZelvanePath(char const* path) {
+  return Guard(0, [&] {
+    bool const given = path != nullptr && *path != '\0';
+    std::string* const root = given ? new std::string(IncludePathDelimiter(path)) : nullptr;
+    delete std::exchange(g_root, root);
+    return 1;
+  });
+}
 
 std::string ParseMacroFileName(char const* name, char const* directory) {
   if (name == nullptr || directory == nullptr) return "";

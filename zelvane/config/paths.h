@@ -1,6 +1,6 @@
 // Where the product's files lie: the installation root, and the symbolic file names that callers and settings use.
-// Both functions carry plain symbol names although they return strings, so C++ alone can call them. Neither throws;
-// without memory they give "".
+// The functions carry plain symbol names although they return strings, so C++ alone can call them. None throws; when
+// memory runs out, those that return a string give "".
 #ifndef ZELVANE_CONFIG_PATHS_H
 #define ZELVANE_CONFIG_PATHS_H
 
@@ -21,6 +21,14 @@ extern "C" {
 // file, no such key, an empty value) the folder of the running program; "" when neither is known. The settings are read
 // anew at every call.
 ZELVANE_API std::string GetZelvanePath();
+
+// For programs that look at another installation than this computer's own: from now on GetZelvanePath returns `path`,
+// with a "/" added where it lacks one, and every function of the library that uses the root follows. Null or "" brings
+// back the rule above. The folder need not exist; the text is copied. The other keys of /etc/zelvane.conf (version,
+// product, modules) stay in effect. 1; 0 when memory runs out, and then nothing changes.
+//
+// The root is the library's only state of its own, and no lock guards it: call this before other threads run.
+ZELVANE_API int SetZelvanePath(char const* path);
 
 // The file that a symbolic name stands for; a name that is none comes back unchanged; "" when an argument is null.
 //
