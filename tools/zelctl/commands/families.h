@@ -26,6 +26,8 @@ void AddOutages(CLI::App* log, Terminal& terminal);
 void AddSchedule(CLI::App& app, Terminal& terminal);
 void AddLang(CLI::App& app, Terminal& terminal);
 void AddBrowse(CLI::App& app, Terminal& terminal);
+void AddStatus(CLI::App& app, Terminal& terminal);
+void AddReport(CLI::App& app, Terminal& terminal);
 void AddHelp(CLI::App& app, Terminal& terminal);
 
 #endif

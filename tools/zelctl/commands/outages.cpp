@@ -6,19 +6,19 @@
 #include <optional>
 
 #include "commands/families.h"
-#include "records/fields.h"
-#include "terminal/listing.h"
-#include "terminal/moment.h"
-#include "report/outagepicture.h"
-#include "report/outages.h"
-#include "terminal/page.h"
 #include "files/picturefile.h"
 #include "files/recordlog.h"
+#include "records/fields.h"
+#include "report/options.h"
+#include "report/outagepicture.h"
+#include "report/outages.h"
+#include "terminal/listing.h"
+#include "terminal/moment.h"
+#include "terminal/page.h"
 #include "terminal/terminal.h"
 
 namespace {
 
-constexpr std::int64_t kHighestCode = 65535;
 constexpr std::size_t kNarrow = 62;      // below, the weekday and the end give way
 constexpr std::size_t kShortestBar = 6;  // of the longest outage, however narrow the terminal
 
@@ -26,23 +26,13 @@ using Option = std::optional<std::string>;
 
 struct Arguments {
   std::string file;
-  std::string start;
-  std::vector<std::string> ends;
+  OutageOptions codes;
   Option from;
   Option to;
   Option last;
   Option by;
   PictureFile picture;
 };
-
-OutageCodes CodesOf(Arguments const& arguments) {
-  OutageCodes codes = {static_cast<std::uint16_t>(NumberArgument("--start", arguments.start, 0, kHighestCode)), {}};
-  for (std::string const& end : arguments.ends) {
-    codes.ends.push_back(static_cast<std::uint16_t>(NumberArgument("--end", end, 0, kHighestCode)));
-    if (codes.ends.back() == codes.start) throw WrongUsage("--end: " + end + " is the code that begins an outage");
-  }
-  return codes;
-}
 
 // Nothing: a row for each outage.
 std::optional<Period> PeriodOf(Option const& by) {
@@ -239,7 +229,7 @@ void WritePicture(std::vector<Outage> const& outages, std::optional<Period> peri
 }
 
 void ShowOutages(Arguments const& arguments, Terminal& terminal) {
-  OutageCodes const codes = CodesOf(arguments);
+  OutageCodes const codes = arguments.codes.Codes();
   std::optional<Period> const period = PeriodOf(arguments.by);
   auto const last = arguments.last ? NumberArgument("--last", *arguments.last, 1, kHighestNumber) : kHighestNumber;
   if (arguments.picture) arguments.picture.RequireFree();
@@ -272,8 +262,7 @@ void AddOutages(CLI::App* log, Terminal& terminal) {
     return command->add_option(name, target, description)->type_name(type);
   };
   option("FILE", arguments->file, "", "The log")->required();
-  option("--start", arguments->start, "N", "Code that begins an outage")->required();
-  option("--end", arguments->ends, "A,B", "Codes that end it")->required()->delimiter(',')->allow_extra_args(false);
+  arguments->codes.AddTo(command, true);
   option("--from", arguments->from, "TIME", "Only outages that begin then or later");
   option("--to", arguments->to, "TIME", "Only outages that begin then or earlier");
   option("--last", arguments->last, "N", "Only the last N rows; the sums are of all");

@@ -4,8 +4,8 @@
 #include <array>
 #include <map>
 
-#include "terminal/listing.h"
 #include "report/markup.h"
+#include "terminal/listing.h"
 #include "terminal/moment.h"
 #include "terminal/terminal.h"
 

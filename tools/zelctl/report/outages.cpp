@@ -165,6 +165,21 @@ std::vector<OutageGroup> GroupsOf(std::vector<Outage> const& outages, Period per
   return list;
 }
 
+std::string CodesText(History const& history) {
+  auto const named = [&history](std::uint16_t code) {
+    auto const found = history.byCode.find(code);
+    std::string const text = "code " + std::to_string(code);
+    return found == history.byCode.end() || found->second.last.text.empty()
+               ? text
+               : text + ", \"" + found->second.last.text + "\",";
+  };
+  std::string text = named(history.codes.start) + " to ";
+  for (std::size_t i = 0; i < history.codes.ends.size(); i++)
+    text += (i == 0 ? "" : i + 1 == history.codes.ends.size() ? " or " : " ") + named(history.codes.ends[i]);
+  if (text.back() == ',') text.pop_back();
+  return text;
+}
+
 std::string ClockText(std::int64_t seconds) {
   auto const twoDigits = [](std::int64_t n) { return (n < 10 ? "0" : "") + std::to_string(n); };
   return std::to_string(seconds / 3600) + ":" + twoDigits(seconds / 60 % 60) + ":" + twoDigits(seconds % 60);

@@ -99,6 +99,9 @@ struct OutageGroup {
 // In order of time, without empty ones.
 std::vector<OutageGroup> GroupsOf(std::vector<Outage> const& outages, Period period);
 
+// 'code 1, "Mains failed", to code 2, "Mains back"': with the texts of the last record of each, where there is one.
+std::string CodesText(History const& history);
+
 // "0:01:07", with "+" behind the length of an open one.
 std::string ClockText(std::int64_t seconds);
 std::string LengthText(Outage const& outage);

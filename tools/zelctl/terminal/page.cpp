@@ -6,7 +6,6 @@
 #include <charconv>
 #include <cmath>
 #include <cstring>
-#include <sstream>
 
 #include "terminal/terminal.h"
 
@@ -22,18 +21,26 @@ std::size_t PageWidth() {
   return error == std::errc() && *end == '\0' && width > 0 && width <= kWidest ? width : kUsual;
 }
 
-std::string Wrapped(std::string const& text) {
+std::string Wrapped(std::string const& text, std::string const& head, std::string const& indent) {
   std::size_t const width = PageWidth();
-  std::istringstream words(text);
   std::string lines;
-  std::size_t column = 0;
-  for (std::string word; words >> word;) {
-    bool const fits = column + 1 + word.size() <= width;
-    if (column > 0) lines += fits ? ' ' : '\n';
-    column = column > 0 && fits ? column + 1 + word.size() : word.size();
-    lines += word;
+  std::string line = head;
+  bool fresh = true;
+  for (std::size_t from = 0; from <= text.size();) {
+    // Several blanks are part of what they stand before.
+    std::size_t const end = text.find(' ', text.find_first_not_of(' ', from));
+    std::string const word = text.substr(from, end == std::string::npos ? end : end - from);
+    if (fresh || line.size() + 1 + word.size() <= width) {
+      line += (fresh ? "" : " ") + word;
+    } else {
+      lines += line + '\n';
+      line = indent + word.substr(std::min(word.find_first_not_of(' '), word.size()));
+    }
+    fresh = false;
+    if (end == std::string::npos) break;
+    from = end + 1;
   }
-  return lines + '\n';
+  return lines + line + '\n';
 }
 
 std::size_t BarLength(std::uint64_t count, std::uint64_t greatest, std::size_t room) {
