@@ -3,6 +3,7 @@
 
 #include "commands/families.h"
 #include "records/record.h"
+#include "records/settings.h"
 #include "zelvane/api/shutsrvconfig.h"
 #include "zelvane/config/paths.h"
 #include "zelvane/core/fileutils.h"
@@ -57,6 +58,8 @@ std::vector<std::string> Files(std::string const& directory, void const*) {
 }
 
 }  // namespace
+
+std::vector<Field> ShutdownFields() { return Fields(); }
 
 void AddShutdown(CLI::App& app, Terminal& terminal) {
   CLI::App* const family = app.add_subcommand("shutdown", "What this computer does when its UPS orders a shutdown");

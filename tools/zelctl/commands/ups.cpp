@@ -8,6 +8,7 @@
 #include "files/format.h"
 #include "files/handle.h"
 #include "records/record.h"
+#include "records/settings.h"
 #include "records/typefields.h"
 #include "terminal/latin1.h"
 #include "zelvane/api/serialports.h"
@@ -239,6 +240,8 @@ void AddSettings(CLI::App* family, Terminal& terminal) {
 }
 
 }  // namespace
+
+std::vector<Field> UpsFields() { return Fields(); }
 
 void AddUps(CLI::App& app, Terminal& terminal) {
   CLI::App* const family = app.add_subcommand("ups", "The UPS units of this installation, and the settings of each");
