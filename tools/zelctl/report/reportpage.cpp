@@ -30,6 +30,10 @@ std::string Muted(std::string const& text) { return Element("span", {{"class", "
 std::string Unbroken(std::string const& text) { return Element("span", {{"class", "nb"}}, Escaped(text)); }
 std::string Paragraph(std::string const& text) { return Element("p", {{"class", "m"}}, Escaped(text)); }
 std::string Heading(std::string const& text) { return Element("h2", {}, Escaped(text)); }
+std::string Capitalised(std::string text) {
+  if (!text.empty() && text[0] >= 'a' && text[0] <= 'z') text[0] = static_cast<char>(text[0] - 'a' + 'A');
+  return text;
+}
 std::string Section(std::string const& content) { return Element("section", {}, content) + "\n"; }
 
 // "2005-03-26 Sat 13:45:28"
@@ -210,7 +214,7 @@ std::string FindingsSection(Site const& site) {
   std::vector<Cells> rows;
   for (SiteFinding const& finding : site.findings)
     rows.push_back({Escaped(finding.where),
-                    Escaped(finding.what) + (finding.advice.empty() ? "" : "<br>" + Muted(finding.advice))});
+                    Escaped(Capitalised(finding.what)) + (finding.advice.empty() ? "" : "<br>" + Muted(finding.advice))});
   return Element("section", {{"id", "findings"}},
                  Heading("Findings") + (rows.empty() ? Element("p", {}, "None.")
                                                      : Table("find", "What wants a look.", {"Where", "What"}, rows))) +
