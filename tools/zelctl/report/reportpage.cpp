@@ -196,9 +196,9 @@ class EventsPart {
     std::string meanwhile = outage.passedOver > 0 ? Grouped(outage.passedOver) + " more; " : "";
     for (LogEvent const& event : outage.during)
       meanwhile += (&event == &outage.during.front() ? "" : "; ") + event.text;
-    std::string const times = Escaped(TimeText(outage.begin).substr(11)) + " &#8211; " + Escaped(UntilText(outage));
-    return {Escaped(DayText(outage.begin)) + " " + WeekdayText(outage.begin) + " " +
-                Element("span", {{"class", "nb"}}, times),
+    // On a phone the end may stand below the beginning, but neither is broken.
+    std::string const times = Unbroken(TimeText(outage.begin).substr(11)) + " &#8211; " + Unbroken(UntilText(outage));
+    return {Escaped(DayText(outage.begin)) + " " + WeekdayText(outage.begin) + " " + times,
             LengthText(outage), LengthBar(outage, totals_.longest) + (meanwhile.empty() ? "" : Muted(meanwhile))};
   }
 
@@ -264,7 +264,7 @@ std::string ServicesSections(std::vector<ShownSettings> const& services) {
       for (std::size_t row = 0; row < rows.size(); row++) {
         ShownSetting const& setting = services[i].rows[row];
         if (rows[row].empty()) rows[row].push_back(Escaped(setting.name));
-        rows[row].push_back(ValueMarkup(setting) + " " + Element("span", {{"class", "m nb"}}, Escaped(setting.origin)));
+        rows[row].push_back(ValueMarkup(setting) + " " + Element("span", {{"class", "m"}}, Escaped(setting.origin)));
       }
     }
     sections +=
