@@ -8,17 +8,21 @@
 #include <limits>
 #include <memory>
 #include <optional>
+#include <set>
 
 #include "commands/families.h"
 #include "files/input.h"
 #include "files/output.h"
+#include "files/picturefile.h"
 #include "files/recordlog.h"
 #include "records/fields.h"
+#include "report/chartpicture.h"
 #include "terminal/chart.h"
 #include "terminal/listing.h"
 #include "terminal/moment.h"
 #include "terminal/terminal.h"
 #include "zelvane/core/datetime.h"
+#include "zelvane/core/strutils.h"
 #include "zelvane/logs/logclass.h"
 #include "zelvane/logs/logreader.h"
 
@@ -40,12 +44,16 @@ struct Arguments {
   std::string out;
   Option size;
   Option code;
+  std::vector<std::string> codes;
+  std::string text;
   Option from;
   Option to;
   Option last;
   Option start;
   std::vector<std::string> ends;
   Option by;
+  bool reverse = false;
+  PictureFile picture;
   bool overwrite = false;
 };
 
@@ -62,13 +70,16 @@ std::optional<std::uint16_t> CodeArgument(char const* name, Option const& code) 
 
 // Which records are meant. Without any of the options it is all of them, also those without a date-time.
 struct Choice {
-  std::optional<std::uint16_t> code;
+  std::set<std::uint16_t> codes;  // all when there is none
+  std::string text;               // what must stand in the record's text, in lower case
   bool dated = false;
   std::int32_t first = 0;
   std::int32_t last = kMostSeconds;
 
   bool operator()(Record const& record) const {
-    if (code && record.Code() != code) return false;
+    std::optional<std::uint16_t> const code = record.Code();
+    if (!codes.empty() && (!code || codes.count(*code) == 0)) return false;
+    if (!text.empty() && AnsiLowerCase(record.Text()).find(text) == std::string::npos) return false;
     return !dated || (record.stamp >= first && record.stamp <= last);
   }
 };
@@ -77,9 +88,11 @@ void RequireOrder(std::int32_t from, std::int32_t to) {
   if (from > to) throw WrongUsage("--from must not be later than --to");
 }
 
-Choice ChoiceOf(Arguments const& arguments) {
+Choice ChoiceOf(Arguments const& arguments, Terminal const& terminal) {
   Choice choice;
-  choice.code = CodeArgument("--code", arguments.code);
+  for (std::string const& code : arguments.codes)
+    choice.codes.insert(static_cast<std::uint16_t>(NumberArgument("--code", code, 0, kHighestCode)));
+  choice.text = AnsiLowerCase(terminal.FromArgument("--grep", arguments.text));
   choice.dated = arguments.from || arguments.to;
   if (arguments.from) choice.first = ParseMoment("--from", *arguments.from).first;
   if (arguments.to) choice.last = ParseMoment("--to", *arguments.to).last;
@@ -90,7 +103,7 @@ Choice ChoiceOf(Arguments const& arguments) {
 // ---- show ----
 
 void Show(Arguments const& arguments, Terminal& terminal) {
-  Choice const choice = ChoiceOf(arguments);
+  Choice const choice = ChoiceOf(arguments, terminal);
   auto const last = arguments.last ? NumberArgument("--last", *arguments.last, 1, kHighestNumber) : kHighestNumber;
   RecordLog const log = OpenLog(arguments);
   // The records are read twice: the table must be as wide as its texts, and the last ones be known when they come.
@@ -248,13 +261,29 @@ void Time(Arguments const& arguments, Terminal& terminal) {
 
 // ---- chart ----
 
+Step StepOf(Arguments const& arguments, Chart const& chart) {
+  if (!arguments.by) return chart.FittingStep();
+  std::optional<Step> const step = StepNamed(*arguments.by);
+  if (!step) throw WrongUsage("--by: hour, day, week, month, year, weekday or hour-of-day");
+  return *step;
+}
+
+void WriteChart(Arguments const& arguments, Chart const& chart, Step step, Terminal const& terminal) {
+  if (chart.IsEmpty()) return terminal.Note(arguments.picture.path + " is not written: there is nothing to draw");
+  std::string const name = arguments.file.substr(arguments.file.rfind('/') + 1);
+  std::string const svg = ChartPicture(chart, step, name);
+  arguments.picture.Write(svg);
+  std::uint64_t events = 0;
+  for (ChartColumn const& column : chart.By(step)) events += column.events;
+  if (!PrintMachineRow(terminal, {{"file", 0}, {"events", 0}, {"bytes", 0}},
+                       {arguments.picture.path, events, svg.size()}))
+    terminal.PrintText(arguments.picture.path + ": " + Counted(events, "event") + ", " + Counted(svg.size(), "byte"));
+}
+
 void DrawChart(Arguments const& arguments, Terminal& terminal) {
-  Step step = Step::kAutomatic;
-  if (arguments.by) {
-    if (*arguments.by != "day" && *arguments.by != "hour") throw WrongUsage("--by: day or hour");
-    step = *arguments.by == "day" ? Step::kDay : Step::kHour;
-  }
-  Choice const choice = ChoiceOf(arguments);
+  Choice const choice = ChoiceOf(arguments, terminal);
+  if (arguments.by) StepOf(arguments, Chart());
+  if (arguments.picture) arguments.picture.RequireFree();
   RecordLog const log = OpenLog(arguments);
   Chart chart;
   std::uint64_t without = 0;
@@ -267,7 +296,11 @@ void DrawChart(Arguments const& arguments, Terminal& terminal) {
       chart.Add(*code, record.stamp, record.Text());
     }
   });
-  chart.Print(step, terminal);
+  Step const step = StepOf(arguments, chart);
+  if (arguments.picture)
+    WriteChart(arguments, chart, step, terminal);
+  else
+    chart.Print(step, !arguments.codes.empty(), terminal);
   if (without > 0)
     terminal.Note(std::to_string(without) + " of the records lack a date-time or a code: not in the chart");
   log.NoteDamage(terminal);
@@ -396,6 +429,14 @@ class Family {
     Value(command, "--to", &Arguments::to, type, "Only up to then");
   }
 
+  void Codes(CLI::App* command) {
+    Value(command, "--code", &Arguments::codes, "A,B", "Only these codes")->delimiter(',')->allow_extra_args(false);
+  }
+
+  void Picture(CLI::App* command) { arguments_->picture.AddTo(command, "Draw a picture instead, into this file"); }
+
+  bool& Get(bool Arguments::*target) { return (*arguments_).*target; }
+
   void Overwrite(CLI::App* command) {
     Value(command, "OUT", &Arguments::out, "", "Where the records go")->required();
     command->add_flag("--overwrite", arguments_->overwrite, "Replace OUT if it is there");
@@ -420,17 +461,23 @@ void AddViews(Family& family) {
       "from\n"
       "its first to its last second.");
   family.Span(show, "TIME");
-  family.Value(show, "--code", &Arguments::code, "N", "Only records of this code");
+  family.Codes(show);
+  family.Value(show, "--grep", &Arguments::text, "TEXT", "Only records whose text holds this, in any case");
+  show->add_flag("--reverse", family.Get(&Arguments::reverse), "The last one first");
   family.Value(show, "--last", &Arguments::last, "N", "Only the last N of them");
   family.Size(show);
 
-  CLI::App* const chart = family.Add("chart", "Bars of the events per day or hour, for each code", DrawChart,
-                                     "All bars have one scale, up to the width of the terminal. Days or hours without "
-                                     "an event stand between the others,\n"
-                                     "three and more of them as one line.");
-  family.Value(chart, "--by", &Arguments::by, "day|hour", "What a bar stands for; hours if all lies within three days");
+  CLI::App* const chart =
+      family.Add("chart", "Bars of the events by hour, day, week, month or year, for each code", DrawChart,
+                 "All bars have one scale, up to the width of the terminal. Rows without an event stand between the "
+                 "others, three\n"
+                 "and more of them as one line. The codes that --code names stand beside each other if they fit.\n\n"
+                 "  zelctl log chart logevt.rgt --code 1,3 --by weekday");
+  family.Value(chart, "--by", &Arguments::by, "hour|day|week|month|year|weekday|hour-of-day",
+               "What a bar stands for; if not given what fits a page");
   family.Span(chart, "TIME");
-  family.Value(chart, "--code", &Arguments::code, "N", "Only this code");
+  family.Codes(chart);
+  family.Picture(chart);
   family.Size(chart);
 }
 

@@ -5,6 +5,7 @@
 #include <map>
 
 #include "report/markup.h"
+#include "report/pictureframe.h"
 #include "terminal/listing.h"
 #include "terminal/moment.h"
 #include "terminal/terminal.h"
@@ -12,7 +13,6 @@
 namespace {
 
 constexpr std::size_t kMostRows = 31;
-constexpr std::size_t kMostPictureRows = 400;
 constexpr double kHour = kHourSeconds;
 constexpr std::array<std::int64_t, 3> kSteps = {60, 600, 3600};
 constexpr int kRowHeight = 24;
@@ -123,38 +123,14 @@ class Drawing {
 
 // ---- The picture of its own ----
 
-constexpr int kWidth = 940;
 constexpr double kLeft = 136;
 constexpr double kRight = 560;
-constexpr int kHead = 76;
-constexpr int kFoot = 44;
-
-constexpr char kPictureStyle[] =
-    "text{font:13px system-ui,sans-serif;fill:#1b1f24;font-variant-numeric:tabular-nums}.h{font-size:20px;"
-    "font-weight:600}.m{fill:#57606a}.grid{stroke:#d0d7de}.o,.bar{fill:#b45309}.o{stroke:#b45309;stroke-width:1.5}"
-    ".open{fill:#fff;stroke-dasharray:3 2}.bg{fill:#fff}\n"
-    "@media (prefers-color-scheme:dark){text{fill:#e6edf3}.m{fill:#9aa7b4}.grid{stroke:#30363d}.o,.bar{fill:#f0a03c}"
-    ".o{stroke:#f0a03c}.open{fill:#0f1419}.bg{fill:#0f1419}}";
-
-std::string TextAt(double x, int y, std::string const& text, char const* type = "", bool toTheLeft = false) {
-  return Element("text",
-                 {{"x", Coordinate(x)},
-                  {"y", std::to_string(y)},
-                  {toTheLeft ? "text-anchor" : "", "end"},
-                  {*type != '\0' ? "class" : "", type}},
-                 Escaped(text));
-}
 
 std::string Totalled(int y, OutageGroup const& group, std::int64_t most) {
   double const width = static_cast<double>(group.seconds) / static_cast<double>(most) * 200;
   return Element("text", {{"x", Coordinate(kRight + 76)}, {"y", std::to_string(y)}, {"text-anchor", "end"}},
                  std::to_string(group.begun) + "&#215;") +
-         TextAt(kRight + 150, y, ClockText(group.seconds), "", true) +
-         Shape("rect", {{"x", Coordinate(kRight + 164)},
-                        {"y", std::to_string(y - 10)},
-                        {"width", Coordinate(std::max(width, 1.0))},
-                        {"height", "12"},
-                        {"class", "bar"}});
+         TextAt(kRight + 150, y, ClockText(group.seconds), "", true) + BarAt(kRight + 164, y - 10, width);
 }
 
 RasterStyle PictureRaster(std::int64_t most) {
@@ -212,9 +188,7 @@ Raster DrawRaster(std::vector<Outage> const& outages, Period period, RasterStyle
 
 std::string OutagePicture(std::vector<Outage> const& outages, Period period, History const& history) {
   std::vector<OutageGroup> const groups = GroupsOf(outages, period);
-  if (groups.size() > kMostPictureRows)
-    throw WrongUsage("--svg: " + std::to_string(groups.size()) + " rows do not fit a picture (at most " +
-                     std::to_string(kMostPictureRows) + "); --by month or --by year draws fewer");
+  RequirePictureRows(groups.size());
   std::int64_t most = 1;
   for (OutageGroup const& group : groups) most = std::max(most, group.seconds);
   Raster const raster = DrawRaster(outages, period, PictureRaster(most));
@@ -226,26 +200,8 @@ std::string OutagePicture(std::vector<Outage> const& outages, Period period, His
   std::string const name = history.path.substr(history.path.rfind('/') + 1);
   std::string const heads = TextAt(16, 13, NameOf(period), "m") + TextAt(kRight + 76, 13, "begun", "m", true) +
                             TextAt(kRight + 150, 13, "total", "m", true);
-  std::string const height = std::to_string(raster.height + kHead + kFoot);
-  std::string const body =
-      "\n" + Element("title", {{"id", "t"}}, title) + Element("desc", {{"id", "d"}}, summary) + "\n" +
-      Element("style", {}, kPictureStyle) + "\n" +
-      Shape("rect", {{"width", std::to_string(kWidth)}, {"height", height}, {"class", "bg"}}) + "\n" +
-      TextAt(16, 34, title, "h") + TextAt(16, 58, summary) + "\n" +
-      Element("g", {{"transform", "translate(0 " + std::to_string(kHead) + ")"}}, heads + raster.svg) + "\n" +
-      TextAt(16, raster.height + kHead + kFoot - 16,
-             name + ", " + TimeText(history.earliest) + " to " + TimeText(history.latest) +
-                 (period == Period::kDay ? ". Marks: the outages at their times. Bars: the totals."
-                                         : ". Dots: the hours in which outages began. Bars: the totals."),
-             "m") +
-      "\n";
-  return Element("svg",
-                 {{"xmlns", "http://www.w3.org/2000/svg"},
-                  {"width", std::to_string(kWidth)},
-                  {"height", height},
-                  {"viewBox", "0 0 " + std::to_string(kWidth) + " " + height},
-                  {"role", "img"},
-                  {"aria-labelledby", "t d"}},
-                 body) +
-         "\n";
+  std::string const foot = name + ", " + TimeText(history.earliest) + " to " + TimeText(history.latest) +
+                           (period == Period::kDay ? ". Marks: the outages at their times. Bars: the totals."
+                                                   : ". Dots: the hours in which outages began. Bars: the totals.");
+  return FramedPicture({title, summary, foot}, raster.height, heads + raster.svg);
 }
