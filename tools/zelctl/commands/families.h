@@ -21,7 +21,8 @@ void AddCipher(CLI::App& app, Terminal& terminal);
 void AddProc(CLI::App& app, Terminal& terminal);
 void AddSvc(CLI::App& app, Terminal& terminal);
 void AddLog(CLI::App& app, Terminal& terminal);
-// `log outages`, below the family of `log`.
+// Below the family of `log`.
+void AddFollow(CLI::App* log, Terminal& terminal);
 void AddOutages(CLI::App* log, Terminal& terminal);
 void AddSchedule(CLI::App& app, Terminal& terminal);
 void AddLang(CLI::App& app, Terminal& terminal);

@@ -5,24 +5,23 @@
 #include <algorithm>
 #include <filesystem>
 #include <iostream>
-#include <limits>
 #include <memory>
 #include <optional>
-#include <set>
 
 #include "commands/families.h"
 #include "files/input.h"
 #include "files/output.h"
 #include "files/picturefile.h"
 #include "files/recordlog.h"
+#include "records/choice.h"
 #include "records/fields.h"
+#include "records/recordlisting.h"
 #include "report/chartpicture.h"
 #include "terminal/chart.h"
 #include "terminal/listing.h"
 #include "terminal/moment.h"
 #include "terminal/terminal.h"
 #include "zelvane/core/datetime.h"
-#include "zelvane/core/strutils.h"
 #include "zelvane/logs/logclass.h"
 #include "zelvane/logs/logreader.h"
 
@@ -30,7 +29,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::int32_t kMostSeconds = std::numeric_limits<std::int32_t>::max();
 constexpr std::int64_t kLargestPayload = 4294967291;  // what LogClass takes
 constexpr std::int64_t kHighestCode = 65535;
 constexpr std::int64_t kHighestEndCode = 32767;  // the library takes end codes as signed
@@ -44,8 +42,7 @@ struct Arguments {
   std::string out;
   Option size;
   Option code;
-  std::vector<std::string> codes;
-  std::string text;
+  ChoiceOptions choice;
   Option from;
   Option to;
   Option last;
@@ -68,42 +65,14 @@ std::optional<std::uint16_t> CodeArgument(char const* name, Option const& code) 
   return static_cast<std::uint16_t>(NumberArgument(name, *code, 0, kHighestCode));
 }
 
-// Which records are meant. Without any of the options it is all of them, also those without a date-time.
-struct Choice {
-  std::set<std::uint16_t> codes;  // all when there is none
-  std::string text;               // what must stand in the record's text, in lower case
-  bool dated = false;
-  std::int32_t first = 0;
-  std::int32_t last = kMostSeconds;
-
-  bool operator()(Record const& record) const {
-    std::optional<std::uint16_t> const code = record.Code();
-    if (!codes.empty() && (!code || codes.count(*code) == 0)) return false;
-    if (!text.empty() && AnsiLowerCase(record.Text()).find(text) == std::string::npos) return false;
-    return !dated || (record.stamp >= first && record.stamp <= last);
-  }
-};
-
 void RequireOrder(std::int32_t from, std::int32_t to) {
   if (from > to) throw WrongUsage("--from must not be later than --to");
-}
-
-Choice ChoiceOf(Arguments const& arguments, Terminal const& terminal) {
-  Choice choice;
-  for (std::string const& code : arguments.codes)
-    choice.codes.insert(static_cast<std::uint16_t>(NumberArgument("--code", code, 0, kHighestCode)));
-  choice.text = AnsiLowerCase(terminal.FromArgument("--grep", arguments.text));
-  choice.dated = arguments.from || arguments.to;
-  if (arguments.from) choice.first = ParseMoment("--from", *arguments.from).first;
-  if (arguments.to) choice.last = ParseMoment("--to", *arguments.to).last;
-  RequireOrder(choice.first, choice.last);
-  return choice;
 }
 
 // ---- show ----
 
 void Show(Arguments const& arguments, Terminal& terminal) {
-  Choice const choice = ChoiceOf(arguments, terminal);
+  Choice const choice = arguments.choice.Get(terminal);
   auto const last = arguments.last ? NumberArgument("--last", *arguments.last, 1, kHighestNumber) : kHighestNumber;
   RecordLog const log = OpenLog(arguments);
   // The records are read twice: the table must be as wide as its texts, and the last ones be known when they come.
@@ -119,26 +88,15 @@ void Show(Arguments const& arguments, Terminal& terminal) {
   });
 
   std::uint64_t toSkip = chosen - std::min(chosen, static_cast<std::uint64_t>(last));
-  bool const inTable = !terminal.json && !terminal.csv;
-  Listing listing(terminal, {{"record", std::to_string(log.Count()).size()},
-                             {"dateTime", 0, false},
-                             {"time", 19},
-                             {"code", 5},
-                             {"text", width},
-                             {"payload", 0}});
-  std::vector<Json> cells(6);
-  log.ForEach([&](Record const& record) {
-    if (!choice(record) || (toSkip > 0 && toSkip-- > 0)) return;
-    std::optional<std::uint16_t> const code = record.Code();
-    std::string time = TimeText(record.stamp);
-    cells[0] = record.index;
-    cells[1] = record.stamp;
-    cells[2] = time.empty() ? Json() : Json(std::move(time));
-    cells[3] = code ? Json(*code) : Json();
-    cells[4] = record.Text();
-    cells[5] = record.Hex(!inTable);
-    listing.Row(cells);
-  });
+  std::uint64_t toShow = chosen - toSkip;
+  if (arguments.reverse) toSkip = 0;
+  RecordListing listing(terminal, log.Count(), width);
+  auto const see = [&](Record const& record) {
+    if (toShow == 0 || !choice(record) || (toSkip > 0 && toSkip-- > 0)) return;
+    toShow--;
+    listing.Row(record);
+  };
+  arguments.reverse ? log.ForEachReversed(see) : log.ForEach(see);
   listing.End();
   log.NoteDamage(terminal);
 }
@@ -281,7 +239,7 @@ void WriteChart(Arguments const& arguments, Chart const& chart, Step step, Termi
 }
 
 void DrawChart(Arguments const& arguments, Terminal& terminal) {
-  Choice const choice = ChoiceOf(arguments, terminal);
+  Choice const choice = arguments.choice.Get(terminal);
   if (arguments.by) StepOf(arguments, Chart());
   if (arguments.picture) arguments.picture.RequireFree();
   RecordLog const log = OpenLog(arguments);
@@ -300,7 +258,7 @@ void DrawChart(Arguments const& arguments, Terminal& terminal) {
   if (arguments.picture)
     WriteChart(arguments, chart, step, terminal);
   else
-    chart.Print(step, !arguments.codes.empty(), terminal);
+    chart.Print(step, arguments.choice.HasCodes(), terminal);
   if (without > 0)
     terminal.Note(std::to_string(without) + " of the records lack a date-time or a code: not in the chart");
   log.NoteDamage(terminal);
@@ -429,9 +387,7 @@ class Family {
     Value(command, "--to", &Arguments::to, type, "Only up to then");
   }
 
-  void Codes(CLI::App* command) {
-    Value(command, "--code", &Arguments::codes, "A,B", "Only these codes")->delimiter(',')->allow_extra_args(false);
-  }
+  ChoiceOptions& Choices() { return arguments_->choice; }
 
   void Picture(CLI::App* command) { arguments_->picture.AddTo(command, "Draw a picture instead, into this file"); }
 
@@ -460,9 +416,9 @@ void AddViews(Family& family) {
       "of a payload are left out of the table, and on a terminal what is wider than it. A day or a minute is meant "
       "from\n"
       "its first to its last second.");
-  family.Span(show, "TIME");
-  family.Codes(show);
-  family.Value(show, "--grep", &Arguments::text, "TEXT", "Only records whose text holds this, in any case");
+  family.Choices().AddSpan(show);
+  family.Choices().AddCodes(show);
+  family.Choices().AddText(show);
   show->add_flag("--reverse", family.Get(&Arguments::reverse), "The last one first");
   family.Value(show, "--last", &Arguments::last, "N", "Only the last N of them");
   family.Size(show);
@@ -475,8 +431,8 @@ void AddViews(Family& family) {
                  "  zelctl log chart logevt.rgt --code 1,3 --by weekday");
   family.Value(chart, "--by", &Arguments::by, "hour|day|week|month|year|weekday|hour-of-day",
                "What a bar stands for; if not given what fits a page");
-  family.Span(chart, "TIME");
-  family.Codes(chart);
+  family.Choices().AddSpan(chart);
+  family.Choices().AddCodes(chart);
   family.Picture(chart);
   family.Size(chart);
 }
@@ -524,6 +480,7 @@ void AddLog(CLI::App& app, Terminal& terminal) {
       "  zelctl log chart logevt.rgt --from 2005-03-01 --to 2005-03-31\n"
       "  zelctl log time logevt.rgt --start 1 --end 2,4 --from 2005-03-01 --to 2005-03-31");
   AddViews(family);
+  AddFollow(family.Get(), terminal);
   AddOutages(family.Get(), terminal);
   AddStatistics(family);
   AddRescue(family);
