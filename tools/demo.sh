@@ -1,7 +1,8 @@
 #!/bin/bash
 # The library's main jobs on real files, in three acts of a screen each: the settings of a hand-kept installation are
 # changed, and every line that was not meant stays byte for byte what it was; a network is built and changed; a month of
-# mains failures is read from an event log, at last as a page for a browser. Works on a copy; the page stays. Usage: tools/demo.sh PATH-OF-ZELCTL
+# mains failures is read from an event log, at last as a page for a browser. Works on a copy; the page stays.
+# Usage: tools/demo.sh PATH-OF-ZELCTL
 set -euo pipefail
 
 [ $# -eq 1 ] || { echo "usage: $0 PATH-OF-ZELCTL" >&2; exit 2; }
@@ -68,6 +69,6 @@ run log count root/logevt.rgt --code 4
 run log outages root/logevt.rgt --start 1 --end 2 --by day
 run log outages root/logevt.rgt --start 1 --end 2 --last 3
 run status --root root || [ $? -eq 1 ]  # 1: it wants a look
-page=${TMPDIR:-/tmp}/zelctl-demo-report.html
-run report --root root --out "$page" --overwrite
+page=$(mktemp -d)/report.html
+run report --root root --out "$page"
 say "a browser opens file://$page"
