@@ -17,11 +17,11 @@ namespace {
 using test::Sleeper, test::UniqueName, test::Zelctl, test::ZelctlLine;
 
 constexpr char kRefusal[] =
-    "zelctl: nothing killed: only process 1, zelctl itself or processes that have ended have that name\n[1]";
+    "zelctl: nothing killed: the only processes with that name are process 1, zelctl itself, or zombies\n[1]";
 
 std::string Id(Sleeper const& process) { return std::to_string(process.Id()); }
 
-std::string None(std::string const& name) { return "zelctl: no process is named " + name + "\n[1]"; }
+std::string None(std::string const& name) { return "zelctl: no process named " + name + "\n[1]"; }
 
 std::string Sent(std::string const& id, std::string const& name) {
   return "sent SIGTERM and SIGKILL to process " + id + " (" + name + ")\n";
@@ -53,9 +53,9 @@ TEST_F(ZelctlProcesses, FindsByNameAndSetsThePriority) {
 
   std::pair<std::string, std::string> const cases[] = {
       {Id(process) + " 0", "process " + Id(process) + " (" + name + "): priority low, was low\n"},
-      {Id(process) + " lowest", "zelctl: LEVEL: low, normal, high or highest, or 0 to 3\n[2]"},
-      {"0 low", "zelctl: PID: a number from 1 to 2147483647\n[2]"},
-      {"2147483647 low", "zelctl: no process 2147483647\n[1]"}};
+      {Id(process) + " lowest", "zelctl: LEVEL: expected low, normal, high, highest, or 0 to 3\n[2]"},
+      {"0 low", "zelctl: PID: expected a number from 1 to 2147483647\n[2]"},
+      {"2147483647 low", "zelctl: process 2147483647 does not exist\n[1]"}};
   for (auto const& [words, answer] : cases) EXPECT_EQ(Proc("priority " + words), answer);
 }
 
@@ -71,8 +71,7 @@ TEST_F(ZelctlProcesses, KillsWhatIsNamedAndNothingElse) {
   EXPECT_EQ(victim.EndingSignal(), SIGTERM);
   EXPECT_TRUE(longer.IsAlive());
   EXPECT_EQ(Proc("kill " + name), None(name));
-  EXPECT_EQ(Proc("kill " + tooLong),
-            None(tooLong + "; the system keeps 15 characters of a name: " + tooLong.substr(0, 15)));
+  EXPECT_EQ(Proc("kill " + tooLong), None(tooLong + "; names have at most 15 characters: " + tooLong.substr(0, 15)));
   Sleeper stubborn(name, true);
   EXPECT_EQ(Proc("kill /sbin/" + name + " --json"),
             "[\n  {\n    \"pid\": " + Id(stubborn) + ",\n    \"name\": \"" + name + "\"\n  }\n]\n");
@@ -87,7 +86,7 @@ TEST_F(ZelctlProcesses, WantsToKnowWhichOfSeveral) {
   std::string const least = std::to_string(std::min(first.Id(), third.Id()));  // in the order of `ps`
   std::string const most = std::to_string(std::max(first.Id(), third.Id()));
   EXPECT_EQ(Proc("kill " + name), "zelctl: nothing killed: several processes have that name: " + least + ", " + most +
-                                      "; --pid chooses one, --all kills all of them\n[1]");
+                                      "; use --pid or --all\n[1]");
   EXPECT_TRUE(first.IsAlive() && third.IsAlive());
   std::string const answer = Proc("kill " + name + " --all");
   for (Sleeper* process : {&first, &third}) {
@@ -143,7 +142,7 @@ TEST_F(ZelctlProcesses, StartsInTheBackground) {
     failure = Zelctl({"proc", "start", "exit 3"});
     return failure.substr(0, 8) != "started ";
   }));
-  EXPECT_EQ(failure.substr(failure.size() - 40), " has ended already, with exit code 3\n[1]") << failure;
+  EXPECT_EQ(failure.substr(failure.size() - 31), " already ended: exit code 3\n[1]") << failure;
 }
 
 // ---- Services ----
@@ -169,19 +168,17 @@ TEST_F(ZelctlProcesses, RunsServices) {
     // Nobody else may wait for them, and an ended process still has its name.
     prctl(PR_SET_CHILD_SUBREAPER, 1);
     auto const forget = [&] { waitpid(atoi(id().c_str()), nullptr, 0); };
-    std::string const none =
-        "there is no init script on this machine: none in /etc/init.d, /etc/rc.d and /usr/local/etc/rc.d\n";
+    std::string const none = "no init scripts found in /etc/init.d, /etc/rc.d or /usr/local/etc/rc.d\n";
     EXPECT_EQ(ZelctlLine("svc list"), "zelctl: note: " + none + "NAME  RUNNING  AUTOMATIC  SCRIPT  DESCRIPTION\n");
     EXPECT_EQ(ZelctlLine("svc list --json"), "zelctl: note: " + none + "[]\n");
     expect("start", "zelctl: " + none + "[1]");
-    expect("status", "zelctl: no service is named " + name + "\n[1]");
+    expect("status", "zelctl: service " + name + " does not exist\n[1]");
 
     mkdir("/etc/init.d", 0755);
     test::WriteFile(script, start + "esac\n");
-    expect("start", "zelctl: " + script + ": nobody may execute it\n[1]");
-    EXPECT_EQ(svc("start", "x"), "zelctl: no init script is named " + name + "x\n[1]");
-    expect("restart",
-           "zelctl: " + name + " does not run, so it is not restarted: no process is named " + name + "\n[1]");
+    expect("start", "zelctl: " + script + ": not executable\n[1]");
+    EXPECT_EQ(svc("start", "x"), "zelctl: no init script for " + name + "x\n[1]");
+    expect("restart", "zelctl: " + name + " is not running, not restarted: no process named " + name + "\n[1]");
     expect("stop", name + " stopped: no process of that name\n");
     EXPECT_FALSE(scratch.Exists("id"));
 
@@ -206,9 +203,11 @@ TEST_F(ZelctlProcesses, RunsServices) {
     EXPECT_EQ(answer, name + " started: process " + id() + "\n");
     expect("stop", name + " stopped: process " + id() + "\n");
     test::WriteFile(script, "#!/bin/sh\n");
-    expect("start", "zelctl: " + script + " has run, but no process is named " + name + "\n[1]");  // it has ended
+    expect("start", "zelctl: " + script + " ran, but there is no process named " + name + "\n[1]");  // it has ended
     forget();
-    expect("start", "zelctl: " + script + " has run, but no process is named " + name + "\n[1]");
+    // Its own words are no part of the answer, and its failure is that of the command.
+    test::WriteFile(script, "#!/bin/sh\necho \"$1\"\nexit 3\n");
+    expect("start", "start\nzelctl: " + script + " start: exit code 3\n[1]");
     return !HasFailure();
   });
   if (!result) GTEST_SKIP() << "no child with folders of its own on this system";

@@ -61,7 +61,7 @@ browse ups 'Rack 1 kVA' 2 8
 browse ups 'Mesa 600 VA' 3
 run browse tree root/zelbrws.cfg --utf8
 run browse edit computer 3 address=10.0.0.50 --file root/zelbrws.cfg
-run browse remove group 2 --file root/zelbrws.cfg
+run browse remove group 2 --yes --file root/zelbrws.cfg
 run browse tree root/zelbrws.cfg --utf8
 
 act 'When did the mains fail? A month of events: code 1 is "Mains failed", 2 "Mains back", 4 "Shutdown ordered"'

@@ -1,11 +1,16 @@
 // zelctl b64: Base64 as the configuration files hold it, and of files and pipes.
+#include <errno.h>
+#include <sys/stat.h>
+
 #include <CLI/CLI.hpp>
-#include <filesystem>
 #include <iostream>
 #include <iterator>
 #include <memory>
 
 #include "commands/families.h"
+#include "files/edit.h"
+#include "files/format.h"
+#include "files/output.h"
 #include "terminal/latin1.h"
 #include "terminal/terminal.h"
 #include "zelvane/crypto/base64.h"
@@ -15,6 +20,7 @@ namespace {
 struct Arguments {
   std::string text;
   std::vector<std::string> files;
+  bool overwrite = false;
 };
 
 std::string Result(ClassBase64& codec) {
@@ -23,17 +29,30 @@ std::string Result(ClassBase64& codec) {
   return bytes;
 }
 
-void ConvertFile(ClassBase64& codec, std::vector<std::string> const& files, Terminal const& terminal) {
-  if (!codec.LoadFromFile(files[0])) throw Failed(files[0] + ": cannot be read, is empty or is no regular file");
-  if (!codec.SaveToFile(files[1])) throw Failed(files[1] + ": cannot be written");
-  if (terminal.json) terminal.PrintJson({{"file", files[1]}, {"bytes", codec.SaveToBuf(nullptr, 0)}});
+void ConvertFile(ClassBase64& codec, bool encode, Arguments const& arguments, Terminal const& terminal) {
+  std::string const& from = arguments.files[0];
+  std::string const& to = arguments.files[1];
+  struct stat source = {};
+  if (stat(from.c_str(), &source) != 0) throw Failed(CannotRead(from, errno));
+  if (!S_ISREG(source.st_mode)) throw Failed(from + ": not a regular file");
+  if (source.st_size == 0) throw Failed(from + ": empty");
+  errno = 0;
+  if (!codec.LoadFromFile(from)) throw Failed(CannotRead(from, errno));
+  std::string const result = Result(codec);
+  if (!encode && result.empty()) throw Failed(from + ": no Base64 found");
+  RequireNew(to, arguments.overwrite);
+  Output out(to, source);
+  out.Write(result.data(), result.size());
+  out.Keep();
+  if (terminal.json) return terminal.PrintJson({{"file", to}, {"bytes", result.size()}});
+  if (out.IsFile()) terminal.PrintText(to + ": " + Counted(result.size(), "byte") + " written");
 }
 
 void ConvertInput(ClassBase64& codec, bool encode, Terminal const& terminal) {
   std::string const input(std::istreambuf_iterator<char>(std::cin), {});
   if (!codec.LoadFromBuf(input.data(), input.size())) throw Failed("standard input is empty");
   std::string const result = Result(codec);
-  if (!encode && result.empty()) throw Failed("standard input holds no Base64");
+  if (!encode && result.empty()) throw Failed("standard input: no Base64 found");
   if (terminal.json) {
     terminal.PrintJson({{"result", ToUtf8(result)}});
   } else {
@@ -43,16 +62,16 @@ void ConvertInput(ClassBase64& codec, bool encode, Terminal const& terminal) {
 
 void ConvertText(ClassBase64& codec, bool encode, std::string const& argument, Terminal const& terminal) {
   std::string const text = terminal.FromArgument("TEXT", argument);
-  if (!codec.LoadFromStr(text)) throw Failed("TEXT: cannot be converted");
+  if (!codec.LoadFromStr(text)) throw Failed("TEXT: cannot convert");
   std::string result = Result(codec);
   if (!encode) {
-    if (result.empty()) throw Failed("TEXT: no Base64");
+    if (result.empty()) throw Failed("TEXT: no Base64 found");
     result.erase(std::min(result.find('\0'), result.size()));
   }
   if (terminal.json) {
     terminal.PrintJson({{"result", ToUtf8(result)}});
   } else {
-    terminal.PrintText(result);
+    terminal.PrintValue(result);
   }
 }
 
@@ -61,14 +80,15 @@ void AddDirection(CLI::App* family, Terminal& terminal, bool encode, char const*
   auto const arguments = std::make_shared<Arguments>();
   CLI::App* const command = AddCommand(family, terminal, encode ? "encode" : "decode", description);
   auto* const text =
-      command->add_option("TEXT", arguments->text, "Text to convert (after \"--\" if it begins with \"-\")");
-  auto* const files = command->add_option("-f,--file", arguments->files, "Convert the bytes of file IN into file OUT");
+      command->add_option("TEXT", arguments->text, "Text to convert; put \"--\" before a text that starts with \"-\"");
+  auto* const files = command->add_option("-f,--file", arguments->files, "Convert file IN to file OUT");
   text->type_name("")->excludes(files);
   files->type_name("IN OUT")->expected(2);
+  AddOverwrite(command, arguments->overwrite);
   command->footer(footer);
   command->callback([arguments, text, files, encode, &terminal] {
     Codec codec;
-    if (*files) return ConvertFile(codec, arguments->files, terminal);
+    if (*files) return ConvertFile(codec, encode, *arguments, terminal);
     if (*text) return ConvertText(codec, encode, arguments->text, terminal);
     ConvertInput(codec, encode, terminal);
   });
@@ -77,20 +97,19 @@ void AddDirection(CLI::App* family, Terminal& terminal, bool encode, char const*
 }  // namespace
 
 void AddB64(CLI::App& app, Terminal& terminal) {
-  CLI::App* const family = app.add_subcommand("b64", "Base64 as the settings hold passwords");
+  CLI::App* const family = app.add_subcommand("b64", "Encode and decode Base64, as used for passwords");
   family->require_subcommand(1);
   AddDirection<EncodeBase64>(
       family, terminal, true, "Encode TEXT, a file, or standard input",
-      "TEXT is encoded with the NUL behind it, as the programs store passwords (other users of this machine can see\n"
-      "it while the command runs). A file and standard input are encoded byte for byte.\n"
-      "Lines of the result have 72 characters and end in CR LF, but for the last.\n\n"
+      "TEXT is encoded with its terminating NUL, like stored passwords. Other users can see it while the command\n"
+      "runs. A file and standard input are encoded byte for byte.\n"
+      "Output lines have 72 characters and end with CR LF, except the last one.\n\n"
       "  zelctl b64 encode secret              c2VjcmV0AA==\n"
       "  printf secret | zelctl b64 encode     c2VjcmV0\n"
       "  zelctl b64 encode --file logo.png logo.b64");
   AddDirection<DecodeBase64>(
       family, terminal, false, "Decode TEXT, a file, or standard input",
-      "Whatever is no Base64 character is skipped. TEXT gives the text up to its first NUL; a file and standard\n"
-      "input give all bytes.\n\n"
+      "Other characters are skipped. TEXT prints up to the first NUL; a file or standard input prints all bytes.\n\n"
       "  zelctl b64 decode c2VjcmV0AA==        secret\n"
       "  zelctl b64 decode < logo.b64 > logo.png");
 }

@@ -1,9 +1,14 @@
 // zelctl browse: the groups, computers and UPS units of the monitored network.
+#include <errno.h>
+
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <array>
+#include <functional>
 #include <iostream>
 
 #include "commands/families.h"
+#include "files/edit.h"
 #include "files/format.h"
 #include "files/handle.h"
 #include "records/browsetree.h"
@@ -21,7 +26,7 @@ struct Arguments {
   std::string id;
   std::vector<std::string> items;  // values of the fields for add, FIELD=VALUE for edit
   bool smallest = false;
-  bool force = false;
+  Writing writing;
 
   std::string File() const { return file.empty() ? GetZelvanePath() + "zelbrws.cfg" : file; }
 };
@@ -64,19 +69,19 @@ std::vector<Kind> Kinds() {
   return {MakeKind<G, GetBrwsGroupByIndex, AddBrwsGroup, EditBrwsGroup>(
               BrowseKind::kGroup,
               {Number<&G::id>("id", ""), Text<&G::name>("name", "name", kList),
-               Number<&G::parent>("parent", "group that it belongs to, -1 for none", kHighestNumber, -1)},
+               Number<&G::parent>("parent", "parent group, -1 for none", kHighestNumber, -1)},
               2, RemoveBrwsGroup),
           MakeKind<C, GetBrwsComputerByIndex, AddBrwsComputer, EditBrwsComputer>(
               BrowseKind::kComputer,
               {Number<&C::id>("id", ""), Text<&C::name>("name", "name", kList),
                Text<&C::address>("address", "network address", kList),
-               Number<&C::group>("group", "group that it belongs to, -1 for none", kHighestNumber, -1)},
+               Number<&C::group>("group", "group, -1 for none", kHighestNumber, -1)},
               3, RemoveBrwsComputer),
           MakeKind<U, GetBrwsNobreakByIndex, AddBrwsNobreak, EditBrwsNobreak>(
               BrowseKind::kUps,
               {Number<&U::id>("id", ""), Text<&U::name>("name", "name", kList),
-               Number<&U::computer>("computer", "computer that it is connected to, -1 for none", kHighestNumber, -1),
-               Number<&U::number>("number", "number of the unit there")},
+               Number<&U::computer>("computer", "computer, -1 for none", kHighestNumber, -1),
+               Number<&U::number>("number", "number of the UPS at that computer")},
               2, RemoveBrwsNobreak)};
 }
 
@@ -140,7 +145,7 @@ void ShowTree(Arguments const& arguments, Terminal const& terminal) {
   if (date != 0) std::cout << "Changed " << DateTimeToStr("yyyy-mm-dd hh:nn:ss", date) << '\n';
   PrintRows(tree.rows, false, terminal);
   if (!tree.orphans.empty()) {
-    std::cout << "\nOrphans, each with what is below it:\n";
+    std::cout << "\nOrphans (with their entries):\n";
     PrintRows(tree.orphans, true, terminal);
   }
   if (tree.faults.empty()) return;
@@ -157,8 +162,7 @@ void Put(Field const& field, void* record, std::string const& argument, Terminal
   std::string const value = CheckedArgument(field, argument, terminal);
   std::string const name = field.name;
   if (value.empty()) throw WrongUsage(name + ": must not be empty");
-  if (value.find('\r') != std::string::npos)
-    throw WrongUsage(name + ": a carriage return cannot stand in a line of the file");
+  if (value.find('\r') != std::string::npos) throw WrongUsage(name + ": contains a carriage return");
   field.put(record, value);
 }
 
@@ -168,11 +172,25 @@ void RequireOwner(Kind const& kind, void const* record, BrowseTree const& tree, 
   auto const owner = static_cast<std::int32_t>(std::stol(field.get(record)));
   auto const id = static_cast<std::int32_t>(std::stol(kind.fields[0].get(record)));
   if (owner >= 0 && tree.Find(OwnerKind(kind.kind), owner) == nullptr)
-    throw Failed(std::string(field.name) + ": " + file + " has no " + NameOf(OwnerKind(kind.kind)) + " " +
+    throw Failed(std::string(field.name) + ": " + file + ": no " + NameOf(OwnerKind(kind.kind)) + " " +
                  std::to_string(owner));
   if (kind.kind == BrowseKind::kGroup && id >= 0 && tree.IsWithin(owner, id))
     throw Failed(std::string(field.name) + ": group " + std::to_string(owner) + " is group " + std::to_string(id) +
-                 " itself or below it");
+                 " itself or one of its subgroups");
+}
+
+std::string Missing(std::string const& file, Kind const& kind, std::int32_t id) {
+  return file + ": " + NameOf(kind.kind) + " " + std::to_string(id) + " does not exist";
+}
+
+// Lets `act` change the list. False when it was a dry run.
+bool Change(std::string const& file, Arguments const& arguments, Terminal const& terminal,
+            std::function<int(void* list)> const& act) {
+  return Make({{file}}, arguments.writing, terminal, [&] {
+    Handle const list = Open(At(file));
+    errno = 0;
+    if (act(list.get()) == 0) throw Failed(CannotWrite(file, errno));
+  });
 }
 
 void Add(Kind const& kind, Arguments const& arguments, Terminal const& terminal) {
@@ -182,11 +200,12 @@ void Add(Kind const& kind, Arguments const& arguments, Terminal const& terminal)
   kind.fields[kind.owner].put(record.get(), "-1");
   for (std::size_t i = 0; i < arguments.items.size(); i++)
     Put(kind.fields[i + 1], record.get(), arguments.items[i], terminal);
-  RequireWholeLoad(file, arguments.force);
-  Handle const list = Open(file);
-  RequireOwner(kind, record.get(), BrowseTree(list.get(), file), file);
+  RequireWholeLoad(file, arguments.writing.force);
+  RequireOwner(kind, record.get(), BrowseTree(Open(file).get(), file), file);
   unsigned long id = 0;
-  if (kind.add(list.get(), record.get(), !arguments.smallest, &id) == 0) throw Failed(file + ": cannot be written");
+  bool const done = Change(file, arguments, terminal,
+                           [&](void* list) { return kind.add(list, record.get(), !arguments.smallest, &id); });
+  if (!done) return;
   kind.fields[0].put(record.get(), std::to_string(id));
   if (terminal.json)
     PrintRecord(kind.fields, record.get(), terminal);
@@ -200,7 +219,7 @@ std::size_t FieldPlace(Kind const& kind, std::string const& name) {
     if (name == kind.fields[i].name) return i;
     names.append(i == 1 ? "" : ", ").append(kind.fields[i].name);
   }
-  throw WrongUsage("no field \"" + name + "\"; those of a " + NameOf(kind.kind) + " are " + names);
+  throw WrongUsage("unknown field \"" + name + "\"; fields of a " + NameOf(kind.kind) + ": " + names);
 }
 
 // The fields that `items` name, with their new values, into the record.
@@ -209,10 +228,10 @@ std::vector<bool> PutItems(Kind const& kind, void* record, std::vector<std::stri
   std::vector<bool> given(kind.fields.size());
   for (std::string const& item : items) {
     std::size_t const equals = item.find('=');
-    if (equals == std::string::npos) throw WrongUsage("\"" + item + "\": FIELD=VALUE is wanted");
+    if (equals == std::string::npos) throw WrongUsage("\"" + item + "\": expected FIELD=VALUE");
     std::string const name = item.substr(0, equals);
     std::size_t const place = FieldPlace(kind, name);
-    if (given[place]) throw WrongUsage(name + ": given twice");
+    if (given[place]) throw WrongUsage(name + ": given more than once");
     given[place] = true;
     Put(kind.fields[place], record, item.substr(equals + 1), terminal);
   }
@@ -231,66 +250,101 @@ void RequireSavable(Kind const& kind, void const* record, BrowseEntry const& ent
     std::string const value = name == "name" ? entry.name : name == "address" ? entry.address : field.get(record);
     std::string const fault = given[i] ? "" : FieldFault(field, value);
     if (!fault.empty())
-      throw Failed(std::string(field.name) + ": the file holds a value that cannot be saved again (" + fault +
+      throw Failed(std::string(field.name) + ": the value in the file cannot be saved again (" + fault +
                    "); set this field too");
   }
 }
 
-void Edit(Kind const& kind, Arguments const& arguments, Terminal const& terminal) {
+void EditEntry(Kind const& kind, Arguments const& arguments, Terminal const& terminal) {
   std::string const file = arguments.File();
   std::int32_t const id = IdArgument(arguments);
   PutItems(kind, kind.make().get(), arguments.items, terminal);  // refused before any file is looked at
-  RequireWholeLoad(file, arguments.force);
+  RequireWholeLoad(file, arguments.writing.force);
   Handle const list = Open(file);
   BrowseTree const tree(list.get(), file);
   BrowseEntry const* const entry = tree.Find(kind.kind, id);
-  if (entry == nullptr) throw Failed(file + ": no " + NameOf(kind.kind) + " " + std::to_string(id));
+  if (entry == nullptr) throw Failed(Missing(file, kind, id));
   std::shared_ptr<void> const record = kind.make();
   kind.get(list.get(), entry->index, record.get());
   std::vector<bool> const given = PutItems(kind, record.get(), arguments.items, terminal);
   RequireSavable(kind, record.get(), *entry, given);
   if (kind.kind == BrowseKind::kUps && kind.fields[kind.owner].get(record.get()) == "-1")
-    throw Failed("computer: a UPS unit that is changed must have one");
+    throw Failed("computer: missing; a UPS unit that is edited needs one");
   if (given[kind.owner] || kind.kind == BrowseKind::kUps) RequireOwner(kind, record.get(), tree, file);
-  if (kind.edit(list.get(), record.get()) == 0) throw Failed(file + ": cannot be written");
-  if (terminal.json) PrintRecord(kind.fields, record.get(), terminal);
+  bool const done = Change(file, arguments, terminal, [&](void* now) { return kind.edit(now, record.get()); });
+  if (done && terminal.json) PrintRecord(kind.fields, record.get(), terminal);
+}
+
+// Numbers of groups, computers and UPS units.
+using Gone = std::array<unsigned long, 3>;
+
+Gone CountsOf(void* list) {
+  return {GetBrwsGroupsCount(list), GetBrwsComputersCount(list), GetBrwsNobreaksCount(list)};
+}
+
+Gone RemoveFrom(std::string const& file, std::function<int(void* list)> const& remove) {
+  Handle const list = Open(file);
+  Gone gone = CountsOf(list.get());
+  remove(list.get());
+  Gone const left = CountsOf(list.get());
+  for (std::size_t i = 0; i < gone.size(); i++) gone[i] -= left[i];
+  return gone;
+}
+
+std::string InWords(Gone const& gone) {
+  return Counted(gone[0], "group") + ", " + Counted(gone[1], "computer") + ", " + Counted(gone[2], "UPS unit");
+}
+
+void PrintGone(Gone const& gone, Terminal const& terminal) {
+  if (terminal.json) return terminal.PrintJson({{"groups", gone[0]}, {"computers", gone[1]}, {"ups", gone[2]}});
+  std::cout << "removed: " << InWords(gone) << '\n';
 }
 
 void Remove(Kind const& kind, Arguments const& arguments, Terminal const& terminal) {
   std::string const file = arguments.File();
   std::int32_t const id = IdArgument(arguments);
-  RequireWholeLoad(file, arguments.force);
-  if (!HasKey(file, SectionOf(kind.kind), std::to_string(id)))
-    throw Failed(file + ": no " + NameOf(kind.kind) + " " + std::to_string(id));
-  Handle const list = Open(file);
-  unsigned long (*const counts[])(void*) = {GetBrwsGroupsCount, GetBrwsComputersCount, GetBrwsNobreaksCount};
-  unsigned long gone[3];
-  for (std::size_t i = 0; i < 3; i++) gone[i] = counts[i](list.get());
-  if (kind.remove(list.get(), id, true) == 0) throw Failed(file + ": cannot be written");
-  for (std::size_t i = 0; i < 3; i++) gone[i] -= counts[i](list.get());
-  if (terminal.json)
-    terminal.PrintJson({{"groups", gone[0]}, {"computers", gone[1]}, {"ups", gone[2]}});
-  else
-    std::cout << "removed: " << Counted(gone[0], "group") << ", " << Counted(gone[1], "computer") << ", "
-              << Counted(gone[2], "UPS unit") << '\n';
+  RequireWholeLoad(file, arguments.writing.force);
+  if (!HasKey(file, SectionOf(kind.kind), std::to_string(id))) throw Failed(Missing(file, kind, id));
+  Gone gone;
+  {
+    // Told before it is done: the list counts what goes while nothing is flushed, and is dropped then.
+    Rehearsal const rehearsal({{file}, {}}, terminal);
+    gone = RemoveFrom(At(file), [&](void* list) { return kind.remove(list, id, true); });
+  }
+  if (kind.kind == BrowseKind::kGroup) RequireConsent(file + ": removes " + InWords(gone), arguments.writing);
+  bool const done = Change(file, arguments, terminal, [&](void* list) { return kind.remove(list, id, true); });
+  if (done) PrintGone(gone, terminal);
+}
+
+void Clear(Arguments const& arguments, Terminal const& terminal) {
+  std::string const file = arguments.File();
+  RequireWholeLoad(file, arguments.writing.force);
+  Gone const gone = CountsOf(Open(file).get());
+  if (gone != Gone{}) RequireConsent(file + ": removes " + InWords(gone), arguments.writing);
+  bool const done = Change(file, arguments, terminal, [](void* list) {
+    return ClearBrwsNobreaksList(list, false) != 0 && ClearBrwsComputersList(list, false) != 0 &&
+           ClearBrwsGroupsList(list, true) != 0;
+  });
+  if (done) PrintGone(gone, terminal);
 }
 
 // ---- The command line ----
 
-struct Change {
+struct Action {
   char const* name;
   char const* description;
   void (*act)(Kind const&, Arguments const&, Terminal const&);
 };
 
-CLI::App* AddChange(CLI::App* command, Terminal& terminal, Change const& change, Kind const& kind) {
+CLI::App* AddChange(CLI::App* command, Terminal& terminal, Action const& change, Kind const& kind) {
   static char const* const kWhat[] = {"a group", "a computer", "a UPS unit"};
   auto const arguments = std::make_shared<Arguments>();
   std::string const what = kWhat[static_cast<std::size_t>(kind.kind)];
   CLI::App* const added = AddCommand(command, terminal, NameOf(kind.kind), (change.description + what).c_str());
-  added->add_option("--file", arguments->file, "Another list than zelbrws.cfg of the installation root")
+  added->add_option("--file", arguments->file, "Use FILE instead of zelbrws.cfg in the installation root")
       ->type_name("FILE");
-  AddForce(added, arguments->force);
+  AddWriting(added, arguments->writing);
+  if (change.act == Remove && kind.kind == BrowseKind::kGroup) AddYes(added, arguments->writing);
   added->callback([arguments, kind, act = change.act, &terminal] { act(kind, *arguments, terminal); });
   std::string fields = "Fields:\n";
   for (std::size_t i = 1; i < kind.fields.size(); i++)
@@ -303,13 +357,14 @@ CLI::App* AddChange(CLI::App* command, Terminal& terminal, Change const& change,
         ->required()
         ->expected(least, static_cast<int>(kind.fields.size()) - 1)
         ->type_name("");
-    added->add_flag("--smallest", arguments->smallest, "Take the smallest free identifier, not the largest plus one");
+    added->add_flag("--smallest", arguments->smallest,
+                    "Use the smallest free identifier instead of the largest plus one");
     added->footer(fields + "Prints the identifier.");
     return added;
   }
   added->add_option("ID", arguments->id, "Identifier, as `zelctl browse tree` shows it")->required()->type_name("");
-  if (change.act == Edit) {
-    added->add_option("FIELD=VALUE", arguments->items, "Fields with their new values")->required()->type_name("");
+  if (change.act == EditEntry) {
+    added->add_option("FIELD=VALUE", arguments->items, "Fields and their new values")->required()->type_name("");
     added->footer(fields);
   }
   return added;
@@ -318,7 +373,7 @@ CLI::App* AddChange(CLI::App* command, Terminal& terminal, Change const& change,
 }  // namespace
 
 void AddBrowse(CLI::App& app, Terminal& terminal) {
-  CLI::App* const family = app.add_subcommand("browse", "The groups, computers and UPS units of the network");
+  CLI::App* const family = app.add_subcommand("browse", "Groups, computers and UPS units of the monitored network");
   family->require_subcommand(1);
   family->footer(
       "  zelctl browse add group Office\n"
@@ -326,17 +381,23 @@ void AddBrowse(CLI::App& app, Terminal& terminal) {
       "  zelctl browse edit computer 1 address=192.168.0.11\n"
       "  zelctl browse remove group 1");
   auto const arguments = std::make_shared<Arguments>();
-  CLI::App* const tree = AddCommand(family, terminal, "tree", "The network as a tree, with what does not fit into it");
-  char const* const otherList = "Another list than zelbrws.cfg of the installation root";
+  CLI::App* const tree =
+      AddCommand(family, terminal, "tree", "Print the network as a tree, then orphans and invalid entries");
+  char const* const otherList = "Use FILE instead of zelbrws.cfg in the installation root";
   tree->add_option("FILE", arguments->file, otherList)
       ->type_name("")
       ->excludes(tree->add_option("--file", arguments->file, "The same")->type_name("FILE"));
   tree->callback([arguments, &terminal] { ShowTree(*arguments, terminal); });
-  Change const changes[] = {{"add", "Add ", Add},
-                            {"edit", "Change fields of ", Edit},
+  CLI::App* const clear = AddCommand(family, terminal, "clear", "Remove all entries");
+  clear->add_option("--file", arguments->file, otherList)->type_name("FILE");
+  AddWriting(clear, arguments->writing);
+  AddYes(clear, arguments->writing);
+  clear->callback([arguments, &terminal] { Clear(*arguments, terminal); });
+  Action const changes[] = {{"add", "Add ", Add},
+                            {"edit", "Change fields of ", EditEntry},
                             {"remove", "Remove, with everything below it, ", Remove}};
   std::vector<Kind> const kinds = Kinds();
-  for (Change const& change : changes) {
+  for (Action const& change : changes) {
     CLI::App* const command = family->add_subcommand(change.name, std::string(change.description) + "an entry");
     command->require_subcommand(1);
     for (Kind const& kind : kinds) AddChange(command, terminal, change, kind);

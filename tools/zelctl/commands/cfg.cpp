@@ -1,9 +1,13 @@
 // zelctl cfg: any configuration file, as the engine reads and writes it.
+#include <errno.h>
+
 #include <CLI/CLI.hpp>
+#include <functional>
 #include <iostream>
 #include <memory>
 
 #include "commands/families.h"
+#include "files/edit.h"
 #include "files/format.h"
 #include "records/lint.h"
 #include "terminal/latin1.h"
@@ -20,7 +24,7 @@ struct Arguments {
   bool hasSection = false;
   bool hasKey = false;
   bool keepSpelling = false;
-  bool force = false;
+  Writing writing;
 };
 
 // The unnamed section as a header line would have it.
@@ -42,17 +46,25 @@ void OpenToRead(CfgClass& cfg, std::string const& file, Terminal const& terminal
   FileState const state = InspectFile(file);
   if (!state.exists) throw Failed(file + ": no such file");
   if (state.badLine != 0) terminal.Note(StoppedAt(file, state.badLine));
-  if (!cfg.OpenReadOnly(file)) throw Failed(file + ": cannot be read");
+  if (!cfg.OpenReadOnly(file)) throw Failed(CannotRead(file, errno));
 }
 
 std::unique_ptr<CfgClass> OpenToWrite(Arguments const& arguments) {
-  std::string const& file = arguments.file;
-  if (!InspectFile(file).exists) throw Failed(file + ": no such file");
-  RequireWholeLoad(file, arguments.force);
+  std::string const file = At(arguments.file);
   std::unique_ptr<CfgClass> cfg = arguments.keepSpelling ? std::unique_ptr<CfgClass>(std::make_unique<RegCfgClass>())
                                                          : std::make_unique<CfgClass>();
-  if (!cfg->Open(file)) throw Failed(file + ": cannot be read");
+  if (!cfg->Open(file)) throw Failed(CannotRead(file, errno));
   return cfg;
+}
+
+// Lets `act` change the open file. False when it was a dry run.
+bool Change(Arguments const& arguments, Terminal const& terminal, std::function<bool(CfgClass&)> const& act) {
+  if (!InspectFile(arguments.file).exists) throw Failed(arguments.file + ": no such file");
+  return Make({{arguments.file}}, arguments.writing, terminal, [&] {
+    std::unique_ptr<CfgClass> const cfg = OpenToWrite(arguments);
+    errno = 0;
+    if (!act(*cfg)) throw Failed(CannotWrite(arguments.file, errno));
+  });
 }
 
 Json KeyJson(Arguments const& arguments) {
@@ -67,7 +79,7 @@ void List(Arguments const& arguments, Terminal const& terminal) {
   std::vector<std::string> sections;
   if (arguments.hasSection) {
     if (!cfg.SectionExists(arguments.section))
-      throw Failed(arguments.file + ": no section " + terminal.Shown(Header(arguments.section)));
+      throw Failed(arguments.file + ": section " + terminal.Shown(Header(arguments.section)) + " does not exist");
     sections.push_back(arguments.section);
   } else {
     for (unsigned long i = 0; i < cfg.GetSectionCount(); i++) sections.push_back(cfg.GetSectionName(i));
@@ -92,13 +104,13 @@ void List(Arguments const& arguments, Terminal const& terminal) {
 
 void Get(Arguments const& arguments, Terminal const& terminal) {
   if (IsPasswordKey(arguments.key) && !terminal.showPasswords)
-    throw WrongUsage(terminal.Shown(arguments.key) + " holds a password: --show-password prints it");
+    throw WrongUsage(terminal.Shown(arguments.key) + " is a password; use --show-password");
   CfgClass cfg;
   OpenToRead(cfg, arguments.file, terminal);
   if (!cfg.KeyExists(arguments.section, arguments.key))
-    throw Failed(arguments.file + ": no key " + terminal.Shown(NameOf(arguments)));
+    throw Failed(arguments.file + ": key " + terminal.Shown(NameOf(arguments)) + " does not exist");
   std::string const value = cfg.ReadStr(arguments.section, arguments.key, "");
-  if (!terminal.json) return terminal.PrintText(value);
+  if (!terminal.json) return terminal.PrintValue(value);
   Json json = KeyJson(arguments);
   json["value"] = ToUtf8(value);
   terminal.PrintJson(json);
@@ -112,10 +124,10 @@ void Set(Arguments const& arguments, Terminal const& terminal) {
   RefuseFault("SECTION", SectionFault(arguments.section));
   RefuseFault("KEY", KeyFault(arguments.key));
   RefuseFault("VALUE", ValueFault(arguments.value));
-  std::unique_ptr<CfgClass> const cfg = OpenToWrite(arguments);
-  if (!cfg->WriteStr(arguments.section, arguments.key, arguments.value))
-    throw Failed(arguments.file + ": cannot be written");
-  if (!terminal.json) return;
+  bool const done = Change(arguments, terminal, [&](CfgClass& cfg) {
+    return cfg.WriteStr(arguments.section, arguments.key, arguments.value);
+  });
+  if (!done || !terminal.json) return;
   Json json = KeyJson(arguments);
   json["value"] = IsPasswordKey(arguments.key) && !terminal.showPasswords ? Json() : Json(ToUtf8(arguments.value));
   terminal.PrintJson(json);
@@ -126,20 +138,23 @@ bool Exists(CfgClass& cfg, Arguments const& arguments) {
 }
 
 void Unset(Arguments const& arguments, Terminal const& terminal) {
-  std::unique_ptr<CfgClass> const cfg = OpenToWrite(arguments);
   std::string const name = terminal.Shown(NameOf(arguments));
-  if (!Exists(*cfg, arguments)) throw Failed(arguments.file + ": no " + name);
-  bool const done =
-      arguments.hasKey ? cfg->DeleteKey(arguments.section, arguments.key) : cfg->EraseSection(arguments.section);
-  if (!done) throw Failed(arguments.file + ": cannot be written");
+  bool const done = Change(arguments, terminal, [&](CfgClass& cfg) {
+    if (!Exists(cfg, arguments))
+      throw Failed(arguments.file + ": " + (arguments.hasKey ? "key " : "section ") + name + " does not exist");
+    return arguments.hasKey ? cfg.DeleteKey(arguments.section, arguments.key) : cfg.EraseSection(arguments.section);
+  });
   // A line that repeated the removed one is read from now on.
-  if (cfg->Open(arguments.file) && Exists(*cfg, arguments))
-    throw Failed(arguments.file + ": removed, but a line that repeats " + name + " counts now; run the command again");
+  CfgClass now;
+  if (done && now.OpenReadOnly(arguments.file) && Exists(now, arguments))
+    throw Failed(arguments.file + ": removed, but a repeated line of " + name +
+                 " is now in effect; run the command again");
+  if (!done) return;
   if (terminal.json) terminal.PrintJson(KeyJson(arguments));
 }
 
 void ReportLint(Arguments const& arguments, Terminal& terminal) {
-  std::vector<Finding> const findings = Lint(arguments.file, terminal.showPasswords);
+  std::vector<Finding> const findings = Lint(arguments.file, terminal);
   Json json = Json::array();
   for (Finding const& finding : findings) {
     if (terminal.json)
@@ -148,7 +163,8 @@ void ReportLint(Arguments const& arguments, Terminal& terminal) {
                       {"kind", finding.kind},
                       {"message", ToUtf8(finding.message)}});
     else
-      std::cout << arguments.file << ':' << finding.line << ": " << terminal.Shown(finding.message) << '\n';
+      std::cout << terminal.ShownName(arguments.file) << ':' << finding.line << ": " << terminal.Shown(finding.message)
+                << '\n';
   }
   if (terminal.json) terminal.PrintJson(json);
   terminal.status = findings.empty() ? 0 : 1;
@@ -167,7 +183,7 @@ struct Command {
 CLI::App* Add(CLI::App* family, Terminal& terminal, Command const& command,
               std::shared_ptr<Arguments> const& arguments) {
   CLI::App* const added = AddCommand(family, terminal, command.name, command.description);
-  added->add_option("FILE", arguments->file, "The configuration file")->required()->type_name("");
+  added->add_option("FILE", arguments->file, "Configuration file")->required()->type_name("");
   added->footer(command.footer);
   added->callback([arguments, act = command.act, added, &terminal] {
     auto const given = [added](char const* name) {
@@ -185,21 +201,21 @@ CLI::Option* AddName(CLI::App* command, char const* name, std::string& target, c
   return command->add_option(name, target, description)->type_name("");
 }
 
-char const kSectionHelp[] = "Section; \"\" for the keys above the first header";
+char const kSectionHelp[] = "Section; \"\" for the keys before the first header";
 
 void AddReaders(CLI::App* family, Terminal& terminal) {
   auto const arguments = std::make_shared<Arguments>();
   CLI::App* const list = Add(family, terminal,
-                             {"list", "List sections and keys with their values as the programs read them", List,
-                              "Names come in upper case and in ascending order, as the programs see them."},
+                             {"list", "List sections, keys and values as the programs read them", List,
+                              "Names are in upper case and ascending order."},
                              arguments);
-  AddName(list, "SECTION", arguments->section, "Only this section; \"\" for the keys above the first header");
+  AddName(list, "SECTION", arguments->section, "Only this section; \"\" for the keys before the first header");
   AddShowPassword(list, terminal);
 
   CLI::App* const get =
-      Add(family, terminal, {"get", "Print one value", Get, "Exit code 1 when there is no such key."}, arguments);
+      Add(family, terminal, {"get", "Print one value", Get, "Exit code 1 if the key does not exist."}, arguments);
   AddName(get, "SECTION", arguments->section, kSectionHelp)->required();
-  AddName(get, "KEY", arguments->key, "Key; case does not matter")->required();
+  AddName(get, "KEY", arguments->key, "Key (case-insensitive)")->required();
   AddShowPassword(get, terminal);
 }
 
@@ -207,32 +223,31 @@ void AddWriters(CLI::App* family, Terminal& terminal) {
   auto const arguments = std::make_shared<Arguments>();
   CLI::App* const set =
       Add(family, terminal,
-          {"set", "Write one value; only its own line changes", Set,
-           "What is missing is created: a key below the last one of its section, a section at the end of the file.\n"
-           "Names and values that would not come back (brackets, line feeds, blanks at either end) are refused.\n"
-           "Arguments that begin with \"-\" go behind \"--\": zelctl cfg set x.cfg UPS NAME -- -x"},
+          {"set", "Set one value; no other line changes", Set,
+           "Missing sections and keys are created: a key after the last one of its section, a section at the end of\n"
+           "the file. Refuses what the file cannot hold: brackets, line feeds, leading and trailing blanks.\n"
+           "Put \"--\" before an argument that starts with \"-\": zelctl cfg set x.cfg UPS NAME -- -x"},
           arguments);
   AddName(set, "SECTION", arguments->section, kSectionHelp)->required();
   AddName(set, "KEY", arguments->key, "Key")->required();
-  AddName(set, "VALUE", arguments->value, "Value; \"\" for none")->required();
-  set->add_flag("--reg", arguments->keepSpelling, "New names keep your spelling; without it they are upper-cased");
+  AddName(set, "VALUE", arguments->value, "Value; \"\" for an empty value")->required();
+  set->add_flag("--reg", arguments->keepSpelling, "Keep the spelling of new names instead of upper case");
   AddShowPassword(set, terminal);
-  AddForce(set, arguments->force);
+  AddWriting(set, arguments->writing);
 
-  CLI::App* const unset =
-      Add(family, terminal,
-          {"unset", "Remove a key, or a section with its keys", Unset,
-           "Comments stay, and so do lines that repeat a name. Exit code 1 when there is no such name."},
-          arguments);
+  CLI::App* const unset = Add(family, terminal,
+                              {"unset", "Remove a key or a whole section", Unset,
+                               "Comments and repeated lines stay. Exit code 1 if the name does not exist."},
+                              arguments);
   AddName(unset, "SECTION", arguments->section, kSectionHelp)->required();
-  AddName(unset, "KEY", arguments->key, "Key; without it the whole section goes");
-  AddForce(unset, arguments->force);
+  AddName(unset, "KEY", arguments->key, "Key; without it, the whole section");
+  AddWriting(unset, arguments->writing);
 }
 
 }  // namespace
 
 void AddCfg(CLI::App& app, Terminal& terminal) {
-  CLI::App* const family = app.add_subcommand("cfg", "Any configuration file: list, get, set, unset, lint");
+  CLI::App* const family = app.add_subcommand("cfg", "Read, change and check any configuration file");
   family->require_subcommand(1);
   family->footer(
       "  zelctl cfg list upscli.cfg POPUP\n"
@@ -242,8 +257,10 @@ void AddCfg(CLI::App& app, Terminal& terminal) {
   AddWriters(family, terminal);
 
   auto const arguments = std::make_shared<Arguments>();
-  CLI::App* const lint = AddCommand(family, terminal, "lint", "Name the lines that are not read as they are meant");
-  lint->add_option("FILE", arguments->file, "The configuration file")->required()->type_name("");
+  CLI::App* const lint =
+      AddCommand(family, terminal, "lint",
+                 "Report lines that are ignored, cannot be parsed, or hold what the programs do not expect");
+  lint->add_option("FILE", arguments->file, "Configuration file")->required()->type_name("");
   AddShowPassword(lint, terminal);
   lint->footer(
       "Prints FILE:LINE: MESSAGE for the line that stops the parser, every line below it (the next save drops them),\n"

@@ -9,6 +9,7 @@
 #include <map>
 
 #include "commands/families.h"
+#include "files/edit.h"
 #include "files/input.h"
 #include "files/output.h"
 #include "terminal/secret.h"
@@ -38,6 +39,7 @@ struct Arguments {
   std::string out;
   std::string algorithm = "safer-sk64";
   std::string mode = "chained";
+  bool overwrite = false;
 };
 
 // A bar on the error stream, if that is a terminal.
@@ -78,14 +80,14 @@ class Progress {
 };
 
 std::unique_ptr<CipherClass> KeyedCipher(Arguments const& arguments) {
-  FileSecret const phrase(arguments.phraseFile, "phrase");
-  if (phrase.Size() == 0) throw Failed(arguments.phraseFile + ": no phrase there");
-  if (strlen(phrase.Text()) != phrase.Size()) throw Failed(arguments.phraseFile + ": a NUL byte would end the phrase");
+  FileSecret const phrase(arguments.phraseFile, "pass phrase");
+  if (phrase.Size() == 0) throw Failed(arguments.phraseFile + ": no pass phrase found");
+  if (strlen(phrase.Text()) != phrase.Size()) throw Failed(arguments.phraseFile + ": pass phrase contains a NUL byte");
   Hash_RipeMD256 hash;
   std::unique_ptr<CipherClass> cipher = kAlgorithms.at(arguments.algorithm)();
   cipher->SetMode(kModes.at(arguments.mode));
   cipher->SetHash(&hash);
-  if (!cipher->InitKey(phrase.Text(), nullptr)) throw Failed("the cipher cannot be keyed");
+  if (!cipher->InitKey(phrase.Text(), nullptr)) throw Failed("cannot set the key (out of memory)");
   cipher->SetHash(nullptr);
   return cipher;
 }
@@ -95,6 +97,7 @@ void CodeFile(Arguments const& arguments, Code code, Terminal const& terminal) {
   Input in(arguments.in, arguments.in);
   struct stat source = {};
   if (fstat(in.Descriptor(), &source) != 0) throw FileFailed(arguments.in);
+  RequireNew(arguments.out, arguments.overwrite);
   Output out(arguments.out, source);
   std::uint64_t done = 0;
   {
@@ -102,7 +105,7 @@ void CodeFile(Arguments const& arguments, Code code, Terminal const& terminal) {
     // Whole blocks, so that only the last piece can have a rest.
     char piece[65536];
     for (std::size_t got = 0; (got = in.Fill(piece, sizeof piece)) > 0; progress.Advance(got)) {
-      if (!(*cipher.*code)(piece, piece, static_cast<long>(got))) throw Failed("the cipher refuses to work");
+      if (!(*cipher.*code)(piece, piece, static_cast<long>(got))) throw Failed("cannot encrypt");
       out.Write(piece, got);
     }
     done = progress.Done();
@@ -110,8 +113,9 @@ void CodeFile(Arguments const& arguments, Code code, Terminal const& terminal) {
   out.Keep();
   if (done % 8 != 0 && arguments.mode == "code-book")
     terminal.Note(arguments.out + ": the last " + std::to_string(done % 8) +
-                  " bytes are lost: a code book keeps whole blocks of 8 bytes only");
-  if (terminal.json) terminal.PrintJson({{"file", arguments.out}, {"bytes", done}});
+                  " bytes cannot be recovered: code-book mode works in blocks of 8 bytes");
+  if (terminal.json) return terminal.PrintJson({{"file", arguments.out}, {"bytes", done}});
+  if (out.IsFile()) terminal.PrintText(arguments.out + ": " + Counted(done, "byte") + " written");
 }
 
 template <class Map>
@@ -125,37 +129,35 @@ std::vector<std::string> Names(Map const& map) {
 void AddDirection(CLI::App* family, Terminal& terminal, char const* name, char const* description, Code code) {
   CLI::App* const command = AddCommand(family, terminal, name, description);
   auto const arguments = std::make_shared<Arguments>();
-  command->add_option("IN", arguments->in, "The file that is read")->required()->type_name("");
-  command->add_option("OUT", arguments->out, "The file that is made, or replaced as a whole")
-      ->required()
-      ->type_name("");
+  command->add_option("IN", arguments->in, "Input file")->required()->type_name("");
+  command->add_option("OUT", arguments->out, "Output file")->required()->type_name("");
   command->add_option("--phrase-file", arguments->phraseFile, "The pass phrase is the first line of FILE")
       ->required()
       ->type_name("FILE");
+  AddOverwrite(command, arguments->overwrite);
   auto const choice = [&](char const* option, std::string& target, char const* meaning, auto const& names) {
     command->add_option(option, target, meaning)
         ->type_name("NAME")
         ->capture_default_str()
         ->check(CLI::IsMember(Names(names)));
   };
-  choice("--algorithm", arguments->algorithm, "Cipher and length of its key", kAlgorithms);
-  choice("--mode", arguments->mode, "How the blocks hang together", kModes);
+  choice("--algorithm", arguments->algorithm, "Cipher", kAlgorithms);
+  choice("--mode", arguments->mode, "Block chaining", kModes);
   command->callback([arguments, code, &terminal] { CodeFile(*arguments, code, terminal); });
 }
 
 }  // namespace
 
 void AddCipher(CLI::App& app, Terminal& terminal) {
-  CLI::App* const family =
-      app.add_subcommand("cipher", "Files enciphered as the earlier generation of the product did");
+  CLI::App* const family = app.add_subcommand("cipher", "Encrypt or decrypt files of the product's earlier generation");
   family->require_subcommand(1);
   family->footer(
-      "For old files only: a key of 64 bits is no protection today. The key is the RIPEMD-256 of the pass phrase, "
-      "byte\n"
-      "for byte as the file has it (the old programs wrote Latin-1), without the end of its line. A wrong phrase is "
-      "not\n"
-      "noticed: the result is noise. OUT is as long as IN, and takes its place only when all of it is written.\n\n"
+      "For old files only: a 64-bit key protects nothing today. The key is the RIPEMD-256 of the pass phrase, byte "
+      "for\n"
+      "byte as the file has it (the old programs wrote Latin-1), without the line end. A wrong phrase is not "
+      "detected:\n"
+      "the output is noise. OUT is as long as IN and is replaced only when complete.\n\n"
       "  zelctl cipher decode --phrase-file phrase.txt old.dat plain.dat");
-  AddDirection(family, terminal, "encode", "Encipher a file", &CipherClass::EncodeBuffer);
-  AddDirection(family, terminal, "decode", "Decipher a file", &CipherClass::DecodeBuffer);
+  AddDirection(family, terminal, "encode", "Encrypt a file", &CipherClass::EncodeBuffer);
+  AddDirection(family, terminal, "decode", "Decrypt a file", &CipherClass::DecodeBuffer);
 }

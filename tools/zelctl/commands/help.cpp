@@ -37,7 +37,7 @@ void PrintOverview(CLI::App const& root) {
     for (CLI::App const* command : Commands(*family)) PrintLine("  ", *command);
     std::cout << '\n';
   }
-  std::cout << "`zelctl help FAMILY COMMAND` tells the rest.\n";
+  std::cout << "See `zelctl help FAMILY COMMAND`.\n";
 }
 
 void PrintWords(CLI::App const& app) {
@@ -49,17 +49,17 @@ void PrintWords(CLI::App const& app) {
 }  // namespace
 
 void AddHelp(CLI::App& app, Terminal&) {
-  CLI::App* const help = app.add_subcommand("help", "Every command, by family");
+  CLI::App* const help = app.add_subcommand("help", "List all commands");
   auto const path = std::make_shared<std::vector<std::string>>();
   auto const words = std::make_shared<bool>(false);
-  help->add_option("COMMAND", *path, "Tell about this family, or this command of it");
-  help->add_flag("--words", *words, "For the shell's completion: what can follow, a word a line")->group("");
+  help->add_option("COMMAND", *path, "Family, and command of it, to describe");
+  help->add_flag("--words", *words, "For shell completion: possible next words, one per line")->group("");
   help->callback([&app, path, words] {
     CLI::App const* const named = Named(app, *path, *words);
     if (*words) {
       if (named != nullptr) PrintWords(*named);
     } else if (named == nullptr) {
-      throw WrongUsage("there is no such command; `zelctl help` lists them");
+      throw WrongUsage("unknown command; see `zelctl help`");
     } else if (path->empty()) {
       PrintOverview(app);
     } else {

@@ -1,8 +1,11 @@
 // zelctl lang: the texts of the programs in the users' languages, and this user's own wording of them.
+#include <errno.h>
+
 #include <CLI/CLI.hpp>
 #include <map>
 
 #include "commands/families.h"
+#include "files/edit.h"
 #include "files/format.h"
 #include "files/handle.h"
 #include "records/fields.h"
@@ -24,7 +27,7 @@ struct Arguments {
   std::string text;
   std::string language;
   std::string other;
-  bool force = false;
+  Writing writing;
 };
 
 std::string SystemFile() { return GetZelvanePath() + "zellang.cfg"; }
@@ -72,7 +75,7 @@ long NumberOf(std::string const& name) {
 }
 
 void List(Arguments const&, Terminal& terminal) {
-  NoteState(SystemFile(), "there are no languages", terminal);
+  NoteState(SystemFile(), "no languages defined", terminal);
   CfgClass system;
   CfgClass user;
   user.OpenReadOnly(UserFile());
@@ -122,23 +125,27 @@ void Get(Arguments const& arguments, Terminal& terminal) {
   if (text.empty())
     throw Failed("language " + std::to_string(lang) + " has no text " + std::to_string(number) + " in " + UserFile() +
                  " or " + SystemFile());
-  terminal.json ? terminal.PrintJson(TextJson(number, lang, tables.get())) : terminal.PrintText(text);
+  terminal.json ? terminal.PrintJson(TextJson(number, lang, tables.get())) : terminal.PrintValue(text);
 }
 
 void Set(Arguments const& arguments, Terminal& terminal) {
   long const number = TextNumber(arguments);
   std::string const text = terminal.FromArgument("TEXT", arguments.text);
-  std::string const fault =
-      text.find('\r') == std::string::npos ? ValueFault(text) : "a carriage return cannot stand in a line of the file";
+  std::string const fault = text.find('\r') == std::string::npos ? ValueFault(text) : "contains a carriage return";
   if (!fault.empty()) throw WrongUsage("TEXT: " + fault);
   long const lang = Language(arguments);
-  RequireWholeLoad(UserFile(), arguments.force);
-  Handle const tables = Open(lang);
-  if (SetLangStr(tables.get(), number, text.c_str()) == 0)
-    throw Failed("cannot be written: " + UserFile() + ", " + SystemFile());
+  Edit edit = {{UserFile()}, {SystemFile()}};
+  // The library writes the installed texts only where the user's file cannot be.
+  if (!IsWritable(UserFile())) std::swap(edit.files, edit.reads);
+  bool const done = Make(edit, arguments.writing, terminal, [&] {
+    errno = 0;
+    if (SetLangStr(Open(lang).get(), number, text.c_str()) == 0)
+      throw Failed(CannotWrite(UserFile(), errno) + "; " + CannotWrite(SystemFile(), errno));
+  });
+  if (!done) return;
   if (Table(UserFile(), lang).GetLangStr(number) != text)
-    terminal.Note(UserFile() + " cannot be written: the text stands in " + SystemFile());
-  if (terminal.json) terminal.PrintJson(TextJson(number, lang, tables.get()));
+    terminal.Note(CannotWrite(UserFile()) + "; the text is in " + SystemFile() + " instead");
+  if (terminal.json) terminal.PrintJson(TextJson(number, lang, Open(lang).get()));
 }
 
 // ---- What is not there ----
@@ -152,7 +159,7 @@ struct Finding {
 
 void Missing(Arguments const& arguments, Terminal& terminal) {
   long const languages[] = {LanguageArgument("A", arguments.language), LanguageArgument("B", arguments.other)};
-  NoteState(SystemFile(), "there are no languages", terminal);
+  NoteState(SystemFile(), "no languages defined", terminal);
   Table const installed[] = {{SystemFile(), languages[0]}, {SystemFile(), languages[1]}};
   std::map<std::pair<std::int32_t, int>, Finding> findings;  // by number
   for (int i = 0; i < 2; i++) {
@@ -178,7 +185,7 @@ void Missing(Arguments const& arguments, Terminal& terminal) {
 }  // namespace
 
 void AddLang(CLI::App& app, Terminal& terminal) {
-  CLI::App* const family = app.add_subcommand("lang", "The texts of the programs, and this user's own wording");
+  CLI::App* const family = app.add_subcommand("lang", "Message texts of the programs and the user's overrides");
   family->require_subcommand(1);
   family->footer(
       "The installed texts lie in zellang.cfg of the installation root, the user's own in ~/.zellang.cfg. Without\n"
@@ -206,8 +213,8 @@ void AddLang(CLI::App& app, Terminal& terminal) {
   word(set, "TEXT", arguments->text, "The text");
   set->footer(
       "Only where ~/.zellang.cfg cannot be written the text goes to the installed ones.\n"
-      "Arguments that begin with \"-\" go behind \"--\": zelctl lang set 12 -- -x");
-  AddForce(set, arguments->force);
+      "Put \"--\" before an argument that starts with \"-\": zelctl lang set 12 -- -x");
+  AddWriting(set, arguments->writing);
 
   CLI::App* const missing =
       add("missing", "Texts that one of two languages lacks, and the user's own in both", Missing);

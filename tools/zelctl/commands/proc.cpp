@@ -1,6 +1,8 @@
 // zelctl proc: the processes of this machine, and starting and ending them.
 #include <errno.h>
+#include <fcntl.h>
 #include <string.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -92,16 +94,46 @@ std::string EarlyFailure(pid_t child) {
   return WEXITSTATUS(status) == 0 ? "" : "exit code " + std::to_string(WEXITSTATUS(status));
 }
 
+// While it lives, those of the three streams that are pipes lead to /dev/null: whoever reads the answer of this command
+// does not wait for the end of the one that it starts.
+class LetGo {
+ public:
+  LetGo() {
+    int const nowhere = open("/dev/null", O_RDWR | O_CLOEXEC);
+    for (int fd = 0; fd < 3; fd++) {
+      struct stat stream = {};
+      bool const isPipe = fstat(fd, &stream) == 0 && (S_ISFIFO(stream.st_mode) || S_ISSOCK(stream.st_mode));
+      kept_[fd] = isPipe ? fcntl(fd, F_DUPFD_CLOEXEC, 3) : -1;
+      if (kept_[fd] >= 0) dup2(nowhere, fd);
+    }
+    close(nowhere);
+  }
+  ~LetGo() {
+    for (int fd = 0; fd < 3; fd++)
+      if (kept_[fd] >= 0) dup2(kept_[fd], fd), close(kept_[fd]);
+  }
+  LetGo(LetGo const&) = delete;
+  LetGo& operator=(LetGo const&) = delete;
+
+ private:
+  int kept_[3];
+};
+
 void Start(Arguments const& arguments, Terminal const& terminal) {
   if (arguments.command.empty()) throw WrongUsage("COMMAND: must not be empty");
   pid_t const self = getpid();
-  bool const started = CreateNewProc(arguments.command.c_str(), -1);
-  // The child itself comes back when there is no shell that takes the command.
-  if (getpid() != self) _exit(127);
-  if (!started) throw Failed("no process can be made");
+  errno = 0;
+  bool started = false;
+  {
+    LetGo const pipes;
+    started = CreateNewProc(arguments.command.c_str(), -1);
+    // The child itself comes back when there is no shell that takes the command.
+    if (getpid() != self) _exit(127);
+  }
+  if (!started) throw Failed(std::string("cannot start a process: ") + strerror(errno));
   pid_t const child = OnlyChild();
   std::string const failure = child > 0 ? EarlyFailure(child) : "";
-  if (!failure.empty()) throw Failed("process " + std::to_string(child) + " has ended already, with " + failure);
+  if (!failure.empty()) throw Failed("process " + std::to_string(child) + " already ended: " + failure);
   if (terminal.json) return terminal.PrintJson({{"pid", child}, {"command", arguments.command}});
   terminal.PrintText(child > 0 ? "started process " + std::to_string(child) : "started");
 }
@@ -120,10 +152,9 @@ Processes Victims(Arguments const& arguments) {
   auto const passed = [](ProcClass& process) { return IsSpared(process) || HasEnded(process); };
   victims.erase(std::remove_if(victims.begin(), victims.end(), passed), victims.end());
   if (victims.empty())
-    throw Failed("nothing killed: only process 1, zelctl itself or processes that have ended have that name");
+    throw Failed("nothing killed: the only processes with that name are process 1, zelctl itself, or zombies");
   if (victims.size() > 1 && !arguments.all)
-    throw Failed("nothing killed: several processes have that name: " + IdsOf(victims) +
-                 "; --pid chooses one, --all kills all of them");
+    throw Failed("nothing killed: several processes have that name: " + IdsOf(victims) + "; use --pid or --all");
   return victims;
 }
 
@@ -151,7 +182,7 @@ int LevelArgument(std::string const& text) {
   auto const found = std::find(std::begin(kLevels), std::end(kLevels), text);
   if (found != std::end(kLevels)) return static_cast<int>(found - std::begin(kLevels));
   if (text.size() == 1 && text[0] >= '0' && text[0] <= '3') return text[0] - '0';
-  throw WrongUsage("LEVEL: low, normal, high or highest, or 0 to 3");
+  throw WrongUsage("LEVEL: expected low, normal, high, highest, or 0 to 3");
 }
 
 void SetPriority(Arguments const& arguments, Terminal const& terminal) {
@@ -159,7 +190,7 @@ void SetPriority(Arguments const& arguments, Terminal const& terminal) {
   int const level = LevelArgument(arguments.level);
   ProcManager table;
   ProcClass* const process = table.GetProcByPID(pid);
-  if (process == nullptr) throw Failed("no process " + arguments.pid);
+  if (process == nullptr) throw Failed("process " + arguments.pid + " does not exist");
   char const* const before = LevelName(process->GetPriority());
   if (!process->SetPriority(level)) throw Failed(Shown(*process) + ": " + strerror(GetOSLastError()));
   if (terminal.json)
@@ -171,11 +202,11 @@ void SetPriority(Arguments const& arguments, Terminal const& terminal) {
 }  // namespace
 
 void AddProc(CLI::App& app, Terminal& terminal) {
-  CLI::App* const family = app.add_subcommand("proc", "The processes of this computer");
+  CLI::App* const family = app.add_subcommand("proc", "List, start and kill processes");
   family->require_subcommand(1);
   family->footer(
-      "A process bears the first 15 characters of its program's name. NAME may be a path; what follows its last \"/\"\n"
-      "counts, to the letter.\n\n"
+      "The name of a process is the first 15 characters of its program's file name. NAME can be a path: only the part\n"
+      "after the last \"/\" is compared, case-sensitively.\n\n"
       "  zelctl proc find zelsrv\n"
       "  zelctl proc kill zelsrv\n"
       "  zelctl proc priority 4711 high");
@@ -190,27 +221,31 @@ void AddProc(CLI::App& app, Terminal& terminal) {
   auto const word = [](CLI::App* command, char const* name, std::string& target, char const* meaning) {
     command->add_option(name, target, meaning)->required()->type_name("");
   };
-  add("list", "All processes, as `ps` lists them", List, "Lines are cut at the width of the terminal, if it is one.");
-  word(add("find", "The processes of one name", Find,
-           "The programs take the first one. Exit code 1 when there is none."),
+  add("list", "List all processes, from `ps`", List, "On a terminal, lines are cut at its width.");
+  word(add("find", "List the processes with this name", Find,
+           "The programs use the first one. Exit code 1 if there is none."),
        "NAME", arguments->name, "Name of the program");
   word(add("start", "Start a command in the background", Start,
-           "COMMAND is one argument, a command line for /bin/sh. It runs in a session of its own, with zelctl's input\n"
-           "and output, and is not waited for: only a failure within its first 0.2 seconds is reported (exit code 1)."),
+           "COMMAND is one argument: a command line for /bin/sh. It runs in its own session, with zelctl's input and\n"
+           "output unless they are pipes. zelctl does not wait; it reports only a failure in the first 0.2 seconds\n"
+           "(exit code 1)."),
        "COMMAND", arguments->command, "Command line, in quotes");
 
-  CLI::App* const kill = add("kill", "End a process at once: SIGTERM, and SIGKILL directly behind it", Kill,
-                             "Its process id is reported. When several processes have the name, nothing is killed, but "
-                             "with --pid or\n--all. Never killed: zelctl itself and process 1. Exit code 1 when no "
-                             "process has the name, or one is still\nthere after two seconds.");
+  CLI::App* const kill =
+      add("kill", "Kill a process: SIGTERM, immediately followed by SIGKILL", Kill,
+          "Prints the process id. If several processes have the name, use --pid or --all; otherwise none is "
+          "killed. Process 1\nand zelctl itself are never killed. Exit code 1 if no process has the "
+          "name, or one is still there after two\nseconds.");
   word(kill, "NAME", arguments->name, "Name of the program");
-  CLI::Option* const pid = kill->add_option("--pid", arguments->pid, "Only the process of that id, if it has the name");
+  CLI::Option* const pid =
+      kill->add_option("--pid", arguments->pid, "Only the process with this id, if it has the name");
   pid->type_name("PID");
   kill->add_flag("--all", arguments->all, "All processes of that name")->excludes(pid);
 
-  CLI::App* const priority = add("priority", "Set the priority of a process", SetPriority,
-                                 "LEVEL is low, normal, high or highest (0 to 3), which are the nice values 20, 0, -10 "
-                                 "and -20. More than\nnormal, and other users' processes, take root.");
+  CLI::App* const priority =
+      add("priority", "Set the priority of a process", SetPriority,
+          "LEVEL is low, normal, high or highest (0 to 3): nice 20, 0, -10, -20. Raising above normal, or another "
+          "user's\nprocess, requires root.");
   word(priority, "PID", arguments->pid, "Id of the process");
   word(priority, "LEVEL", arguments->level, "The new priority");
 }

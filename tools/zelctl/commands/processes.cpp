@@ -1,8 +1,10 @@
 #include "commands/processes.h"
 
+#include <string.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <fstream>
 #include <set>
 
 #include "terminal/latin1.h"
@@ -16,7 +18,7 @@ constexpr std::size_t kLongestName = 15;
 
 Processes AllProcesses() {
   ProcManager table;
-  if (!table.Update()) throw Failed("the processes cannot be read: `ps` does not run");
+  if (!table.Update()) throw Failed("cannot run `ps` to list processes");
   Processes processes;
   unsigned long const count = table.GetProcCount();
   processes.reserve(count);
@@ -39,9 +41,11 @@ Processes ProcessesNamed(std::string const& name) {
 }
 
 bool HasEnded(ProcClass& process) {
-  static std::string const kMark = "<defunct>";
-  std::string const command = process.GetFileName();
-  return command.size() >= kMark.size() && command.compare(command.size() - kMark.size(), kMark.size(), kMark) == 0;
+  // "PID (NAME) STATE ...", where the name may hold anything.
+  std::string stat;
+  std::getline(std::ifstream("/proc/" + std::to_string(process.GetPID()) + "/stat"), stat, '\0');
+  std::size_t const name = stat.rfind(") ");
+  return name == std::string::npos || strchr("ZX", stat[name + 2]) != nullptr;
 }
 
 bool IsSpared(ProcClass& process) {
@@ -56,9 +60,9 @@ Processes LivingNamed(std::string const& name) {
 
 std::string NobodyNamed(std::string const& name) {
   std::string const wanted = ExtractFileName(name);
-  std::string text = "no process is named " + (wanted.empty() ? name : wanted);
+  std::string text = "no process named " + (wanted.empty() ? name : wanted);
   if (wanted.size() <= kLongestName) return text;
-  return text + "; the system keeps 15 characters of a name: " + wanted.substr(0, kLongestName);
+  return text + "; names have at most 15 characters: " + wanted.substr(0, kLongestName);
 }
 
 std::string Shown(ProcClass& process) {

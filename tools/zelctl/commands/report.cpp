@@ -6,9 +6,9 @@
 #include "commands/families.h"
 #include "files/handle.h"
 #include "files/picturefile.h"
-#include "records/settings.h"
+#include "records/keylines.h"
+#include "records/tables.h"
 #include "report/options.h"
-#include "report/origin.h"
 #include "report/reportpage.h"
 #include "terminal/listing.h"
 #include "terminal/moment.h"
@@ -16,7 +16,8 @@
 #include "zelvane/api/serverlist.h"
 #include "zelvane/api/shutsrvconfig.h"
 #include "zelvane/api/upssrvconfig.h"
-#include "zelvane/config/paths.h"
+#include "zelvane/core/fileutils.h"
+#include "zelvane/core/strutils.h"
 
 namespace {
 
@@ -24,7 +25,6 @@ namespace fs = std::filesystem;
 
 struct Arguments {
   OutageOptions codes;
-  RootOption root;
   std::string schedule;
   PictureFile page;
 };
@@ -49,6 +49,20 @@ std::string NameText(Field const& field) {
   return name;
 }
 
+// The settings with the places they come from: "line 12" of the first file, "upstype.cfg:3" of another one.
+std::vector<ShownSetting> Rows(std::vector<Field> const& fields, void const* record,
+                               std::vector<std::string> const& files) {
+  std::vector<std::string> const origins = Origins(fields, record, files);
+  std::string const main = ExtractFileName(files[0]) + ":";
+  std::vector<ShownSetting> rows;
+  for (std::size_t i = 0; i < fields.size(); i++) {
+    bool const isMain = origins[i].compare(0, main.size(), main) == 0;
+    std::string const origin = isMain ? "line " + origins[i].substr(main.size()) : origins[i];
+    rows.push_back({NameText(fields[i]), ValueText(fields[i], record), origin});
+  }
+  return rows;
+}
+
 ShownSettings ServiceOf(SitePlace const& place, std::string const& root) {
   UpsSrvConfig settings;
   // The library would create the file if it were missing.
@@ -56,22 +70,17 @@ ShownSettings ServiceOf(SitePlace const& place, std::string const& root) {
   bool const exists = fs::exists(place.folder + "upssrv.cfg", none);
   int const read = exists ? GetUpsSrvConfig(place.folder.c_str(), &settings, 0) : GetUpsSrvDefConfig(&settings);
   if (read == 0) throw Failed(place.folder + "upssrv.cfg: cannot be read");
-  UpsOrigins const origins(place.folder, root, settings);
-  ShownSettings shown = {place.Title() + ": " + settings.upsName, {}};
-  for (Field const& field : UpsFields())
-    shown.rows.push_back({NameText(field), ValueText(field, &settings), origins.Of(field.name)});
-  return shown;
+  std::vector<std::string> files = {place.folder + "upssrv.cfg", root + "upstype.cfg", root + "usbhid.cfg"};
+  if (settings.modelIndex >= 0) files.push_back(place.folder + "upscfg" + IntToStr(settings.modelIndex, 2) + ".cfg");
+  return {place.Title() + ": " + settings.upsName, Rows(UpsFields(), &settings, files)};
 }
 
 ShownSettings ShutdownOf(std::string const& root) {
   ShutSrvConfig settings = {};
   if (GetShutSrvConfig(root.c_str(), &settings) == 0)
     return {"upscli.cfg: ZELSRV in [SHUTSRV] is not NAME;ADDRESS;PORT: nothing can be read.", {}};
-  ShutdownOrigins const origins(root);
-  ShownSettings shown = {"Settings of this computer, and where each stands in upscli.cfg or another file.", {}};
-  for (Field const& field : ShutdownFields())
-    shown.rows.push_back({NameText(field), ValueText(field, &settings), origins.Of(field.name)});
-  return shown;
+  return {"Settings of this computer, and where each stands in upscli.cfg or another file.",
+          Rows(ShutdownFields(), &settings, {root + "upscli.cfg", GetUserPath() + ".zelvane"})};
 }
 
 std::vector<ShownServer> Servers() {
@@ -98,10 +107,10 @@ std::string NameOfRoot(std::string const& root) {
 
 void Report(Arguments const& arguments, Terminal const& terminal) {
   OutageCodes const codes = arguments.codes.Codes();
-  arguments.root.Use();
+  RequireRoot();
   arguments.page.RequireFree();
   ReportParts parts;
-  parts.site = LookAtSite(codes, arguments.schedule);
+  parts.site = LookAtSite(codes, arguments.schedule, terminal);
   parts.rootName = NameOfRoot(parts.site.root);
   for (SitePlace const& place : parts.site.services) parts.services.push_back(ServiceOf(place, parts.site.root));
   parts.shutdown = ShutdownOf(parts.site.root);
@@ -121,7 +130,6 @@ void Report(Arguments const& arguments, Terminal const& terminal) {
 void AddReport(CLI::App& app, Terminal& terminal) {
   CLI::App* const command = AddCommand(&app, terminal, "report", "A page for whoever answers for a site");
   auto const arguments = std::make_shared<Arguments>();
-  arguments->root.AddTo(command);
   arguments->page.AddTo(command, "The page, one file of HTML", "--out")->required();
   arguments->codes.AddTo(command, false);
   command->add_option("--schedule", arguments->schedule, "A schedule, for the next planned moment")->type_name("FILE");

@@ -1,10 +1,17 @@
 // zelctl schedule: the moments at which the product is to act.
+#include <errno.h>
+#include <string.h>
+
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <filesystem>
+#include <functional>
 #include <memory>
+#include <set>
 
 #include "commands/families.h"
+#include "files/edit.h"
+#include "files/format.h"
 #include "terminal/listing.h"
 #include "terminal/moment.h"
 #include "terminal/terminal.h"
@@ -18,6 +25,7 @@ namespace fs = std::filesystem;
 struct Arguments {
   std::string file;
   std::vector<std::string> moments;
+  Writing writing;
 };
 
 fs::file_type TypeOf(std::string const& file) {
@@ -30,16 +38,13 @@ bool Exists(std::string const& file) { return TypeOf(file) != fs::file_type::not
 // Loads a list that writes nothing before FlushCache. A file that is there but cannot be read is not gone on with:
 // with the first addition the list would replace it.
 void Load(ProgList& list, std::string const& file, bool required) {
-  if (Exists(file) && TypeOf(file) != fs::file_type::regular) throw Failed(file + ": not a file");
+  if (Exists(file) && TypeOf(file) != fs::file_type::regular) throw Failed(file + ": not a regular file");
   list.SetCached(true);
   list.SetFile(file);
+  errno = 0;
   if (list.ReadFromFile()) return;
-  if (Exists(file)) throw Failed(file + ": cannot be read");
+  if (Exists(file)) throw Failed(CannotRead(file, errno));
   if (required) throw Failed(file + ": no such file");
-}
-
-void Save(ProgList& list, std::string const& file) {
-  if (!list.FlushCache()) throw Failed(file + ": cannot be written");
 }
 
 std::vector<reg_proglist> Entries(ProgList& list) {
@@ -47,6 +52,62 @@ std::vector<reg_proglist> Entries(ProgList& list) {
   reg_proglist entry = {};
   for (long i = 0; list.GetRegByIndex(i, &entry) != 0; i++) entries.push_back(entry);
   return entries;
+}
+
+// Bytes behind the last whole entry.
+std::uintmax_t Torn(std::string const& file) {
+  std::error_code none;
+  std::uintmax_t const size = fs::file_size(file, none);
+  return none ? 0 : size % sizeof(reg_proglist);
+}
+
+// Why the file is none that the programs have written: they save ascending dates. "" when it could be one.
+std::string Fault(std::vector<reg_proglist> const& entries, std::uintmax_t torn) {
+  for (std::size_t i = 0; i < entries.size(); i++) {
+    std::string const entry = "entry " + std::to_string(i + 1);
+    if (entries[i].dateTime < 0) return entry + " is no date";
+    if (i > 0 && entries[i].dateTime < entries[i - 1].dateTime) return entry + " is earlier than the one before it";
+  }
+  return torn == 0 ? "" : "after its last entry come " + Counted(torn, "byte");
+}
+
+// What the save will replace is kept, if it must be.
+void RequireSchedule(std::string const& file, Writing const& writing) {
+  ProgList list;
+  Load(list, file, false);
+  std::string const fault = Fault(Entries(list), Torn(file));
+  if (fault.empty()) return;
+  if (!writing.force)
+    throw Failed(file + ": not a schedule: " + fault + "; use --force to go on (the old file is copied to " + file +
+                 ".lost)");
+  if (!writing.dryRun) KeepAsLost(file);
+}
+
+std::string AsLines(std::string const& bytes) {
+  std::string lines;
+  for (std::size_t at = 0; at + sizeof(reg_proglist) <= bytes.size(); at += sizeof(reg_proglist)) {
+    std::int32_t dateTime = 0;
+    memcpy(&dateTime, bytes.data() + at, sizeof dateTime);
+    lines += TimeText(dateTime) + "\n";
+  }
+  return lines;
+}
+
+// Lets `act` change the list. False when it was a dry run.
+bool Change(Arguments const& arguments, bool required, Terminal const& terminal,
+            std::function<void(ProgList&)> const& act) {
+  if (required && !Exists(arguments.file)) throw Failed(arguments.file + ": no such file");
+  RequireSchedule(arguments.file, arguments.writing);
+  Edit edit = {{arguments.file}};
+  edit.noun = "date";
+  edit.asLines = AsLines;
+  return Make(edit, arguments.writing, terminal, [&] {
+    ProgList list;
+    Load(list, At(arguments.file), required);
+    act(list);
+    errno = 0;
+    if (!list.FlushCache()) throw Failed(CannotWrite(arguments.file, errno));
+  });
 }
 
 void PrintMoments(std::vector<reg_proglist> const& entries, Terminal const& terminal) {
@@ -61,6 +122,8 @@ void List(Arguments const& arguments, Terminal const& terminal) {
   ProgList list;
   Load(list, arguments.file, false);
   std::vector<reg_proglist> entries = Entries(list);
+  std::string const fault = Fault(entries, 0);
+  if (!fault.empty()) throw Failed(arguments.file + ": not a schedule: " + fault);
   std::stable_sort(entries.begin(), entries.end(), fcomp);
   auto const now = static_cast<std::int32_t>(GetDateTime());
   auto const next = std::find_if(entries.begin(), entries.end(), [now](auto const& e) { return e.dateTime >= now; });
@@ -73,31 +136,28 @@ void List(Arguments const& arguments, Terminal const& terminal) {
                                  : "later"});
   }
   listing.End();
-  if (!Exists(arguments.file)) return terminal.Note(arguments.file + " does not exist: nothing is scheduled");
-  std::error_code none;
-  if (fs::file_size(arguments.file, none) % sizeof(reg_proglist) != 0)
-    terminal.Note(arguments.file + ": the bytes behind its last whole entry are ignored");
+  if (!Exists(arguments.file)) return terminal.Note(arguments.file + ": no such file; nothing is scheduled");
+  if (Torn(arguments.file) != 0) terminal.Note(arguments.file + ": trailing bytes after the last entry are ignored");
 }
 
 void Add(Arguments const& arguments, Terminal const& terminal) {
   std::vector<reg_proglist> added;
   for (std::string const& text : arguments.moments) {
     Moment const moment = ParseMoment("WHEN", text);
-    if (moment.isDay) throw WrongUsage("WHEN: a time of day behind the day is wanted, such as " + text + " 22:30");
+    if (moment.isDay) throw WrongUsage("WHEN: expected a day and a time, such as \"" + text + " 22:30\"");
     reg_proglist const entry = {moment.first};
-    if (folddatetime(entry)) throw WrongUsage("WHEN: " + TimeText(entry.dateTime) + " has passed; only later is kept");
+    if (folddatetime(entry)) throw WrongUsage("WHEN: " + TimeText(entry.dateTime) + " is in the past");
     added.push_back(entry);
   }
-  ProgList list;
-  Load(list, arguments.file, false);
-  for (reg_proglist& entry : added) {
-    std::vector<reg_proglist> const listed = Entries(list);
-    if (std::any_of(listed.begin(), listed.end(), [&](auto const& e) { return e.dateTime == entry.dateTime; }))
-      throw Failed(TimeText(entry.dateTime) + " is listed already");
-    list.AddReg(&entry);
-  }
-  Save(list, arguments.file);
-  PrintMoments(added, terminal);
+  bool const done = Change(arguments, false, terminal, [&](ProgList& list) {
+    std::set<std::int32_t> listed;
+    for (reg_proglist const& entry : Entries(list)) listed.insert(entry.dateTime);
+    for (reg_proglist& entry : added) {
+      if (!listed.insert(entry.dateTime).second) throw Failed(TimeText(entry.dateTime) + " is already scheduled");
+      list.AddReg(&entry);
+    }
+  });
+  if (done) PrintMoments(added, terminal);
 }
 
 // The library removes the first entry of a day, so those of the day that come before the meant one are put back.
@@ -120,33 +180,32 @@ reg_proglist RemoveMoment(ProgList& list, std::vector<reg_proglist> const& entri
 void Remove(Arguments const& arguments, Terminal const& terminal) {
   std::vector<Moment> moments;
   for (std::string const& text : arguments.moments) moments.push_back(ParseMoment("WHEN", text));
-  ProgList list;
-  Load(list, arguments.file, true);
   std::vector<reg_proglist> removed;
-  for (Moment const& moment : moments) {
-    list.RefreshList();
-    removed.push_back(RemoveMoment(list, Entries(list), moment));
-  }
-  Save(list, arguments.file);
-  PrintMoments(removed, terminal);
+  bool const done = Change(arguments, true, terminal, [&](ProgList& list) {
+    for (Moment const& moment : moments) {
+      list.RefreshList();
+      removed.push_back(RemoveMoment(list, Entries(list), moment));
+    }
+  });
+  if (done) PrintMoments(removed, terminal);
 }
 
 void Clear(Arguments const& arguments, Terminal const& terminal) {
-  ProgList list;
-  Load(list, arguments.file, true);
-  std::vector<reg_proglist> const entries = Entries(list);
-  list.ClearList();
-  Save(list, arguments.file);
-  PrintMachineRow(terminal, {{"removed", 0}}, {entries.size()});
+  std::size_t removed = 0;
+  bool const done = Change(arguments, true, terminal, [&removed](ProgList& list) {
+    removed = Entries(list).size();
+    list.ClearList();
+  });
+  if (done) PrintMachineRow(terminal, {{"removed", 0}}, {removed});
 }
 
 }  // namespace
 
 void AddSchedule(CLI::App& app, Terminal& terminal) {
-  CLI::App* const family = app.add_subcommand("schedule", "The moments at which the product is to act");
+  CLI::App* const family = app.add_subcommand("schedule", "Times at which the product acts");
   family->require_subcommand(1);
   family->footer(
-      "Times are local. Whenever a schedule is written, moments that have passed are dropped from it.\n\n"
+      "Times are local. Every write removes past entries.\n\n"
       "  zelctl schedule add proglist.dat \"2030-03-07 22:30\"\n"
       "  zelctl schedule remove proglist.dat 2030-03-07");
   auto const arguments = std::make_shared<Arguments>();
@@ -157,14 +216,22 @@ void AddSchedule(CLI::App& app, Terminal& terminal) {
     command->callback([arguments, act, &terminal] { act(*arguments, terminal); });
     return command;
   };
-  add("list", "All moments, also those that have passed", List);
-  add("add", "Add moments; the file is created if need be", Add)
+  add("list", "List all entries, past ones too", List);
+  auto const addWriter = [&](char const* name, char const* description,
+                             void (*act)(Arguments const&, Terminal const&)) {
+    CLI::App* const command = add(name, description, act);
+    command->add_flag("--force", arguments->writing.force,
+                      "Go on although the file is not a schedule; it is copied to FILE.lost first");
+    AddDryRun(command, arguments->writing);
+    return command;
+  };
+  addWriter("add", "Add entries; create the file if it is missing", Add)
       ->add_option("WHEN", arguments->moments, "Such as \"2030-03-07 22:30\" or \"07/03/2030 22:30:15\"")
       ->required()
       ->type_name("");
-  add("remove", "Remove moments", Remove)
-      ->add_option("WHEN", arguments->moments, "The moment, or a day for the first one of that day")
+  addWriter("remove", "Remove entries", Remove)
+      ->add_option("WHEN", arguments->moments, "A time, or a day to remove its first entry")
       ->required()
       ->type_name("");
-  add("clear", "Remove all moments", Clear);
+  addWriter("clear", "Remove all entries", Clear);
 }

@@ -1,9 +1,11 @@
 // zelctl server: the UPS servers that the clients of this computer know.
+#include <errno.h>
 #include <string.h>
 
 #include <CLI/CLI.hpp>
 
 #include "commands/families.h"
+#include "files/edit.h"
 #include "files/format.h"
 #include "files/handle.h"
 #include "records/fields.h"
@@ -20,7 +22,7 @@ struct Arguments {
   std::string name;
   std::string address;
   std::string port;
-  bool force = false;
+  Writing writing;
 };
 
 // The item comes first: a pointer to the whole is one to the item, as the fields of both want it.
@@ -40,11 +42,6 @@ std::string File() { return GetZelvanePath() + "upscli.cfg"; }
 
 Handle Open() { return OpenHandle(File(), OpenServerList(), CloseServerList); }
 
-Handle OpenToWrite(Arguments const& arguments) {
-  RequireWholeLoad(File(), arguments.force);
-  return Open();
-}
-
 // The entries that are well formed; a remark on the others if a terminal is given.
 std::vector<Server> Servers(Handle const& list, Terminal const* terminal = nullptr) {
   std::vector<Server> servers;
@@ -56,7 +53,7 @@ std::vector<Server> Servers(Handle const& list, Terminal const* terminal = nullp
     if (GetServerListItem2(list.get(), i, &server.item, &server.key) != 0)
       servers.push_back(server);
     else if (terminal != nullptr)
-      terminal->Note(File() + ": [CLILIST] " + keys.GetKeyName(kSection, i) + " is not NAME;ADDRESS;PORT");
+      terminal->Note(File() + ": [CLILIST] " + keys.GetKeyName(kSection, i) + ": expected NAME;ADDRESS;PORT");
   }
   return servers;
 }
@@ -73,7 +70,7 @@ Server const* Find(std::vector<Server> const& servers, ServerListItem const& ite
 }
 
 void List(Arguments const&, Terminal const& terminal) {
-  NoteState(File(), "there are no servers", terminal);
+  NoteState(File(), "no servers defined", terminal);
   PrintRecords(kFields, Servers(Open(), &terminal), terminal);
 }
 
@@ -82,13 +79,15 @@ void Add(Arguments const& arguments, Terminal const& terminal) {
   PutArgument(kName, &item, arguments.name, terminal);
   PutArgument(kAddress, &item, arguments.address, terminal);
   PutArgument(kPort, &item, arguments.port, terminal);
-  Handle const list = OpenToWrite(arguments);
-  std::vector<Server> servers = Servers(list);
-  if (Server const* const same = Find(servers, item))
-    throw Failed("listed already under key " + std::to_string(same->key));
-  if (AddServerListItem(list.get(), &item) == 0) throw Failed(File() + ": cannot be written");
-  servers = Servers(list);
-  if (terminal.json) PrintRecord(kFields, Find(servers, item), terminal);
+  bool const done = Make({{File()}}, arguments.writing, terminal, [&] {
+    Handle const list = Open();
+    std::vector<Server> const servers = Servers(list);
+    if (Server const* const same = Find(servers, item))
+      throw Failed("already listed with key " + std::to_string(same->key));
+    errno = 0;
+    if (AddServerListItem(list.get(), &item) == 0) throw Failed(CannotWrite(File(), errno));
+  });
+  if (done && terminal.json) PrintRecord(kFields, Find(Servers(Open()), item), terminal);
 }
 
 // The key that `list` shows as this number: "7" or else "007"; also "hall", which is shown as 0.
@@ -103,27 +102,34 @@ std::string KeyShownAs(unsigned int number) {
     if (GetServerListItem2(list.get(), i, nullptr, &shown) != 0 && shown == number)
       names.push_back(keys.GetKeyName(kSection, i));
   if (names.size() > 1)
-    throw Failed("shown as " + key + " are " + names[0] + " and " + names[1] + "; `zelctl cfg unset` takes the name");
+    throw Failed("key " + key + " is ambiguous: " + names[0] + " and " + names[1] + "; use `zelctl cfg unset " +
+                 File() + " CLILIST NAME`");
   return names.empty() ? key : names[0];
 }
 
 void Remove(Arguments const& arguments, Terminal const& terminal) {
   auto const key = static_cast<unsigned int>(NumberArgument("KEY", arguments.key, 0, kHighestNumber));
-  RequireWholeLoad(File(), arguments.force);
   std::string const name = KeyShownAs(key);
-  RemoveKey(File(), kSection, name, [&] {
+  bool const done = RemoveKey(File(), kSection, name, arguments.writing, terminal, [&] {
     if (name == std::to_string(key)) return static_cast<void>(RemServerListItem2(Open().get(), key));
     CfgClass file;  // the list removes by number only
     if (file.Open(File())) file.DeleteKey(kSection, name);
   });
-  if (terminal.json) terminal.PrintJson({{"key", key}});
+  if (done && terminal.json) terminal.PrintJson({{"key", key}});
 }
 
 void Clear(Arguments const& arguments, Terminal const& terminal) {
-  Handle const list = OpenToWrite(arguments);
-  int const count = GetServerListCount(list.get());
-  if (ClearServerList(list.get()) == 0) throw Failed(File() + ": cannot be written");
-  if (terminal.json) terminal.PrintJson({{"removed", count}});
+  RequireWholeLoad(File(), arguments.writing.force);
+  auto const count = static_cast<std::uint64_t>(GetServerListCount(Open().get()));
+  std::string names;
+  for (Server const& server : Servers(Open()))
+    names += (names.empty() ? ": " : ", ") + terminal.Shown(server.item.serverName);
+  if (count > 0) RequireConsent(File() + ": removes " + Counted(count, "server") + names, arguments.writing);
+  bool const done = Make({{File()}}, arguments.writing, terminal, [&] {
+    errno = 0;
+    if (ClearServerList(Open().get()) == 0) throw Failed(CannotWrite(File(), errno));
+  });
+  if (done && terminal.json) terminal.PrintJson({{"removed", count}});
 }
 
 // The client's defaults name the port of a UPS server.
@@ -136,11 +142,12 @@ std::string DefaultPort() {
 }  // namespace
 
 void AddServer(CLI::App& app, Terminal& terminal) {
-  CLI::App* const family = app.add_subcommand("server", "The UPS servers that the clients of this computer know");
+  CLI::App* const family = app.add_subcommand("server", "UPS servers known to the clients on this computer");
   family->require_subcommand(1);
   family->footer(
-      "The servers lie in [CLILIST] of upscli.cfg in the installation root, in ascending order of their keys' text.\n"
-      "The first one is also the client's own (zelctl client).\n\n"
+      "Section [CLILIST] of upscli.cfg in the installation root, sorted by the text of the keys (\"10\" before "
+      "\"2\").\n"
+      "The first server is also the client's (`zelctl client`).\n\n"
       "  zelctl server add ups-hall 192.168.0.10\n"
       "  zelctl server remove 1");
   auto const arguments = std::make_shared<Arguments>();
@@ -155,14 +162,15 @@ void AddServer(CLI::App& app, Terminal& terminal) {
   };
   add("list", "All servers", List);
 
-  CLI::App* const adder = add("add", "Add a server under the smallest free key", Add);
+  CLI::App* const adder = add("add", "Add a server with the smallest free key", Add);
   word(adder, kName, arguments->name)->required();
   word(adder, kAddress, arguments->address)->required();
   arguments->port = DefaultPort();
   word(adder, kPort, arguments->port)->capture_default_str();
 
-  CLI::App* const remover = add("remove", "Remove the server of one key", Remove);
+  CLI::App* const remover = add("remove", "Remove the server with this key", Remove);
   remover->add_option("KEY", arguments->key, "Key, as `zelctl server list` shows it")->required()->type_name("");
-  for (CLI::App* const writer : {adder, remover, add("clear", "Remove all servers", Clear)})
-    AddForce(writer, arguments->force);
+  CLI::App* const clearer = add("clear", "Remove all servers", Clear);
+  for (CLI::App* const writer : {adder, remover, clearer}) AddWriting(writer, arguments->writing);
+  AddYes(clearer, arguments->writing);
 }

@@ -22,7 +22,6 @@ constexpr std::size_t kMostDuring = 4;
 
 struct Arguments {
   OutageOptions codes;
-  RootOption root;
   std::string schedule;
 };
 
@@ -241,9 +240,9 @@ void ShowJson(Site const& site, bool isOther, Terminal const& terminal) {
 
 void Status(Arguments const& arguments, Terminal& terminal) {
   OutageCodes const codes = arguments.codes.Codes();
-  arguments.root.Use();
-  Site const site = LookAtSite(codes, arguments.schedule);
-  bool const isOther = arguments.root.IsGiven();
+  RequireRoot();
+  Site const site = LookAtSite(codes, arguments.schedule, terminal);
+  bool const isOther = !terminal.root.empty();
   terminal.json ? ShowJson(site, isOther, terminal) : Show(site, isOther, terminal);
   for (SiteEvents const& events : site.events) {
     Mains const mains = MainsOf(events);
@@ -256,7 +255,6 @@ void Status(Arguments const& arguments, Terminal& terminal) {
 void AddStatus(CLI::App& app, Terminal& terminal) {
   CLI::App* const command = AddCommand(&app, terminal, "status", "How an installation is doing, on one screen");
   auto const arguments = std::make_shared<Arguments>();
-  arguments->root.AddTo(command);
   arguments->codes.AddTo(command, false);
   command->add_option("--schedule", arguments->schedule, "A schedule, for the next planned moment")->type_name("FILE");
   command->footer(

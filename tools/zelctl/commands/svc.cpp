@@ -1,11 +1,15 @@
 // zelctl svc: the services of this machine that have an init script.
 #include <errno.h>
+#include <spawn.h>
 #include <stdio.h>
 #include <string.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <iostream>
 
 #include "commands/families.h"
 #include "commands/processes.h"
@@ -25,8 +29,7 @@ struct Service {
   std::string description;
 };
 
-constexpr char kNoScripts[] =
-    "there is no init script on this machine: none in /etc/init.d, /etc/rc.d and /usr/local/etc/rc.d";
+constexpr char kNoScripts[] = "no init scripts found in /etc/init.d, /etc/rc.d or /usr/local/etc/rc.d";
 
 // The library looks at no run level; only scripts of this folder start by their being there.
 std::string AutomaticOf(SvcClass const& service) {
@@ -93,7 +96,7 @@ void Status(std::string const& name, Terminal const& terminal) {
   Service status = service != nullptr ? Describe(*service) : Service();
   status.name = name;
   status.unit = UnitOf(name);
-  if (service == nullptr && status.unit.empty()) throw Failed("no service is named " + name);
+  if (service == nullptr && status.unit.empty()) throw Failed("service " + name + " does not exist");
   Processes const processes = LivingNamed(name);
   status.running = !processes.empty();
   status.processes = IdsOf(processes);
@@ -106,11 +109,11 @@ void Status(std::string const& name, Terminal const& terminal) {
                                {"unit", status.unit},
                                {"description", ToUtf8(status.description)}});
   PrintRecord(
-      {String<&Service::name>("name", "the service"), Answer<&Service::running>("running", "a process has that name"),
-       String<&Service::processes>("processes", "their ids"), String<&Service::script>("script", "init script"),
-       String<&Service::automatic>("automatic", "started with the computer, by the script"),
-       String<&Service::unit>("unit", "the service of that name in systemd"),
-       String<&Service::description>("description", "the script's own")},
+      {String<&Service::name>("name", "the service"), Answer<&Service::running>("running", "a process has this name"),
+       String<&Service::processes>("processes", "process ids"), String<&Service::script>("script", "init script"),
+       String<&Service::automatic>("automatic", "started at boot by the script"),
+       String<&Service::unit>("unit", "systemd unit with this name"),
+       String<&Service::description>("description", "description in the script")},
       &status, terminal);
 }
 
@@ -119,7 +122,7 @@ void Status(std::string const& name, Terminal const& terminal) {
 SvcClass& Find(SvcManager& manager, std::string const& name) {
   if (manager.GetSvcCount() == 0) throw Failed(kNoScripts);
   SvcClass* const service = manager.GetSvcByName(name);
-  if (service == nullptr) throw Failed("no init script is named " + name);
+  if (service == nullptr) throw Failed("no init script for " + name);
   return *service;
 }
 
@@ -128,7 +131,7 @@ std::string WhyNot(SvcClass const& service, std::string const& otherwise) {
   std::string const script = service.GetFileName();
   struct stat file = {};
   if (stat(script.c_str(), &file) != 0) return script + ": " + strerror(errno);
-  if ((file.st_mode & (S_IXUSR | S_IXGRP | S_IXOTH)) == 0) return script + ": nobody may execute it";
+  if ((file.st_mode & (S_IXUSR | S_IXGRP | S_IXOTH)) == 0) return script + ": not executable";
   return otherwise;
 }
 
@@ -141,53 +144,82 @@ void Report(std::string const& name, char const* action, Processes const& proces
                      (processes.empty() ? "no process of that name" : noun + IdsOf(processes)));
 }
 
-// After a start or restart. The library takes a process that has ended, but was not waited for, for a running one.
-void RequireRunning(SvcClass const& service, bool runs, char const* action, Terminal const& terminal) {
+// Runs a script as the library does, which does not tell how the script ended. With --json its output goes to the error
+// stream. What is wrong with it, "" when it succeeded.
+std::string RunScript(SvcClass const& service, char const* action, Terminal const& terminal) {
+  std::string const script = service.GetFileName();
+  std::string const fault = WhyNot(service, "");
+  if (!fault.empty()) return fault;
+  std::cout.flush();
+  posix_spawn_file_actions_t streams;
+  posix_spawn_file_actions_init(&streams);
+  if (terminal.json) posix_spawn_file_actions_adddup2(&streams, STDERR_FILENO, STDOUT_FILENO);
+  // The shell takes scripts without a first line that names an interpreter, too.
+  char const* const words[] = {"sh", "-c", "\"$0\" \"$1\"", script.c_str(), action, nullptr};
+  pid_t child = 0;
+  int const error = posix_spawn(&child, "/bin/sh", &streams, nullptr, const_cast<char* const*>(words), environ);
+  posix_spawn_file_actions_destroy(&streams);
+  if (error != 0) return script + ": " + strerror(error);
+  int status = 0;
+  while (waitpid(child, &status, 0) < 0 && errno == EINTR) continue;
+  if (WIFSIGNALED(status)) return script + " " + action + ": signal " + std::to_string(WTERMSIG(status));
+  return WEXITSTATUS(status) == 0 ? "" : script + " " + action + ": exit code " + std::to_string(WEXITSTATUS(status));
+}
+
+// Runs the script with an action after which the service should run.
+void RunToRunning(SvcClass const& service, char const* action, char const* done, Terminal const& terminal) {
   std::string const name = service.GetName();
-  Processes const processes = runs ? LivingNamed(name) : Processes();
-  if (processes.empty()) throw Failed(WhyNot(service, service.GetFileName() + " has run, but " + NobodyNamed(name)));
-  Report(name, action, processes, terminal);
+  std::string const fault = RunScript(service, action, terminal);
+  if (!fault.empty()) throw Failed(fault);
+  Processes const processes = LivingNamed(name);
+  if (processes.empty()) throw Failed(service.GetFileName() + " ran, but there is " + NobodyNamed(name));
+  Report(name, done, processes, terminal);
 }
 
 void Start(std::string const& name, Terminal const& terminal) {
   SvcManager manager;
-  SvcClass& service = Find(manager, name);
-  RequireRunning(service, service.Start(-1), "started", terminal);
+  RunToRunning(Find(manager, name), "start", "started", terminal);
 }
 
 void Restart(std::string const& name, Terminal const& terminal) {
   SvcManager manager;
-  SvcClass& service = Find(manager, name);
-  if (!service.IsRunning()) throw Failed(name + " does not run, so it is not restarted: " + NobodyNamed(name));
-  RequireRunning(service, service.Restart(-1, -1), "restarted", terminal);
+  SvcClass const& service = Find(manager, name);
+  if (LivingNamed(name).empty()) throw Failed(name + " is not running, not restarted: " + NobodyNamed(name));
+  RunToRunning(service, "restart", "restarted", terminal);
 }
 
 void Stop(std::string const& name, Terminal const& terminal) {
   SvcManager manager;
-  SvcClass& service = Find(manager, name);
-  // The library would kill the first of them when the script does not end it.
+  SvcClass const& service = Find(manager, name);
   Processes before = LivingNamed(name);
   if (std::any_of(before.begin(), before.end(), IsSpared))
-    throw Failed("nothing stopped: process 1 or zelctl itself is named " + name);
-  if (!service.Stop(-1)) throw Failed(WhyNot(service, name + ": cannot be stopped: " + strerror(errno)));
-  Processes left = WaitForEnd(LivingNamed(name));
-  if (!left.empty()) throw Failed("still named " + name + ": " + Shown(left.front()) + " of " + IdsOf(left));
+    throw Failed("nothing stopped: process 1 or zelctl itself has the name " + name);
+  // As in the library, one that nobody may execute is none.
+  bool const runs = access(service.GetFileName().c_str(), F_OK) != 0 || WhyNot(service, "").empty();
+  std::string const fault = runs ? RunScript(service, "stop", terminal) : "";
+  // The library kills the first one that the script leaves.
+  Processes left = LivingNamed(name);
+  if (!left.empty() && !left.front().Kill()) throw Failed(name + ": cannot stop: " + strerror(errno));
+  left = WaitForEnd(LivingNamed(name));
+  if (!left.empty()) throw Failed("still running: " + Shown(left.front()) + " of " + IdsOf(left));
+  if (!fault.empty()) throw Failed(fault);
   Report(name, "stopped", before, terminal);
 }
 
 }  // namespace
 
 void AddSvc(CLI::App& app, Terminal& terminal) {
-  CLI::App* const family = app.add_subcommand("svc", "The services of this computer that have an init script");
+  CLI::App* const family = app.add_subcommand("svc", "Services with an init script");
   family->require_subcommand(1);
   family->footer(
-      "A service is a script in /etc/init.d, or, if there is none, in /etc/rc.d and /usr/local/etc/rc.d. It bears the\n"
-      "script's name without a leading \"rc.\" and without what follows the last dot, and runs when a process of that\n"
-      "name runs: one whose program is called otherwise, or by more than 15 characters, never does.\n\n"
+      "A service is a script in /etc/init.d; if there is none, in /etc/rc.d and /usr/local/etc/rc.d. Its name is the\n"
+      "script's, without a leading \"rc.\" and without the last dot and what follows. It counts as running if a "
+      "process\n"
+      "with that name runs. Names over 15 characters never match.\n\n"
       "  zelctl svc status zelsrv\n"
       "  zelctl svc restart zelsrv");
   CLI::App* const list = AddCommand(family, terminal, "list", "All services");
-  list->footer("Whether the run levels start a service is not looked at: \"automatic\" is unknown for most.");
+  list->footer("Run levels are not examined, so \"automatic\" is unknown for most services.");
   list->callback([&terminal] { List(terminal); });
 
   auto const name = std::make_shared<std::string>();
@@ -198,18 +230,16 @@ void AddSvc(CLI::App& app, Terminal& terminal) {
     command->footer(footer);
     command->callback([name, act, &terminal] { act(*name, terminal); });
   };
-  add("status", "One service, and what systemd says of it, if that manages this computer", Status,
-      "Services that only systemd knows are shown, too; the other commands do not act on them.\nExit code 1 when there "
-      "is "
-      "no such service.");
-  add("start", "Run the script with \"start\"", Start,
-      "Reports the id of the service's process. Exit code 1 when there is none as soon as the script has returned.");
-  add("stop", "Run the script with \"stop\", and kill the process if it is still there", Stop,
-      "Reports the ids of the processes that have ended. The first process that still has the name when the script "
-      "has\n"
-      "returned is killed, at once: SIGTERM and SIGKILL. Nothing is done when process 1 or zelctl itself has that "
-      "name.\n"
-      "Exit code 1 when a process of that name is left after two seconds.");
-  add("restart", "Run the script with \"restart\", if the service runs", Restart,
-      "Reports the id of the service's process. Exit code 1 when there is none as soon as the script has returned.");
+  add("status", "Show one service, with its systemd state if there is one", Status,
+      "Also shows services known only to systemd; the other commands do not act on them. Exit code 1 if the service\n"
+      "does not exist.");
+  char const* const kStarted =
+      "Prints the process id. Exit code 1 if the script fails, or the process does not exist when it returns. With\n"
+      "--json the script's output goes to standard error.";
+  add("start", "Run the script with \"start\"", Start, kStarted);
+  add("stop", "Run the script with \"stop\"; kill the process if it still runs", Stop,
+      "Prints the ids of the processes that ended. If a process still has the name when the script returns, the first\n"
+      "one is killed immediately (SIGTERM, then SIGKILL). Does nothing if process 1 or zelctl itself has that name.\n"
+      "Exit code 1 if the script fails, or a process with the name is left after two seconds.");
+  add("restart", "Run the script with \"restart\" if the service is running", Restart, kStarted);
 }

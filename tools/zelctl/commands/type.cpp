@@ -19,7 +19,7 @@ struct Arguments {
 };
 
 Handle Open(std::string const& table, Terminal const& terminal) {
-  NoteState(table, "there are no types", terminal);
+  NoteState(table, "no types defined", terminal);
   return OpenHandle(table, OpenUPSTypeList(table.c_str()), CloseUPSTypeList);
 }
 
@@ -34,7 +34,7 @@ void List(Arguments const& arguments, Terminal const& terminal) {
     UpsTypeItem item;
     if (GetUPSTypeListItem(types.get(), i, &item) == 0)
       terminal.Note(table + ": [UPSTYPE] " + keys.GetKeyName("UPSTYPE", i) +
-                    " is not NUMBER = NAME;DRIVER;MODULE;MODULE;MODEL");
+                    ": expected NUMBER = NAME;DRIVER;MODULE;MODULE;MODEL");
     else
       items.push_back(item);
   }
@@ -46,19 +46,19 @@ void Show(Arguments const& arguments, Terminal const& terminal) {
   std::string const table = arguments.Table();
   UpsTypeItem item;
   if (GetUPSTypeListItemByType(Open(table, terminal).get(), static_cast<unsigned int>(number), &item) == 0)
-    throw Failed(table + ": no type " + std::to_string(number) + " with five fields");
+    throw Failed(table + ": type " + std::to_string(number) + " does not exist or has fewer than five fields");
   PrintRecord(TypeFields<UpsTypeItem>(), &item, terminal);
 }
 
 }  // namespace
 
 void AddType(CLI::App& app, Terminal& terminal) {
-  CLI::App* const family = app.add_subcommand("type", "The UPS types that the product can drive");
+  CLI::App* const family = app.add_subcommand("type", "UPS types supported by the product");
   family->require_subcommand(1);
   auto const arguments = std::make_shared<Arguments>();
   auto const add = [&](char const* name, char const* description, void (*act)(Arguments const&, Terminal const&)) {
     CLI::App* const command = AddCommand(family, terminal, name, description);
-    command->add_option("--table", arguments->table, "Another table than upstype.cfg of the installation root")
+    command->add_option("--table", arguments->table, "Use FILE instead of upstype.cfg in the installation root")
         ->type_name("FILE");
     command->callback([arguments, act, &terminal] { act(*arguments, terminal); });
     return command;

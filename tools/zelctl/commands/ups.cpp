@@ -1,20 +1,24 @@
 // zelctl ups: the UPS units of this installation, and the settings of the service that watches one.
+#include <errno.h>
 #include <stdlib.h>
+#include <string.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <filesystem>
 
 #include "commands/families.h"
+#include "files/edit.h"
 #include "files/format.h"
 #include "files/handle.h"
 #include "records/record.h"
-#include "records/settings.h"
-#include "records/typefields.h"
+#include "records/tables.h"
 #include "terminal/latin1.h"
 #include "zelvane/api/serialports.h"
 #include "zelvane/api/upslist.h"
 #include "zelvane/api/upssrvconfig.h"
 #include "zelvane/api/upstypes.h"
+#include "zelvane/config/cfgclass.h"
 #include "zelvane/config/paths.h"
 #include "zelvane/core/fileutils.h"
 #include "zelvane/core/strutils.h"
@@ -29,7 +33,7 @@ constexpr std::int64_t kHighestUnit = 99;
 
 struct Arguments {
   std::string number;
-  bool force = false;
+  Writing writing;
 };
 
 struct Unit {
@@ -42,85 +46,60 @@ Unit UnitOf(std::string const& name) { return {name, GetZelvanePath() + name + "
 std::string ListFile() { return GetZelvanePath() + "srvlist.cfg"; }
 
 void List(Terminal const& terminal) {
-  NoteState(ListFile(), "there are no units", terminal);
+  NoteState(ListFile(), "no units defined", terminal);
   std::vector<Unit> units;
   char name[4];
   for (unsigned int i = 0; GetUpsListItem(i, name) != 0; i++) units.push_back(UnitOf(name));
   PrintRecords({String<&Unit::name>("unit"), String<&Unit::folder>("folder")}, units, terminal);
 }
 
+// What a new unit gets.
+std::string Template() { return GetZelvanePath() + "default/zelcfg.cfg"; }
+
+std::vector<std::string> TemplateFiles() {
+  std::vector<std::string> names;
+  CfgClass cfg;
+  if (!cfg.OpenReadOnly(Template())) return names;
+  for (unsigned long i = 0; i < cfg.GetKeyCount("FILES"); i++) names.push_back(cfg.ReadStr("FILES", i, ""));
+  names.erase(std::remove(names.begin(), names.end(), ""), names.end());
+  return names;
+}
+
 void Add(Arguments const& arguments, Terminal const& terminal) {
   Unit const unit = UnitOf(IntToStr(static_cast<long>(NumberArgument("N", arguments.number, 0, kHighestUnit)), 3));
-  RequireWholeLoad(ListFile(), arguments.force);
-  std::string const model = GetZelvanePath() + "default/zelcfg.cfg";
-  if (!DirExists(unit.folder) && !FilePermToRead(model))
-    throw Failed(unit.folder + ": no such folder, and none can be made without " + model);
-  if (AddUpsListItem(unit.name.c_str()) == 0)
-    throw Failed("unit " + unit.name + " is not added: " + unit.folder + ", a file that " + model + " names, or " +
-                 ListFile() + " cannot be made" + (CurrentUserIsAdmin() != 0 ? "" : " (it takes root)"));
-  if (terminal.json) terminal.PrintJson({{"unit", unit.name}, {"folder", ToUtf8(unit.folder)}});
+  Edit edit = {{ListFile()}, {Template()}};
+  bool const isNew = !DirExists(unit.folder);
+  std::string const source = isNew ? ExtractFilePath(Template()) : unit.folder;
+  if (isNew && !FilePermToRead(Template()))
+    throw Failed(unit.folder + ": no such directory, and it cannot be created: " + CannotRead(Template()));
+  std::string missing;
+  for (std::string const& name : TemplateFiles()) {
+    if (!FilePermToRead(source + name)) missing += (missing.empty() ? "" : ", ") + name;
+    if (isNew) edit.files.push_back(unit.folder + name), edit.reads.push_back(source + name);
+  }
+  if (!missing.empty()) throw Failed(source + ": lacks " + missing + ", which " + Template() + " lists");
+  bool const done = Make(edit, arguments.writing, terminal, [&] {
+    errno = 0;
+    if (AddUpsListItem(unit.name.c_str()) == 0)
+      throw Failed("unit " + unit.name + " not added: cannot create " + unit.folder + ", a file named in " +
+                   Template() + ", or " + ListFile() + (errno == 0 ? "" : std::string(": ") + strerror(errno)) +
+                   (CurrentUserIsAdmin() != 0 ? "" : " (root is required)"));
+  });
+  if (done && terminal.json) terminal.PrintJson({{"unit", unit.name}, {"folder", ToUtf8(unit.folder)}});
 }
 
 void Remove(Arguments const& arguments, Terminal const& terminal) {
   std::string const number = std::to_string(NumberArgument("N", arguments.number, 0, kHighestNumber));
-  RequireWholeLoad(ListFile(), arguments.force);
-  RemoveKey(ListFile(), "SRVLIST", number, [&] { RemUpsListItem(number.c_str()); });
-  if (terminal.json) terminal.PrintJson({{"unit", IntToStr(std::stol(number), 3)}});
+  std::string const unit = IntToStr(std::stol(number), 3);
+  RequireWholeLoad(ListFile(), arguments.writing.force);
+  if (HasKey(ListFile(), "SRVLIST", number))
+    RequireConsent(ListFile() + ": removes unit " + unit + "; its directory and files stay", arguments.writing);
+  bool const done =
+      RemoveKey(ListFile(), "SRVLIST", number, arguments.writing, terminal, [&] { RemUpsListItem(number.c_str()); });
+  if (done && terminal.json) terminal.PrintJson({{"unit", unit}});
 }
 
 // ---- The settings. ----
-
-Field Following(Field field, char const* decisive) {
-  field.follows = decisive;
-  return field;
-}
-
-Field Selecting(Field field) {
-  field.selects = true;
-  return field;
-}
-
-template <auto Member>
-Field Timer(char const* name, char const* meaning) {
-  constexpr std::int64_t kMillis = 1000;
-  // Seconds in the file, and 32 bits of milliseconds in the record.
-  Field field = Number<Member>(name, meaning, UINT32_MAX / kMillis * kMillis);
-  field.step = kMillis;
-  return field;
-}
-
-std::vector<Field> Fields() {
-  using C = UpsSrvConfig;
-  std::vector<Field> fields = TypeFields<C>();
-  fields[0].selects = true;
-  for (std::size_t i = 1; i < fields.size(); i++) fields[i].follows = fields[0].name;
-  Field date = Number<&C::fullDischargeDate>("fullDischargeDate", "battery: date of the next full discharge (-1 none)",
-                                             kHighestNumber, -1);
-  date.kind = FieldKind::kDate;
-  std::vector<Field> const own = {
-      Flag<&C::nbShutdown>("nbShutdown", "shutdown: switch the UPS off as well"),
-      Flag<&C::nbStandby>("nbStandby", "shutdown: put the UPS in standby"),
-      Number<&C::nbShutdownDelay>("nbShutdownDelay", "shutdown: delay of the UPS", kHighestNumber, INT32_MIN),
-      Flag<&C::histLog>("histLog", "keep the history log"),
-      Number<&C::tcpPort>("tcpPort", "TCP port of this UPS server", kHighestPort),
-      date,
-      Number<&C::dischargeInterval>("dischargeInterval", "battery: days between full discharges"),
-      Number<&C::batteryLevel>("batteryLevel", "battery: threshold of its level"),
-      Timer<&C::timerManual>("timerManual", "timer: manual, ms"),
-      Timer<&C::timerOnBattery>("timerOnBattery", "timer: on battery, ms"),
-      Timer<&C::timerLowBattery>("timerLowBattery", "timer: battery low, ms"),
-      Timer<&C::timerFailure>("timerFailure", "timer: failure, ms"),
-      Timer<&C::timerRegister>("timerRegister", "timer: register, ms"),
-      Selecting(Number<&C::commType>("commType", "line: 0 serial, 1 USB HID", 1)),
-      Selecting(Number<&C::commPort>("commPort", "line: port, counted from 1", kHighestNumber, 1)),
-      Following(Text<&C::commDriver>("commDriver", "line: driver"), "commType"),
-      Number<&C::usbDevice>("usbDevice", "line: device of a USB port (usbhid.cfg)"),
-      Number<&C::batteryChargeMode>("batteryChargeMode", "model: 0 low, 1 high charge *", 1),
-      Number<&C::lineSensitivity>("lineSensitivity", "model: 0 very low to 4 very high *", 4),
-  };
-  fields.insert(fields.end(), own.begin(), own.end());
-  return fields;
-}
 
 // Where the settings and the tables lie.
 struct Place {
@@ -168,7 +147,7 @@ int Write(Place const& place, UpsSrvConfig const& cfg, Terminal const& terminal)
     UpsSrvConfig defaults;
     GetUpsSrvDefConfig(&defaults);
     if (cfg.upsType != defaults.upsType)
-      terminal.Note(place.Types() + " has no type " + number + ": it counts as " + defaults.upsName);
+      terminal.Note(place.Types() + ": no type " + number + "; used as " + defaults.upsName);
   }
   return SetUpsSrvConfig(place.config.c_str(), &cfg, place.ownTables ? 1 : 0);
 }
@@ -178,7 +157,7 @@ struct ScratchFolder {
 
   ScratchFolder() {
     std::string pattern = fs::temp_directory_path() / "zelctl-XXXXXX";
-    if (mkdtemp(pattern.data()) == nullptr) throw Failed(pattern + ": cannot be made");
+    if (mkdtemp(pattern.data()) == nullptr) throw Failed(CannotWrite(pattern, errno));
     path = pattern;
   }
   ~ScratchFolder() {
@@ -204,7 +183,7 @@ void Reselect(Place const& place, UpsSrvConfig& cfg) {
     fs::create_symlink(fs::absolute(file), link);
   }
   UpsSrvConfig selected;
-  if (!written || GetUpsSrvConfig(folder.c_str(), &selected, 1) == 0) throw Failed(folder + ": cannot be written");
+  if (!written || GetUpsSrvConfig(folder.c_str(), &selected, 1) == 0) throw Failed(CannotWrite(folder));
   cfg.usbDevice = selected.usbDevice;
   cfg.batteryChargeMode = selected.batteryChargeMode;
   cfg.lineSensitivity = selected.lineSensitivity;
@@ -216,7 +195,7 @@ UpsSrvConfig const& Settings(void const* record) { return *static_cast<UpsSrvCon
 void AddSettings(CLI::App* family, Terminal& terminal) {
   auto const own = std::make_shared<bool>(false);
   RecordFamily record = {};
-  record.fields = Fields();
+  record.fields = UpsFields();
   record.make = [] { return std::shared_ptr<void>(std::make_shared<UpsSrvConfig>()); };
   record.files = [own](std::string const& directory, void const* r) {
     return Files(PlaceOf(directory, *own), Settings(r));
@@ -227,27 +206,27 @@ void AddSettings(CLI::App* family, Terminal& terminal) {
     return Write(PlaceOf(directory, *own), Settings(r), terminal);
   };
   record.reselect = [own](std::string const& directory, void* r) { Reselect(PlaceOf(directory, *own), Settings(r)); };
-  record.readFault = "cannot be read";
+  record.tables = [own](std::string const& directory) {
+    return std::vector<std::string>{PlaceOf(directory, *own).Types()};
+  };
+  record.readFault = "cannot read";
   record.notes =
-      "Timers are kept in whole seconds. A date further away than one dischargeInterval is brought nearer by the "
-      "save.\n"
-      "Settings marked * are kept only if the file of the type's model in DIR, upscfgNN.cfg, has them already.\n";
+      "Timers are rounded down to whole seconds. A date later than one dischargeInterval from now is moved to that.\n"
+      "Settings marked * are saved only if the model file upscfgNN.cfg in DIR already has them.\n";
   record.folder = Folder::kArgument;
   record.addOptions = [own](CLI::App* command) {
-    command->add_flag("--own-tables", *own, "upstype.cfg and usbhid.cfg lie in DIR too, not in the installation root");
+    command->add_flag("--own-tables", *own, "Use upstype.cfg and usbhid.cfg in DIR instead of the installation root");
   };
   AddRecordCommands(family, terminal, record);
 }
 
 }  // namespace
 
-std::vector<Field> UpsFields() { return Fields(); }
-
 void AddUps(CLI::App& app, Terminal& terminal) {
-  CLI::App* const family = app.add_subcommand("ups", "The UPS units of this installation, and the settings of each");
+  CLI::App* const family = app.add_subcommand("ups", "UPS units of this installation and their settings");
   family->footer(
-      "The units are listed in srvlist.cfg of the installation root; the settings of one lie in upssrv.cfg of its\n"
-      "folder there, and those of a single UPS in the root itself.\n\n"
+      "Units are listed in srvlist.cfg of the installation root. Settings are in upssrv.cfg of the unit's directory;\n"
+      "with a single UPS, in the root itself.\n\n"
       "  zelctl ups add 7\n"
       "  zelctl ups set 007 upsType=3 commType=1 timerOnBattery=120000\n"
       "  zelctl ups show 007 tcpPort");
@@ -257,14 +236,15 @@ void AddUps(CLI::App& app, Terminal& terminal) {
                        void (*act)(Arguments const&, Terminal const&)) {
     CLI::App* const command = AddCommand(family, terminal, name, description);
     command->add_option("N", arguments->number, "Number of the unit")->required()->type_name("");
-    AddForce(command, arguments->force);
+    AddWriting(command, arguments->writing);
     command->footer(footer);
     command->callback([arguments, act, &terminal] { act(*arguments, terminal); });
+    return command;
   };
-  add("add", "List a unit (0 to 99), and make its folder if there is none",
-      "A new folder gets the files that default/zelcfg.cfg of the installation root names. Its mode, 01230, lets only\n"
-      "root use it: adding units takes root.",
+  add("add", "Add a unit (0 to 99); create its directory if it is missing",
+      "Copies the files named in default/zelcfg.cfg of the installation root into a new directory. Its mode is 01230,\n"
+      "so only root can use it; run as root.",
       Add);
-  add("remove", "Take a unit off the list", "Its folder and files stay.", Remove);
+  AddYes(add("remove", "Remove a unit from the list", "Its directory and files stay.", Remove), arguments->writing);
   AddSettings(family, terminal);
 }

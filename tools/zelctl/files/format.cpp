@@ -1,9 +1,14 @@
 #include "files/format.h"
 
-#include <filesystem>
+#include <errno.h>
+#include <fcntl.h>
+#include <string.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include "terminal/terminal.h"
 #include "zelvane/config/cfgclass.h"
+#include "zelvane/core/fileutils.h"
 #include "zelvane/core/strutils.h"
 
 namespace {
@@ -13,17 +18,17 @@ bool Has(std::string const& text, char const* any) { return text.find_first_of(a
 }  // namespace
 
 std::string ValueFault(std::string const& value) {
-  if (value.find('\0') != std::string::npos) return "a NUL byte ends the text";
-  if (Has(value, "\n")) return "a line feed cannot stand in a line of the file";
-  if (Has(value, "[]")) return "'[' or ']' would make the line a syntax error";
-  if (Trim(value) != value) return "blanks at either end are not kept by the file";
+  if (value.find('\0') != std::string::npos) return "contains a NUL byte";
+  if (Has(value, "\n")) return "contains a line feed";
+  if (Has(value, "[]")) return "contains '[' or ']', which the file format does not allow";
+  if (Trim(value) != value) return "starts or ends with a blank, which the file does not keep";
   return "";
 }
 
 std::string KeyFault(std::string const& key) {
-  if (key.empty()) return "a key needs a name";
-  if (Has(key, "=")) return "'=' ends the name of a key";
-  if (Has(key.substr(0, 1), ";#'")) return "';', '#' or \"'\" in front makes the line a comment";
+  if (key.empty()) return "is empty";
+  if (Has(key, "=")) return "contains '='";
+  if (Has(key.substr(0, 1), ";#'")) return "starts with ';', '#' or \"'\", which makes the line a comment";
   return ValueFault(key);
 }
 
@@ -31,18 +36,48 @@ std::string SectionFault(std::string const& section) { return ValueFault(section
 
 bool IsPasswordKey(std::string const& key) { return AnsiUpperCase(key).find("PASSWORD") != std::string::npos; }
 
+std::string WithoutPassword(std::string const& line, bool showPasswords) {
+  std::string const text = Trim(line);
+  std::size_t const equals = text.find('=');
+  bool const hide = !showPasswords && IsPasswordKey(text.substr(0, equals));
+  return hide && equals != std::string::npos ? text.substr(0, equals + 1) + " " + kHiddenPassword : text;
+}
+
+std::string CannotRead(std::string const& path, int error) {
+  int const file = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+  if (file < 0) error = errno;
+  if (file >= 0) close(file);
+  return path + ": cannot read" + (error == 0 ? "" : std::string(": ") + strerror(error));
+}
+
+std::string CannotWrite(std::string const& path, int error) {
+  std::string const folder = ExtractFilePath(path);
+  bool const exists = access(path.c_str(), F_OK) == 0;
+  if ((exists && access(path.c_str(), W_OK) != 0) || access(folder.empty() ? "." : folder.c_str(), W_OK | X_OK) != 0)
+    error = errno;
+  return path + ": cannot write" + (error == 0 ? "" : std::string(": ") + strerror(error));
+}
+
 FileState InspectFile(std::string const& path) {
-  using std::filesystem::file_type;
-  std::error_code error;
-  file_type const type = std::filesystem::status(path, error).type();
-  if (type == file_type::not_found) return {false, 0};
-  CfgClass cfg;
-  if (cfg.OpenReadOnly(path)) {
-    // Of pipes and devices the engine reads nothing.
-    if (type != file_type::regular) throw Failed(path + ": not a file");
-    return {true, cfg.GetErrorLine()};
+  struct stat file = {};
+  if (stat(path.c_str(), &file) != 0) {
+    if (errno == ENOENT || errno == ENOTDIR) return {false, 0};
+    throw Failed(CannotRead(path, errno));
   }
-  throw Failed(path + ": cannot be read");
+  if (S_ISDIR(file.st_mode)) throw Failed(CannotRead(path, EISDIR));
+  // Of pipes and devices the engine reads nothing.
+  if (!S_ISREG(file.st_mode)) throw Failed(path + ": not a regular file");
+  CfgClass cfg;
+  errno = 0;
+  if (!cfg.OpenReadOnly(path)) throw Failed(CannotRead(path, errno));
+  return {true, cfg.GetErrorLine()};
+}
+
+char const kSettingsFile[] = "/etc/zelvane.conf";
+
+bool HasRootSetting() {
+  CfgClass settings;
+  return settings.OpenReadOnly(kSettingsFile) && !settings.ReadStr("ZELVANE", "PATH", "").empty();
 }
 
 bool HasKey(std::string const& path, std::string const& section, std::string const& key) {
@@ -50,28 +85,19 @@ bool HasKey(std::string const& path, std::string const& section, std::string con
   return cfg.OpenReadOnly(path) && cfg.KeyExists(section, key);
 }
 
-void RemoveKey(std::string const& path, std::string const& section, std::string const& key,
-               std::function<void()> const& remove) {
-  std::string const name = "[" + section + "] " + key;
-  if (!HasKey(path, section, key)) throw Failed(path + ": no key " + name);
-  remove();
-  if (HasKey(path, section, key))
-    throw Failed(path + ": " + name + " stays: the file cannot be written, or a line that repeats it counts now");
-}
-
 void RequireWholeLoad(std::string const& path, bool force) {
   FileState const state = InspectFile(path);
   if (state.badLine != 0 && !force)
-    throw Failed(StoppedAt(path, state.badLine) + ", and a save drops those lines; `zelctl cfg lint` names them, " +
-                 "--force saves all the same (the file as it was is kept as " + path + ".lost)");
+    throw Failed(StoppedAt(path, state.badLine) + ", and a save drops them. Run `zelctl cfg lint " + path +
+                 "` to list them, or use --force (the old file is copied to " + path + ".lost)");
 }
 
 void NoteState(std::string const& path, std::string const& whenMissing, Terminal const& terminal) {
   FileState const state = InspectFile(path);
-  if (!state.exists) terminal.Note(path + " does not exist: " + whenMissing);
+  if (!state.exists) terminal.Note(path + ": no such file; " + whenMissing);
   if (state.badLine != 0) terminal.Note(StoppedAt(path, state.badLine));
 }
 
 std::string StoppedAt(std::string const& path, long line) {
-  return path + ":" + std::to_string(line) + ": syntax error: lines below this one are not read";
+  return path + ":" + std::to_string(line) + ": syntax error: the lines below are not read";
 }

@@ -2,7 +2,6 @@
 #ifndef ZELVANE_TOOLS_ZELCTL_FILES_FORMAT_H
 #define ZELVANE_TOOLS_ZELCTL_FILES_FORMAT_H
 
-#include <functional>
 #include <string>
 
 struct Terminal;
@@ -14,6 +13,13 @@ std::string SectionFault(std::string const& section);
 
 // Whether a key of this name holds a password.
 bool IsPasswordKey(std::string const& key);
+// The line, trimmed, without the value of a key that holds a password.
+std::string WithoutPassword(std::string const& line, bool showPasswords);
+
+// "FILE: cannot read: REASON", and the same for a write: the system's reason, or `error` where a look at the file and
+// its folder shows none.
+std::string CannotRead(std::string const& path, int error = 0);
+std::string CannotWrite(std::string const& path, int error = 0);
 
 struct FileState {
   bool exists;
@@ -23,12 +29,12 @@ struct FileState {
 // Throws Failed when the file is there but cannot be read.
 FileState InspectFile(std::string const& path);
 
+// The system's settings, and whether they name an installation root.
+extern char const kSettingsFile[];
+bool HasRootSetting();
+
 // Whether the file, which need not exist, has the key.
 bool HasKey(std::string const& path, std::string const& section, std::string const& key);
-
-// Lets `remove` take a key away. Throws Failed when the file has no such key before it, or still has one after it.
-void RemoveKey(std::string const& path, std::string const& section, std::string const& key,
-               std::function<void()> const& remove);
 
 // For commands that write: throws Failed when the file cannot be read, or, unless `force`, when it has a line that
 // stops the parser, because a save would drop all lines below it.

@@ -5,13 +5,14 @@
 #include <memory>
 #include <string>
 
+#include "files/format.h"
 #include "terminal/terminal.h"
 
 using Handle = std::unique_ptr<void, int (*)(void*)>;
 
 // Takes over what the library opened from `file`. Throws Failed when that is nothing.
 inline Handle OpenHandle(std::string const& file, void* opened, int (*close)(void*)) {
-  if (opened == nullptr) throw Failed(file + ": cannot be read");
+  if (opened == nullptr) throw Failed(CannotRead(file));
   return {opened, close};
 }
 

@@ -19,6 +19,9 @@ class Output {
   Output(Output const&) = delete;
   Output& operator=(Output const&) = delete;
 
+  // Not a device or a pipe.
+  bool IsFile() const { return !target_.empty(); }
+
   // Throws FileFailed.
   void Write(void const* bytes, std::size_t size);
   // All that was written is on the disk then, under its own name. Throws FileFailed.

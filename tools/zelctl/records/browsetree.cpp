@@ -31,15 +31,16 @@ bool ReadEntry(void* list, BrowseKind kind, unsigned long index, BrowseEntry& en
 
 // Why the library does not take the entry.
 std::string InvalidReason(BrowseKind kind, std::string const& key) {
-  if (!StrIsInt(key)) return "its key is no number";
+  if (!StrIsInt(key)) return "key is not a number";
   static char const* const kShapes[] = {"NAME;PARENT", "NAME;ADDRESS;GROUP", "NAME;ADDRESS;NUMBER;COMPUTER"};
-  return std::string("not ") + kShapes[Place(kind)] + ", or a field is empty";
+  return std::string("expected ") + kShapes[Place(kind)] + " with no empty field";
 }
 
 // Why the library reads the entry but never finds it again; "" when it does.
 std::string UnreachableReason(std::int32_t id, std::string const& key) {
-  if (id < 0) return "its key is no identifier from 0 to 2147483647";
-  return key == IntToStr(id) ? "" : "its key is not written " + IntToStr(id) + ": it is never changed or removed";
+  if (id < 0) return "key is not an identifier (0 to 2147483647)";
+  return key == IntToStr(id) ? ""
+                             : "key should be \"" + IntToStr(id) + "\": the programs never change or remove this entry";
 }
 
 }  // namespace
@@ -109,11 +110,11 @@ void BrowseTree::Arrange() {
       BrowseEntry const& entry = entries[place];
       BrowseKind const kind = OwnerKind(entry.kind);
       if (!seen[place] && Find(kind, entry.owner) == nullptr)
-        Walk(place, std::string("no ") + NameOf(kind) + " " + std::to_string(entry.owner), orphans, seen);
+        Walk(place, std::string(NameOf(kind)) + " " + std::to_string(entry.owner) + " does not exist", orphans, seen);
     }
   for (auto const& places : places_)
     for (auto const& [id, place] : places)
-      if (!seen[place]) Walk(place, "its groups form a circle", orphans, seen);
+      if (!seen[place]) Walk(place, "its groups form a cycle", orphans, seen);
 }
 
 // Chains can be deeper than the stack, so what is still to be visited stands in a list.

@@ -13,13 +13,12 @@ namespace {
 std::string TextFault(Field const& field, std::string const& value) {
   auto const most = static_cast<std::size_t>(field.highest);
   if (value.size() > most)
-    return "at most " + std::to_string(most) + " characters, not " + std::to_string(value.size());
-  if (field.kind == FieldKind::kPassword)
-    return value.find('\0') == std::string::npos ? "" : "a NUL byte ends the text";
+    return "too long: " + std::to_string(value.size()) + " characters, at most " + std::to_string(most) + " allowed";
+  if (field.kind == FieldKind::kPassword) return value.find('\0') == std::string::npos ? "" : "contains a NUL byte";
   if (field.kind == FieldKind::kListText && value.find(';') != std::string::npos)
-    return "';' parts the fields of its line in the file";
+    return "contains ';', which separates fields in the file";
   if (field.kind == FieldKind::kLowerText && LowerCase(value) != value)
-    return "capitals: the file is read in lower case";
+    return "contains capitals; the file is read in lower case";
   return ValueFault(value);
 }
 
@@ -28,11 +27,24 @@ std::string NumberFault(std::string const& value, std::int64_t lowest, std::int6
   auto const [end, error] = std::from_chars(value.data(), value.data() + value.size(), number);
   bool const isNumber = error == std::errc() && end == value.data() + value.size();
   if (isNumber && number >= lowest && number <= highest && number % step == 0) return "";
-  return "a number from " + std::to_string(lowest) + " to " + std::to_string(highest) +
+  return "expected a number from " + std::to_string(lowest) + " to " + std::to_string(highest) +
          (step == 1 ? "" : " in steps of " + std::to_string(step));
 }
 
 bool IsNumber(Field const& field) { return field.kind == FieldKind::kNumber || field.kind == FieldKind::kDate; }
+
+// "1 h 30 min"; "" for what is as short as it is written.
+std::string DurationText(std::int64_t number, std::int64_t millis) {
+  if (millis == 0 || number < 1000 / millis || (millis == 1000 && number < 60)) return "";
+  std::int64_t seconds = number * millis / 1000;
+  std::string text;
+  std::pair<std::int64_t, char const*> const units[] = {{86400, "d"}, {3600, "h"}, {60, "min"}, {1, "s"}};
+  for (auto const& [length, name] : units) {
+    if (seconds >= length) text += (text.empty() ? "" : " ") + std::to_string(seconds / length) + " " + name;
+    seconds %= length;
+  }
+  return text;
+}
 
 bool IsHidden(Field const& field, std::string const& value, Terminal const& terminal) {
   return field.kind == FieldKind::kPassword && !value.empty() && !terminal.showPasswords;
@@ -41,23 +53,22 @@ bool IsHidden(Field const& field, std::string const& value, Terminal const& term
 }  // namespace
 
 std::string Limits(Field const& field) {
-  if (field.follows != nullptr) return std::string("follows ") + field.follows;
+  if (field.follows != nullptr) return std::string("depends on ") + field.follows;
   if (field.kind == FieldKind::kFlag) return "on or off";
   if (IsNumber(field)) return std::to_string(field.lowest) + " to " + std::to_string(field.highest);
   std::string const characters = "up to " + std::to_string(field.highest) + " characters";
   if (field.kind == FieldKind::kListText) return characters + ", no ';'";
-  return field.kind == FieldKind::kLowerText ? characters + ", no capitals" : characters;
+  return field.kind == FieldKind::kLowerText ? characters + ", lower case" : characters;
 }
 
 std::string FieldFault(Field const& field, std::string const& value) {
   if (IsNumber(field)) return NumberFault(value, field.lowest, field.highest, field.step);
-  if (field.kind == FieldKind::kFlag) return value == "on" || value == "off" ? "" : "on or off";
+  if (field.kind == FieldKind::kFlag) return value == "on" || value == "off" ? "" : "expected \"on\" or \"off\"";
   return TextFault(field, value);
 }
 
 std::string CheckedArgument(Field const& field, std::string const& argument, Terminal const& terminal) {
-  if (field.follows != nullptr)
-    throw WrongUsage(std::string(field.name) + ": cannot be set, it follows " + field.follows);
+  if (field.follows != nullptr) throw WrongUsage(std::string(field.name) + ": read-only; depends on " + field.follows);
   std::string value = terminal.FromArgument(field.name, argument);
   if (field.kind == FieldKind::kFlag && (value == "1" || value == "0")) value = value == "1" ? "on" : "off";
   std::string const fault = FieldFault(field, value);
@@ -85,8 +96,10 @@ std::vector<std::string> ValuesOf(std::vector<Field> const& fields, void const* 
 
 std::string CellOf(Field const& field, std::string const& value, Terminal const& terminal) {
   if (IsHidden(field, value, terminal)) return kHiddenPassword;
-  std::string const date = field.kind == FieldKind::kDate ? DateTimeToStr("yyyy-mm-dd hh:nn:ss", std::stol(value)) : "";
-  return date.empty() ? value : value + " (" + date + ")";
+  std::string const beside = field.kind == FieldKind::kDate     ? DateTimeToStr("yyyy-mm-dd hh:nn:ss", std::stol(value))
+                             : field.kind == FieldKind::kNumber ? DurationText(std::stoll(value), field.millis)
+                                                                : "";
+  return beside.empty() ? value : value + " (" + beside + ")";
 }
 
 Json JsonOf(Field const& field, std::string const& value, Terminal const& terminal) {
@@ -97,7 +110,8 @@ Json JsonOf(Field const& field, std::string const& value, Terminal const& termin
   return ToUtf8(value);
 }
 
-void PrintRecord(std::vector<Field> const& fields, void const* record, Terminal const& terminal) {
+void PrintRecord(std::vector<Field> const& fields, void const* record, Terminal const& terminal,
+                 std::vector<std::string> const& origins) {
   Json members = Json::object();
   std::vector<std::vector<std::string>> rows = {{"FIELD", "VALUE", "MEANING"}};
   for (Field const& field : fields) {
@@ -105,6 +119,8 @@ void PrintRecord(std::vector<Field> const& fields, void const* record, Terminal 
     members[field.name] = JsonOf(field, value, terminal);
     rows.push_back({field.name, CellOf(field, value, terminal), field.meaning});
   }
+  if (!origins.empty()) rows[0].insert(rows[0].begin() + 2, "ORIGIN");
+  for (std::size_t i = 0; i < origins.size(); i++) rows[i + 1].insert(rows[i + 1].begin() + 2, origins[i]);
   terminal.json ? terminal.PrintJson(members) : terminal.PrintTable(rows);
 }
 

@@ -35,7 +35,32 @@ struct Field {
   std::int64_t step = 1;          // of a number: the file keeps its multiples
   char const* follows = nullptr;  // the field that decides on this one, which cannot be set then
   bool selects = false;           // when it changes, other fields come from elsewhere (RecordFamily::reselect)
+  std::int64_t millis = 0;        // of a duration: one unit
+  // Where it is written; null for a field that is in no file. A file of "upscfg" is that of the model.
+  char const* file = nullptr;
+  char const* section = nullptr;
+  char const* key = nullptr;  // null: keyOf tells; kFirstKey: the first one of the section
+  int part = -1;              // of a value of several, parted by ";"
+  std::string (*keyOf)(void const* record) = nullptr;
+  std::vector<std::string> words = {};  // what the file has for the numbers from 0 on, where those are words
 };
+
+constexpr char kFirstKey[] = "*";
+
+// The field, with the place where it is written.
+inline Field In(char const* file, char const* section, char const* key, Field field, int part = -1) {
+  field.file = file;
+  field.section = section;
+  field.key = key;
+  field.part = part;
+  return field;
+}
+
+// The field, as a duration in units of so many milliseconds.
+inline Field Duration(std::int64_t millis, Field field) {
+  field.millis = millis;
+  return field;
+}
 
 // The highest number that reads back: files are read as signed 32-bit numbers, whatever the field's type.
 constexpr std::int64_t kHighestNumber = 2147483647;
@@ -144,8 +169,9 @@ std::vector<std::string> ValuesOf(std::vector<Field> const& fields, void const* 
 std::string CellOf(Field const& field, std::string const& value, Terminal const& terminal);
 Json JsonOf(Field const& field, std::string const& value, Terminal const& terminal);
 
-// One record, a field a line.
-void PrintRecord(std::vector<Field> const& fields, void const* record, Terminal const& terminal);
+// One record, a field a line; where each comes from, if that is given.
+void PrintRecord(std::vector<Field> const& fields, void const* record, Terminal const& terminal,
+                 std::vector<std::string> const& origins = {});
 
 // Records of one kind, one a line.
 void PrintRecords(std::vector<Field> const& fields, std::vector<void const*> const& records, Terminal const& terminal);

@@ -1,35 +1,35 @@
 #include "records/lint.h"
 
+#include <string.h>
+
+#include <algorithm>
 #include <fstream>
 #include <map>
+#include <optional>
 #include <utility>
 
 #include "files/format.h"
+#include "records/check.h"
+#include "records/keylines.h"
+#include "terminal/latin1.h"
 #include "terminal/terminal.h"
 #include "zelvane/config/cfgclass.h"
 #include "zelvane/core/strutils.h"
 
 namespace {
 
-std::string LineAsShown(std::string const& line, bool showPasswords) {
-  std::string const text = Trim(line);
-  std::size_t const equals = text.find('=');
-  bool const hide = !showPasswords && IsPasswordKey(text.substr(0, equals));
-  return hide && equals != std::string::npos ? text.substr(0, equals + 1) + " " + kHiddenPassword : text;
-}
-
 // Why a line is neither blank, comment, header nor key.
 char const* SyntaxFault(std::string const& line) {
   std::string const text = Trim(line);
-  if (text.size() == 1) return "one character alone";
-  if (text[0] == '=') return "no key before '='";
-  if (text == "[]") return "a header without a name";
-  if (text[0] == '[') return "a header whose first ']' is not the end of the line";
+  if (text.size() == 1) return "a single character";
+  if (text[0] == '=') return "missing key before '='";
+  if (text == "[]") return "empty header";
+  if (text[0] == '[') return "text after ']' in a header";
   return "'[' or ']' in a key or value";
 }
 
 std::string Where(std::string const& section) {
-  return section.empty() ? "above the first header" : "[" + section + "]";
+  return section.empty() ? "before the first header" : "[" + section + "]";
 }
 
 // Listens to the engine while it loads, so that what is reported is what the engine does and not a second opinion. The
@@ -40,8 +40,10 @@ class Listener final : public CfgClass {
 
   bool ParseLine(std::string const& line, bool noLines) override {
     line_++;
+    CheckEncoding(line);
     if (CfgClass::ParseLine(line, noLines)) return true;
-    Add("syntax-error", std::string("syntax error: ") + SyntaxFault(line) + ": " + LineAsShown(line, showPasswords_));
+    Add("syntax-error",
+        std::string("syntax error: ") + SyntaxFault(line) + ": " + WithoutPassword(line, showPasswords_));
     return false;
   }
 
@@ -49,8 +51,8 @@ class Listener final : public CfgClass {
     bool const found = CfgClass::LocateSection(name, position);
     section_ = AnsiUpperCase(name);
     if (found)
-      Add("repeated-section", "repeated section: " + Where(section_) + " was opened in line " +
-                                  std::to_string(sections_[section_]) + ", and the keys below are added there");
+      Add("repeated-section", "repeated section " + Where(section_) + ", first in line " +
+                                  std::to_string(sections_[section_]) + ": the keys below continue it");
     return found;
   }
 
@@ -64,27 +66,39 @@ class Listener final : public CfgClass {
     bool const found = CfgClass::LocateKey(section, key, position);
     // With the password out of reach the key's name is all that is said.
     if (found)
-      Add("repeated-key", "never read: " + AnsiUpperCase(key) + " of " + Where(section_) + " stands in line " +
-                              std::to_string(keys_[{section_, AnsiUpperCase(key)}]) + " already");
+      Add("repeated-key", "ignored: " + AnsiUpperCase(key) + " of " + Where(section_) + " is already in line " +
+                              std::to_string(keys_[{section_, AnsiUpperCase(key)}].line));
     return found;
   }
 
   bool InsertKey(std::string const& key, std::string const& value, SectionPosition const* section,
                  KeyPosition const* previous, LinePosition const* line, bool create) override {
-    keys_[{section_, AnsiUpperCase(key)}] = line_;
+    keys_[{section_, AnsiUpperCase(key)}] = {line_, value};
     return CfgClass::InsertKey(key, value, section, previous, line, create);
   }
 
+  KeyLines const& Keys() const { return keys_; }
   std::vector<Finding> TakeFindings() { return std::move(findings_); }
 
  private:
   void Add(char const* kind, std::string message) { findings_.push_back({line_, kind, std::move(message)}); }
 
+  void CheckEncoding(std::string const& line) {
+    std::string const text = Trim(line);
+    if (line_ == 1 && line.compare(0, 3, "\xEF\xBB\xBF") == 0)
+      return Add("encoding", "byte order mark: the programs take it for the beginning of the line");
+    if (text.empty() || strchr(";#'", text[0]) != nullptr) return;
+    std::string lacking;
+    std::optional<std::string> const latin1 = ToLatin1(text, "UTF-8", lacking);
+    if (latin1 ? *latin1 != text : !lacking.empty())
+      Add("encoding", "UTF-8 text: the programs take it for Latin-1: " + WithoutPassword(line, showPasswords_));
+  }
+
   bool showPasswords_;
   long line_ = 0;
   std::string section_;
   std::map<std::string, long> sections_;
-  std::map<std::pair<std::string, std::string>, long> keys_;
+  KeyLines keys_;
   std::vector<Finding> findings_;
 };
 
@@ -94,18 +108,21 @@ void AddDropped(std::string const& path, long badLine, bool showPasswords, std::
   std::string line;
   for (long number = 1; std::getline(file, line); number++) {
     if (number <= badLine) continue;
-    std::string const text = LineAsShown(line, showPasswords);
-    findings.push_back({number, "dropped", "not read, dropped by the next save: " + (text.empty() ? "(blank)" : text)});
+    std::string const text = WithoutPassword(line, showPasswords);
+    findings.push_back({number, "dropped", "not read; the next save drops it: " + (text.empty() ? "(blank)" : text)});
   }
 }
 
 }  // namespace
 
-std::vector<Finding> Lint(std::string const& path, bool showPasswords) {
+std::vector<Finding> Lint(std::string const& path, Terminal const& terminal) {
+  bool const showPasswords = terminal.showPasswords;
   if (!InspectFile(path).exists) throw Failed(path + ": no such file");
   Listener listener(showPasswords);
-  if (!listener.OpenReadOnly(path)) throw Failed(path + ": cannot be read");
+  if (!listener.OpenReadOnly(path)) throw Failed(CannotRead(path));
   std::vector<Finding> findings = listener.TakeFindings();
   if (listener.GetErrorLine() != 0) AddDropped(path, listener.GetErrorLine(), showPasswords, findings);
+  CheckValues(path, listener.Keys(), terminal, findings);
+  std::stable_sort(findings.begin(), findings.end(), [](auto const& a, auto const& b) { return a.line < b.line; });
   return findings;
 }

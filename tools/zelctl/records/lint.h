@@ -5,14 +5,17 @@
 #include <string>
 #include <vector>
 
+struct Terminal;
+
 struct Finding {
   long line;            // counted from 1
-  char const* kind;     // "syntax-error", "dropped", "repeated-section" or "repeated-key"
+  char const* kind;     // "syntax-error", "dropped", "repeated-section", "repeated-key", "encoding", "value", "fields",
+                        // "unknown-key"
   std::string message;  // Latin-1, complete but for the file and the line
 };
 
 // In the order of the lines. Throws Failed when the file cannot be read. Values of password keys are left out of the
-// messages unless `showPasswords`.
-std::vector<Finding> Lint(std::string const& path, bool showPasswords);
+// messages unless the terminal wants them.
+std::vector<Finding> Lint(std::string const& path, Terminal const& terminal);
 
 #endif

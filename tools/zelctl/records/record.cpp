@@ -1,11 +1,17 @@
 #include "records/record.h"
 
+#include <errno.h>
+#include <string.h>
+#include <sys/stat.h>
+
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <map>
-#include <numeric>
 
+#include "files/edit.h"
 #include "files/format.h"
+#include "records/keylines.h"
+#include "terminal/nearest.h"
 #include "terminal/secret.h"
 #include "zelvane/config/paths.h"
 #include "zelvane/core/fileutils.h"
@@ -20,42 +26,28 @@ struct Arguments {
   std::string directory;
   std::vector<std::string> items;  // names of fields for show, assignments for set
   std::string passwordFile;
-  bool force = false;
+  bool value = false;
+  Writing writing;
 };
-
-// Steps of one character (added, taken away, replaced) from one word to the other.
-std::size_t Distance(std::string const& from, std::string const& to) {
-  std::vector<std::size_t> row(to.size() + 1);
-  std::iota(row.begin(), row.end(), std::size_t{0});
-  for (std::size_t i = 0; i < from.size(); i++) {
-    std::size_t diagonal = row[0]++;
-    for (std::size_t j = 0; j < to.size(); j++) {
-      std::size_t const replaced = diagonal + (from[i] == to[j] ? 0 : 1);
-      diagonal = row[j + 1];
-      row[j + 1] = std::min({replaced, diagonal + 1, row[j] + 1});
-    }
-  }
-  return row.back();
-}
 
 std::size_t FindField(std::vector<Field> const& fields, std::string const& name) {
   auto const found = std::find_if(fields.begin(), fields.end(), [&](Field const& field) { return name == field.name; });
   if (found != fields.end()) return static_cast<std::size_t>(found - fields.begin());
-  auto const nearest = std::min_element(fields.begin(), fields.end(), [&](Field const& a, Field const& b) {
-    return Distance(name, a.name) < Distance(name, b.name);
-  });
-  throw WrongUsage("no field \"" + name + "\"; did you mean " + nearest->name + "?");
+  std::vector<std::string> names;
+  for (Field const& field : fields) names.emplace_back(field.name);
+  throw WrongUsage("unknown field \"" + name + "\"" + DidYouMean(name, names));
 }
 
 void AddChange(Changes& changes, Field const& field, std::size_t place, std::string value) {
-  if (!changes.emplace(place, std::move(value)).second) throw WrongUsage(std::string(field.name) + ": given twice");
+  if (!changes.emplace(place, std::move(value)).second)
+    throw WrongUsage(std::string(field.name) + ": given more than once");
 }
 
 Changes ParseChanges(std::vector<Field> const& fields, Arguments const& arguments, Terminal const& terminal) {
   Changes changes;
   for (std::string const& item : arguments.items) {
     std::size_t const equals = item.find('=');
-    if (equals == std::string::npos) throw WrongUsage("\"" + item + "\": FIELD=VALUE is wanted");
+    if (equals == std::string::npos) throw WrongUsage("\"" + item + "\": expected FIELD=VALUE");
     std::size_t const place = FindField(fields, item.substr(0, equals));
     Field const& field = fields[place];
     std::string value = item.substr(equals + 1);
@@ -68,11 +60,10 @@ Changes ParseChanges(std::vector<Field> const& fields, Arguments const& argument
     AddChange(changes, *field, static_cast<std::size_t>(field - fields.begin()),
               CheckedArgument(*field, ReadSecretFromFile(arguments.passwordFile), terminal));
   }
-  if (changes.empty()) throw WrongUsage("nothing to set: FIELD=VALUE is wanted");
+  if (changes.empty()) throw WrongUsage("nothing to set; expected FIELD=VALUE");
   return changes;
 }
 
-// Success is silent but for --json, as it is for `cfg set`.
 void PrintChanges(std::vector<Field> const& fields, Values const& before, Values const& after, Changes const& changes,
                   Terminal const& terminal) {
   if (!terminal.json) return;
@@ -93,6 +84,14 @@ bool IsField(std::vector<Field> const& fields, std::string const& name) {
   return std::any_of(fields.begin(), fields.end(), [&name](Field const& field) { return name == field.name; });
 }
 
+// The folder that a word names: a unit by its number, however many zeros it is written with, a bare name in the root, a
+// path as it is.
+std::string InRoot(std::string const& word) {
+  if (!ExtractFilePath(word).empty() || word == "." || word == "..") return word + "/";
+  long const unit = word.find_first_not_of("0123456789") == std::string::npos ? StrToIntDef(word, -1) : -1;
+  return GetZelvanePath() + (unit >= 0 ? IntToStr(unit, 3) : word);
+}
+
 // The folder of the settings; "" for the installation root. Takes the word that names it off the items.
 std::string TakeDirectory(RecordFamily const& family, Arguments& arguments) {
   std::string directory = arguments.directory;
@@ -100,16 +99,20 @@ std::string TakeDirectory(RecordFamily const& family, Arguments& arguments) {
     std::vector<std::string>& items = arguments.items;
     if (directory.empty() && !items.empty() && items[0].find('=') == std::string::npos &&
         !IsField(family.fields, items[0])) {
-      directory = items[0];
+      directory = InRoot(items[0]);
       items.erase(items.begin());
+    } else if (!directory.empty() && ExtractFilePath(directory).empty()) {
+      directory.insert(0, "./");  // the library looks for a bare name in the root
     }
-    if (!directory.empty() && ExtractFilePath(directory).empty()) directory.insert(0, GetZelvanePath());
   }
   return directory;
 }
 
 void RequireDirectory(std::string const& directory) {
-  if (!directory.empty() && !DirExists(directory)) throw Failed(directory + ": no such folder");
+  struct stat folder = {};
+  if (directory.empty()) return;
+  if (stat(directory.c_str(), &folder) != 0) throw Failed(directory + ": " + strerror(errno));
+  if (!S_ISDIR(folder.st_mode)) throw Failed(directory + ": " + strerror(ENOTDIR));
 }
 
 std::shared_ptr<void> ReadRecord(RecordFamily const& family, std::string const& directory) {
@@ -119,20 +122,32 @@ std::shared_ptr<void> ReadRecord(RecordFamily const& family, std::string const& 
   return record;
 }
 
+void PrintValues(std::vector<Field> const& fields, void const* record, Terminal const& terminal) {
+  for (Field const& field : fields) {
+    if (field.kind == FieldKind::kPassword && !terminal.showPasswords)
+      throw WrongUsage(std::string(field.name) + " is a password; use --show-password");
+    terminal.PrintValue(field.get(record));
+  }
+}
+
 void Show(RecordFamily const& family, Arguments arguments, Terminal const& terminal) {
   std::string const directory = TakeDirectory(family, arguments);
   std::vector<Field> fields;
   for (std::string const& name : arguments.items) fields.push_back(family.fields[FindField(family.fields, name)]);
   RequireDirectory(directory);
   std::shared_ptr<void> const record = ReadRecord(family, directory);
-  for (std::string const& file : family.files(directory, record.get()))
-    NoteState(file, "its settings have their defaults", terminal);
-  PrintRecord(fields.empty() ? family.fields : fields, record.get(), terminal);
+  std::vector<std::string> files = family.files(directory, record.get());
+  for (std::string const& file : files) NoteState(file, "defaults are used", terminal);
+  if (fields.empty()) fields = family.fields;
+  if (arguments.value) return PrintValues(fields, record.get(), terminal);
+  if (family.tables)
+    for (std::string const& file : family.tables(directory)) files.push_back(file);
+  PrintRecord(fields, record.get(), terminal, Origins(fields, record.get(), files));
 }
 
 void ShowDefaults(RecordFamily const& family, Terminal const& terminal) {
   std::shared_ptr<void> const record = family.make();
-  if (family.defaults(record.get()) == 0) throw Failed("the library gives no defaults");
+  if (family.defaults(record.get()) == 0) throw Failed("cannot get the defaults (out of memory)");
   PrintRecord(family.fields, record.get(), terminal);
 }
 
@@ -141,7 +156,7 @@ void RequireSavable(std::vector<Field> const& fields, Values const& values) {
   for (std::size_t i = 0; i < fields.size(); i++) {
     std::string const fault = fields[i].follows == nullptr ? FieldFault(fields[i], values[i]) : "";
     if (!fault.empty())
-      throw Failed(std::string(fields[i].name) + ": the file holds a value that cannot be saved again (" + fault +
+      throw Failed(std::string(fields[i].name) + ": the value in the file cannot be saved again (" + fault +
                    "); set this field too");
   }
 }
@@ -151,8 +166,17 @@ void RequireKept(std::vector<Field> const& fields, Changes const& changes, Value
                  Terminal const& terminal) {
   for (auto const& [place, unused] : changes)
     if (now[place] != saved[place])
-      throw Failed(std::string("saved, but ") + fields[place].name + " reads back as " +
+      throw Failed(std::string("saved, but ") + fields[place].name + " is now " +
                    terminal.Shown(CellOf(fields[place], now[place], terminal)));
+}
+
+// Of the files that a save writes, the first that cannot be.
+std::string WhyNotWritten(std::vector<std::string> const& files, int error) {
+  auto const barred = std::find_if_not(files.begin(), files.end(), IsWritable);
+  if (barred != files.end()) return CannotWrite(*barred, error);
+  std::string names;
+  for (std::string const& file : files) names += (names.empty() ? "" : ", ") + file;
+  return CannotWrite(names, error);
 }
 
 void Set(RecordFamily const& family, Arguments arguments, Terminal const& terminal) {
@@ -175,13 +199,14 @@ void Set(RecordFamily const& family, Arguments arguments, Terminal const& termin
   Values const saved = ValuesOf(fields, record.get());
   RequireSavable(fields, saved);
   std::vector<std::string> const files = family.files(directory, record.get());
-  for (std::string const& file : files) RequireWholeLoad(file, arguments.force);
-
-  if (family.write(directory.c_str(), record.get()) == 0) {
-    std::string names;
-    for (std::string const& file : files) names += (names.empty() ? "" : ", ") + file;
-    throw Failed("cannot be written: " + names);
-  }
+  Edit edit = {files, {}, "added with their defaults"};
+  if (family.tables) edit.reads = family.tables(directory);
+  bool const done = Make(edit, arguments.writing, terminal, [&] {
+    std::string const place = directory.empty() ? directory : At(directory);
+    errno = 0;
+    if (family.write(place.c_str(), record.get()) == 0) throw Failed(WhyNotWritten(files, errno));
+  });
+  if (!done) return;
   Values const now = ValuesOf(fields, ReadRecord(family, directory).get());
   PrintChanges(fields, before, now, changes, terminal);
   RequireKept(fields, changes, saved, now, terminal);
@@ -207,7 +232,7 @@ bool HasPassword(RecordFamily const& family) {
 // What `show` and `set` have in common.
 void AddOptions(CLI::App* command, Terminal& terminal, RecordFamily const& family, Arguments& arguments) {
   if (family.folder != Folder::kRoot)
-    command->add_option("--dir", arguments.directory, "Folder of the settings; the installation root if not given")
+    command->add_option("--dir", arguments.directory, "Directory of the settings; default: the installation root")
         ->type_name("DIR");
   if (family.addOptions) family.addOptions(command);
   if (HasPassword(family)) AddShowPassword(command, terminal);
@@ -221,24 +246,28 @@ void AddItems(CLI::App* command, RecordFamily const& family, Arguments& argument
   command
       ->add_option(
           (takesDirectory ? "[DIR] " : "") + name, arguments.items,
-          description + (takesDirectory ? ", behind the folder (a bare name lies in the installation root)" : ""))
+          description +
+              (takesDirectory ? ", after the directory DIR; a name without \"/\" is in the installation root" : ""))
       ->type_name("");
 }
 
 void AddSet(CLI::App* family, Terminal& terminal, std::shared_ptr<RecordFamily const> const& record) {
   auto const arguments = std::make_shared<Arguments>();
-  CLI::App* const set = AddCommand(family, terminal, "set", "Change fields and save; all are checked before any is");
+  CLI::App* const set =
+      AddCommand(family, terminal, "set", "Set fields; every value is checked before anything is written");
   AddOptions(set, terminal, *record, *arguments);
-  AddItems(set, *record, *arguments, "FIELD=VALUE", "Fields with their new values");
-  AddForce(set, arguments->force);
+  AddItems(set, *record, *arguments, "FIELD=VALUE", "Fields and their new values");
+  AddWriting(set, arguments->writing);
   std::string footer = FieldList(record->fields) + record->notes +
-                       "Texts cannot hold '[', ']', line feeds or blanks at either end: the file does not keep them.\n";
+                       "Texts cannot contain '[', ']' or line feeds, nor start or end with a blank.\n"
+                       "The record is written whole: fields that the files lack are added with their defaults.\n";
   if (HasPassword(*record)) {
     set->add_option("--password-file", arguments->passwordFile, "Take the password from the first line of FILE")
         ->type_name("FILE");
     footer +=
-        "Other users of this machine can see a password on the command line; the value \"-\" reads it from standard\n"
-        "input instead (not shown while it is typed), --password-file from a file.\n";
+        "Other users can see a password on the command line. Use \"-\" to read it from standard input (not echoed), "
+        "or\n"
+        "--password-file.\n";
   }
   set->footer(footer);
   set->callback([record, arguments, &terminal] { Set(*record, *arguments, terminal); });
@@ -251,14 +280,15 @@ void AddRecordCommands(CLI::App* family, Terminal& terminal, RecordFamily const&
   auto const arguments = std::make_shared<Arguments>();
   family->require_subcommand(1);
 
-  CLI::App* const show = AddCommand(family, terminal, "show", "Show the settings, or the fields that are named");
+  CLI::App* const show = AddCommand(family, terminal, "show", "Show all settings, or the named fields");
   AddOptions(show, terminal, *record, *arguments);
   AddItems(show, *record, *arguments, "FIELD", "Fields to show");
-  show->footer(record->notes);
+  show->add_flag("--value", arguments->value, "Print the bare values, one per line");
+  show->footer(std::string(record->notes) + "ORIGIN is the file and line that a value comes from, or \"default\".\n");
   show->callback([record, arguments, &terminal] { Show(*record, *arguments, terminal); });
 
   AddSet(family, terminal, record);
 
-  CLI::App* const defaults = AddCommand(family, terminal, "defaults", "Show the factory defaults; touches no file");
+  CLI::App* const defaults = AddCommand(family, terminal, "defaults", "Show the defaults; reads no file");
   defaults->callback([record, &terminal] { ShowDefaults(*record, terminal); });
 }

@@ -27,6 +27,7 @@ struct RecordFamily {
   char const* readFault;  // what it means when `read` fails
   char const* notes;      // lines for the help of `show` and `set`
   Folder folder = Folder::kOption;
+  std::function<std::vector<std::string>(std::string const& directory)> tables = {};  // files that `write` only reads
   // For tables with fields that select: fills in those that come from elsewhere now, as a `read` after the save would.
   std::function<void(std::string const& directory, void* record)> reselect = {};
   std::function<void(CLI::App* command)> addOptions = {};  // to `show` and `set`

@@ -9,8 +9,8 @@
 template <class Record>
 std::vector<Field> TypeFields() {
   return {
-      Number<&Record::upsType>("upsType", "type: its number in upstype.cfg"),
-      Number<&Record::modelIndex>("modelIndex", "type: number of the model file (-1 none)"),
+      Number<&Record::upsType>("upsType", "type: number in upstype.cfg"),
+      Number<&Record::modelIndex>("modelIndex", "type: model file number, -1 for none"),
       Text<&Record::upsName>("upsName", "type: display name"),
       Text<&Record::upsDriver>("upsDriver", "type: protocol driver"),
       Text<&Record::cfgModule>("cfgModule", "type: module of the configuration tool"),

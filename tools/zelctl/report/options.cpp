@@ -29,15 +29,11 @@ OutageCodes OutageOptions::Codes() const {
   return codes;
 }
 
-void RootOption::AddTo(CLI::App* command) {
-  command->add_option("--root", path_, "Installation root, if not this computer's own")->type_name("DIR");
-}
-
-void RootOption::Use() const {
-  if (IsGiven() && SetZelvanePath(path_.c_str()) == 0) throw Failed("out of memory");
-  std::string const root = GetZelvanePath();
+std::string RequireRoot() {
+  std::string root = GetZelvanePath();
   if (root.empty()) throw Failed("no installation root is known; --root names one");
   struct stat folder = {};
   if (stat(root.c_str(), &folder) != 0) throw FileFailed(root);
   if (!S_ISDIR(folder.st_mode)) throw FileFailed(root, ENOTDIR);
+  return root;
 }

@@ -24,16 +24,7 @@ class OutageOptions {
   std::vector<std::string> ends_ = {"2"};
 };
 
-// Another installation than this computer's own.
-class RootOption {
- public:
-  void AddTo(CLI::App* command);
-  bool IsGiven() const { return !path_.empty(); }
-  // From now on the library takes the folder for its root. Throws Failed when there is no root, or no such folder.
-  void Use() const;
-
- private:
-  std::string path_;
-};
+// The root that the library goes by. Throws Failed when there is none, or no such folder.
+std::string RequireRoot();
 
 #endif

@@ -198,8 +198,8 @@ class EventsPart {
       meanwhile += (&event == &outage.during.front() ? "" : "; ") + event.text;
     // On a phone the end may stand below the beginning, but neither is broken.
     std::string const times = Unbroken(TimeText(outage.begin).substr(11)) + " &#8211; " + Unbroken(UntilText(outage));
-    return {Escaped(DayText(outage.begin)) + " " + WeekdayText(outage.begin) + " " + times,
-            LengthText(outage), LengthBar(outage, totals_.longest) + (meanwhile.empty() ? "" : Muted(meanwhile))};
+    return {Escaped(DayText(outage.begin)) + " " + WeekdayText(outage.begin) + " " + times, LengthText(outage),
+            LengthBar(outage, totals_.longest) + (meanwhile.empty() ? "" : Muted(meanwhile))};
   }
 
   Site const& site_;
@@ -213,8 +213,8 @@ class EventsPart {
 std::string FindingsSection(Site const& site) {
   std::vector<Cells> rows;
   for (SiteFinding const& finding : site.findings)
-    rows.push_back({Escaped(finding.where),
-                    Escaped(Capitalised(finding.what)) + (finding.advice.empty() ? "" : "<br>" + Muted(finding.advice))});
+    rows.push_back({Escaped(finding.where), Escaped(Capitalised(finding.what)) +
+                                                (finding.advice.empty() ? "" : "<br>" + Muted(finding.advice))});
   return Element("section", {{"id", "findings"}},
                  Heading("Findings") + (rows.empty() ? Element("p", {}, "None.")
                                                      : Table("find", "What wants a look.", {"Where", "What"}, rows))) +

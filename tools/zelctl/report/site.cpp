@@ -39,7 +39,7 @@ bool IsFolder(std::string const& path) {
 
 class Look {
  public:
-  explicit Look(Site& site) : site_(site), root_({"", site.root}) {}
+  Look(Site& site, Terminal const& terminal) : site_(site), terminal_(terminal), root_({"", site.root}) {}
 
   void Units() {
     char name[4];
@@ -170,7 +170,7 @@ class Look {
     if (!IsThere(path)) return;
     std::string const file = place.File(name);
     try {
-      std::vector<Finding> const found = Lint(path, false);
+      std::vector<Finding> const found = Lint(path, terminal_);
       for (Finding const& finding : found) Find(file + ":" + std::to_string(finding.line), finding.message, "");
       if (!found.empty()) site_.lint.push_back({file, path, found.size()});
     } catch (Failed const& error) {
@@ -192,6 +192,7 @@ class Look {
   }
 
   Site& site_;
+  Terminal const& terminal_;
   SitePlace root_;
 };
 
@@ -199,12 +200,12 @@ class Look {
 
 std::string SitePlace::File(std::string const& file) const { return name.empty() ? file : name + "/" + file; }
 
-Site LookAtSite(OutageCodes const& codes, std::string const& schedule) {
+Site LookAtSite(OutageCodes const& codes, std::string const& schedule, Terminal const& terminal) {
   Site site;
   site.root = GetZelvanePath();
   site.now = static_cast<std::int32_t>(GetDateTime());
   site.codes = codes;
-  Look look(site);
+  Look look(site, terminal);
   look.Units();
   look.Logs();
   look.Moments(schedule);

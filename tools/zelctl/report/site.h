@@ -9,6 +9,8 @@
 
 #include "report/outages.h"
 
+struct Terminal;
+
 // The root itself or the folder of a unit, where a service keeps its settings and logs.
 struct SitePlace {
   std::string name;    // "" for the root
@@ -69,7 +71,7 @@ struct Site {
 };
 
 // `schedule` may be "". Throws Failed when the schedule cannot be read.
-Site LookAtSite(OutageCodes const& codes, std::string const& schedule);
+Site LookAtSite(OutageCodes const& codes, std::string const& schedule, Terminal const& terminal);
 
 // Whether the history is whole, so that its last outage says how the mains are now.
 bool TellsMains(History const& history);

@@ -19,8 +19,9 @@ std::string CellText(Json const& cell, char const* whenNull) {
   return cell.is_number_unsigned() ? std::to_string(cell.get<std::uint64_t>()) : cell.dump();
 }
 
-std::string CsvText(std::string const& text) {
-  if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
+std::string CsvText(std::string const& whole) {
+  std::string const text = Printable(whole);
+  if (text.find_first_of(",\"") == std::string::npos) return text;
   std::string quoted = "\"";
   for (char const c : text) quoted.append(c == '"' ? 2 : 1, c);
   return quoted + '"';
@@ -64,7 +65,7 @@ void Listing::JsonRow(std::vector<Json> const& cells) {
   out_ += empty_ ? "\n  {" : ",\n  {";
   for (std::size_t i = 0; i < columns_.size(); i++) {
     out_.append(i == 0 ? "\n    \"" : ",\n    \"").append(columns_[i].name).append("\": ");
-    out_ += InUtf8(cells[i]).dump();
+    out_ += JsonText(InUtf8(cells[i]), -1);
   }
   out_ += "\n  }";
 }
@@ -72,7 +73,7 @@ void Listing::JsonRow(std::vector<Json> const& cells) {
 void Listing::CsvRow(std::vector<Json> const& cells) {
   for (std::size_t i = 0; i < columns_.size(); i++) {
     std::string const text = CsvText(CellText(cells[i], ""));
-    out_.append(i == 0 ? "" : ",").append(terminal_.utf8 ? ToUtf8(text) : text);
+    out_.append(i == 0 ? "" : ",").append(FromLatin1(text, terminal_.Charset()));
   }
   out_ += '\n';
 }
@@ -87,7 +88,7 @@ void Listing::TableRow(std::vector<Json> const& cells) {
   }
   if (screen_ > 0 && line.size() > screen_) line.resize(screen_);
   line.erase(line.find_last_not_of(' ') + 1);
-  out_.append(terminal_.utf8 ? ToUtf8(line) : line) += '\n';
+  out_.append(FromLatin1(line, terminal_.Charset())) += '\n';
 }
 
 void Listing::Write(bool all) {
@@ -98,7 +99,7 @@ void Listing::Write(bool all) {
 }
 
 void AddCsv(CLI::App* command, Terminal& terminal) {
-  command->add_flag("--csv", terminal.csv, "Answer in CSV, with a line of names above")
+  command->add_flag("--csv", terminal.csv, "Print CSV, with column names in the first line")
       ->excludes(command->get_option("--json"));
 }
 

@@ -12,7 +12,7 @@
 
 namespace {
 
-char const kDayForm[] = "a day such as 2005-03-07 or 07/03/2005";
+char const kDayForm[] = "YYYY-MM-DD or DD/MM/YYYY";
 
 tm Fields(std::int32_t dateTime) {
   time_t const seconds = dateTime;
@@ -22,7 +22,7 @@ tm Fields(std::int32_t dateTime) {
 }
 
 [[noreturn]] void Refuse(std::string const& name, std::string const& form) {
-  throw WrongUsage(name + ": " + form + " is wanted, from 1970 to 2038-01-19 03:14:07");
+  throw WrongUsage(name + ": expected " + form + "; range 1970-01-01 to 2038-01-19 03:14:07");
 }
 
 }  // namespace
@@ -30,7 +30,7 @@ tm Fields(std::int32_t dateTime) {
 Moment ParseMoment(std::string const& name, std::string const& text) {
   static std::regex const form(
       R"((?:(\d{4})-(\d\d?)-(\d\d?)|(\d\d?)/(\d\d?)/(\d{4}))(?:[ T](\d\d?):(\d\d)(?::(\d\d))?)?)");
-  std::string const wanted = std::string(kDayForm) + ", hh:mm or hh:mm:ss behind it,";
+  std::string const wanted = std::string(kDayForm) + ", optionally followed by hh:mm or hh:mm:ss";
   std::smatch match;
   if (!std::regex_match(text, match, form)) Refuse(name, wanted);
   auto const field = [&match](std::size_t i) { return match[i].matched ? std::stoi(match[i].str()) : 0; };

@@ -1,9 +1,9 @@
 #include "terminal/secret.h"
 
+#include <bsd/readpassphrase.h>
 #include <errno.h>
 #include <fcntl.h>
 #include <string.h>
-#include <termios.h>
 #include <unistd.h>
 
 #include <iostream>
@@ -11,29 +11,6 @@
 #include "terminal/terminal.h"
 
 namespace {
-
-// Switches a terminal's echo off while it lives; does nothing when input is no terminal.
-class NoEcho {
- public:
-  NoEcho() : isTerminal_(tcgetattr(STDIN_FILENO, &old_) == 0) {
-    if (!isTerminal_) return;
-    termios silent = old_;
-    silent.c_lflag &= ~static_cast<tcflag_t>(ECHO);
-    tcsetattr(STDIN_FILENO, TCSAFLUSH, &silent);
-    std::cerr << "Password: " << std::flush;
-  }
-  ~NoEcho() {
-    if (!isTerminal_) return;
-    tcsetattr(STDIN_FILENO, TCSAFLUSH, &old_);
-    std::cerr << '\n';
-  }
-  NoEcho(NoEcho const&) = delete;
-  NoEcho& operator=(NoEcho const&) = delete;
-
- private:
-  termios old_ = {};
-  bool isTerminal_;
-};
 
 // Reads until the buffer is full, the file ends or a line feed is there. No stream: its buffer would not be wiped.
 bool ReadLine(char const* path, char* text, std::size_t most, std::size_t& size) {
@@ -52,14 +29,17 @@ bool ReadLine(char const* path, char* text, std::size_t most, std::size_t& size)
 }  // namespace
 
 FileSecret::FileSecret(std::string const& path, char const* kind) {
+  errno = 0;
   bool const read = ReadLine(path.c_str(), text_, sizeof text_, size_);
+  int const error = errno;
   auto* const end = static_cast<char*>(memchr(text_, '\n', size_));
   bool const fits = end != nullptr || size_ < sizeof text_;
   if (end != nullptr) size_ = static_cast<std::size_t>(end - text_);
   if (size_ > 0 && text_[size_ - 1] == '\r') size_--;
   if (!read || !fits) {
     explicit_bzero(text_, sizeof text_);
-    throw Failed(path + ": no " + kind + " there" + (fits ? "" : ": the first line is too long for one"));
+    if (!read && error != 0) throw Failed(path + ": cannot read: " + strerror(error));
+    throw Failed(path + ": no " + kind + " found" + (fits ? "" : ": the first line is too long"));
   }
   text_[size_] = '\0';
 }
@@ -67,9 +47,16 @@ FileSecret::FileSecret(std::string const& path, char const* kind) {
 FileSecret::~FileSecret() { explicit_bzero(text_, sizeof text_); }
 
 std::string ReadSecretFromInput() {
-  NoEcho const silence;
+  if (isatty(STDIN_FILENO) != 0) {
+    char text[4096];
+    char const* const typed = readpassphrase("Password: ", text, sizeof text, RPP_REQUIRE_TTY);
+    std::string const secret = typed == nullptr ? "" : typed;
+    explicit_bzero(text, sizeof text);
+    if (typed == nullptr) throw Failed(std::string("cannot ask for the password: ") + strerror(errno));
+    return secret;
+  }
   std::string line;
-  if (!std::getline(std::cin, line)) throw Failed("standard input: no password there");
+  if (!std::getline(std::cin, line)) throw Failed("standard input: no password found");
   if (!line.empty() && line.back() == '\r') line.pop_back();
   return line;
 }

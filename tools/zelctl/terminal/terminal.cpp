@@ -1,78 +1,180 @@
 #include "terminal/terminal.h"
 
+#include <errno.h>
+#include <string.h>
 #include <sys/ioctl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iostream>
+#include <numeric>
 
 #include "terminal/latin1.h"
+#include "zelvane/config/paths.h"
 
 namespace {
 
-// Bytes from 0x80 on stay: most names of files are UTF-8, in which they are parts of characters.
-std::string OnOneLine(std::string const& text) {
-  std::string line;
-  for (char const c : text) {
-    auto const byte = static_cast<unsigned char>(c);
-    line += byte < 0x20 || byte == 0x7F ? Printable({c}) : std::string(1, c);
+// The character set of the terminal, as the options have it so far; messages want it before there is a Terminal.
+std::string g_charset = LocaleCharset();
+
+std::string g_hidden;
+
+constexpr std::size_t kWidest = 48;     // a longer cell does not widen its column
+constexpr std::size_t kNarrowest = 12;  // a column on a narrow terminal, unless it needs less
+constexpr std::size_t kBetween = 2;
+
+using Row = std::vector<std::string>;
+
+std::size_t TotalWidth(std::vector<std::size_t> const& widths) {
+  return std::accumulate(widths.begin(), widths.end(), kBetween * (widths.size() - 1));
+}
+
+// Narrows the widest columns, then takes the last ones away, until the table fits.
+void FitInto(std::size_t screen, std::vector<std::size_t>& widths) {
+  while (TotalWidth(widths) > screen) {
+    auto const widest = std::max_element(widths.begin(), widths.end());
+    if (*widest > kNarrowest)
+      --*widest;
+    else if (widths.size() > 1)
+      widths.pop_back();
+    else
+      return;
   }
-  return line;
+}
+
+// The text in pieces of that width, parted at blanks where there are some.
+Row Folded(std::string const& text, std::size_t width) {
+  Row pieces;
+  std::size_t at = 0;
+  while (text.size() - at > width) {
+    std::size_t const blank = text.rfind(' ', at + width);
+    std::size_t const end = blank == std::string::npos || blank <= at ? at + width : blank;
+    pieces.push_back(text.substr(at, end - at));
+    at = end + (end == blank ? 1 : 0);
+  }
+  pieces.push_back(text.substr(at));
+  return pieces;
+}
+
+std::string Aligned(Row const& cells, std::vector<std::size_t> const& widths) {
+  std::string line;
+  for (std::size_t i = 0; i < cells.size(); i++) {
+    line.append(i == 0 ? 0 : kBetween, ' ').append(cells[i]);
+    if (cells[i].size() < widths[i]) line.append(widths[i] - cells[i].size(), ' ');
+  }
+  return line.erase(line.find_last_not_of(' ') + 1);
+}
+
+// The lines that a row takes where no cell may be wider than its column.
+std::vector<std::string> FoldedRow(Row const& cells, std::vector<std::size_t> const& widths) {
+  std::vector<Row> columns;
+  std::size_t height = 0;
+  for (std::size_t i = 0; i < std::min(cells.size(), widths.size()); i++) {
+    columns.push_back(Folded(cells[i], widths[i]));
+    height = std::max(height, columns.back().size());
+  }
+  std::vector<std::string> lines;
+  for (std::size_t i = 0; i < height; i++) {
+    Row pieces;
+    for (Row const& column : columns) pieces.push_back(i < column.size() ? column[i] : "");
+    lines.push_back(Aligned(pieces, widths));
+  }
+  return lines;
 }
 
 }  // namespace
 
 char const kHiddenPassword[] = "(not shown)";
 
+std::string const& Terminal::Charset() const { return g_charset; }
+
 std::string Terminal::FromArgument(std::string const& name, std::string const& text) const {
-  std::optional<std::string> const converted = FromUtf8(text);
-  if (!utf8) {
-    if (converted && *converted != text)
-      Note(name + " looks like UTF-8 and is taken byte by byte; --utf8 would convert it to the files' Latin-1");
+  std::string lacking;
+  std::optional<std::string> const converted = ToLatin1(text, g_charset.empty() ? "UTF-8" : g_charset, lacking);
+  if (g_charset.empty()) {
+    if (converted && *converted != text && !bytes)
+      Note(name + " looks like UTF-8 but is used unchanged; use --utf8 to convert it to Latin-1");
     return text;
   }
-  if (!converted) throw WrongUsage(name + ": not UTF-8, or a character that the files' Latin-1 does not have");
-  return *converted;
+  if (converted) return *converted;
+  if (!lacking.empty()) throw WrongUsage(name + ": contains " + lacking + ", which Latin-1 lacks");
+  if (utf8) throw WrongUsage(name + ": not valid " + g_charset);
+  Note(name + ": not valid " + g_charset + "; used unchanged");
+  return text;
 }
 
-std::string Terminal::Shown(std::string const& latin1) const {
-  return utf8 ? ToUtf8(Printable(latin1)) : Printable(latin1);
-}
+std::string Terminal::Shown(std::string const& latin1) const { return FromLatin1(Printable(latin1), g_charset); }
+
+std::string Terminal::ShownName(std::string const& name) const { return PrintableBytes(name, g_charset == "UTF-8"); }
 
 void Terminal::PrintTable(std::vector<std::vector<std::string>> const& rows) const {
-  constexpr std::size_t kWidest = 48;
   std::vector<std::size_t> widths;
   for (auto const& row : rows) {
     widths.resize(std::max(widths.size(), row.size()));
     for (std::size_t i = 0; i < row.size(); i++) {
       std::size_t const width = Printable(row[i]).size();
-      if (width <= kWidest) widths[i] = std::max(widths[i], width);
+      if (width <= kWidest || IsOnTerminal()) widths[i] = std::max(widths[i], std::min(width, kWidest));
     }
   }
+  std::size_t const columns = widths.size();
+  if (IsOnTerminal()) FitInto(TerminalColumns(), widths);
   for (auto const& row : rows) {
-    std::string line;
-    for (std::size_t i = 0; i < row.size(); i++) {
-      std::string const cell = Printable(row[i]);
-      line += i == 0 ? "" : "  ";
-      line += cell;
-      if (cell.size() < widths[i]) line.append(widths[i] - cell.size(), ' ');
-    }
-    line.erase(line.find_last_not_of(' ') + 1);
-    std::cout << (utf8 ? ToUtf8(line) : line) << '\n';
+    Row cells;
+    for (std::string const& cell : row) cells.push_back(Printable(cell));
+    if (!IsOnTerminal()) cells = {Aligned(cells, widths)};
+    for (std::string const& line : IsOnTerminal() ? FoldedRow(cells, widths) : cells)
+      std::cout << FromLatin1(line, g_charset) << '\n';
+  }
+  if (widths.size() == columns) return;
+  std::string left;
+  for (std::size_t i = widths.size(); i < columns; i++) left += (left.empty() ? "" : ", ") + rows[0][i];
+  Note("no room for " + left + "; use a wider terminal or --json");
+}
+
+void Terminal::PrintJson(Json const& value) const { std::cout << JsonText(value, 2) << '\n'; }
+
+void Terminal::PrintText(std::string const& latin1) const {
+  for (std::size_t at = 0; at <= latin1.size();) {
+    std::size_t const end = std::min(latin1.find('\n', at), latin1.size());
+    std::cout << Shown(latin1.substr(at, end - at)) << '\n';
+    at = end + 1;
   }
 }
 
-void Terminal::PrintJson(Json const& value) const {
-  // File names are bytes of any kind: what is not UTF-8 in them must not end the command.
-  std::cout << value.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+void Terminal::PrintValue(std::string const& latin1) const {
+  std::cout << (IsOnTerminal() ? Shown(latin1) : utf8 ? ToUtf8(latin1) : latin1) << '\n';
 }
-
-void Terminal::PrintText(std::string const& latin1) const { std::cout << (utf8 ? ToUtf8(latin1) : latin1) << '\n'; }
 
 void Terminal::Note(std::string const& text) const { Complain("note: " + text); }
 
-void Complain(std::string const& text) { std::cerr << "zelctl: " << OnOneLine(text) << '\n'; }
+void Complain(std::string const& text) {
+  std::string shown = text;
+  for (std::size_t at = 0; !g_hidden.empty() && (at = shown.find(g_hidden)) != std::string::npos;)
+    shown.erase(at, g_hidden.size());
+  std::cerr << "zelctl: " << PrintableBytes(shown, g_charset == "UTF-8") << '\n';
+}
+
+void HideInMessages(std::string const& text) { g_hidden = text; }
+
+std::string JsonText(Json const& value, int indent) {
+  // File names are bytes of any kind: what is not UTF-8 in them must not end the command.
+  std::string const text = value.dump(indent, ' ', false, Json::error_handler_t::replace);
+  // The other controls are escaped already. All of them are in strings.
+  static char const kHex[] = "0123456789abcdef";
+  std::string safe;
+  for (std::size_t i = 0; i < text.size(); i++) {
+    auto const next = static_cast<unsigned char>(i + 1 < text.size() ? text[i + 1] : 0);
+    bool const isC1 = text[i] == '\xC2' && next < 0xA0;
+    if (isC1 || text[i] == '\x7F')
+      safe.append("\\u00").append({kHex[isC1 ? next >> 4 : 7], kHex[isC1 ? next & 15 : 15]});
+    else
+      safe += text[i];
+    i += isC1 ? 1 : 0;
+  }
+  return safe;
+}
 
 std::string Counted(std::uint64_t number, std::string const& noun) {
   return std::to_string(number) + " " + noun + (number == 1 ? "" : "s");
@@ -83,17 +185,47 @@ std::size_t TerminalColumns() {
   return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
 }
 
+bool IsOnTerminal() { return TerminalColumns() > 0; }
+
+namespace {
+
+void SetRoot(Terminal& terminal, std::string const& root) {
+  terminal.root = root;
+  struct stat folder = {};
+  if (root.empty()) throw WrongUsage("--root: must not be empty");
+  if (stat(root.c_str(), &folder) != 0) throw Failed(root + ": " + strerror(errno));
+  if (!S_ISDIR(folder.st_mode)) throw Failed(root + ": " + strerror(ENOTDIR));
+  if (SetZelvanePath(root.c_str()) == 0) throw std::bad_alloc();
+}
+
+void AddCommon(CLI::App* app, Terminal& terminal, char const* group) {
+  auto const add = [&](CLI::Option* option) { return option->group(group); };
+  add(app->add_option_function<std::string>(
+          "--root", [&terminal](std::string const& root) { SetRoot(terminal, root); },
+          "Use the installation in DIR instead of this computer's"))
+      ->type_name("DIR");
+  add(app->add_flag("--json", terminal.json, "Print JSON (always UTF-8)"));
+  auto const encode = [&](char const* name, bool& flag, char const* charset, char const* meaning) {
+    return add(app->add_flag_function(
+        name, [&flag, charset](std::int64_t) { flag = true, g_charset = charset; }, meaning));
+  };
+  encode("--utf8", terminal.utf8, "UTF-8", "Treat the terminal as UTF-8, whatever the locale says")
+      ->excludes(encode("--bytes", terminal.bytes, "", "Show and take the files' Latin-1 bytes as they are"));
+}
+
+}  // namespace
+
 CLI::App* AddCommand(CLI::App* family, Terminal& terminal, char const* name, char const* description) {
   CLI::App* const command = family->add_subcommand(name, description);
-  command->add_flag("--json", terminal.json, "Answer in JSON (always UTF-8)");
-  command->add_flag("--utf8", terminal.utf8, "The terminal is UTF-8: convert to and from the files' Latin-1");
+  AddCommon(command, terminal, "Options");
   return command;
 }
 
-void AddShowPassword(CLI::App* command, Terminal& terminal) {
-  command->add_flag("--show-password", terminal.showPasswords, "Show passwords, which are hidden otherwise");
+void AddCommonOptions(CLI::App* app, Terminal& terminal) {
+  AddCommon(app, terminal, "");
+  app->add_flag("--csv", terminal.csv, "Print CSV, with column names in the first line")->group("");
 }
 
-void AddForce(CLI::App* command, bool& force) {
-  command->add_flag("--force", force, "Save even if a line of the file is a syntax error and those below are lost");
+void AddShowPassword(CLI::App* command, Terminal& terminal) {
+  command->add_flag("--show-password", terminal.showPasswords, "Show passwords instead of \"(not shown)\"");
 }

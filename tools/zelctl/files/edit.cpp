@@ -1,0 +1,343 @@
+#include "files/edit.h"
+
+#include <stdlib.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <optional>
+#include <sstream>
+#include <unordered_map>
+
+#include "files/format.h"
+#include "files/input.h"
+#include "files/output.h"
+#include "terminal/latin1.h"
+#include "terminal/terminal.h"
+#include "zelvane/config/cfgclass.h"
+#include "zelvane/config/paths.h"
+#include "zelvane/core/fileutils.h"
+#include "zelvane/core/strutils.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// ---- Rehearsals ----
+
+// The folder of the copies while there is a rehearsal.
+std::string g_scratch;
+
+std::string HomeFolder() {
+  char const* const home = getenv("HOME");
+  return home == nullptr ? "" : home;
+}
+
+void Copy(std::string const& file) {
+  std::string const folder = ExtractFilePath(file);
+  if (fs::is_directory(folder.empty() ? "." : folder)) fs::create_directories(fs::path(At(file)).parent_path());
+  if (fs::exists(file)) fs::copy_file(file, At(file));
+}
+
+// ---- What changed ----
+
+using Bytes = std::optional<std::string>;  // nothing for a file that does not exist
+
+Bytes BytesOf(std::string const& path) {
+  std::ifstream file(path, std::ios::binary);
+  if (!file) return std::nullopt;
+  return std::string(std::istreambuf_iterator<char>(file), {});
+}
+
+std::vector<std::string> LinesOf(Bytes const& bytes, Edit const& edit) {
+  std::vector<std::string> lines;
+  if (!bytes) return lines;
+  std::istringstream text(edit.asLines ? edit.asLines(*bytes) : *bytes);
+  for (std::string line; std::getline(text, line);) lines.push_back(line);
+  return lines;
+}
+
+struct Difference {
+  char sign;  // '-' or '+'; ' ' between lines that are not beside each other
+  std::string line;
+};
+
+// Which of the lines have no partner in `others`.
+std::vector<bool> Lone(std::vector<std::string> const& lines, std::vector<std::string> const& others) {
+  std::unordered_map<std::string, long> partners;
+  for (std::string const& line : others) partners[line]++;
+  std::vector<bool> lone;
+  for (std::string const& line : lines) lone.push_back(--partners[line] < 0);
+  return lone;
+}
+
+// The engine adds, replaces and removes lines, and moves none: what both sides have, they have in one order. Where
+// lines are repeated, the rest may be told as replaced.
+std::vector<Difference> Differences(std::vector<std::string> before, std::vector<std::string> after) {
+  auto const [b, a] = std::mismatch(before.begin(), before.end(), after.begin(), after.end());
+  before.erase(before.begin(), b);
+  after.erase(after.begin(), a);
+  while (!before.empty() && !after.empty() && before.back() == after.back()) before.pop_back(), after.pop_back();
+  std::vector<bool> const gone = Lone(before, after);
+  std::vector<bool> const come = Lone(after, before);
+  std::vector<Difference> differences;
+  bool parted = false;  // kept lines that stand in another order
+  for (std::size_t i = 0, j = 0; i < before.size() || j < after.size();) {
+    if (i < before.size() && (gone[i] || parted || j == after.size())) {
+      differences.push_back({'-', before[i++]});
+    } else if (j < after.size() && (come[j] || parted || i == before.size())) {
+      differences.push_back({'+', after[j++]});
+    } else if (before[i] == after[j]) {
+      differences.push_back({' ', ""});
+      i++, j++;
+    } else {
+      parted = true;
+    }
+  }
+  return differences;
+}
+
+struct Counts {
+  std::uint64_t changed = 0;
+  std::uint64_t added = 0;
+  std::uint64_t removed = 0;
+};
+
+// A line that is removed where another one is added has changed.
+Counts CountsOf(std::vector<Difference> const& differences) {
+  Counts counts;
+  std::uint64_t gone = 0;
+  std::uint64_t come = 0;
+  auto const settle = [&] {
+    counts.changed += std::min(gone, come);
+    counts.removed += gone - std::min(gone, come);
+    counts.added += come - std::min(gone, come);
+    gone = come = 0;
+  };
+  for (Difference const& difference : differences) {
+    if (difference.sign == ' ') settle();
+    gone += difference.sign == '-' ? 1 : 0;
+    come += difference.sign == '+' ? 1 : 0;
+  }
+  settle();
+  return counts;
+}
+
+std::string ShortName(std::string const& file) {
+  std::string const home = GetUserPath();
+  return home.size() > 2 && file.compare(0, home.size(), home) == 0 ? "~/" + file.substr(home.size()) : file;
+}
+
+std::string Summary(std::vector<Difference> const& differences, Edit const& edit) {
+  Counts const counts = CountsOf(differences);
+  std::string text;
+  auto const add = [&](std::uint64_t number, std::string const& what) {
+    if (number == 0) return;
+    text += text.empty() ? Counted(number, edit.noun) : ", " + std::to_string(number);
+    text += " " + what;
+  };
+  add(counts.changed, "changed");
+  add(counts.added, edit.added);
+  add(counts.removed, "removed");
+  return text.empty() ? "line end changed" : text;
+}
+
+// A file before and after the change.
+struct Changed {
+  std::string file;
+  Bytes before;
+  Bytes after;
+};
+
+std::string Summary(std::vector<Changed> const& changes, Edit const& edit) {
+  std::string text;
+  for (Changed const& change : changes) {
+    text += (text.empty() ? "" : "; ") + ShortName(change.file);
+    if (!change.before || !change.after)
+      text += change.before ? " removed" : " created";
+    else
+      text += ": " + Summary(Differences(LinesOf(change.before, edit), LinesOf(change.after, edit)), edit);
+  }
+  return text.empty() ? "nothing changed" : text;
+}
+
+void PrintDifferences(std::vector<Changed> const& changes, Edit const& edit, Terminal const& terminal) {
+  Json json = Json::array();
+  for (Changed const& change : changes) {
+    Json lines = Json::array();
+    if (!terminal.json) std::cout << terminal.ShownName(change.file) << '\n';
+    for (auto const& [sign, line] : Differences(LinesOf(change.before, edit), LinesOf(change.after, edit))) {
+      if (sign == ' ') continue;
+      std::string const text = sign + (" " + WithoutPassword(line, terminal.showPasswords));
+      terminal.json ? lines.push_back(ToUtf8(text)) : void(std::cout << terminal.Shown(text) << '\n');
+    }
+    json.push_back({{"file", change.file}, {"lines", lines}});
+  }
+  if (terminal.json) return terminal.PrintJson(json);
+  std::cout << (changes.empty() ? "nothing would change\n" : "");
+}
+
+// ---- What must not be written ----
+
+// A root that is merely where the command lies is nobody's installation.
+void RequireStatedRoot(std::vector<std::string> const& files, Terminal const& terminal) {
+  if (!terminal.root.empty() || HasRootSetting()) return;
+  std::string const root = GetZelvanePath();
+  auto const inRoot = [&root](std::string const& file) { return file.compare(0, root.size(), root) == 0; };
+  if (std::any_of(files.begin(), files.end(), inRoot))
+    throw Failed("no installation: " + std::string(kSettingsFile) +
+                 " does not name its root (PATH in [ZELVANE]), and " + root +
+                 " is only where zelctl is; use --root DIR");
+}
+
+// A save drops what is below a bad line; what is there afterwards was put there by the change.
+void RequireReadable(std::string const& file) {
+  long const badLine = InspectFile(At(file)).badLine;
+  if (badLine == 0) return;
+  std::vector<std::string> const lines = LinesOf(BytesOf(At(file)), {});
+  for (auto line = static_cast<std::size_t>(badLine); line < lines.size(); line++)
+    if (!Trim(lines[line]).empty())
+      throw Failed(StoppedAt(file, badLine) + "; \"" + lines[line] +
+                   "\" would be one of them. Correct that line first");
+}
+
+}  // namespace
+
+void AddWriting(CLI::App* command, Writing& writing) {
+  command->add_flag("--force", writing.force, "Save even if the file has a syntax error and loses the lines below it");
+  AddDryRun(command, writing);
+}
+
+void AddDryRun(CLI::App* command, Writing& writing) {
+  command->add_flag("--dry-run", writing.dryRun, "Change nothing; show the lines that would differ");
+}
+
+void AddYes(CLI::App* command, Writing& writing) {
+  command->add_flag("--yes", writing.yes, "Do not ask; required where no terminal is there to ask on");
+}
+
+void RequireConsent(std::string const& what, Writing const& writing) {
+  if (writing.yes || writing.dryRun) return;
+  if (isatty(STDIN_FILENO) == 0 || isatty(STDERR_FILENO) == 0) throw WrongUsage(what + "; use --yes to go on");
+  Complain(what);
+  std::cerr << "Go on? [y/N] " << std::flush;
+  std::string answer;
+  std::getline(std::cin, answer);
+  if (answer != "y" && answer != "Y" && answer != "yes") throw Failed("nothing changed");
+}
+
+std::string At(std::string const& path) { return g_scratch.empty() ? path : g_scratch + fs::absolute(path).string(); }
+
+Rehearsal::Rehearsal(Edit const& edit, Terminal const& terminal) : root_(terminal.root), home_(HomeFolder()) {
+  std::string pattern = fs::temp_directory_path() / "zelctl-XXXXXX";
+  if (mkdtemp(pattern.data()) == nullptr) throw Failed(CannotWrite(pattern));
+  std::string const installation = GetZelvanePath();
+  g_scratch = pattern;
+  HideInMessages(g_scratch);
+  try {
+    for (std::string const& file : edit.files) Copy(file);
+    for (std::string const& file : edit.reads) Copy(file);
+    if (SetZelvanePath(At(installation).c_str()) == 0) throw std::bad_alloc();
+  } catch (...) {
+    End();
+    throw;
+  }
+  if (!home_.empty()) setenv("HOME", At(home_).c_str(), 1);
+}
+
+Rehearsal::~Rehearsal() { End(); }
+
+void Rehearsal::End() const {
+  std::error_code ignored;
+  // A new unit's folder keeps its owner out.
+  for (fs::recursive_directory_iterator each(g_scratch, ignored), end; !ignored && each != end; each.increment(ignored))
+    if (each->is_directory(ignored)) fs::permissions(each->path(), fs::perms::owner_all, ignored);
+  fs::remove_all(g_scratch, ignored);
+  g_scratch.clear();
+  SetZelvanePath(root_.c_str());
+  if (!home_.empty()) setenv("HOME", home_.c_str(), 1);
+}
+
+bool Make(Edit const& edit, Writing const& writing, Terminal const& terminal, std::function<void()> const& act) {
+  RequireStatedRoot(edit.files, terminal);
+  bool const isConfiguration = !edit.asLines;
+  bool stops = false;
+  std::vector<Changed> files;
+  for (std::string const& file : edit.files) {
+    if (isConfiguration) RequireWholeLoad(file, writing.force);
+    stops = stops || (isConfiguration && InspectFile(file).badLine != 0);
+    files.push_back({file, BytesOf(file), std::nullopt});
+  }
+  auto const changes = [&files] {
+    std::vector<Changed> changed;
+    for (Changed& each : files) {
+      each.after = BytesOf(At(each.file));
+      if (each.after != each.before) changed.push_back(each);
+    }
+    return changed;
+  };
+  if (writing.dryRun || stops) {
+    Rehearsal const rehearsal(edit, terminal);
+    act();
+    std::vector<Changed> const changed = changes();
+    for (Changed const& change : changed) {
+      if (!IsWritable(change.file)) throw Failed(CannotWrite(change.file));
+      if (isConfiguration) RequireReadable(change.file);
+    }
+    if (writing.dryRun) {
+      PrintDifferences(changed, edit, terminal);
+      return false;
+    }
+  }
+  try {
+    act();
+  } catch (Failed const&) {
+    std::vector<Changed> const changed = changes();
+    if (!changed.empty()) Complain(Summary(changed, edit));
+    throw;
+  }
+  if (!terminal.json && !terminal.csv) std::cout << terminal.ShownName(Summary(changes(), edit)) << '\n';
+  return true;
+}
+
+bool IsWritable(std::string const& path) {
+  std::string const folder = ExtractFilePath(path);
+  bool const exists = access(path.c_str(), F_OK) == 0;
+  return access(exists ? path.c_str() : folder.empty() ? "." : folder.c_str(), W_OK) == 0;
+}
+
+void RequireNew(std::string const& path, bool overwrite) {
+  if (!overwrite && fs::is_regular_file(path)) throw Failed(path + ": already exists; use --overwrite to replace it");
+}
+
+void KeepAsLost(std::string const& path) {
+  std::string kept = path + ".lost";
+  for (int i = 2; fs::exists(kept); i++) kept = path + ".lost." + std::to_string(i);
+  Input in(path, path);
+  struct stat source = {};
+  if (fstat(in.Descriptor(), &source) != 0) throw FileFailed(path);
+  Output out(kept, source);
+  char piece[65536];
+  while (std::size_t const got = in.Fill(piece, sizeof piece)) out.Write(piece, got);
+  out.Keep();
+}
+
+void AddOverwrite(CLI::App* command, bool& overwrite) {
+  command->add_flag("--overwrite", overwrite, "Replace OUT if it exists");
+}
+
+bool RemoveKey(std::string const& path, std::string const& section, std::string const& key, Writing const& writing,
+               Terminal const& terminal, std::function<void()> const& remove) {
+  std::string const name = "[" + section + "] " + key;
+  RequireWholeLoad(path, writing.force);
+  if (!HasKey(path, section, key)) throw Failed(path + ": key " + name + " does not exist");
+  bool const done = Make({{path}}, writing, terminal, remove);
+  if (done && HasKey(path, section, key))
+    throw Failed(path + ": " + name + " is still there: cannot write the file, or a repeated line now counts");
+  return done;
+}
