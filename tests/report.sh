@@ -50,7 +50,7 @@ done
 
 text=$(text_of demo-root.html)
 for number in $("$zelctl" log outages demo-root/logevt.rgt --start 1 --end 2 | grep -oE '[0-9]+:[0-9]{2}:[0-9]{2}') \
-  '2005-03-27 08:00' '0.38 % of the 25.3 days logged' '4 findings'; do
+  '2005-03-27 08:00' '0.38 % of the 25.3 days logged' '8 findings'; do
   grep -qF -- "$number" <<<"$text" || fail "demo-root: the page lacks $number"
 done
 

@@ -170,9 +170,7 @@ void ShowSettings(Site const& site, Screen& screen) {
   for (SiteLint const& lint : site.lint)
     screen.Line("settings",
                 lint.file + ": " + Counted(lint.findings, "finding") + " (zelctl cfg lint " + lint.path + ")", true);
-  for (std::string const& type : site.leftOut)
-    screen.Line("settings", "upstype.cfg: type " + type + " is left out (zelctl type list)", true);
-  if (site.lint.empty() && site.leftOut.empty()) screen.Line("settings", "no findings");
+  if (site.lint.empty()) screen.Line("settings", "no findings");
 }
 
 std::string VersionsText(bool isOther) {

@@ -4,16 +4,12 @@
 #include <filesystem>
 #include <set>
 
-#include "files/format.h"
-#include "files/handle.h"
 #include "files/recordlog.h"
 #include "records/lint.h"
 #include "terminal/moment.h"
 #include "terminal/terminal.h"
 #include "zelvane/api/upslist.h"
 #include "zelvane/api/upssrvconfig.h"
-#include "zelvane/api/upstypes.h"
-#include "zelvane/config/cfgclass.h"
 #include "zelvane/config/paths.h"
 #include "zelvane/core/datetime.h"
 #include "zelvane/logs/proglist.h"
@@ -78,7 +74,6 @@ class Look {
     if (site_.events.empty()) Find("logevt.rgt", "There is no event log.", "");
     for (std::string const& unit : site_.missing)
       Find("srvlist.cfg", "Unit " + unit + " is listed and has no folder.", "zelctl ups remove " + unit);
-    Types();
     for (char const* const name : kRootSettings) LintFile(root_, name);
     for (SitePlace const& unit : site_.units) LintUnit(unit);
   }
@@ -146,23 +141,6 @@ class Look {
     if (GetUpsSrvConfig(place.folder.c_str(), &settings, 0) == 0 || settings.fullDischargeDate < 0) return;
     PlannedMoment const moment = {settings.fullDischargeDate, "full discharge of " + place.Title()};
     (moment.when >= site_.now ? site_.planned : site_.passed).push_back(moment);
-  }
-
-  void Types() {
-    std::string const table = site_.root + "upstype.cfg";
-    Handle const types(OpenUPSTypeList(table.c_str()), CloseUPSTypeList);
-    if (types == nullptr) return;
-    CfgClass keys;  // the table tells no more of a malformed entry than that it is one
-    if (!keys.OpenReadOnly(table)) return;
-    auto const count = static_cast<unsigned int>(GetUPSTypeListCount(types.get()));
-    for (unsigned int i = 0; i < count; i++) {
-      UpsTypeItem item;
-      if (GetUPSTypeListItem(types.get(), i, &item) != 0) continue;
-      site_.leftOut.push_back(keys.GetKeyName("UPSTYPE", i));
-      Find("upstype.cfg",
-           "Type " + site_.leftOut.back() + " is not NUMBER = NAME;DRIVER;MODULE;MODULE;MODEL and is left out.",
-           "zelctl type list");
-    }
   }
 
   void LintFile(SitePlace const& place, std::string const& name) {

@@ -65,7 +65,6 @@ struct Site {
   bool hasSchedule = false;            // a schedule was named
   std::vector<PlannedMoment> planned;  // from now on, in order
   std::vector<PlannedMoment> passed;   // full discharges that were due
-  std::vector<std::string> leftOut;    // types of upstype.cfg that are not read
   std::vector<SiteLint> lint;          // files with findings
   std::vector<SiteFinding> findings;   // all that wants a look, the most urgent first
 };
