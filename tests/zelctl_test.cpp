@@ -8,9 +8,9 @@
 //     and what `diff` says of the root as it was before: every change of every byte of every file
 //
 // `each WORDS ARGUMENT...` runs zelctl with the words and each argument in turn: its complaint and its exit code on a
-// line. JSON is shown on one line. `unstamped` takes the date of the last change out of the browse list. All other
-// lines are remarks. "@" in the answers stands for the root's path. A command that changes nothing shows no difference,
-// so each transcript also tells what was NOT written.
+// line. `at MOMENT COMMAND` sets the clock. JSON is shown on one line. `unstamped` takes the date of the last change
+// out of the browse list. All other lines are remarks. "@" in the answers stands for the root's path. A command that
+// changes nothing shows no difference, so each transcript also tells what was NOT written.
 //
 // With ZELVANE_TRANSCRIBE set the files are written anew instead of compared: read the change before you keep it.
 #include <gtest/gtest.h>
@@ -47,6 +47,11 @@ constexpr char kScript[] = R"(
       said=$(zelctl $words "$last" 2>&1)
       echo "$said [$?]"
     done
+  }
+  at() {
+    export TZ=UTC0 ZELVANE_TEST_NOW=$(date -u -d "$1" +%s)
+    shift
+    "$@"
   }
   unstamped() {
     sed -i '/^DATETIME = /d' zelbrws.cfg

@@ -1,7 +1,8 @@
 #!/bin/bash
 # The library's main jobs on real files, in three acts of a screen each: the settings of a hand-kept installation are
 # changed, and every line that was not meant stays byte for byte what it was; a network is built and changed; a month of
-# mains failures is read from an event log. Works on a copy. Usage: tools/demo.sh PATH-OF-ZELCTL
+# mains failures is read from an event log, at last as a page for a browser. Works on a copy; the page stays.
+# Usage: tools/demo.sh PATH-OF-ZELCTL
 set -euo pipefail
 
 [ $# -eq 1 ] || { echo "usage: $0 PATH-OF-ZELCTL" >&2; exit 2; }
@@ -64,7 +65,10 @@ run browse remove group 2 --yes --file root/zelbrws.cfg
 run browse tree root/zelbrws.cfg --utf8
 
 act 'When did the mains fail? A month of events: code 1 is "Mains failed", 2 "Mains back", 4 "Shutdown ordered"'
-run log chart root/logevt.rgt --code 1
-run log show root/logevt.rgt --code 1 --last 3
-run log time root/logevt.rgt --start 1 --end 2 --from 2005-03-17 --to 2005-03-18
 run log count root/logevt.rgt --code 4
+run log outages root/logevt.rgt --start 1 --end 2 --by day
+run log outages root/logevt.rgt --start 1 --end 2 --last 3
+run status --root root || [ $? -eq 1 ]  # 1: it wants a look
+page=$(mktemp -d)/report.html
+run report --root root --out "$page"
+say "a browser opens file://$page"

@@ -18,9 +18,9 @@
 namespace {
 
 using Family = void (*)(CLI::App& app, Terminal& terminal);
-constexpr Family kFamilies[] = {AddShutdown, AddCfg,  AddB64,      AddUps,    AddType,   AddServer,
-                                AddClient,   AddInfo, AddPorts,    AddDigest, AddCipher, AddProc,
-                                AddSvc,      AddLog,  AddSchedule, AddLang,   AddBrowse, AddHelp};
+constexpr Family kFamilies[] = {AddShutdown, AddCfg,   AddB64,    AddUps,    AddType,   AddServer, AddClient,
+                                AddInfo,     AddPorts, AddDigest, AddCipher, AddProc,   AddSvc,    AddLog,
+                                AddSchedule, AddLang,  AddBrowse, AddStatus, AddReport, AddHelp};
 
 constexpr int kFailed = 1;
 constexpr int kWrongUsage = 2;

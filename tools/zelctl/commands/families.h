@@ -21,9 +21,14 @@ void AddCipher(CLI::App& app, Terminal& terminal);
 void AddProc(CLI::App& app, Terminal& terminal);
 void AddSvc(CLI::App& app, Terminal& terminal);
 void AddLog(CLI::App& app, Terminal& terminal);
+// Below the family of `log`.
+void AddFollow(CLI::App* log, Terminal& terminal);
+void AddOutages(CLI::App* log, Terminal& terminal);
 void AddSchedule(CLI::App& app, Terminal& terminal);
 void AddLang(CLI::App& app, Terminal& terminal);
 void AddBrowse(CLI::App& app, Terminal& terminal);
+void AddStatus(CLI::App& app, Terminal& terminal);
+void AddReport(CLI::App& app, Terminal& terminal);
 void AddHelp(CLI::App& app, Terminal& terminal);
 
 #endif

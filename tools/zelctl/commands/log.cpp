@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <filesystem>
 #include <iostream>
-#include <limits>
 #include <memory>
 #include <optional>
 
@@ -13,8 +12,12 @@
 #include "files/damage.h"
 #include "files/input.h"
 #include "files/output.h"
+#include "files/picturefile.h"
 #include "files/recordlog.h"
+#include "records/choice.h"
 #include "records/fields.h"
+#include "records/recordlisting.h"
+#include "report/chartpicture.h"
 #include "terminal/chart.h"
 #include "terminal/listing.h"
 #include "terminal/moment.h"
@@ -27,7 +30,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::int32_t kMostSeconds = std::numeric_limits<std::int32_t>::max();
 constexpr std::int64_t kLargestPayload = 4294967291;  // what LogClass takes
 constexpr std::int64_t kHighestCode = 65535;
 constexpr std::int64_t kHighestEndCode = 32767;  // the library takes end codes as signed
@@ -41,12 +43,15 @@ struct Arguments {
   std::string out;
   Option size;
   Option code;
+  ChoiceOptions choice;
   Option from;
   Option to;
   Option last;
   Option start;
   std::vector<std::string> ends;
   Option by;
+  bool reverse = false;
+  PictureFile picture;
   bool overwrite = false;
   bool text = false;
 };
@@ -62,37 +67,14 @@ std::optional<std::uint16_t> CodeArgument(char const* name, Option const& code) 
   return static_cast<std::uint16_t>(NumberArgument(name, *code, 0, kHighestCode));
 }
 
-// Which records are meant. Without any of the options it is all of them, also those without a date-time.
-struct Choice {
-  std::optional<std::uint16_t> code;
-  bool dated = false;
-  std::int32_t first = 0;
-  std::int32_t last = kMostSeconds;
-
-  bool operator()(Record const& record) const {
-    if (code && record.Code() != code) return false;
-    return !dated || (record.stamp >= first && record.stamp <= last);
-  }
-};
-
 void RequireOrder(std::int32_t from, std::int32_t to) {
   if (from > to) throw WrongUsage("--from must not be later than --to");
-}
-
-Choice ChoiceOf(Arguments const& arguments) {
-  Choice choice;
-  choice.code = CodeArgument("--code", arguments.code);
-  choice.dated = arguments.from || arguments.to;
-  if (arguments.from) choice.first = ParseMoment("--from", *arguments.from).first;
-  if (arguments.to) choice.last = ParseMoment("--to", *arguments.to).last;
-  RequireOrder(choice.first, choice.last);
-  return choice;
 }
 
 // ---- show ----
 
 void Show(Arguments const& arguments, Terminal& terminal) {
-  Choice const choice = ChoiceOf(arguments);
+  Choice const choice = arguments.choice.Get(terminal);
   auto const last = arguments.last ? NumberArgument("--last", *arguments.last, 1, kHighestNumber) : kHighestNumber;
   RecordLog const log = OpenLog(arguments);
   // The records are read twice: the table must be as wide as its texts, and the last ones be known when they come.
@@ -108,26 +90,15 @@ void Show(Arguments const& arguments, Terminal& terminal) {
   });
 
   std::uint64_t toSkip = chosen - std::min(chosen, static_cast<std::uint64_t>(last));
-  bool const inTable = !terminal.json && !terminal.csv;
-  Listing listing(terminal, {{"record", std::to_string(log.Count()).size()},
-                             {"dateTime", 0, false},
-                             {"time", 19},
-                             {"code", 5},
-                             {"text", width},
-                             {"payload", 0}});
-  std::vector<Json> cells(6);
-  log.ForEach([&](Record const& record) {
-    if (!choice(record) || (toSkip > 0 && toSkip-- > 0)) return;
-    std::optional<std::uint16_t> const code = record.Code();
-    std::string time = TimeText(record.stamp);
-    cells[0] = record.index;
-    cells[1] = record.stamp;
-    cells[2] = time.empty() ? Json() : Json(std::move(time));
-    cells[3] = code ? Json(*code) : Json();
-    cells[4] = record.Text();
-    cells[5] = record.Hex(!inTable);
-    listing.Row(cells);
-  });
+  std::uint64_t toShow = chosen - toSkip;
+  if (arguments.reverse) toSkip = 0;
+  RecordListing listing(terminal, log.Count(), width);
+  auto const see = [&](Record const& record) {
+    if (toShow == 0 || !choice(record) || (toSkip > 0 && toSkip-- > 0)) return;
+    toShow--;
+    listing.Row(record);
+  };
+  arguments.reverse ? log.ForEachReversed(see) : log.ForEach(see);
   listing.End();
   log.NoteDamage(terminal);
 }
@@ -247,13 +218,29 @@ void Time(Arguments const& arguments, Terminal& terminal) {
 
 // ---- chart ----
 
+Step StepOf(Arguments const& arguments, Chart const& chart) {
+  if (!arguments.by) return chart.FittingStep();
+  std::optional<Step> const step = StepNamed(*arguments.by);
+  if (!step) throw WrongUsage("--by: hour, day, week, month, year, weekday or hour-of-day");
+  return *step;
+}
+
+void WriteChart(Arguments const& arguments, Chart const& chart, Step step, Terminal const& terminal) {
+  if (chart.IsEmpty()) return terminal.Note(arguments.picture.path + " is not written: there is nothing to draw");
+  std::string const name = arguments.file.substr(arguments.file.rfind('/') + 1);
+  std::string const svg = ChartPicture(chart, step, name);
+  arguments.picture.Write(svg);
+  std::uint64_t events = 0;
+  for (ChartColumn const& column : chart.By(step)) events += column.events;
+  if (!PrintMachineRow(terminal, {{"file", 0}, {"events", 0}, {"bytes", 0}},
+                       {arguments.picture.path, events, svg.size()}))
+    terminal.PrintText(arguments.picture.path + ": " + Counted(events, "event") + ", " + Counted(svg.size(), "byte"));
+}
+
 void DrawChart(Arguments const& arguments, Terminal& terminal) {
-  Step step = Step::kAutomatic;
-  if (arguments.by) {
-    if (*arguments.by != "day" && *arguments.by != "hour") throw WrongUsage("--by: day or hour");
-    step = *arguments.by == "day" ? Step::kDay : Step::kHour;
-  }
-  Choice const choice = ChoiceOf(arguments);
+  Choice const choice = arguments.choice.Get(terminal);
+  if (arguments.by) StepOf(arguments, Chart());
+  if (arguments.picture) arguments.picture.RequireFree();
   RecordLog const log = OpenLog(arguments);
   Chart chart;
   std::uint64_t without = 0;
@@ -266,7 +253,11 @@ void DrawChart(Arguments const& arguments, Terminal& terminal) {
       chart.Add(*code, record.stamp, record.Text());
     }
   });
-  chart.Print(step, terminal);
+  Step const step = StepOf(arguments, chart);
+  if (arguments.picture)
+    WriteChart(arguments, chart, step, terminal);
+  else
+    chart.Print(step, arguments.choice.HasCodes(), terminal);
   if (without > 0)
     terminal.Note(std::to_string(without) + " of the records lack a date-time or a code: not in the chart");
   log.NoteDamage(terminal);
@@ -458,6 +449,11 @@ class Family {
   }
 
   void Text(CLI::App* command) { command->add_flag("--text", arguments_->text, "FILE is a text log"); }
+  ChoiceOptions& Choices() { return arguments_->choice; }
+
+  void Picture(CLI::App* command) { arguments_->picture.AddTo(command, "Draw a picture instead, into this file"); }
+
+  bool& Get(bool Arguments::*target) { return (*arguments_).*target; }
 
   void Overwrite(CLI::App* command) {
     Value(command, "OUT", &Arguments::out, "", "Where the records go")->required();
@@ -482,18 +478,24 @@ void AddViews(Family& family) {
       "of a payload are left out of the table, and on a terminal what is wider than it. A day or a minute is meant "
       "from\n"
       "its first to its last second.");
-  family.Span(show, "TIME");
-  family.Value(show, "--code", &Arguments::code, "N", "Only records of this code");
+  family.Choices().AddSpan(show);
+  family.Choices().AddCodes(show);
+  family.Choices().AddText(show);
+  show->add_flag("--reverse", family.Get(&Arguments::reverse), "The last one first");
   family.Value(show, "--last", &Arguments::last, "N", "Only the last N of them");
   family.Size(show);
 
-  CLI::App* const chart = family.Add("chart", "Bars of the events per day or hour, for each code", DrawChart,
-                                     "All bars have one scale, up to the width of the terminal. Days or hours without "
-                                     "an event stand between the others,\n"
-                                     "three and more of them as one line.");
-  family.Value(chart, "--by", &Arguments::by, "day|hour", "What a bar stands for; hours if all lies within three days");
-  family.Span(chart, "TIME");
-  family.Value(chart, "--code", &Arguments::code, "N", "Only this code");
+  CLI::App* const chart =
+      family.Add("chart", "Bars of the events by hour, day, week, month or year, for each code", DrawChart,
+                 "All bars have one scale, up to the width of the terminal. Rows without an event stand between the "
+                 "others, three\n"
+                 "and more of them as one line. The codes that --code names stand beside each other if they fit.\n\n"
+                 "  zelctl log chart logevt.rgt --code 1,3 --by weekday");
+  family.Value(chart, "--by", &Arguments::by, "hour|day|week|month|year|weekday|hour-of-day",
+               "What a bar stands for; if not given what fits a page");
+  family.Choices().AddSpan(chart);
+  family.Choices().AddCodes(chart);
+  family.Picture(chart);
   family.Size(chart);
 }
 
@@ -546,6 +548,8 @@ void AddLog(CLI::App& app, Terminal& terminal) {
       "  zelctl log chart logevt.rgt --from 2005-03-01 --to 2005-03-31\n"
       "  zelctl log time logevt.rgt --start 1 --end 2,4 --from 2005-03-01 --to 2005-03-31");
   AddViews(family);
+  AddFollow(family.Get(), terminal);
+  AddOutages(family.Get(), terminal);
   AddStatistics(family);
   AddRescue(family);
 }

@@ -71,10 +71,16 @@ RecordLog::RecordLog(std::string path, std::uint64_t payloadSize)
 }
 
 void RecordLog::ForEachBlock(std::function<void(unsigned char const*, std::size_t)> const& see) const {
-  std::uint64_t left = Count();
+  ForEachBlock(see, 0, Count());
+}
+
+void RecordLog::ForEachBlock(std::function<void(unsigned char const*, std::size_t)> const& see, std::uint64_t first,
+                             std::uint64_t count) const {
+  std::uint64_t left = std::min(count, Count() - std::min(first, Count()));
   std::uint64_t const most = std::max<std::uint64_t>(kBlockSize / recordSize_, 1);
   std::vector<unsigned char> block(static_cast<std::size_t>(std::min(most, left) * recordSize_));
   std::ifstream file(path_, std::ios::binary);
+  file.seekg(static_cast<std::streamoff>(first * recordSize_));
   while (left > 0) {
     std::uint64_t const records = std::min(most, left);
     auto const size = static_cast<std::streamsize>(records * recordSize_);
@@ -85,14 +91,34 @@ void RecordLog::ForEachBlock(std::function<void(unsigned char const*, std::size_
   }
 }
 
-void RecordLog::ForEach(std::function<void(Record const&)> const& see) const {
+void RecordLog::ForEach(std::function<void(Record const&)> const& see, std::uint64_t first, std::uint64_t count) const {
   auto const size = static_cast<std::size_t>(recordSize_);
   auto const payload = static_cast<std::size_t>(recordSize_ - kStampSize);
-  std::uint64_t index = 0;
-  ForEachBlock([&](unsigned char const* bytes, std::size_t length) {
-    for (std::size_t at = 0; at < length; at += size)
-      see({index++, StampOf(bytes + at), bytes + at + kStampSize, payload});
-  });
+  std::uint64_t index = first;
+  ForEachBlock(
+      [&](unsigned char const* bytes, std::size_t length) {
+        for (std::size_t at = 0; at < length; at += size)
+          see({index++, StampOf(bytes + at), bytes + at + kStampSize, payload});
+      },
+      first, count);
+}
+
+void RecordLog::ForEachReversed(std::function<void(Record const&)> const& see) const {
+  std::uint64_t const most = std::max<std::uint64_t>(kBlockSize / recordSize_, 1);
+  std::vector<unsigned char> block(static_cast<std::size_t>(std::min(most, Count()) * recordSize_));
+  std::ifstream file(path_, std::ios::binary);
+  auto const payload = static_cast<std::size_t>(recordSize_ - kStampSize);
+  for (std::uint64_t left = Count(); left > 0;) {
+    std::uint64_t const records = std::min(most, left);
+    auto const size = static_cast<std::streamsize>(records * recordSize_);
+    file.seekg(static_cast<std::streamoff>((left - records) * recordSize_));
+    if (!file.read(reinterpret_cast<char*>(block.data()), size))
+      throw Failed(path_ + ": cannot be read to its end: it broke off, or was cut meanwhile");
+    for (std::uint64_t i = records; i-- > 0;) {
+      unsigned char const* const record = &block[static_cast<std::size_t>(i * recordSize_)];
+      see({--left, StampOf(record), record + kStampSize, payload});
+    }
+  }
 }
 
 void RecordLog::NoteDamage(Terminal const& terminal) const {

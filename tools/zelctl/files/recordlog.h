@@ -45,12 +45,19 @@ class RecordLog {
 
   // The whole records of the file as it was at construction, in blocks that end with a record. Throws Failed.
   void ForEachBlock(std::function<void(unsigned char const* bytes, std::size_t size)> const& see) const;
-  void ForEach(std::function<void(Record const&)> const& see) const;
+  void ForEach(std::function<void(Record const&)> const& see) const { ForEach(see, 0, Count()); }
+  // At most `count` of them, from the record `first` on.
+  void ForEach(std::function<void(Record const&)> const& see, std::uint64_t first, std::uint64_t count) const;
+  // From the last one to the first.
+  void ForEachReversed(std::function<void(Record const&)> const& see) const;
 
   // A remark when there is a torn tail.
   void NoteDamage(Terminal const& terminal) const;
 
  private:
+  void ForEachBlock(std::function<void(unsigned char const*, std::size_t)> const& see, std::uint64_t first,
+                    std::uint64_t count) const;
+
   std::string path_;
   std::uint64_t recordSize_;
   std::uint64_t length_ = 0;

@@ -1,111 +1,209 @@
 #include "terminal/chart.h"
 
 #include <algorithm>
-#include <cmath>
 #include <iostream>
 #include <limits>
 
 #include "terminal/listing.h"
 #include "terminal/moment.h"
+#include "terminal/page.h"
+#include "terminal/period.h"
 #include "terminal/terminal.h"
 
 namespace {
 
-constexpr std::size_t kPipeWidth = 80;
+using Counts = std::map<std::int64_t, std::uint64_t>;
+
 constexpr std::size_t kShortestBar = 10;  // of the greatest number, however narrow the terminal
-constexpr std::int32_t kFewHours = 72;
-constexpr std::int32_t kHoursPerDay = kDaySeconds / kHourSeconds;
+constexpr std::size_t kShortestBeside = 6;
+constexpr std::int64_t kFewHours = 72;
+constexpr std::size_t kPageRows = 50;
+constexpr char const* kWeekdays[] = {"Mon", "Tue", "Wed", "Thu", "Fri", "Sat", "Sun"};
 
-std::string Label(std::int32_t step, bool byHour) {
-  std::int32_t const first = step * (byHour ? kHourSeconds : kDaySeconds);
-  return DayText(first) + " " + WeekdayText(first) + (byHour ? " " + TimeText(first).substr(11, 5) : "");
+bool GoesRound(Step step) { return step == Step::kWeekday || step == Step::kHourOfDay; }
+Period PeriodOf(Step step) { return static_cast<Period>(step); }
+
+std::int64_t RowOf(Step step, std::int64_t dateTime) {
+  if (step == Step::kHourOfDay) return dateTime % kDaySeconds / kHourSeconds;
+  if (step == Step::kWeekday) return (dateTime / kDaySeconds + 3) % 7;  // 1970-01-01 was a Thursday
+  return BeginOf(PeriodOf(step), dateTime);
 }
 
-// The rest of a bar that would be shorter than one character is still seen.
-std::size_t BarLength(std::uint64_t count, std::uint64_t greatest, std::size_t room) {
-  if (count == 0) return 0;
-  double const share = static_cast<double>(count) / static_cast<double>(greatest);
-  return std::max<std::size_t>(static_cast<std::size_t>(std::lround(share * static_cast<double>(room))), 1);
+char const* NounOf(Step step) {
+  if (GoesRound(step)) return step == Step::kHourOfDay ? "hour" : "day";
+  return NameOf(PeriodOf(step));
 }
 
-// How the bars of one chart are drawn.
-struct Style {
-  bool byHour;
-  std::size_t width;  // of the screen
-  std::uint64_t greatest;
+std::uint64_t GreatestOf(std::vector<ChartColumn> const& columns) {
+  std::uint64_t greatest = 1;
+  for (ChartColumn const& column : columns)
+    for (auto const& [row, count] : column.counts) greatest = std::max(greatest, count);
+  return greatest;
+}
 
-  void Row(std::int32_t step, std::uint64_t count) const {
-    std::string const label = Label(step, byHour);
-    std::size_t const taken = label.size() + std::to_string(greatest).size() + 3;
-    std::size_t const room = width < taken + kShortestBar ? kShortestBar : width - taken;
-    std::string const bar(BarLength(count, greatest, room), '#');
-    std::cout << label << "  " << bar << (count == 0 ? "" : " ") << count << '\n';
-  }
+std::string Head(ChartColumn const& column) {
+  std::string const head = "code " + std::to_string(column.code) + ": " + Counted(column.events, "event");
+  return column.text.empty() ? head : head + ", the last one: " + column.text;
+}
 
-  // The steps between two bars: a gap is what one looks for. A long one is told in words.
-  void Gap(std::int32_t from, std::int32_t to) const {
-    constexpr std::int32_t kShownGap = 2;
-    if (to - from > kShownGap)
-      std::cout << "... " << Counted(static_cast<std::uint64_t>(to - from), byHour ? "hour" : "day") << " without\n";
-    else
-      for (std::int32_t step = from; step < to; step++) Row(step, 0);
+// Calls `row` for each row of the range and `words` for what is told of several.
+template <class OnRow, class OnWords>
+void ForEachRow(Step step, Counts const& counts, OnRow row, OnWords words) {
+  RowRange const range = RangeOf(step, counts);
+  std::int64_t next = range.begin;
+  auto const gap = [&](std::int64_t to) {
+    ChartGap const between = GapBetween(step, next, to);
+    if (!between.words.empty()) words(between.words);
+    for (std::int64_t const each : between.rows) row(each);
+  };
+  for (auto const& [at, count] : counts) {
+    gap(at);
+    row(at);
+    next = NextRow(step, at);
   }
-};
+  gap(range.end);
+}
+
+std::uint64_t CountAt(Counts const& counts, std::int64_t row) {
+  auto const found = counts.find(row);
+  return found == counts.end() ? 0 : found->second;
+}
+
+std::string BarText(std::uint64_t count, std::uint64_t greatest, std::size_t room) {
+  return std::string(BarLength(count, greatest, room), '#') + (count == 0 ? "" : " ") + std::to_string(count);
+}
+
+void PrintBelow(std::vector<ChartColumn> const& columns, Step step, Terminal const& terminal) {
+  std::uint64_t const greatest = GreatestOf(columns);
+  std::size_t const taken = RowText(step, 0).size() + std::to_string(greatest).size() + 3;
+  std::size_t const room = std::max(PageWidth(), taken + kShortestBar) - taken;
+  for (ChartColumn const& column : columns) {
+    terminal.PrintText((&column == &columns.front() ? "" : "\n") + Head(column).substr(0, PageWidth()));
+    ForEachRow(
+        step, column.counts,
+        [&](std::int64_t row) {
+          std::cout << RowText(step, row) << "  " << BarText(CountAt(column.counts, row), greatest, room) << '\n';
+        },
+        [](std::string const& words) { std::cout << "... " << words << " without\n"; });
+  }
+}
+
+// False when they do not fit.
+bool PrintBeside(std::vector<ChartColumn> const& columns, Step step, Terminal const& terminal) {
+  std::uint64_t const greatest = GreatestOf(columns);
+  std::size_t const label = RowText(step, 0).size();
+  std::size_t const digits = std::to_string(greatest).size() + 1;
+  std::size_t const width = PageWidth();
+  if (width < label + columns.size() * (2 + kShortestBeside + digits)) return false;
+  std::size_t const cell = (width - label) / columns.size() - 2;
+  Counts all;
+  std::string heads(label, ' ');
+  for (ChartColumn const& column : columns) {
+    terminal.PrintText(Head(column).substr(0, width));
+    for (auto const& [row, count] : column.counts) all[row] += count;
+    std::string head = "code " + std::to_string(column.code);
+    head.resize(cell, ' ');
+    heads += "  " + head;
+  }
+  std::cout << '\n' << heads.substr(0, heads.find_last_not_of(' ') + 1) << '\n';
+  ForEachRow(
+      step, all,
+      [&](std::int64_t row) {
+        std::string line = RowText(step, row);
+        for (ChartColumn const& column : columns) {
+          std::string bar = BarText(CountAt(column.counts, row), greatest, cell - digits);
+          bar.resize(cell, ' ');
+          line += "  " + bar;
+        }
+        std::cout << line.substr(0, line.find_last_not_of(' ') + 1) << '\n';
+      },
+      [](std::string const& words) { std::cout << "... " << words << " without\n"; });
+  return true;
+}
+
+std::string MachineText(Step step, std::int64_t row) {
+  if (step == Step::kHour) return TimeText(static_cast<std::int32_t>(row));
+  return GoesRound(step) ? RowText(step, row) : TextOf(PeriodOf(step), row, false);
+}
 
 }  // namespace
 
+std::optional<Step> StepNamed(std::string const& name) {
+  if (name == "weekday") return Step::kWeekday;
+  if (name == "hour-of-day") return Step::kHourOfDay;
+  std::optional<Period> const period = PeriodNamed(name);
+  return period ? std::optional<Step>(static_cast<Step>(*period)) : std::nullopt;
+}
+
+std::string RowText(Step step, std::int64_t row) {
+  if (step == Step::kWeekday) return kWeekdays[row];
+  if (step == Step::kHourOfDay) return (row < 10 ? "0" : "") + std::to_string(row) + ":00";
+  return TextOf(PeriodOf(step), row);
+}
+
+std::int64_t NextRow(Step step, std::int64_t row) { return GoesRound(step) ? row + 1 : NextBegin(PeriodOf(step), row); }
+
+ChartGap GapBetween(Step step, std::int64_t from, std::int64_t to) {
+  constexpr std::size_t kShown = 2;
+  ChartGap gap;
+  std::uint64_t count = 0;
+  for (std::int64_t row = from; row < to; row = NextRow(step, row), count++)
+    if (count <= kShown || step == Step::kWeekday) gap.rows.push_back(row);
+  if (count <= kShown || step == Step::kWeekday) return gap;
+  return {{}, Counted(count, NounOf(step))};
+}
+
+RowRange RangeOf(Step step, Counts const& counts) {
+  if (GoesRound(step)) return {0, step == Step::kWeekday ? 7 : 24};
+  return {counts.begin()->first, NextRow(step, counts.rbegin()->first)};
+}
+
 void Chart::Add(std::uint16_t code, std::int32_t dateTime, std::string const& text) {
-  Code& events = codes_[code];
-  events.counts[dateTime / kHourSeconds]++;
-  events.events++;
-  events.text = text;
+  ChartColumn& column = columns_[code];
+  column.code = code;
+  column.counts[RowOf(Step::kHour, dateTime)]++;
+  column.events++;
+  column.text = text;
 }
 
-bool Chart::IsByHour(Step step) const {
-  if (step != Step::kAutomatic) return step == Step::kHour;
-  std::int32_t first = std::numeric_limits<std::int32_t>::max();
-  std::int32_t last = 0;
-  for (auto const& [number, code] : codes_) {
-    first = std::min(first, code.counts.begin()->first);
-    last = std::max(last, code.counts.rbegin()->first);
+Step Chart::FittingStep() const {
+  std::int64_t first = std::numeric_limits<std::int64_t>::max();
+  std::int64_t last = 0;
+  for (auto const& [code, column] : columns_) {
+    first = std::min(first, column.counts.begin()->first);
+    last = std::max(last, column.counts.rbegin()->first);
   }
-  return last - first < kFewHours;
-}
-
-Chart::Codes Chart::ByDay() const {
-  Codes codes = codes_;
-  for (auto& [number, code] : codes) {
-    Counts days;
-    for (auto const& [hour, count] : code.counts) days[hour / kHoursPerDay] += count;
-    code.counts = std::move(days);
+  if (last - first < kFewHours * kHourSeconds) return Step::kHour;
+  for (Step const step : {Step::kDay, Step::kWeek, Step::kMonth}) {
+    std::size_t most = 0;
+    for (ChartColumn const& column : By(step)) {
+      std::size_t rows = 0;
+      ForEachRow(
+          step, column.counts, [&](std::int64_t) { rows++; }, [&](std::string const&) { rows++; });
+      most = std::max(most, rows);
+    }
+    if (most <= kPageRows) return step;
   }
-  return codes;
+  return Step::kYear;
 }
 
-void Chart::Print(Step step, Terminal const& terminal) const {
-  bool const byHour = IsByHour(step);
-  Codes const codes = byHour ? codes_ : ByDay();
+std::vector<ChartColumn> Chart::By(Step step) const {
+  std::vector<ChartColumn> columns;
+  for (auto const& [code, hours] : columns_) {
+    columns.push_back({code, hours.events, hours.text, {}});
+    for (auto const& [hour, count] : hours.counts) columns.back().counts[RowOf(step, hour)] += count;
+  }
+  return columns;
+}
+
+void Chart::Print(Step step, bool beside, Terminal const& terminal) const {
+  std::vector<ChartColumn> const columns = By(step);
   if (terminal.json || terminal.csv) {
     Listing listing(terminal, {{"code", 0}, {"from", 0}, {"count", 0}});
-    for (auto const& [number, code] : codes)
-      for (auto const& [at, count] : code.counts)
-        listing.Row({number, byHour ? TimeText(at * kHourSeconds) : DayText(at * kDaySeconds), count});
+    for (ChartColumn const& column : columns)
+      for (auto const& [row, count] : column.counts) listing.Row({column.code, MachineText(step, row), count});
     return listing.End();
   }
-  if (codes.empty()) terminal.Note("no event to draw");
-  std::size_t const columns = TerminalColumns();
-  Style style = {byHour, columns > 0 ? columns : kPipeWidth, 1};
-  for (auto const& [number, code] : codes)
-    for (auto const& [at, count] : code.counts) style.greatest = std::max(style.greatest, count);
-  for (auto const& [number, code] : codes) {
-    std::string head = "code " + std::to_string(number) + ": " + Counted(code.events, "event");
-    if (!code.text.empty()) head += ", the last one: " + code.text;
-    terminal.PrintText((number == codes.begin()->first ? "" : "\n") + head.substr(0, style.width));
-    std::int32_t next = code.counts.begin()->first;
-    for (auto const& [at, count] : code.counts) {
-      style.Gap(next, at);
-      style.Row(at, count);
-      next = at + 1;
-    }
-  }
+  if (columns.empty()) return terminal.Note("no event to draw");
+  if (!beside || columns.size() < 2 || !PrintBeside(columns, step, terminal)) PrintBelow(columns, step, terminal);
 }

@@ -51,6 +51,11 @@ void Listing::Row(std::vector<Json> const& cells) {
   Write(false);
 }
 
+void Listing::Flush() {
+  Write(true);
+  std::cout.flush();
+}
+
 void Listing::End() {
   if (terminal_.json) out_ += empty_ ? "]\n" : "\n]\n";
   Write(true);

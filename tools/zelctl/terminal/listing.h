@@ -24,6 +24,8 @@ class Listing {
 
   // A cell for every column: a text (Latin-1), a number or null.
   void Row(std::vector<Json> const& cells);
+  // Prints the rows so far: for answers that go on.
+  void Flush();
   // To be called behind the last row.
   void End();
 

@@ -53,6 +53,22 @@ Moment ParseDay(std::string const& name, std::string const& text) {
   return moment;
 }
 
+std::int32_t ParseSince(std::string const& name, std::string const& text) {
+  auto const now = static_cast<std::int32_t>(GetDateTime());
+  std::int32_t const today = now - now % kDaySeconds;
+  if (text == "today") return today;
+  if (text == "yesterday") return today - kDaySeconds;
+  static std::regex const form(R"((\d{1,5}) (minute|hour|day|week)s? ago)");
+  std::smatch match;
+  if (!std::regex_match(text, match, form)) return ParseMoment(name, text).first;
+  std::string const unit = match[2].str();
+  std::int64_t const seconds = unit == "minute" ? 60
+                               : unit == "hour" ? kHourSeconds
+                               : unit == "day"  ? kDaySeconds
+                                                : 7 * kDaySeconds;
+  return static_cast<std::int32_t>(std::max<std::int64_t>(now - std::stoll(match[1].str()) * seconds, 0));
+}
+
 std::string TimeText(std::int32_t dateTime) {
   if (dateTime < 0) return "";
   tm const fields = Fields(dateTime);

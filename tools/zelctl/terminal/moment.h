@@ -24,6 +24,10 @@ Moment ParseMoment(std::string const& name, std::string const& text);
 // The same for a day alone.
 Moment ParseDay(std::string const& name, std::string const& text);
 
+// The beginning of a time that goes on until now: a moment as above, "today", "yesterday", or such as "2 hours ago"
+// with minutes, hours, days or weeks. Throws WrongUsage.
+std::int32_t ParseSince(std::string const& name, std::string const& text);
+
 // "" for a date-time that is none, a negative one.
 std::string TimeText(std::int32_t dateTime);
 std::string DayText(std::int32_t dateTime);

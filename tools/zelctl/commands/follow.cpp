@@ -1,0 +1,169 @@
+// zelctl log follow: the records of a log as they come.
+#include <errno.h>
+#include <signal.h>
+#include <time.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <deque>
+#include <fstream>
+#include <memory>
+#include <optional>
+
+#include "commands/families.h"
+#include "files/recordlog.h"
+#include "records/choice.h"
+#include "records/fields.h"
+#include "records/recordlisting.h"
+#include "terminal/terminal.h"
+
+namespace {
+
+constexpr std::size_t kRemembered = 32;
+constexpr std::size_t kTextWidth = 40;
+
+volatile sig_atomic_t g_stopped = 0;
+
+extern "C" void Stop(int) { g_stopped = 1; }
+
+struct Arguments {
+  std::string file;
+  std::string last = "10";
+  std::optional<std::string> size;
+  ChoiceOptions choice;
+};
+
+// Where one is in a log that others write. A log that has reached its bound loses its oldest records, and the others
+// move to the front of the file: the last ones that were seen tell where to go on.
+class Follower {
+ public:
+  Follower(std::string path, std::uint64_t payloadSize) : path_(std::move(path)), payload_(payloadSize) {}
+
+  // The records that have come since the last time. A log that is being replaced may be missing for a moment.
+  template <class See>
+  void Read(See see) {
+    std::optional<RecordLog> const log = Opened();
+    if (!log) return;
+    try {
+      if (log->Count() < position_ || !IsAsBefore(*log)) position_ = Found(*log);
+      std::uint64_t const from = position_;
+      log->ForEach(
+          [&](Record const& record) {
+            Remember(record);
+            position_ = record.index + 1;
+            see(record);
+          },
+          from, log->Count() - from);
+    } catch (Failed const&) {
+      // Cut while it was read: what is there now is looked at the next time.
+    }
+  }
+
+ private:
+  std::optional<RecordLog> Opened() const {
+    try {
+      return RecordLog(path_, payload_);
+    } catch (Failed const&) {
+      return std::nullopt;
+    }
+  }
+
+  static std::string BytesOf(Record const& record) {
+    std::string bytes(reinterpret_cast<char const*>(record.payload), record.size);
+    return std::to_string(record.stamp) + ":" + bytes;
+  }
+
+  void Remember(Record const& record) {
+    if (seen_.size() == kRemembered) seen_.pop_front();
+    seen_.push_back(BytesOf(record));
+  }
+
+  bool IsAsBefore(RecordLog const& log) const {
+    if (seen_.empty()) return true;
+    bool same = false;
+    try {
+      log.ForEach([&](Record const& record) { same = BytesOf(record) == seen_.back(); }, position_ - 1, 1);
+    } catch (Failed const&) {
+      return false;
+    }
+    return same;
+  }
+
+  // Behind the place where the most of what was seen stands; the last one of such places.
+  std::uint64_t Found(RecordLog const& log) const {
+    std::uint64_t position = 0;
+    std::size_t best = 0;
+    std::deque<std::string> window;
+    log.ForEach([&](Record const& record) {
+      if (window.size() == seen_.size()) window.pop_front();
+      window.push_back(BytesOf(record));
+      auto const differ = std::mismatch(window.rbegin(), window.rend(), seen_.rbegin(), seen_.rend());
+      auto const alike = static_cast<std::size_t>(differ.first - window.rbegin());
+      if (alike == 0 || alike < best) return;
+      best = alike;
+      position = record.index + 1;
+    });
+    return position;
+  }
+
+  std::string path_;
+  std::uint64_t payload_;
+  std::uint64_t position_ = 0;
+  std::deque<std::string> seen_;
+};
+
+void Wait() {
+  timespec const pause = {0, 250000000};
+  nanosleep(&pause, nullptr);
+}
+
+void Follow(Arguments const& arguments, Terminal const& terminal) {
+  constexpr std::int64_t kLargestPayload = 4294967291;
+  Choice const choice = arguments.choice.Get(terminal);
+  auto const last = static_cast<std::size_t>(NumberArgument("--last", arguments.last, 0, kHighestNumber));
+  auto const size = arguments.size ? NumberArgument("--size", *arguments.size, 0, kLargestPayload)
+                                   : static_cast<std::int64_t>(kEventSize);
+  RecordLog const log(arguments.file, static_cast<std::uint64_t>(size));  // complains of a file that is none
+  log.NoteDamage(terminal);
+
+  struct sigaction action = {};
+  action.sa_handler = Stop;
+  for (int const number : {SIGINT, SIGTERM}) sigaction(number, &action, nullptr);
+
+  Follower follower(arguments.file, static_cast<std::uint64_t>(size));
+  std::uint64_t chosen = 0;
+  log.ForEach([&](Record const& record) { chosen += choice(record) ? 1 : 0; });
+  std::uint64_t toSkip = chosen - std::min<std::uint64_t>(chosen, last);
+  RecordListing listing(terminal, log.Count() * 10, kTextWidth);
+  while (g_stopped == 0) {
+    follower.Read([&](Record const& record) {
+      if (!choice(record) || (toSkip > 0 && toSkip-- > 0)) return;
+      listing.Row(record);
+    });
+    toSkip = 0;
+    listing.Flush();
+    Wait();
+  }
+  listing.End();
+}
+
+}  // namespace
+
+void AddFollow(CLI::App* log, Terminal& terminal) {
+  CLI::App* const command = AddCommand(log, terminal, "follow", "The last records, and then those that come");
+  AddCsv(command, terminal);
+  auto const arguments = std::make_shared<Arguments>();
+  command->add_option("FILE", arguments->file, "The log")->required()->type_name("");
+  command->add_option("--last", arguments->last, "How many of those that are there")
+      ->type_name("N")
+      ->capture_default_str();
+  arguments->choice.AddCodes(command);
+  arguments->choice.AddText(command);
+  command->add_option("--size", arguments->size, "Bytes of payload behind each date-time, if not 64")->type_name("N");
+  command->footer(
+      "Ends with Ctrl+C. When the programs cut a log that has reached its bound, the numbers of its records begin "
+      "anew,\n"
+      "and no record is shown twice.\n\n"
+      "  zelctl log follow logevt.rgt --code 1,2");
+  command->callback([arguments, &terminal] { Follow(*arguments, terminal); });
+}

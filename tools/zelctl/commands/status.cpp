@@ -1,0 +1,264 @@
+// zelctl status: how an installation is doing, on one screen.
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <iostream>
+#include <memory>
+
+#include "commands/families.h"
+#include "commands/processes.h"
+#include "report/options.h"
+#include "report/site.h"
+#include "terminal/latin1.h"
+#include "terminal/moment.h"
+#include "terminal/page.h"
+#include "terminal/terminal.h"
+#include "zelvane/api/versioninfo.h"
+#include "zelvane/system/svc.h"
+
+namespace {
+
+constexpr std::size_t kIndent = 12;
+constexpr std::size_t kMostDuring = 4;
+
+struct Arguments {
+  OutageOptions codes;
+  std::string schedule;
+};
+
+// "18 hours"
+std::string Span(std::int64_t seconds) {
+  auto const counted = [](std::int64_t n, char const* noun) { return Counted(static_cast<std::uint64_t>(n), noun); };
+  if (seconds < 120) return counted(seconds, "second");
+  if (seconds < 2 * kHourSeconds) return counted(seconds / 60, "minute");
+  if (seconds < 2 * kDaySeconds) return counted(seconds / kHourSeconds, "hour");
+  return counted(seconds / kDaySeconds, "day");
+}
+
+// The answer: lines with a mark in front of what wants a look, under a few names.
+class Screen {
+ public:
+  explicit Screen(Terminal const& terminal) : terminal_(terminal) {}
+
+  // Following lines of the same name do not repeat it.
+  void Line(char const* name, std::string const& text, bool wantsLook = false) {
+    bool const repeats = last_ == name;
+    last_ = name;
+    std::string head = wantsLook ? "! " : "  ";
+    if (!repeats) head += name;
+    head.resize(kIndent, ' ');
+    std::cout << Wrapped(head, Indented(text));
+  }
+
+  void Below(std::string const& text) const { std::cout << Wrapped(std::string(kIndent, ' '), Indented(text)); }
+
+  void Footer(std::string const& text) {
+    std::cout << (inFooter_ ? "" : "\n") << ::Wrapped(terminal_.Shown(text));
+    inFooter_ = true;
+  }
+
+ private:
+  std::string Indented(std::string const& text) const { return terminal_.Shown(text); }
+
+  static std::string Wrapped(std::string const& head, std::string const& text) {
+    return ::Wrapped(text, head, std::string(kIndent, ' '));
+  }
+
+  Terminal const& terminal_;
+  std::string last_;
+  bool inFooter_ = false;
+};
+
+// ---- Mains ----
+
+// How the mains are, as the end of a log tells it.
+enum class Mains { kOn, kOff, kUnknown, kNoOutage };
+
+Mains MainsOf(SiteEvents const& events) {
+  if (!events.history || !TellsMains(*events.history)) return Mains::kUnknown;
+  if (!HasOutage(*events.history)) return Mains::kNoOutage;
+  return events.history->isOpen ? Mains::kOff : Mains::kOn;
+}
+
+std::int32_t Since(History const& history) { return history.isOpen ? history.current.begin : history.current.end; }
+
+std::string MainsText(SiteEvents const& events, std::int32_t now) {
+  Mains const mains = MainsOf(events);
+  if (mains == Mains::kUnknown)
+    return "not known: " + events.file + (events.history ? " is damaged" : ": " + events.fault);
+  if (mains == Mains::kNoOutage) return "no outage in the log";
+  std::int32_t const since = Since(*events.history);
+  std::int64_t const seconds = static_cast<std::int64_t>(now) - since;
+  std::string const text = (mains == Mains::kOff ? "off since " : "on since ") + TimeText(since);
+  if (seconds < 0) return text;
+  if (mains == Mains::kOn) return text + ", " + Span(seconds) + " ago";
+  return text + ", for " + (seconds < 2 * kDaySeconds ? ClockText(seconds) : Span(seconds));
+}
+
+std::string EventText(LogEvent const& event, std::int32_t begin) {
+  std::string const time = TimeText(event.stamp);
+  bool const sameDay = !time.empty() && DayText(event.stamp) == DayText(begin);
+  return (time.empty() ? "no date-time" : sameDay ? time.substr(11) : time) + "  " + event.text;
+}
+
+std::string OutagesText(History const& history) {
+  Totals const totals = TotalsOf(history.outages);
+  std::string const since = history.earliest < 0 ? "" : " since " + DayText(history.earliest);
+  if (totals.count == 0) return "none" + since;
+  return std::to_string(totals.count) + since + ", " + ClockText(totals.seconds) + " in all; the last " +
+         LengthText(history.outages.back());
+}
+
+// Several places have the name of each in front.
+std::string In(Site const& site, SiteEvents const& events) {
+  return site.events.size() > 1 ? events.place.Title() + ": " : "";
+}
+
+void ShowMains(Site const& site, Screen& screen) {
+  if (site.events.empty()) screen.Line("mains", "not known: there is no event log", true);
+  for (SiteEvents const& events : site.events) {
+    Mains const mains = MainsOf(events);
+    screen.Line("mains", In(site, events) + MainsText(events, site.now),
+                mains == Mains::kOff || mains == Mains::kUnknown);
+    if (mains != Mains::kOff) continue;
+    std::vector<LogEvent> const& during = events.history->current.during;
+    for (std::size_t i = during.size() - std::min(during.size(), kMostDuring); i < during.size(); i++)
+      screen.Below(EventText(during[i], events.history->current.begin));
+  }
+  for (SiteEvents const& events : site.events)
+    if (events.history) screen.Line("outages", In(site, events) + OutagesText(*events.history));
+}
+
+// ---- The rest ----
+
+std::string PlannedText(Site const& site) {
+  std::string text = site.planned.empty() ? "nothing" : TimeText(site.planned[0].when) + ", " + site.planned[0].what;
+  for (PlannedMoment const& passed : site.passed) text += "; the " + passed.what + " was due " + TimeText(passed.when);
+  return text;
+}
+
+std::string UnitsText(Site const& site) {
+  std::string text;
+  for (SitePlace const& unit : site.units) text += (text.empty() ? "" : ", ") + unit.name;
+  for (std::string const& unit : site.missing)
+    text += (text.empty() ? "" : "; ") + unit + " is listed and has no folder";
+  return text.empty() ? "none listed" : text;
+}
+
+// "runs", "is stopped" or "is not installed"
+std::string StateOf(std::string const& service) {
+  if (!LivingNamed(service).empty()) return "runs";
+  SvcManager manager;
+  return manager.GetSvcByName(service) != nullptr ? "is stopped" : "is not installed";
+}
+
+std::string ServicesText(bool& allRun) {
+  std::string const server = StateOf("zelsrv");
+  std::string const shutter = StateOf("shutsrv");
+  allRun = server == "runs" && shutter == "runs";
+  if (server != shutter) return "zelsrv " + server + "; shutsrv " + shutter;
+  return "zelsrv and shutsrv " + (server == "runs" ? "run" : "are" + server.substr(2));
+}
+
+std::string LogText(SiteEvents const& events) {
+  if (!events.history) return events.file + ": " + events.fault;
+  History const& history = *events.history;
+  std::string const text = events.file + ": " + Counted(history.records, "record") + ", ";
+  return text + (history.torn == 0 ? "sound" : "damaged (zelctl log salvage " + history.path + " OUT)");
+}
+
+void ShowSettings(Site const& site, Screen& screen) {
+  for (SiteLint const& lint : site.lint)
+    screen.Line("settings",
+                lint.file + ": " + Counted(lint.findings, "finding") + " (zelctl cfg lint " + lint.path + ")", true);
+  if (site.lint.empty()) screen.Line("settings", "no findings");
+}
+
+std::string VersionsText(bool isOther) {
+  VersionInfo info = {};
+  std::string const own = std::string("zelctl ") + ZELVANE_VERSION;
+  // Of another installation nothing says which it is.
+  return isOther || GetZelvaneVersionInfo(&info) == 0 ? own : own + ", " + info.product;
+}
+
+void Show(Site const& site, bool isOther, Terminal const& terminal) {
+  Screen screen(terminal);
+  ShowMains(site, screen);
+  screen.Line("planned", PlannedText(site));
+  screen.Line("units", UnitsText(site), !site.missing.empty());
+  if (!isOther) {
+    bool allRun = false;
+    std::string const services = ServicesText(allRun);
+    screen.Line("services", services, !allRun);
+  }
+  for (SiteEvents const& events : site.events)
+    screen.Line("logs", LogText(events), !events.history || events.history->torn > 0);
+  ShowSettings(site, screen);
+  screen.Line("root", site.root);
+  screen.Line("versions", VersionsText(isOther));
+  for (SiteEvents const& events : site.events)
+    if (events.history) screen.Footer(In(site, events) + "Outages run from " + CodesText(*events.history) + ".");
+}
+
+// ---- JSON ----
+
+Json JsonMoment(PlannedMoment const& moment) { return {{"time", TimeText(moment.when)}, {"what", moment.what}}; }
+
+Json JsonEvents(SiteEvents const& events) {
+  static char const* const kMains[] = {"on", "off", "unknown", "no outage"};
+  Mains const mains = MainsOf(events);
+  Json json = {{"file", events.file}, {"mains", kMains[static_cast<int>(mains)]}, {"since", nullptr}};
+  if (!events.history) {
+    json["fault"] = ToUtf8(events.fault);
+    return json;
+  }
+  History const& history = *events.history;
+  if (mains == Mains::kOn || mains == Mains::kOff) json["since"] = TimeText(Since(history));
+  Totals const totals = TotalsOf(history.outages);
+  json["outages"] = totals.count;
+  json["seconds"] = totals.seconds;
+  json["last"] = totals.count == 0 ? Json() : Json(history.outages.back().Seconds());
+  json["records"] = history.records;
+  json["tornBytes"] = history.torn;
+  return json;
+}
+
+void ShowJson(Site const& site, bool isOther, Terminal const& terminal) {
+  Json json = {{"root", ToUtf8(site.root)}, {"logs", Json::array()},     {"planned", Json::array()},
+               {"passed", Json::array()},   {"units", Json::array()},    {"missingUnits", site.missing},
+               {"services", nullptr},       {"findings", Json::array()}, {"versions", VersionsText(isOther)}};
+  for (SiteEvents const& events : site.events) json["logs"].push_back(JsonEvents(events));
+  for (PlannedMoment const& moment : site.planned) json["planned"].push_back(JsonMoment(moment));
+  for (PlannedMoment const& moment : site.passed) json["passed"].push_back(JsonMoment(moment));
+  for (SitePlace const& unit : site.units) json["units"].push_back(unit.name);
+  for (SiteFinding const& finding : site.findings)
+    json["findings"].push_back({{"where", ToUtf8(finding.where)}, {"what", ToUtf8(finding.what)}});
+  if (!isOther) json["services"] = {{"zelsrv", StateOf("zelsrv")}, {"shutsrv", StateOf("shutsrv")}};
+  terminal.PrintJson(json);
+}
+
+void Status(Arguments const& arguments, Terminal& terminal) {
+  OutageCodes const codes = arguments.codes.Codes();
+  RequireRoot();
+  Site const site = LookAtSite(codes, arguments.schedule, terminal);
+  bool const isOther = !terminal.root.empty();
+  terminal.json ? ShowJson(site, isOther, terminal) : Show(site, isOther, terminal);
+  for (SiteEvents const& events : site.events) {
+    Mains const mains = MainsOf(events);
+    if (mains == Mains::kOff || mains == Mains::kUnknown) terminal.status = 1;
+  }
+}
+
+}  // namespace
+
+void AddStatus(CLI::App& app, Terminal& terminal) {
+  CLI::App* const command = AddCommand(&app, terminal, "status", "How an installation is doing, on one screen");
+  auto const arguments = std::make_shared<Arguments>();
+  arguments->codes.AddTo(command, false);
+  command->add_option("--schedule", arguments->schedule, "A schedule, for the next planned moment")->type_name("FILE");
+  command->footer(
+      "\"!\" stands before what wants a look. Exit code 1 when the mains are off, or a log is damaged so that nobody "
+      "can\n"
+      "tell. With --root nothing is said of the services of this computer.\n\n"
+      "  zelctl status --root /srv/site --start 1 --end 2,4");
+  command->callback([arguments, &terminal] { Status(*arguments, terminal); });
+}

@@ -1,0 +1,47 @@
+// Which records of a log are meant, by code, text and time.
+#ifndef ZELVANE_TOOLS_ZELCTL_RECORDS_CHOICE_H
+#define ZELVANE_TOOLS_ZELCTL_RECORDS_CHOICE_H
+
+#include <cstdint>
+#include <limits>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace CLI {
+class App;
+}
+struct Record;
+struct Terminal;
+
+// Without any of the options it is all of them, also those without a date-time.
+struct Choice {
+  std::set<std::uint16_t> codes;  // all when there is none
+  std::string text;               // what must stand in the record's text, in lower case
+  bool dated = false;
+  std::int32_t first = 0;
+  std::int32_t last = std::numeric_limits<std::int32_t>::max();
+
+  bool operator()(Record const& record) const;
+};
+
+class ChoiceOptions {
+ public:
+  void AddCodes(CLI::App* command);  // --code
+  void AddText(CLI::App* command);   // --grep
+  void AddSpan(CLI::App* command);   // --from, --to, --since
+
+  bool HasCodes() const { return !codes_.empty(); }
+  // Throws WrongUsage.
+  Choice Get(Terminal const& terminal) const;
+
+ private:
+  std::vector<std::string> codes_;
+  std::string text_;
+  std::optional<std::string> from_;
+  std::optional<std::string> to_;
+  std::optional<std::string> since_;
+};
+
+#endif

@@ -1,0 +1,13 @@
+// A chart as a picture: the numbers of `log chart`, the codes beside each other.
+#ifndef ZELVANE_TOOLS_ZELCTL_REPORT_CHARTPICTURE_H
+#define ZELVANE_TOOLS_ZELCTL_REPORT_CHARTPICTURE_H
+
+#include <string>
+
+#include "terminal/chart.h"
+
+// SVG with title, description and labels. `name` is that of the log. Throws WrongUsage when there are too many rows or
+// codes.
+std::string ChartPicture(Chart const& chart, Step step, std::string const& name);
+
+#endif

@@ -1,0 +1,188 @@
+#include "report/outages.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+#include "files/recordlog.h"
+#include "terminal/terminal.h"
+
+namespace {
+
+constexpr std::int32_t kYear1990 = 631152000;
+constexpr std::size_t kMostDuring = 12;
+
+// Reads on from record to record.
+class Reader {
+ public:
+  explicit Reader(History& history) : history_(history) {}
+
+  void See(Record const& record) {
+    Order(record.stamp);
+    std::optional<std::uint16_t> const code = record.Code();
+    if (!code) return;
+    Count(*code, record);
+    if (!history_.isOpen) {
+      if (*code != history_.codes.start) return;
+      history_.isOpen = true;
+      history_.current = {};
+      history_.current.begin = record.stamp;
+    } else if (history_.codes.IsEnd(*code)) {
+      history_.isOpen = false;
+      Close(record.stamp);
+    } else if (*code != history_.codes.start) {
+      Remember(record);
+    }
+  }
+
+  void End() {
+    if (!history_.isOpen) return;
+    history_.current.open = true;
+    Close(history_.last);
+  }
+
+ private:
+  void Order(std::int32_t stamp) {
+    if (history_.records++ > 0 && stamp < history_.last) history_.backwards++;
+    if (stamp < kYear1990) history_.early++;
+    history_.last = stamp;
+    if (stamp < 0) return;
+    if (history_.earliest < 0 || stamp < history_.earliest) history_.earliest = stamp;
+    history_.latest = std::max(history_.latest, stamp);
+  }
+
+  void Count(std::uint16_t code, Record const& record) {
+    CodeSummary& summary = history_.byCode[code];
+    summary.count++;
+    summary.last = {record.stamp, record.Text()};
+  }
+
+  void Remember(Record const& record) {
+    std::vector<LogEvent>& during = history_.current.during;
+    if (during.size() == kMostDuring) {
+      during.erase(during.begin());
+      history_.current.passedOver++;
+    }
+    during.push_back({record.stamp, record.Text()});
+  }
+
+  void Close(std::int32_t end) {
+    history_.current.end = end;
+    if (history_.current.begin < 0 || end < history_.current.begin)
+      history_.setBack++;
+    else
+      history_.outages.push_back(history_.current);
+  }
+
+  History& history_;
+};
+
+}  // namespace
+
+bool OutageCodes::IsEnd(std::uint16_t code) const { return std::find(ends.begin(), ends.end(), code) != ends.end(); }
+
+std::string OutageCodes::Text() const {
+  std::string text = std::to_string(start);
+  for (std::size_t i = 0; i < ends.size(); i++)
+    text += (i + 1 == ends.size() ? " or " : ", ") + std::to_string(ends[i]);
+  return text;
+}
+
+History ReadHistory(RecordLog const& log, OutageCodes const& codes) {
+  History history;
+  history.codes = codes;
+  history.path = log.Path();
+  history.recordSize = log.RecordSize();
+  history.torn = log.Torn();
+  Reader reader(history);
+  log.ForEach([&reader](Record const& record) { reader.See(record); });
+  reader.End();
+  return history;
+}
+
+History ReadEventHistory(std::string const& path, OutageCodes const& codes) {
+  History history = ReadHistory(RecordLog(path, kEventSize), codes);
+  if (history.IsNoEventLog()) throw Failed(path + ": " + NoEventLogText(history));
+  return history;
+}
+
+std::string NoEventLogText(History const& history) {
+  return "is no event log: " + std::to_string(history.early) + " of its " + Counted(history.records, "record") +
+         " are stamped before 1990";
+}
+
+Totals TotalsOf(std::vector<Outage> const& outages) {
+  Totals totals;
+  std::vector<std::int64_t> lengths;
+  for (Outage const& outage : outages) {
+    std::int64_t const seconds = outage.Seconds();
+    if (lengths.empty() || seconds > totals.longest) {
+      totals.longest = seconds;
+      totals.longestAt = lengths.size();
+    }
+    lengths.push_back(seconds);
+    totals.seconds += seconds;
+  }
+  totals.count = lengths.size();
+  if (lengths.empty()) return totals;
+  auto const middle = lengths.begin() + static_cast<std::ptrdiff_t>((lengths.size() - 1) / 2);
+  std::nth_element(lengths.begin(), middle, lengths.end());
+  totals.half = *middle;
+  return totals;
+}
+
+std::vector<OutageGroup> GroupsOf(std::vector<Outage> const& outages, Period period) {
+  std::map<std::int64_t, OutageGroup> groups;
+  // How many outages more (or fewer) fill the periods from here on: long ones are not walked through one by one.
+  std::map<std::int64_t, std::int64_t> filled;
+  for (Outage const& outage : outages) {
+    std::int64_t const home = BeginOf(period, outage.begin);
+    std::int64_t const next = NextBegin(period, home);
+    OutageGroup& group = groups[home];
+    group.begun++;
+    group.seconds += std::min<std::int64_t>(outage.end, next) - outage.begin;
+    group.longest = std::max(group.longest, outage.Seconds());
+    if (outage.end <= next) continue;
+    std::int64_t const last = BeginOf(period, static_cast<std::int64_t>(outage.end) - 1);
+    groups[last].seconds += outage.end - last;
+    filled[next]++;
+    filled[last]--;
+  }
+  std::int64_t depth = 0;
+  for (auto change = filled.begin(); change != filled.end(); ++change) {
+    depth += change->second;
+    if (depth == 0) continue;
+    for (std::int64_t from = change->first, next = 0; from < std::next(change)->first; from = next) {
+      next = NextBegin(period, from);
+      groups[from].seconds += depth * (next - from);
+    }
+  }
+  std::vector<OutageGroup> list;
+  for (auto& [from, group] : groups) {
+    group.from = from;
+    list.push_back(group);
+  }
+  return list;
+}
+
+std::string CodesText(History const& history) {
+  auto const named = [&history](std::uint16_t code) {
+    auto const found = history.byCode.find(code);
+    std::string const text = "code " + std::to_string(code);
+    return found == history.byCode.end() || found->second.last.text.empty()
+               ? text
+               : text + ", \"" + found->second.last.text + "\",";
+  };
+  std::string text = named(history.codes.start) + " to ";
+  for (std::size_t i = 0; i < history.codes.ends.size(); i++)
+    text += (i == 0 ? "" : i + 1 == history.codes.ends.size() ? " or " : " ") + named(history.codes.ends[i]);
+  if (text.back() == ',') text.pop_back();
+  return text;
+}
+
+std::string ClockText(std::int64_t seconds) {
+  auto const twoDigits = [](std::int64_t n) { return (n < 10 ? "0" : "") + std::to_string(n); };
+  return std::to_string(seconds / 3600) + ":" + twoDigits(seconds / 60 % 60) + ":" + twoDigits(seconds % 60);
+}
+
+std::string LengthText(Outage const& outage) { return ClockText(outage.Seconds()) + (outage.open ? "+" : ""); }

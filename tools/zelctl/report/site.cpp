@@ -1,0 +1,196 @@
+#include "report/site.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <set>
+
+#include "files/recordlog.h"
+#include "records/lint.h"
+#include "terminal/moment.h"
+#include "terminal/terminal.h"
+#include "zelvane/api/upslist.h"
+#include "zelvane/api/upssrvconfig.h"
+#include "zelvane/config/paths.h"
+#include "zelvane/core/datetime.h"
+#include "zelvane/logs/proglist.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr unsigned int kMostUnits = 100;
+constexpr char const* kOtherLogs[] = {"loghora.rgt", "logdia.rgt",  "logmes.rgt",  "poweroff.rgt",
+                                      "poweron.rgt", "logsave.rgt", "logclose.rgt"};
+constexpr char const* kRootSettings[] = {"srvlist.cfg", "upscli.cfg", "upssrv.cfg", "upstype.cfg", "usbhid.cfg"};
+
+bool IsThere(std::string const& path) {
+  std::error_code none;
+  return fs::exists(fs::status(path, none));
+}
+
+bool IsFolder(std::string const& path) {
+  std::error_code none;
+  return fs::is_directory(path, none);
+}
+
+class Look {
+ public:
+  Look(Site& site, Terminal const& terminal) : site_(site), terminal_(terminal), root_({"", site.root}) {}
+
+  void Units() {
+    char name[4];
+    std::set<std::string> seen;
+    // The list is read anew for each: what comes after the hundredth is no unit.
+    for (unsigned int i = 0; i < kMostUnits && GetUpsListItem(i, name) != 0; i++) {
+      SitePlace const unit = {name, site_.root + name + "/"};
+      bool const isName = unit.name.find('/') == std::string::npos && unit.name.find("..") == std::string::npos;
+      if (!isName || !seen.insert(unit.name).second) continue;
+      IsFolder(unit.folder) ? site_.units.push_back(unit) : site_.missing.push_back(name);
+    }
+    if (site_.units.empty() || IsThere(root_.folder + "upssrv.cfg")) site_.services.push_back(root_);
+    site_.services.insert(site_.services.end(), site_.units.begin(), site_.units.end());
+  }
+
+  void Logs() {
+    for (SitePlace const& place : Places()) {
+      if (IsThere(place.folder + "logevt.rgt")) site_.events.push_back(EventsOf(place));
+      for (char const* const name : kOtherLogs) {
+        std::error_code none;
+        auto const bytes = fs::file_size(place.folder + name, none);
+        if (!none) site_.otherLogs.push_back({place.File(name), bytes});
+      }
+    }
+  }
+
+  void Moments(std::string const& schedule) {
+    if (!schedule.empty()) Schedule(schedule);
+    for (SitePlace const& place : site_.services) Discharge(place);
+    auto const earlier = [](PlannedMoment const& a, PlannedMoment const& b) { return a.when < b.when; };
+    std::stable_sort(site_.planned.begin(), site_.planned.end(), earlier);
+  }
+
+  void Findings() {
+    for (SiteEvents const& events : site_.events) FindInEvents(events);
+    if (site_.events.empty()) Find("logevt.rgt", "There is no event log.", "");
+    for (std::string const& unit : site_.missing)
+      Find("srvlist.cfg", "Unit " + unit + " is listed and has no folder.", "zelctl ups remove " + unit);
+    for (char const* const name : kRootSettings) LintFile(root_, name);
+    for (SitePlace const& unit : site_.units) LintUnit(unit);
+  }
+
+ private:
+  std::vector<SitePlace> Places() const {
+    std::vector<SitePlace> places = {root_};
+    places.insert(places.end(), site_.units.begin(), site_.units.end());
+    return places;
+  }
+
+  void Find(std::string where, std::string what, std::string advice) {
+    site_.findings.push_back({std::move(where), std::move(what), std::move(advice)});
+  }
+
+  SiteEvents EventsOf(SitePlace const& place) const {
+    SiteEvents events = {place, place.File("logevt.rgt"), std::nullopt, ""};
+    try {
+      History history = ReadHistory(RecordLog(place.folder + "logevt.rgt", kEventSize), site_.codes);
+      if (history.IsNoEventLog())
+        events.fault = NoEventLogText(history);
+      else
+        events.history = std::move(history);
+    } catch (Failed const& error) {
+      events.fault = error.what();
+    }
+    return events;
+  }
+
+  void FindInEvents(SiteEvents const& events) {
+    if (!events.history) return Find(events.file, events.fault, "");
+    History const& history = *events.history;
+    std::string const path = " " + events.place.folder + "logevt.rgt";
+    if (history.isOpen && TellsMains(history))
+      Find(events.file, "The mains failed " + TimeText(history.current.begin) + " and are not back.", "");
+    if (history.torn > 0)
+      Find(events.file,
+           "Damaged: " + Counted(history.torn, "byte") + " after " + Counted(history.records, "whole record") +
+               ". The programs take the log for empty; here the whole records count.",
+           "zelctl log salvage" + path + " OUT");
+    if (history.setBack > 0)
+      Find(events.file, Counted(history.setBack, "outage") + " left out: the clock was set back meanwhile.",
+           "zelctl log verify" + path);
+    if (history.backwards > 0)
+      Find(events.file, "The times step back " + Counted(history.backwards, "time") + ".", "zelctl log verify" + path);
+  }
+
+  // Only what the moments are; nothing is written.
+  void Schedule(std::string const& file) {
+    site_.hasSchedule = true;
+    ProgList list;
+    list.SetCached(true);
+    list.SetFile(file);
+    if (!IsThere(file)) throw Failed(file + ": no such file");
+    if (!list.ReadFromFile()) throw Failed(file + ": cannot be read");
+    reg_proglist entry = {};
+    for (long i = 0; list.GetRegByIndex(i, &entry); i++)
+      if (entry.dateTime >= site_.now) site_.planned.push_back({entry.dateTime, "schedule"});
+  }
+
+  void Discharge(SitePlace const& place) {
+    // The library would create the file if it were missing.
+    if (!IsThere(place.folder + "upssrv.cfg")) return;
+    UpsSrvConfig settings;
+    if (GetUpsSrvConfig(place.folder.c_str(), &settings, 0) == 0 || settings.fullDischargeDate < 0) return;
+    PlannedMoment const moment = {settings.fullDischargeDate, "full discharge of " + place.Title()};
+    (moment.when >= site_.now ? site_.planned : site_.passed).push_back(moment);
+  }
+
+  void LintFile(SitePlace const& place, std::string const& name) {
+    std::string const path = place.folder + name;
+    if (!IsThere(path)) return;
+    std::string const file = place.File(name);
+    try {
+      std::vector<Finding> const found = Lint(path, terminal_);
+      for (Finding const& finding : found) Find(file + ":" + std::to_string(finding.line), finding.message, "");
+      if (!found.empty()) site_.lint.push_back({file, path, found.size()});
+    } catch (Failed const& error) {
+      Find(file, error.what(), "");
+      site_.lint.push_back({file, path, 1});
+    }
+  }
+
+  void LintUnit(SitePlace const& unit) {
+    LintFile(unit, "upssrv.cfg");
+    std::vector<std::string> models;
+    std::error_code none;
+    for (auto const& entry : fs::directory_iterator(unit.folder, none)) {
+      std::string const name = entry.path().filename();
+      if (name.compare(0, 6, "upscfg") == 0 && entry.path().extension() == ".cfg") models.push_back(name);
+    }
+    std::sort(models.begin(), models.end());
+    for (std::string const& model : models) LintFile(unit, model);
+  }
+
+  Site& site_;
+  Terminal const& terminal_;
+  SitePlace root_;
+};
+
+}  // namespace
+
+std::string SitePlace::File(std::string const& file) const { return name.empty() ? file : name + "/" + file; }
+
+Site LookAtSite(OutageCodes const& codes, std::string const& schedule, Terminal const& terminal) {
+  Site site;
+  site.root = GetZelvanePath();
+  site.now = static_cast<std::int32_t>(GetDateTime());
+  site.codes = codes;
+  Look look(site, terminal);
+  look.Units();
+  look.Logs();
+  look.Moments(schedule);
+  look.Findings();
+  return site;
+}
+
+bool TellsMains(History const& history) { return history.torn == 0; }
+
+bool HasOutage(History const& history) { return !history.outages.empty() || history.setBack > 0; }

@@ -1,0 +1,73 @@
+#include "terminal/period.h"
+
+#include <time.h>
+
+#include <array>
+#include <cstdio>
+#include <cstring>
+
+namespace {
+
+constexpr std::int64_t kHour = 3600;
+constexpr std::int64_t kDay = 86400;
+constexpr std::int64_t kWeek = 7 * kDay;
+constexpr std::int64_t kFirstMonday = -3 * kDay;  // 1970-01-01 was a Thursday
+
+constexpr std::array<char const*, 5> kNames = {"hour", "day", "week", "month", "year"};
+
+tm FieldsOf(std::int64_t dateTime) {
+  time_t const seconds = dateTime;
+  tm fields = {};
+  gmtime_r(&seconds, &fields);
+  return fields;
+}
+
+std::int64_t FirstOf(int year, int month) {
+  tm fields = {};
+  fields.tm_year = year;
+  fields.tm_mon = month;  // 12 is January of the next year
+  fields.tm_mday = 1;
+  return timegm(&fields);
+}
+
+}  // namespace
+
+char const* NameOf(Period period) { return kNames[static_cast<std::size_t>(period)]; }
+
+std::optional<Period> PeriodNamed(std::string const& name) {
+  for (std::size_t i = 0; i < kNames.size(); i++)
+    if (name == kNames[i]) return static_cast<Period>(i);
+  return std::nullopt;
+}
+
+std::int64_t BeginOf(Period period, std::int64_t dateTime) {
+  switch (period) {
+    case Period::kHour: return dateTime - dateTime % kHour;
+    case Period::kDay: return dateTime - dateTime % kDay;
+    case Period::kWeek: return dateTime - (dateTime - kFirstMonday) % kWeek;
+    case Period::kMonth:
+    case Period::kYear: break;
+  }
+  tm const fields = FieldsOf(dateTime);
+  return FirstOf(fields.tm_year, period == Period::kMonth ? fields.tm_mon : 0);
+}
+
+std::int64_t NextBegin(Period period, std::int64_t begin) {
+  if (period == Period::kHour) return begin + kHour;
+  if (period == Period::kDay) return begin + kDay;
+  if (period == Period::kWeek) return begin + kWeek;
+  tm const fields = FieldsOf(begin);
+  return FirstOf(fields.tm_year, fields.tm_mon + (period == Period::kMonth ? 1 : 12));
+}
+
+std::string TextOf(Period period, std::int64_t begin, bool withWeekday) {
+  bool const isDay = period == Period::kDay || period == Period::kHour;
+  char const* form = "%Y-%m-%d";
+  if (period == Period::kMonth) form = "%Y-%m";
+  if (period == Period::kYear) form = "%Y";
+  if (isDay && withWeekday) form = period == Period::kDay ? "%Y-%m-%d %a" : "%Y-%m-%d %a %H:%M";
+  if (period == Period::kHour && !withWeekday) form = "%Y-%m-%d %H:%M";
+  tm const fields = FieldsOf(begin);
+  char text[64];
+  return {text, strftime(text, sizeof text, form, &fields)};
+}
