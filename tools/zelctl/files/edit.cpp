@@ -173,7 +173,8 @@ void PrintDifferences(std::vector<Changed> const& changes, Edit const& edit, Ter
     if (!terminal.json) std::cout << terminal.ShownName(change.file) << '\n';
     for (auto const& [sign, line] : Differences(LinesOf(change.before, edit), LinesOf(change.after, edit))) {
       if (sign == ' ') continue;
-      std::string const text = sign + (" " + WithoutPassword(line, terminal.showPasswords));
+      std::string const open = WithoutPassword(line, terminal.showPasswords);
+      std::string const text = sign + (" " + (open == Trim(line) ? line : open));  // with the blanks, which can be all
       terminal.json ? lines.push_back(ToUtf8(text)) : void(std::cout << terminal.Shown(text) << '\n');
     }
     json.push_back({{"file", change.file}, {"lines", lines}});
