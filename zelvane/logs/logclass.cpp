@@ -381,10 +381,10 @@ bool LogClass::FinishCut(unsigned long size) {
   if (log) {
     FileLock const lock(log.Get(), FileLock::kAlone, zelvane::internal::kLongestWait);
     Descriptor const scratch = Open(scratch_.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
-    if (!scratch && errno == ENOENT) return true;  // another program was still at its cut, and is through
     std::string records, kept;
+    // Gone: another program was still at its cut, and is through.
     if (!scratch || ReadWhole(file_, records) != ReadResult::kOk || ReadWhole(scratch_, kept) != ReadResult::kOk)
-      return false;
+      return errno == ENOENT;
     if (IsMixture(records, kept, length) && !CopyBack(scratch, log, length)) return false;
   }
   std::remove(scratch_.c_str());
