@@ -66,6 +66,22 @@ bool AppendBoundOnce(World& world, long number) {
   return Append(world, number, 64, number == kBound ? kBound : kNoBound);
 }
 
+// The first time beside a copy of the torn log that somebody has made, and not brought to disk.
+bool AppendBesideCopy(World& world, long number) {
+  std::string const bytes = world.Get()[kLog], copy = world.Path(kLog) + std::string(".bad");
+  if (number > 0) return AppendSmall(world, number);
+  int const fd = open(copy.c_str(), O_WRONLY | O_CREAT | O_EXCL, 0644);
+  bool const made = fd >= 0 && write(fd, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size());
+  return close(fd) == 0 && made && AppendSmall(world, number);
+}
+
+bool Clear(World& world, long) {
+  LogClass log;
+  log.SetFile(world.Path(kLog));
+  return log.ClearFile();
+}
+bool AppendNext(World& world) { return AppendSmall(world, kNew); }
+
 std::string Line(long number) { return "message " + std::to_string(number); }
 
 bool WriteLine(World& world, long number) {
@@ -101,6 +117,15 @@ bool AddToSchedule(World& world) {
   reg_proglist entry = {static_cast<int32_t>(kNow + 86400 * 40)};
   return list.SetFile(world.Root("prog")) && list.AddReg(&entry) && list.SetFile(world.Root("prog")) &&
          list.GetRegCount() >= 1;
+}
+
+// Two names of one file, then a change of it: no new file may take its place. The change fits into a sector, and the
+// length stays.
+bool SaveUnderTwoNames(World& world, long number) {
+  if (number > 0) return Save(world, kCfg, "K", 8);
+  int const folder = open(world.Root(""), O_RDONLY | O_DIRECTORY);
+  bool const made = link(world.Path(kCfg), world.Path("root/b.cfg")) == 0 && fsync(folder) == 0;
+  return close(folder) == 0 && made;
 }
 
 template <char const* const& kScenario>
@@ -146,11 +171,25 @@ std::vector<Case> MakeCases() {
        kBound},
       {"log, torn", kRecords, {{kLog, torn}}, 2, AppendSmall, 0, 64, kNoBound, {torn}},
       {"log, torn again", kRecords, {{kLog, torn}, {aside, bad}}, 2, AppendSmall, 0, 64, kNoBound, {torn, bad}},
+      {"log, torn, with a copy", kRecords, {{kLog, torn}}, 2, AppendBesideCopy, 0, 64, kNoBound, {torn}},
+      Saves("log cleared", {{kLog, Log(0, 3)}}, Clear, AppendNext, kLog, 68),
+      Saves("log cleared, new", {}, Clear, AppendNext, kLog, 68),
       {"text log", kLines, {{kText, Text(20)}}, 3, WriteLine, 20},
       {"text log, new", kLines, {}, 3, WriteLine},
       Saves("engine save", {{kCfg, kClientFile}}, RunScenario<kManyChanges>, SaveNext<kCfg>, kCfg),
       Saves("engine save, new file", Find(kSaveAs).files, RunScenario<kSaveAs>, SaveNext<kCfg>, kCfg),
       Saves("engine save, syntax error", broken, SaveStep<kCfg>, SaveNext<kCfg>, kCfg),
+      {"engine save, two names",
+       kFiles,
+       {{kCfg, "[STEP]\nK = 7\n"}},
+       2,
+       SaveUnderTwoNames,
+       0,
+       0,
+       0,
+       {},
+       SaveNext<kCfg>,
+       kCfg},
       Saves("settings record", Find(kSettings).files, RunScenario<kSettings>, SaveNext<kClient>, kClient),
       Saves("settings record, new files", Find(kNewSettings).files, RunScenario<kNewSettings>, SaveNewSettings,
             kClient),

@@ -1,8 +1,11 @@
 #include "zelvane/logs/logclass.h"
 
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -19,14 +22,16 @@
 #include "zelvane/core/datetime.h"
 
 namespace {
-int g_pausesToLive = -1;  // the process is killed in the pause after that many; -1: it is not
-int g_looksToFail = -1;   // the look at a file after that many fails; -1: none does
+int g_pausesToLive = -1;          // the process is killed in the pause after that many; -1: it is not
+int g_looksToFail = -1;           // the look at a file after that many fails; -1: none does
+std::function<void()> g_inPause;  // what happens in the next pause
 }  // namespace
 
 // The library pauses before each block that it copies: the moments at which a kill is interesting.
 extern "C" __attribute__((visibility("default"))) int clock_nanosleep(clockid_t clock, int flags, timespec const* wait,
                                                                       timespec* left) {
   if (g_pausesToLive >= 0 && g_pausesToLive-- == 0) raise(SIGKILL);
+  if (g_inPause) std::exchange(g_inPause, nullptr)();
   static auto* const real = reinterpret_cast<decltype(&clock_nanosleep)>(dlsym(RTLD_NEXT, "clock_nanosleep"));
   return real(clock, flags, wait, left);
 }
@@ -225,6 +230,29 @@ TEST_F(RecordLog, AScratchFileThatIsNotNeededIsOnlyRemoved) {
     EXPECT_TRUE(ReadFile(path) == all.substr(all.size() - std::min<std::size_t>(all.size(), 80))) << left.size();
     EXPECT_EQ(scratch.List(), Names{"log"});
   }
+}
+
+TEST_F(RecordLog, ALogThatLeadsToItsScratchFileIsNotRemoved) {
+  fs::create_symlink("log.tmp", path);
+  log.SetMaxLines(3);
+  for (std::uint32_t i = 1; i <= 5; i++) EXPECT_TRUE(Append(log, i)) << i;
+  EXPECT_EQ(scratch.Read("log.tmp"), Records(3, 5));
+  EXPECT_EQ(scratch.List(), (Names{"log", "log.tmp"}));
+}
+
+// Another program may finish its own cut between the look at its scratch file and the lock.
+TEST_F(RecordLog, AScratchFileThatGoesMeanwhileIsNoFailure) {
+  WriteFile(path, Records(2, 4));
+  WriteFile(path + ".tmp", Records(2, 4));
+  int const other = open(path.c_str(), O_RDONLY);
+  EXPECT_EQ(flock(other, LOCK_EX), 0);
+  g_inPause = [&] {
+    fs::remove(path + ".tmp");
+    close(other);
+  };
+  EXPECT_TRUE(Append(log, 5));
+  EXPECT_FALSE(static_cast<bool>(g_inPause)) << "nobody waited for the lock";
+  EXPECT_EQ(ReadFile(path), Records(2, 5));
 }
 
 // A subclass that says twice that there are no records is taken at its word; a failure that passes is not its word.

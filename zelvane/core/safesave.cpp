@@ -279,7 +279,11 @@ bool KeepAside(std::string const& path, char const* suffix) {
       if (errno != EEXIST) return false;
       place = PlaceOf(name, status, bytes);
     }
-    if (place == Place::kSame) return folder.Sync();
+    if (place == Place::kSame) {
+      // Whoever made it need not have synced it.
+      Descriptor const there = Open(name.c_str(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW);
+      return there && SyncFile(there.Get()) && folder.Sync();
+    }
   }
   errno = EEXIST;
   return false;

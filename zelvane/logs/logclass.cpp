@@ -122,6 +122,13 @@ bool IsUnder(std::string const& path, struct stat const& file) {
          (stat(path.c_str(), &status) == 0 && IsSame(status, file));
 }
 
+// Whether the path is a link that leads to this file.
+bool IsLinkTo(std::string const& path, struct stat const& file) {
+  struct stat status;
+  return lstat(path.c_str(), &status) == 0 && S_ISLNK(status.st_mode) && stat(path.c_str(), &status) == 0 &&
+         IsSame(status, file);
+}
+
 // A file that goes again unless it is kept.
 class Passing {
  public:
@@ -359,8 +366,10 @@ bool LogClass::MakeSound(int fd, unsigned long size) {
 bool LogClass::FinishCut(unsigned long size) {
   struct stat left;
   if (lstat(scratch_.c_str(), &left) != 0) return errno == ENOENT || errno == ENOTDIR;
-  if (IsUnder(file_, left) && scratch_ != file_ + ".tmp") {
-    scratch_ = file_ + ".tmp";
+  // The log must not be removed as its own scratch file. Another name of it may go, but not the file that it leads to.
+  bool const isTarget = IsLinkTo(file_, left);
+  if (isTarget || (IsUnder(file_, left) && scratch_ != file_ + ".tmp")) {
+    scratch_ = (isTarget ? scratch_ : file_) + ".tmp";
     return FinishCut(size);
   }
   std::uint64_t const length = RecordLength(size);
@@ -373,8 +382,9 @@ bool LogClass::FinishCut(unsigned long size) {
     FileLock const lock(log.Get(), FileLock::kAlone, zelvane::internal::kLongestWait);
     Descriptor const scratch = Open(scratch_.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
     std::string records, kept;
+    // Gone: another program was still at its cut, and is through.
     if (!scratch || ReadWhole(file_, records) != ReadResult::kOk || ReadWhole(scratch_, kept) != ReadResult::kOk)
-      return false;
+      return errno == ENOENT;
     if (IsMixture(records, kept, length) && !CopyBack(scratch, log, length)) return false;
   }
   std::remove(scratch_.c_str());

@@ -113,8 +113,8 @@ class ZELVANE_API LogClass {
   virtual bool ClearFile();
 
   // Removes the oldest records until the file holds the maximum. Does nothing if it holds no more than that. Steps:
-  //   1. finish a cut that was interrupted: when NAME.tmp holds as many records as the maximum and the log is a mixture
-  //      of them and what it held before, copy them back once more; delete NAME.tmp
+  //   1. finish a cut that was interrupted: when the log is a mixture of the records in NAME.tmp and what it held
+  //      before, copy them back once more; delete NAME.tmp
   //   2. copy the newest records to NAME.tmp~, sync it, rename it to NAME.tmp, sync the folder
   //   3. copy them from there to the start of the log, sync
   //   4. truncate the log, sync, delete NAME.tmp

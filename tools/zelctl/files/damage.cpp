@@ -87,7 +87,10 @@ std::uint64_t RecordsLacking(std::vector<unsigned char> const& log, std::vector<
                              std::uint64_t recordSize) {
   Records const old(log, recordSize), copy(scratch, recordSize);
   if (copy.Count() == 0 || copy.Count() > old.Count()) return 0;
-  std::string_view const last = old[old.Count() - 1];
+  // The record that was appended before the cut may be zeros.
+  std::size_t end = old.Count();
+  while (end > 1 && IsZero(old[end - 1])) end--;
+  std::string_view const last = old[end - 1];
   bool const continues = copy[copy.Count() - 1] == last || (copy.Count() > 1 && copy[copy.Count() - 2] == last);
   if (!continues) return 0;
   std::unordered_set<std::string_view> there;

@@ -34,6 +34,7 @@ struct Damage {
 
 // How many records of a scratch file the log lacks; 0 when the scratch file is not the whole copy that a cut of this
 // log has made: one that is no longer than the log and ends with the log's last record, or with the one after it.
+// Records of zeros at the end of the log do not count as its last.
 std::uint64_t RecordsLacking(std::vector<unsigned char> const& log, std::vector<unsigned char> const& scratch,
                              std::uint64_t recordSize);
 
