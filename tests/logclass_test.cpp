@@ -281,6 +281,7 @@ TEST_F(RecordLog, TheScratchFileKeepsItsName) {
     fs::remove(path + ".tmp");
     if (there) WriteFile(path + ".tmp", Records(1, 1));
     EXPECT_EQ(other.SetFile(path) + other.SetFile(scratch.Path(".") + "/log.tmp"), 2);
+    EXPECT_EQ(fs::exists(path + ".tmp"), there);
     other.SetMaxLines(1);
     EXPECT_TRUE(Append(other, 2) && Append(other, 3));
     EXPECT_EQ(ReadFile(path + ".tmp"), Records(3, 3)) << there;

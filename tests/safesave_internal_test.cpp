@@ -81,6 +81,12 @@ EXPORTED int fallocate64(int fd, int mode, off64_t from, off64_t size) {
 EXPORTED int rename(char const* from, char const* to) __THROW {
   return Fails("rename") ? -1 : Real<decltype(rename)>("rename")(from, to);
 }
+EXPORTED int renameat2(int fromAt, char const* from, int toAt, char const* to, unsigned flags) __THROW {
+  return Fails("renameat2") ? -1 : Real<decltype(renameat2)>("renameat2")(fromAt, from, toAt, to, flags);
+}
+EXPORTED int link(char const* from, char const* to) __THROW {
+  return Fails("link") ? -1 : Real<decltype(link)>("link")(from, to);
+}
 }
 
 namespace {
@@ -195,6 +201,8 @@ TEST(SafeSave, IfMissingNeverReplaces) {
   for (auto const& [name, failing, saved] :
        std::vector<std::tuple<std::string, Faults, bool>>{{"file", {}, false},
                                                           {"linked", {}, false},
+                                                          {"file", {{"renameat2", EINVAL}}, false},
+                                                          {"file", {{"renameat2", EINVAL}, {"link", EPERM}}, false},
                                                           {"dangling", {{"write", ENOSPC}}, false},
                                                           {"dangling", {{"fsync", EIO}}, false},
                                                           {"dangling", {}, true},

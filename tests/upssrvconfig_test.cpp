@@ -92,6 +92,13 @@ TEST_F(UpsSrv, AFileThatAppearsMeanwhileIsKeptAndRead) {
   EXPECT_EQ(at_.List().size(), before.size() + 1);
 }
 
+TEST_F(UpsSrv, AFolderThatLeadsNowhereHasNoFile) {
+  at_.Write("root/1/file", "");
+  fs::create_symlink("loop", at_.Root("1/loop"));
+  for (std::string const& folder : {at_.Root("1/file/"), at_.Root("1/loop/"), std::string(300, 'x')})
+    EXPECT_EQ(Get(0, folder), kDefaults) << folder;
+}
+
 TEST_F(UpsSrv, AFileThatCannotBeOpenedJustNowIsNotMissing) {
   at_.Write("root/upstype.cfg", kTypes);
   at_.Write("root/usbhid.cfg", "[USBHID]\n2 = 99\n");

@@ -21,6 +21,7 @@ using zelvane::internal::OpenDestination;
 using zelvane::internal::ReadBlock;
 using zelvane::internal::ReadResult;
 using zelvane::internal::ReadWhole;
+using zelvane::internal::Uncancelled;
 using zelvane::internal::WriteAll;
 
 namespace {
@@ -151,6 +152,7 @@ std::string ExcludePathDelimiter(char const* path) {
 // ---- Places ----
 
 std::string GetExeName(bool) {
+  Uncancelled const meanwhile;
   std::string running = LinkTarget("/proc/self/exe");
   if (FilePermToRead(running)) return running;
   // The arguments are separated by NULs: c_str() ends the first one. Without one there is no name to look for.
@@ -166,6 +168,7 @@ std::string GetUserPath(UserPathKind, bool) {
 }
 
 std::string GetTmpPath(bool) {
+  Uncancelled const meanwhile;
   std::string path = "/tmp/";
   for (char const* name : {"TMP", "TEMP", "TMPDIR"}) {
     if (char const* const value = getenv(name)) {
@@ -193,15 +196,18 @@ std::string GetTmpFileName(bool) {
 // ---- Permissions ----
 
 bool FilePermToRead(char const* path) {
+  Uncancelled const meanwhile;
   return path != nullptr && static_cast<bool>(Open(path, O_RDONLY | O_NONBLOCK));
 }
 
 bool FilePermToWrite(char const* path) {
+  Uncancelled const meanwhile;
   return FilePermToRead(path) && static_cast<bool>(Open(path, O_WRONLY | O_APPEND | O_NONBLOCK));
 }
 
 bool DirExists(char const* path) {
   if (path == nullptr) return false;
+  Uncancelled const meanwhile;
   Descriptor const directory = Open(path, O_PATH | O_DIRECTORY);
   return directory && faccessat(directory.Get(), ".", X_OK, AT_EACCESS) == 0;
 }
@@ -211,6 +217,7 @@ bool DirExists(char const* path) {
 bool CpFile(CpFileProgress progress, char const* source, char const* destination, unsigned long offset,
             bool overwrite) {
   if (source == nullptr || destination == nullptr) return false;
+  Uncancelled const meanwhile;
   Descriptor const in = Open(source, O_RDONLY);
   if (!in) return false;
   if (!overwrite && FilePermToRead(destination)) return false;
@@ -259,6 +266,7 @@ unsigned long usGetSystemTick() {
 // ---- System ----
 
 std::string GetOSVersion() {
+  Uncancelled const meanwhile;
   std::string result;
   for (ReleaseFile const& release : kReleaseFiles) {
     if (!FilePermToRead(release.path)) continue;

@@ -92,7 +92,12 @@ class Temporary {
     }
     if (!IsOneOf(errno, {EINVAL, ENOSYS})) return false;
     if (link(path_.c_str(), name.c_str()) == 0) return true;
-    return errno != EEXIST && Replace(name);
+    struct stat there;
+    if (errno == EEXIST || lstat(name.c_str(), &there) == 0) {
+      errno = EEXIST;
+      return false;
+    }
+    return Replace(name);
   }
 
  private:
