@@ -28,18 +28,16 @@ done
 # Every header alone, in every language that it serves; those that open a C section serve C.
 c_headers=$(cd "$prefix/include" && grep -rlE '^ZELVANE_C_BEGIN$' zelvane | sort)
 alone() {
-  local compiler=$1 standard=$2 extension=$3 header
+  local compiler=$1 standard=$2 language=$3
   shift 3
-  for header in "$@"; do
-    printf '#include <%s>\nextern int zelvane_alone;\n' "$header" >"$work/alone.$extension"
-    "$compiler" -std="$standard" "${strict[@]}" -fsyntax-only "$work/alone.$extension" -I"$prefix/include"
-  done
+  printf '%s\n' "$@" | xargs -P "$(nproc)" -I{} sh -c "printf '#include <{}>\nextern int zelvane_alone;\n' |
+    $compiler -std=$standard ${strict[*]} -I'$prefix/include' -fsyntax-only -x $language -"
 }
 mapfile -t all < <(cd "$prefix/include" && find zelvane -name '*.h' | sort)
 read -ra for_c <<<"zelvane/zelvane.h zelvane/export.h ${c_headers//$'\n'/ }"
 for cxx in g++ clang++; do
-  alone "$cxx" c++17 cpp "${all[@]}"
-  alone "$cxx" c++20 cpp "${all[@]}"
+  alone "$cxx" c++17 c++ "${all[@]}"
+  alone "$cxx" c++20 c++ "${all[@]}"
 done
 for cc in gcc clang; do
   alone "$cc" c99 c "${for_c[@]}"
