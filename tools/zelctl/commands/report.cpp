@@ -31,7 +31,7 @@ struct Arguments {
 
 // A value as people read it, with its unit.
 std::string ValueText(Field const& field, void const* record) {
-  std::string const value = field.get(record);
+  std::string value = field.get(record);
   std::string const name = field.name;
   if (field.kind == FieldKind::kPassword) return value.empty() ? "none" : "set, not shown";
   if (field.kind == FieldKind::kDate) return std::stoll(value) < 0 ? "none" : TimeText(std::stoi(value));

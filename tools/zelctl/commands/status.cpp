@@ -88,7 +88,7 @@ std::string MainsText(SiteEvents const& events, std::int32_t now) {
   if (mains == Mains::kNoOutage) return "no outage in the log";
   std::int32_t const since = Since(*events.history);
   std::int64_t const seconds = static_cast<std::int64_t>(now) - since;
-  std::string const text = (mains == Mains::kOff ? "off since " : "on since ") + TimeText(since);
+  std::string text = (mains == Mains::kOff ? "off since " : "on since ") + TimeText(since);
   if (seconds < 0) return text;
   if (mains == Mains::kOn) return text + ", " + Span(seconds) + " ago";
   return text + ", for " + (seconds < 2 * kDaySeconds ? ClockText(seconds) : Span(seconds));

@@ -148,7 +148,7 @@ void Report(std::string const& name, char const* action, Processes const& proces
 // stream. What is wrong with it, "" when it succeeded.
 std::string RunScript(SvcClass const& service, char const* action, Terminal const& terminal) {
   std::string const script = service.GetFileName();
-  std::string const fault = WhyNot(service, "");
+  std::string fault = WhyNot(service, "");
   if (!fault.empty()) return fault;
   std::cout.flush();
   posix_spawn_file_actions_t streams;

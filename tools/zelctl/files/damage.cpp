@@ -75,7 +75,7 @@ Damage::Damage(std::vector<unsigned char> const& bytes, std::uint64_t recordSize
     bool const isBack = before < end && records.Stamp(i) < records.Stamp(before);
     bool const isBeside = isBack && (records.Payload(i) == records.Payload(before) ||
                                      (i + 1 < end && records.Payload(i) == records.Payload(i + 1)));
-    if (isBeside && records.Payload(i).size() > 0) {
+    if (isBeside && !records.Payload(i).empty()) {
       leaveOut(mixed, i);
     } else {
       before = i;

@@ -72,6 +72,7 @@ std::vector<bool> Lone(std::vector<std::string> const& lines, std::vector<std::s
   std::unordered_map<std::string, long> partners;
   for (std::string const& line : others) partners[line]++;
   std::vector<bool> lone;
+  lone.reserve(lines.size());
   for (std::string const& line : lines) lone.push_back(--partners[line] < 0);
   return lone;
 }

@@ -103,7 +103,7 @@ class Checker {
     if (file_ != file) return;
     for (auto const& [place, line] : lines_) {
       if (place.first != section) continue;
-      if (TextFault(kEntryKey, place.second) != "")
+      if (!TextFault(kEntryKey, place.second).empty())
         Add(line, "value", place.second + " of [" + section + "]: expected a number as key; the programs use 0");
       std::vector<std::string> const parts = Parts(line.value);
       if (parts.size() != fields.size()) {

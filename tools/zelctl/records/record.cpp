@@ -34,6 +34,7 @@ std::size_t FindField(std::vector<Field> const& fields, std::string const& name)
   auto const found = std::find_if(fields.begin(), fields.end(), [&](Field const& field) { return name == field.name; });
   if (found != fields.end()) return static_cast<std::size_t>(found - fields.begin());
   std::vector<std::string> names;
+  names.reserve(fields.size());
   for (Field const& field : fields) names.emplace_back(field.name);
   throw WrongUsage("unknown field \"" + name + "\"" + DidYouMean(name, names));
 }

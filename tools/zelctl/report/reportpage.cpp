@@ -240,6 +240,7 @@ std::string LogsTable(Site const& site) {
 
 std::string ServersTable(std::vector<ShownServer> const& servers) {
   std::vector<Cells> rows;
+  rows.reserve(servers.size());
   for (ShownServer const& server : servers)
     rows.push_back({Escaped(server.name), Escaped(server.address), Escaped(server.port), Muted(server.key)});
   return Heading("Servers") + Table("", "The UPS servers that this computer\x27s clients know, by key of upscli.cfg.",

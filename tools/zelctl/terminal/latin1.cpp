@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <type_traits>
@@ -30,8 +31,8 @@ iconv_t ConverterOf(std::string const& from, std::string const& to) {
   static std::map<std::pair<std::string, std::string>, Converter> kept;
   auto const [place, isNew] = kept.try_emplace({from, to});
   if (isNew) {
-    iconv_t const opened = iconv_open(to.c_str(), from.c_str());
-    if (opened == reinterpret_cast<iconv_t>(-1)) {
+    auto* const opened = iconv_open(to.c_str(), from.c_str());
+    if (reinterpret_cast<std::intptr_t>(opened) == -1) {
       kept.erase(place);
       throw Failed("cannot convert from " + from + " to " + to + "; --bytes shows the bytes as they are");
     }
@@ -43,7 +44,7 @@ iconv_t ConverterOf(std::string const& from, std::string const& to) {
 
 // Converts the text up to the first place that cannot be; the number of bytes that were.
 std::size_t Convert(std::string const& text, std::string const& from, std::string const& to, std::string& out) {
-  iconv_t const converter = ConverterOf(from, to);
+  auto* const converter = ConverterOf(from, to);
   std::string input = text;
   char* in = input.data();
   std::size_t left = input.size();

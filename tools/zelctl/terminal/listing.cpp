@@ -20,7 +20,7 @@ std::string CellText(Json const& cell, char const* whenNull) {
 }
 
 std::string CsvText(std::string const& whole) {
-  std::string const text = Printable(whole);
+  std::string text = Printable(whole);
   if (text.find_first_of(",\"") == std::string::npos) return text;
   std::string quoted = "\"";
   for (char const c : text) quoted.append(c == '"' ? 2 : 1, c);

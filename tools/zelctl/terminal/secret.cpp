@@ -64,7 +64,7 @@ std::string ReadSecretFromInput() {
   if (isatty(STDIN_FILENO) != 0) {
     char text[4096];
     char const* const typed = Ask("Password: ", text, sizeof text);
-    std::string const secret = typed == nullptr ? "" : typed;
+    std::string secret = typed == nullptr ? "" : typed;
     explicit_bzero(text, sizeof text);
     if (typed == nullptr) throw Failed(std::string("cannot ask for the password: ") + strerror(errno));
     return secret;
