@@ -13,7 +13,7 @@
 #if (defined(__x86_64__) || defined(__i386__)) && __has_include(<sys/platform/x86.h>)
 #define ZELVANE_BASE64_VECTORS 1
 #include <immintrin.h>
-#define _Bool bool  // the header is C's
+#define _Bool bool  // NOLINT(bugprone-reserved-identifier): the header is C's
 #include <sys/platform/x86.h>
 #undef _Bool
 #endif
