@@ -21,6 +21,7 @@ class ClassBase64;
 // Told by a codec how far it is. Implemented by the caller, who keeps the object alive while a codec has it.
 class ZELVANE_API ProgressClass {
  public:
+  // Holds nothing of its own to copy.
   ProgressClass();
   ProgressClass(ProgressClass const& other);
   ProgressClass& operator=(ProgressClass const& other);

@@ -20,6 +20,7 @@
 
 class ZELVANE_API HashClass {
  public:
+  // Holds nothing of its own to copy.
   HashClass();
   HashClass(HashClass const& other);
   HashClass& operator=(HashClass const& other);
@@ -44,6 +45,7 @@ class ZELVANE_API HashClass {
 // The frame alone: it counts, cuts into blocks and pads, but Transform does nothing, so there is no digest.
 class ZELVANE_API Hash_MD4 : public HashClass {
  public:
+  // Without a message until Init(). A copy goes on from the same state.
   Hash_MD4();
   Hash_MD4(Hash_MD4 const& other);
   Hash_MD4& operator=(Hash_MD4 const& other);
@@ -74,6 +76,7 @@ class ZELVANE_API Hash_MD4 : public HashClass {
 
 class ZELVANE_API Hash_RipeMD256 : public Hash_MD4 {
  public:
+  // Without a message until Init(). A copy goes on from the same state.
   Hash_RipeMD256();
   Hash_RipeMD256(Hash_RipeMD256 const& other);
   Hash_RipeMD256& operator=(Hash_RipeMD256 const& other);

@@ -197,11 +197,13 @@ bool Cut(std::string const& path, std::string const& scratchPath, std::uint64_t 
 bool IsCutBrokenOff(std::string const& log, std::string const& scratch, std::uint64_t drop, std::uint64_t length) {
   std::uint64_t const before = drop + scratch.size();
   if (log.size() > before || log.size() + length < before) return false;
+  auto const byte = [](std::string const& text, std::uint64_t at) { return text[static_cast<std::size_t>(at)]; };
   for (std::uint64_t at = drop; at < log.size(); at++) {
-    bool const isOld = log[at] == scratch[at - drop];
-    bool const isNew = at < scratch.size() && log[at] == scratch[at];
-    bool const isUnsettled = at >= before - length && (log.size() < before || log[at] == 0);
-    bool const isFilledUp = log[at] == 0 && at >= scratch.size() && at / kPage == scratch.size() / kPage;
+    bool const isZero = byte(log, at) == 0;
+    bool const isOld = byte(log, at) == byte(scratch, at - drop);
+    bool const isNew = at < scratch.size() && byte(log, at) == byte(scratch, at);
+    bool const isUnsettled = at >= before - length && (log.size() < before || isZero);
+    bool const isFilledUp = isZero && at >= scratch.size() && at / kPage == scratch.size() / kPage;
     if (!isOld && !isNew && !isUnsettled && !isFilledUp) return false;
   }
   return true;
@@ -213,7 +215,7 @@ bool IsMixture(std::string const& log, std::string const& scratch, std::uint64_t
   if (log == scratch) return false;
   std::uint64_t const whole = log.size() / length * length;
   if (whole == log.size() && whole > scratch.size()) {
-    if (log.compare(whole - scratch.size(), scratch.size(), scratch) == 0) return false;
+    if (log.compare(log.size() - scratch.size(), scratch.size(), scratch) == 0) return false;
     if (IsCutBrokenOff(log, scratch, whole - scratch.size(), length)) return true;
   }
   return whole + length > scratch.size() && IsCutBrokenOff(log, scratch, whole + length - scratch.size(), length);
