@@ -225,4 +225,12 @@ void BindRecords(py::module_& module) {
       "root", [] { return Path{Unlocked(GetZelvanePath)}; },
       "The installation root with its trailing \"/\": PATH in /etc/zelvane.conf, or else the folder of the\n"
       "running program, which is Python's own.");
+  module.def(
+      "set_root",
+      [](std::optional<Path> const& folder) {
+        if (SetZelvanePath(folder ? folder->bytes.c_str() : nullptr) == 0) throw std::bad_alloc();
+      },
+      "folder"_a = py::none(),
+      "Makes the folder the installation root for all that follows in this program; None: what /etc/zelvane.conf\n"
+      "says. To be called before other threads are at work.");
 }

@@ -26,6 +26,10 @@ def root(tmp_path, monkeypatch):
     monkeypatch.setenv("ZELVANE_TEST_SETTINGS", str(tmp_path / "zelvane.conf"))
     monkeypatch.setenv("HOME", str(tmp_path / "root" / "home"))
     assert zelvane.root() == f"{tmp_path}/root/"
+    zelvane.set_root(tmp_path / "other")
+    assert zelvane.root() == f"{tmp_path}/other/"
+    zelvane.set_root()
+    assert zelvane.root() == f"{tmp_path}/root/"
     return tmp_path / "root"
 
 

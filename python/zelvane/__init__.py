@@ -1,6 +1,6 @@
 """The common runtime library of the Zelvane programs, which watch uninterruptible power supplies (UPS).
 
-Settings    Config, Section, ups_settings, shutdown_settings, client_settings, installation, root
+Settings    Config, Section, ups_settings, shutdown_settings, client_settings, installation, root, set_root
 Lists       servers, units, ups_types, model_name, capabilities, serial_ports, BrowseList
 Logs        EventLog, TextLog, Schedule
 Texts       Language, LanguageFile
@@ -20,7 +20,7 @@ from ._zelvane import (
     Schedule, Server, Service, ShutdownSettings, TextLog, UpsSettings, UpsType, __version__, add_server, add_unit,
     already_running, b64decode, b64encode, capabilities, clear_servers, client_settings, decode_password,
     encode_password, installation, model_name, os_version, processes, remove_server, remove_unit, root, serial_ports,
-    servers, services, shutdown_settings, units, ups_settings, ups_types,
+    servers, services, set_root, shutdown_settings, units, ups_settings, ups_types,
 )
 
 __all__ = [
@@ -29,8 +29,8 @@ __all__ = [
     "Server", "Service", "ShutdownSettings", "TextLog", "Unit", "UpsSettings", "UpsType", "add_server", "add_unit",
     "already_running", "b64decode", "b64encode", "capabilities", "clear_servers", "client_settings",
     "decode_password", "encode_password", "installation", "model_name", "os_version", "processes", "remove_server",
-    "remove_unit", "root", "serial_ports", "servers", "services", "shutdown_settings", "units", "ups_settings",
-    "ups_types",
+    "remove_unit", "root", "serial_ports", "servers", "services", "set_root", "shutdown_settings", "units",
+    "ups_settings", "ups_types",
 ]
 
 for _name in __all__:
