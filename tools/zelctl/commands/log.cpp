@@ -392,9 +392,10 @@ void Salvage(Arguments const& arguments, Terminal& terminal) {
   Damage const damage(bytes, log.RecordSize());
   Output file(out, source);
   std::uint64_t saved = 0;
-  for (std::uint64_t i = 0; i < damage.isLeftOut.size(); i++) {
+  auto const length = static_cast<std::size_t>(log.RecordSize());
+  for (std::size_t i = 0; i < damage.isLeftOut.size(); i++) {
     if (damage.isLeftOut[i]) continue;
-    file.Write(&bytes[static_cast<std::size_t>(i * log.RecordSize())], static_cast<std::size_t>(log.RecordSize()));
+    file.Write(&bytes[i * length], length);
     saved++;
   }
   file.Keep();

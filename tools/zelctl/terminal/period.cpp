@@ -16,18 +16,19 @@ constexpr std::int64_t kFirstMonday = -3 * kDay;  // 1970-01-01 was a Thursday
 constexpr std::array<char const*, 5> kNames = {"hour", "day", "week", "month", "year"};
 
 tm FieldsOf(std::int64_t dateTime) {
-  time_t const seconds = dateTime;
+  auto const seconds = static_cast<time_t>(dateTime);  // of a record: 32 bits
   tm fields = {};
   gmtime_r(&seconds, &fields);
   return fields;
 }
 
+// The first second of a month, by arithmetic: the month after the last one of a record must be there for a time_t of 32
+// bits, too. Years are counted from 1900, and month 12 is January of the next one.
 std::int64_t FirstOf(int year, int month) {
-  tm fields = {};
-  fields.tm_year = year;
-  fields.tm_mon = month;  // 12 is January of the next year
-  fields.tm_mday = 1;
-  return timegm(&fields);
+  year += 1900 + month / 12;
+  month = (month + 10) % 12;  // from March: a leap day is then the last of its year
+  if (month >= 10) year--;
+  return (365 * year + year / 4 - year / 100 + year / 400 + (153 * month + 2) / 5 - 719468) * kDay;
 }
 
 }  // namespace
