@@ -319,7 +319,7 @@ void RequireNew(std::string const& path, bool overwrite) {
 
 void KeepAsLost(std::string const& path) {
   std::string kept = path + ".lost";
-  for (int i = 2; fs::exists(kept); i++) kept = path + ".lost." + std::to_string(i);
+  for (int i = 1; fs::exists(kept); i++) kept = path + ".lost." + std::to_string(i);
   Input in(path, path);
   struct stat source = {};
   if (fstat(in.Descriptor(), &source) != 0) throw FileFailed(path);

@@ -62,7 +62,8 @@ bool IsWritable(std::string const& path);
 
 // Throws Failed when the file exists, unless it may be replaced. Devices and pipes are written to.
 void RequireNew(std::string const& path, bool overwrite);
-// Copies the file to NAME.lost, or NAME.lost.2 and so on where that exists already. Throws FileFailed.
+// Copies the file to NAME.lost, or NAME.lost.1 and so on where that exists already, as the library names its copies.
+// Throws FileFailed.
 void KeepAsLost(std::string const& path);
 // Adds --overwrite.
 void AddOverwrite(CLI::App* command, bool& overwrite);
