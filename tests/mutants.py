@@ -67,7 +67,7 @@ class Workshop:
                 copy.parent.mkdir(parents=True, exist_ok=True)
                 shutil.copy(name, copy)
         self.run(["cmake", "-S", self.source, "-B", self.build, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Debug",
-                  "-DCMAKE_CXX_FLAGS_DEBUG=-O0", "-DZELVANE_SWEEPS=ON"], 600, check=True)
+                  "-DCMAKE_CXX_FLAGS_DEBUG=-O0", "-DZELVANE_STRESS=ON"], 600, check=True)
         self.run(["cmake", "--build", self.build], 3600, check=True)
 
     @staticmethod
@@ -93,7 +93,7 @@ class Workshop:
         of_command = "/tools/" in str(path)
         static = [self.build / "tests/zelvane_tests_static", "--gtest_brief=1", "--gtest_fail_fast"]
         shared = [self.build / "tests/zelvane_tests", "--gtest_brief=1", "--gtest_fail_fast", "--gtest_filter=*elctl*"]
-        faults = [self.build / "sweeps/zelvane_sweeps", "faults", "--brief"]
+        faults = [self.build / "stress/zelvane_stress", "faults", "--brief"]
         return [("zelvane_tests", [shared])] if of_command else [
             ("zelvane_tests_static", [static]), ("all", [shared, faults])]
 

@@ -219,34 +219,34 @@ TEST(SafeSave, IfMissingNeverReplaces) {
 
 // ---- Keeping a copy ----
 
-TEST(KeepAside, TheFirstCopyStaysAndOpensToNobodyElse) {
+TEST(BackUp, TheFirstCopyStaysAndOpensToNobodyElse) {
   Scratch scratch;
   std::string const path = scratch.Write("file", kOld);
   chmod(path.c_str(), 04664);
   for (char const* call : {"write", "fsync", "fchmod"}) {
     g_faults = {{call, EIO}};
-    EXPECT_FALSE(KeepAside(path, ".lost")) << call;
+    EXPECT_FALSE(BackUp(path, ".lost")) << call;
     EXPECT_EQ(Names{"file"}, scratch.List()) << call;
   }
-  EXPECT_TRUE(KeepAside(path, ".lost") && KeepAside(path, ".lost")) << "a copy that is there will do";
+  EXPECT_TRUE(BackUp(path, ".lost") && BackUp(path, ".lost")) << "a copy that is there will do";
   EXPECT_EQ(scratch.List(), (Names{"file", "file.lost"}));
   EXPECT_EQ(0664U, Status(path + ".lost").st_mode & 07777);
-  EXPECT_FALSE(KeepAside(scratch.Path("missing"), ".lost") || KeepAside(scratch.Path(), ".lost"));
+  EXPECT_FALSE(BackUp(scratch.Path("missing"), ".lost") || BackUp(scratch.Path(), ".lost"));
 }
 
 // Nothing that has the name already is taken for the copy but another file with these bytes.
-TEST(KeepAside, NoCopyStandsForAnother) {
+TEST(BackUp, NoCopyStandsForAnother) {
   Scratch scratch;
   std::string const path = scratch.Write("file", "now");
   fs::create_symlink(path, path + ".lost");
   fs::create_hard_link(path, path + ".lost.1");
   fs::create_directory(path + ".lost.2");
   for (int i = 3; i < 9; i++) scratch.Write("file.lost." + std::to_string(i), "old");
-  EXPECT_TRUE(KeepAside(path, ".lost"));
+  EXPECT_TRUE(BackUp(path, ".lost"));
   EXPECT_EQ("now", scratch.Read("file.lost.9"));
-  EXPECT_TRUE(KeepAside(path, ".lost")) << "found again";
+  EXPECT_TRUE(BackUp(path, ".lost")) << "found again";
   scratch.Write("file", "new");
-  EXPECT_FALSE(KeepAside(path, ".lost")) << "all names are taken";
+  EXPECT_FALSE(BackUp(path, ".lost")) << "all names are taken";
   EXPECT_EQ("now", scratch.Read("file.lost.9"));
 }
 

@@ -59,8 +59,8 @@ std::int32_t Id(long id) { return static_cast<std::int32_t>(id); }
 
 // Whether a field may hold the text without ending there, or ending the next load. Blanks alone are no text: a load
 // takes them off, and nothing is left.
-bool Holds(std::string_view text) { return text.find_first_of(";[]\r\n") == std::string_view::npos; }
-bool IsName(std::string_view text) { return !TrimView(text).empty() && Holds(text); }
+bool IsPlainText(std::string_view text) { return text.find_first_of(";[]\r\n") == std::string_view::npos; }
+bool IsName(std::string_view text) { return !TrimView(text).empty() && IsPlainText(text); }
 bool IsAddress(std::string_view text) { return text.empty() || IsName(text); }
 
 // What every change ends with.

@@ -27,7 +27,7 @@ bool HasLineFeed(std::string_view text) { return text.find('\n') != std::string_
 // Keeps the file that holds lines which the next save drops. A file that is gone has nothing to keep.
 bool KeptForGood(std::string const& fileName) {
   if (access(fileName.c_str(), F_OK) != 0 && errno == ENOENT) return true;
-  return KeepAside(fileName, ".lost");
+  return BackUp(fileName, ".lost");
 }
 
 }  // namespace
@@ -41,7 +41,7 @@ CfgClass::~CfgClass() {
   Guard(false, [this] { return Close(); });
 }
 
-bool CfgClass::Fail(CfgError code) {
+bool CfgClass::SetError(CfgError code) {
   state_->error = code;
   return code == CFG_OK;
 }
@@ -60,7 +60,7 @@ void CfgClass::ClearCaches() {
 bool CfgClass::GetUpperCaseWriteCache() { return true; }
 
 bool CfgClass::OpenAs(char const* name, bool readOnly) {
-  if (name == nullptr || *name == '\0') return Fail(CFG_BAD_ARGUMENT);
+  if (name == nullptr || *name == '\0') return SetError(CFG_BAD_ARGUMENT);
   std::string copy = name;  // it may be this object's own file name, which Close clears
   Close();
   state_->fileName = std::move(copy);
@@ -111,7 +111,7 @@ bool CfgClass::LoadFile(bool noLines) try {
     state.errorLine = 1 + static_cast<int>(std::count(text.begin(), text.end(), '\n'));
   }
   if (read != ReadResult::kOk) {
-    Fail(CFG_FILE_FAILED);
+    SetError(CFG_FILE_FAILED);
     // A caller may take a file that cannot be read for one that is not there; for want of memory that would be wrong.
     if (state.reason == ENOMEM) throw std::bad_alloc();
     return false;
@@ -129,7 +129,7 @@ bool CfgClass::LoadFile(bool noLines) try {
       state.dropsLines = noLines || feed != nullptr;
       return false;
     }
-    if (feed == nullptr) return Fail(CFG_OK);
+    if (feed == nullptr) return SetError(CFG_OK);
     line = feed + 1;
   }
 } catch (...) {
@@ -148,7 +148,7 @@ bool CfgClass::ParseLine(std::string const& line, bool noLines) {
   std::string_view const text = TrimView(line);
   switch (KindOf(text)) {
     case LineKind::kNothing: return true;
-    case LineKind::kBad: return Fail(CFG_SYNTAX);
+    case LineKind::kBad: return SetError(CFG_SYNTAX);
     case LineKind::kHeader: {
       std::string const name(HeaderName(text));
       SectionPosition found;
@@ -169,34 +169,34 @@ bool CfgClass::ParseLine(std::string const& line, bool noLines) {
 
 void CfgClass::ClearReadCache() {
   ForgetIndex(*state_);
-  Fail(CFG_OK);
+  SetError(CFG_OK);
 }
 
 void CfgClass::ClearWriteCache() {
   ForgetLines(*state_);
-  Fail(CFG_OK);
+  SetError(CFG_OK);
 }
 
 bool CfgClass::SaveFile() {
   CfgState& state = *state_;
-  if (state.fileName.empty()) return Fail(CFG_NOT_OPEN), true;
-  if (state.readOnly) return Fail(CFG_READ_ONLY), true;
-  if (!state.modified) return Fail(CFG_OK);
-  if (state.dropsLines && !KeptForGood(state.fileName)) return Fail(CFG_FILE_FAILED);
+  if (state.fileName.empty()) return SetError(CFG_NOT_OPEN), true;
+  if (state.readOnly) return SetError(CFG_READ_ONLY), true;
+  if (!state.modified) return SetError(CFG_OK);
+  if (state.dropsLines && !KeptForGood(state.fileName)) return SetError(CFG_FILE_FAILED);
   state.dropsLines = false;
   std::string text;
   text.reserve(state.textSize + state.textSize / 8 + 256);
   for (std::string const& line : state.lines) text.append(line).push_back('\n');
   if (!text.empty()) text.pop_back();  // line feeds stand between the lines
   bool const saved = state.onlyNew ? SaveIfMissing(state.fileName, text) : SafeSave(state.fileName, text);
-  if (!saved) return Fail(CFG_FILE_FAILED);
+  if (!saved) return SetError(CFG_FILE_FAILED);
   state.modified = false;
-  return Fail(CFG_OK);
+  return SetError(CFG_OK);
 }
 
 bool CfgClass::SaveAs(char const* name) {
-  if (name == nullptr || *name == '\0') return Fail(CFG_BAD_ARGUMENT);
-  if (state_->fileName == name) return Fail(CFG_SAME_FILE);
+  if (name == nullptr || *name == '\0') return SetError(CFG_BAD_ARGUMENT);
+  if (state_->fileName == name) return SetError(CFG_SAME_FILE);
   std::string text;
   text.reserve(state_->textSize + state_->textSize / 8 + 256);
   for (auto& [section, record] : state_->sections) {
@@ -205,7 +205,7 @@ bool CfgClass::SaveAs(char const* name) {
     for (auto const& [key, keyRecord] : *record.keys) text.append(Joined(key, keyRecord.value)).push_back('\n');
     text.push_back('\n');
   }
-  return Fail(SafeSave(name, text) ? CFG_OK : CFG_FILE_FAILED);
+  return SetError(SafeSave(name, text) ? CFG_OK : CFG_FILE_FAILED);
 }
 
 bool CfgClass::SaveAs(std::string const& name) { return SaveAs(name.c_str()); }
@@ -219,7 +219,7 @@ bool CfgClass::Rename(std::string const& name) { return Rename(name.c_str()); }
 bool CfgClass::SetFileName(std::string const& name, bool readOnly) { return SetFileName(name.c_str(), readOnly); }
 
 std::string CfgClass::GetFileName() {
-  Fail(CFG_OK);
+  SetError(CFG_OK);
   return state_->fileName;
 }
 
@@ -231,13 +231,13 @@ bool CfgClass::LocateSection(std::string const& name, SectionPosition* position)
     IndexAllKeys(*state_);
     *position = found;
   }
-  Fail(CFG_OK);
+  SetError(CFG_OK);
   return found != state_->sections.end();
 }
 
 bool CfgClass::LocateKey(SectionPosition const* section, std::string const& key, KeyPosition* position) {
-  if (section == nullptr) return Fail(CFG_BAD_ARGUMENT);
-  Fail(CFG_OK);
+  if (section == nullptr) return SetError(CFG_BAD_ARGUMENT);
+  SetError(CFG_OK);
   if (*section == state_->sections.end()) return false;
   SectRec& record = (*section)->second;
   KeyPosition const found = FindKey(*state_, record, key);
@@ -246,21 +246,21 @@ bool CfgClass::LocateKey(SectionPosition const* section, std::string const& key,
 }
 
 bool CfgClass::InsertSection(std::string const& name, LinePosition const* line, bool create) {
-  if (create ? HasLineFeed(name) : line == nullptr) return Fail(CFG_BAD_ARGUMENT);
+  if (create ? HasLineFeed(name) : line == nullptr) return SetError(CFG_BAD_ARGUMENT);
   // Asked before the name is upper-cased: a variant may look into this object for its answer.
   bool const upperCase = create && GetUpperCaseWriteCache();
   auto const makeLine = [&](std::string_view upper) {
     return create ? MakeHeader(*state_, upperCase ? upper : std::string_view(name)) : *line;
   };
   bool const added = AddSection(*state_, name, makeLine).second;
-  return Fail(added ? CFG_OK : CFG_EXISTS);
+  return SetError(added ? CFG_OK : CFG_EXISTS);
 }
 
 bool CfgClass::InsertKey(std::string const& key, std::string const& value, SectionPosition const* section,
                          KeyPosition const* previous, LinePosition const* line, bool create) {
   CfgState& state = *state_;
-  if (section == nullptr || previous == nullptr || *section == state.sections.end()) return Fail(CFG_BAD_ARGUMENT);
-  if (create ? HasLineFeed(key) || HasLineFeed(value) : line == nullptr) return Fail(CFG_BAD_ARGUMENT);
+  if (section == nullptr || previous == nullptr || *section == state.sections.end()) return SetError(CFG_BAD_ARGUMENT);
+  if (create ? HasLineFeed(key) || HasLineFeed(value) : line == nullptr) return SetError(CFG_BAD_ARGUMENT);
   SectRec& record = (*section)->second;
   bool const upperCase = create && GetUpperCaseWriteCache();
   auto const makeLine = [&](std::string_view upper) {
@@ -269,27 +269,27 @@ bool CfgClass::InsertKey(std::string const& key, std::string const& value, Secti
   };
   auto const [position, added] = AddKey(state, record, key, *previous, makeLine);
   if (added) state.parseKey = position;
-  return Fail(added ? CFG_OK : CFG_EXISTS);
+  return SetError(added ? CFG_OK : CFG_EXISTS);
 }
 
 // ---- Sections. ----
 
 bool CfgClass::SetSection(char const* name) {
-  if (state_->fileName.empty()) return Fail(CFG_NOT_OPEN);
-  if (name == nullptr) return Fail(CFG_BAD_ARGUMENT);
+  if (state_->fileName.empty()) return SetError(CFG_NOT_OPEN);
+  if (name == nullptr) return SetError(CFG_BAD_ARGUMENT);
   state_->section = name;
   state_->recent.isCurrent = false;
-  return Fail(CFG_OK);
+  return SetError(CFG_OK);
 }
 
 bool CfgClass::SetSection(std::string const& name) { return SetSection(name.c_str()); }
 std::string CfgClass::GetSection() {
-  Fail(CFG_OK);
+  SetError(CFG_OK);
   return state_->section;
 }
 
 bool CfgClass::SectionExists(char const* name) {
-  if (name == nullptr) return Fail(CFG_BAD_ARGUMENT);
+  if (name == nullptr) return SetError(CFG_BAD_ARGUMENT);
   return LocateSection(name, nullptr);
 }
 
@@ -297,25 +297,25 @@ bool CfgClass::SectionExists(std::string const& name) { return SectionExists(nam
 bool CfgClass::SectionExists() { return SectionExists(GetSection().c_str()); }
 
 bool CfgClass::EraseSection(char const* name) {
-  if (name == nullptr) return Fail(CFG_BAD_ARGUMENT);
-  if (state_->fileName.empty()) return Fail(CFG_NOT_OPEN);
-  if (state_->readOnly) return Fail(CFG_READ_ONLY);
+  if (name == nullptr) return SetError(CFG_BAD_ARGUMENT);
+  if (state_->fileName.empty()) return SetError(CFG_NOT_OPEN);
+  if (state_->readOnly) return SetError(CFG_READ_ONLY);
   SectionPosition found;
   if (!Find(name, &found)) return true;
   RemoveSection(*state_, found);
-  return Changed();
+  return SaveUnlessCached();
 }
 
 bool CfgClass::EraseSection(std::string const& name) { return EraseSection(name.c_str()); }
 bool CfgClass::EraseSection() { return EraseSection(GetSection().c_str()); }
 
 unsigned long CfgClass::GetSectionCount() {
-  Fail(CFG_OK);
+  SetError(CFG_OK);
   return state_->sections.size();
 }
 
 std::string CfgClass::GetSectionName(unsigned long n) {
-  Fail(CFG_OK);
+  SetError(CFG_OK);
   SectionMap& sections = state_->sections;
   return n < sections.size() ? state_->sectionRanks.At(sections, n)->first : std::string();
 }
@@ -325,7 +325,7 @@ std::string CfgClass::GetSectionName(unsigned long n) {
 // Finds the section and, where one is given, its key: by the object's own steps where those may be replaced.
 bool CfgClass::Find(char const* section, char const* key, SectionPosition* at, KeyPosition* position) {
   if (state_->usesOwnSteps) return LocateSection(section, at) && (key == nullptr || LocateKey(at, key, position));
-  Fail(CFG_OK);
+  SetError(CFG_OK);
   *at = FindSection(*state_, section);
   if (key == nullptr || *at == state_->sections.end()) return *at != state_->sections.end();
   *position = FindKey(*state_, (*at)->second, key);
@@ -355,7 +355,7 @@ bool CfgClass::FindAtOnce(char const* section, SectionPosition* at) {
   if (!recent.isCurrent && !Find(state_->section.c_str(), at)) return false;
   recent.isCurrent = true;
   *at = *recent.section;
-  return Fail(CFG_OK);
+  return SetError(CFG_OK);
 }
 
 bool CfgClass::FindAtOnce(char const* section, unsigned long n, KeyPosition* position) {
@@ -373,14 +373,14 @@ CfgError CfgClass::Refusal(char const* section, char const* key, bool writing) c
 }
 
 // After a change: saved at once, or left for a flush.
-bool CfgClass::Changed() {
+bool CfgClass::SaveUnlessCached() {
   state_->modified = true;
-  return state_->cached ? Fail(CFG_OK) : SaveFile();
+  return state_->cached ? SetError(CFG_OK) : SaveFile();
 }
 
 bool CfgClass::KeyExists(char const* section, char const* key) {
   KeyPosition found;
-  return Fail(Refusal(section, key, false)) && Find(section, key, &found);
+  return SetError(Refusal(section, key, false)) && Find(section, key, &found);
 }
 
 bool CfgClass::KeyExists(std::string const& section, std::string const& key) {
@@ -390,12 +390,12 @@ bool CfgClass::KeyExists(char const* key) { return KeyExists(GetSection().c_str(
 bool CfgClass::KeyExists(std::string const& key) { return KeyExists(key.c_str()); }
 
 bool CfgClass::DeleteKey(char const* section, char const* key) {
-  if (!Fail(Refusal(section, key, true))) return false;
+  if (!SetError(Refusal(section, key, true))) return false;
   SectionPosition at;
   KeyPosition found;
   if (!Find(section, key, &at, &found)) return true;
   RemoveKey(*state_, at->second, found);
-  return Changed();
+  return SaveUnlessCached();
 }
 
 bool CfgClass::DeleteKey(std::string const& section, std::string const& key) {
@@ -408,13 +408,13 @@ bool CfgClass::DeleteKey(std::string const& key) { return DeleteKey(key.c_str())
 bool CfgClass::DeleteKey(unsigned long n) {
   SectionPosition at;
   if (!FindAtOnce(nullptr, &at) || n >= at->second.keys->size()) return DeleteKey(GetKeyName(n).c_str());
-  if (state_->readOnly) return Fail(CFG_READ_ONLY);
+  if (state_->readOnly) return SetError(CFG_READ_ONLY);
   RemoveKey(*state_, at->second, KeyAt(*state_, at->second, n));
-  return Changed();
+  return SaveUnlessCached();
 }
 
 unsigned long CfgClass::GetKeyCount(char const* section) {
-  if (section == nullptr) return Fail(CFG_BAD_ARGUMENT), 0;
+  if (section == nullptr) return SetError(CFG_BAD_ARGUMENT), 0;
   SectionPosition at;
   return Find(section, &at) ? at->second.keys->size() : 0;
 }
@@ -426,7 +426,7 @@ unsigned long CfgClass::GetKeyCount() {
 }
 
 std::string CfgClass::GetKeyName(char const* section, unsigned long n) {
-  if (section == nullptr) return Fail(CFG_BAD_ARGUMENT), "";
+  if (section == nullptr) return SetError(CFG_BAD_ARGUMENT), "";
   KeyPosition found;
   return Find(section, n, &found) ? found->first : std::string();
 }
@@ -441,7 +441,7 @@ std::string CfgClass::GetKeyName(unsigned long n) {
 
 std::string CfgClass::ReadStr(char const* section, char const* key, char const* def) {
   KeyPosition found;
-  if (Fail(Refusal(section, key, false)) && Find(section, key, &found)) return std::string(found->second.value);
+  if (SetError(Refusal(section, key, false)) && Find(section, key, &found)) return std::string(found->second.value);
   return def == nullptr ? "" : def;
 }
 
@@ -463,8 +463,8 @@ std::string CfgClass::ReadStr(unsigned long index, char const* def) {
 bool CfgClass::WriteStr(char const* section, char const* key, char const* value) {
   if (section == nullptr || key == nullptr || value == nullptr || HasLineFeed(section) || HasLineFeed(key) ||
       HasLineFeed(value))
-    return Fail(CFG_BAD_ARGUMENT);
-  if (!Fail(Refusal(section, key, true))) return false;
+    return SetError(CFG_BAD_ARGUMENT);
+  if (!SetError(Refusal(section, key, true))) return false;
   CfgState& state = *state_;
   SectionPosition at;
   if (!Find(section, &at) && (!InsertSection(section, nullptr, true) || !Find(section, &at))) return false;
@@ -481,13 +481,13 @@ bool CfgClass::WriteStr(char const* section, char const* key, char const* value)
   } else if (!InsertKey(key, value, &at, &record.lastKey, nullptr, true)) {
     return false;
   }
-  return Changed();
+  return SaveUnlessCached();
 }
 
 // ---- Cached mode and errors. ----
 
 bool CfgClass::SetCached(bool on) {
-  Fail(CFG_OK);
+  SetError(CFG_OK);
   if (on == state_->cached) return true;
   state_->cached = on;
   return on || Flush();
@@ -523,7 +523,7 @@ OptionalFile<Base>::OptionalFile() {
 
 template <class Base>
 bool OptionalFile<Base>::LoadFile(bool noLines) {
-  return Base::LoadFile(noLines) || (IsMissing() && this->Fail(CFG_OK));
+  return Base::LoadFile(noLines) || (IsMissing() && this->SetError(CFG_OK));
 }
 
 template <class Base>

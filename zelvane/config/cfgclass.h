@@ -408,8 +408,8 @@ class ZELVANE_API CfgClass {
   ZELVANE_HIDDEN bool Find(char const* section, unsigned long n, KeyPosition* position);
   ZELVANE_HIDDEN bool FindAtOnce(char const* section, SectionPosition* at);
   ZELVANE_HIDDEN bool FindAtOnce(char const* section, unsigned long n, KeyPosition* position);
-  ZELVANE_HIDDEN bool Changed();
-  ZELVANE_HIDDEN bool Fail(CfgError code);
+  ZELVANE_HIDDEN bool SaveUnlessCached();
+  ZELVANE_HIDDEN bool SetError(CfgError code);
   ZELVANE_HIDDEN void RememberTable();
   ZELVANE_HIDDEN void ClearCaches();
 

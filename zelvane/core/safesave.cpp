@@ -108,11 +108,11 @@ class Temporary {
 
 // ---- Saving ----
 
-enum class Outcome { kSaved, kFailed, kNotThisWay };
+enum class Outcome { kSaved, kFailed, kUseInPlace };
 
 // Gives the new file the old one's owner, group and mode; false if anything would differ. The new file starts closed to
 // all but its owner, so nobody can open it before it has its mode.
-bool TakeIdentity(int fd, struct stat const& old) {
+bool CopyOwnerAndMode(int fd, struct stat const& old) {
   struct stat now;
   if (fstat(fd, &now) != 0 || HasAccessList(fd)) return false;
   bool const owned = now.st_uid == old.st_uid && now.st_gid == old.st_gid;
@@ -121,19 +121,19 @@ bool TakeIdentity(int fd, struct stat const& old) {
   return now.st_uid == old.st_uid && now.st_gid == old.st_gid && now.st_mode == old.st_mode;
 }
 
-Outcome SaveBeside(std::string const& path, int oldFile, struct stat const& old, std::string_view text) {
+Outcome SaveByRename(std::string const& path, int oldFile, struct stat const& old, std::string_view text) {
   std::string const target = FollowLinks(path);
   struct stat there;
   bool const found = lstat(target.c_str(), &there) == 0 && IsSame(there, old);
-  if (!found || !S_ISREG(old.st_mode) || old.st_nlink != 1 || HasAccessList(oldFile)) return Outcome::kNotThisWay;
+  if (!found || !S_ISREG(old.st_mode) || old.st_nlink != 1 || HasAccessList(oldFile)) return Outcome::kUseInPlace;
 
   Folder const folder(target);
   if (!folder) return Outcome::kFailed;
   Temporary made(FolderOf(target), 0600);
-  if (!made) return IsOneOf(errno, {EACCES, EPERM, EROFS, ENAMETOOLONG}) ? Outcome::kNotThisWay : Outcome::kFailed;
-  if (!TakeIdentity(made.Get(), old)) return Outcome::kNotThisWay;
+  if (!made) return IsOneOf(errno, {EACCES, EPERM, EROFS, ENAMETOOLONG}) ? Outcome::kUseInPlace : Outcome::kFailed;
+  if (!CopyOwnerAndMode(made.Get(), old)) return Outcome::kUseInPlace;
   if (!made.Fill(text)) return Outcome::kFailed;
-  if (!made.Replace(target)) return Outcome::kNotThisWay;
+  if (!made.Replace(target)) return Outcome::kUseInPlace;
   return folder.Sync() ? Outcome::kSaved : Outcome::kFailed;
 }
 
@@ -184,7 +184,7 @@ bool SaveNew(std::string const& path, std::string_view text, Meanwhile meanwhile
 
 // Owner, group and mode as far as this user may give them, never open to more people than the old file: those of a
 // group that could not be given are now among the others.
-bool TakeIdentityOrLess(int fd, struct stat const& old, bool listed) {
+bool CopyOwnerAndModeOrLess(int fd, struct stat const& old, bool listed) {
   bool const grouped = fchown(fd, old.st_uid, old.st_gid) == 0 || fchown(fd, static_cast<uid_t>(-1), old.st_gid) == 0;
   mode_t const mode = old.st_mode & 0777;
   mode_t const less = (mode & S_IRWXU) | (mode & mode >> 3 & S_IRWXO);
@@ -255,8 +255,8 @@ bool SafeSave(std::string const& path, std::string_view text) {
     if (!file) return errno == ENOENT && SaveNew(path, text, Meanwhile::kReplace);
     struct stat old;
     if (fstat(file.Get(), &old) != 0) return false;
-    Outcome const beside = SaveBeside(path, file.Get(), old, text);
-    if (beside != Outcome::kNotThisWay) return beside == Outcome::kSaved;
+    Outcome const beside = SaveByRename(path, file.Get(), old, text);
+    if (beside != Outcome::kUseInPlace) return beside == Outcome::kSaved;
     // Another program may have renamed its own file over this one meanwhile; what is open is then no longer the file.
     struct stat now;
     if (stat(path.c_str(), &now) == 0 && IsSame(now, old)) return SaveInPlace(path, file, old, text);
@@ -264,7 +264,7 @@ bool SafeSave(std::string const& path, std::string_view text) {
   return false;
 }
 
-bool KeepAside(std::string const& path, char const* suffix) {
+bool BackUp(std::string const& path, char const* suffix) {
   Descriptor const file = Open(path.c_str(), O_RDONLY | O_NONBLOCK);
   struct stat status;
   if (!file || fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode)) return false;
@@ -277,7 +277,7 @@ bool KeepAside(std::string const& path, char const* suffix) {
     Place place = PlaceOf(name, status, bytes);
     if (place == Place::kFree) {
       Temporary made(FolderOf(name), 0600);
-      if (!made || !TakeIdentityOrLess(made.Get(), status, HasAccessList(file.Get())) || !made.Fill(bytes))
+      if (!made || !CopyOwnerAndModeOrLess(made.Get(), status, HasAccessList(file.Get())) || !made.Fill(bytes))
         return false;
       if (made.TakeFreeName(name)) return folder.Sync();
       // Another program may have kept the same bytes in this very moment.

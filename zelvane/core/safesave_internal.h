@@ -47,7 +47,7 @@ bool SafeSave(std::string const& path, std::string_view text);
 // group's permission goes: the copy is never open to more people. False when it could not be kept (then no part of a
 // copy is there), when all ten names are taken, and when `path` is missing, unreadable or not a regular file; also when
 // only the folder could not be brought to disk, with the copy there. Throws only std::bad_alloc.
-bool KeepAside(std::string const& path, char const* suffix);
+bool BackUp(std::string const& path, char const* suffix);
 
 // Same as SafeSave, but only for a missing file: false, with that file untouched, when there is one by the time that
 // the text is ready. At the end of a dangling symbolic link the same holds for the file that it names.

@@ -72,7 +72,7 @@ bool Repair(int file, std::string const& path, unsigned long size) {
   futimens(file, nullptr);
   off_t const torn = TornLength(file, size);
   if (torn == 0) return true;
-  if (torn < 0 || !zelvane::internal::KeepAside(path, ".bad")) return false;
+  if (torn < 0 || !zelvane::internal::BackUp(path, ".bad")) return false;
   off_t const now = TornLength(file, size);
   return now == 0 || (now == torn && ftruncate(file, 0) == 0);
 }

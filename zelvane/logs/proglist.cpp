@@ -69,7 +69,7 @@ bool ProgList::GetNextReg(reg_proglist* entry) {
 }
 
 // What every change ends with.
-bool ProgList::Changed() { return cached_ || WriteToFile(); }
+bool ProgList::SaveUnlessCached() { return cached_ || WriteToFile(); }
 
 bool ProgList::AddReg(reg_proglist* entry) {
   if (file_.empty() || entry == nullptr) return false;
@@ -78,7 +78,7 @@ bool ProgList::AddReg(reg_proglist* entry) {
   return Guard(false, [&] {
     entries_->Add(*entry);
     unread_ = false;
-    return Changed();
+    return SaveUnlessCached();
   });
 }
 
@@ -86,7 +86,7 @@ bool ProgList::RemReg(reg_proglist const* entry) {
   if (file_.empty() || entry == nullptr) return false;
   return Guard(false, [&] {
     entries_->RemoveFirstOf(entry->dateTime / kDaySeconds);
-    return Changed();
+    return SaveUnlessCached();
   });
 }
 
@@ -94,7 +94,7 @@ bool ProgList::ClearList() {
   if (file_.empty()) return false;
   *entries_ = ScheduleEntries();
   unread_ = false;
-  return Changed();
+  return SaveUnlessCached();
 }
 
 bool ProgList::ReadFromFile() {

@@ -116,7 +116,7 @@ class ZELVANE_API ProgList {
   bool SetFile(std::string const& name) { return SetFile(name.c_str()); }
 
  private:
-  ZELVANE_HIDDEN bool Changed();
+  ZELVANE_HIDDEN bool SaveUnlessCached();
 
   bool cached_ = false;
   std::unique_ptr<zelvane::internal::ScheduleEntries> entries_;

@@ -11,11 +11,11 @@
 #include <new>
 #include <set>
 
+#include "stress/shim.h"
+#include "stress/world.h"
 #include "support/scratch.h"
-#include "sweeps/shim.h"
-#include "sweeps/world.h"
 
-namespace sweeps {
+namespace stress {
 namespace {
 
 struct Fault {
@@ -65,7 +65,7 @@ int OpenDescriptors() {
   return count;
 }
 
-// Shared with the process that watches the sweep.
+// Shared with the process that watches the injection.
 struct Progress {
   long runs;
   long hits;
@@ -80,9 +80,9 @@ void TakeStates() {
   for (auto const& [name, bytes] : g_world->Get()) (*g_states)[name].insert(bytes);
 }
 
-class Sweep {
+class Injection {
  public:
-  Sweep(World& world, Scenario const& scenario, Progress& progress)
+  Injection(World& world, Scenario const& scenario, Progress& progress)
       : world_(world), scenario_(scenario), progress_(progress) {}
 
   void Run(bool brief) {
@@ -294,11 +294,11 @@ int Faults(World& world, bool brief, std::string const& only) {
     scenarios++;
     long const runs = progress->runs;
     std::fflush(stdout);
-    // A process of its own: a crash must not end the sweep, and shows where it was.
+    // A process of its own: a crash must not end the run, and shows where it was.
     pid_t const child = fork();
     if (child == 0) {
       alarm(1200);
-      Sweep(world, scenario, *progress).Run(brief);
+      Injection(world, scenario, *progress).Run(brief);
       std::exit(0);  // not _exit: a build that measures coverage writes down here what was reached
     }
     int status = 0;
@@ -314,4 +314,4 @@ int Faults(World& world, bool brief, std::string const& only) {
   return static_cast<int>(progress->failures);
 }
 
-}  // namespace sweeps
+}  // namespace stress

@@ -1,9 +1,9 @@
 #include <unistd.h>
 
-#include "sweeps/scenarios.h"
+#include "stress/scenarios.h"
 #include "zelvane/zelvane.h"
 
-namespace sweeps {
+namespace stress {
 
 Table CoreScenarios() {
   return {
@@ -33,4 +33,4 @@ Table CoreScenarios() {
   };
 }
 
-}  // namespace sweeps
+}  // namespace stress

@@ -3,10 +3,10 @@
 #include <cstdio>
 #include <new>
 
-#include "sweeps/scenarios.h"
+#include "stress/scenarios.h"
 #include "zelvane/zelvane.h"
 
-namespace sweeps {
+namespace stress {
 namespace {
 
 std::string ManyKeys(int count = 40) {
@@ -246,4 +246,4 @@ Table ConfigScenarios() {
   };
 }
 
-}  // namespace sweeps
+}  // namespace stress

@@ -1,7 +1,7 @@
-#include "sweeps/scenarios.h"
+#include "stress/scenarios.h"
 #include "zelvane/zelvane.h"
 
-namespace sweeps {
+namespace stress {
 
 Table LangScenarios() {
   Files const files = WithRoot({{"root/zellang.cfg", "[LANG]\n1 = English\n[1]\n12 = on\n13 = off\n"},
@@ -49,4 +49,4 @@ Table LangScenarios() {
   };
 }
 
-}  // namespace sweeps
+}  // namespace stress

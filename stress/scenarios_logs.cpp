@@ -2,10 +2,10 @@
 
 #include <cstring>
 
-#include "sweeps/scenarios.h"
+#include "stress/scenarios.h"
 #include "zelvane/zelvane.h"
 
-namespace sweeps {
+namespace stress {
 
 std::string Record(long stamp, std::size_t payload) {
   std::string record(4 + payload, static_cast<char>(stamp % 251));
@@ -192,4 +192,4 @@ Table LogsScenarios() {
   };
 }
 
-}  // namespace sweeps
+}  // namespace stress

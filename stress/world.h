@@ -1,15 +1,15 @@
-// The place where the sweeps run the library, and what is tried there.
+// The place where the stress tests run the library, and what they try there.
 //
-// The sweep program lies outside the installation root. So a call that takes settings which it cannot read for missing
+// The program lies outside the installation root. So a call that takes settings which it cannot read for missing
 // ones finds other files, or none, and that shows.
-#ifndef ZELVANE_SWEEPS_WORLD_H
-#define ZELVANE_SWEEPS_WORLD_H
+#ifndef ZELVANE_STRESS_WORLD_H
+#define ZELVANE_STRESS_WORLD_H
 
 #include <map>
 #include <string>
 #include <vector>
 
-namespace sweeps {
+namespace stress {
 
 // Path below the base folder, and bytes. A folder's name ends in "/".
 using Files = std::map<std::string, std::string>;
@@ -72,25 +72,25 @@ struct Scenario {
 std::vector<Scenario> const& Scenarios();
 Scenario const& Find(std::string const& name);
 
-// Record number `stamp` of the sweeps' logs, stamp and all; no two of a log are alike.
+// Record number `stamp` of the stress tests' logs, stamp and all; no two of a log are alike.
 std::string Record(long stamp, std::size_t payload);
 // Whether a log of `payload` bytes a record holds whole records, and all of the `newest` ones, which are numbered by
 // their stamps up to `last`.
 bool HoldsNewest(std::string const& log, std::size_t payload, long newest, long last);
 
-// ---- The sweeps; each prints its figures and returns the number of failures. ----
+// ---- The stress tests; each prints its figures and returns the number of failures. ----
 
 int Faults(World& world, bool brief, std::string const& only);
-int Kills(World& world, int killsPerWriter);
+int Crashes(World& world, int killsPerWriter);
 int PowerCuts(World& world, bool brief, std::string const& only);
-// For power cuts of a real file system, which powercut_images.sh makes: what the case numbered `number` does, done in
+// For power cuts of a real file system, which powercuts_images.sh makes: what the case numbered `number` does, done in
 // the folder `base`; and whether what was told is found there again. PowerCutCases prints the numbers and names.
 int PowerCutCases();
 int PowerCutWrite(std::string const& base, std::size_t number);
 int PowerCutJudge(World& world, std::string const& base, std::size_t number);
-int Company(World& world);
-int Sizes(World& world, bool brief);
+int Concurrency(World& world);
+int Scaling(World& world, bool brief);
 
-}  // namespace sweeps
+}  // namespace stress
 
 #endif

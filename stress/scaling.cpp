@@ -8,12 +8,12 @@
 #include <cstring>
 #include <fstream>
 
+#include "stress/shim.h"
+#include "stress/world.h"
 #include "support/scratch.h"
-#include "sweeps/shim.h"
-#include "sweeps/world.h"
 #include "zelvane/zelvane.h"
 
-namespace sweeps {
+namespace stress {
 namespace {
 
 struct Cost {
@@ -151,7 +151,7 @@ int Growth(World& world, bool brief) {
       if (!again.ok || again.seconds < cost.seconds) cost = again;
       // The largest sizes of caches come between; what is not linear at all grows by four.
       bool const linear = before.seconds == 0 || cost.seconds < 0.05 || cost.seconds / before.seconds < 3;
-      std::printf("sizes: %8ld %-34s %7.2f s %8ld KiB%s\n", count, subject.name, cost.seconds, cost.kilobytes,
+      std::printf("scaling: %8ld %-34s %7.2f s %8ld KiB%s\n", count, subject.name, cost.seconds, cost.kilobytes,
                   !cost.ok ? "  FAILED"
                   : linear ? ""
                            : "  NOT LINEAR");
@@ -180,7 +180,7 @@ int LongPaths(World& world) {
                          ParseMacroFileName("//UPSCONFIGDIR//x", path) == path + "x" &&
                          ExtractFilePath(path) + ExtractFileName(path) == path;
     CloseBrwsList(list);
-    std::printf("sizes: a path of %zu bytes: %s\n", length, refused ? "refused" : "FAILED");
+    std::printf("scaling: a path of %zu bytes: %s\n", length, refused ? "refused" : "FAILED");
     failures += !refused;
   }
   return failures;
@@ -214,9 +214,9 @@ int FullDisk(World& world) {
 
 }  // namespace
 
-int Sizes(World& world, bool brief) {
+int Scaling(World& world, bool brief) {
   world.Set({});
   return FullDisk(world) + LongPaths(world) + Growth(world, brief);
 }
 
-}  // namespace sweeps
+}  // namespace stress

@@ -1,9 +1,9 @@
 #include <cstring>
 
-#include "sweeps/scenarios.h"
+#include "stress/scenarios.h"
 #include "zelvane/zelvane.h"
 
-namespace sweeps {
+namespace stress {
 namespace {
 
 // The bytes of a record as one number.
@@ -207,4 +207,4 @@ Table ApiScenarios() {
   };
 }
 
-}  // namespace sweeps
+}  // namespace stress

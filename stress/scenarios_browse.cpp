@@ -1,7 +1,7 @@
-#include "sweeps/scenarios.h"
+#include "stress/scenarios.h"
 #include "zelvane/zelvane.h"
 
-namespace sweeps {
+namespace stress {
 namespace {
 
 // Every operation that changes a browse list, one after the other; how many told success. What comes behind one that
@@ -71,4 +71,4 @@ Table BrowseScenarios() {
   };
 }
 
-}  // namespace sweeps
+}  // namespace stress

@@ -8,13 +8,13 @@
 #include <cstdio>
 #include <unordered_set>
 
-#include "sweeps/crashstates.h"
-#include "sweeps/scenarios.h"
-#include "sweeps/shim.h"
-#include "sweeps/world.h"
+#include "stress/crashstates.h"
+#include "stress/scenarios.h"
+#include "stress/shim.h"
+#include "stress/world.h"
 #include "zelvane/zelvane.h"
 
-namespace sweeps {
+namespace stress {
 namespace {
 
 constexpr char kLog[] = "root/logevt.rgt";
@@ -462,4 +462,4 @@ int PowerCutJudge(World& world, std::string const& base, std::size_t number) {
   return wrong != kSound;
 }
 
-}  // namespace sweeps
+}  // namespace stress

@@ -7,8 +7,8 @@
 // - The length is any that the file has had since its last sync, whatever its bytes are. Bytes that never came are 0.
 // - A name is there for certain only after a sync of its folder. Until then names are lost from the last one back, as
 //   with a journal, or each for itself. A rename is done or not. A sync of a file settles no name.
-#ifndef ZELVANE_SWEEPS_CRASHSTATES_H
-#define ZELVANE_SWEEPS_CRASHSTATES_H
+#ifndef ZELVANE_STRESS_CRASHSTATES_H
+#define ZELVANE_STRESS_CRASHSTATES_H
 
 #include <cstddef>
 #include <map>
@@ -18,10 +18,10 @@
 #include <utility>
 #include <vector>
 
-#include "sweeps/shim.h"
-#include "sweeps/world.h"
+#include "stress/shim.h"
+#include "stress/world.h"
 
-namespace sweeps {
+namespace stress {
 
 // Decides what a cut leaves: each combination once, or by chance from a seed.
 class Choices {
@@ -105,6 +105,6 @@ class Disk {
   std::map<int, std::string> folders_;
 };
 
-}  // namespace sweeps
+}  // namespace stress
 
 #endif

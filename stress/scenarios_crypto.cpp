@@ -1,7 +1,7 @@
-#include "sweeps/scenarios.h"
+#include "stress/scenarios.h"
 #include "zelvane/zelvane.h"
 
-namespace sweeps {
+namespace stress {
 
 Table CryptoScenarios() {
   return {
@@ -33,4 +33,4 @@ Table CryptoScenarios() {
   };
 }
 
-}  // namespace sweeps
+}  // namespace stress

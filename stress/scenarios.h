@@ -1,15 +1,15 @@
-// The tables of scenarios, one for each room of the library, and what several of them begin with.
-#ifndef ZELVANE_SWEEPS_SCENARIOS_H
-#define ZELVANE_SWEEPS_SCENARIOS_H
+// The tables of scenarios, one for each module of the library, and what several of them begin with.
+#ifndef ZELVANE_STRESS_SCENARIOS_H
+#define ZELVANE_STRESS_SCENARIOS_H
 
 #include <cstring>
 #include <string>
 #include <vector>
 
-#include "sweeps/shim.h"
-#include "sweeps/world.h"
+#include "stress/shim.h"
+#include "stress/world.h"
 
-namespace sweeps {
+namespace stress {
 
 using Table = std::vector<Scenario>;
 
@@ -42,6 +42,6 @@ void Put(char (&field)[N], char const* text) {
   std::strncpy(field, text, N);
 }
 
-}  // namespace sweeps
+}  // namespace stress
 
 #endif

@@ -9,11 +9,11 @@
 #include <functional>
 #include <vector>
 
+#include "stress/world.h"
 #include "support/scratch.h"
-#include "sweeps/world.h"
 #include "zelvane/zelvane.h"
 
-namespace sweeps {
+namespace stress {
 namespace {
 
 constexpr unsigned long kPayload = 64;
@@ -61,12 +61,12 @@ bool HoldsAll(std::string const& path, int writers) {
 int Appending(World& world) {
   int failures = 0;
   for (int const writers : {2, 4, 8}) {
-    world.Set({{"root/company.rgt", ""}});
-    std::string const path = world.base + "root/company.rgt";
+    world.Set({{"root/shared.rgt", ""}});
+    std::string const path = world.base + "root/shared.rgt";
     int const failed = Together(writers, [&](int number) { return AppendMany(path, number); });
     bool const whole = HoldsAll(path, writers);
     failures += failed + !whole;
-    std::printf("company: %d processes appending %ld records each to one log: %s\n", writers, kRecords,
+    std::printf("concurrency: %d processes appending %ld records each to one log: %s\n", writers, kRecords,
                 failed == 0 && whole ? "all there, in order" : "FAILED");
     std::fflush(stdout);
   }
@@ -77,9 +77,9 @@ int Appending(World& world) {
 int Repairing(World& world) {
   constexpr int kRounds = 50, kWriters = 4;
   int lost = 0;
-  std::string const path = world.base + "root/company.rgt";
+  std::string const path = world.base + "root/shared.rgt";
   for (int round = 0; round < kRounds; round++) {
-    world.Set({{"root/company.rgt", std::string(100, 't')}});
+    world.Set({{"root/shared.rgt", std::string(100, 't')}});
     int const failed = Together(kWriters, [&](int number) {
       LogClass log;
       log.SetFile(path);
@@ -89,7 +89,7 @@ int Repairing(World& world) {
     lost += failed != 0 || test::ReadFile(path).size() != kWriters * (4 + kPayload) ||
             test::ReadFile(path + ".bad") != std::string(100, 't');
   }
-  std::printf("company: %d processes at one torn log, %d rounds: %s\n", kWriters, kRounds,
+  std::printf("concurrency: %d processes at one torn log, %d rounds: %s\n", kWriters, kRounds,
               lost == 0 ? "all records there" : "FAILED");
   return lost;
 }
@@ -97,7 +97,7 @@ int Repairing(World& world) {
 // Readers beside a program that cuts its log with every record: the records that they see follow each other.
 int Opening(World& world) {
   constexpr int kOpens = 1000, kBound = 200;
-  std::string const path = world.base + "root/company.rgt";
+  std::string const path = world.base + "root/shared.rgt";
   auto const append = [&](long stamp) {
     LogClass log;
     log.SetFile(path);
@@ -132,7 +132,7 @@ int Opening(World& world) {
     kill(writer, SIGKILL);
     waitpid(writer, &status, 0);
   }
-  std::printf("company: 4 readers, %d opens each, of a log that is cut with every record: %s\n", kOpens,
+  std::printf("concurrency: 4 readers, %d opens each, of a log that is cut with every record: %s\n", kOpens,
               failed == 0 && wrote ? "always whole" : "FAILED");
   return failed + !wrote;
 }
@@ -170,13 +170,13 @@ int Reading(World& world) {
     kill(writer, SIGKILL);
     waitpid(writer, &status, 0);
   }
-  std::printf("company: 4 readers, %d reads each, of a file that is being rewritten: %s\n", kReads,
+  std::printf("concurrency: 4 readers, %d reads each, of a file that is being rewritten: %s\n", kReads,
               failed == 0 && wrote ? "always whole" : "FAILED");
   return failed + !wrote;
 }
 
 }  // namespace
 
-int Company(World& world) { return Appending(world) + Repairing(world) + Opening(world) + Reading(world); }
+int Concurrency(World& world) { return Appending(world) + Repairing(world) + Opening(world) + Reading(world); }
 
-}  // namespace sweeps
+}  // namespace stress

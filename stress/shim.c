@@ -1,5 +1,5 @@
 #define _GNU_SOURCE
-#include "sweeps/shim.h"
+#include "stress/shim.h"
 
 #include <dirent.h>
 #include <dlfcn.h>

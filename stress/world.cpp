@@ -1,4 +1,4 @@
-#include "sweeps/world.h"
+#include "stress/world.h"
 
 #include <stdlib.h>
 
@@ -11,13 +11,13 @@
 
 #include "support/scratch.h"
 
-namespace sweeps {
+namespace stress {
 
 namespace fs = std::filesystem;
 
 namespace {
 
-constexpr char kProgram[] = "program/sweeps";
+constexpr char kProgram[] = "program/stress";
 constexpr char kPs[] = "only/ps";
 
 bool IsTemporary(std::string const& name) {
@@ -125,4 +125,4 @@ std::string World::TakeNotes() {
   return notes;
 }
 
-}  // namespace sweeps
+}  // namespace stress

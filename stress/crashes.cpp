@@ -10,12 +10,12 @@
 #include <cstdio>
 #include <random>
 
+#include "stress/shim.h"
+#include "stress/world.h"
 #include "support/scratch.h"
-#include "sweeps/shim.h"
-#include "sweeps/world.h"
 #include "zelvane/logs/logclass.h"
 
-namespace sweeps {
+namespace stress {
 namespace {
 
 struct Writer {
@@ -119,7 +119,7 @@ bool KillAfter(World& world, Scenario const& scenario, bool again, double moment
 
 }  // namespace
 
-int Kills(World& world, int killsPerWriter) {
+int Crashes(World& world, int killsPerWriter) {
   std::mt19937 chance(20260321);  // the same moments every time, as far as the machine lets them
   auto* const shared =
       static_cast<Shared*>(mmap(nullptr, sizeof(Shared), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
@@ -152,7 +152,7 @@ int Kills(World& world, int killsPerWriter) {
       check("random moment", atRandom);
     }
     std::printf(
-        "kills: %-20s %4ld at each call, %4ld at random (%ld of them at work): %ld damaged, %ld with a torn last "
+        "crashes: %-20s %4ld at each call, %4ld at random (%ld of them at work): %ld damaged, %ld with a torn last "
         "record, %ld temporary "
         "files left\n",
         writer.name, atCalls, atRandom, within, damaged, torn, left);
@@ -162,4 +162,4 @@ int Kills(World& world, int killsPerWriter) {
   return static_cast<int>(failures);
 }
 
-}  // namespace sweeps
+}  // namespace stress

@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
-# Power cuts of real file systems: usage: powercut_images.sh SWEEPS
+# Power cuts of real file systems: usage: powercuts_images.sh ZELVANE_STRESS
 # Each case is done on an image of its own, mounted. The image file is copied, still mounted, 1 s and 7 s after the last
 # success was told, with no sync in between: the copy holds what the kernel has given to the disk by then. The copies
 # are mounted and judged.
 set -euo pipefail
 
-sweeps=$1
+stress=$1
 jobs=4
 size=320M # the least that mkfs.xfs takes is 300 MB
 
@@ -43,7 +43,7 @@ judge() { # SYSTEM NUMBER SECONDS
   local folder=$work/$1.$2 options=loop
   [ "$1" != xfs ] || options=loop,nouuid
   mount -o "$options" "$folder/after$3" "$folder/mounted" || { echo "cannot be mounted" && return; }
-  "$sweeps" powercut-judge "$folder/mounted/w/" "$2" || true
+  "$stress" powercuts-judge "$folder/mounted/w/" "$2" || true
   umount "$folder/mounted"
 }
 
@@ -53,7 +53,7 @@ one_case() { # SYSTEM NUMBER NAME
   make_disk "$1" "$folder/disk"
   mount -o loop "$folder/disk" "$folder/mounted"
   mkdir "$folder/mounted/w"
-  if "$sweeps" powercut-write "$folder/mounted/w/" "$2"; then
+  if "$stress" powercuts-write "$folder/mounted/w/" "$2"; then
     sleep 1
     cp --sparse=always "$folder/disk" "$folder/after1"
     sleep 6
@@ -73,7 +73,7 @@ for system in ext4 xfs btrfs; do
   while read -r number name; do
     while [ "$(jobs -rp | wc -l)" -ge "$jobs" ]; do wait -n; done
     one_case "$system" "$number" "$name" </dev/null &
-  done < <("$sweeps" powercut-cases)
+  done < <("$stress" powercuts-cases)
   wait
   all=$(cat "$work/$system".*/result | wc -l)
   kept=$(cat "$work/$system".*/result | grep -c ' s: kept$' || true)

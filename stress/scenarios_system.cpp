@@ -1,11 +1,11 @@
 #include <sys/stat.h>
 #include <sys/wait.h>
 
+#include "stress/scenarios.h"
 #include "support/processes.h"
-#include "sweeps/scenarios.h"
 #include "zelvane/zelvane.h"
 
-namespace sweeps {
+namespace stress {
 namespace {
 
 constexpr char kPs[] =
@@ -82,4 +82,4 @@ Table SystemScenarios() {
   };
 }
 
-}  // namespace sweeps
+}  // namespace stress

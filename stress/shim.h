@@ -1,7 +1,7 @@
-// The C library's calls as the sweeps want them: failing, interrupted or killed at a chosen one. Linked into the
+// The C library's calls as the stress tests need them: failing, interrupted or killed at a chosen one. Linked into the
 // program (or preloaded), where the library finds these definitions before the C library's.
-#ifndef ZELVANE_SWEEPS_SHIM_H
-#define ZELVANE_SWEEPS_SHIM_H
+#ifndef ZELVANE_STRESS_SHIM_H
+#define ZELVANE_STRESS_SHIM_H
 
 #include <sys/types.h>
 

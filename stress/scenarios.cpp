@@ -1,8 +1,8 @@
-#include "sweeps/scenarios.h"
+#include "stress/scenarios.h"
 
 #include <stdexcept>
 
-namespace sweeps {
+namespace stress {
 
 std::vector<Scenario> const& Scenarios() {
   static Table const all = [] {
@@ -21,4 +21,4 @@ Scenario const& Find(std::string const& name) {
   throw std::runtime_error("no scenario " + name);
 }
 
-}  // namespace sweeps
+}  // namespace stress

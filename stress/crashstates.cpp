@@ -1,4 +1,4 @@
-#include "sweeps/crashstates.h"
+#include "stress/crashstates.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <stdexcept>
 
-namespace sweeps {
+namespace stress {
 namespace {
 
 constexpr std::size_t kPage = 4096;
@@ -268,4 +268,4 @@ Disk::State Disk::Cut(Choices& choices) const {
   return state;
 }
 
-}  // namespace sweeps
+}  // namespace stress

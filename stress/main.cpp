@@ -1,5 +1,5 @@
-// The sweeps: faults, kills, power cuts, company, sizes. The program copies itself beside an installation root of its
-// own and goes on there.
+// Stress tests: fault injection, crash consistency, power cuts, concurrency, scaling. The program copies itself next to
+// an installation root of its own and continues there.
 #include <stdlib.h>
 #include <sys/statvfs.h>
 #include <sys/wait.h>
@@ -9,17 +9,17 @@
 #include <cstring>
 #include <filesystem>
 
+#include "stress/world.h"
 #include "support/scratch.h"
-#include "sweeps/world.h"
 
 namespace {
 
-constexpr char kBase[] = "ZELVANE_SWEEPS_BASE";
+constexpr char kBase[] = "ZELVANE_STRESS_BASE";
 
 int Usage() {
   std::fputs(
-      "usage: sweeps faults [--brief] [SCENARIO] | kills [COUNT] | company | sizes [--brief] |\n"
-      "  powercut [--brief] [CASE] | powercut-cases | powercut-write FOLDER CASE | powercut-judge FOLDER CASE\n",
+      "usage: zelvane_stress faults [--brief] [SCENARIO] | crashes [COUNT] | concurrency | scaling [--brief] |\n"
+      "  powercuts [--brief] [CASE] | powercuts-cases | powercuts-write FOLDER CASE | powercuts-judge FOLDER CASE\n",
       stderr);
   return 2;
 }
@@ -33,18 +33,18 @@ void GoToMemory() {
 
 int Go(std::string const& base, int argc, char** argv) {
   std::string const what = argv[1];
-  if (what == "powercut-cases") return sweeps::PowerCutCases();
+  if (what == "powercuts-cases") return stress::PowerCutCases();
   std::size_t const number = argc > 3 ? static_cast<std::size_t>(std::atoi(argv[3])) : 0;
-  if (what == "powercut-write" && argc > 3) return sweeps::PowerCutWrite(argv[2], number);
+  if (what == "powercuts-write" && argc > 3) return stress::PowerCutWrite(argv[2], number);
   bool const brief = argc > 2 && std::strcmp(argv[2], "--brief") == 0;
   std::string const rest = argc > 2 && !brief ? argv[2] : argc > 3 ? argv[3] : "";
-  static sweeps::World world(base);
-  if (what == "powercut-judge" && argc > 3) return sweeps::PowerCutJudge(world, argv[2], number);
-  if (what == "faults") return sweeps::Faults(world, brief, rest);
-  if (what == "kills") return sweeps::Kills(world, rest.empty() ? 1000 : std::atoi(rest.c_str()));
-  if (what == "powercut") return sweeps::PowerCuts(world, brief, rest);
-  if (what == "company") return sweeps::Company(world);
-  if (what == "sizes") return sweeps::Sizes(world, brief);
+  static stress::World world(base);
+  if (what == "powercuts-judge" && argc > 3) return stress::PowerCutJudge(world, argv[2], number);
+  if (what == "faults") return stress::Faults(world, brief, rest);
+  if (what == "crashes") return stress::Crashes(world, rest.empty() ? 1000 : std::atoi(rest.c_str()));
+  if (what == "powercuts") return stress::PowerCuts(world, brief, rest);
+  if (what == "concurrency") return stress::Concurrency(world);
+  if (what == "scaling") return stress::Scaling(world, brief);
   return Usage();
 }
 
@@ -54,14 +54,14 @@ int main(int argc, char** argv) {
   if (argc < 2) return Usage();
   if (char const* const base = getenv(kBase)) return Go(base, argc, argv) == 0 ? 0 : 1;
   std::string const what = argv[1];
-  if (what == "faults" || what == "kills" || what == "powercut") GoToMemory();
+  if (what == "faults" || what == "crashes" || what == "powercuts") GoToMemory();
   test::Scratch const scratch;
   std::filesystem::create_directories(scratch.Path("program"));
-  std::filesystem::copy_file("/proc/self/exe", scratch.Path("program/sweeps"));
+  std::filesystem::copy_file("/proc/self/exe", scratch.Path("program/stress"));
   setenv(kBase, scratch.Path().c_str(), 1);
   pid_t const child = fork();
   if (child == 0) {
-    execv(scratch.Path("program/sweeps").c_str(), argv);
+    execv(scratch.Path("program/stress").c_str(), argv);
     _exit(127);
   }
   int status = 0;
