@@ -1,10 +1,9 @@
-/* What crosses the library's boundary, and how. Every public header includes this file; it compiles as C99 and C++17.
- */
+/* Macros for the library's exported names. Every public header includes this file. It compiles as C99 and C++17. */
 #ifndef ZELVANE_EXPORT_H
 #define ZELVANE_EXPORT_H
 
-/* The library is built with hidden visibility: a function or class is exported because it says ZELVANE_API. Private
-   helpers of an exported class say ZELVANE_HIDDEN and stay out of the symbol table. */
+/* The library is built with hidden visibility. ZELVANE_API exports a function or class. ZELVANE_HIDDEN keeps a private
+   helper of an exported class out of the symbol table. */
 #if defined(__GNUC__) || defined(__clang__)
 #define ZELVANE_API __attribute__((visibility("default")))
 #define ZELVANE_HIDDEN __attribute__((visibility("hidden")))
@@ -13,7 +12,7 @@
 #define ZELVANE_HIDDEN
 #endif
 
-/* Plain, unmangled names for the exported plain functions. */
+/* Unmangled names for the plain C functions. */
 #ifdef __cplusplus
 #define ZELVANE_C_BEGIN extern "C" {
 #define ZELVANE_C_END }
@@ -22,7 +21,7 @@
 #define ZELVANE_C_END
 #endif
 
-/* A check of a record's layout that C11 and C++ both make; older C goes without. */
+/* Checks a record's layout at compile time, in C11 and in C++. Older C does not check. */
 #if defined(__cplusplus)
 #define ZELVANE_STATIC_ASSERT(condition, text) static_assert(condition, text)
 #elif defined(__STDC_VERSION__) && __STDC_VERSION__ >= 201112L

@@ -1,8 +1,8 @@
-/* The whole library. C programs get the exported plain functions, C++ programs the toolkit and the classes as well.
+/* The whole library. C programs get the plain C functions. C++ programs also get the core module and the classes.
 
-   No plain function throws, whatever it is given. Short of memory, each gives its failing result; a record that it was
-   to fill may then be filled in part, and files are as its other failures leave them. The two in config/paths.h that
-   return strings give "". */
+   No plain C function throws, whatever its arguments. When memory runs out, each function returns its failure value. An
+   output record may then be partly filled, and files are as after any other failure of that function. The two functions
+   of config/paths.h that return strings return "". */
 #ifndef ZELVANE_ZELVANE_H
 #define ZELVANE_ZELVANE_H
 

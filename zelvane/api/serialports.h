@@ -1,5 +1,5 @@
-// The serial ports of this machine, and two facts about the system. Ports are counted from 1, their device files from
-// 0: port 1 is /dev/ttyS0.
+// The serial ports of this machine, and two facts about the system. Ports are counted from 1, device files from 0: port
+// 1 is /dev/ttyS0.
 #ifndef ZELVANE_API_SERIALPORTS_H
 #define ZELVANE_API_SERIALPORTS_H
 
@@ -8,10 +8,11 @@
 #ifdef __cplusplus
 #include <string>
 
-// The device file of port `number`: "/dev/ttyS" and `number` - 1 modulo 256 in decimal. Port 0 wraps to /dev/ttyS255.
+// Returns the device file of port `number`: "/dev/ttyS" followed by (`number` - 1) modulo 256 in decimal. Kept: port 0
+// wraps to /dev/ttyS255.
 ZELVANE_API std::string GetInternalDeviceName(unsigned int number);
 
-// One port that was found. The handle of an enumeration is a std::vector<portinfo> on the heap.
+// One port found. The handle of an enumeration is a std::vector<portinfo> on the heap.
 struct portinfo {
   unsigned char number;  // from 1
   std::string name;      // of the device file
@@ -20,28 +21,29 @@ struct portinfo {
 
 ZELVANE_C_BEGIN
 
-// Looks for usable ports among 1 to 16: those whose device can be opened and tells the state of its modem lines. A port
-// that is missing, may not be opened by this user or has no hardware behind it is left out. Opening does not wait for a
+// Finds the usable ports among 1 to 16. A port is usable if its device can be opened and reports its modem lines. Ports
+// that are missing, that this user may not open, or that have no hardware are skipped. Opening does not wait for a
 // carrier, and the port does not become the controlling terminal.
 //
-// Returns the number of ports found, 0 to 16, and stores the handle of the enumeration in `*handle`, also when there
-// are none; it is to be given back to CloseEnumSerialPorts. 0 with nothing stored when `handle` is null; 0 with a null
-// handle stored when memory is short.
+// Returns the number of ports found, 0 to 16, and stores the handle of the enumeration in `*handle`, even if there are
+// none. Free it with CloseEnumSerialPorts. Returns 0 and stores nothing if `handle` is null. Returns 0 and stores a
+// null handle when memory runs out.
 ZELVANE_API int OpenEnumSerialPorts(void** handle);
 
-// The port at `position`, counted from 0, ports in ascending order. 1: `number`, unless it is null, holds the port's
-// number. 0, with `number` untouched: null handle or no such position. GetInternalDeviceName gives the device's name.
+// Stores the number of the port at `position` in `*number`, which can be null. Positions count from 0, in ascending
+// order of ports. Returns 1, or 0 with `*number` unchanged: null handle, or no such position. GetInternalDeviceName
+// returns the name of the device.
 ZELVANE_API int GetEnumSerialPorts(void* handle, unsigned char position, unsigned char* number);
 
-// Frees the enumeration. 1, or 0 for a null handle.
+// Frees the enumeration. Returns 1, or 0 for a null handle.
 ZELVANE_API int CloseEnumSerialPorts(void* handle);
 
-// 1 when the real user or the real group of this process is number 0, else 0.
+// Returns 1 if the real user or the real group of this process has number 0, otherwise 0.
 ZELVANE_API int CurrentUserIsAdmin(void);
 
-// The description of the system that GetOSVersion (core/fileutils.h) gives. At most `size` bytes are written: the text
-// and, if there is room, one NUL. A text of `size` bytes or more fills the buffer and is NOT terminated. 1, or 0 when
-// `buffer` is null, `size` 0 or memory short.
+// Stores the system description of GetOSVersion (core/fileutils.h). Writes at most `size` bytes: the text and, if it
+// fits, one NUL. Kept: a text of `size` bytes or more fills the buffer and gets NO NUL. Returns 1, or 0 if `buffer` is
+// null, `size` is 0 or memory runs out.
 ZELVANE_API int GetOSVersionInfo(char* buffer, unsigned int size);
 
 ZELVANE_C_END

@@ -1,5 +1,5 @@
 // Settings of the shutdown service of one computer: the UPS server it listens to, the actions it takes when that server
-// orders a shutdown, and the language of the calling user.
+// orders a shutdown, and the language of the current user.
 //
 //   upscli.cfg              everything except the language; in the directory that the caller names
 //   .zelvane                the language: key LANGID of section [ZELVANE]; in the user's home directory. Without HOME
@@ -87,8 +87,9 @@ ZELVANE_STATIC_ASSERT(sizeof(ShutSrvConfig) == 1828, "ShutSrvConfig: size");
 
 ZELVANE_C_BEGIN
 
-// All three functions return 1 on success and 0 on failure. A null `cfg` fails and nothing is done. So does a call that
-// needs the installation root while /etc/zelvane.conf cannot be opened or read just now (config/paths.h).
+// All three functions return 1 on success and 0 on failure. A null `cfg` fails and nothing is done. The same holds for
+// a call that needs the installation root while /etc/zelvane.conf temporarily cannot be opened or read
+// (config/paths.h).
 //
 // `cfgDir` is the directory of upscli.cfg, with or without a trailing "/". Null or "" means the installation root. A
 // relative path starts at the current directory, not at the installation root.
@@ -102,7 +103,7 @@ ZELVANE_C_BEGIN
 //   action (0 or 1)                          only the lowest bit counts: 2 is off, 3 is on
 //   text too long for its field              cut
 //   ZELSRV with fewer than three fields      returns 0, `cfg` unchanged
-//   file cannot be opened or read just now   returns 0, `cfg` can be partly filled (no free descriptor, I/O error)
+//   file temporarily unreadable              returns 0, `cfg` can be partly filled (no free descriptor, I/O error)
 //   out of memory                            returns 0, `cfg` can be partly filled
 ZELVANE_API int GetShutSrvConfig(char const* cfgDir, ShutSrvConfig* cfg);
 
@@ -116,9 +117,9 @@ ZELVANE_API int GetShutSrvDefConfig(ShutSrvConfig* cfg);
 // Returns 0 if a text contains a line feed, a file cannot be read or written, or memory runs out. upscli.cfg is then
 // unchanged, unless the failure was in the user's file: then upscli.cfg has the new settings.
 //
-// Lines below a syntax error in a file are dropped; the old file is first copied to NAME.lost (config/cfgclass.h). A
-// section that was not found above the error is added below it, where no load comes: what it holds cannot be read back
-// until the line is corrected.
+// Lines below a syntax error in a file are dropped; the old file is first copied to NAME.lost (config/cfgclass.h). If a
+// section was not found above the error, it is added below it, where the next load does not reach. Its keys cannot be
+// read back until the bad line is corrected.
 //
 // The caller must refuse what the file cannot hold. ";" in the server's name or address shifts the fields of ZELSRV.
 // "[" or "]" in a text makes a line at which the next load stops. Base64 hides the password from a glance, not from

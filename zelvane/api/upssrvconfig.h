@@ -1,14 +1,14 @@
-// The settings of the monitoring service of one UPS: its type and line, its timers, its TCP port, and what its model
-// offers. They lie in four files:
+// Settings of the monitoring service of one UPS unit: its type and line, its timers, its TCP port, and what its model
+// offers. They are in four files:
 //
-//   upssrv.cfg     the settings proper                                                 configuration folder
-//   upscfgNN.cfg   section [INIT]: what model NN can be set to                         configuration folder
-//   upstype.cfg    section [UPSTYPE]: name, driver, modules and model of each type     table folder
-//   usbhid.cfg     section [USBHID]: one number per port, key 0 for port 1             table folder
+//   upssrv.cfg     the settings proper                                                 configuration directory
+//   upscfgNN.cfg   section [INIT]: what model NN can be set to                         configuration directory
+//   upstype.cfg    section [UPSTYPE]: name, driver, modules and model of each type     table directory
+//   usbhid.cfg     section [USBHID]: one number per port, key 0 for port 1             table directory
 //
-// The configuration folder is `cfgDir`, with or without its final "/"; a bare name without any "/" lies in the
-// installation root. The table folder is the installation root, or the configuration folder when `tablesInCfgDir` is
-// not 0.
+// The configuration directory is `cfgDir`, with or without a trailing "/". A name without any "/" is in the
+// installation root. The table directory is the installation root, or the configuration directory if `tablesInCfgDir`
+// is not 0.
 #ifndef ZELVANE_API_UPSSRVCONFIG_H
 #define ZELVANE_API_UPSSRVCONFIG_H
 
@@ -20,8 +20,8 @@
 
 #include "zelvane/export.h"
 
-// Times are milliseconds here and whole seconds in the file, where it says ms. The comments name section and key of
-// upssrv.cfg and the default, in the units of the record.
+// Times marked ms are milliseconds in the record and whole seconds in the file. The comment of a field names its
+// section and key in upssrv.cfg, then its default in the unit of the record.
 typedef struct UpsSrvConfig {
   int32_t upsType;            // UPS/UPSTYPE: 0. Number of the type in upstype.cfg
   int16_t modelIndex;         // from the type: -1 (none). Number NN of the model file
@@ -29,7 +29,7 @@ typedef struct UpsSrvConfig {
   char upsDriver[21];         // UPS/UPSDL: "autoups". Set writes the type's driver instead
   char cfgModule[21];         // from the type: "zelcfg01"
   char cliModule[21];         // from the type: "zelcli01"
-  bool nbShutdown;            // UPS/NBSHUTDOWN: true. Set takes any byte but 0 for true, in these three
+  bool nbShutdown;            // UPS/NBSHUTDOWN: true. In these three, Set treats every byte except 0 as true
   bool nbStandby;             // UPS/NBSTANDBY: false
   bool histLog;               // UPS/HISTLOG: true
   int32_t nbShutdownDelay;    // UPS/NBSHUTDOWNDELAY: 120, in the unit of the file
@@ -42,9 +42,9 @@ typedef struct UpsSrvConfig {
   uint32_t timerFailure;      // TIMERS/FALHA: 20000 ms
   uint32_t timerRegister;     // TIMERS/CONTREG: 20000 ms
   int32_t batteryLevel;       // TIMERS/BATLEVEL: 10
-  int32_t commType;           // from UPS/COMMDL: 1 USB HID ("usbhid"), 0 serial line ("rs232" and all else)
+  int32_t commType;           // from UPS/COMMDL: 1 USB HID ("usbhid"), 0 serial line ("rs232" and everything else)
   int32_t commPort;           // UPS/COMMPORT: 2. Counted from 1
-  char commDriver[21];        // UPS/COMMDL: "rs232". Set writes what commType says instead
+  char commDriver[21];        // UPS/COMMDL: "rs232". Set writes the driver of commType instead
   uint32_t usbDevice;         // usbhid.cfg, for this port: 0
   int32_t batteryChargeMode;  // INIT/ICARGABAT of the model file: 0 low, 1 high. Default 0
   int32_t lineSensitivity;    // INIT/ENVOLTREDE of the model file: 0 very low to 4 very high. Default 2
@@ -79,8 +79,8 @@ ZELVANE_STATIC_ASSERT(sizeof(UpsSrvConfig) == 200, "UpsSrvConfig: size");
 
 ZELVANE_C_BEGIN
 
-// All three functions return 1 on success and 0 on failure. A null argument fails and nothing is done. So does a call
-// of Get or Set while /etc/zelvane.conf cannot be opened or read just now (config/paths.h).
+// All three functions return 1 on success and 0 on failure. A null argument fails and nothing is done. The same holds
+// for Get and Set while /etc/zelvane.conf temporarily cannot be opened or read (config/paths.h).
 
 // Fills `cfg` from the files.
 //
@@ -89,30 +89,31 @@ ZELVANE_C_BEGIN
 //   timer                                    seconds times 1000, in 32 bits: "-1" is 4294966296 ms
 //   text too long for its field              cut
 //   type not in the table                    defaults in upsName, cfgModule, cliModule and modelIndex
-//   upsDriver                                what UPSDL says, whatever the type
+//   upsDriver                                the value of UPSDL, whatever the type
 //   usbDevice                                read only if commType is 1, otherwise 0
-//   model file, or key of it, missing or     default
-//     unknown
-//   table or model file unreadable           the same as missing
+//   model file or its key missing, or        default
+//     value unknown
+//   table or model file unreadable           same as missing
 //   upssrv.cfg unreadable                    every field is the default, success. The file stays
-//   upssrv.cfg missing                       every field is the default, success, and the file is created, see below
-//   file cannot be opened or read just now   returns 0, `cfg` can be partly filled (no free descriptor, I/O error)
+//   upssrv.cfg missing                       every field is the default, success, and the file is created (see below)
+//   file temporarily unreadable              returns 0, `cfg` can be partly filled (no free descriptor, I/O error)
 //   out of memory                            returns 0, `cfg` can be partly filled
 //
 // A missing upssrv.cfg is created as SetUpsSrvConfig(cfgDir, cfg, 0) does it: always with the tables of the
-// installation root. A failure to create it does not show in the result. The file is created only while it is missing:
-// if another program creates it meanwhile, that file stays, and `cfg` is filled from it.
+// installation root. The result does not show a failure to create it. If another program creates the file meanwhile,
+// that file stays, and `cfg` is filled from it.
 ZELVANE_API int GetUpsSrvConfig(char const* cfgDir, UpsSrvConfig* cfg, int tablesInCfgDir);
 
 // Sets every field to its default and fills the rest of each text with zeros. Opens no file.
 ZELVANE_API int GetUpsSrvDefConfig(UpsSrvConfig* cfg);
 
-// Writes upssrv.cfg. Then, only if commType is 1, usbDevice to usbhid.cfg. Then the model's settings, only if the model
-// file exists and has the key. Creates missing files (upssrv.cfg and usbhid.cfg), but not their directories. All other
-// lines stay byte for byte. Each file is saved atomically; on success all of them are on disk (config/cfgclass.h).
+// Writes upssrv.cfg. Then writes usbDevice to usbhid.cfg, only if commType is 1. Then writes the model's settings, only
+// if the model file exists and has the key. Creates missing files (upssrv.cfg and usbhid.cfg), but not their
+// directories. All other lines stay byte for byte. Each file is saved atomically; on success all of them are on disk
+// (config/cfgclass.h).
 //
 // Returns 0 at the first failure; files saved before it stay saved. Returns 0 with nothing written if the entry of
-// upstype.cfg for upsType has fewer than five fields, or the table cannot be opened or read just now. A type that is
+// upstype.cfg for upsType has fewer than five fields, or the table temporarily cannot be opened or read. A type that is
 // not in the table, or a missing or unreadable table, counts as "Auto;autoups;zelcfg01;zelcli01;-1".
 //
 // The type decides which driver is written and which model file is changed. Set ignores upsDriver, upsName, cfgModule,
@@ -122,9 +123,9 @@ ZELVANE_API int GetUpsSrvDefConfig(UpsSrvConfig* cfg);
 // A fullDischargeDate above 0 is written as GetDateTime() + dischargeInterval days if it is later than that. The
 // interval counts as unsigned: -1 is 4294967295 days. -1 and 0 are written as they are.
 //
-// Lines below a syntax error in a file are dropped; the old file is first copied to NAME.lost (config/cfgclass.h). A
-// section that was not found above the error is added below it, where no load comes: what it holds cannot be read back
-// until the line is corrected.
+// Lines below a syntax error in a file are dropped; the old file is first copied to NAME.lost (config/cfgclass.h). If a
+// section was not found above the error, it is added below it, where the next load does not reach. Its keys cannot be
+// read back until the bad line is corrected.
 ZELVANE_API int SetUpsSrvConfig(char const* cfgDir, UpsSrvConfig const* cfg, int tablesInCfgDir);
 
 ZELVANE_C_END

@@ -1,24 +1,24 @@
-// The services of this machine that have an init script, and starting and stopping them.
+// The services of this machine that have an init script. Starts and stops them.
 //
 //   SvcManager services;
 //   SvcClass* server = services.GetSvcByName("upssrv");
 //   if (server != nullptr && !server->IsRunning()) server->Start(-1);
 //
-// A service has the name of its script, and counts as running when some process has that name (proc.h tells what a
-// process's name is; a service whose name is longer than 15 characters never counts as running). While a script runs,
-// it is itself a process of its file's name: one that bears the bare name of its service passes for the service to
-// whoever looks meanwhile. What else the machine may use to manage services is not asked.
+// A service has the name of its script. It counts as running if some process has that name. proc.h describes process
+// names; a service whose name is longer than 15 characters never counts as running. A running script is itself a
+// process with the name of its file: if that is the bare name of its service, it counts as the service for callers that
+// look meanwhile. Other service managers of the machine are not consulted.
 //
-// Scripts are run by the shell, with the host's environment, streams and rights; a script is found by its full path,
-// whatever characters that has. An operation returns when the script has returned. The script's exit status is not
-// looked at. While it runs the host ignores SIGINT and SIGQUIT, as system() has it. A host that ignores SIGCHLD is
-// served all the same.
+// The shell runs the scripts, with the host's environment, streams and rights. A script is run by its full path,
+// whatever characters the path contains. An operation returns when the script has returned; the exit status of the
+// script is ignored. While the script runs, the host ignores SIGINT and SIGQUIT, as with system(). Operations also work
+// in a host that ignores SIGCHLD.
 //
-// Start, Stop and Restart look at the processes when the script has returned: a service that takes the name of its
-// process only later is not seen.
+// Start, Stop and Restart look at the processes when the script has returned. They miss a service that takes the name
+// of its process later.
 //
-// An object is used by one thread at a time. Nothing here throws, except that a text cannot be returned without memory
-// (std::bad_alloc). Elsewhere an operation that runs out of memory fails: it never tells that a service is not running.
+// One thread at a time may use an object. Only operations that return a text throw (std::bad_alloc). When memory runs
+// out, every other operation fails: it never reports that a service is not running.
 #ifndef ZELVANE_SYSTEM_SVC_H
 #define ZELVANE_SYSTEM_SVC_H
 
@@ -38,42 +38,43 @@ class ZELVANE_API SvcClass {
   SvcClass& operator=(SvcClass&& other) noexcept;
   ~SvcClass();
 
-  // Runs the script with "start". True, and the service is marked as running, when a process of its name is there
-  // afterwards. False, with the mark as it was: it is not; no name; no script, or one that nobody may execute (nothing
-  // is run then); the shell could not be started.
+  // Runs the script with "start". Returns true and marks the service as running if a process with its name exists
+  // afterwards. Returns false with the mark unchanged if it does not exist, if there is no name, if there is no script
+  // or nobody may execute it (then nothing is run), or if the shell could not be started.
   bool Start(long timeout);
 
-  // Runs the script with "stop" if anybody may execute it; then the first process that still has the service's name is
-  // killed (ProcClass::Kill, without a pause: a script that does not wait for its service's end gives it no time for
-  // it). The result is that of Kill if it came to that, otherwise whether the script could be run, which is true as
-  // well when nobody may execute it. When true, the service is marked as not running. False, with nothing done: no
-  // name, no script. False, with the mark as it was, when memory runs out: the script may have run by then. Where `ps`
-  // cannot be run there is no survivor to be seen, and true says no more than that.
+  // Runs the script with "stop" if anybody may execute it. Then kills the first process that still has the service's
+  // name (ProcClass::Kill, without a pause: a script that does not wait for its service to end gives it no time).
+  // Returns the result of Kill if there was such a process, otherwise whether the script could be run; this is also
+  // true if nobody may execute it. If true, marks the service as not running.
+  // False, nothing done: no name, no script.
+  // False, mark unchanged: out of memory; the script may have run.
+  // If `ps` cannot be run, remaining processes are not seen, and true does not mean that the service has ended.
   bool Stop(long timeout);
 
-  // Runs the script with "restart" if anybody may execute it; whether a process of the service's name is there
-  // afterwards. The mark stays. False, with nothing run: the service is not marked as running, no script. False, too,
-  // when the shell could not be started.
+  // Runs the script with "restart" if anybody may execute it. Returns whether a process with the service's name exists
+  // afterwards. The mark stays. Returns false and runs nothing if the service is not marked as running, or there is no
+  // script. Also returns false if the shell could not be started.
   bool Restart(long timeout1, long timeout2);
 
-  // The name; the same for display; the script's path; the script's own description ("" where it has none).
+  // The name; the same for display; the path of the script; the script's own description ("" if it has none).
   std::string GetName() const;
   std::string GetDisplayName() const;
   std::string GetFileName() const;
   std::string GetDescription() const;
 
-  // The mark that the table's reading, Start and Stop have left. The processes are not looked at again.
+  // Returns the mark left by the last reading of the table, Start or Stop. Does not look at the processes again.
   bool IsRunning() const;
 
-  // Whether the service is started with the system: as a whole (also for a negative level), or in run level 0 to 6.
-  // False for 7 and above.
+  // Returns whether the service is started with the system: in general (also for a negative level), or in run level 0
+  // to 6. False for 7 and above.
   bool GetAutomatic() const;
   bool GetAutomatic(int level) const;
 
-  // Sets what GetAutomatic() gives, until the table is read again. NOTHING IS CHANGED IN THE SYSTEM, nor for the run
-  // levels. False when there is no name.
+  // Sets the result of GetAutomatic() until the table is read again. NOTHING IS CHANGED IN THE SYSTEM, nor for the run
+  // levels. Returns false if there is no name.
   bool SetAutomatic(bool on);
-  // Changes nothing at all; true for every level up to 6, negative ones too.
+  // Changes nothing. Returns true for every level up to 6, including negative ones.
   bool SetAutomatic(int level, bool on);
 
  private:
@@ -87,49 +88,51 @@ class ZELVANE_API SvcClass {
   bool automaticInLevel_[7] = {};
 };
 
-// The table of services, in the order of the folders and, in each, of the scripts' file names. The order of the virtual
-// operations is part of the interface, and they call each other virtually: a subclass may replace any step, as to read
-// other folders.
+// The table of services, in the order of the directories and, in each directory, of the file names of the scripts. The
+// operations are virtual hooks: they call each other through the virtual table, and their order is part of the
+// interface. A subclass can use this to read other directories.
 //
-// Questions to an empty table read it first; none reads a filled one anew. Pointers to entries are the table's own and
-// good until the next Update, Clear or GetDaemonInfo.
+// A query to an empty table reads it first; a filled table is not read again. Pointers to entries belong to the table
+// and are valid until the next Update, Clear or GetDaemonInfo.
 class ZELVANE_API SvcManager {
  public:
   SvcManager();
   SvcManager(SvcManager const&) = delete;
   SvcManager& operator=(SvcManager const&) = delete;
 
-  // Appends the services of one folder, given with its trailing "/": everything in it but folders, whether or not it
-  // may be executed. The name is the file's without a leading "rc." and without what follows the last ".": "rc.inetd"
-  // is inetd, "x.y.sh" is x.y. False when the folder may not be entered or read; otherwise whether the table has any
-  // service now, from whichever folder. False, too, with nothing appended, when memory runs out.
+  // Appends the services of one directory, named with its trailing "/": everything in it except directories, executable
+  // or not. The service name is the file name without a leading "rc." and without the last "." and what follows it:
+  // "rc.inetd" is inetd, "x.y.sh" is x.y. Returns false if the directory may not be entered or read; otherwise whether
+  // the table now has any service, from any directory. When memory runs out, returns false and appends nothing.
   virtual bool GetDaemonInfo(std::string const& dir);
 
-  // The script's description: what follows the colon in its first comment line that begins with "description" (in
-  // either case) and has one. One that ends in "\" goes on in the next comment line; the pieces are joined without the
-  // backslash and with no blank added. "" when there is none, and when `path` cannot be read or is not a regular file:
-  // devices and FIFOs are not opened. The script is read up to the end of its description. A line longer than 1 MiB, or
-  // a description that has become longer, ends the search with what was found before.
+  // Returns the script's description: the text after the colon in the first comment line that begins with "description"
+  // (in upper or lower case) and has a colon. A description that ends in "\" continues in the next comment line; the
+  // parts are joined without the backslash, and no blank is added. Returns "" if there is none, or if `path` cannot be
+  // read or is not a regular file: devices and FIFOs are not opened. The script is read only to the end of its
+  // description. A line longer than 1 MiB, or a longer description, ends the search; the result is the text found
+  // before.
   virtual std::string GetDaemonDescr(std::string const& path);
 
-  // Sets or clears what GetAutomatic tells, for the service as a whole and all run levels alike: set for a script
-  // directly in "/usr/local/etc/rc.d/" that anybody may execute, clear for all others. Those of the other folders are
-  // started through links in other places, which are not examined.
+  // Sets the results of GetAutomatic, in general and for all run levels: true for a script directly in
+  // "/usr/local/etc/rc.d/" that anybody may execute, false for all others. Scripts in the other directories are started
+  // through links elsewhere, which are not examined.
   virtual void GetDaemonAuto(SvcClass& svc, std::string const& path);
 
   virtual ~SvcManager();
 
-  // Reads the table anew: from "/etc/init.d/", or, when that gives no service, from "/etc/rc.d/" and
-  // "/usr/local/etc/rc.d/" both. Whether there are any. False, with an empty table, when memory runs out.
+  // Reads the table again: from "/etc/init.d/" or, if that has no service, from both "/etc/rc.d/" and
+  // "/usr/local/etc/rc.d/". Returns whether there are any services. When memory runs out, returns false with an empty
+  // table.
   virtual bool Update();
   virtual void Clear();
   virtual unsigned long GetSvcCount();
-  // The entry at `index`, counted from 0; null when there is none.
+  // Returns the entry at `index`, counted from 0; null if there is none.
   virtual SvcClass* GetSvcByIndex(unsigned long index);
-  // The first entry of that name, to the byte; null when there is none and for a null name.
+  // Returns the first entry with that name, byte for byte; null if there is none, or for a null name.
   virtual SvcClass* GetSvcByName(char const* name);
   SvcClass* GetSvcByName(std::string const& name);
-  // IsRunning() of that entry; false when there is none.
+  // Returns IsRunning() of that entry; false if there is none.
   virtual bool IsRunning(char const* name);
   bool IsRunning(std::string const& name);
 
