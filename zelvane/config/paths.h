@@ -1,6 +1,6 @@
-// Where the product's files lie: the installation root, and the symbolic file names that callers and settings use.
-// The functions carry plain symbol names although they return strings, so C++ alone can call them. None throws; when
-// memory runs out, those that return a string give "".
+// The directories of the product's files: the installation root, and the symbolic file names in calls and settings. The
+// functions have C linkage, but two of them return strings: only C++ can call them. None throws; when memory runs out,
+// those that return a string return "".
 #ifndef ZELVANE_CONFIG_PATHS_H
 #define ZELVANE_CONFIG_PATHS_H
 
@@ -18,24 +18,24 @@
 extern "C" {
 
 // Returns the installation root with its trailing "/": key PATH of section [ZELVANE] of /etc/zelvane.conf. If the file
-// is missing or cannot be read, for whatever reason, or the key is missing or empty: the folder of the running program.
-// "" if neither is known. The settings are read at every call.
+// is missing or cannot be read, for any reason, or the key is missing or empty, returns the directory of the running
+// program. Returns "" if neither is known. Every call reads the settings again.
 //
-// Every other function of the library tells two cases apart. A settings file that is missing, or that this user may not
-// read, leaves the folder of the program. One that cannot be opened or read just now (no free descriptor, an I/O error)
-// makes the function fail: files of another folder are not what the caller asked for.
+// Every other function of the library distinguishes two cases. If the settings file is missing, or this user may not
+// read it, the root is the directory of the program. If it temporarily cannot be opened or read (no free descriptor, an
+// I/O error), the function fails: files of another directory are not what the caller asked for.
 ZELVANE_API std::string GetZelvanePath();
 
-// For programs that look at another installation than this computer's own: from now on GetZelvanePath returns `path`,
-// with a "/" added where it lacks one, and every function of the library that uses the root follows. Null or "" brings
-// back the rule above. The folder need not exist; the text is copied. The other keys of /etc/zelvane.conf (version,
-// product, modules) stay in effect. 1; 0 when memory runs out, and then nothing changes.
+// For programs that work on another installation than this computer's own: from now on GetZelvanePath returns `path`,
+// with a trailing "/" added if it is missing, and so does every function of the library that uses the root. Null or ""
+// restores the rule above. The directory need not exist; the text is copied. The other keys of /etc/zelvane.conf
+// (version, product, modules) stay in effect. Returns 1, or 0 with nothing changed when memory runs out.
 //
-// The root is the library's only state of its own, and no lock guards it: call this before other threads run.
+// The root is the library's only global state, and no lock protects it: call this before other threads run.
 ZELVANE_API int SetZelvanePath(char const* path);
 
-// Returns the file that a symbolic name stands for. Any other name is returned unchanged. "" if an argument is null,
-// and if the root cannot be known just now, see above.
+// Returns the file that a symbolic name means. Any other name is returned unchanged. Returns "" if an argument is null,
+// or if the root is temporarily unknown (see above).
 //
 //   //LOGEVTFILE// logevt.rgt    //LOGHISTHORA// loghora.rgt    //LOGHISTDIA// logdia.rgt    //LOGHISTMES// logmes.rgt
 //   //UPSPOWEROFFFILE// poweroff.rgt    //UPSPOWERONFILE// poweron.rgt    //UPSSRVCFG// upssrv.cfg
@@ -45,9 +45,9 @@ ZELVANE_API int SetZelvanePath(char const* path);
 //   //BASEDIR//rest              the root, then the rest
 //   //UPSCONFIGDIR//rest         the working directory, then the rest
 //
-// The names are matched whole (the last two: as a beginning) and in upper case only. The working directory is
-// `directory` as given, without a "/" added, so it must end in one; a decimal number of 0 or more within 32 bits stands
-// for that unit's folder in the root: "3" is ROOT3/.
+// Names match only as a whole (the last two: as a prefix) and only in upper case. The working directory is `directory`
+// as given; no "/" is added, so it must end in one. If `directory` is a decimal number of 0 or more within 32 bits, the
+// working directory is the directory of that unit in the root: "3" is ROOT3/.
 ZELVANE_API std::string ParseMacroFileName(char const* name, char const* directory);
 }
 

@@ -12,22 +12,23 @@
 //
 // Record i starts at byte i * (4 + size). The file does not store `size`: every call names it, and all calls on one
 // file must pass the same value. The maximum is 4294967291; with more, counts are 0 and nothing is written. One write
-// takes at most 2,147,479,552 bytes: WriteReg of a longer record is false.
+// takes at most 2,147,479,552 bytes: for a longer record WriteReg returns false.
 //
 // DAMAGED FILES: a file whose length is not a multiple of 4 + `size` counts as empty. It is not repaired. The next
-// WriteReg copies it to NAME.bad, empties it and appends the record. When NAME.bad has other bytes already, the copy is
-// NAME.bad.1, and so on to NAME.bad.9; when all ten are taken, WriteReg is false and the file stays.
+// WriteReg copies it to NAME.bad, empties it and appends the record. If NAME.bad already has other contents, the copy
+// is NAME.bad.1, and so on to NAME.bad.9. If all ten are taken, WriteReg returns false and the file is unchanged.
+//
+// CUTS: a cut removes the oldest records of a log that has more than the maximum (LimitFile).
 //
 // CONCURRENCY: a file is open only during a call. Several processes can append to one log: each record is one write, so
-// records do not mix, and only one of them repairs a damaged file (flock). Only one process may append once the log has
-// reached its maximum, because WriteReg then cuts it. Nobody who locks a log stops its writers for good: a repair waits
-// for a second, then WriteReg is false; a cut waits for a tenth of a second, then goes on.
+// records do not mix, and only one process repairs a damaged file (flock). Only one process may append once the log has
+// reached its maximum, because WriteReg then cuts it. A process that holds a lock on the log cannot block its writers:
+// a repair waits for one second, then WriteReg returns false; a cut waits for a tenth of a second, then continues.
 //
-// DURABILITY: when WriteReg is true, the record, and the name of a new file, are on disk (on one that honours a flush,
-// with a file system that can sync). A power cut during WriteReg can leave that one record missing, partial (then the
-// file counts as damaged) or as zeros, and no other. A power cut while the log is being cut leaves NAME.tmp with all
-// newest records; the next WriteReg finishes the cut before it appends. Until then readers can see records twice or
-// mixed.
+// DURABILITY: when WriteReg returns true, the record and the name of a new file are on disk (if the disk honours a
+// flush and the file system can sync). A power failure during WriteReg can leave that one record missing, partial (the
+// file is then damaged) or as zeros, but no other. A power failure during a cut leaves NAME.tmp with all newest
+// records; the next WriteReg finishes the cut before it appends. Until then readers can see records twice or mixed.
 //
 // No operation throws. One thread at a time may use an object. The operations are virtual hooks: they call each other
 // through the virtual table, and their order is part of the interface.
@@ -55,8 +56,8 @@ class ZELVANE_API LogClass {
   // Sets the file name and frees the buffer. Null or "" means no file. Returns 1; 0 with nothing changed when memory
   // runs out. The file is neither opened nor created.
   // The first name also sets the scratch file of LimitFile, NAME.tmp. A later call keeps that scratch file name and
-  // deletes the file, even one that an interrupted cut needs: name the log once. Exception: if the new name leads to
-  // the scratch file itself, however it is spelled, the scratch file becomes the new NAME.tmp.
+  // deletes the file, even one that an interrupted cut needs: set the name once. Exception: if the new name leads to
+  // the scratch file itself, in any spelling, the scratch file becomes the new NAME.tmp.
   virtual int SetFile(char const* name);
   // Replaces the buffer with a copy of `length` bytes. Returns true.
   // False, old buffer kept: null, `length` 0 or above 4294967295.
@@ -70,23 +71,23 @@ class ZELVANE_API LogClass {
   virtual bool WriteReg(void const* data, unsigned long size);
   // Appends a record with the low 32 bits of `when` as its time stamp, and cuts the log as LimitFile does. Creates a
   // missing file. Copies a damaged file to NAME.bad and empties it first.
-  //   true                     the record is on disk; the cut can still have failed, and is made with the next record
+  //   true                     the record is on disk; if the cut failed, the next record repeats it
   //   false, file unchanged    no file name; `size` too large; null `data` with `size` above 0; the file cannot be
-  //                            opened, examined or written; a damaged file cannot be copied or locked; a cut that was
-  //                            interrupted cannot be finished; the folder of an empty file cannot be synced; out of
-  //                            memory. A new file can exist, empty
+  //                            opened, examined or written; a damaged file cannot be copied or locked; an interrupted
+  //                            cut cannot be finished; the directory of an empty file cannot be synced; out of memory.
+  //                            A new file can exist, empty
   //   false, damaged file now  the write failed after the damaged file was copied and emptied
   //   empty
   //   false, record perhaps    sync or close failed
   //   written
   // A full disk can accept part of a record. WriteReg truncates that part away. It cannot if another process has
   // appended meanwhile, or if the truncation fails: the file is then damaged.
-  // A subclass whose GetFileRegCount returns 0 twice in a row, for a file in which this class counts records, is taken
-  // at its word: the file is emptied first, without a copy.
+  // Kept: if a subclass's GetFileRegCount returns 0 twice in a row for a file in which this class counts records, the
+  // file is emptied first, without a copy.
   virtual bool WriteReg(long when, void const* data, unsigned long size);
 
-  // Number of records in the file. 0 if the file is missing, unreadable, damaged, or not a regular file. A length that
-  // is no whole number of records is looked at again for 4 ms: a record may be on its way.
+  // Number of records in the file. 0 if the file is missing, unreadable, damaged, or not a regular file. If the length
+  // is not a multiple of the record length, it is checked again for 4 ms: an append may be in progress.
   virtual unsigned long GetFileRegCount(unsigned long size);
   // Number of records in the buffer. 0 without a buffer, or if its length is not a multiple of 4 + `size`.
   virtual unsigned long GetRegCount(unsigned long size);
@@ -103,24 +104,25 @@ class ZELVANE_API LogClass {
   // 0, no buffer: no records, read error, out of memory, or 4 GiB or more of records.
   // Call UnloadFile before a second LoadFile. Kept, because callers depend on it: with a buffer present, LoadFile
   // returns the number of records, frees the buffer and loads nothing.
-  // Beside a process that cuts the log it can read records twice; LogReaderOpen (logreader.h) does not.
+  // While another process cuts the log, LoadFile can read records twice. LogReaderOpen (logreader.h) does not.
   virtual unsigned long LoadFile(unsigned long size);
   // Frees the buffer.
   virtual void UnloadFile();
 
-  // Empties the file, or creates it empty. The buffer stays. True when that is on disk. False: no file name, the file
-  // cannot be opened for writing, or (then it is empty) synced or closed.
+  // Empties the file, or creates it empty. The buffer stays. Returns true when that is on disk. False: no file name,
+  // the file cannot be opened for writing, or (it is then empty) cannot be synced or closed.
   virtual bool ClearFile();
 
   // Removes the oldest records until the file holds the maximum. Does nothing if it holds no more than that. Steps:
-  //   1. finish a cut that was interrupted: when the log is a mixture of the records in NAME.tmp and what it held
-  //      before, copy them back once more; delete NAME.tmp
-  //   2. copy the newest records to NAME.tmp~, sync it, rename it to NAME.tmp, sync the folder
+  //   1. finish an interrupted cut: if the log is a mixture of the records in NAME.tmp and its earlier contents, copy
+  //      them back once more; delete NAME.tmp
+  //   2. copy the newest records to NAME.tmp~, sync it, rename it to NAME.tmp, sync the directory
   //   3. copy them from there to the start of the log, sync
   //   4. truncate the log, sync, delete NAME.tmp
   // The log keeps its inode, owner and mode. Copies use blocks of 64 KiB with a pause of 1 ms before each. If step 2
-  // fails, the log is unchanged. If 3 or 4 fail, NAME.tmp stays for the next time.
-  // A kill or a power cut in step 3 leaves records twice, or one mixed from two where a record crosses a 4 KiB page.
+  // fails, the log is unchanged. If step 3 or 4 fails, NAME.tmp stays for the next cut.
+  // A kill or a power failure in step 3 leaves some records twice, or one record mixed from two where it crosses a 4
+  // KiB page.
   void LimitFile(unsigned long size);
 
   // Same as SetFile(name.c_str()).

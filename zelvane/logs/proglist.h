@@ -1,4 +1,4 @@
-// The schedule: the dates and times at which the product is to act. What happens then is the programs' own.
+// The schedule: the dates and times at which the product is to act. The programs decide what happens then.
 //
 //   void* list = OpenProgList("/opt/ups/proglist.dat");
 //   reg_proglist entry;
@@ -6,13 +6,13 @@
 //   AddProgListReg(list, &entry);
 //   if (!CloseProgList(list)) Complain();
 //
-// THE FILE is entries and nothing else, each a date-time (datetime.h) in 4 bytes, signed, little-endian. What follows
-// the last whole entry is ignored. Whenever the file is written, entries whose moment has passed are dropped and the
-// rest are in ascending order. Saving is whole or not at all, and on disk when it is true: data and name are synced.
+// FILE FORMAT: entries only. Each is a date-time (datetime.h) in 4 bytes, signed, little-endian. Bytes after the last
+// complete entry are ignored. Every write of the file drops entries in the past and sorts the others in ascending
+// order. A save is atomic; when it returns true, data and name are on disk.
 //
-// "Now" is GetDateTime(): local time, as the entries are. A list is used by one thread at a time, and programs that
-// change one file must do so one after the other: a save writes what its list holds, and the last one wins. Adding,
-// removing and addressing take about the same time in long lists as in short ones, whatever the order.
+// "Now" is GetDateTime(): local time, like the entries. One thread at a time may use a list. Programs that change the
+// same file must do so one after the other: a save writes what its list holds, and the last one wins. Adding, removing
+// and access by index take about the same time in long lists as in short ones, in any order.
 #ifndef ZELVANE_LOGS_PROGLIST_H
 #define ZELVANE_LOGS_PROGLIST_H
 
@@ -29,15 +29,15 @@ ZELVANE_STATIC_ASSERT(sizeof(reg_proglist) == 4, "reg_proglist: size");
 
 ZELVANE_C_BEGIN
 
-// The handle of a cached ProgList with the file `path`, to be given back to CloseProgList. A missing file is an empty
-// list; so is one that cannot be read, but that is not overwritten either, see ProgList. Null for a null path or when
-// memory is short.
+// Returns the handle of a cached ProgList with the file `path`; free it with CloseProgList. A missing file is an empty
+// list. So is a file that cannot be read, but that file is not overwritten (see ProgList). Returns null for a null
+// path, or when memory runs out.
 //
-// The functions below are the ProgList operations of that name and return 1 or 0 where those return true or false, 0
-// for a null handle. Nothing is written before CloseProgList.
+// The functions below are the ProgList operations of the same name. They return 1 and 0 for true and false, and 0 for a
+// null handle. Nothing is written before CloseProgList.
 ZELVANE_API void* OpenProgList(char const* path);
-// Writes the file, also when nothing was changed, and frees the handle. The result is that of the write; on 0 the
-// changes are lost.
+// Writes the file, even if nothing was changed, and frees the handle. Returns the result of the write; on 0 the changes
+// are lost.
 ZELVANE_API int CloseProgList(void* list);
 ZELVANE_API unsigned long GetProgListRegCount(void* list);
 ZELVANE_API int GetProgListRegByIndex(void* list, long index, reg_proglist* entry);
@@ -56,19 +56,19 @@ namespace zelvane::internal {
 class ScheduleEntries;
 }
 
-// True when the entry's moment has passed: before now. An entry of this very second still stands.
+// Returns true if the entry is in the past: before now. An entry of the current second is not.
 ZELVANE_API bool folddatetime(reg_proglist const& entry);
-// True when the first entry's moment is before the second's.
+// Returns true if the first entry is before the second one.
 ZELVANE_API bool fcomp(reg_proglist const& first, reg_proglist const& second);
 
-// The list itself. Not cached, as it is at first, every change writes the file before it returns; cached, WriteToFile
-// does. Changes that could not be written stay in the list. Nothing is written at destruction. No operation throws:
-// short memory is a false result. Every operation but SetFile and SetCached fails while no file is named; null entries
-// are refused.
+// The list itself. At first it is not cached: every change writes the file before it returns. In cached mode
+// WriteToFile does. Changes that could not be written stay in the list. The destructor writes nothing. No operation
+// throws: when memory runs out, it returns false. Without a file name every operation except SetFile and SetCached
+// fails. Null entries fail.
 //
-// While the file exists but the last attempt to read it failed, the list is empty and WriteToFile refuses to write, so
-// that the entries on disk do not go with it. AddReg, after one more attempt, and
-// ClearList say what the list is to hold, and end that.
+// If the file exists but the last attempt to read it failed, the list is empty and WriteToFile returns false, so that
+// the entries on disk are not lost. AddReg (after another attempt to read) and ClearList decide the contents of the
+// list, and end this state.
 class ZELVANE_API ProgList {
  public:
   ProgList();
@@ -76,40 +76,40 @@ class ZELVANE_API ProgList {
   ProgList& operator=(ProgList const&) = delete;
   virtual ~ProgList();
 
-  // Names the file, then ReadFromFile(), whose result does not matter. False, with nothing changed, for null. What was
-  // not written to the former file is forgotten.
+  // Sets the file name, then calls ReadFromFile(), whose result is ignored. Returns false and changes nothing for null.
+  // Changes not written to the former file are lost.
   virtual bool SetFile(char const* name);
-  // Switches cached mode. Nothing is written by switching it off.
+  // Switches cached mode. Switching it off writes nothing.
   virtual void SetCached(bool on);
 
-  // RefreshList(), then the number of entries.
+  // Calls RefreshList(), then returns the number of entries.
   virtual unsigned long GetRegCount();
-  // The entry at `index`, counted from 0. Nothing is refreshed: since the last refresh its moment may have passed.
-  // False, with `*entry` untouched, when there is none. A walk by index costs the same for every step.
+  // Stores the entry at `index`, counted from 0. Does not refresh: the entry can be in the past since the last refresh.
+  // Returns false with `*entry` unchanged if there is none. In a walk by index every step costs the same.
   virtual bool GetRegByIndex(long index, reg_proglist* entry);
-  // The first entry in list order that lies after now. Nothing is refreshed; after a refresh it is the next moment at
-  // which the product will act. False, with `*entry` untouched, when there is none.
+  // Stores the first entry in list order that is after now. Does not refresh; after a refresh it is the next time at
+  // which the product will act. Returns false with `*entry` unchanged if there is none.
   virtual bool GetNextReg(reg_proglist* entry);
 
-  // Appends the entry, also one that is there already or whose moment has passed.
+  // Appends the entry, even if it is in the list already or in the past.
   virtual bool AddReg(reg_proglist* entry);
-  // Removes the first entry in list order that has the same day number as the given one, whatever its time of day. The
-  // day number is the date-time divided by 86400, truncated toward zero. True, too, when there is none; the file is
-  // written even then.
+  // Removes the first entry in list order with the same day number as the given one, whatever its time. The day number
+  // is the date-time divided by 86400, truncated toward zero. Returns true even if there is none; the file is written
+  // even then.
   virtual bool RemReg(reg_proglist const* entry);
   virtual bool ClearList();
 
-  // Replaces the list by the file's entries, past ones included, in file order. False when it is missing or cannot be
-  // read: the list is empty then.
+  // Replaces the list with the entries of the file, in file order, including those in the past. Returns false with an
+  // empty list if the file is missing or cannot be read.
   virtual bool ReadFromFile();
-  // RefreshList(), then saves the list. True when the file is on disk. False, with the file as it was, when it cannot
-  // be written, and after a failed read, see above. When only its folder cannot be synced (EIO), the file is the new
-  // one, which a power cut can undo.
+  // Calls RefreshList(), then saves the list. Returns true when the file is on disk. Returns false with the file
+  // unchanged if it cannot be written, or after a failed read (see above). If only the directory cannot be synced
+  // (EIO), it returns false with the new file, which a power failure can undo.
   virtual bool WriteToFile();
-  // Drops the entries whose moment has passed and sorts the rest; entries of the same moment keep their order. A list
-  // that is still sorted costs only what is dropped.
+  // Drops the entries in the past and sorts the others; equal entries keep their order. If the list is still sorted,
+  // the cost is that of the dropped entries alone.
   virtual void RefreshList();
-  // WriteToFile().
+  // Same as WriteToFile().
   virtual bool FlushCache();
 
   // Same as SetFile(name.c_str()).
