@@ -1,4 +1,4 @@
-// Lists that are one section of a settings file behind an opaque handle, and text copied out to callers' buffers.
+// Lists that are one section of a settings file behind an opaque handle, and copies of text to callers' buffers.
 #ifndef ZELVANE_API_CFGHANDLE_INTERNAL_H
 #define ZELVANE_API_CFGHANDLE_INTERNAL_H
 
@@ -14,8 +14,8 @@
 
 namespace zelvane::internal {
 
-// The file with `section` selected; null when it exists but cannot be read. The pointer is converted to CfgClass before
-// it becomes untyped, since that is what Cfg() makes of it again.
+// Opens the file and selects `section`; null if the file exists but cannot be read. The pointer is converted to
+// CfgClass before it becomes untyped, because Cfg() converts it back to that type.
 inline void* OpenHandle(std::string const& path, char const* section, bool readOnly) {
   auto cfg = std::make_unique<OptionalCfg>();
   if (!cfg->SetFileName(path.c_str(), readOnly) || !cfg->SetSection(section)) return nullptr;
@@ -36,7 +36,7 @@ inline int CloseHandle(void* handle) {
   return 1;
 }
 
-// At most `size` bytes: `text` and, if there is room, one NUL. Text that fills the buffer is not terminated.
+// Copies at most `size` bytes: `text` and, if it fits, one NUL. Text that fills the buffer is not terminated.
 inline void CopyToBuffer(char* buffer, std::size_t size, std::string_view text) {
   std::size_t const length = std::min(text.size(), size);
   std::memcpy(buffer, text.data(), length);

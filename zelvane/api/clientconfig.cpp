@@ -16,7 +16,7 @@ using namespace zelvane::internal::table;
 
 constexpr char kList[] = "CLILIST";
 
-// The server has no key of its own: it is whichever entry of the list comes first.
+// The server has no key of its own: it is the first entry of the list.
 
 bool ReadServer(CfgClass& file, Row const&, void* record) {
   ServerEntry entry;

@@ -9,7 +9,7 @@ namespace zelvane::internal::table {
 
 namespace {
 
-// Fields are reached by their bytes: a caller's `bool` may hold a value that C++ must not read as one.
+// Fields are accessed as bytes: a caller's `bool` can hold a value that C++ must not read as one.
 
 void StoreNumber(Row const& row, std::uint32_t value, unsigned char* field) {
   switch (row.kind) {

@@ -1,5 +1,5 @@
-// The settings records as tables. A record's array of rows says once what GetDef fills in, what Get reads and what Set
-// writes; its order is the order of the lines in a new file. What a row cannot say is a named step.
+// The settings records as tables. The rows of a record say in one place what GetDef fills in, Get reads and Set writes.
+// Their order is the order of the lines in a new file. A named row hook handles what a row cannot express.
 #ifndef ZELVANE_API_RECORD_INTERNAL_H
 #define ZELVANE_API_RECORD_INTERNAL_H
 
@@ -11,7 +11,7 @@
 #include "zelvane/api/settingsfile_internal.h"
 #include "zelvane/config/cfgclass.h"
 
-// The place of a field in its record.
+// The position of a field in its record.
 #define ZELVANE_FIELD(Record, field) \
   ::zelvane::internal::table::Place { offsetof(Record, field), sizeof(Record::field) }
 
@@ -25,32 +25,32 @@ struct Place {
 enum class Kind : unsigned char {
   kText,      // char array
   kSigned,    // int32_t; int16_t only without a line
-  kUnsigned,  // 32 bits, written unsigned whatever the field's own sign, times `scale` in the record
-  kFlag,      // one byte: 0 is false, and any other value true, since C callers may store one
-  kBit,       // bit number `bit` of the byte; of the number in the file the lowest bit counts
+  kUnsigned,  // 32 bits, written unsigned even if the field is signed; times `scale` in the record
+  kFlag,      // one byte: 0 is false, any other value true, because C callers can store one
+  kBit,       // bit number `bit` of the byte; of the number in the file only the lowest bit counts
 };
 
 struct Row;
 
-// Replaces the reading or the writing of one row (null: as its kind has it). False ends the walk.
+// Replaces the reading or writing of one row (null: as its kind does it). On false the walk ends.
 struct Step {
   bool (*read)(CfgClass& file, Row const& row, void* record);
   bool (*write)(CfgClass& file, Row const& row, void const* record);
 };
 
 struct Row {
-  char const* section;  // null: a field without a line of its own, of which only the default is known here
+  char const* section;  // null: a field without a line of its own; only its default is known here
   char const* key;
   Place place;
   Step const* step;
   char const* text;     // default of a text
-  std::int32_t number;  // default of the other kinds, as it stands in the file
+  std::int32_t number;  // default of the other kinds, in the unit of the file
   std::uint32_t scale;
   Kind kind;
   unsigned char bit;
 };
 
-// ---- Rows, by kind; without section and key for fields without a line. ----
+// ---- Rows, by kind. Without section and key for fields without a line. ----
 
 constexpr Row Text(char const* section, char const* key, Place place, char const* def, Step const* step = nullptr) {
   return {section, key, place, step, def, 0, 1, Kind::kText, 0};
@@ -80,7 +80,7 @@ constexpr Row Bit(char const* section, char const* key, Place place, unsigned ch
   return {section, key, place, nullptr, "", def, 1, Kind::kBit, bit};
 }
 
-// A whole table.
+// A complete table.
 struct Rows {
   template <std::size_t N>
   constexpr Rows(Row const (&rows)[N]) : first(rows), last(rows + N) {}  // NOLINT(google-explicit-constructor)
@@ -91,7 +91,7 @@ struct Rows {
   Row const* last;
 };
 
-// ---- Checks of a table, made when it is compiled. ----
+// ---- Compile-time checks of a table. ----
 
 constexpr bool RowFits(Row const& row, std::size_t size) {
   std::size_t const width = row.place.width;
@@ -112,7 +112,7 @@ constexpr bool RowsApart(Row const& a, Row const& b) {
   return a.kind == Kind::kBit && b.kind == Kind::kBit && a.bit != b.bit;
 }
 
-// Every row, of one table or of two that share the record, lies inside it and touches no other.
+// Every row, of one table or of two that share the record, is inside the record and overlaps no other.
 constexpr bool RowsFit(std::size_t size, Rows rows) {
   for (Row const& row : rows) {
     if (!RowFits(row, size)) return false;
@@ -128,19 +128,19 @@ constexpr bool RowsFit(std::size_t size, Rows rows, Rows more) {
   return RowsFit(size, rows) && RowsFit(size, more);
 }
 
-// ---- The three walks. `record` is the one that the rows' places were taken from. ----
+// ---- The three walks. `record` is the one that the positions refer to. ----
 
-// Every field's default, with zeros behind the texts.
+// Sets every field to its default and fills the rest of each text with zeros.
 void SetDefaults(Rows rows, void* record);
 
-// Reads all rows that have a line. A missing key, text that does not convert and a file that is not open give the
-// default; texts are cut to their fields. False when a step refused: the rows before it are filled then.
+// Reads all rows that have a line. A missing key, text that does not convert, or a file that is not open sets the
+// default; texts are cut to their fields. Returns false if a hook fails: the rows before it are then filled.
 bool ReadRows(CfgClass& file, Rows rows, void* record);
 
-// Writes all rows that have a line. False at the first that cannot be written.
+// Writes all rows that have a line. Returns false at the first that cannot be written.
 bool WriteRows(CfgClass& file, Rows rows, void const* record);
 
-// ReadRows from a file of its own. One that is missing or not readable gives the defaults; throws as OpenOrThrow does.
+// ReadRows from a file of its own. A missing or unreadable file gives the defaults; throws as OpenOrThrow does.
 template <class File>
 bool ReadRowsFrom(std::string const& path, Rows rows, void* record) {
   OptionalFile<File> file;

@@ -1,4 +1,4 @@
-// The two halves of the search for serial ports, apart so that either can be tried without the hardware.
+// The two halves of the search for serial ports, separate so that each can be tested without the hardware.
 #ifndef ZELVANE_API_SERIALPORTS_INTERNAL_H
 #define ZELVANE_API_SERIALPORTS_INTERNAL_H
 
@@ -9,10 +9,10 @@
 
 namespace zelvane::internal {
 
-// The ports from 1 to 16 whose device `answers`, in ascending order.
+// Returns the ports from 1 to 16 whose device `answers`, in ascending order.
 std::vector<portinfo> FindSerialPorts(bool (*answers)(std::string const& device));
 
-// Whether the device can be opened, without waiting, and tells the state of its modem lines.
+// Returns whether the device can be opened, without waiting, and reports its modem lines.
 bool HasModemLines(std::string const& device);
 
 }  // namespace zelvane::internal

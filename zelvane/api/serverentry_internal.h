@@ -1,4 +1,4 @@
-// A UPS server as it stands in one value of a settings file: "name;address;port".
+// A UPS server in one value of a settings file: "name;address;port".
 #ifndef ZELVANE_API_SERVERENTRY_INTERNAL_H
 #define ZELVANE_API_SERVERENTRY_INTERNAL_H
 
@@ -14,16 +14,16 @@ namespace zelvane::internal {
 
 constexpr std::int32_t kDefaultPort = 4375;
 
-// What stands where no server was ever named.
+// The entry that counts if no server was ever named.
 constexpr char kDefaultServerEntry[] = "localhost;127.0.0.1;4375";
 
 struct ServerEntry {
   std::string name;
   std::string address;
-  std::int32_t port;  // a field that is no number reads as kDefaultPort
+  std::int32_t port;  // kDefaultPort if the field is not a number
 };
 
-// False, with `entry` untouched, when `value` has fewer than three fields.
+// Returns false with `entry` unchanged if `value` has fewer than three fields.
 inline bool ParseServerEntry(std::string_view value, ServerEntry& entry) {
   std::vector<std::string> fields;
   if (!SplitFields(value, 3, fields)) return false;
@@ -33,7 +33,7 @@ inline bool ParseServerEntry(std::string_view value, ServerEntry& entry) {
   return true;
 }
 
-// Record is one of those that begin or go on with serverAddress, serverName and serverPort.
+// Record is a type with serverAddress, serverName and serverPort.
 template <class Record>
 void StoreServerEntry(ServerEntry const& entry, Record& record) {
   CopyToField(record.serverName, entry.name);

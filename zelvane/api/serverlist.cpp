@@ -36,7 +36,7 @@ unsigned long Find(CfgClass& list, ServerListItem const& item) {
   return count;
 }
 
-// The smallest number that no key has: with n keys one of 0 to n is free.
+// Returns the smallest number that no key has: with n keys, one of 0 to n is free.
 unsigned int FreeNumber(CfgClass& list) {
   unsigned long const count = list.GetKeyCount();
   std::vector<bool> used(count + 1);
@@ -99,7 +99,7 @@ int RemServerListItem(void* list, ServerListItem const* item) {
 
 int RemServerListItem2(void* list, unsigned int key) {
   if (list == nullptr) return 0;
-  // Whatever becomes of the deletion: see the header.
+  // Returns 1 whatever the deletion returns: see the header.
   return Guard(1, [&] {
     Cfg(list)->DeleteKey(UIntToStr(key));
     return 1;

@@ -28,12 +28,12 @@ bool WriteServer(CfgClass& file, Row const& row, void const* record) {
 }
 
 bool ReadPassword(CfgClass& file, Row const& row, void* record) {
-  // Cut to the field only when decoded: the encoded form of a password that fits is longer than the field.
+  // Cut to the field only after decoding: the encoded form of a password that fits is longer than the field.
   std::string password;
   DecodeBase64 codec;
   bool const decoded = codec.LoadFromStr(file.ReadStr(row.section, row.key, row.text)) &&
                        (codec.SaveToStr(password) || codec.SaveToBuf(nullptr, 0) == 0);
-  if (!decoded) return false;  // out of memory: no password is not what the file says, and would be written back
+  if (!decoded) return false;  // out of memory: an empty password would be wrong, and would be written back
   CopyToField(static_cast<ShutSrvConfig*>(record)->mailPassword, password);
   return true;
 }
@@ -42,7 +42,7 @@ bool WritePassword(CfgClass& file, Row const& row, void const* record) {
   std::string password(FieldText(static_cast<ShutSrvConfig const*>(record)->mailPassword));
   if (!password.empty()) {
     password = Trim(EncodeBase64FromStr(password));
-    if (password.empty()) return false;  // out of memory: the stored password must not be replaced by none
+    if (password.empty()) return false;  // out of memory: the stored password must not become empty
   }
   return file.WriteStr(row.section, row.key, password.c_str());
 }
@@ -92,7 +92,7 @@ constexpr Row kUserRows[] = {
 
 static_assert(RowsFit(sizeof(ShutSrvConfig), kRows, kUserRows), "rows outside the record or on top of each other");
 
-// A bare name is not taken to lie under the root, other than in the settings of the UPS service.
+// A bare name is not below the root, unlike in the settings of the UPS service.
 std::string SettingsPath(char const* cfgDir) {
   bool const given = cfgDir != nullptr && *cfgDir != '\0';
   return (given ? IncludePathDelimiter(cfgDir) : InstallationRoot()) + "upscli.cfg";

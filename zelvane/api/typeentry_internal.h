@@ -1,4 +1,4 @@
-// A type of UPS unit as it stands in one value of upstype.cfg: "name;driver;configuration module;client module;model".
+// A type of UPS unit in one value of upstype.cfg: "name;driver;configuration module;client module;model".
 #ifndef ZELVANE_API_TYPEENTRY_INTERNAL_H
 #define ZELVANE_API_TYPEENTRY_INTERNAL_H
 
@@ -17,10 +17,10 @@ struct TypeEntry {
   std::string driver;
   std::string cfgModule;
   std::string cliModule;
-  std::int16_t modelIndex = -1;  // also of a field that is no number
+  std::int16_t modelIndex = -1;  // also if the field is not a number
 };
 
-// False, with `entry` untouched, when `value` has fewer than five fields.
+// Returns false with `entry` unchanged if `value` has fewer than five fields.
 inline bool ParseTypeEntry(std::string_view value, TypeEntry& entry) {
   std::vector<std::string> fields;
   if (!SplitFields(value, 5, fields)) return false;

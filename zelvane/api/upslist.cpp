@@ -24,10 +24,10 @@ constexpr long kUnits = 100;
 constexpr int kNameWidth = 3;
 constexpr char kSection[] = "SRVLIST";
 
-// Octal, and odd: a decimal 664 that was once meant as an octal one. Installed systems have such folders.
+// Octal, and odd: a decimal 664 that was once meant as octal. Installed systems have such directories.
 constexpr mode_t kFolderMode = 01230;
 
-// kUnits for a name that is no number.
+// Returns kUnits for a name that is not a number.
 long UnitNumber(char const* name) { return StrToIntDef(FillLeft(name, kNameWidth, '0'), kUnits); }
 
 constexpr char kListFile[] = "srvlist.cfg";
@@ -38,7 +38,7 @@ void OpenList(CfgClass& list) {
   list.SetSection(kSection);
 }
 
-// The names in the template's list. False when there is no template, or a name leads out of its folder.
+// Reads the names in the template's list. Returns false if there is no template, or a name leads out of its directory.
 bool ReadTemplate(std::string const& folder, std::vector<std::string>& files) {
   CfgClass list;
   if (!list.OpenReadOnly(folder + "zelcfg.cfg")) return false;
@@ -53,7 +53,7 @@ bool ReadTemplate(std::string const& folder, std::vector<std::string>& files) {
   return true;
 }
 
-// What is no file may have no end to copy: a FIFO, a device.
+// A FIFO or a device can be endless, and would never be copied.
 bool IsFile(std::string const& path) {
   struct stat status;
   return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);

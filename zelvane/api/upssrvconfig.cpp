@@ -48,7 +48,7 @@ constexpr Row kRows[] = {
     Seconds("TIMERS", "CONTREG", ZELVANE_UPSSRV(timerRegister), 20),
     Unsigned("TIMERS", "BATLEVEL", ZELVANE_UPSSRV(batteryLevel), 10),
     Unsigned("TCPIP", "PORT", ZELVANE_UPSSRV(tcpPort), kDefaultPort),
-    // What COMMDL, the type table, usbhid.cfg and the model file say.
+    // Fields from COMMDL, the type table, usbhid.cfg and the model file.
     Signed(ZELVANE_UPSSRV(commType), 0),
     Text(ZELVANE_UPSSRV(upsName), "Auto"),
     Text(ZELVANE_UPSSRV(cfgModule), "zelcfg01"),
@@ -61,7 +61,7 @@ constexpr Row kRows[] = {
 
 static_assert(RowsFit(sizeof(UpsSrvConfig), kRows), "rows outside the record or on top of each other");
 
-// A setting that only some models have: its field is the number of one of the names.
+// A setting that only some models have. Its field is the index of one of the names.
 struct ModelSetting {
   char const* key;
   std::int32_t UpsSrvConfig::*field;
@@ -84,7 +84,7 @@ struct Folders {
   std::string tables;
 };
 
-// A bare name lies under the root, other than in the shutdown service's settings.
+// A bare name is below the root, unlike in the shutdown service's settings.
 Folders FindFolders(char const* cfgDir, int tablesInCfgDir) {
   std::string config = cfgDir;
   std::string root = InstallationRoot();
@@ -101,10 +101,10 @@ std::string ModelPath(Folders const& folders, std::int16_t modelIndex) {
   return folders.config + "upscfg" + IntToStr(modelIndex, 2, '0') + ".cfg";
 }
 
-// ---- Reading: each fills its fields where its file has something to say of them. ----
+// ---- Reading. Each function fills its fields if its file has a value for them. ----
 
-// The table's value for the type with that key. Not by the plain functions, whose failing result would look like a type
-// that is not in the table.
+// Returns the table's value for the type with that key. Does not use the plain C functions: their failure value would
+// look like a type that is not in the table.
 std::string TypeValue(Folders const& folders, std::string const& key, char const* def) {
   OptionalCfg table;
   table.OpenOrThrow(folders.tables + "upstype.cfg", true);
@@ -137,7 +137,7 @@ void ReadModel(Folders const& folders, UpsSrvConfig& cfg) {
   }
 }
 
-// False when there is no upssrv.cfg. One that this user cannot read leaves the defaults that `cfg` holds.
+// Returns false if there is no upssrv.cfg. If this user cannot read it, `cfg` keeps the defaults.
 bool ReadFiles(Folders const& folders, UpsSrvConfig& cfg) {
   OptionalCfg file;
   bool const open = file.OpenOrThrow(folders.config + kMainFile, true);
@@ -152,14 +152,14 @@ bool ReadFiles(Folders const& folders, UpsSrvConfig& cfg) {
 
 // ---- Writing. ----
 
-// False when the entry has too few fields. A missing one, or a missing table, counts as that of the type "Auto".
+// Returns false if the entry has too few fields. A missing entry or table counts as the type "Auto".
 bool FindType(Folders const& folders, std::int32_t type, TypeEntry& entry) {
   if (!ParseTypeEntry(TypeValue(folders, IntToStr(type), "Auto;autoups;zelcfg01;zelcli01;-1"), entry)) return false;
   if (entry.driver.empty()) entry.driver = kAutoDriver;
   return true;
 }
 
-// A planned discharge is never further away than one interval. Dates that mean "none" lie before any other.
+// A planned discharge is at most one interval away. Dates that mean "none" are before any other date.
 std::int32_t NextDischarge(UpsSrvConfig const& cfg) {
   long const now = GetDateTime();
   if (now < 0) return cfg.fullDischargeDate;
@@ -173,7 +173,7 @@ bool WriteSettings(Folders const& folders, UpsSrvConfig const& cfg, std::string 
   CopyToField(written.commDriver, cfg.commType == kUsbComm ? kUsb : kSerial);
   written.fullDischargeDate = NextDischarge(cfg);
   return ChangeFile<CfgClass>(folders.config + kMainFile, saving, [&](CfgClass& file) {
-    // The driver once more, now whole: the table's may be longer than the record's field.
+    // Writes the driver again, now complete: the table's can be longer than the record's field.
     return WriteRows(file, kRows, &written) && file.WriteStr("UPS", "UPSDL", driver.c_str());
   });
 }
@@ -189,7 +189,7 @@ bool WriteModel(Folders const& folders, UpsSrvConfig const& cfg, std::int16_t mo
   if (modelIndex < 0) return true;
   return ChangeFile<CfgClass>(ModelPath(folders, modelIndex), Saving::kOnce, [&](CfgClass& file) {
     for (ModelSetting const& setting : kModelSettings) {
-      // A key that the file lacks stands for a setting that the model lacks.
+      // If the file lacks a key, the model lacks the setting.
       if (!file.KeyExists("INIT", setting.key)) continue;
       std::int32_t const value = cfg.*setting.field;
       bool const known = value >= 0 && value < setting.count;
@@ -203,7 +203,7 @@ bool WriteFiles(char const* cfgDir, UpsSrvConfig const& cfg, int tablesInCfgDir,
   return Guard(false, [&] {
     Folders const folders = FindFolders(cfgDir, tablesInCfgDir);
     TypeEntry type;
-    // Judged before anything is opened for writing.
+    // Checked before anything is opened for writing.
     return FindType(folders, cfg.upsType, type) && WriteSettings(folders, cfg, type.driver, saving) &&
            WriteUsbDevice(folders, cfg) && WriteModel(folders, cfg, type.modelIndex);
   });
@@ -215,9 +215,9 @@ int GetUpsSrvConfig(char const* cfgDir, UpsSrvConfig* cfg, int tablesInCfgDir) {
   if (cfgDir == nullptr || cfg == nullptr) return 0;
   return Guard(0, [&] {
     Folders const folders = FindFolders(cfgDir, tablesInCfgDir);
-    // First all of them: what the other files do not say of their fields is the default as well.
+    // All defaults first: fields for which the other files have no value keep them too.
     SetDefaults(kRows, cfg);
-    // Another program may create the file in between: then it holds what counts.
+    // Another program can create the file meanwhile: then its contents count.
     if (!ReadFiles(folders, *cfg) && !WriteFiles(cfgDir, *cfg, 0, Saving::kCreate)) ReadFiles(folders, *cfg);
     return 1;
   });

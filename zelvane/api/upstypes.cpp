@@ -38,7 +38,7 @@ bool ReadType(CfgClass& table, unsigned int type, UpsTypeItem& item) {
 
 std::string NameInModelFile(short modelIndex, unsigned int subModel) {
   zelvane::internal::OptionalCfg model;
-  // A file that is missing or not readable has no keys.
+  // A missing or unreadable file has no keys.
   model.OpenOrThrow(InstallationRoot() + "default/upscfg" + IntToStr(modelIndex, 2) + ".cfg", true);
   return model.ReadStr(UIntToStr(subModel), "MODELO", "");
 }

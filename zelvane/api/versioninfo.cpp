@@ -23,7 +23,7 @@ struct Module {
   unsigned short bit;
   char const* key;
   char const* program;
-  char const* numbered[2];  // families of programs with two digits behind the name, or null
+  char const* numbered[2];  // programs with two digits after the name, or null
 };
 
 constexpr Module kModules[] = {
@@ -36,7 +36,7 @@ constexpr Module kModules[] = {
 constexpr int kLastNumbered = 15;
 constexpr unsigned short kAllModules = 0x1F;
 
-// Throws std::system_error when it cannot be known.
+// Throws std::system_error if the answer is temporarily unknown.
 bool IsReadable(std::string const& path) {
   if (FilePermToRead(path)) return true;
   int const reason = errno;

@@ -42,7 +42,7 @@ std::string Join(std::initializer_list<std::string_view> fields) {
   return value.substr(1);
 }
 
-// Cuts the value as Tokenize does: there is no field behind a separator at the end.
+// Splits the value as Tokenize does: a trailing separator adds no field.
 bool BrowseSection::Parse(std::string_view value, Entry& entry) const {
   std::size_t count = 0;
   for (; !value.empty(); count++) {
@@ -133,8 +133,8 @@ void BrowseSection::ForEach(Take take) {
   }
 }
 
-// Makes a change after which the entry has that value (null: is gone), and notes it. An exception on the way leaves no
-// index, to be made anew.
+// Makes a change after which the entry has that value (null: is gone), and updates the index. After an exception there
+// is no index; it is built again when needed.
 template <class Change>
 bool BrowseSection::Keeping(std::int32_t id, std::string const* value, Change change) {
   std::string const key = IntToStr(id);

@@ -33,14 +33,14 @@ using Ids = std::vector<std::int32_t>;
 constexpr std::int32_t kNone = -1;
 constexpr char kNoAddress[] = "127.0.0.1";
 
-// What `body(list)` returns; 0 without a list and when it throws.
+// Returns the result of `body(list)`; 0 without a list, or if it throws.
 template <class R, class Body>
 R With(void* list, Body&& body) {
   if (list == nullptr) return R();
   return Guard(R(), [&] { return static_cast<R>(body(*static_cast<BrowseList*>(list))); });
 }
 
-// The same for what changes the list.
+// Same for a body that changes the list.
 template <class Body>
 int Change(void* list, Body&& body) {
   return With<int>(list, [&](BrowseList& l) {
@@ -57,13 +57,13 @@ int Change(void* list, Body&& body) {
 
 std::int32_t Id(long id) { return static_cast<std::int32_t>(id); }
 
-// Whether a field may hold the text without ending there, or ending the next load. Blanks alone are no text: a load
-// takes them off, and nothing is left.
+// Returns whether a field can hold the text without ending there or stopping the next load. Blanks alone are no text: a
+// load drops them.
 bool IsPlainText(std::string_view text) { return text.find_first_of(";[]\r\n") == std::string_view::npos; }
 bool IsName(std::string_view text) { return !TrimView(text).empty() && IsPlainText(text); }
 bool IsAddress(std::string_view text) { return text.empty() || IsName(text); }
 
-// What every change ends with.
+// The end of every change.
 bool Finish(BrowseList& list, bool stamp, bool flush) {
   bool const stamped = !stamp || list.file.WriteInt("DATE", "DATETIME", GetDateTime());
   return (!flush || list.file.FlushCache()) && stamped;
@@ -107,8 +107,8 @@ bool RemoveGroup(BrowseList& list, std::int32_t id) {
   return list.groups.Remove(id) && RemoveComputers(list, list.computers.OwnedBy(id));
 }
 
-// Everything below a group. Chains may be deeper than the stack, so the groups whose own groups are still to go stand
-// in a list. A circle ends by itself: a group that is gone belongs to none.
+// Removes everything below a group. Chains can be deeper than the stack, so a list holds the groups whose own groups
+// are still to be removed. A cycle ends by itself: a removed group belongs to none.
 bool RemoveGroupsBelow(BrowseList& list, std::int32_t top) {
   Ids owners = {top};
   while (!owners.empty()) {
@@ -244,7 +244,7 @@ int EditBrwsComputer(void* list, BrwsComputerRec const* computer, bool flush) {
     if (!l.computers.HasKey(computer->id)) return false;
     bool written = l.computers.Put(computer->id, ValueOf(*computer, computer->group));
     if (!written) return false;
-    // A key "-1" does not own the units that belong to no computer.
+    // A key "-1" does not own the units without a computer.
     for (std::int32_t const id : computer->id < 0 ? Ids() : l.nobreaks.OwnedBy(computer->id)) {
       Entry unit;
       if (!l.nobreaks.Find(id, unit)) continue;

@@ -12,7 +12,7 @@ namespace {
 constexpr char kLanguages[] = "LANG";
 constexpr std::int32_t kNoLanguage = -1;
 
-// Brackets make a line that the next load stops at, and so does what follows a line feed.
+// The next load stops at a line with brackets, and a line feed would start a new line.
 bool FitsInFile(char const* text) { return text[std::strcspn(text, "[]\r\n")] == '\0'; }
 
 }  // namespace
@@ -76,7 +76,7 @@ bool LangClass::SetLangStr(long id, char const* text, long lang) {
     OptionalCfg file;
     file.SetFileName(fileName_.c_str(), false);
     if (!file.WriteStr(IntToStr(lang).c_str(), IntToStr(id).c_str(), text)) {
-      file.ForgetChanges();  // a save on destruction would belie the result
+      file.ForgetChanges();  // the destructor would save them in spite of the result
       return false;
     }
   }

@@ -66,7 +66,7 @@ int GetLangDesc(void* handle, long lang, char* destination, unsigned long length
 int SetLangStr(void* handle, long id, char const* text) {
   if (handle == nullptr || text == nullptr) return 0;
   return Guard(0, [&] {
-    std::string const copy = text;  // it may stand in the user's table, which is gone when the second try is made
+    std::string const copy = text;  // it can be in the user's table, which is gone at the second attempt
     return Of(handle)->user.SetLangStr(id, copy) || Of(handle)->system.SetLangStr(id, copy) ? 1 : 0;
   });
 }

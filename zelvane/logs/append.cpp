@@ -14,8 +14,8 @@ bool SyncName(std::string const& path) {
 
 }  // namespace
 
-// The name of an empty file may not be on disk yet, whoever has made it: it goes there before the first bytes do, so
-// that a file with bytes in it always has its name.
+// The name of an empty file may not be on disk yet, whoever created it. It is synced before the first bytes are
+// written, so that a file with contents always has its name.
 Descriptor OpenToAppend(std::string const& path) {
   Descriptor file = Open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_NONBLOCK, 0666);
   struct stat status;

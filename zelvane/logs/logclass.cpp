@@ -37,10 +37,10 @@ constexpr std::uint32_t kMost = std::numeric_limits<std::uint32_t>::max();
 constexpr std::uint64_t kStampSize = 4;
 constexpr std::uint64_t kCopyBlock = 65536;
 constexpr std::uint64_t kPage = 4096;
-constexpr int kLooks = 4;         // at a length that is no whole number of records, a millisecond apart
-constexpr int kReaderWait = 100;  // milliseconds that a cut waits for readers
+constexpr int kLooks = 4;         // checks of a length that is not a multiple of the record length, 1 ms apart
+constexpr int kReaderWait = 100;  // milliseconds for which a cut waits for readers
 
-// The length of a record, or 0 when it would not fit into 32 bits.
+// Returns the length of a record, or 0 if it does not fit into 32 bits.
 std::uint64_t RecordLength(unsigned long size) { return size > kMost - kStampSize ? 0 : size + kStampSize; }
 
 std::uint64_t WholeRecords(std::uint64_t bytes, unsigned long size) {
@@ -54,7 +54,7 @@ bool Seek(Descriptor const& file, std::uint64_t position) {
   return lseek(file.Get(), static_cast<off_t>(position), SEEK_SET) >= 0;
 }
 
-// The length of a file that ends in a part of a record; 0 for any other, -1 when that cannot be told.
+// Returns the length of a file that ends in a partial record; 0 for any other file, -1 if it cannot be examined.
 off_t TornLength(int file, unsigned long size) {
   struct stat status;
   if (fstat(file, &status) != 0) return -1;
@@ -62,13 +62,13 @@ off_t TornLength(int file, unsigned long size) {
   return WholeRecords(static_cast<std::uint64_t>(status.st_size), size) > 0 ? 0 : status.st_size;
 }
 
-// Empties a log that ends in a part of a record, once its bytes are safe. That it is damaged is settled under the lock,
-// so that of several programs one repairs and the others find it repaired.
+// Empties a log that ends in a partial record, after its bytes are backed up. The check is made under the lock: of
+// several programs one repairs the log, and the others find it repaired.
 bool Repair(int file, std::string const& path, unsigned long size) {
   FileLock const lock(file, FileLock::kAlone, zelvane::internal::kLongestWait);
   if (!lock) return false;
-  // A record that another program is just writing across two pages can be seen by its first half, for as long as that
-  // program waits for the processor. Setting the file's time, which the new record does anyway, waits for such a write.
+  // While another program writes a record across two pages, its first half can be visible, for as long as that program
+  // waits for the processor. Setting the file's time, which the new record does anyway, waits for that write.
   futimens(file, nullptr);
   off_t const torn = TornLength(file, size);
   if (torn == 0) return true;
@@ -77,8 +77,8 @@ bool Repair(int file, std::string const& path, unsigned long size) {
   return now == 0 || (now == torn && ftruncate(file, 0) == 0);
 }
 
-// Writes whole records of `length` bytes at position `at`. A kill ends a write between two pages of the file, so each
-// write keeps to the records of one page; what remains is the one record that may lie across its end.
+// Writes complete records of `length` bytes at position `at`. A kill ends a write between two pages of the file, so
+// each write covers the records of one page. Only a record that crosses the end of a page can then be partial.
 bool WriteRecords(Descriptor const& to, std::uint64_t at, char const* bytes, std::uint64_t size, std::uint64_t length) {
   while (size > 0) {
     std::uint64_t const room = kPage - at % kPage;
@@ -91,8 +91,8 @@ bool WriteRecords(Descriptor const& to, std::uint64_t at, char const* bytes, std
   return true;
 }
 
-// Copies the records from the one's position to its end over the beginning of the other; the number of bytes, or -1 on
-// failure.
+// Copies the records from the position of `from` to its end over the beginning of `to`. Returns the number of bytes, or
+// -1 on failure.
 off_t CopyRest(Descriptor const& from, Descriptor const& to, std::uint64_t length) {
   std::vector<char> block(static_cast<size_t>(std::max<std::uint64_t>(kCopyBlock / length, 1) * length));
   std::uint64_t copied = 0;
@@ -115,21 +115,21 @@ bool IsSame(struct stat const& one, struct stat const& other) {
   return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
 }
 
-// Whether the path names this file, by itself or by a link to it.
+// Returns whether the path names this file, directly or through a link.
 bool IsUnder(std::string const& path, struct stat const& file) {
   struct stat status;
   return (lstat(path.c_str(), &status) == 0 && IsSame(status, file)) ||
          (stat(path.c_str(), &status) == 0 && IsSame(status, file));
 }
 
-// Whether the path is a link that leads to this file.
+// Returns whether the path is a link to this file.
 bool IsLinkTo(std::string const& path, struct stat const& file) {
   struct stat status;
   return lstat(path.c_str(), &status) == 0 && S_ISLNK(status.st_mode) && stat(path.c_str(), &status) == 0 &&
          IsSame(status, file);
 }
 
-// A file that goes again unless it is kept.
+// A file that is removed at the end unless it is kept.
 class Passing {
  public:
   Passing() = default;
@@ -151,8 +151,8 @@ class Passing {
   std::string path_;
 };
 
-// Created here or not used: a link that somebody placed there would lead the records elsewhere. What an interrupted cut
-// has left goes, unless it is the log under another name.
+// Uses only a file created here: a link placed under that name would lead the records elsewhere. A leftover of an
+// interrupted cut is removed, unless it is the log under another name.
 Descriptor OpenNew(std::string const& path, struct stat const& log) {
   constexpr int kFlags = O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW;
   Descriptor made = Open(path.c_str(), kFlags, 0600);
@@ -161,17 +161,17 @@ Descriptor OpenNew(std::string const& path, struct stat const& log) {
   return made;
 }
 
-// The second half of a cut. Emptying the log first would leave a moment in which a kill loses everything, and
-// shortening it before it is synced one in which a power cut does.
+// The second half of a cut. If the log were emptied first, a kill could lose everything; if it were shortened before it
+// is synced, a power failure could.
 bool CopyBack(Descriptor const& scratch, Descriptor const& log, std::uint64_t length) {
   if (!Seek(scratch, 0)) return false;
   off_t const kept = CopyRest(scratch, log, length);
   return kept >= 0 && SyncData(log.Get()) && ftruncate(log.Get(), kept) == 0 && SyncFile(log.Get());
 }
 
-// Cuts the first `drop` records off `path`. The records that stay are first copied to `scratchPath`, which is given to
-// that copy when it is whole and on disk: from then on a cut that is interrupted can be finished. True when all of the
-// log is on disk.
+// Cuts the first `drop` records off `path`. The records that stay are first copied to a file that gets the name
+// `scratchPath` once it is complete and on disk: from then on an interrupted cut can be finished. Returns true when the
+// whole log is on disk.
 bool Cut(std::string const& path, std::string const& scratchPath, std::uint64_t drop, std::uint64_t length) {
   Descriptor log = Open(path.c_str(), O_RDWR | O_NONBLOCK);
   struct stat status;
@@ -191,9 +191,9 @@ bool Cut(std::string const& path, std::string const& scratchPath, std::uint64_t 
   return false;
 }
 
-// Whether a cut of `drop` bytes to the records in `scratch`, broken off while they were copied back, can have left
-// `log`: each byte is the old one or the new one, the record appended last need not have reached the disk, and the page
-// in which the new end lies may be filled up with zeros before the length is shortened.
+// Returns whether `log` can be the result of a cut of `drop` bytes to the records in `scratch` that was interrupted
+// while it copied them back. Each byte is then the old or the new one. The record appended last may be missing from the
+// disk. The page with the new end may be filled with zeros before the length is shortened.
 bool IsCutBrokenOff(std::string const& log, std::string const& scratch, std::uint64_t drop, std::uint64_t length) {
   std::uint64_t const before = drop + scratch.size();
   if (log.size() > before || log.size() + length < before) return false;
@@ -209,8 +209,8 @@ bool IsCutBrokenOff(std::string const& log, std::string const& scratch, std::uin
   return true;
 }
 
-// Whether the log is a mixture that the records in `scratch` make whole again. It is not when it holds all of them
-// already, because the cut had not begun or was through, and when it does not come from that cut.
+// Returns whether the log is a mixture that the records in `scratch` complete. It is not if it already has all of them,
+// because the cut had not begun or was finished, or if it is not a result of that cut.
 bool IsMixture(std::string const& log, std::string const& scratch, std::uint64_t length) {
   if (log == scratch) return false;
   std::uint64_t const whole = log.size() / length * length;
@@ -230,7 +230,7 @@ LogClass::~LogClass() { LogClass::UnloadFile(); }
 int LogClass::SetFile(char const* name) {
   return Guard(0, [&] {
     std::string file = name == nullptr ? "" : name;
-    // Files are compared, not spellings: the log must never be removed as its own scratch file.
+    // Compares files, not spellings: the log must never be removed as its own scratch file.
     struct stat status;
     if (scratch_.empty() || scratch_ == file || (lstat(scratch_.c_str(), &status) == 0 && IsUnder(file, status))) {
       scratch_ = file.empty() ? "" : file + ".tmp";
@@ -268,7 +268,7 @@ bool LogClass::WriteReg(long when, void const* data, unsigned long size) {
     bool const sound = GetFileRegCount(size) > 0;
     Descriptor file = OpenToAppend(file_);
     if (!file || !(sound || MakeSound(file.Get(), size)) || !Append(file.Get(), record)) return false;
-    // A cut syncs all of the log; one that could not be made is no failure, as long as the record is on disk.
+    // A cut syncs the whole log. If it cannot be made, that is no failure, as long as the record is on disk.
     return (CutToBound(size) || SyncData(file.Get())) && file.Close();
   });
 }
@@ -277,7 +277,7 @@ unsigned long LogClass::GetFileRegCount(unsigned long size) {
   if (file_.empty() || RecordLength(size) == 0) return 0;
   Descriptor const file = OpenToRead(file_);
   struct stat status;
-  // A record on its way into two pages can be seen by its first half.
+  // While a record is written across two pages, its first half can be visible.
   for (int look = 0; look <= kLooks; look++) {
     if (look > 0) Delay(1);
     if (!file || fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode)) return 0;
@@ -319,7 +319,7 @@ unsigned long LogClass::LoadFile(unsigned long size) {
   Descriptor const file = OpenToRead(file_);
   if (!file) return 0;
   std::uint64_t const length = RecordLength(size) * count;
-  // Before the old buffer is freed, which sets the length to 0: that is why a second load in a row loads nothing.
+  // Set before the old buffer is freed, which sets the length to 0: that is why a second load in a row loads nothing.
   bufferSize_ = static_cast<std::uint32_t>(length);
   UnloadFile();
   if (length > kMost) {
@@ -351,11 +351,11 @@ void LogClass::LimitFile(unsigned long size) {
   Guard(false, [&] { return RecordLength(size) != 0 && FinishCut(size) && CutToBound(size); });
 }
 
-// ---- Steps of a write ----
+// ---- Parts of a write ----
 
-// Before a record goes into a file in which none were found: it may have been unreadable only for a moment, or another
-// program may have written the first record since. Only what is damaged beyond doubt is emptied, and records only when
-// a subclass insists that there are none.
+// Called before a record is written to a file in which none were found. The file may have been temporarily unreadable,
+// or another program may have written the first record since. Empties the file only if it is certainly damaged, or if a
+// subclass insists that it has no records.
 bool LogClass::MakeSound(int fd, unsigned long size) {
   if (TornLength(fd, size) != 0) return Repair(fd, file_, size);
   bool const disowned =
@@ -363,19 +363,20 @@ bool LogClass::MakeSound(int fd, unsigned long size) {
   return !disowned || ftruncate(fd, 0) == 0;
 }
 
-// Looks at a scratch file that a cut has left, finishes that cut if it was broken off half way, and removes the file.
-// False when the file may still be needed.
+// Examines a scratch file left by a cut, finishes that cut if it was interrupted, and removes the file. Returns false
+// if the file may still be needed.
 bool LogClass::FinishCut(unsigned long size) {
   struct stat left;
   if (lstat(scratch_.c_str(), &left) != 0) return errno == ENOENT || errno == ENOTDIR;
-  // The log must not be removed as its own scratch file. Another name of it may go, but not the file that it leads to.
+  // The log must not be removed as its own scratch file. Another name of it can be removed, but not the file it leads
+  // to.
   bool const isTarget = IsLinkTo(file_, left);
   if (isTarget || (IsUnder(file_, left) && scratch_ != file_ + ".tmp")) {
     scratch_ = (isTarget ? scratch_ : file_) + ".tmp";
     return FinishCut(size);
   }
   std::uint64_t const length = RecordLength(size);
-  // Whatever the bound is now: the one that the cut had need not be the same.
+  // Does not depend on the current maximum, because the cut can have had another one.
   bool const mayBeWhole =
       S_ISREG(left.st_mode) && left.st_size > 0 && static_cast<std::uint64_t>(left.st_size) % length == 0;
   Descriptor const log = mayBeWhole ? Open(file_.c_str(), O_RDWR | O_NONBLOCK) : Descriptor();
@@ -384,7 +385,7 @@ bool LogClass::FinishCut(unsigned long size) {
     FileLock const lock(log.Get(), FileLock::kAlone, zelvane::internal::kLongestWait);
     Descriptor const scratch = Open(scratch_.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
     std::string records, kept;
-    // Gone: another program was still at its cut, and is through.
+    // The scratch file is gone: another program was still at its cut, and has finished it.
     if (!scratch || ReadWhole(file_, records) != ReadResult::kOk || ReadWhole(scratch_, kept) != ReadResult::kOk)
       return errno == ENOENT;
     if (IsMixture(records, kept, length) && !CopyBack(scratch, log, length)) return false;
@@ -393,12 +394,12 @@ bool LogClass::FinishCut(unsigned long size) {
   return true;
 }
 
-// True when records were cut off, and all of the log is on disk.
+// Returns true if records were cut off and the whole log is on disk.
 bool LogClass::CutToBound(unsigned long size) {
   unsigned long const count = GetFileRegCount(size);
   if (count <= maxLines_) return false;
   if (Guard(false, [&] { return Cut(file_, scratch_, count - maxLines_, RecordLength(size)); })) return true;
-  // The removal of an earlier scratch file must not be undone by a power cut: the log goes on without this one.
+  // A power failure must not undo the removal of an earlier scratch file: the log continues without it.
   Guard(false, [&] { return Folder(scratch_).Sync(); });
   return false;
 }

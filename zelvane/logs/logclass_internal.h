@@ -1,4 +1,4 @@
-// What the logs share: appending to a file in one piece, and a loaded log's records without a call for each.
+// Shared by the logs: appending to a file in one write, and direct access to the records of a loaded log.
 #ifndef ZELVANE_LOGS_LOGCLASS_INTERNAL_H
 #define ZELVANE_LOGS_LOGCLASS_INTERNAL_H
 
@@ -10,21 +10,21 @@
 
 namespace zelvane::internal {
 
-// Opens the file for appending, created if missing, and never waits for the other end of a FIFO. None, too, when the
-// name of an empty file cannot be brought to disk.
+// Opens the file for appending; creates it if missing. Never waits for the other end of a FIFO. Also returns none if
+// the name of an empty file cannot be synced.
 Descriptor OpenToAppend(std::string const& path);
 
-// Writes `bytes` in one write, so that programs that append at once get whole pieces in. False when they did not all go
-// in: the part that did is then cut off again while it is still the end of the file, since half a record would spoil
-// all the others. Nothing is synced yet.
+// Writes `bytes` in one write, so that concurrent appends do not mix. Returns false if not all of them were written.
+// The part that was written is then truncated away if it is still the end of the file, because half a record would
+// damage all others. Does not sync.
 bool Append(int fd, std::string_view bytes);
 
-// Makes the file an empty one, creating it if it is missing. True when that is on disk.
+// Makes the file empty; creates it if missing. Returns true when that is on disk.
 bool EmptyFile(std::string const& path);
 
-// Holds the lock of an open file, alone or beside others that share it. Nobody who may read a log can stop its writers
-// for good: after that many milliseconds it is not held, and the object is false. A file system without locks counts as
-// locked.
+// Locks an open file, exclusively or shared. A reader of a log must not be able to block its writers: if the lock is
+// not available within that many milliseconds, it is not held, and the object is false. A file system without locks
+// counts as locked.
 class FileLock {
  public:
   enum How { kShared, kAlone };
@@ -42,8 +42,8 @@ class FileLock {
 
 constexpr int kLongestWait = 1000;  // milliseconds, more than a repair or a cut takes
 
-// The records in a log's buffer, `size` bytes of payload behind each stamp, for scans of a million of them. Good until
-// the buffer changes.
+// The records in a log's buffer, each a time stamp and `size` bytes of payload, for scans of a million of them. Valid
+// until the buffer changes.
 struct LogRecords {
   LogRecords(LogClass& log, unsigned long size)
       : bytes(log.buffer_), count(log.buffer_ == nullptr ? 0 : log.LogClass::GetRegCount(size)) {}

@@ -28,7 +28,7 @@ constexpr unsigned long kEventSize = 64;
 constexpr unsigned long kRecordSize = 4 + kEventSize;
 constexpr std::int32_t kDaySeconds = 86400;
 constexpr std::int32_t kNoTime = -1;
-constexpr int kLoads = 100;  // of a log that changes all the time
+constexpr int kLoads = 100;  // attempts at a log that keeps changing
 
 LogClass* Log(void* handle) { return static_cast<LogClass*>(handle); }
 
@@ -36,7 +36,7 @@ std::int32_t TimeOf(unsigned char const* record) { return static_cast<std::int32
 
 std::uint16_t CodeOf(unsigned char const* record) { return static_cast<std::uint16_t>(record[4] | record[5] << 8); }
 
-// `t` with its time of day replaced; -1 when either is not valid.
+// Returns `t` with its time of day replaced; -1 if either is not valid.
 std::int32_t AtTimeOfDay(long t, int hour, int minute, int second) {
   int year = 0;
   int month = 0;
@@ -53,8 +53,8 @@ class DaySpan {
 
   bool HasTime(std::int32_t t) const { return t >= 0 && t >= first_ && t <= last_; }
 
-  // Whether the first second of the date of `t` is in the span. Records of one day follow each other in a log, so the
-  // verdict on the last day is kept.
+  // Returns whether the first second of the date of `t` is in the span. Records of one day follow each other in a log,
+  // so the answer for the last day is kept.
   bool HasDate(std::int32_t t) {
     if (t < 0) return false;
     if (t / kDaySeconds != day_) {
@@ -81,7 +81,7 @@ Codes EndCodes(short const* codes, unsigned long count) {
 }
 
 std::int32_t TimeEvents(LogRecords const& log, std::uint16_t startCode, Codes const& ends, DaySpan const& span) {
-  std::uint32_t total = 0;  // unsigned, to wrap: damaged logs hold any stamp
+  std::uint32_t total = 0;  // unsigned, to wrap: damaged logs can have any time stamp
   std::int32_t open = kNoTime;
   bool clipped = false;
   auto const addUpTo = [&](std::int32_t t) {
@@ -114,8 +114,8 @@ bool IsUnchanged(struct stat const& before, struct stat const& now) {
          before.st_mtim.tv_nsec == now.st_mtim.tv_nsec;
 }
 
-// The whole file as it was at one moment: not while a cut copies records to its beginning, and once more when it has
-// changed meanwhile.
+// Loads the whole file as it was at one time. Waits while a cut copies records to its beginning, and loads it again if
+// it has changed meanwhile.
 void Load(LogClass& log, Descriptor const& file) {
   FileLock const lock(file.Get(), FileLock::kShared, kLongestWait);
   for (int tries = 0; tries < kLoads; tries++) {

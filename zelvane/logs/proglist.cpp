@@ -68,12 +68,12 @@ bool ProgList::GetNextReg(reg_proglist* entry) {
   });
 }
 
-// What every change ends with.
+// The end of every change.
 bool ProgList::SaveUnlessCached() { return cached_ || WriteToFile(); }
 
 bool ProgList::AddReg(reg_proglist* entry) {
   if (file_.empty() || entry == nullptr) return false;
-  // What could not be read for a moment, with no descriptor left, say, must not be lost for one more entry.
+  // A temporary read failure, such as a lack of descriptors, must not lose the file for one more entry.
   if (unread_) ReadFromFile();
   return Guard(false, [&] {
     entries_->Add(*entry);
@@ -137,7 +137,7 @@ void ProgList::RefreshList() { entries_->Refresh(GetDateTime()); }
 
 bool ProgList::FlushCache() { return WriteToFile(); }
 
-// ---- Exported functions ----
+// ---- Plain C functions ----
 
 void* OpenProgList(char const* path) {
   if (path == nullptr) return nullptr;

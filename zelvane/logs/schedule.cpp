@@ -8,7 +8,7 @@ namespace {
 
 constexpr long kNever = std::numeric_limits<long>::min();
 
-// Doubles the room when it is full, so that the next push_back needs no memory.
+// Doubles the capacity of a full vector, so that the next push_back needs no memory.
 template <class Vector>
 void MakeRoom(Vector& vector) {
   if (vector.size() == vector.capacity()) vector.reserve(2 * vector.size() + 16);

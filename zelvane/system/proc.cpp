@@ -42,10 +42,10 @@ int PriorityOfNice(long nice) {
   return nice >= -10 ? 2 : 3;
 }
 
-// Only such an id means one process.
+// Only such an id names exactly one process.
 bool IsProcessId(unsigned long id) { return id >= 1 && id <= INT32_MAX; }
 
-// Takes the next field off the front of `rest`.
+// Removes the next field from the front of `rest` and returns it.
 std::string NextField(std::string_view& rest) {
   rest.remove_prefix(std::min(rest.find_first_not_of(' '), rest.size()));
   std::string_view const field = rest.substr(0, rest.find(' '));
@@ -53,12 +53,12 @@ std::string NextField(std::string_view& rest) {
   return std::string(TrimView(field));
 }
 
-// A negative number wraps to 32 bits, and is no process id then.
+// A negative number wraps to 32 bits, and is then not a process id.
 unsigned long IdOf(std::string const& field) { return static_cast<std::uint32_t>(StrToIntDef(field, 0)); }
 
-// The process that a line (without its line feed) of the columns id, parent's id, nice, command name and command line
-// describes; none when it does not begin with an integer, like the heading. Fields stand between runs of spaces, as the
-// widths of the columns depend on the machine; the last is the rest of the line. Missing fields are 0 or empty.
+// Parses a line (without its line feed) with the columns id, parent's id, nice value, command name and command line.
+// Returns none if it does not begin with an integer, like the heading. Runs of spaces separate the fields, because the
+// column widths depend on the machine; the last field is the remainder of the line. Missing fields are 0 or empty.
 std::optional<ProcClass> ParsePsLine(std::string_view line) {
   std::string const pid = NextField(line);
   if (!StrIsInt(pid)) return std::nullopt;
@@ -69,9 +69,8 @@ std::optional<ProcClass> ParsePsLine(std::string_view line) {
                    PriorityOfNice(StrToIntDef(nice, 0)));
 }
 
-// Takes the output piece by piece, cut anywhere, and appends the processes to the table. What a line has beyond the
-// limit is dropped, never parsed: every user may choose his command line, and could place there what looks like a row
-// of another process.
+// Takes the output in parts, split anywhere, and appends the processes to the table. Text beyond the line limit is
+// dropped and never parsed: every user can choose the command line of a process, and could place a false row there.
 class PsOutput {
  public:
   explicit PsOutput(std::vector<ProcClass>& table) : table_(table) {}
@@ -86,7 +85,7 @@ class PsOutput {
     }
   }
 
-  // Also of the last line, which need not end in a line feed.
+  // Also for the last line, which need not end in a line feed.
   void EndLine() {
     if (std::optional<ProcClass> entry = ParsePsLine(line_)) table_.push_back(std::move(*entry));
     line_.clear();
@@ -97,8 +96,8 @@ class PsOutput {
   std::string line_;  // up to the limit
 };
 
-// A command of the shell whose output is read. Not through popen(): it hides whether memory or a process was missing,
-// and stdio drops what it has of a line when a signal interrupts it.
+// A shell command whose output is read. popen() is not used: it does not show whether memory or a process was missing,
+// and stdio drops a partial line when a signal interrupts it.
 class Command {
  public:
   explicit Command(char const* line) {
@@ -116,7 +115,7 @@ class Command {
 
   explicit operator bool() const { return id_ != kNone; }
   ssize_t Read(char* buffer, std::size_t size) { return ReadSome(output_.Get(), buffer, size); }
-  // Waits for the command; its status as waitpid gives it, -1 when that cannot be had.
+  // Waits for the command. Returns its status as waitpid does, -1 if it is not available.
   int End() {
     output_ = Descriptor();
     pid_t const id = std::exchange(id_, kNone);
@@ -130,7 +129,7 @@ class Command {
  private:
   static constexpr pid_t kNone = -1;
 
-  // 0, or the reason why there is no process.
+  // Returns 0, or the reason why there is no process.
   int Start(char const* line, int output) {
     char* const arguments[] = {const_cast<char*>("sh"), const_cast<char*>("-c"), const_cast<char*>(line), nullptr};
     posix_spawn_file_actions_t actions;
@@ -156,7 +155,7 @@ bool zelvane::internal::ListProcesses(std::vector<ProcClass>& table) {
   ssize_t got = 0;
   while ((got = ps.Read(piece, sizeof piece)) > 0) output.Take({piece, static_cast<std::size_t>(got)});
   output.EndLine();
-  // The status cannot be had where the host ignores SIGCHLD.
+  // The status is not available if the host ignores SIGCHLD.
   int const status = ps.End();
   return !(table.empty() && status != -1 && WIFEXITED(status) && WEXITSTATUS(status) == kCommandNotFound);
 }
@@ -261,7 +260,7 @@ bool ProcManager::CreateNew(char const* command) { return command != nullptr && 
 
 bool ProcManager::CreateNew(char const* command, unsigned long detach) {
   if (command == nullptr) return false;
-  // execve takes pointers to writable text, and writes none of it.
+  // execve takes pointers to writable text, but does not write to it.
   char* const arguments[] = {const_cast<char*>("sh"), const_cast<char*>("-c"), const_cast<char*>(command), nullptr};
   pid_t const child = fork();
   if (child != 0) return child > 0;
@@ -276,7 +275,7 @@ bool ProcManager::CreateNewAndWait(char const* command, long, unsigned long) {
   return command != nullptr && CreateNew(command);
 }
 
-// ---- Twins ----
+// ---- std::string overloads ----
 
 ProcClass* ProcManager::GetProcByName(std::string const& name) { return GetProcByName(name.c_str()); }
 bool ProcManager::IsRunning(std::string const& name) { return IsRunning(name.c_str()); }

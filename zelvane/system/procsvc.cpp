@@ -23,7 +23,7 @@ constexpr unsigned long kKillPause = 200;  // milliseconds
 
 SvcManager* Manager(void* handle) { return static_cast<SvcManager*>(handle); }
 
-// What `action` makes of the service; false when there is none.
+// Returns the result of `action` for the service; false if there is none.
 template <class Action>
 bool WithService(void* manager, char const* name, Action&& action) {
   if (manager == nullptr || name == nullptr) return false;
@@ -75,7 +75,7 @@ bool GetProcStatus(char const* name, int* running) {
   if (name == nullptr) return false;
   return Guard(false, [&] {
     std::vector<ProcClass> processes;
-    ListProcesses(processes);  // without `ps` nothing is known to run
+    ListProcesses(processes);  // without `ps` nothing counts as running
     int const found = FindProcess(processes, name) != nullptr ? 1 : 0;
     if (running != nullptr) *running = found;
     return true;

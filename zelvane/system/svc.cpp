@@ -35,14 +35,14 @@ constexpr char kLocalRcFolder[] = "/usr/local/etc/rc.d/";
 
 enum class Script { kMissing, kNotExecutable, kExecutable };
 
-// Goes by the mode's bits, for anybody: root may execute whatever has one of them.
+// Checks the mode bits for anybody: root may execute a file that has one of them.
 Script LookAt(std::string const& path) {
   struct stat file;
   if (stat(path.c_str(), &file) != 0) return Script::kMissing;
   return (file.st_mode & (S_IXUSR | S_IXGRP | S_IXOTH)) != 0 ? Script::kExecutable : Script::kNotExecutable;
 }
 
-// As one word of a shell's command line, whatever is in it.
+// Returns the text as one word of a shell command line, whatever it contains.
 std::string ShellQuoted(std::string const& text) {
   std::string quoted = "'";
   for (char const c : text) {
@@ -54,8 +54,8 @@ std::string ShellQuoted(std::string const& text) {
   return quoted += '\'';
 }
 
-// Whether the script was run, however it ended. Where the host ignores SIGCHLD the status is lost (ECHILD), but the
-// script did run. Status 127 may be the script's own, or the C library's word for a shell that could not be started.
+// Returns whether the script was run, however it ended. If the host ignores SIGCHLD, the status is lost (ECHILD), but
+// the script did run. Status 127 can be the script's own, or mean that the C library could not start the shell.
 bool Run(std::string const& script, char const* action) {
   std::string const command = ShellQuoted(script) + " " + action;
   int const status = system(command.c_str());
@@ -64,8 +64,8 @@ bool Run(std::string const& script, char const* action) {
   return !unclear || system(nullptr) != 0;
 }
 
-// A process of that name; null when there is none, and where `ps` cannot be run. Throws when memory runs out: a service
-// must not count as stopped for that.
+// Returns a process with that name; null if there is none, or if `ps` cannot be run. Throws when memory runs out: a
+// service must not count as stopped for that reason.
 ProcClass* Running(std::vector<ProcClass>& processes, std::string const& name) {
   ListProcesses(processes);
   return FindProcess(processes, name.c_str());
@@ -76,7 +76,7 @@ bool IsRunningNow(std::string const& name) {
   return Running(processes, name) != nullptr;
 }
 
-// The names of all processes, to be asked for many services at once.
+// Returns the names of all processes, for lookups of many services.
 std::unordered_set<std::string> RunningNames() {
   std::unordered_set<std::string> names;
   std::vector<ProcClass> processes;
@@ -85,7 +85,7 @@ std::unordered_set<std::string> RunningNames() {
   return names;
 }
 
-// The entries of a folder in the order of their names.
+// The entries of a directory in the order of their names.
 class FolderList {
  public:
   explicit FolderList(std::string const& folder) : count_(scandir(folder.c_str(), &entries_, nullptr, alphasort)) {
@@ -98,7 +98,7 @@ class FolderList {
     if (count_ >= 0) free(entries_);
   }
 
-  // -1 when the folder cannot be read.
+  // -1 if the directory cannot be read.
   int Count() const { return count_; }
   char const* Name(int index) const { return entries_[index]->d_name; }
 
@@ -112,8 +112,8 @@ std::string ServiceName(std::string name) {
   return name.substr(0, name.rfind('.'));
 }
 
-// Longer lines are not a script's: a search that meets one ends there. So does one for the rest of a description that
-// has become that long.
+// A longer line does not belong to a script: the search ends there. It also ends at a description that has become
+// longer than this.
 constexpr std::size_t kLineLimit = 1024 * 1024;
 
 // The lines of a file, one after the other.
@@ -121,7 +121,7 @@ class LineReader {
  public:
   explicit LineReader(std::string const& path) : file_(Open(path.c_str(), O_RDONLY | O_NONBLOCK)) {}
 
-  // False at the end, at a line beyond the limit, and when the file cannot be read.
+  // Returns false at the end, at a line beyond the limit, or if the file cannot be read.
   bool Next(std::string& line) {
     line.clear();
     while (line.size() <= kLineLimit) {
@@ -254,7 +254,7 @@ bool SvcManager::GetDaemonInfo(std::string const& dir) {
   try {
     return AppendServices(dir);
   } catch (...) {
-    // Not a part of the folder's services either.
+    // Removes those services of the directory that were already appended.
     table_.erase(table_.begin() + static_cast<std::ptrdiff_t>(before), table_.end());
     outOfMemory_ = true;
     return false;
@@ -298,7 +298,7 @@ bool SvcManager::Update() {
   bool found = false;
   for (char const* folder : {kRcFolder, kLocalRcFolder}) found = (!outOfMemory_ && GetDaemonInfo(folder)) || found;
   if (!outOfMemory_) return found;
-  Clear();  // the services of another folder are not what was asked for
+  Clear();  // the services of another directory would be the wrong ones
   return false;
 }
 
@@ -328,7 +328,7 @@ bool SvcManager::IsRunning(char const* name) {
   return entry != nullptr && entry->IsRunning();
 }
 
-// ---- Twins ----
+// ---- std::string overloads ----
 
 SvcClass* SvcManager::GetSvcByName(std::string const& name) { return GetSvcByName(name.c_str()); }
 bool SvcManager::IsRunning(std::string const& name) { return IsRunning(name.c_str()); }
