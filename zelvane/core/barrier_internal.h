@@ -1,7 +1,7 @@
-// The barrier around the exported plain functions. Callers are C programs too, and an exception that reached their
-// frames would end them: whatever is thrown inside (in practice only std::bad_alloc) becomes the function's failing
-// result. A cancelled thread unwinds as if by an exception, and stopping that ends the program: so the cancellation
-// waits until the function is through.
+// The exception barrier around the plain C functions. Their callers can be C programs, and an exception that reached a
+// C frame would end them: whatever is thrown inside (in practice only std::bad_alloc) becomes the function's failure
+// value. A cancelled thread unwinds as if by an exception, and stopping that would end the program: so cancellation
+// waits until the function returns.
 #ifndef ZELVANE_CORE_BARRIER_INTERNAL_H
 #define ZELVANE_CORE_BARRIER_INTERNAL_H
 
@@ -14,8 +14,8 @@
 
 namespace zelvane::internal {
 
-// Defers the cancellation of this thread. Both calls together take as long as many a function that reads one entry of a
-// list, so a program without threads goes without them.
+// Defers the cancellation of this thread. Both calls together take as long as many functions that read one entry of a
+// list, so a program without threads skips them.
 class Uncancelled {
  public:
   Uncancelled() {
@@ -36,7 +36,7 @@ class Uncancelled {
   int before_ = PTHREAD_CANCEL_ENABLE;
 };
 
-// What `body()` returns, or `failed` if it throws.
+// Returns the result of `body()`, or `failed` if it throws.
 template <class R, class Body>
 R Guard(R failed, Body&& body) noexcept {
   Uncancelled const meanwhile;

@@ -1,4 +1,4 @@
-// Numbers in files are little-endian, whatever the machine.
+// Numbers in files are little-endian on every machine.
 #ifndef ZELVANE_CORE_BYTES_INTERNAL_H
 #define ZELVANE_CORE_BYTES_INTERNAL_H
 
@@ -6,7 +6,7 @@
 
 namespace zelvane::internal {
 
-// `bytes` need no alignment; both functions touch exactly four of them.
+// `bytes` need no alignment; both functions access exactly four of them.
 inline void StoreLe32(unsigned char* bytes, std::uint32_t value) {
   for (int i = 0; i < 4; i++) bytes[i] = static_cast<unsigned char>(value >> (8 * i));
 }

@@ -27,7 +27,7 @@ constexpr std::string_view kDefaultFormat = "dd/mm/yyyy hh:nn:ss";
 
 bool IsLeapYear(int year) { return year % 4 == 0; }
 
-// Days before the month in an ordinary year; 13 stands for the end of the year.
+// Days before the month in an ordinary year; 13 means the end of the year.
 int DaysBefore(int month) {
   static constexpr int kDays[] = {0, 31, 59, 90, 120, 151, 181, 212, 243, 273, 304, 334, 365};
   return kDays[month - 1];
@@ -51,8 +51,8 @@ struct Fields {
   int dayOfYear = 0;
 };
 
-// Leaves the year in `fields` and returns the days that have gone by in it. 31 December of a leap year is taken for a
-// day on which nothing has: its 365 days are taken off as for an ordinary year, and nothing is left for the leap day.
+// Stores the year in `fields` and returns how many of its days are over: 0 for 31 December of a leap year. Its 365 days
+// are removed as for an ordinary year, and nothing remains for the leap day.
 int DecodeYear(int days, Fields& fields) {
   constexpr int kFourYears = 4 * kYearDays + 1;  // from 1970 on, the third of four is the leap year
   constexpr int kLeapYearEnd = 3 * kYearDays;
@@ -62,7 +62,7 @@ int DecodeYear(int days, Fields& fields) {
   return rest == kLeapYearEnd ? 0 : withoutLeapDay % kYearDays;
 }
 
-// 29 February comes to a stop the same way, on the first of its month.
+// In the same way, 29 February becomes the first of its month.
 void DecodeMonth(int days, Fields& fields) {
   constexpr int kLeapDay = 31 + 28;
   if (IsLeapYear(fields.year) && days == kLeapDay) {
@@ -71,7 +71,7 @@ void DecodeMonth(int days, Fields& fields) {
     return;
   }
   if (IsLeapYear(fields.year) && days > kLeapDay) days--;
-  fields.month = days / 31 + 1;  // that month or the one before it
+  fields.month = days / 31 + 1;  // that month or the previous one
   if (days >= DaysBefore(fields.month + 1)) fields.month++;
   fields.day = days - DaysBefore(fields.month) + 1;
 }
@@ -98,7 +98,7 @@ long FromCalendar(std::tm const* fields) {
 
 long LocalFields(std::time_t t) {
   std::tm fields = {};
-  tzset();  // localtime_r need not look at TZ again
+  tzset();  // localtime_r need not read TZ again
   return FromCalendar(localtime_r(&t, &fields));
 }
 
@@ -107,7 +107,7 @@ long UniversalFields(std::time_t t) {
   return FromCalendar(gmtime_r(&t, &fields));
 }
 
-// A format's letters count whatever their case, and its literals are written in the lower one. Most are so already.
+// The letters of a format count in either case; its literals are written in lower case. Most are lower case already.
 char Lower(char c) {
   auto const byte = static_cast<unsigned char>(c);
   bool const mayHaveCase = byte >= 0x80 || (byte >= 'A' && byte <= 'Z');
@@ -135,7 +135,7 @@ void ForEachRun(std::string_view format, Take take) {
 constexpr int Fields::*kInText[] = {&Fields::day,  &Fields::month,  &Fields::year,
                                     &Fields::hour, &Fields::minute, &Fields::second};
 
-// The field that a letter of a format stands for; null for a literal.
+// Returns the field of a letter of a format; null for a literal.
 int* FieldOf(Fields& fields, char letter) {
   switch (letter) {
     case 'd': return &fields.day;
@@ -148,8 +148,8 @@ int* FieldOf(Fields& fields, char letter) {
   }
 }
 
-// Puts the digits of a field, which is never negative, from the right over the zeros of its run. Digits for which the
-// run is too short go in front of it; gives their number.
+// Writes the digits of a field, which is never negative, from the right over the zeros of its run. Inserts digits for
+// which the run is too short before it; returns their number.
 std::size_t PutDigits(std::string& text, std::size_t run, std::size_t length, int value) {
   for (; length > 0 && value > 0; length--, value /= 10) text[run + length - 1] = static_cast<char>('0' + value % 10);
   if (value == 0) return 0;
@@ -162,7 +162,7 @@ std::string Text(std::string_view format, long t) {
   Fields fields;
   if (!Decode(t, fields)) return "";
   std::string result(format.empty() ? kDefaultFormat.size() : format.size(), '0');
-  std::size_t more = 0;  // by which the text has outgrown its format
+  std::size_t more = 0;  // bytes by which the text is longer than its format
   ForEachRun(format, [&](Run run) {
     if (int const* const field = FieldOf(fields, run.letter)) {
       more += PutDigits(result, run.start + more, run.length, *field);
@@ -176,7 +176,7 @@ std::string Text(std::string_view format, long t) {
 constexpr int kAbsent = -1;
 constexpr int kInvalid = -2;
 
-// What StrToIntDef reads. Fields are a few digits, nearly always.
+// Same as StrToIntDef, but faster for the few digits of nearly every field.
 int FieldValue(std::string_view text) {
   constexpr std::size_t kFew = 9;
   int value = 0;
@@ -187,7 +187,7 @@ int FieldValue(std::string_view text) {
   return text.empty() ? kInvalid : value;
 }
 
-// What is left absent comes from 1970-01-01 00:00:00.
+// Values for absent fields: 1970-01-01 00:00:00.
 constexpr Fields kFirstSecond = {1970, 1, 1, 0, 0, 0, 0, 0};
 
 long ReadText(std::string_view text, std::string_view format, long def) {
@@ -197,7 +197,7 @@ long ReadText(std::string_view text, std::string_view format, long def) {
   ForEachRun(format, [&](Run run) {
     int* const field = FieldOf(fields, run.letter);
     if (field == nullptr) return;
-    // Callers wait for what std::string says when a text ends before a field begins.
+    // Callers expect the exception of std::string if a text ends before a field begins.
     if (run.start > text.size()) throw std::out_of_range("basic_string::substr");
     int const value = FieldValue(text.substr(run.start, run.length));
     auto const letter = static_cast<std::size_t>(run.letter - 'a');
@@ -241,7 +241,7 @@ bool SetDateTime(long t) {
   timeval time = {};
   time.tv_sec = t;
   if (settimeofday(&time, nullptr) != 0) return false;
-  // The C library refuses a time and a zone in one call. The time is set by now: a refused zone does not undo it.
+  // The C library refuses a time and a zone in one call. The time is already set: a refused zone does not undo it.
   struct timezone zone = {};
   static_cast<void>(settimeofday(nullptr, &zone));
   return true;
@@ -249,7 +249,7 @@ bool SetDateTime(long t) {
 
 int DaysFromEpoch(int year, int month, int day) {
   if (year < 1970 || !IsMonth(month) || day < 1) return -1;
-  // Files and callers depend on it that a leap year bounds February alone.
+  // Kept, because files and callers depend on it: a leap year limits only February.
   if ((!IsLeapYear(year) || month == 2) && day > MonthLength(year, month)) return -1;
   std::int64_t const days = (year - std::int64_t{1970}) * kYearDays + (year - 1969) / 4 + DaysBefore(month) +
                             (IsLeapYear(year) && month > 2 ? 1 : 0) + day - 1;

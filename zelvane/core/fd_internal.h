@@ -1,5 +1,5 @@
-// File descriptors that close themselves, and reads and writes that finish what they began. All of them leave the
-// reason of a failure in errno, where GetOSLastError finds it.
+// File descriptors that close themselves, and reads and writes that are always completed. All of them leave the reason
+// of a failure in errno (GetOSLastError).
 #ifndef ZELVANE_CORE_FD_INTERNAL_H
 #define ZELVANE_CORE_FD_INTERNAL_H
 
@@ -32,12 +32,12 @@ class Descriptor {
   explicit operator bool() const { return fd_ >= 0; }
   int Get() const { return fd_; }
 
-  // Closes it and tells whether all that was written has been taken: network and full file systems may complain only
-  // now. EINTR leaves the descriptor closed on Linux, so the call is not repeated.
+  // Closes the descriptor and returns whether all written bytes were accepted: network and full file systems may report
+  // a failure only now. On Linux EINTR leaves the descriptor closed, so the call is not repeated.
   bool Close() { return close(std::exchange(fd_, -1)) == 0; }
 
  private:
-  // Keeps errno: the owner goes out of scope between a failure and the caller who asks for its reason.
+  // Keeps errno, because the owner goes out of scope between a failure and the caller who asks for its reason.
   void Drop() {
     if (fd_ < 0) return;
     int const reason = errno;
@@ -48,8 +48,8 @@ class Descriptor {
   int fd_ = -1;
 };
 
-// open() with O_CLOEXEC and O_NOCTTY: programs started by the caller inherit nothing, and a terminal's name opened by
-// mistake does not become the service's controlling terminal. `mode` counts with O_CREAT only.
+// open() with O_CLOEXEC and O_NOCTTY: programs started by the caller inherit nothing, and a terminal opened by mistake
+// does not become the service's controlling terminal. `mode` is used only with O_CREAT.
 inline Descriptor Open(char const* path, int flags, mode_t mode = 0) {
   int fd = -1;
   do fd = open(path, flags | O_CLOEXEC | O_NOCTTY, mode);
@@ -57,8 +57,8 @@ inline Descriptor Open(char const* path, int flags, mode_t mode = 0) {
   return Descriptor(fd);
 }
 
-// Opens, or creates, the file that will hold what is made of `source`, and empties it. None when it is the source
-// itself under another name: emptying it would lose what is to be read.
+// Opens or creates the file for the output made from `source`, and empties it. Returns none if it is the source itself
+// under another name, because emptying it would lose the input.
 inline Descriptor OpenDestination(char const* path, int source) {
   Descriptor out = Open(path, O_WRONLY | O_CREAT, 0666);
   struct stat from;
@@ -69,7 +69,7 @@ inline Descriptor OpenDestination(char const* path, int source) {
   return out;
 }
 
-// One read: the number of bytes, 0 at the end, -1 on failure.
+// One read: returns the number of bytes, 0 at the end, -1 on failure.
 inline ssize_t ReadSome(int fd, char* buffer, size_t size) {
   ssize_t got = -1;
   do got = read(fd, buffer, size);
@@ -77,7 +77,7 @@ inline ssize_t ReadSome(int fd, char* buffer, size_t size) {
   return got;
 }
 
-// Reads until `size` bytes are there or the end is met: fewer than `size` means the end. -1 on failure.
+// Reads until `size` bytes or the end of the file. Fewer than `size` bytes mean the end. Returns -1 on failure.
 inline ssize_t ReadBlock(int fd, char* buffer, size_t size) {
   size_t filled = 0;
   while (filled < size) {
@@ -89,12 +89,12 @@ inline ssize_t ReadBlock(int fd, char* buffer, size_t size) {
   return static_cast<ssize_t>(filled);
 }
 
-// Writes all `size` bytes; false if any of them could not be written.
+// Writes all `size` bytes. Returns false if any of them could not be written.
 inline bool WriteAll(int fd, char const* bytes, size_t size) {
   while (size > 0) {
     ssize_t const put = write(fd, bytes, size);
     if (put < 0 && errno == EINTR) continue;
-    if (put == 0) errno = EIO;  // a driver that takes nothing would keep us here for ever
+    if (put == 0) errno = EIO;  // a driver that accepts nothing would loop here forever
     if (put <= 0) return false;
     bytes += put;
     size -= static_cast<size_t>(put);

@@ -29,14 +29,14 @@ namespace {
 constexpr size_t kCopyBlock = 65536;
 constexpr size_t kLinkLength = 4097;
 
-// "" when the link cannot be read.
+// Returns "" if the link cannot be read.
 std::string LinkTarget(char const* link) {
   char target[kLinkLength];
   ssize_t const length = readlink(link, target, sizeof target);
   return length > 0 ? std::string(target, static_cast<size_t>(length)) : std::string();
 }
 
-// The first line without its line feed, exactly as it stands otherwise; "" when there is nothing to read.
+// Returns the first line without its line feed, otherwise unchanged; "" if there is nothing to read.
 std::string FirstLine(char const* path) {
   std::string text;
   return ReadWhole(path, text) == ReadResult::kOk ? text.substr(0, text.find('\n')) : "";
@@ -64,8 +64,8 @@ constexpr ReleaseFile kReleaseFiles[] = {
     {"/etc/lsb-release", ""},
 };
 
-// Each step is rounded to single precision by hand: the 32-bit floating point unit would carry more digits and cut to
-// another percentage here and there.
+// Each result is explicitly rounded to single precision: the 32-bit floating-point unit would keep more digits and
+// truncate to a different percentage now and then.
 unsigned short Percent(unsigned long count, unsigned long size) {
   if (size == 0) return 0;
   float const volatile part = static_cast<float>(count) / static_cast<float>(size);
@@ -73,7 +73,7 @@ unsigned short Percent(unsigned long count, unsigned long size) {
   return static_cast<std::uint16_t>(static_cast<std::uint64_t>(percent));
 }
 
-// `block` has room for kCopyBlock bytes.
+// `block` has space for kCopyBlock bytes.
 bool CopyBlocks(CpFileProgress progress, Descriptor const& in, Descriptor& out, char* block, unsigned long size) {
   unsigned long count = 0;
   bool written = true;
@@ -91,7 +91,7 @@ bool CopyBlocks(CpFileProgress progress, Descriptor const& in, Descriptor& out, 
   return true;
 }
 
-// A signal handler does not cut it short.
+// A signal handler does not shorten it.
 void Sleep(std::uint32_t microseconds) {
   constexpr std::uint32_t kSecond = 1000000;
   timespec left = {};
@@ -149,13 +149,13 @@ std::string ExcludePathDelimiter(char const* path) {
   return result;
 }
 
-// ---- Places ----
+// ---- Locations ----
 
 std::string GetExeName(bool) {
   Uncancelled const meanwhile;
   std::string running = LinkTarget("/proc/self/exe");
   if (FilePermToRead(running)) return running;
-  // The arguments are separated by NULs: c_str() ends the first one. Without one there is no name to look for.
+  // NULs separate the arguments: c_str() ends the first one. Without one there is no name to look for.
   std::string const started = ExtractFileName(FirstLine("/proc/self/cmdline").c_str());
   std::string const here = IncludePathDelimiter(LinkTarget("/proc/self/cwd")) + started;
   return !started.empty() && FilePermToRead(here) ? here : "";
@@ -186,10 +186,10 @@ std::string GetTmpFileName(bool) {
     if (folder.empty()) return std::string();
     std::string pattern = folder + "tmpXXXXXX";
     std::string created = pattern;
-    // The C library leaves its last try in the text when it fails; callers get the X's.
+    // When it fails, mkostemp leaves its last attempt in the text; callers get the X's.
     Descriptor const file(mkostemp(created.data(), O_CLOEXEC));
     if (!file) return pattern;
-    return created;  // moved: with no memory for a copy the file would be there, and nobody would know its name
+    return created;  // moved: if a copy ran out of memory, the file would exist and nobody would know its name
   });
 }
 
@@ -285,7 +285,7 @@ bool CurUserIsAdmin() { return getuid() == 0 || getgid() == 0; }
 
 int GetOSLastError() { return errno; }
 
-// ---- Twins ----
+// ---- std::string overloads ----
 
 std::string ChangeFileExt(std::string const& path, std::string const& ext) {
   return ChangeFileExt(path.c_str(), ext.c_str());

@@ -31,9 +31,9 @@ bool IsSame(struct stat const& one, struct stat const& other) {
 
 bool HasAccessList(int fd) { return fgetxattr(fd, "system.posix_acl_access", nullptr, 0) > 0; }
 
-// ---- A file being made beside the one that it will replace ----
+// ---- A temporary file beside the one that it replaces ----
 
-// Only has to miss the leftovers of killed programs and the files of others at work: O_EXCL decides.
+// Only has to avoid the leftovers of killed programs and the files of concurrent ones: O_EXCL decides.
 uint64_t RandomNumber() {
   uint64_t number = 0;
   if (getrandom(&number, sizeof number, GRND_NONBLOCK) == static_cast<ssize_t>(sizeof number)) return number;
@@ -51,7 +51,7 @@ std::string RandomName() {
   return name;
 }
 
-// Removed again unless it was renamed into its place.
+// Removed at the end unless it was renamed.
 class Temporary {
  public:
   Temporary(std::string const& folder, mode_t mode) {
@@ -71,20 +71,20 @@ class Temporary {
   explicit operator bool() const { return static_cast<bool>(file_); }
   int Get() const { return file_.Get(); }
 
-  // Brings `text` to disk and closes the file.
+  // Writes and syncs `text` and closes the file.
   bool Fill(std::string_view text) {
     return WriteAll(file_.Get(), text.data(), text.size()) && SyncFile(file_.Get()) && file_.Close();
   }
 
-  // Takes the name from whatever has it.
+  // Renames the file, replacing any file with that name.
   bool Replace(std::string const& name) {
     if (rename(path_.c_str(), name.c_str()) != 0) return false;
     exists_ = false;
     return true;
   }
 
-  // Takes the name if nothing has it. File systems differ in what they offer; the last way can overwrite a file that
-  // appears in that very moment, on those that offer neither.
+  // Renames the file if the name is free. File systems differ in what they offer. Where both ways are missing, the last
+  // one can overwrite a file that appears in that instant.
   bool TakeFreeName(std::string const& name) {
     if (renameat2(AT_FDCWD, path_.c_str(), AT_FDCWD, name.c_str(), RENAME_NOREPLACE) == 0) {
       exists_ = false;
@@ -110,8 +110,8 @@ class Temporary {
 
 enum class Outcome { kSaved, kFailed, kUseInPlace };
 
-// Gives the new file the old one's owner, group and mode; false if anything would differ. The new file starts closed to
-// all but its owner, so nobody can open it before it has its mode.
+// Gives the new file the old one's owner, group and mode. Returns false if any would differ. At first only its owner
+// can open the new file, so nobody can open it before it has its mode.
 bool CopyOwnerAndMode(int fd, struct stat const& old) {
   struct stat now;
   if (fstat(fd, &now) != 0 || HasAccessList(fd)) return false;
@@ -137,8 +137,8 @@ Outcome SaveByRename(std::string const& path, int oldFile, struct stat const& ol
   return folder.Sync() ? Outcome::kSaved : Outcome::kFailed;
 }
 
-// The space first: a full disk then shows before a single byte or the length has changed. File systems that cannot
-// reserve go on.
+// Reserves the space first: a full disk then fails before any byte or the length changes. File systems that cannot
+// reserve continue.
 bool Reserve(int fd, off_t size) {
   if (size == 0) return true;
   int failed = 0;
@@ -158,16 +158,16 @@ bool SaveInPlace(std::string const& path, Descriptor& file, struct stat const& o
   bool const known = ReadWhole(path, before) == ReadResult::kOk;
   if (!known && errno == ENOMEM) throw std::bad_alloc();
   if (!Reserve(file.Get(), static_cast<off_t>(text.size()))) {
-    (void)!ftruncate(file.Get(), old.st_size);  // gives back what was reserved behind the end
+    (void)!ftruncate(file.Get(), old.st_size);  // frees the space reserved after the end
     return false;
   }
-  // On disk by then: whatever close() might still complain about, the text is not lost.
+  // The text is on disk by then: even if close() fails, it is not lost.
   if (Overwrite(file.Get(), text) && SyncFile(file.Get())) return true;
   if (known) Overwrite(file.Get(), before);
   return false;
 }
 
-// What another program has put there meanwhile is replaced, or makes it fail.
+// What to do with a file that another program has created meanwhile.
 enum class Meanwhile { kReplace, kFail };
 
 bool SaveNew(std::string const& path, std::string_view text, Meanwhile meanwhile) {
@@ -180,10 +180,10 @@ bool SaveNew(std::string const& path, std::string_view text, Meanwhile meanwhile
   return named && folder.Sync();
 }
 
-// ---- Keeping a copy ----
+// ---- Backing up ----
 
-// Owner, group and mode as far as this user may give them, never open to more people than the old file: those of a
-// group that could not be given are now among the others.
+// Sets owner, group and mode as far as this user may, but never grants access to more people than the old file. If the
+// group could not be set, its members now count as others.
 bool CopyOwnerAndModeOrLess(int fd, struct stat const& old, bool listed) {
   bool const grouped = fchown(fd, old.st_uid, old.st_gid) == 0 || fchown(fd, static_cast<uid_t>(-1), old.st_gid) == 0;
   mode_t const mode = old.st_mode & 0777;
@@ -197,9 +197,9 @@ bool ReadToEnd(int fd, std::string& out) {
   struct stat status;
   if (fstat(fd, &status) != 0) return false;
   bool const regular = S_ISREG(status.st_mode);
-  // No text can be that long where addresses have 32 bits; resize() would tell so by an exception of another kind.
+  // On a 32-bit machine no text can be that long; resize() would throw another kind of exception.
   if (regular && static_cast<uint64_t>(status.st_size) >= out.max_size()) throw std::bad_alloc();
-  // One byte more than the file has, so that its end shows without growing. The kernel's own files say they are empty.
+  // One byte more than the file has, so that its end shows without growing. Files of the kernel report a size of 0.
   out.resize(regular && status.st_size > 0 ? static_cast<size_t>(status.st_size) + 1 : kReadBlock);
   for (size_t filled = 0;;) {
     if (filled == out.size()) out.resize(filled * 2);
@@ -217,12 +217,12 @@ bool ReadToEnd(int fd, std::string& out) {
   }
 }
 
-// ---- What has a copy's name already ----
+// ---- Existing files with a copy's name ----
 
 enum class Place { kFree, kSame, kOther };
 
-// Only another regular file with these very bytes is the same: a link or a second name of the file would change with
-// it.
+// Only another regular file with exactly these bytes is the same: a link to the file or a second name of it would
+// change with it.
 Place PlaceOf(std::string const& name, struct stat const& source, std::string const& bytes) {
   struct stat status;
   if (lstat(name.c_str(), &status) != 0) return Place::kFree;
@@ -236,7 +236,7 @@ Place PlaceOf(std::string const& name, struct stat const& source, std::string co
 
 }  // namespace
 
-// Out of memory is one more reason why a file cannot be read.
+// Running out of memory is one more reason why a file cannot be read.
 ReadResult ReadWhole(std::string const& path, std::string& out) {
   out.clear();
   Descriptor const file = Open(path.c_str(), O_RDONLY | O_NONBLOCK);
@@ -257,7 +257,8 @@ bool SafeSave(std::string const& path, std::string_view text) {
     if (fstat(file.Get(), &old) != 0) return false;
     Outcome const beside = SaveByRename(path, file.Get(), old, text);
     if (beside != Outcome::kUseInPlace) return beside == Outcome::kSaved;
-    // Another program may have renamed its own file over this one meanwhile; what is open is then no longer the file.
+    // Another program may have renamed its own file over this one meanwhile: the open file is then no longer the one at
+    // `path`.
     struct stat now;
     if (stat(path.c_str(), &now) == 0 && IsSame(now, old)) return SaveInPlace(path, file, old, text);
   }
@@ -280,12 +281,12 @@ bool BackUp(std::string const& path, char const* suffix) {
       if (!made || !CopyOwnerAndModeOrLess(made.Get(), status, HasAccessList(file.Get())) || !made.Fill(bytes))
         return false;
       if (made.TakeFreeName(name)) return folder.Sync();
-      // Another program may have kept the same bytes in this very moment.
+      // Another program may have made the same copy in this instant.
       if (errno != EEXIST) return false;
       place = PlaceOf(name, status, bytes);
     }
     if (place == Place::kSame) {
-      // Whoever made it need not have synced it.
+      // Its creator need not have synced it.
       Descriptor const there = Open(name.c_str(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW);
       return there && SyncFile(there.Get()) && folder.Sync();
     }

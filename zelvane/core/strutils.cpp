@@ -15,7 +15,7 @@ namespace {
 
 using ByteTable = std::array<unsigned char, 256>;
 
-// The bytes from `first` to `last` lie 0x20 away from their partners of the other case, upwards or downwards.
+// The bytes from `first` to `last` are 0x20 away from their counterparts in the other case, up or down.
 constexpr void Shift(ByteTable& table, int first, int last, int distance) {
   for (int byte = first; byte <= last; byte++) {
     table[static_cast<std::size_t>(byte)] = static_cast<unsigned char>(byte + distance);
@@ -26,7 +26,7 @@ constexpr ByteTable MakeCaseTable(bool upper) {
   ByteTable table{};
   Shift(table, 0, 255, 0);
   int const distance = upper ? -0x20 : 0x20;
-  int const start = upper ? 0x20 : 0;  // how far the lower case lies above the upper
+  int const start = upper ? 0x20 : 0;  // distance from upper case to lower case
   Shift(table, 'A' + start, 'Z' + start, distance);
   Shift(table, 0xC0 + start, 0xD6 + start, distance);
   Shift(table, 0xD8 + start, 0xDE + start, distance);
@@ -79,22 +79,22 @@ std::string Quoted(std::string_view text) {
   return result;
 }
 
-// How many bytes of fill bring `length` up to `width`.
+// Returns how many bytes of fill bring `length` up to `width`.
 std::size_t Missing(std::size_t length, int width) {
   return width > 0 && static_cast<std::size_t>(width) > length ? static_cast<std::size_t>(width) - length : 0;
 }
 
 enum class Pieces { kWhole, kTrimmed };
 
-// Cuts a text by one separator after the other. The first separator of the list that occurs in the rest of the text is
-// the one that counts, and one that does not occur in the rest will not occur later either: so each is used up before
-// the next is looked for, and the time is linear in the text.
+// Splits a text by one separator after the other. The first separator of the list that occurs in the remaining text
+// counts. One that does not occur there does not occur later either. So each is used up before the next is searched,
+// and the time is linear in the text.
 class Splitter {
  public:
   Splitter(std::vector<std::string>& out, std::string_view text, unsigned long count, Pieces pieces)
       : out_(out), rest_(text), count_(count), pieces_(pieces) {
     out_.clear();
-    // No more pieces than that can come before the padding, however large the count.
+    // There cannot be more tokens than that before the padding, whatever the count.
     out_.reserve(std::min<std::size_t>(count == 0 ? kUsualPieces : count, text.size() + 1));
   }
 
@@ -114,7 +114,7 @@ class Splitter {
   }
 
  private:
-  static constexpr std::size_t kUsualPieces = 4;  // of a record's line
+  static constexpr std::size_t kUsualPieces = 4;  // in a line of a record
 
   bool Full() const { return count_ != 0 && out_.size() == count_; }
   void Append(std::string_view token) { out_.emplace_back(pieces_ == Pieces::kTrimmed ? TrimView(token) : token); }
@@ -131,7 +131,7 @@ void Cut(Splitter& splitter, std::vector<std::string> const& separators) {
 
 void Cut(Splitter& splitter, std::string_view separator) { splitter.CutBy(separator); }
 
-// Whether a text lies in one of the strings of `out`, and goes when they go.
+// Returns whether the text is in one of the strings of `out`, and is destroyed with them.
 bool Holds(std::vector<std::string> const& out, std::string_view text) {
   std::less<char const*> const before;
   return std::any_of(out.begin(), out.end(), [&](std::string const& held) {

@@ -1,4 +1,4 @@
-// Text helpers shared by the library's own sources.
+// Text helpers for the library's own sources.
 #ifndef ZELVANE_CORE_STRUTILS_INTERNAL_H
 #define ZELVANE_CORE_STRUTILS_INTERNAL_H
 
@@ -11,25 +11,25 @@
 
 namespace zelvane::internal {
 
-// The text up to its NUL. A null pointer gives a view whose data() is null: empty, and still to be told from "".
+// Returns the text up to its NUL. For a null pointer data() of the view is null: empty, but distinct from "".
 inline std::string_view View(char const* text) { return text == nullptr ? std::string_view() : std::string_view(text); }
 
-// Without the blanks that Trim removes; the result is a part of `text`.
+// Removes the blanks that Trim removes; the result is a part of `text`.
 std::string_view TrimView(std::string_view text);
 
-// StrToIntDef of a part of a text.
+// StrToIntDef for a part of a text.
 long ToInt(std::string_view text, long def);
 
-// Replaces `out` by AnsiUpperCase of `text`, using the room that `out` has already. `text` must not be part of `out`.
+// Stores AnsiUpperCase of `text` in `out`, using the existing capacity of `out`. `text` must not be part of `out`.
 void AnsiUpperInto(std::string& out, std::string_view text);
 
-// A value of `n` fields (at least 1) joined by ";": true when it holds at least n - 1 separators. `fields` is then what
-// Tokenize gives with the limit `n`: exactly n fields, text behind the last dropped. So "h;1;" has three fields, and
-// the empty value has one. On false `fields` stays as it was.
+// Splits a value of `n` fields (at least 1) joined by ";". Returns true if it has at least n - 1 separators. `fields`
+// is then the result of Tokenize with the limit `n`: exactly n fields, text after the last one dropped. So "h;1;" has
+// three fields, and the empty value has one. On false `fields` is unchanged.
 bool SplitFields(std::string_view value, std::size_t n, std::vector<std::string>& fields);
 
-// Fills a char array of a record: at most width - 1 bytes of `text`, a NUL directly behind them, and a NUL in the last
-// byte. The bytes in between stay as they were.
+// Fills a char array of a record: at most width - 1 bytes of `text`, a NUL directly after them, and a NUL in the last
+// byte. The bytes in between do not change.
 inline void CopyToField(char* field, std::size_t width, std::string_view text) {
   if (width == 0) return;
   std::size_t const length = std::min(text.size(), width - 1);
@@ -43,7 +43,7 @@ void CopyToField(char (&field)[N], std::string_view text) {
   CopyToField(field, N, text);
 }
 
-// The text of a caller's char array, up to its NUL or, where there is none, its width. Null gives "".
+// Returns the text of a caller's char array, up to its NUL or, without one, its width. Null returns "".
 inline std::string_view FieldText(char const* field, std::size_t width) {
   return field == nullptr ? std::string_view() : std::string_view(field, strnlen(field, width));
 }

@@ -1,4 +1,4 @@
-// The conversions between text and numbers of strutils.h.
+// The conversions between text and numbers in strutils.h.
 #include <algorithm>
 #include <cfloat>
 #include <charconv>
@@ -17,19 +17,19 @@ using zelvane::internal::View;
 
 namespace {
 
-// Fills the text of a number: between its sign and its digits.
+// Inserts the fill of a number between its sign and its digits.
 void Justify(std::string& text, int width, char fill) {
   if (width <= 0 || static_cast<std::size_t>(width) <= text.size()) return;
   text.insert(text.front() == '-' ? 1 : 0, static_cast<std::size_t>(width) - text.size(), fill);
 }
 
-// The low 32 bits of a `long` of either width, as a number of their own.
+// The low 32 bits of a `long` of either width, as a number.
 std::int32_t Signed32(long value) { return static_cast<std::int32_t>(value); }
 std::uint32_t Unsigned32(unsigned long value) { return static_cast<std::uint32_t>(value); }
 
 template <int kBase, typename Integer>
 std::string IntegerText(Integer value) {
-  char digits[33];  // a sign, and 32 of them to the base of 2
+  char digits[33];  // a sign, and up to 32 digits in base 2
   return std::string(digits, std::to_chars(digits, digits + sizeof digits, value, kBase).ptr);
 }
 
@@ -41,13 +41,13 @@ std::string IntegerText(Integer value, int width, char fill) {
   return text;
 }
 
-// Digits of a double beyond these are zeros: none has more, not even the smallest ones.
+// Digits of a double beyond these are zeros: no double has more, not even the smallest.
 constexpr unsigned int kDoubleDigits = 767;
 
-// "%#.<digits>g", which the standard library offers only at the mercy of the C locale or, through a stream, on a stack
-// that many digits overflow. It is put together from the exponent notation.
+// "%#.<digits>g". In the standard library it depends on the C locale or, through a stream, on a stack that many digits
+// overflow. It is assembled from the exponent notation.
 std::string GeneralText(double value, unsigned int digits) {
-  if (digits > INT_MAX) digits = 6;  // a stream sees a negative precision there and falls back to its own default
+  if (digits > INT_MAX) digits = 6;  // a stream would see a negative precision and use its default
   if (digits == 0) digits = 1;
   char text[kDoubleDigits + 16];
   int const precision = static_cast<int>(std::min(digits, kDoubleDigits)) - 1;
@@ -61,7 +61,7 @@ std::string GeneralText(double value, unsigned int digits) {
   std::from_chars(exponentText + (*exponentText == '+' ? 1 : 0), end, exponent);
   std::string result(all.substr(0, exponentAt));
   std::size_t const sign = result.front() == '-' ? 1 : 0;
-  if (result.size() > sign + 1) result.erase(sign + 1, 1);  // the point, until its place is known
+  if (result.size() > sign + 1) result.erase(sign + 1, 1);  // the point, until its position is known
   result.resize(sign + digits, '0');
 
   if (exponent < -4 || exponent >= static_cast<int>(digits)) {
@@ -74,7 +74,7 @@ std::string GeneralText(double value, unsigned int digits) {
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 bool IsHexDigit(char c) { return IsDigit(c) || (c >= 'A' && c <= 'F') || (c >= 'a' && c <= 'f'); }
 
-// The following take something off the front of `text`, if it is there.
+// These functions remove something from the front of `text` if it is there.
 
 bool SkipChar(std::string_view& text, char wanted) {
   if (text.empty() || text.front() != wanted) return false;
@@ -117,7 +117,7 @@ bool IsFloat(std::string_view text) {
   return SkipDigits(text) > 0 && text.empty();
 }
 
-// from_chars of the whole of `text`: anything after the number makes it invalid. It takes a minus sign, but no plus.
+// from_chars of the whole of `text`: anything after the number makes it invalid. It accepts a minus sign, but no plus.
 template <typename Number, typename... Base>
 std::errc ReadNumber(std::string_view text, Number& value, Base... base) {
   char const* const end = text.data() + text.size();
@@ -125,7 +125,7 @@ std::errc ReadNumber(std::string_view text, Number& value, Base... base) {
   return stop == end ? error : std::errc::invalid_argument;
 }
 
-// Removes a plus sign. False when a minus sign follows it.
+// Removes a plus sign. Returns false if a minus sign follows it.
 bool SkipPlus(std::string_view& text) { return !SkipChar(text, '+') || text.empty() || text.front() != '-'; }
 
 long ReadHex(std::string_view text, long def) {
@@ -134,10 +134,10 @@ long ReadHex(std::string_view text, long def) {
   return ReadNumber(text, value, 16) == std::errc() ? value : def;
 }
 
-// Where the processor computes wider than a double, from_chars rounds some numbers twice.
+// If the processor computes with more precision than a double, from_chars rounds some numbers twice.
 constexpr bool kRoundsTwice = FLT_EVAL_METHOD != 0;
 
-// from_chars has the syntax of StrIsFloat, and also takes "e", infinities and not-a-numbers.
+// from_chars has the syntax of StrIsFloat, but also accepts "e", infinities and not-a-numbers.
 double ReadFloat(std::string_view text, double def) {
   double value = 0;
   if (!SkipPlus(text)) return def;
@@ -145,7 +145,7 @@ double ReadFloat(std::string_view text, double def) {
   bool const isFloat = error != std::errc::invalid_argument && text.find('e') == std::string_view::npos;
   if (!isFloat || !std::isfinite(value)) return def;
   if (error == std::errc() && !kRoundsTwice) return value;
-  // Too large and too small look alike to from_chars; a stream takes the small ones.
+  // from_chars does not distinguish too large from too small; a stream converts the small ones.
   std::istringstream stream{std::string(text)};
   stream.imbue(std::locale::classic());
   return stream >> value ? value : def;
@@ -154,7 +154,7 @@ double ReadFloat(std::string_view text, double def) {
 }  // namespace
 
 long zelvane::internal::ToInt(std::string_view text, long def) {
-  std::int64_t value = 0;  // from_chars checks for overflow on fewer digits than with 32 bits
+  std::int64_t value = 0;  // with 64 bits from_chars checks fewer digits for overflow
   if (!SkipPlus(text) || ReadNumber(text, value, 10) != std::errc()) return def;
   return value == static_cast<std::int32_t>(value) ? static_cast<long>(value) : def;
 }

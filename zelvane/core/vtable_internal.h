@@ -1,5 +1,5 @@
-// Whether an object is of a class that the library knows, without run-time type information: a caller may compile its
-// subclasses without it.
+// Tests whether an object is of a class that the library knows, without run-time type information: callers can compile
+// their subclasses without it.
 #ifndef ZELVANE_CORE_VTABLE_INTERNAL_H
 #define ZELVANE_CORE_VTABLE_INTERNAL_H
 
@@ -8,8 +8,8 @@
 
 namespace zelvane::internal {
 
-// The virtual table that is at work now. In a constructor it is that of the constructor's own class. An object whose
-// table is another one later is of a subclass, which may have replaced any virtual hook.
+// Returns the current virtual table. In a constructor it is that of the constructor's own class. An object whose table
+// is later a different one is of a subclass, which may have replaced any virtual hook.
 template <class T>
 void const* TableOf(T const& object) {
   static_assert(std::is_polymorphic_v<T>);

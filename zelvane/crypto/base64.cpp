@@ -25,7 +25,7 @@ namespace {
 
 constexpr unsigned long kLineGroups = 18;  // 54 bytes, 72 characters
 
-// Tells the progress object when the percentage has grown. Instead of dividing before every group, it knows the number
+// Calls the progress object when the percentage has grown. Instead of dividing before every group, it stores the number
 // of bytes at which the next call is due.
 class Meter {
  public:
@@ -34,7 +34,7 @@ class Meter {
     if (progress_ != nullptr) due_ = DueFor(1);
   }
 
-  // How many groups of `size` bytes from `at` on begin before the next call is due; at least one.
+  // Returns how many groups of `size` bytes from `at` on begin before the next call is due; at least one.
   unsigned long GroupsUntilDue(unsigned long at, unsigned long size) const {
     return at < due_ ? (due_ - at - 1) / size + 1 : 1;
   }
@@ -51,7 +51,7 @@ class Meter {
   }
 
  private:
-  // The least number of bytes that rounds to `percent` or more.
+  // Returns the smallest number of bytes that rounds to `percent` or more.
   unsigned long DueFor(std::uint64_t percent) const {
     return static_cast<unsigned long>((percent * total_ - total_ / 2 + 99) / 100);
   }
@@ -69,7 +69,7 @@ class Meter {
 
 // ---- Encoding ----
 
-// Nothing overflows up to kMostBytes; an array for the text of more could not be had anyway.
+// Nothing overflows up to kMostBytes. No array can be large enough for the text of more.
 constexpr unsigned long kMostBytes = PTRDIFF_MAX / 2;
 
 unsigned long EncodedLength(unsigned long length) {
@@ -108,8 +108,8 @@ void Encode(unsigned char const* in, unsigned long length, unsigned char* out, M
 
 // ---- Decoding ----
 
-// One group with whatever stands between its characters. Moves `at` behind it and gives the number of bytes written: 0
-// when the text ends first.
+// Decodes one group, skipping other characters between its own. Moves `at` after it and returns the number of bytes
+// written: 0 if the text ends first.
 unsigned DecodeCarefully(unsigned char const* in, unsigned long length, unsigned long& at, unsigned char* out) {
   unsigned char kept[4];
   std::uint32_t bits = 0;
@@ -125,7 +125,7 @@ unsigned DecodeCarefully(unsigned char const* in, unsigned long length, unsigned
   return size;
 }
 
-// Decodes `length` bytes of text into `out` and gives the number of bytes there.
+// Decodes `length` bytes of text into `out` and returns the number of bytes there.
 unsigned long Decode(unsigned char const* in, unsigned long length, unsigned char* out, Meter& meter) {
   Base64Loops const& loops = BestBase64Loops();
   unsigned char* const start = out;
@@ -143,7 +143,7 @@ unsigned long Decode(unsigned char const* in, unsigned long length, unsigned cha
   return static_cast<unsigned long>(out - start);
 }
 
-// ---- What both codecs do with strings and files ----
+// ---- Strings and files, for both codecs ----
 
 bool ConvertStr(ClassBase64& codec, std::string const& in, std::string& out) {
   bool const done = codec.LoadFromStr(in) && codec.SaveToStr(out);
@@ -245,7 +245,7 @@ EncodeBase64::~EncodeBase64() = default;
 
 bool EncodeBase64::EncodeDecodeFunction(void const* data, unsigned long length) {
   if (data == nullptr || length == 0) return false;
-  ClassBase64::Unload();  // LoadFromBuf has called the subclass's own
+  ClassBase64::Unload();  // LoadFromBuf has called the subclass's Unload
   if (length > kMostBytes) return false;
   unsigned long const size = EncodedLength(length);
   std::unique_ptr<unsigned char[]> text(new (std::nothrow) unsigned char[size]);

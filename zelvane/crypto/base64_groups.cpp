@@ -8,8 +8,8 @@
 
 #include "zelvane/crypto/base64_tables_internal.h"
 
-// The C library knows what the processor and the system can do; asking the processor itself takes microseconds under a
-// hypervisor, and keeping the answer would take writable data.
+// The C library knows the features of the processor and the system. Asking the processor directly takes microseconds
+// under a hypervisor, and keeping the answer would need writable data.
 #if (defined(__x86_64__) || defined(__i386__)) && __has_include(<sys/platform/x86.h>)
 #define ZELVANE_BASE64_VECTORS 1
 #include <immintrin.h>
@@ -23,7 +23,7 @@ namespace {
 
 // ---- Plain C++ ----
 
-// Twelve bits to two characters: half as many look-ups as character by character.
+// Twelve bits to two characters: half as many look-ups as one character at a time.
 struct Pair {
   char text[2];
 };
@@ -40,7 +40,7 @@ unsigned char* PutPair(unsigned char* out, std::uint64_t bits) {
 }
 
 unsigned char* EncodePlain(unsigned char* out, unsigned char const* in, std::size_t count, std::size_t readable) {
-  // Two at a time, out of eight bytes of which six count.
+  // Two groups at a time, from eight bytes of which six are used.
   for (; count >= 2 && readable >= 8; count -= 2, readable -= 6, in += 6) {
     std::uint64_t bits = 0;
     std::memcpy(&bits, in, 8);
@@ -72,15 +72,15 @@ constexpr Base64Loops kPlain = {"plain", EncodePlain, DecodePlain};
 
 // ---- Sixteen and thirty-two characters at a time ----
 //
-// A group's three bytes a b c go to the 32-bit lane b a c b. There, each of the four values of six bits lies in a
-// 16-bit half at a place from which one multiplication by a power of two brings it into its own byte.
+// The three bytes a b c of a group go to the 32-bit lane b a c b. There, each of the four 6-bit values is in a 16-bit
+// half, at a position from which one multiplication by a power of two moves it into its own byte.
 //
-// A value becomes a character by adding what its range asks for: 65 up to 25, 71 up to 51, -4 for the digits, -19 and
-// -16 for the last two. Subtracting 51 and stopping at 0 gives 0 for the letters and 1 to 12 for the rest; the capitals
-// are then told apart by 13. That number chooses the summand.
+// A value becomes a character by adding a number that depends on its range: 65 up to 25, 71 up to 51, -4 for the
+// digits, -19 and -16 for the last two. Subtracting 51 and stopping at 0 gives 0 for the letters and 1 to 12 for the
+// others; 13 then marks the capitals. The result selects the summand.
 //
-// The other way round the high half of a character chooses its summand, but for "/", which shares its half with "+".
-// Whether a character is in the alphabet shows in a bit that both tables have for its halves.
+// In the other direction the high half of a character selects its summand, except for "/", which has the same high half
+// as "+". A character is outside the alphabet if both tables have a common bit for its halves.
 
 #define ZELVANE_SUMMANDS 71, -4, -4, -4, -4, -4, -4, -4, -4, -4, -4, -19, -16, 65, 0, 0
 #define ZELVANE_SUMMANDS_BACK 0, 16, 19, 4, -65, -65, -71, -71, 0, 0, 0, 0, 0, 0, 0, 0
@@ -133,7 +133,7 @@ constexpr Base64Loops kSsse3 = {"ssse3", EncodeSsse3, DecodeSsse3};
 
 #define ZELVANE_AVX2 __attribute__((target("avx2")))
 
-// The same, in two halves that do not mix: twelve bytes or sixteen characters in each.
+// The same in two independent halves, with twelve bytes or sixteen characters each.
 
 ZELVANE_AVX2 unsigned char* EncodeAvx2(unsigned char* out, unsigned char const* in, std::size_t count,
                                        std::size_t readable) {

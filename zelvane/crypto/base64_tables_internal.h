@@ -1,4 +1,4 @@
-// The Base64 alphabet, and what each character stands for.
+// The Base64 alphabet and the values of its characters.
 #ifndef ZELVANE_CRYPTO_BASE64_TABLES_INTERNAL_H
 #define ZELVANE_CRYPTO_BASE64_TABLES_INTERNAL_H
 
@@ -9,8 +9,8 @@ namespace zelvane::internal {
 
 inline constexpr char kBase64Alphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
-// Character to value, one table for each place in a group of four, with the value where it belongs in the upper 24
-// bits: a group is four look-ups joined by "or". The low byte tells what needs a closer look.
+// Character to value, one table for each position in a group of four. The value is already in its place in the upper 24
+// bits: a group is four look-ups joined by "or". The low byte marks characters that need special treatment.
 constexpr std::uint32_t kBase64Pad = 0x40;      // "=", of value 0
 constexpr std::uint32_t kBase64Skipped = 0x80;  // not in the alphabet
 constexpr std::array<std::array<std::uint32_t, 256>, 4> MakeBase64Places() {

@@ -118,7 +118,7 @@ bool CipherClass::DecodeBuffer(void const* in, void* out, long length) {
   switch (GetMode()) {
     case CIPHER_CHAINED:
       for (; length >= block_; length -= block_, bytes += block_) {
-        // The enciphered block is gone after Decode, so the next feedback is made before.
+        // Decode overwrites the encrypted block, so the next feedback is computed before.
         std::memcpy(Block(kAlternate), Block(kFeedback), static_cast<std::size_t>(block_));
         XorInto(Block(kAlternate), bytes, block_);
         Decode(bytes);

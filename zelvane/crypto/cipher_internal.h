@@ -1,4 +1,4 @@
-// Helpers that the cipher sources share.
+// Helpers for the cipher sources.
 #ifndef ZELVANE_CRYPTO_CIPHER_INTERNAL_H
 #define ZELVANE_CRYPTO_CIPHER_INTERNAL_H
 
@@ -7,8 +7,8 @@
 
 namespace zelvane::internal {
 
-// Mixes `count` bytes of `from` into `to`, at any addresses. Word by word: a block is usually one word, and the block
-// functions read it back as one.
+// Combines `count` bytes of `from` with `to` by exclusive-or, at any addresses. Works in words: a block is usually one
+// word, and the block functions read it back as one.
 inline void XorInto(unsigned char* to, unsigned char const* from, long count) {
   for (; count >= 8; count -= 8, to += 8, from += 8) {
     std::uint64_t a;
@@ -21,7 +21,7 @@ inline void XorInto(unsigned char* to, unsigned char const* from, long count) {
   for (long i = 0; i < count; i++) to[i] ^= from[i];
 }
 
-// The answer of a GetContext, whose pointers may be null.
+// Stores the results of a GetContext, whose pointers can be null.
 inline void TellSizes(long* block, long* key, long* context, long blockSize, long keySize, long contextSize) {
   if (block != nullptr) *block = blockSize;
   if (key != nullptr) *key = keySize;

@@ -106,7 +106,7 @@ bool CipherManager::CodeStream(int source, char const* destination, Coder coder)
     got = ReadBlock(source, chunk, sizeof chunk);
     if (got < 0) return false;
     if (got > 0 && !(this->*coder)(chunk, chunk, static_cast<unsigned long>(got))) return false;
-    // Not before something can be put into it: what is there may be all that its owner has.
+    // Opened only when there is something to write: the old contents may be all that the owner has.
     if (!out) out = OpenDestination(destination, source);
     if (!out || !WriteAll(out.Get(), chunk, static_cast<std::size_t>(got))) return false;
   } while (got == static_cast<ssize_t>(sizeof chunk));

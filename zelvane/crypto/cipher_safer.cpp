@@ -76,7 +76,7 @@ void Cipher_Safer::Decode(void* block) {
 }
 
 bool Cipher_Safer::EncodeBuffer(void const* in, void* out, long length) {
-  // In a chain every block waits for the one before.
+  // In a chain every block depends on the one before.
   long const together = GetMode() == CIPHER_CODE_BOOK ? Together(in, out, length) : 0;
   if (together == 0) return CipherClass::EncodeBuffer(in, out, length);
   auto* const bytes = static_cast<unsigned char*>(out);
@@ -137,15 +137,15 @@ void Cipher_Safer::SetRounds(long rounds) {
   rounds_ = rounds >= kSaferMinRounds && rounds <= kSaferMaxRounds ? rounds : DefaultRounds(variant_);
 }
 
-// The bytes from the front of the buffer that may go through the block functions together: none where a subclass may
-// have replaced Encode or Decode, because every block has to pass there.
+// Returns how many bytes from the front of the buffer can go through the block functions together. None if a subclass
+// may have replaced Encode or Decode, because every block must then pass through them.
 long Cipher_Safer::Together(void const* in, void const* out, long length) const {
   bool const own = TableOf(*this) == ownTable_;
   if (!own || !IsKeyed() || schedule_ == nullptr || in == nullptr || out == nullptr || length <= 0) return 0;
   return length - length % kSaferBlock;
 }
 
-// For the constructors of the classes that have Encode and Decode from here.
+// Called by the constructors of the classes that use Encode and Decode of this class.
 void Cipher_Safer::RememberTable() { ownTable_ = TableOf(*this); }
 
 SaferContext* Cipher_Safer::Tables() { return reinterpret_cast<SaferContext*>(Context()); }

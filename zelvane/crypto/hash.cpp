@@ -10,7 +10,7 @@ using zelvane::internal::StoreLe32;
 
 namespace {
 
-// Where the padding keeps the length of the message, a 64-bit number at the end of the last block.
+// Position of the message length in the padding: a 64-bit number at the end of the last block.
 constexpr std::uint32_t kLengthAt = 56;
 
 }  // namespace
@@ -53,7 +53,7 @@ void Hash_MD4::Calc(void* data, long length) {
     bytes += piece;
     left -= piece;
   }
-  // Whole blocks are copied too: a Transform may read its block as words, and the data can lie at an odd address.
+  // Complete blocks are copied too: a Transform may read its block as words, and the data can be at an odd address.
   for (; left >= sizeof block_; bytes += sizeof block_, left -= sizeof block_) {
     std::memcpy(block_, bytes, sizeof block_);
     Transform(reinterpret_cast<long*>(block_));
@@ -72,7 +72,7 @@ void Hash_MD4::Done() {
   StoreLe32(block_ + kLengthAt, count_ * 8);
   Transform(reinterpret_cast<long*>(block_));
   std::memset(block_, 0, sizeof block_);
-  // From numbers to the bytes that DigestKey promises.
+  // From numbers to the bytes that DigestKey returns.
   for (std::uint32_t& word : state_) StoreLe32(reinterpret_cast<unsigned char*>(&word), word);
   Protect(false);
 }
@@ -89,7 +89,7 @@ Hash_RipeMD256::~Hash_RipeMD256() = default;
 long Hash_RipeMD256::DigestKeySize() { return 32; }
 
 void Hash_RipeMD256::Init() {
-  // RIPEMD-256's eight, then the last two of RIPEMD-320. Nothing reads those two.
+  // The eight of RIPEMD-256, then the last two of RIPEMD-320. Nothing reads those two.
   static constexpr std::uint32_t kStart[10] = {0x67452301, 0xEFCDAB89, 0x98BADCFE, 0x10325476, 0x76543210,
                                                0xFEDCBA98, 0x89ABCDEF, 0x01234567, 0x01234567, 0x3C2D1E0F};
   static_assert(sizeof kStart == sizeof state_, "one start value for each word");

@@ -5,16 +5,16 @@
 
 #include "zelvane/core/bytes_internal.h"
 
-// Two lines of 64 steps run over the same 16 words, each in its own order. A step waits for the one before it in its
-// line, so the code takes the lines in turn, a step each: the processor works on one while the other waits. Every
-// index below is a compile-time constant; that keeps both lines in registers.
+// Two lines of 64 steps process the same 16 words, each in its own order. A step depends on the previous one of its
+// line, so the code alternates between the lines: the processor works on one while the other waits. Every index below
+// is a compile-time constant, which keeps both lines in registers.
 namespace zelvane::internal {
 namespace {
 
 constexpr int kLeft = 0;
 constexpr int kRight = 1;
 
-// Which word a step adds: [line][round][step].
+// The word that a step adds: [line][round][step].
 constexpr unsigned char kWord[2][4][16] = {{{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15},
                                             {7, 4, 13, 1, 10, 6, 15, 3, 12, 0, 9, 5, 2, 14, 11, 8},
                                             {3, 10, 14, 4, 9, 15, 8, 1, 2, 7, 0, 6, 13, 11, 5, 12},
@@ -24,7 +24,7 @@ constexpr unsigned char kWord[2][4][16] = {{{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 1
                                             {15, 5, 1, 3, 7, 14, 6, 9, 11, 8, 12, 2, 10, 0, 4, 13},
                                             {8, 6, 4, 1, 3, 11, 15, 0, 5, 12, 2, 13, 9, 7, 10, 14}}};
 
-// By how many bits it rotates.
+// The number of bits by which it rotates.
 constexpr unsigned char kTurn[2][4][16] = {{{11, 14, 15, 12, 5, 8, 7, 9, 11, 13, 14, 15, 6, 7, 9, 8},
                                             {7, 6, 8, 13, 11, 9, 7, 15, 7, 12, 15, 9, 11, 7, 13, 12},
                                             {11, 13, 6, 7, 14, 9, 13, 15, 14, 8, 13, 6, 5, 12, 7, 5},
@@ -39,7 +39,7 @@ constexpr std::uint32_t kConstant[2][4] = {{0x00000000, 0x5A827999, 0x6ED9EBA1, 
 
 template <int kLine, int kRound, int kStep>
 [[gnu::always_inline]] inline void Step(std::uint32_t (&line)[4], std::uint32_t const (&words)[16]) {
-  // The words of a line change places from step to step; here the places move instead.
+  // The words of a line rotate from step to step; here the indices rotate instead.
   std::uint32_t& a = line[(16 - kStep) % 4];
   std::uint32_t const b = line[(17 - kStep) % 4];
   std::uint32_t const c = line[(18 - kStep) % 4];
@@ -52,8 +52,8 @@ template <int kLine, int kRound, int kStep>
   if constexpr (kMix == 1) a += ((c ^ d) & b) ^ d;
   if constexpr (kMix == 2) a += (b | ~c) ^ d;
   if constexpr (kMix == 3) {
-    // The halves share no bit, so they can be added one by one: first the one that need not wait for b, the word that
-    // the step before has made.
+    // The halves share no bit, so they can be added one by one: first the one that does not depend on b, the result of
+    // the previous step.
     a += c & ~d;
     a += b & d;
   }

@@ -6,7 +6,7 @@
 
 namespace zelvane::internal {
 
-// Works 64 bytes, at any address, into the eight words of `state`.
+// Updates the eight words of `state` with 64 bytes, at any address.
 void RipeMd256Compress(std::uint32_t* state, unsigned char const* block);
 
 }  // namespace zelvane::internal

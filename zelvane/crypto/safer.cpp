@@ -10,17 +10,17 @@
 // each through exp (0 3 4 7) or log (1 2 5 6), mixes in the second subkey (addition and exclusive-or change sides), and
 // multiplies the eight bytes by a fixed 8x8 matrix, all modulo 256.
 //
-// Here four bytes travel in one 64-bit word, each in a lane of 16 bits: there is room for sums, and what stands above
-// the low 8 bits of a lane means nothing. A table entry is the result of exp or log, multiplied at once by its column
-// of half the matrix (four lanes); adding up the entries of four bytes multiplies by that half, and one sum and one
-// difference of the two halves by the rest. The entries of the matrix are powers of two up to sign, and shifting a byte
-// commutes with exclusive-or, so the subkey behind the table is mixed in multiplied as well ("late"). Subkeys that are
-// added pass through the matrix unharmed and are put together beforehand ("add"); the exclusive-or in front of the next
+// Here one 64-bit word holds four bytes, each in a lane of 16 bits. The upper bits of a lane leave space for sums;
+// above the low 8 bits its contents have no meaning. A table entry is the result of exp or log, already multiplied by
+// its column of half the matrix (four lanes). The sum of the entries of four bytes is their product with that half; one
+// sum and one difference of the two halves complete the matrix. Its entries are powers of two up to sign, and shifting
+// a byte commutes with exclusive-or, so the subkey after the table is mixed in multiplied too ("late"). The matrix is
+// linear, so subkeys that are added can be multiplied and combined beforehand ("add"). The exclusive-or before the next
 // table remains ("flip").
 //
-// Deciphering runs the inverse matrix first, then the inverse tables. Its rounds are cut the other way round, from
-// table through matrix to the key in front of the next table, so that it has the same shape; the cut leaves half a
-// round at either end.
+// Decryption applies the inverse matrix first, then the inverse tables. Its rounds are divided differently, from table
+// through matrix to the key before the next table, so that they have the same shape; half a round remains at either
+// end.
 namespace zelvane::internal {
 namespace {
 
@@ -34,8 +34,8 @@ constexpr std::uint64_t Lanes(int a, int b, int c, int d) {
 constexpr std::uint64_t kLow = Lanes(255, 255, 255, 255);
 constexpr std::uint64_t kOne = Lanes(1, 1, 1, 1);
 
-// The columns for bytes 0 1 2 3, and again for 4 5 6 7. The lanes that come out are bytes 0 2 4 6 and 1 3 5 7 of the
-// next round (encode), 0 1 4 5 and 2 3 6 7 of the round before (decode).
+// The columns for bytes 0 1 2 3, and again for 4 5 6 7. The resulting lanes are bytes 0 2 4 6 and 1 3 5 7 of the next
+// round (encode), 0 1 4 5 and 2 3 6 7 of the previous round (decode).
 constexpr Column kEncodeColumn[4] = {{4, 2, 2, 1}, {2, 2, 1, 1}, {2, 1, 2, 1}, {1, 1, 1, 1}};
 constexpr Column kDecodeColumn[4] = {{1, -1, -1, 1}, {-1, 1, 2, -2}, {-1, 2, 1, -2}, {1, -2, -2, 4}};
 
@@ -43,8 +43,8 @@ constexpr std::uint64_t Times(int value, Column const& c) {
   return Lanes(c[0] * value, c[1] * value, c[2] * value, c[3] * value);
 }
 
-// For values that a late key is mixed into: a negative product is kept as its complement, which an exclusive-or leaves
-// a complement. That is one too little in each such lane.
+// For values that a late key is mixed into: a negative product is stored as its complement, which stays a complement
+// under exclusive-or. Each such lane is then too small by one.
 constexpr int Complement(int factor, int value) { return factor < 0 ? ~(-factor * value) : factor * value; }
 
 constexpr std::uint64_t TimesForLate(int value, Column const& c) {
@@ -53,10 +53,10 @@ constexpr std::uint64_t TimesForLate(int value, Column const& c) {
 
 constexpr std::uint64_t LateKey(int value, Column const& c) { return TimesForLate(value, c) ^ TimesForLate(0, c); }
 
-// What two complemented columns, those of bytes 0 and 3, lack when deciphering.
+// The amount by which the two complemented columns, those of bytes 0 and 3, are too small in decryption.
 constexpr std::uint64_t kDecodeLack = Lanes(0, 2, 2, 0);
 
-// Multiples of 256 that keep every lane of the two differences in a deciphering round from going below zero.
+// Multiples of 256 that keep every lane of the two differences in a decryption round from becoming negative.
 constexpr int kFirstReserve = 15 * 256;
 constexpr int kSecondReserve = 10 * 256;
 constexpr int kMostInLane = 5 * 255;  // four table entries and a key
@@ -95,7 +95,7 @@ constexpr Tables MakeTables() {
 
 constexpr Tables kTables = MakeTables();
 
-// Eight bytes as a number, the first lowest. Spelled out, because compilers know this form for one load or store.
+// Eight bytes as a number, the first lowest. Written out, because compilers turn this form into one load or store.
 inline std::uint64_t Load(unsigned char const* b) {
   return std::uint64_t{b[0]} | std::uint64_t{b[1]} << 8 | std::uint64_t{b[2]} << 16 | std::uint64_t{b[3]} << 24 |
          std::uint64_t{b[4]} << 32 | std::uint64_t{b[5]} << 40 | std::uint64_t{b[6]} << 48 | std::uint64_t{b[7]} << 56;
@@ -153,8 +153,8 @@ inline State EncodeBegin(unsigned char const* block, unsigned char const* subkey
 
 inline void EncodeEnd(unsigned char* block, State s) { Store(block, (s.first & kLow) | (s.second & kLow) << 8); }
 
-// The bytes on the far side of the tables. What the first round will look up is then what the block holds, and its late
-// and added keys take the last subkey out.
+// The bytes on the far side of the tables: the look-ups of the first round then return the contents of the block, and
+// its late and added keys remove the last subkey.
 inline State DecodeBegin(unsigned char const* b, SaferContext const& c) {
   return {Lanes(c.exp[b[0]], c.log[b[1]], c.exp[b[4]], c.log[b[5]]),
           Lanes(c.log[b[2]], c.exp[b[3]], c.log[b[6]], c.exp[b[7]])};
@@ -173,7 +173,7 @@ inline void DecodeEnd(unsigned char* block, State s, SaferContext const& c) {
   std::memcpy(block, bytes, sizeof bytes);
 }
 
-// The half keys that the schedule takes in turn, each of eight bytes and a ninth for the strengthened schedule.
+// The half keys that the schedule uses in turn, each of eight bytes and a ninth for the strengthened schedule.
 struct HalfKeys {
   unsigned char first[9] = {};
   unsigned char second[9] = {};
@@ -198,7 +198,7 @@ struct HalfKeys {
   HalfKeys& operator=(HalfKeys const&) = delete;
 
  private:
-  // Five bytes become nine.
+  // Expands five bytes to nine.
   static void Stretch(unsigned char* k) {
     k[5] = static_cast<unsigned char>(k[0] ^ k[2] ^ 129);
     k[6] = static_cast<unsigned char>(k[0] ^ k[3] ^ k[4] ^ 66);
@@ -207,8 +207,8 @@ struct HalfKeys {
   }
 };
 
-// One block keeps the processor waiting for its look-ups. Blocks that do not depend on each other go through the rounds
-// together and fill the gaps.
+// With a single block the processor waits for its look-ups. Independent blocks go through the rounds together and fill
+// the gaps.
 constexpr long kGroup = 8;
 
 template <int kCount>
@@ -244,7 +244,7 @@ void SaferExpand(SaferContext& context, unsigned char const* key, long length, S
     for (int j = 0; j < kSaferBlock; j++) {
       unsigned const byte = half[strengthened ? (n + j) % 9 : j];
       unsigned const turned = byte << turn | byte >> (8 - turn);
-      // The first subkey is key bytes as they are; the others carry a constant each, so that they differ for any key.
+      // The first subkey is unchanged key bytes; the others include a constant each, so that they differ for any key.
       unsigned const bias = n == 0 ? 0 : context.exp[context.exp[9 * n + 10 + j]];
       context.subkeys[n * kSaferBlock + j] = static_cast<unsigned char>(turned + bias);
     }
@@ -255,8 +255,8 @@ void SaferArrange(SaferContext const& context, SaferSchedule& schedule) {
   for (int i = 0; i < kSaferMaxRounds; i++) {
     SaferRound& e = schedule.encode[i];
     SaferRound& d = schedule.decode[i];
-    unsigned char const* const k = context.subkeys + (2 * i + 1) * kSaferBlock;  // behind the tables of this round
-    unsigned char const* const n = k + kSaferBlock;                              // in front of those of the next
+    unsigned char const* const k = context.subkeys + (2 * i + 1) * kSaferBlock;  // after the tables of this round
+    unsigned char const* const n = k + kSaferBlock;                              // before those of the next
     for (int h = 0; h < 2; h++) {
       e.late[2 * h] = LateKey(k[4 * h + 1], kEncodeColumn[1]);
       e.late[2 * h + 1] = LateKey(k[4 * h + 2], kEncodeColumn[2]);
@@ -269,8 +269,8 @@ void SaferArrange(SaferContext const& context, SaferSchedule& schedule) {
     e.flip[1] = Lanes(0, n[3], 0, n[7]);
     d.flip[0] = Lanes(0, k[1], 0, k[5]);
     d.flip[1] = Lanes(k[2], 0, k[6], 0);
-    // What is to be added to the two words that a round gives, taken back through its last step: encoding makes
-    // (2 low + high, low + high), decoding (low - high, 2 high - low). In a lane, 256 - x is -x.
+    // The amounts added to the two result words of a round, moved back through its last step: encoding computes (2 low
+    // + high, low + high), decoding (low - high, 2 high - low). In a lane, 256 - x is -x.
     std::uint64_t const e0 = Lanes(0, n[2], 0, n[6]);
     std::uint64_t const e1 = Lanes(n[1], 0, n[5], 0);
     std::uint64_t const d0 = Lanes(-k[0], 0, -k[4], 0);

@@ -11,8 +11,8 @@ constexpr long kSaferMinRounds = 4;
 constexpr long kSaferMaxRounds = 13;
 constexpr long kSaferSubkeys = 2 * kSaferMaxRounds + 1;
 
-// The cipher as it is published: two tables and the subkeys, eight bytes each. A round uses two of them, and one more
-// follows the last round.
+// The cipher as published: two tables and the subkeys, eight bytes each. A round uses two subkeys, and one more follows
+// the last round.
 struct SaferContext {
   unsigned char exp[256];
   unsigned char log[256];
@@ -20,10 +20,10 @@ struct SaferContext {
 };
 static_assert(kSaferSubkeys * kSaferBlock <= 256, "the longest schedule fits");
 
-// How many bytes of key a variant takes.
+// The number of key bytes of a variant.
 enum class SaferKeySize : long { kShort = 5, k64 = 8, k128 = 16 };
 
-// The subkeys again, one entry per round, as the block functions want them (safer.cpp).
+// The subkeys again, one entry per round, in the form that the block functions use (safer.cpp).
 struct SaferRound {
   std::uint64_t add[2];
   std::uint64_t late[4];
@@ -37,14 +37,14 @@ struct SaferSchedule {
 // Fills `exp` and `log`.
 void SaferTables(SaferContext& context);
 
-// Fills the subkeys from `length` bytes of key, filled up with zeros or cut to `size`; SK is the strengthened schedule.
-// The tables must be there.
+// Fills the subkeys from `length` bytes of key, padded with zeros or cut to `size`; SK is the strengthened schedule.
+// The tables must be filled first.
 void SaferExpand(SaferContext& context, unsigned char const* key, long length, SaferKeySize size, bool strengthened);
 
 // Fills the schedule from the subkeys.
 void SaferArrange(SaferContext const& context, SaferSchedule& schedule);
 
-// Enciphers or deciphers `count` blocks in place, each by itself, with 0 to kSaferMaxRounds rounds. The blocks need no
+// Encrypt or decrypt `count` blocks in place, each by itself, with 0 to kSaferMaxRounds rounds. The blocks need no
 // alignment.
 void SaferEncode(SaferContext const& context, SaferSchedule const& schedule, long rounds, unsigned char* blocks,
                  long count);

@@ -22,8 +22,8 @@
 //
 // CONCURRENCY: a file is open only during a call. Several processes can append to one log: each record is one write, so
 // records do not mix, and only one process repairs a damaged file (flock). Only one process may append once the log has
-// reached its maximum, because WriteReg then cuts it. A process that holds a lock on the log cannot block its writers:
-// a repair waits for one second, then WriteReg returns false; a cut waits for a tenth of a second, then continues.
+// reached its maximum, because WriteReg then cuts it. A lock held by another process delays writers only briefly: a
+// repair waits for one second, then WriteReg returns false; a cut waits for a tenth of a second, then continues.
 //
 // DURABILITY: when WriteReg returns true, the record and the name of a new file are on disk (if the disk honours a
 // flush and the file system can sync). A power failure during WriteReg can leave that one record missing, partial (the

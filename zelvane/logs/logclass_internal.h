@@ -22,9 +22,9 @@ bool Append(int fd, std::string_view bytes);
 // Makes the file empty; creates it if missing. Returns true when that is on disk.
 bool EmptyFile(std::string const& path);
 
-// Locks an open file, exclusively or shared. A reader of a log must not be able to block its writers: if the lock is
-// not available within that many milliseconds, it is not held, and the object is false. A file system without locks
-// counts as locked.
+// Locks an open file, exclusively or shared. A reader of a log must not block its writers for good: if the lock is not
+// available within that many milliseconds, it is not held, and the object is false. A file system without locks counts
+// as locked.
 class FileLock {
  public:
   enum How { kShared, kAlone };
