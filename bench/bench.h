@@ -1,4 +1,4 @@
-// Shared by the benchmark programs. Names of benchmarks are task/who/size; table.py sets ours beside the others.
+// Shared by the benchmark programs. Names of benchmarks are task/who/size; table.py compares ours with the others.
 #ifndef ZELVANE_BENCH_BENCH_H
 #define ZELVANE_BENCH_BENCH_H
 
@@ -9,14 +9,14 @@
 #include <cstdlib>
 #include <string>
 
-// A comparison means nothing unless both computed the same: ends the program otherwise.
+// A comparison is meaningless unless both computed the same: otherwise ends the program.
 inline void Require(bool same, char const* what) {
   if (same) return;
   std::fprintf(stderr, "ours and the peer differ: %s\n", what);
   std::exit(1);
 }
 
-// A file in memory, gone with the object.
+// A file in memory, removed with the object.
 class ScratchFile {
  public:
   explicit ScratchFile(std::string const& name)

@@ -1,4 +1,4 @@
-// The configuration engine beside GKeyFile and SimpleIni, which keep comments too, and inih, which only reads.
+// Compares the configuration engine with GKeyFile and SimpleIni, which keep comments too, and inih, which only reads.
 #include <INIReader.h>
 #define SI_NO_CONVERSION
 #include <SimpleIni.h>
@@ -52,14 +52,14 @@ struct Sample {
   Entry const& Middle() const { return entries[entries.size() / 2]; }
 };
 
-// The text of the last save, while saves are kept from the disk: every engine hands over a text, and what a program
-// then does to bring it safely to disk is another matter.
+// The text of the last save while saves do not reach the disk. Every engine produces a text; how a program then writes
+// it safely to disk is a separate question.
 bool g_saveToDisk = true;
 std::string_view g_savedText;
 
 }  // namespace
 
-// Stands for the library's safe save (by the linker's --wrap).
+// Replaces the library's safe save (through the linker's --wrap).
 #define ZELVANE_SAFE_SAVE(prefix) \
   prefix##_ZN7zelvane8internal8SafeSaveERKNSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEESt17basic_string_viewIcS4_E
 extern "C" bool ZELVANE_SAFE_SAVE(__real_)(std::string const& path, std::string_view text);
@@ -72,7 +72,8 @@ extern "C" bool ZELVANE_SAFE_SAVE(__wrap_)(std::string const& path, std::string_
 
 namespace {
 
-// ---- The engines: each opens a file, reads and writes keys, walks over all and gives the text to be saved. ----
+// ---- The engines. Each opens a file, reads and writes keys, visits all of them and produces the text to be saved.
+// ----
 
 class Ours {
  public:
@@ -197,7 +198,7 @@ void Load(benchmark::State& state) {
   for (auto _ : state) Engine engine(sample.Path());
 }
 
-// The life of one exported call: everything loaded, ten keys read, everything gone.
+// The life of one exported call: load everything, read ten keys, free everything.
 template <class Engine>
 void ReadTen(benchmark::State& state) {
   Sample const& sample = Sample::Of(state);
@@ -283,7 +284,8 @@ void Memory(benchmark::State& state) {
   state.counters["bytes"] = bytes / static_cast<double>(sample.entries.size());
 }
 
-// One section of `count` keys, addressed by number. No peer does this; the cost of one step shall not grow with count.
+// One section of `count` keys, accessed by number. No comparison library does this; the cost of one step must not grow
+// with count.
 void FillOne(CfgClass& cfg, std::string const& path, int count) {
   std::ofstream(path).flush();
   Require(cfg.Open(path), "open");
@@ -309,7 +311,7 @@ void OursWalkDeleting(benchmark::State& state) {
     CfgClass cfg;
     FillOne(cfg, file.Path(), count);
     state.ResumeTiming();
-    for (unsigned long n = 0; n < cfg.GetKeyCount(); n++) cfg.DeleteKey(n);  // every second one
+    for (unsigned long n = 0; n < cfg.GetKeyCount(); n++) cfg.DeleteKey(n);  // every second key
     Require(cfg.GetKeyCount() == static_cast<unsigned long>(count) / 2, "deletions");
   }
 }
@@ -321,7 +323,7 @@ void Register(char const* task, void (*run)(benchmark::State&), std::initializer
   rows->Unit(benchmark::kMicrosecond);
 }
 
-// Every fifth power of the plot, and the three sizes of the table among them.
+// Five powers of ten for the plot, among them the three sizes of the table.
 constexpr auto kSizes = {100, 1000, 10000, 100000, 1000000};
 
 int const kRegistered = [] {

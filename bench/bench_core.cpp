@@ -1,4 +1,4 @@
-// The toolkit and Base64 beside what a programmer would pick instead: Abseil, fmt, fast_float, the `date` library,
+// Compares the core module and Base64 with the usual alternatives: Abseil, fmt, fast_float, the `date` library,
 // OpenSSL, GLib, and the C and C++ libraries.
 #include <absl/strings/ascii.h>
 #include <absl/strings/escaping.h>
@@ -26,7 +26,7 @@
 
 namespace {
 
-// ---- Base64 of 1 MiB. OpenSSL and GLib break lines at widths of their own; the rest is compared. ----
+// ---- Base64 of 1 MiB. OpenSSL and GLib break lines at widths of their own; everything else is compared. ----
 
 std::string const& Bytes() {
   static std::string const bytes = [] {
@@ -38,8 +38,8 @@ std::string const& Bytes() {
   return bytes;
 }
 
-// Each writes into a buffer that is large enough and gives the length; the buffer is made once, since the page faults
-// of a fresh megabyte would outweigh the work.
+// Each writes into a buffer that is large enough and returns the length. The buffer is allocated once, because the page
+// faults of a fresh megabyte would outweigh the work.
 std::size_t EncodeOurs(char* text, std::size_t size) {
   static EncodeBase64 codec;
   Require(codec.LoadFromBuf(Bytes().data(), Bytes().size()), "encode");
@@ -122,10 +122,10 @@ void TokenizeOurs(std::vector<std::string>& pieces, std::string const& text, cha
 
 void TokenizeAbseil(std::vector<std::string>& pieces, std::string const& text, char separator) {
   pieces = absl::StrSplit(text, separator);
-  pieces.pop_back();  // ours has no empty piece behind the last separator
+  pieces.pop_back();  // ours adds no empty token after the last separator
 }
 
-// A file's thousand lines, each split at its own separators; or one long line.
+// A thousand lines of a file, each split at its own separators; or one long line.
 template <auto kSplit, int kPieces, int kLines>
 void Tokenizing(benchmark::State& state) {
   std::string const line = Joined(';', kPieces);
@@ -137,7 +137,7 @@ void Tokenizing(benchmark::State& state) {
     for (int i = 0; i < kLines; i++) kSplit(pieces, line, ';');
 }
 
-// Each input goes through kWork, which gives what kSame gives.
+// Passes each input to kWork, whose result must equal that of kSame.
 template <auto kInputs, auto kWork, auto kSame>
 void Each(benchmark::State& state) {
   auto const& inputs = kInputs();
@@ -167,7 +167,7 @@ std::string UpperStd(std::string const& text) {
   return result;
 }
 
-// ---- Numbers, a thousand a turn. ----
+// ---- Numbers, a thousand per iteration. ----
 
 std::vector<int> const& Integers() {
   static std::vector<int> const integers = [] {
@@ -193,7 +193,7 @@ std::vector<double> const& Floats() {
   return floats;
 }
 
-// The texts of some values.
+// Returns the texts of some values.
 template <auto kInputs, auto kText>
 std::vector<std::string> const& TextsOf() {
   static std::vector<std::string> const texts = [] {
@@ -229,7 +229,8 @@ double FloatFastFloat(std::string const& text) {
   return value;
 }
 
-// ---- Dates, a thousand a turn: no leap day and no 31 December of a leap year, which are kept odd on purpose. ----
+// ---- Dates, a thousand per iteration. Without leap days and 31 December of leap years, which ours decodes
+// differently. ----
 
 struct Date {
   int year, month, day, hour, minute, second;

@@ -1,5 +1,5 @@
-// RIPEMD-256 and the SAFER variants beside libtomcrypt and Crypto++, from whole messages and buffers to whole results.
-// Keys are set beforehand. Each measurement first makes sure that its results are ours.
+// Compares RIPEMD-256 and the SAFER variants with libtomcrypt and Crypto++, on whole messages and buffers. Keys are set
+// beforehand. Each measurement first checks that the results equal ours.
 #include <benchmark/benchmark.h>
 #include <crypto++/modes.h>
 #include <crypto++/ripemd.h>
@@ -65,7 +65,7 @@ void Digest(benchmark::State& state) {
   state.SetBytesProcessed(state.iterations() * state.range(0));
 }
 
-// ---- Blocks, each by itself ----
+// ---- Independent blocks ----
 
 struct Variant {
   char const* name;
@@ -109,7 +109,7 @@ class Ours : public Coder {
   bool encode_;
 };
 
-// The block operations alone, one call a block, as the chained mode needs them.
+// Only the block operations, one call per block, as the chained mode needs them.
 class OursByBlock : public Coder {
  public:
   OursByBlock(Variant const& variant, Buffer const& key, bool encode) : encode_(encode) {

@@ -1,6 +1,5 @@
-// What it costs that an append and a save are on disk when they are told: beside the same system calls with the same
-// syncs, in memory, where a sync is nearly free, and on the scratch disk (ZELVANE_BENCH_DISK or /var/tmp), where it is
-// what counts.
+// The cost of durable appends and saves, compared with the same system calls and syncs. Measured in memory, where a
+// sync is nearly free, and on the scratch disk (ZELVANE_BENCH_DISK or /var/tmp), where the sync dominates.
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/random.h>
@@ -29,7 +28,7 @@ constexpr std::size_t kBound = 1024;
 constexpr std::size_t kBlock = 65536 / kRecord * kRecord;
 constexpr std::size_t kPage = 4096 / kRecord * kRecord;
 
-// A folder of its own, so that syncing it syncs nobody else's names.
+// A directory of its own, so that its sync covers no other names.
 class Place {
  public:
   explicit Place(bool disk) {
@@ -173,7 +172,7 @@ void FloorSave(benchmark::State& state, bool disk) {
   }
 }
 
-// In memory the processor's time is told, on the disk the time that passes.
+// In memory the processor time is reported, on the disk the elapsed time.
 template <class Body>
 void Register(char const* name, bool disk, Body body) {
   auto* const row = benchmark::RegisterBenchmark((std::string(name) + (disk ? "/disk" : "/memory")).c_str(),

@@ -1,5 +1,6 @@
-// The browse list beside the same list kept by hand over GKeyFile and SimpleIni; then the growing lists, with a hundred
-// thousand entries and a tenth of that, where ten times the entries shall cost about ten times the time.
+// Compares the browse list with the same list maintained by hand with GKeyFile and SimpleIni. Then measures the growing
+// lists, with a hundred thousand entries and a tenth of that: ten times the entries should cost about ten times the
+// time.
 #define SI_NO_CONVERSION
 #include <SimpleIni.h>
 #include <glib.h>
@@ -29,7 +30,7 @@ void WriteList(ScratchFile const& file, int count) {
   for (int i = 0; i < count; i += 10) out << i << " = ups" << i << ";" << AddressOf(i) << ";1;" << i << "\n";
 }
 
-// ---- By hand: what a program does that keeps the same file with a library for such files. ----
+// ---- By hand: what a program does that maintains the same file with a library for such files. ----
 
 constexpr int kGroupSize = 100;
 
@@ -221,7 +222,7 @@ void FillList(benchmark::State& state, bool maxPlusOne) {
   }
 }
 
-// The smallest identifier is free again and again, at the far end of a long list from where the last one was.
+// The smallest free identifier is, again and again, at the other end of a long list than the previous one.
 void RemoveAndAdd(benchmark::State& state) {
   int const count = static_cast<int>(state.range(0));
   ScratchFile const file("lists");

@@ -1,5 +1,5 @@
-// The logs beside what the machine does with the same bytes: appending event records against bare system calls, and the
-// statistics over a million of them against loops over an array. Files lie in memory.
+// Compares the logs with the minimum work on the same bytes: appending event records with bare system calls, and the
+// statistics over a million of them with loops over an array. Files are in memory.
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -70,8 +70,8 @@ void PeerAppend(benchmark::State& state) {
   for (auto _ : state) AppendPeer(path, when++, payload);
 }
 
-// The same calls with what the log owes its callers on top: how many records there are before and after, no scratch
-// file left of an earlier cut, a file that has its name on disk, and the record there, too.
+// The lower bound for a log that keeps its promises: the same calls, plus the number of records before and after, no
+// scratch file left by an earlier cut, a file whose name is on disk, and the record too.
 void FloorAppend(benchmark::State& state) {
   ScratchFile const log("append");
   std::string const &path = log.Path(), scratch = path + ".tmp";
@@ -138,8 +138,8 @@ void FloorOpen(benchmark::State& state) {
   }
 }
 
-// Each asks how long the file is, then opens it again and reads one record: the log owes its callers both, for every
-// record, because another program may cut the file at any moment.
+// Each call asks for the length of the file, then opens it again and reads one record. The log must do both for every
+// record, because another program can cut the file at any time.
 void OursReadByIndex(benchmark::State& state) {
   ScratchFile const file("read");
   FillLog(file.Path(), 10000);
@@ -173,11 +173,11 @@ void FloorReadByIndex(benchmark::State& state) {
 
 // ---- Statistics ----
 
-// A record every minute or so for two years, one in ten with the code that is asked for.
+// A record about every minute for two years, one in ten with the code that is searched.
 struct Sample {
   std::string bytes;
   void* handle = nullptr;
-  std::int32_t first = 0, last = 0;  // the bounds of a span in the middle, on whole days
+  std::int32_t first = 0, last = 0;  // the bounds of a span of whole days in the middle
 
   Sample() {
     std::mt19937 random(1);
@@ -207,7 +207,7 @@ struct Sample {
   }
 };
 
-// No leap day lies in the span, so that a date is in it when its moment is.
+// There is no leap day in the span, so a date is in it if its time is.
 unsigned long CountPeer(Sample const& sample, std::uint16_t code) {
   unsigned long count = 0;
   char const* const end = sample.bytes.data() + sample.bytes.size();
@@ -233,7 +233,7 @@ void PeerCount(benchmark::State& state) {
   for (auto _ : state) benchmark::DoNotOptimize(CountPeer(sample, kStart));
 }
 
-// Right for logs in order of time that go on beyond the span.
+// Correct for logs in chronological order that continue after the span.
 long TimePeer(Sample const& sample) {
   long total = 0;
   std::int32_t begun = -1;

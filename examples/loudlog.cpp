@@ -1,7 +1,7 @@
-// A log that says aloud what it is given. Only one step of LogClass is replaced; the others, which call it through the
-// virtual table, become loud with it.
+// A log that prints every record it is given. It replaces only one virtual hook of LogClass. The other operations call
+// that hook through the virtual table, so they print too.
 //
-//   loudlog FILE      appends four events of a power cut, and keeps the newest three
+//   loudlog FILE      appends four events of a power failure, and keeps the newest three
 #include <zelvane/zelvane.h>
 
 #include <array>
@@ -9,7 +9,7 @@
 
 namespace {
 
-using Event = std::array<unsigned char, 64>;  // the code, little-endian, then what the program likes
+using Event = std::array<unsigned char, 64>;  // the code, little-endian, then data of the program
 
 class LoudLog : public LogClass {
  public:

@@ -1,4 +1,4 @@
-// Base64 and the cipher: decode(encode(x)) = x, and any text decodes to something.
+// Base64 and the cipher: decode(encode(x)) = x, and any text can be decoded.
 #include "zelvane/crypto/base64.h"
 #include "fuzz.h"
 #include "zelvane/crypto/cipher.h"

@@ -1,5 +1,5 @@
-// A configuration file: what is untouched stays byte for byte, what is written is read back, and a saved file loads as
-// what it was saved from.
+// A configuration file: unchanged lines stay byte for byte, written values are read back, and a saved file loads with
+// the contents it was saved with.
 #include "fuzz.h"
 #include "zelvane/config/cfgclass.h"
 

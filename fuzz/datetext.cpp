@@ -1,4 +1,4 @@
-// Text of dates and numbers: what is written is read back.
+// Text of dates and numbers: written values are read back.
 #include <stdexcept>
 
 #include "fuzz.h"
@@ -12,7 +12,7 @@ int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size) {
   try {
     long const read = StrToDateTime(text, rest, -1);
     fuzz::Check(read >= -1 && read <= 2147483647L, "32 bits");
-  } catch (std::out_of_range const&) {  // stated: text shorter than its format
+  } catch (std::out_of_range const&) {  // documented: text shorter than its format
   }
   DateTimeToStr(rest, time);
   int year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0;

@@ -1,4 +1,4 @@
-// What the fuzzers share: a file in memory-backed scratch space, and a check that ends the run.
+// Shared by the fuzzers: a file in memory-backed scratch space, and a check that ends the run.
 #ifndef ZELVANE_FUZZ_FUZZ_H
 #define ZELVANE_FUZZ_FUZZ_H
 
@@ -20,7 +20,7 @@ inline void Check(bool holds, char const* what) {
   abort();
 }
 
-// A path of this process's own; the file goes when the process ends, unless it crashes.
+// A path of this process's own. The file is removed when the process ends, unless it crashes.
 class File {
  public:
   explicit File(char const* suffix = "") {
@@ -51,7 +51,7 @@ inline std::string Text(uint8_t const* data, size_t size) {
   return std::string(reinterpret_cast<char const*>(data), size);
 }
 
-// The first `count` bytes of what is left, taken off it.
+// Removes the first `count` bytes from `rest` and returns them.
 inline std::string Take(std::string& rest, size_t count) {
   std::string const front = rest.substr(0, count);
   rest.erase(0, count);

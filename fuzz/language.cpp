@@ -1,4 +1,4 @@
-// A language file: what is set is read, what is not set stays.
+// A language file: a text that was set is read back, all others stay.
 #include "fuzz.h"
 #include "zelvane/core/strutils.h"
 #include "zelvane/lang/langclass.h"
@@ -20,7 +20,7 @@ int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size) {
   bool const set = lang.SetLangStr(id, text.c_str());
   fuzz::Check(!set || fits, "what the file cannot hold is refused");
   if (set && loaded && id >= 0) {
-    // The first spelling of a number counts, which need not be the one that is written.
+    // The first spelling of a number counts, which need not be the one that was written.
     std::string const there = lang.GetLangStr(id);
     fuzz::Check(
         there == Trim(text.c_str()) || rest.find('0') != std::string::npos || rest.find('+') != std::string::npos,

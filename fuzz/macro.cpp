@@ -1,4 +1,4 @@
-// Symbolic file names, and file names as text.
+// Symbolic file names, and operations on file names.
 #include "fuzz.h"
 #include "zelvane/config/paths.h"
 #include "zelvane/core/fileutils.h"

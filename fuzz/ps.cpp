@@ -1,4 +1,4 @@
-// The output of ps, through a `ps` that prints what the fuzzer made.
+// The output of ps, from a `ps` that prints the fuzzer's input.
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/wait.h>
@@ -16,7 +16,7 @@ std::string g_output;
 
 }  // namespace
 
-// In the place of the C library's: no shell and no process is needed to read a file.
+// Replaces the C library's function: reading a file needs no shell and no process.
 extern "C" int pipe2(int* ends, int) noexcept {
   ends[0] = open(g_output.c_str(), O_RDONLY | O_CLOEXEC);
   ends[1] = open("/dev/null", O_WRONLY | O_CLOEXEC);

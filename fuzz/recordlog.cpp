@@ -1,4 +1,5 @@
-// A record log and its statistics: records x size = length, reading in both ways, no count above the number of records.
+// A record log and its statistics: records x size = length, both ways of reading agree, no count exceeds the number of
+// records.
 #include "fuzz.h"
 #include "zelvane/logs/logclass.h"
 #include "zelvane/logs/logreader.h"

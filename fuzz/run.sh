@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
-# Runs every fuzzer for that many seconds, as many at once as there are processors:
-# fuzz/run.sh BUILD_FOLDER SECONDS [SEED]. With a seed a new folder goes through the same inputs every time.
-# What is found stays in BUILD_FOLDER/found; what is learned stays in BUILD_FOLDER/corpus for the next run.
+# Runs every fuzzer for that many seconds, as many in parallel as there are processors:
+# fuzz/run.sh BUILD_DIRECTORY SECONDS [SEED]. With a seed, an empty corpus goes through the same inputs every time.
+# Findings stay in BUILD_DIRECTORY/found; the corpus stays in BUILD_DIRECTORY/corpus for the next run.
 set -euo pipefail
 build=$1
 seconds=$2
-seed=${3:-0}  # 0: another one each time
+seed=${3:-0}  # 0: a different one each time
 here=$(cd "$(dirname "$0")" && pwd)
 export here build seconds seed
 one() {

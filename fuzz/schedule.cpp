@@ -1,4 +1,4 @@
-// A schedule: sorted, without the past, and the same after it has been saved and loaded.
+// A schedule: sorted, without past entries, and unchanged after a save and a load.
 #include "fuzz.h"
 #include "zelvane/core/datetime.h"
 #include "zelvane/logs/proglist.h"

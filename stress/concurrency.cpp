@@ -1,4 +1,4 @@
-// Several processes, or threads, at once.
+// Several concurrent processes or threads.
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -19,7 +19,7 @@ namespace {
 constexpr unsigned long kPayload = 64;
 constexpr long kRecords = 2000;
 
-// The number of children that said false.
+// Returns the number of children that returned false.
 int Together(int count, std::function<bool(int)> const& body) {
   for (int number = 0; number < count; number++) {
     if (fork() == 0) _exit(body(number) ? 0 : 1);
@@ -42,7 +42,7 @@ bool AppendMany(std::string const& path, int number) {
   return true;
 }
 
-// Every record is there once, whole, and each writer's are in its order.
+// Returns whether every record is there exactly once, complete, and those of each writer are in its order.
 bool HoldsAll(std::string const& path, int writers) {
   LogClass log;
   log.SetFile(path);
@@ -73,7 +73,7 @@ int Appending(World& world) {
   return failures;
 }
 
-// Several programs find one torn log: one repairs it, and the records of all are there.
+// Several programs find a damaged log: one repairs it, and the records of all are there.
 int Repairing(World& world) {
   constexpr int kRounds = 50, kWriters = 4;
   int lost = 0;
@@ -94,7 +94,7 @@ int Repairing(World& world) {
   return lost;
 }
 
-// Readers beside a program that cuts its log with every record: the records that they see follow each other.
+// Readers of a log that another program cuts with every record: the records that they see are consecutive.
 int Opening(World& world) {
   constexpr int kOpens = 1000, kBound = 200;
   std::string const path = world.base + "root/shared.rgt";
@@ -137,7 +137,7 @@ int Opening(World& world) {
   return failed + !wrote;
 }
 
-// A writer that goes on between two contents, and readers that must meet one of them.
+// A writer that alternates between two contents, and readers that must see one of them.
 int Reading(World& world) {
   constexpr int kReads = 3000;
   std::string const one = "[A]\nkey = 1\n" + std::string(20000, ';') + "\nlast = 1";

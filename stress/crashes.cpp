@@ -1,4 +1,4 @@
-// Writers killed at every call, and at moments of chance.
+// Kills writers at every call, and at random times.
 #include <sched.h>
 #include <signal.h>
 #include <sys/mman.h>
@@ -21,8 +21,8 @@ namespace {
 struct Writer {
   char const* name;
   char const* scenario;  // what it does
-  bool log;              // records may be lost while they are being written; else each file is old or new
-  bool again;            // at random moments it does it again and again until it is killed
+  bool log;              // records may be lost while they are being written; otherwise each file is old or new
+  bool again;            // in the random kills it repeats the scenario until it is killed
 };
 
 constexpr Writer kWriters[] = {
@@ -37,7 +37,7 @@ constexpr Writer kWriters[] = {
 constexpr std::size_t kPayload = 64;
 constexpr long kBound = 9;
 
-// What the files may hold: before and after.
+// The possible contents of the files: before and after.
 struct Expected {
   Files before;
   Files after;
@@ -50,13 +50,13 @@ Expected Learn(World& world, Scenario const& scenario) {
   return {before, world.Get()};
 }
 
-// Shared with the child: whether it is at work (1) or through (2), and how often it has told success.
+// Shared with the child: whether it is at work (1) or finished (2), and how often it has reported success.
 struct Shared {
   std::atomic<int> stage;
   std::atomic<long> told;
 };
 
-// What the writer has told to be done must be there, too.
+// Returns whether the files are sound. Everything that the writer has reported as done must be there too.
 bool IsSound(Writer const& writer, Expected const& expected, World const& world, long told, long* lost) {
   Files const files = world.Get();
   if (writer.log) {
@@ -64,7 +64,7 @@ bool IsSound(Writer const& writer, Expected const& expected, World const& world,
     long const last = static_cast<long>(expected.before.at("root/logevt.rgt").size() / (4 + kPayload)) - 1;
     std::size_t const whole = log.size() / (4 + kPayload) * (4 + kPayload);
     *lost += whole != log.size();
-    // All records that were there before, but for the one that goes when the new one has come.
+    // All earlier records, except the one that is dropped for the new one.
     bool const cut = last + 1 >= kBound;
     if (cut && told > 0) return HoldsNewest(log.substr(0, whole), kPayload, kBound, last + 1);
     if (!cut && static_cast<long>(whole / (4 + kPayload)) < last + 1 + told) return false;
@@ -88,7 +88,7 @@ pid_t Start(Body&& body) {
   return child;
 }
 
-// The child is killed at its call number `at`. True when it had no such call.
+// Kills the child at its call number `at`. Returns true if it had no such call.
 bool KillAtCall(World& world, Scenario const& scenario, long at) {
   pid_t const child = Start([&] {
     ShimArm(SHIM_ANY, at, SHIM_KILL, 0);
@@ -99,7 +99,7 @@ bool KillAtCall(World& world, Scenario const& scenario, long at) {
   return WIFEXITED(status);
 }
 
-// The child is killed that many microseconds after its beginning; true when it was not through by then.
+// Kills the child that many microseconds after its start. Returns true if it was not yet finished.
 bool KillAfter(World& world, Scenario const& scenario, bool again, double moment, Shared& shared) {
   shared.stage = 0;
   pid_t const child = Start([&] {
@@ -120,7 +120,7 @@ bool KillAfter(World& world, Scenario const& scenario, bool again, double moment
 }  // namespace
 
 int Crashes(World& world, int killsPerWriter) {
-  std::mt19937 chance(20260321);  // the same moments every time, as far as the machine lets them
+  std::mt19937 chance(20260321);  // the same times in every run, as far as the machine allows
   auto* const shared =
       static_cast<Shared*>(mmap(nullptr, sizeof(Shared), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
   long failures = 0;
@@ -144,7 +144,7 @@ int Crashes(World& world, int killsPerWriter) {
     for (; atCalls + atRandom < killsPerWriter; atRandom++) {
       world.Set(scenario.files);
       shared->told = 0;
-      // The span of the moments follows the machine: about half of the kills are to come while the writer is at work.
+      // The range of the times adapts to the machine: about half of the kills should hit the writer at work.
       bool const inside =
           KillAfter(world, scenario, writer.again, std::uniform_real_distribution<>(0, span)(chance), *shared);
       if (!writer.again) span *= inside ? 1.05 : 0.95;

@@ -16,7 +16,7 @@ Disk* g_disk = nullptr;
 
 std::string FolderOf(std::string const& name) { return name.substr(0, name.rfind('/') + 1); }
 
-// These bytes of a file's pages; 0 where there are none.
+// Returns these bytes of a file's pages; 0 where there are none.
 std::string Piece(std::string const& bytes, std::size_t at, std::size_t size) {
   std::string piece = at < bytes.size() ? bytes.substr(at, size) : "";
   piece.resize(size, '\0');
@@ -82,7 +82,7 @@ void Disk::Told() {
   steps_.push_back("success told");
 }
 
-// The name below the base folder; "" for any other.
+// Returns the name below the base directory; "" for any other.
 std::string Disk::Below(char const* path) const {
   std::string name = path;
   for (std::size_t at = 0; (at = name.find("//", at)) != std::string::npos;) name.erase(at, 1);
@@ -162,7 +162,7 @@ void Disk::Changed(int number, std::string const& what, std::string bytes, std::
   steps_.push_back(what + " of " + file.name);
 }
 
-// Page by page: each may be on its way to the disk, with the length that it gave the file, before the next one comes.
+// Writes page by page: each page can go to the disk, with the length it gave the file, before the next one is written.
 void Disk::Write(int file, std::string const& bytes, std::size_t at) {
   for (std::size_t done = 0; done < bytes.size();) {
     std::size_t const piece = std::min(bytes.size() - done, kPage - (at + done) % kPage);
@@ -177,7 +177,7 @@ void Disk::Write(int file, std::string const& bytes, std::size_t at) {
   }
 }
 
-// The page in which a shortened file ends is filled up with 0; those behind it lie there until the length is settled.
+// The last page of a shortened file is filled with 0. Later pages stay until the length is settled.
 void Disk::Resize(int file, std::size_t size) {
   Version const last = files_[static_cast<std::size_t>(file)].versions.back();
   std::string now = last.bytes;
@@ -229,7 +229,7 @@ std::string Disk::BytesAt(File const& file, std::size_t cut, Choices& choices, s
   std::set<std::size_t> sizes;
   for (std::size_t i = first; i <= last; i++) sizes.insert(versions[i].size);
   std::size_t const size = *std::next(sizes.begin(), choices.Of(sizes.size()));
-  // Whole from one moment, by pages, or by sectors: all three are among the last, but seldom there by chance.
+  // Everything from one time, by pages, or by sectors: the last includes the others, but rarely by chance.
   static constexpr std::size_t kGrains[] = {static_cast<std::size_t>(-1), kPage, kSector};
   unsigned const grain = choices.Of(3);
   how += "; " + file.name + " with " + std::to_string(size) + " bytes" +

@@ -1,12 +1,14 @@
-// A disk that loses power: records what a scenario does to its files, and makes what a power cut may leave of it.
+// A simulated disk that loses power: records what a scenario does to its files, and creates the states that a power cut
+// can leave.
 //
-// The assumptions, which docs/reliability.md has in words:
-// - What a successful fsync or fdatasync of a file covers is there: its bytes and its length. The disk honours a flush.
-// - What was written later may be there or not, each page of 4,096 bytes for itself, and within a page each sector of
-//   512 bytes. A sector holds its settled bytes or those of any moment since.
-// - The length is any that the file has had since its last sync, whatever its bytes are. Bytes that never came are 0.
-// - A name is there for certain only after a sync of its folder. Until then names are lost from the last one back, as
-//   with a journal, or each for itself. A rename is done or not. A sync of a file settles no name.
+// Assumptions (docs/reliability.md explains them):
+// - After a successful fsync or fdatasync of a file its bytes and its length are on disk. The disk honours a flush.
+// - Later writes may be on disk or not, independently for each page of 4,096 bytes and, within a page, each sector of
+//   512 bytes. A sector has its settled bytes or those of any time since.
+// - The length is any that the file has had since its last sync, whatever its bytes are. Bytes that never arrived are
+//   0.
+// - A name is certainly on disk only after a sync of its directory. Until then names are lost from the last one back,
+//   as with a journal, or each independently. A rename is done or not. A sync of a file settles no name.
 #ifndef ZELVANE_STRESS_CRASHSTATES_H
 #define ZELVANE_STRESS_CRASHSTATES_H
 
@@ -23,17 +25,17 @@
 
 namespace stress {
 
-// Decides what a cut leaves: each combination once, or by chance from a seed.
+// Decides what a cut leaves: every combination once, or at random from a seed.
 class Choices {
  public:
-  // A number below `count`.
+  // Returns a number below `count`.
   unsigned Of(std::size_t count);
-  // Goes on to the next combination; false after the last one.
+  // Continues with the next combination. Returns false after the last one.
   bool Next();
   void ByChance(unsigned seed);
 
  private:
-  std::vector<std::pair<unsigned, unsigned>> taken_;  // the choice, and out of how many
+  std::vector<std::pair<unsigned, unsigned>> taken_;  // the choice, and the number of alternatives
   std::size_t at_ = 0;
   bool random_ = false;
   std::mt19937 chance_;
@@ -41,29 +43,29 @@ class Choices {
 
 class Disk {
  public:
-  // Records from now on what this process does below the base folder, whose files count as settled.
+  // Starts to record what this process does below the base directory, whose files count as settled.
   explicit Disk(World const& world);
   ~Disk();
   Disk(Disk const&) = delete;
   Disk& operator=(Disk const&) = delete;
 
-  // A step has told success.
+  // A step has reported success.
   void Told();
-  // Ends the recording. The files as they are without a power cut.
+  // Ends the recording. Returns the files as they are without a power cut.
   Files Stop();
 
   struct State {
     Files files;
     std::map<std::string, mode_t> modes;
     std::size_t told = 0;
-    std::string how;  // for a person
+    std::string how;  // for the report
   };
   State Cut(Choices& choices) const;
 
  private:
   struct Version {
     std::size_t step;
-    std::string bytes;  // what lies in the pages, behind the end too where a truncation is not settled
+    std::string bytes;  // contents of the pages, also after the end if a truncation is not settled
     std::size_t size;
   };
   struct File {
@@ -94,14 +96,14 @@ class Disk {
   std::string BytesAt(File const& file, std::size_t cut, Choices& choices, std::string& how) const;
 
   std::string const base_;
-  std::vector<std::string> steps_;  // what was done, in words
+  std::vector<std::string> steps_;  // what was done, for the report
   std::vector<std::size_t> told_;
   std::vector<File> files_;
   std::map<std::string, int> before_;
   std::map<std::string, int> names_;
   std::vector<Naming> namings_;
   std::vector<FolderSync> syncs_;
-  std::map<int, int> open_;  // descriptor, and number of the file
+  std::map<int, int> open_;  // descriptor, number of the file
   std::map<int, std::string> folders_;
 };
 

@@ -1,4 +1,4 @@
-// Every call that can fail, failing at every place, one after the other.
+// Makes every call that can fail do so, at every place, one after the other.
 #include <errno.h>
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -30,7 +30,7 @@ char const* const kCallNames[] = {"open",      "read",    "write", "lseek",  "cl
                                   "ftruncate", "mkstemp", "fork",  "malloc", "status", "flock", "remove"};
 char const* const kModeNames[] = {"once", "ever after", "short", "full", "interrupted", "kill"};
 
-// What one kind of call may fail with; ends in 0.
+// Returns the errno values with which one kind of call can fail.
 std::vector<int> Reasons(ShimCall call) {
   switch (call) {
     case SHIM_OPEN: return {EMFILE, EACCES, EIO, ENOSPC};
@@ -51,12 +51,12 @@ std::vector<int> Reasons(ShimCall call) {
 struct Outcome {
   bool ok = false;
   bool threw = false;
-  bool strange = false;  // threw something else than bad_alloc
-  long calls = 0;        // of the kind that was to fail
-  long kept = 0;         // pieces of memory
+  bool strange = false;  // threw something other than bad_alloc
+  long calls = 0;        // of the kind that should fail
+  long kept = 0;         // allocated blocks
   std::string notes;
   Files files;
-  bool otherRoot = false;  // found without the settings file
+  bool otherRoot = false;  // ran without the settings file
 };
 
 int OpenDescriptors() {
@@ -110,7 +110,7 @@ class Injection {
   }
 
  private:
-  // Runs the scenario, under a fault or not.
+  // Runs the scenario, with or without a fault.
   Outcome Once(Fault const* fault) {
     Outcome outcome;
     if (fault != nullptr) ShimArm(fault->call, fault->at, fault->mode, fault->reason);
@@ -129,9 +129,9 @@ class Injection {
     return outcome;
   }
 
-  // What the scenario does undisturbed, the states that its files go through, and what it tells without some of them.
+  // Learns what the scenario does undisturbed, the states of its files, and its results without some of them.
   void Learn() {
-    for (int i = 0; i < 3; i++) {  // the first one warms up what the C library keeps
+    for (int i = 0; i < 3; i++) {  // the first run fills the caches of the C library
       world_.Set(scenario_.files);
       before_ = world_.Get();
       g_world = &world_;
@@ -153,7 +153,7 @@ class Injection {
         if ((subset >> i & 1U) != 0) files.erase(side[i]);
       world_.Set(files);
       permitted_.push_back(Once(nullptr));
-      // What was missing is there, unread, as it was.
+      // Missing files count as present, unread and unchanged.
       for (std::size_t i = 0; i < side.size(); i++) {
         if ((subset >> i & 1U) == 0) continue;
         permitted_.back().files[side[i]] = before_.at(side[i]);
@@ -201,8 +201,8 @@ class Injection {
     return (scenario_.traits & kAnyNotes) != 0 || ((scenario_.traits & kNeedsPs) != 0 && fault.call != SHIM_MALLOC);
   }
 
-  // Whether this may be what became of the fault. A file that this user may not read counts as missing; one that cannot
-  // be read just now does not.
+  // Returns whether this can be the result of the fault. A file that this user may not read counts as missing; a file
+  // that is temporarily unreadable does not.
   bool IsPermitted(Fault const& fault, Outcome const& each) const {
     bool const refused = (fault.call == SHIM_OPEN || fault.call == SHIM_STATUS) && fault.reason == EACCES;
     bool const table = (scenario_.traits & kTable) != 0 && fault.call != SHIM_MALLOC && !each.otherRoot;
@@ -239,7 +239,7 @@ class Injection {
       if (outcome.files.count(name) == 0) Complain(fault, "gone: " + name);
   }
 
-  // Of a file that is being made: the beginning of what it becomes; of a folder, that it is there.
+  // Returns whether a new file has the beginning of its final contents. For a directory it is enough that it exists.
   bool IsPart(std::string const& name, std::string const& bytes) {
     if (name.back() == '/') return true;
     auto const made = done_.files.find(name);
@@ -255,7 +255,7 @@ class Injection {
     return ": something is missing";
   }
 
-  // The fault is gone.
+  // Runs the scenario again without the fault.
   void Again(Fault const& fault) {
     if ((scenario_.traits & (kTwice | kPart)) != 0) world_.Set(scenario_.files);
     world_.ForgetOtherRoot();
@@ -294,12 +294,12 @@ int Faults(World& world, bool brief, std::string const& only) {
     scenarios++;
     long const runs = progress->runs;
     std::fflush(stdout);
-    // A process of its own: a crash must not end the run, and shows where it was.
+    // A separate process: a crash must not end the run, and must show where it was.
     pid_t const child = fork();
     if (child == 0) {
       alarm(1200);
       Injection(world, scenario, *progress).Run(brief);
-      std::exit(0);  // not _exit: a build that measures coverage writes down here what was reached
+      std::exit(0);  // not _exit: a build for coverage writes its results here
     }
     int status = 0;
     waitpid(child, &status, 0);

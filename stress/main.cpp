@@ -24,7 +24,7 @@ int Usage() {
   return 2;
 }
 
-// Thousands of files are written and synced, and nothing is learnt from the syncs of a real disk there.
+// Thousands of files are written and synced; syncs of a real disk would only take time.
 void GoToMemory() {
   struct statvfs memory;
   bool const usable = statvfs("/dev/shm", &memory) == 0 && (memory.f_flag & ST_NOEXEC) == 0;

@@ -1,4 +1,4 @@
-// What was told to be done is there after a power cut, and the library goes on from there.
+// After a power cut everything reported as done is there, and the library continues from there.
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -19,7 +19,7 @@ namespace {
 
 constexpr char kLog[] = "root/logevt.rgt";
 constexpr char kText[] = "root/a.log";
-constexpr long kNew = 30000;  // the record, and the line, of the call after the cut
+constexpr long kNew = 30000;  // the record or line of the call after the cut
 constexpr long kNoBound = 1000000;
 constexpr long kBound = 130;
 
@@ -29,20 +29,20 @@ struct Case {
   char const* name;
   Kind kind;
   Files files;
-  std::size_t steps;                        // how often something is told
-  bool (*step)(World& world, long number);  // the steps count on from `first`
-  long first = 0;                           // of records and lines: as many are there at the beginning
+  std::size_t steps;                        // how many steps report success
+  bool (*step)(World& world, long number);  // steps are numbered from `first`
+  long first = 0;                           // records and lines: the number at the start
   std::size_t payload = 64;
   long bound = kNoBound;
-  std::vector<std::string> kept = {};    // copies kept aside hold these in the end
-  bool (*next)(World& world) = nullptr;  // of files: another change
+  std::vector<std::string> kept = {};    // backup copies must contain these in the end
+  bool (*next)(World& world) = nullptr;  // files: another change
   char const* changes = nullptr;         // the file that it changes
-  std::size_t unit = 0;                  // of which it keeps each piece: bytes, or 0 for lines
+  std::size_t unit = 0;                  // size of the units that this change keeps: bytes, or 0 for lines
 };
 
-// ---- What is done ----
+// ---- Steps ----
 
-// Never nothing but zeros, as what is missing is.
+// Never only zeros, because missing bytes are zeros.
 std::string Made(long number, std::size_t payload) { return Record(number + 1000, payload); }
 
 std::string Log(long first, long end, std::size_t payload = 64) {
@@ -66,7 +66,7 @@ bool AppendBoundOnce(World& world, long number) {
   return Append(world, number, 64, number == kBound ? kBound : kNoBound);
 }
 
-// The first time beside a copy of the torn log that somebody has made, and not brought to disk.
+// The first step adds a copy of the damaged log that somebody has made and not synced.
 bool AppendBesideCopy(World& world, long number) {
   std::string const bytes = world.Get()[kLog], copy = world.Path(kLog) + std::string(".bad");
   if (number > 0) return AppendSmall(world, number);
@@ -119,7 +119,7 @@ bool AddToSchedule(World& world) {
          list.GetRegCount() >= 1;
 }
 
-// Two names of one file, then a change of it: no new file may take its place. The change fits into a sector, and the
+// Two names for one file, then a change of it: no new file may replace it. The change fits into one sector, and the
 // length stays.
 bool SaveUnderTwoNames(World& world, long number) {
   if (number > 0) return Save(world, kCfg, "K", 8);
@@ -142,7 +142,7 @@ constexpr char const* kManyChanges = "CfgClass: many changes, one save";
 
 bool SaveNewSettings(World& world) { return RunScenario<kNewSettings>(world, 0) && SaveNext<kClient>(world); }
 
-// A configuration file, and the other change that the next call makes to it.
+// A configuration file, and the change that the next call makes to it.
 Case Saves(char const* name, Files const& files, bool (*step)(World&, long), bool (*next)(World&), char const* changes,
            std::size_t unit = 0) {
   return {name, kFiles, files, 1, step, 0, 0, 0, {}, next, changes, unit};
@@ -203,15 +203,15 @@ std::vector<Case> const& Cases() {
   return cases;
 }
 
-// ---- What is found ----
+// ---- Results ----
 
-// The files after each step, the beginning first.
+// The files after each step, the initial ones first.
 using History = std::vector<Files>;
 
 struct Tally {
   long states = 0;
-  long completed = 0;   // the record log was torn, or a cut had been interrupted
-  long unfinished = 0;  // something of the record that was being written stays in the log
+  long completed = 0;   // the record log was damaged, or a cut was interrupted
+  long unfinished = 0;  // a part of the record that was being written stays in the log
 };
 
 char const* const kSound = nullptr;
@@ -227,7 +227,7 @@ bool Matches(std::string const* bytes, std::string const* wanted) {
   return bytes == nullptr ? wanted == nullptr : wanted != nullptr && *bytes == *wanted;
 }
 
-// Each file as it was told to be, or as the step in progress makes it; copies kept aside first.
+// Each file is as reported, or as the current step makes it; backup copies come first.
 char const* JudgeFiles(History const& history, std::size_t told, Files const& found) {
   Files const &old = history[told], &made = history[std::min(told + 1, history.size() - 1)];
   for (auto const& [name, bytes] : found) {
@@ -244,7 +244,7 @@ char const* JudgeFiles(History const& history, std::size_t told, Files const& fo
   return kSound;
 }
 
-// Whether each line, or piece of `unit` bytes, of `before` is in `after`, in order.
+// Returns whether each line, or unit of `unit` bytes, of `before` is in `after`, in order.
 bool Keeps(std::string const& before, std::string const& after, std::size_t unit) {
   std::size_t from = 0;
   for (std::size_t at = 0, end = 0; at < before.size(); at = end) {
@@ -256,15 +256,15 @@ bool Keeps(std::string const& before, std::string const& after, std::size_t unit
   return true;
 }
 
-// Whether a copy kept aside holds these bytes.
+// Returns whether a backup copy contains these bytes.
 bool IsAside(Files const& files, std::string const& bytes) {
   return std::any_of(files.begin(), files.end(), [&](auto const& file) {
     return StartsWith(file.first, std::string(kLog) + ".bad") && file.second.find(bytes) != std::string::npos;
   });
 }
 
-// The log after the next call: each record that was told, once and in order, perhaps one that was being written, and
-// the one of that call.
+// Checks the log after the next call: each reported record once and in order, perhaps one that was being written, and
+// the record of that call.
 char const* JudgeRecords(Case const& what, std::size_t told, Files const& before, Files const& after, Tally& tally) {
   std::size_t const length = 4 + what.payload;
   long const end = what.first + static_cast<long>(told), dropped = std::max(0L, std::min(end - what.bound, end));
@@ -279,7 +279,7 @@ char const* JudgeRecords(Case const& what, std::size_t told, Files const& before
   records.pop_back();
   bool const torn = raw != nullptr && raw->size() % length != 0;
   tally.completed += torn || before.count(std::string(kLog) + ".tmp") > 0;
-  // A torn log is begun anew, as it always was: what it held is beside it.
+  // A damaged log is started again, as always: its contents are in the copy beside it.
   if (torn && records.empty() && IsAside(after, Log(dropped, end, what.payload))) return kSound;
   long others = 0;
   if (!records.empty() && (end == 0 || records.back() != Made(end - 1, what.payload))) {
@@ -326,7 +326,7 @@ Files Visible(World const& world) {
   return files;
 }
 
-// Null when all is well with what is in the world now; else what is wrong. Makes the next call.
+// Makes the next call and checks the files in the world. Returns null if everything is right, otherwise what is wrong.
 char const* Judge(Case const& what, History const& history, std::size_t told, World& world, Tally& tally) {
   tally.states++;
   Files const before = Visible(world);
@@ -346,7 +346,7 @@ char const* Judge(Case const& what, History const& history, std::size_t told, Wo
   return (what.kind == kLines ? JudgeLines : JudgeRecords)(what, told, before, Visible(world), tally);
 }
 
-// Does it all without a power cut. Empty when a step fails.
+// Runs all steps without a power cut. Returns an empty history if a step fails.
 History Learn(World& world, Case const& what, Disk* disk) {
   History history = {Visible(world)};
   for (std::size_t i = 0; i < what.steps; i++) {
@@ -357,7 +357,7 @@ History Learn(World& world, Case const& what, Disk* disk) {
   return history;
 }
 
-// ---- Every state, or a sample ----
+// ---- All states, or a sample ----
 
 struct Faults {
   long count = 0;
@@ -369,8 +369,8 @@ void Restore(World& world, Disk::State const& state) {
   for (auto const& [name, mode] : state.modes) (void)!chmod(world.Path(name.c_str()), mode);
 }
 
-// Each state once: all, where so many combinations make them all, or else as many as are drawn by chance. Whether it
-// was all.
+// Visits each state once: all of them if there are few enough combinations, otherwise as many as chance draws. Returns
+// whether it was all of them.
 template <class Body>
 bool ForEachState(Disk const& disk, long budget, Body&& body) {
   std::unordered_set<std::string> seen;

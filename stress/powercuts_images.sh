@@ -1,13 +1,13 @@
 #!/usr/bin/env bash
-# Power cuts of real file systems: usage: powercuts_images.sh ZELVANE_STRESS
-# Each case is done on an image of its own, mounted. The image file is copied, still mounted, 1 s and 7 s after the last
-# success was told, with no sync in between: the copy holds what the kernel has given to the disk by then. The copies
+# Power cuts of real file systems. Usage: powercuts_images.sh ZELVANE_STRESS
+# Each case runs on a mounted image of its own. The image file is copied, still mounted, 1 s and 7 s after the last
+# reported success, with no sync in between: the copy holds what the kernel has passed to the disk by then. The copies
 # are mounted and judged.
 set -euo pipefail
 
 stress=$1
 jobs=4
-size=320M # the least that mkfs.xfs takes is 300 MB
+size=320M # the minimum of mkfs.xfs is 300 MB
 
 skip() {
   echo "power cut: $1: skipped: $2"
@@ -28,7 +28,7 @@ make_disk() { # SYSTEM FILE
   case "$1" in
     ext4) mkfs.ext4 -q "$2" ;;
     xfs) mkfs.xfs -q "$2" ;;
-    btrfs) mkfs.btrfs -q "$2" >/dev/null ;; # says a lot even so
+    btrfs) mkfs.btrfs -q "$2" >/dev/null ;; # still prints a lot
   esac
 }
 

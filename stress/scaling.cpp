@@ -1,4 +1,4 @@
-// How time and memory grow with what is worked on, and a disk that is full.
+// How time and memory grow with the size of the data, and the behaviour on a full disk.
 #include <signal.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -19,10 +19,10 @@ namespace {
 struct Cost {
   bool ok;
   double seconds;
-  long kilobytes;  // the most that the process had
+  long kilobytes;  // maximum of the process
 };
 
-// In a process of its own, so that its memory is known.
+// Runs in a separate process, so that its memory is known.
 template <class Body>
 Cost Measure(Body&& body) {
   pid_t const child = fork();
@@ -145,11 +145,11 @@ int Growth(World& world, bool brief) {
       std::string const path = world.base + (subject.work == UsePs ? "only/output" : "root/subject");
       subject.make(path, count);
       Cost cost = Measure([&] { return subject.work(path, count); });
-      // Other programs' use of the machine must not count.
+      // Other load on the machine must not count.
       subject.make(path, count);
       Cost const again = Measure([&] { return subject.work(path, count); });
       if (!again.ok || again.seconds < cost.seconds) cost = again;
-      // The largest sizes of caches come between; what is not linear at all grows by four.
+      // The sizes of caches fall in between; anything that is not linear grows by a factor of four.
       bool const linear = before.seconds == 0 || cost.seconds < 0.05 || cost.seconds / before.seconds < 3;
       std::printf("scaling: %8ld %-34s %7.2f s %8ld KiB%s\n", count, subject.name, cost.seconds, cost.kilobytes,
                   !cost.ok ? "  FAILED"
@@ -164,7 +164,7 @@ int Growth(World& world, bool brief) {
   return failures;
 }
 
-// Names as long as the system takes them, and longer.
+// Names as long as the system accepts, and longer.
 int LongPaths(World& world) {
   int failures = 0;
   for (std::size_t const length : {255UL, 4095UL, 4096UL, 70000UL}) {
@@ -186,7 +186,7 @@ int LongPaths(World& world) {
   return failures;
 }
 
-// No file may grow above the limit: every writer must fail there, and leave what was.
+// No file can grow above the limit: every writer must fail there and keep the old contents.
 int FullDisk(World& world) {
   int failures = 0;
   for (char const* name :

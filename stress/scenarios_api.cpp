@@ -6,7 +6,7 @@
 namespace stress {
 namespace {
 
-// The bytes of a record as one number.
+// Returns the bytes of a record as one number.
 template <class T>
 unsigned long Sum(T const& record) {
   unsigned long sum = 5381;
@@ -67,7 +67,7 @@ Table ApiScenarios() {
          w.Note("%lx", Sum(record));
          return done == 1;
        },
-       kReader | kForgives,  // the result does not hang on the file that it creates
+       kReader | kForgives,  // the result does not depend on the file that it creates
        {},
        [](Files const&, Files const& after, bool) { return after.size() <= 2; }},
       {"SetUpsSrvConfig, serial line", unit, [](World& w) { return SetSrv(w, 0); }, 0, model},
@@ -192,7 +192,7 @@ Table ApiScenarios() {
       {"serial ports",
        {},
        [](World& w) {
-         void* ports = &w;  // no handle
+         void* ports = &w;  // not a handle
          OpenEnumSerialPorts(&ports);
          return CloseEnumSerialPorts(ports) == 1;
        },

@@ -4,8 +4,8 @@
 namespace stress {
 namespace {
 
-// Every operation that changes a browse list, one after the other; how many told success. What comes behind one that
-// ran out of memory is refused.
+// Runs every operation that changes a browse list, and returns how many succeeded. After one that ran out of memory the
+// others fail.
 int ChangeBrowseList(void* list) {
   BrwsGroupRec const group = {1, "a group with a long name", 1};
   BrwsComputerRec const computer = {1, "a computer with a long name", "2001:db8:0:0:0", 1};

@@ -15,7 +15,7 @@ std::string ManyKeys(int count = 40) {
   return file;
 }
 
-// Whether the only file is as it was, but for lines that begin with this letter.
+// Returns whether the only file is unchanged, except for lines that begin with this letter.
 bool KeepsAllBut(char letter, Files const& before, Files const& after) {
   std::string kept = after.at("root/a.cfg");
   for (std::size_t at = 0; (at = kept.find(std::string("\n") + letter, at)) != std::string::npos;)
@@ -31,7 +31,7 @@ bool Change(World& world, char const* name, bool cached, Body&& body) {
   return body(file) && (!cached || file.Flush()) && file.Close();
 }
 
-// An object that goes saves the changes that it has taken before it ran out of memory, each of them whole.
+// An object that is destroyed saves the changes that it took before it ran out of memory, each of them complete.
 bool IsChangedInOrder(Files const& before, Files const& after, bool ok) {
   std::string file = before.at("root/a.cfg");
   auto const insert = [&](std::string const& behind, std::string const& line) {
@@ -226,7 +226,7 @@ Table ConfigScenarios() {
            return f.GetKeyCount("S") == 1024;
          });
        },
-       kClass | kTwice,  // what was left by a failure changes the numbers
+       kClass | kTwice,  // leftovers of a failure change the numbers
        {},
        [](Files const& before, Files const& after, bool ok) {
          return ok ? after == before : KeepsAllBut('J', before, after);

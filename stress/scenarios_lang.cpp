@@ -33,7 +33,7 @@ Table LangScenarios() {
          CloseLang(lang);
          return done;
        },
-       kForgives,  // what the user's table does not take goes to the system's
+       kForgives,  // a text that the user's table does not take goes to the system's
        {},
        [](Files const& before, Files const& after, bool ok) {
          bool const user = after.at("home/.zellang.cfg") == "[1]\n12 = mine\n13 = ours\n";
@@ -41,7 +41,7 @@ Table LangScenarios() {
          bool const sound =
              (user || after.at("home/.zellang.cfg") == before.at("home/.zellang.cfg")) &&
              (after.at("root/zellang.cfg") == system || after.at("root/zellang.cfg") == before.at("root/zellang.cfg"));
-         // Where the settings may not be read, the system's file is beside the program.
+         // If the settings may not be read, the system's file is beside the program.
          bool const elsewhere = after.count("program/zellang.cfg") != 0;
          return sound && (!ok || user || elsewhere || after.at("root/zellang.cfg") == system) &&
                 after.size() == before.size() + (elsewhere ? 1 : 0);

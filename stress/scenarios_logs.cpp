@@ -46,8 +46,8 @@ bool Append(World& world, long stamp, unsigned long most) {
   return log.WriteReg(stamp, Payload(stamp), kPayload);
 }
 
-// Of a log that had nine records and gets one more, at most nine: the first may be gone, none else. What a cut needs
-// that broke off half way is there, whole.
+// A log that had nine records and gets one more: at most nine, of which only the first may be missing. What an
+// interrupted cut needs is there, complete.
 bool KeepsNewest(Files const&, Files const& after, bool ok) {
   auto const log = after.find("root/logevt.rgt"), scratch = after.find("root/logevt.rgt.tmp");
   bool const passing = scratch == after.end() || scratch->second == Log(10).substr(kPayload + 4);
@@ -55,7 +55,7 @@ bool KeepsNewest(Files const&, Files const& after, bool ok) {
          after.size() == (scratch == after.end() ? 2 : 3);
 }
 
-// Of the records 1 to 8, mixed up by a cut, and whole in its scratch file.
+// The records 1 to 8, mixed by a cut, and complete in its scratch file.
 bool Mends(Files const&, Files const& after, bool ok) {
   std::string const log = after.at("root/logevt.rgt");
   if (ok) return HoldsNewest(log, kPayload, 8, 9);
@@ -153,7 +153,7 @@ Table LogsScenarios() {
        [](World& w) {
          void* const list = OpenProgList(w.Root("prog"));
          reg_proglist const entry = {static_cast<int32_t>(kNow + 50)};
-         // A list that does not hold what it should is not for saving: that is up to the caller.
+         // The caller decides whether to save a list with the wrong contents.
          bool const read = GetProgListRegCount(list) == 3;
          bool const added = read && AddProgListReg(list, &entry) == 1 && GetProgListRegCount(list) == 4;
          return CloseProgList(list) == 1 && added;
@@ -169,7 +169,7 @@ Table LogsScenarios() {
          return CloseProgList(list) == 1 && done;
        },
        kTwice},
-      {"schedule, removing from a file of two names",  // written in place, and not once more at the end
+      {"schedule, removing from a file of two names",  // written in place, but not again at the end
        {{"root/prog", Schedule()}},
        [](World& w) {
          unlink(w.Root("linked"));

@@ -13,7 +13,7 @@ constexpr char kPs[] =
     "    1     0   0 init            /sbin/init\n"
     "   77     1 -20 upssrv          /opt/upssrv -d\n";
 
-// The services of the folder init.d.
+// The services of the directory init.d.
 class Services : public SvcManager {
  public:
   explicit Services(World& world) : folder_(world.Path("init.d/")) {}

@@ -33,7 +33,7 @@ static void (*g_record)(struct ShimDone const* call);
 
 #define EXPORTED __attribute__((visibility("default")))
 
-/* The function that takes the place of the C library's. */
+/* The replacement of a C library function. */
 #define INSTEAD_OF(result, name, parameters) EXPORTED result name parameters
 
 EXPORTED void ShimArm(enum ShimCall call, long at, enum ShimMode mode, int reason) {
@@ -62,7 +62,7 @@ static void Die(void) {
   raise(SIGKILL);
 }
 
-/* What becomes of this call: 0 nothing, 1 it fails, 2 it moves half. */
+/* The fate of this call: 0 nothing, 1 it fails, 2 it transfers half. */
 static int Fate(enum ShimCall call) {
   long number;
   if (!g_armed || (call != g_call && (g_call != SHIM_ANY || call == SHIM_MALLOC))) return 0;
@@ -71,7 +71,7 @@ static int Fate(enum ShimCall call) {
   if (g_mode == SHIM_FULL && number > 1) return 0;
   if (g_mode == SHIM_KILL) {
     if (number > 0) return 0;
-    if (call == SHIM_WRITE) return 2; /* dies after half of it */
+    if (call == SHIM_WRITE) return 2; /* killed after half of it */
     Die();
   }
   g_hits++;
@@ -91,7 +91,7 @@ static void Changed(void) {
   }
 }
 
-/* Tells of a call that succeeded; the one who is told makes calls of his own, of which nobody is told. */
+/* Reports a call that succeeded. Calls made by the recorder itself are not reported. */
 static void Done(struct ShimDone call) {
   void (*const record)(struct ShimDone const*) = g_record;
   int const reason = errno;
@@ -106,7 +106,7 @@ static void Done(struct ShimDone call) {
 #define REAL(name) (__extension__(__typeof__(&name)) Real(#name))
 static void* Real(char const* name) { return dlsym(RTLD_NEXT, name); }
 
-/* ---- Memory. Counted always, so that pieces from before an armed stretch may be freed in it. ---- */
+/* ---- Memory. Always counted, so that blocks allocated before arming can be freed while armed. ---- */
 
 void* __libc_malloc(size_t size);
 void* __libc_calloc(size_t count, size_t size);
@@ -166,7 +166,7 @@ DEFINE_OPEN(open64, (char const* path, int flags, ...), (Redirected(path), flags
 DEFINE_OPEN(openat, (int folder, char const* path, int flags, ...), (folder, path, flags, mode))
 DEFINE_OPEN(openat64, (int folder, char const* path, int flags, ...), (folder, path, flags, mode))
 
-/* `recorded` is what to do once the call has succeeded. */
+/* `recorded` runs after the call has succeeded. */
 #define DEFINE_RECORDED(result, failed, call, name, parameters, arguments, recorded) \
   INSTEAD_OF(result, name, parameters) {                                             \
     result done;                                                                     \
@@ -237,7 +237,7 @@ INSTEAD_OF(int, posix_spawn,
 
 INSTEAD_OF(int, system, (char const* command)) { return Fate(SHIM_FORK) ? -1 : REAL(system)(command); }
 
-/* A removal that fails would leave a file by itself, so these only count as a step. */
+/* A failed removal would always leave a file, so these calls are only counted. */
 INSTEAD_OF(int, unlink, (char const* path)) {
   int done;
   if (g_call == SHIM_ANY) (void)Fate(SHIM_REMOVE);
@@ -253,7 +253,7 @@ INSTEAD_OF(int, remove, (char const* path)) {
   return done;
 }
 
-/* A sync that was interrupted is asked for again; one that the file system does not offer has nothing to lose. */
+/* An interrupted sync is repeated; one that the file system does not offer loses nothing. */
 static int Synced(int fd, int (*sync)(int)) {
   int done;
   if (Fate(SHIM_SYNC)) {

@@ -24,7 +24,7 @@ bool IsTemporary(std::string const& name) {
   return name.find("/.zelv") != std::string::npos && name.find("/.zelvane") == std::string::npos;
 }
 
-// The folders that are always there, and what this program puts into them.
+// The directories that always exist, and what this program puts into them.
 constexpr char const* kOurs[] = {"root", "home", "only", "here", "program", kProgram, kPs};
 bool IsOurs(std::string const& name) { return std::find(std::begin(kOurs), std::end(kOurs), name) != std::end(kOurs); }
 
@@ -34,7 +34,7 @@ World::World(std::string const& folder) : base(folder) {
   for (char const* name : {"root", "home", "only"}) fs::create_directories(base + name);
   test::WriteFile(base + kPs, "#!/bin/sh\nexec /bin/cat '" + base + "only/output'\n");
   fs::permissions(base + kPs, fs::perms::all);
-  // Elsewhere: what goes to the current folder by mistake must show.
+  // A separate directory: files written to the current directory by mistake must show.
   fs::create_directories(base + "here");
   fs::current_path(base + "here");
   setenv("HOME", (base + "home").c_str(), 1);
@@ -56,7 +56,7 @@ Files World::Get() const {
     else
       files[name] = test::ReadFile(entry.path().string());
   }
-  // A folder shows by what is in it.
+  // A directory that contains files is not listed itself.
   for (auto file = files.begin(); file != files.end();) {
     auto const next = std::next(file);
     bool const shown = file->first.back() == '/' && next != files.end() &&
@@ -93,7 +93,7 @@ void World::Set(Files const& files) {
     fs::create_directories(fs::path(base + name).parent_path());
     if (name.back() != '/') test::WriteFile(base + name, bytes);
   }
-  // Folders that a scenario has made and that now show nothing.
+  // Directories that a scenario has created and that are now empty.
   for (auto const& entry : fs::directory_iterator(base + "root"))
     if (entry.is_directory() && fs::is_empty(entry.path())) fs::remove(entry.path());
   noted_ = 0;

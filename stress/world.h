@@ -1,7 +1,7 @@
-// The place where the stress tests run the library, and what they try there.
+// The installation in which the stress tests run the library, and what they try there.
 //
-// The program lies outside the installation root. So a call that takes settings which it cannot read for missing
-// ones finds other files, or none, and that shows.
+// The program is outside the installation root. So a call that treats unreadable settings as missing finds other files,
+// or none, and the test detects it.
 #ifndef ZELVANE_STRESS_WORLD_H
 #define ZELVANE_STRESS_WORLD_H
 
@@ -11,28 +11,28 @@
 
 namespace stress {
 
-// Path below the base folder, and bytes. A folder's name ends in "/".
+// Path below the base directory, and bytes. The name of a directory ends in "/".
 using Files = std::map<std::string, std::string>;
 
-// One installation at the base folder. What a scenario does here while calls fail must not allocate by itself: paths
-// and notes are kept in fixed memory.
+// One installation in the base directory. What a scenario does here while calls fail must not allocate by itself: paths
+// and notes are in fixed memory.
 class World {
  public:
   explicit World(std::string const& base);
 
-  // Makes the folder hold these files and nothing else but the program.
+  // Makes the directory contain exactly these files and the program.
   void Set(Files const& files);
-  // Removes what was written beside the program: the root of those who may not read the settings.
+  // Removes files written beside the program: the root for users who may not read the settings.
   void ForgetOtherRoot();
-  // Everything there is now, but the program and temporary files in the making.
+  // Returns all files, except the program and temporary files in progress.
   Files Get() const;
-  // The names of temporary files that were left.
+  // Returns the names of leftover temporary files.
   std::vector<std::string> Leftovers() const;
 
-  // One of the last eight paths that were asked for.
+  // Returns one of the last eight paths that were requested.
   char const* Path(char const* name);
   char const* Root(char const* name);
-  // Writes down what a call gave, besides success.
+  // Records results of a call other than success.
   void Note(char const* format, ...) __attribute__((format(printf, 2, 3)));
   std::string TakeNotes();
 
@@ -46,45 +46,45 @@ class World {
 };
 
 enum Trait : unsigned {
-  kClass = 1,         // C++ alone: std::bad_alloc may come out
+  kClass = 1,         // C++ only: may throw std::bad_alloc
   kAnyNotes = 2,      // the notes depend on the machine
-  kPart = 4,          // on failure a new file may hold a part of what it was to hold
-  kTwice = 8,         // doing it again changes the files again
-  kReader = 16,       // every file may be missing: the call then tells the defaults
-  kSlow = 32,         // starts processes: left out of every second fault in the short form
-  kAdmin = 64,        // takes root
+  kPart = 4,          // on failure a new file may have only a part of its contents
+  kTwice = 8,         // a second run changes the files again
+  kReader = 16,       // every file may be missing: the call then returns the defaults
+  kSlow = 32,         // starts processes: tried with only some of the faults in a brief run
+  kAdmin = 64,        // requires root
   kForgives = 128,    // success although something could not be written
-  kMemoryOnly = 256,  // no other failure is promised anything
-  kNeedsPs = 512,     // without `ps` it tells another thing; out of memory it must not
-  kTable = 1024,      // whatever keeps it from reading a file of its own leaves a table empty
+  kMemoryOnly = 256,  // nothing is promised for other failures
+  kNeedsPs = 512,     // without `ps` the result differs; out of memory it must not
+  kTable = 1024,      // any failure to read a file of its own leaves a table empty
 };
 
 struct Scenario {
   char const* name;
-  Files files;                // at the beginning
-  bool (*run)(World& world);  // whether all calls tell success
+  Files files;                // at the start
+  bool (*run)(World& world);  // returns whether all calls succeed
   unsigned traits = 0;
-  std::vector<std::string> side = {};  // files that may be taken for missing when they cannot be read
-  // In the place of the rule that files are old or new; null for that rule.
+  std::vector<std::string> side = {};  // files that may count as missing if they cannot be read
+  // Replaces the rule that files are old or new; null for that rule.
   bool (*judge)(Files const& before, Files const& after, bool ok) = nullptr;
 };
 
 std::vector<Scenario> const& Scenarios();
 Scenario const& Find(std::string const& name);
 
-// Record number `stamp` of the stress tests' logs, stamp and all; no two of a log are alike.
+// Returns record number `stamp` of the stress tests' logs, including the time stamp. No two records of a log are equal.
 std::string Record(long stamp, std::size_t payload);
-// Whether a log of `payload` bytes a record holds whole records, and all of the `newest` ones, which are numbered by
-// their stamps up to `last`.
+// Returns whether a log with `payload` bytes per record has only complete records, and all of the `newest` ones, which
+// are numbered by their time stamps up to `last`.
 bool HoldsNewest(std::string const& log, std::size_t payload, long newest, long last);
 
-// ---- The stress tests; each prints its figures and returns the number of failures. ----
+// ---- The stress tests. Each prints its figures and returns the number of failures. ----
 
 int Faults(World& world, bool brief, std::string const& only);
 int Crashes(World& world, int killsPerWriter);
 int PowerCuts(World& world, bool brief, std::string const& only);
-// For power cuts of a real file system, which powercuts_images.sh makes: what the case numbered `number` does, done in
-// the folder `base`; and whether what was told is found there again. PowerCutCases prints the numbers and names.
+// For power cuts of a real file system, made by powercuts_images.sh: runs case `number` in the directory `base`, or
+// checks whether everything reported as done is found there again. PowerCutCases prints the numbers and names.
 int PowerCutCases();
 int PowerCutWrite(std::string const& base, std::size_t number);
 int PowerCutJudge(World& world, std::string const& base, std::size_t number);

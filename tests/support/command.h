@@ -1,4 +1,4 @@
-// The command zelctl, started by a test itself where a transcript cannot express what happens around it.
+// The command zelctl, started by a test where a transcript cannot express the circumstances.
 #ifndef ZELVANE_TESTS_SUPPORT_COMMAND_H
 #define ZELVANE_TESTS_SUPPORT_COMMAND_H
 
@@ -28,8 +28,8 @@ inline pid_t StartCommand(std::string const& program, std::vector<std::string> a
   _exit(127);
 }
 
-// What it writes to either stream, and "[1]" with its exit code behind that, unless it is 0. What it starts itself and
-// leaves behind is not waited for.
+// Returns its output to both streams, followed by its exit code in brackets ("[1]") unless it is 0. Does not wait for
+// processes that it starts and leaves running.
 inline std::string Answer(std::string const& program, std::vector<std::string> const& arguments) {
   Scratch const scratch;
   int const file = open(scratch.Path("answer").c_str(), O_RDWR | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
@@ -43,7 +43,7 @@ inline std::string Answer(std::string const& program, std::vector<std::string> c
 
 inline std::string Zelctl(std::vector<std::string> const& arguments) { return Answer(ZELVANE_ZELCTL, arguments); }
 
-// The same, with the arguments parted by spaces.
+// Same, with the arguments separated by spaces.
 inline std::string ZelctlLine(std::string const& words) {
   std::istringstream in(words);
   return Zelctl(std::vector<std::string>(std::istream_iterator<std::string>(in), {}));

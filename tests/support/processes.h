@@ -1,7 +1,7 @@
-// Processes that a test starts, each under a name that no other process of the machine has, and a `ps` of its own.
+// Processes that a test starts, each with a name that no other process of the machine has, and a `ps` of its own.
 //
-// The test program has a kill() of its own, which the library finds before the C library's: signals go to the test's
-// own children only. A fault in the library must not reach anybody else's process, least of all as kill(-1) by root.
+// The test program has its own kill(), which the library finds before the C library's: signals go only to the test's
+// own children. A fault in the library must not reach any other process, above all not as kill(-1) by root.
 #ifndef ZELVANE_TESTS_SUPPORT_PROCESSES_H
 #define ZELVANE_TESTS_SUPPORT_PROCESSES_H
 
@@ -17,26 +17,26 @@
 
 namespace test {
 
-// A new name of at most 15 characters.
+// Returns a new name of at most 15 characters.
 std::string UniqueName();
 
-// Waits until the condition holds; false when it does not within half a minute.
+// Waits until the condition holds. Returns false if it does not within half a minute.
 bool Eventually(std::function<bool()> const& condition);
 
-// The command name that the system shows for the process; "" when there is no such process.
+// Returns the command name that the system shows for the process; "" if there is no such process.
 std::string CommandName(pid_t id);
 
-// The calls of kill() since the last time, as process id and signal, whether or not they were let through.
+// Returns the calls of kill() since the last time, as process id and signal, including those that were blocked.
 std::vector<std::pair<pid_t, int>> TakeSignals();
 
-// True when this process has no child, running or finished.
+// Returns true if this process has no child, running or finished.
 bool NoChild();
 
-// Waits for the end of a child and gives the signal that brought it about; -1 for another end. One that does not end is
-// killed, and gives 0.
+// Waits for the end of a child and returns the signal that ended it; -1 for another end. A child that does not end is
+// killed; the result is then 0.
 int EndingSignal(pid_t child);
 
-// A process of that program name, running until it is killed, at the latest with the object or its thread.
+// A process with that program name. It runs until it is killed, or until the object or its thread ends.
 class Sleeper {
  public:
   explicit Sleeper(std::string const& name, bool ignoresTerm = false);
@@ -55,7 +55,7 @@ class Sleeper {
   pid_t id_ = -1;
 };
 
-// An environment variable with another value, until the object goes.
+// Sets an environment variable for the lifetime of the object.
 class Environment {
  public:
   Environment(std::string const& name, std::string const& value);
@@ -69,8 +69,8 @@ class Environment {
   bool had_;
 };
 
-// In the place of `ps`, until the object goes: a script that runs `body`, in a shell whose PATH finds nothing else, and
-// keeps the arguments it was given in the file "arguments". `body` may use $dir, the folder.
+// Replaces `ps` for the lifetime of the object: a script that runs `body`, in a shell whose PATH finds nothing else,
+// and stores its arguments in the file "arguments". `body` can use $dir, the directory.
 class FakePs : public Scratch {
  public:
   explicit FakePs(std::string const& body);
@@ -81,8 +81,8 @@ class FakePs : public Scratch {
   Environment path_;
 };
 
-// Runs `body` in a child process that finds /etc and /usr/local empty, and may fill them: nobody else sees it. What it
-// returned there; nothing where the system does not allow such a child.
+// Runs `body` in a child process that finds /etc and /usr/local empty and can fill them; no other process sees that.
+// Returns the result of `body`; nothing if the system does not allow such a child.
 std::optional<bool> InChildWithEmptyFolders(std::function<bool()> const& body);
 
 }  // namespace test

@@ -1,4 +1,4 @@
-// What the tests of the settings records and of their lists share.
+// Shared by the tests of the settings records and of their lists.
 #ifndef ZELVANE_TESTS_SUPPORT_RECORDS_H
 #define ZELVANE_TESTS_SUPPORT_RECORDS_H
 
@@ -17,22 +17,22 @@ inline std::vector<Case> Cases(std::string const& file, std::string const& table
   return Table("api/" + file, table);
 }
 
-// A whole file of fixtures/api.
+// Returns a whole file of fixtures/api.
 inline std::string Fixture(std::string const& file) { return ReadFile(ZELVANE_FIXTURES "/api/" + file); }
 
-// Whether the lines stand in the text, one after the other.
+// Returns whether the lines are in the text, one after the other.
 inline bool Holds(std::string const& text, std::string const& lines) {
   return ("\n" + text + "\n").find("\n" + lines + "\n") != std::string::npos;
 }
 
-// Fills a char array with the text and zeros behind it; text of its width or longer leaves it without a NUL.
+// Fills a char array with the text and zeros after it. A text of its width or longer gets no NUL.
 template <std::size_t N>
 void Put(char (&field)[N], std::string const& text) {
   std::memset(field, 0, N);
   text.copy(field, N);
 }
 
-// The values with a blank behind each.
+// Returns the values, each followed by a space.
 template <class... Values>
 std::string Words(Values const&... values) {
   std::ostringstream out;
@@ -45,13 +45,13 @@ std::string Bytes(Record const& record) {
   return std::string(reinterpret_cast<char const*>(&record), sizeof record);
 }
 
-// A server in the notation of the table of entries.
+// Returns a server in the notation of the table of entries.
 template <class Record>
 std::string Server(Record const& record) {
   return std::string(record.serverName) + "|" + record.serverAddress + "|" + std::to_string(record.serverPort);
 }
 
-// Another current folder, until the object goes.
+// Changes the current directory for the lifetime of the object.
 class InFolder {
  public:
   explicit InFolder(std::string const& path) { std::filesystem::current_path(path); }

@@ -1,6 +1,6 @@
-// An open() that sends "/etc/zelvane.conf" to the path in the variable ZELVANE_TEST_SETTINGS, or to one that does not
-// exist, and that can be told to fail. It stands in the test program, where the library finds it before the C
-// library's, and in an object of its own that is loaded before the libraries of a command.
+// An open() that redirects "/etc/zelvane.conf" to the path in the variable ZELVANE_TEST_SETTINGS, or to one that does
+// not exist, and that can be made to fail. It is part of the test program, where the library finds it before the C
+// library's, and of a separate object that is preloaded into commands.
 #include <dlfcn.h>
 #include <errno.h>
 #include <fcntl.h>
@@ -38,7 +38,7 @@ int OpenRedirected(char const* name, char const* path, int flags, mode_t mode) {
   return real(path, flags, mode);
 }
 
-// What a command starts in turn may have another word size, and the loader would complain.
+// Processes started by a command may have another word size, and the loader would complain.
 __attribute__((constructor)) void LeaveChildrenAlone() { unsetenv("LD_PRELOAD"); }
 
 }  // namespace

@@ -36,7 +36,7 @@ bool Scratch::Exists(std::string const& name) const { return fs::exists(fs::syml
 std::vector<std::string> Scratch::List() const {
   std::vector<std::string> names;
   for (auto const& entry : fs::recursive_directory_iterator(folder_)) {
-    std::error_code loop;  // a link that leads to itself is no folder
+    std::error_code loop;  // a link that leads to itself is not a directory
     names.push_back(entry.path().string().substr(folder_.size()) + (entry.is_directory(loop) ? "/" : ""));
   }
   std::sort(names.begin(), names.end());

@@ -1,4 +1,4 @@
-// A folder of the test's own, and files written and read back whole.
+// A directory of the test's own, and whole files written and read back.
 #ifndef ZELVANE_TESTS_SUPPORT_SCRATCH_H
 #define ZELVANE_TESTS_SUPPORT_SCRATCH_H
 
@@ -7,7 +7,7 @@
 
 namespace test {
 
-// Made empty at construction, removed with all it holds at destruction.
+// Created empty by the constructor, removed with its contents by the destructor.
 class Scratch {
  public:
   Scratch();
@@ -15,23 +15,23 @@ class Scratch {
   Scratch(Scratch const&) = delete;
   Scratch& operator=(Scratch const&) = delete;
 
-  // The folder with its trailing "/", or the path of `name` in it.
+  // The directory with its trailing "/", or the path of `name` in it.
   std::string Path(std::string const& name = "") const { return folder_ + name; }
-  // Writes `bytes` to `name` (folders in between are made) and returns the path.
+  // Writes `bytes` to `name`, creating directories in between, and returns the path.
   std::string Write(std::string const& name, std::string const& bytes) const;
   std::string Read(std::string const& name) const;
   bool Exists(std::string const& name) const;
-  // The names below the folder, sorted, with folders as "name/": shows what a call left behind.
+  // The names below the directory, sorted, with directories as "name/": shows what a call left behind.
   std::vector<std::string> List() const;
 
  private:
   std::string folder_;
 };
 
-// The whole file, or "<missing>".
+// Returns the whole file, or "<missing>".
 std::string ReadFile(std::string const& path);
 void WriteFile(std::string const& path, std::string const& bytes);
-// Number of open descriptors of this process.
+// Returns the number of open descriptors of this process.
 int OpenDescriptors();
 
 }  // namespace test

@@ -1,6 +1,6 @@
-// The system-wide settings file of the tests. The test program has an open() of its own (redirect.cpp), which the
-// library finds before the C library's: it sends "/etc/zelvane.conf" to a path that the test names (at first one that
-// does not exist), so that no test reads or writes the machine's own settings.
+// The system-wide settings file of the tests. The test program has its own open() (redirect.cpp), which the library
+// finds before the C library's. It redirects "/etc/zelvane.conf" to a path that the test names (at first one that does
+// not exist), so that no test reads or writes the machine's own settings.
 #ifndef ZELVANE_TESTS_SUPPORT_SETTINGS_H
 #define ZELVANE_TESTS_SUPPORT_SETTINGS_H
 
@@ -10,8 +10,8 @@
 
 namespace test {
 
-// While it lives: an installation root and a home folder in a scratch folder. `Path("root/")` is the root that the
-// settings file names, `Path("home/")` is HOME, `Path("zelvane.conf")` the settings file.
+// An installation root and a home directory in a scratch directory, for the lifetime of the object. `Path("root/")` is
+// the root that the settings file names, `Path("home/")` is HOME, `Path("zelvane.conf")` the settings file.
 class Installation : public Scratch {
  public:
   Installation();
@@ -24,16 +24,16 @@ class Installation : public Scratch {
   std::string oldHome_;
 };
 
-// Where "/etc/zelvane.conf" leads from now on.
+// Sets the path to which "/etc/zelvane.conf" is redirected.
 void SetSettingsFile(std::string const& path);
 
-// The path whose next open fails, once, for want of descriptors; null for none.
+// The path whose next open fails, once, for lack of descriptors; null for none.
 extern char const* g_refused;
 
-// Called, once, when a file is about to be created that must not exist: what other programs do meanwhile.
+// Called once, when a file that must not exist is about to be created: simulates other programs.
 extern void (*g_creating)();
 
-// The folder of the running test program, which is the root where no settings name one.
+// Returns the directory of the running test program, which is the root if no settings name one.
 std::string ProgramFolder();
 
 }  // namespace test

@@ -1,4 +1,4 @@
-// Tables of cases in text files: a line a case, as a fact to read.
+// Tables of cases in text files: one line per case, written as a fact.
 #ifndef ZELVANE_TESTS_SUPPORT_TABLE_H
 #define ZELVANE_TESTS_SUPPORT_TABLE_H
 
@@ -12,8 +12,8 @@
 
 namespace test {
 
-// One line of a table: columns parted by " | ", in which \n, \r, \t and \xHH stand for bytes and \e for
-// nothing at all. Failures show it as it is written there.
+// One line of a table: columns separated by " | ". \n, \r, \t and \xHH are bytes, and \e is the empty text. Failures
+// show the line as written.
 struct Case {
   std::vector<std::string> columns;
   std::string line;
@@ -41,7 +41,7 @@ inline std::string Unescaped(std::string const& text) {
   return bytes;
 }
 
-// The lines behind "== table" in a file of the fixtures; "#" in front makes a line a remark.
+// Returns the lines after "== table" in a file of the fixtures. A leading "#" makes a line a comment.
 inline std::vector<Case> Table(std::string const& file, std::string const& table) {
   std::vector<Case> cases;
   std::istringstream in(ReadFile(ZELVANE_FIXTURES "/" + file));

@@ -18,7 +18,7 @@ inline std::string Hex(std::string const& bytes) {
   return text;
 }
 
-// "-" is no bytes.
+// "-" means no bytes.
 inline std::string FromHex(std::string const& text) {
   std::string bytes;
   for (std::size_t i = 0; i + 1 < text.size(); i += 2)
@@ -26,7 +26,7 @@ inline std::string FromHex(std::string const& text) {
   return bytes;
 }
 
-// The columns of every line of a fixture that is no comment.
+// Returns the columns of every line of a fixture that is not a comment.
 inline std::vector<std::vector<std::string>> ReadVectors(std::string const& name) {
   std::vector<std::vector<std::string>> lines;
   std::ifstream in(std::string(ZELVANE_FIXTURES "/") + name);
@@ -39,7 +39,7 @@ inline std::vector<std::vector<std::string>> ReadVectors(std::string const& name
   return lines;
 }
 
-// (7 * i + 3) mod 256, the bytes that the vectors use too.
+// (7 * i + 3) mod 256, as used by the vectors.
 inline std::string Bytes(std::size_t count) {
   std::string bytes;
   for (std::size_t i = 0; i < count; i++) bytes += static_cast<char>(7 * i + 3);
