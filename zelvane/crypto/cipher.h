@@ -15,7 +15,7 @@
 //   CIPHER_CHAINED    C = E(P ^ F), P = D(C) ^ F, and then F = F ^ C: all blocks so far, not only the last.
 //                     A partial block, both ways: T = E(F), the bytes ^ T, and then F = F ^ T.
 //   CIPHER_CODE_BOOK  each block by itself. A partial block is copied over the beginning of the scratch block, which is
-//                     then encrypted, also when decoding; as many bytes are the result. So it cannot be decrypted.
+//                     then encrypted, also when decoding; its first bytes are the result. So it cannot be decrypted.
 //   other values      the bytes are copied unchanged.
 //
 // The operations are virtual hooks: they call each other through the virtual table, and their order is part of the
@@ -71,7 +71,7 @@ class ZELVANE_API CipherClass {
   virtual void Decode(void* block) = 0;
   // Keys the cipher with the digest of the phrase, cut to the key size. The digest in the hash object is then
   // encrypted, so that it does not stay in memory; in the modes that copy, it stays unchanged. Returns false without a
-  // phrase, a hash object or a digest; the previous key then stays.
+  // phrase, a hash object or a digest; the previous key then stays. Also returns false if Init fails.
   virtual bool InitKey(char const* phrase, void* iv);
   // Decrypt or encrypt `length` bytes from `in` to `out`, which can be the same buffer, at any address. Return false
   // and write nothing for null, for a length below 1 and before the first keying.

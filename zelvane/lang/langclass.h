@@ -19,7 +19,6 @@
 // Language and text numbers have 32 bits: the low 32 bits of a wider `long` count. The std::string overloads use their
 // arguments up to the first NUL. Null counts as "" unless stated otherwise. One thread at a time may use an object.
 // Only std::bad_alloc is thrown.
-// at a time and throws nothing but std::bad_alloc.
 #ifndef ZELVANE_LANG_LANGCLASS_H
 #define ZELVANE_LANG_LANGCLASS_H
 
@@ -65,7 +64,7 @@ class ZELVANE_API LangClass {
   // `text` can be part of this object. A negative `id` is written but never loaded. The next load drops blanks around
   // the text.
   //   false, nothing written   no file name; null `text`; a text that the file cannot hold ("[", "]", a line feed or a
-  //   carriage return)
+  //                            carriage return)
   //   false, file unchanged    the file cannot be read or written
   //   false, text written      the file cannot be loaded again
   virtual bool SetLangStr(long id, std::string const& text, long lang);

@@ -121,8 +121,8 @@ class ZELVANE_API LogClass {
   //   4. truncate the log, sync, delete NAME.tmp
   // The log keeps its inode, owner and mode. Copies use blocks of 64 KiB with a pause of 1 ms before each. If step 2
   // fails, the log is unchanged. If step 3 or 4 fails, NAME.tmp stays for the next cut.
-  // A kill or a power failure in step 3 leaves some records twice, or one record mixed from two where it crosses a 4
-  // KiB page.
+  // A kill or a power failure in step 3 leaves some records twice, or one record mixed from two where it crosses a
+  // 4 KiB page.
   void LimitFile(unsigned long size);
 
   // Same as SetFile(name.c_str()).

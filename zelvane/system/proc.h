@@ -50,8 +50,8 @@ class ZELVANE_API ProcClass {
   // the system, 0 means the caller's own process group, and negative ids mean other groups.
   virtual bool Kill();
 
-  // Returns the priority level: 0 low, 1 normal, 2 high, 3 highest. They are nice values of 11 and above, 0 to 10, -10
-  // to -1, and -11 and below. 1 if `ps` shows "-" (real-time processes).
+  // Returns the priority level: 0 low, 1 normal, 2 high, 3 highest. The levels correspond to nice values of 11 and
+  // above, 0 to 10, -10 to -1, and -11 and below. Returns 1 if `ps` shows "-" (real-time processes).
   virtual int GetPriority();
   // Sets the nice value 20, 0, -10 or -20 for level 0, 1, 2 or 3, and stores the level. Any other level counts as 1.
   // Returns false and keeps the stored level if the system refuses, or for ids that Kill refuses. On Linux each thread

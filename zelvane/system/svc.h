@@ -9,7 +9,7 @@
 // process with the name of its file: if that is the bare name of its service, it counts as the service for callers that
 // look meanwhile. Other service managers of the machine are not consulted.
 //
-// The shell runs the scripts, with the host's environment, streams and rights. A script is run by its full path,
+// The shell runs the scripts, with the host's environment, streams and privileges. A script is run by its full path,
 // whatever characters the path contains. An operation returns when the script has returned; the exit status of the
 // script is ignored. While the script runs, the host ignores SIGINT and SIGQUIT, as with system(). Operations also work
 // in a host that ignores SIGCHLD.
