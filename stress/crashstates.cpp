@@ -192,7 +192,7 @@ void Disk::Resize(int file, std::size_t size) {
 std::map<std::string, int> Disk::NamesAt(std::size_t cut, Choices& choices, std::string& how) const {
   std::vector<Naming const*> done;
   std::vector<bool> settled;
-  std::size_t journal = 0;  // as many are settled where names come in order
+  std::size_t journal = 0;  // number of settled names, if names are kept in order
   for (Naming const& naming : namings_) {
     if (naming.step >= cut) break;
     done.push_back(&naming);

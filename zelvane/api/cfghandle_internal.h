@@ -1,4 +1,5 @@
-// Lists that are one section of a settings file behind an opaque handle, and copies of text to callers' buffers.
+// Lists that are one section of a settings file, accessed through an opaque handle, and copies of text to callers'
+// buffers.
 #ifndef ZELVANE_API_CFGHANDLE_INTERNAL_H
 #define ZELVANE_API_CFGHANDLE_INTERNAL_H
 

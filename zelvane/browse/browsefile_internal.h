@@ -41,7 +41,7 @@ struct EntryShape {
   char const* section;
   std::size_t fields;          // an entry with more or fewer is invalid; kMostFields at most
   std::size_t optional;        // the field that can be empty; `fields` if none can
-  std::int32_t beforeLargest;  // the largest identifier counts as no smaller than this
+  std::int32_t beforeLargest;  // the largest identifier counts as at least this
 };
 
 constexpr std::size_t kName = 0;
