@@ -152,6 +152,7 @@ class ZELVANE_API CfgClass {
   virtual bool GetUpperCaseWriteCache();
   // Reads the file named by GetFileName() again into emptied caches. With `noLines` it indexes without keeping lines:
   // such an object can be read, but a save would write only the lines that it created itself.
+  //
   //   false, error 2   the file could not be opened, or a read failed (GetErrorLine() is then the line being read);
   //                    nothing is kept
   //   false, error 7   the parser stopped at a syntax error; the lines up to it are kept

@@ -94,6 +94,7 @@ ZELVANE_API bool DirExists(std::string const& path);
 typedef void (*CpFileProgress)(void const*, unsigned long, unsigned long, unsigned short, bool);
 
 // Copies `source` from byte `offset` to its end into `destination`, which is created, or emptied first.
+//
 //   false, destination       a null name; a source that cannot be opened; with `overwrite` false, a readable
 //   unchanged                destination; a destination that cannot be opened for writing; source and destination are
 //                            one file; out of memory

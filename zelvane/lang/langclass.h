@@ -63,6 +63,7 @@ class ZELVANE_API LangClass {
   // missing file or section. If `lang` is the loaded language, loads it again, so that GetLangStr returns the text.
   // `text` can be part of this object. A negative `id` is written but never loaded. The next load drops blanks around
   // the text.
+  //
   //   false, nothing written   no file name; null `text`; a text that the file cannot hold ("[", "]", a line feed or a
   //                            carriage return)
   //   false, file unchanged    the file cannot be read or written

@@ -71,6 +71,7 @@ class ZELVANE_API LogClass {
   virtual bool WriteReg(void const* data, unsigned long size);
   // Appends a record with the low 32 bits of `when` as its time stamp, and cuts the log as LimitFile does. Creates a
   // missing file. Copies a damaged file to NAME.bad and empties it first.
+  //
   //   true                     the record is on disk; if the cut failed, the next record repeats it
   //   false, file unchanged    no file name; `size` too large; null `data` with `size` above 0; the file cannot be
   //                            opened, examined or written; a damaged file cannot be copied or locked; an interrupted
@@ -80,6 +81,7 @@ class ZELVANE_API LogClass {
   //   empty
   //   false, record perhaps    sync or close failed
   //   written
+  //
   // A full disk can accept part of a record. WriteReg truncates that part away. It cannot if another process has
   // appended meanwhile, or if the truncation fails: the file is then damaged.
   // Kept: if a subclass's GetFileRegCount returns 0 twice in a row for a file in which this class counts records, the

@@ -38,11 +38,13 @@ class ZELVANE_API TextLogClass : public LogClass {
   // it starts a line without a time stamp. The line is one write, so lines of several programs do not mix. A partial
   // line left by a full disk is truncated away. 29 February and 31 December of a leap year are printed as datetime.h
   // decodes them.
+  //
   //   true                    the line, and the name of a new file, are on disk
   //   false, nothing written  no file name; null text; `when` not a valid date-time (datetime.h); the file cannot be
   //                           opened or written; the directory of an empty file cannot be synced
   //   false, line perhaps     sync or close failed
   //   written
+  //
   // A power failure can leave a part of the line that is being written, or NUL bytes in its place.
   virtual bool WriteLine(long when, char const* text);
 
