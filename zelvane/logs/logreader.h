@@ -26,9 +26,9 @@ ZELVANE_C_BEGIN
 
 // Loads a log and returns its handle; free it with LogReaderClose. A file with the extension "cry" (in upper or lower
 // case) is treated as a log of the product's earlier generation: Load_Zelvane3x_Log reads it. Returns null if the path
-// is null or empty, the file cannot be opened for reading, or memory runs out. A file that can be opened always returns
-// a
-// handle. The handle has no records if the length is not a multiple of 68 bytes, for a directory, and after a read
+// is null or empty, the file cannot be opened for reading, or memory for the handle runs out. Otherwise always returns
+// a handle. It has no records if the length is not a multiple of 68 bytes, for a directory, after a read error, and if
+// memory for the records runs out.
 // error.
 //
 // While another process writes the log, the records are still a snapshot of one time. The call waits up to one second
