@@ -101,8 +101,7 @@ ZELVANE_API void* OpenBrwsList(char const* path);
 /* Flushes unsaved changes and frees the handle. On 0 these changes are lost. */
 ZELVANE_API int CloseBrwsList(void* list);
 
-/* Returns the file date: seconds since 1970, local time, of the last change known to this handle; 0 if there is none.
- */
+/* Returns the file date: seconds since 1970, local time, of the last change known to this handle; 0 without one. */
 ZELVANE_API long GetBrwsFileDate(void* list);
 
 /* Sets the file date to now, without another change. */
@@ -160,8 +159,8 @@ ZELVANE_API int RemoveBrwsComputer(void* list, long id, bool flush);
 /* Removes the UPS unit. Does not update the file date if the unit has no computer. */
 ZELVANE_API int RemoveBrwsNobreak(void* list, long id, bool flush);
 
-/* Same for each group of that parent, or each computer of that group; -1 for those without. Flushes if there was one.
- */
+/* Same for each group of that parent, or each computer of that group; -1 for those without. Flushes if there was one,
+   or if `flush` is true. */
 ZELVANE_API int RemoveBrwsGroupByGroup(void* list, long parent, bool flush);
 ZELVANE_API int RemoveBrwsComputerByGroup(void* list, long group, bool flush);
 /* Same for each UPS unit of that computer; -1 for those without, and then the file date is not updated. Flushes only if

@@ -29,7 +29,6 @@ ZELVANE_C_BEGIN
 // is null or empty, the file cannot be opened for reading, or memory for the handle runs out. Otherwise always returns
 // a handle. It has no records if the length is not a multiple of 68 bytes, for a directory, after a read error, and if
 // memory for the records runs out.
-// error.
 //
 // While another process writes the log, the records are still a snapshot of one time. The call waits up to one second
 // while the log is being cut (flock). It loads the log again, at most 100 times, if the log has changed meanwhile.
