@@ -252,7 +252,7 @@ void BindEventLog(py::module_& module) {
            "to now; logreader.h has the details.")
       .def(
           "append",
-          [](EventLog& log, long code, std::variant<Text, py::bytes> const& text, std::optional<Moment> const& when) {
+          [](EventLog& log, long code, std::variant<py::bytes, Text> const& text, std::optional<Moment> const& when) {
             Text const* const characters = std::get_if<Text>(&text);
             std::string const payload =
                 characters != nullptr ? characters->bytes : std::string(std::get<py::bytes>(text));

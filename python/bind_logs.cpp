@@ -100,7 +100,10 @@ void BindLogs(py::module_& module) {
       .def(py::init<Path const&>(), "path"_a, "A missing file is an empty schedule. OSError: it cannot be read.")
       .def("__len__", On(&Schedule::Count))
       .def("__getitem__",
-           [](Schedule& schedule, py::slice const& slice) { return py::list(py::cast(schedule.All()))[slice]; })
+           [](Schedule& schedule, py::slice const& slice) -> py::object {
+             py::object const all = py::cast(schedule.All());
+             return all[slice];
+           })
       .def("__getitem__",
            [](Schedule& schedule, py::object const& index) { return schedule.At(Position(index, schedule.Count())); })
       .def("__iter__", [](Schedule& schedule) { return py::iter(py::cast(schedule.All())); })

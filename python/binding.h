@@ -127,7 +127,8 @@ template <>
 struct type_caster<Text> {
   PYBIND11_TYPE_CASTER(Text, const_name("str"));
   bool load(handle source, bool) {
-    if (!PyUnicode_Check(source.ptr())) return false;
+    if (!PyUnicode_Check(source.ptr()))
+      throw type_error(std::string("expected str, not ") + Py_TYPE(source.ptr())->tp_name);
     auto const latin1 = reinterpret_steal<py::bytes>(PyUnicode_AsLatin1String(source.ptr()));
     if (!latin1) throw error_already_set();  // UnicodeEncodeError
     value.bytes = std::string(latin1);
@@ -144,7 +145,6 @@ struct type_caster<Path> {
   PYBIND11_TYPE_CASTER(Path, const_name("os.PathLike"));
   bool load(handle source, bool) {
     PyObject* bytes = nullptr;
-    if (source.is_none()) return false;
     if (PyUnicode_FSConverter(source.ptr(), &bytes) == 0) throw error_already_set();
     value.bytes = std::string(reinterpret_steal<py::bytes>(bytes));
     if (value.bytes.empty()) throw Failure(ENOENT, "", "");

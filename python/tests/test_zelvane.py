@@ -1,4 +1,5 @@
-"""The package, each class once, on files that the C++ side has made: tests/fixtures and a copy of its demo-root."""
+"""The package: each class on the fixtures of the C++ tests and a copy of their demo-root."""
+import copy
 import datetime
 import os
 import pathlib
@@ -19,31 +20,26 @@ NIGHT = datetime.datetime(2026, 3, 7, 22, 30)
 
 @pytest.fixture
 def root(tmp_path, monkeypatch):
-    """An installation: what /etc/zelvane.conf would name."""
+    """An installation named by a file in place of /etc/zelvane.conf."""
     shutil.copytree(FIXTURES / "demo-root", tmp_path / "root")
-    settings = f"[ZELVANE]\nPATH = {tmp_path}/root\nVERSION = 4.2\nZELSRV = 1\n"
-    (tmp_path / "zelvane.conf").write_text(settings)
+    (tmp_path / "zelvane.conf").write_text(f"[ZELVANE]\nPATH = {tmp_path}/root\nVERSION = 4.2\nZELSRV = 1\n")
     monkeypatch.setenv("ZELVANE_TEST_SETTINGS", str(tmp_path / "zelvane.conf"))
     monkeypatch.setenv("HOME", str(tmp_path / "root" / "home"))
-    assert zelvane.root() == f"{tmp_path}/root/"
-    zelvane.set_root(tmp_path / "other")
-    assert zelvane.root() == f"{tmp_path}/other/"
-    zelvane.set_root()
-    assert zelvane.root() == f"{tmp_path}/root/"
     return tmp_path / "root"
 
 
 def test_config(root):
     path = root / "upscli.cfg"
     before = path.read_bytes()
-    with zelvane.Config(path, cached=True) as config:
+    with zelvane.Config(path, cached=True) as config, config:
         assert list(config)[:3] == ["CLILIST", "CLOSEANDSAVEAPP", "INVENTÁRIO"]
         assert config["POPUP"]["shutmessage"] == "Atenção: %c será desligado em %r s. (%m)"
         assert config.get_int("CloseAndSaveApp", "TimeLimit") == 90
         assert config.get_int("POPUP", "SHUTMESSAGE", 7) == config.get_int("NONE", "NONE", 7) == 7
         assert config.get_bool("SHUTSRV", "MAILSEND") is config.get_bool("SHUTSRV", "NONE", True) is True
         config["RUNCOMMAND"]["DELAY"] = "30"
-        config.section("NEW").update(HALF="0.5")
+        config["NEW"] = {"HALF": "0.5", "LOST": ""}
+        config["NEW"] = {"HALF": "0.5"}
         config["NEW"].set_datetime("WHEN", NIGHT)
         assert path.read_bytes() == before
         config.save()
@@ -51,6 +47,11 @@ def test_config(root):
         del config["NEW"]["HALF"]
     after = before.replace(b"DELAY = 5\n", b"DELAY = 30\n") + b"\n[NEW]\nWHEN = 07/03/2026 22:30:00"
     assert path.read_bytes() == after
+    direct = zelvane.Config(path)
+    direct["NEW"] = {"A": "1"}
+    assert path.read_bytes() == after.replace(b"WHEN = 07/03/2026 22:30:00", b"A = 1")
+    direct.clear()
+    assert (list(direct), path.read_bytes() != after) == ([], True)
 
 
 def test_config_with_a_bad_line(tmp_path):
@@ -73,48 +74,69 @@ ERRORS = {
     'config["POPUP"].update(TEXT="a\\nb")': ValueError,
     'config["POPUP"].update(TEXT="a\\0b")': ValueError,
     'config["POPUP"].update({"a=b": "c"})': ValueError,
+    'config["POPUP"].update({" A": "b"})': ValueError,
+    'config.section(" ").update(A="b")': ValueError,
+    'config.update(POPUP={"A": "b", "B": 5})': TypeError,
     'config["POPUP"].update(TEXT=None)': TypeError,
     'config["POPUP"].set_datetime("WHEN", NIGHT.replace(tzinfo=datetime.timezone.utc))': ValueError,
     'config["POPUP"].set_datetime("WHEN", NIGHT.replace(year=2039))': ValueError,
     "config.close() or list(config)": zelvane.ConfigError,
     'zelvane.Config(root / "none.cfg")': FileNotFoundError,
+    'zelvane.Config("")': FileNotFoundError,
     "zelvane.Config(root)": IsADirectoryError,
     'setattr(zelvane.shutdown_settings(root), "server_address", "1234567890123456")': ValueError,
+    'setattr(zelvane.client_settings(), "server_name", "a;b")': ValueError,
+    'zelvane.Server("a;b", "10.0.0.9")': ValueError,
     'zelvane.ShutdownSettings.defaults(root / "none").save()': FileNotFoundError,
     'setattr(settings, "ups_type", 4) or settings.save()': zelvane.Error,  # of fewer than five fields
     "zelvane.add_server(zelvane.servers()[0])": zelvane.Error,
     'zelvane.add_unit("100")': zelvane.Error,
     "zelvane.BrowseList(root)": IsADirectoryError,
     'zelvane.BrowseList(root / "none.cfg").add_group("a;b")': ValueError,
+    'zelvane.BrowseList(root / "none.cfg").edit(zelvane.Group(1 << 32, "a"))': TypeError,
     "log[74]": IndexError,
+    "log[1 << 80]": IndexError,
+    "zelvane.EventLog.verify(None)": TypeError,
     'log.append(300, "x" * 63)': ValueError,
     "log.append(65536)": ValueError,
+    'zelvane.EventLog(root / "logevt.rgt", limit=0)': ValueError,
     'zelvane.EventLog(root / "none.rgt")': FileNotFoundError,
     "zelvane.EventLog(root)": IsADirectoryError,
     "zelvane.Schedule(root)": IsADirectoryError,
     'zelvane.LanguageFile(root / "none.cfg", 1)[13]': KeyError,
+    "zelvane.LanguageFile(root, 1)": IsADirectoryError,
+    "iter(zelvane.Language(1))": TypeError,
     'zelvane.Service("no such service")': KeyError,
     'zelvane.Cipher("x").decrypt_file(root / "none", root / "out")': FileNotFoundError,
+    'zelvane.Cipher("x").encrypt_file(root / "upscli.cfg", root / "none" / "out")': FileNotFoundError,
+    'zelvane.Cipher("x").encrypt_file(root / "upscli.cfg", root / "upscli.cfg")': zelvane.Error,
 }
+
+
+def files(root):
+    return {path: path.read_bytes() for path in root.rglob("*") if path.is_file()}
 
 
 @pytest.mark.parametrize("call", ERRORS)
 def test_errors_change_nothing(root, call):
-    before = {path: path.read_bytes() for path in root.rglob("*") if path.is_file()}
     objects = {"root": root, "config": zelvane.Config(root / "upscli.cfg"), "log": zelvane.EventLog(root / "logevt.rgt")}
     objects["settings"] = zelvane.ups_settings(root)
+    before = files(root)
     with pytest.raises(ERRORS[call]):
         eval(call, globals(), objects)
-    assert {path: path.read_bytes() for path in root.rglob("*") if path.is_file()} == before
+    assert files(root) == before
 
 
 def test_settings(root):
     shutdown = zelvane.shutdown_settings(root)
     assert (shutdown.server_name, shutdown.server_port, shutdown.system_shutdown) == ("nobreak-01", 4375, True)
     assert shutdown.mail_password == "segredo" and "segredo" not in repr(shutdown)
+    with pytest.raises(ValueError, match="^mail_password: 21 characters are too many, at most 20$"):
+        shutdown.mail_password = "é" * 21
+    before = copy.copy(shutdown)
     shutdown.popup, shutdown.cmd_line = True, "/bin/sync"
     shutdown.save()
-    assert zelvane.shutdown_settings() == shutdown
+    assert zelvane.shutdown_settings() == shutdown != before
     ups = zelvane.ups_settings(root)
     assert (ups.timer_on_battery, ups.comm_port, ups.full_discharge_date) == (300000, 1, None)
     ups.full_discharge_date, ups.tcp_port = NIGHT, 4376
@@ -125,6 +147,10 @@ def test_settings(root):
     client.save()
     assert zelvane.client_settings().as_dict()["lang_id"] == 2
     assert (zelvane.installation().version, zelvane.installation().programs) == ("4.2", ["zelsrv"])
+    zelvane.set_root(root / "other")
+    assert zelvane.root() == f"{root}/other/"
+    zelvane.set_root()
+    assert zelvane.root() == f"{root}/"
 
 
 def test_lists(root):
@@ -156,6 +182,8 @@ def test_browse_list(tmp_path):
     assert (tower.address, tower.units[0].number, tower.group.parent.name) == ("10.0.0.8", 5, "Sítio")
     network.remove(network.groups[0])
     assert b"tower" not in path.read_bytes() and network.changed is not None
+    os.mkfifo(tmp_path / "fifo")
+    assert zelvane.BrowseList(tmp_path / "fifo").groups == []
 
 
 def test_event_log(root):
@@ -167,15 +195,17 @@ def test_event_log(root):
     assert (log.count(1), log.count(1, last=datetime.date(2005, 3, 3)), log.count(1, NIGHT)) == (24, 0, 0)
     assert log.duration(1, [2]) == datetime.timedelta(seconds=8214)
     assert (memoryview(log.records).itemsize, bytes(memoryview(log.records))) == (68, path.read_bytes())
+    assert (log.count(40000), log.duration(40000, [40001])) == (0, datetime.timedelta(0))
     log.append(300, "fim é agora", NIGHT)
     log.append(301, b"\1\2", NIGHT - datetime.timedelta(seconds=1))
     assert (len(log), log[74].text, log[75].payload[:3]) == (76, "fim é agora", b"\1\2\0")
     assert log.verify()["out_of_order"] == [75]
     zelvane.EventLog(path, limit=2).append(302)
     assert [event.code for event in zelvane.EventLog(path)] == [301, 302]
-    path.write_bytes(bytes(69))
+    damaged = os.fsencode(root) + b"/\xff.rgt"
+    pathlib.Path(os.fsdecode(damaged)).write_bytes(bytes(69))
     with pytest.warns(RuntimeWarning, match="damaged"):
-        assert zelvane.EventLog(path).verify()["torn_bytes"] == 1
+        assert zelvane.EventLog(damaged).verify()["torn_bytes"] == 1
 
 
 def test_text_log_schedule_and_language(root, tmp_path):
@@ -186,13 +216,14 @@ def test_text_log_schedule_and_language(root, tmp_path):
     for moment in moments:
         zelvane.Schedule(tmp_path / "schedule").add(moment)
     schedule = zelvane.Schedule(tmp_path / "schedule")
-    assert list(schedule) == sorted(moments)
+    assert list(schedule) == schedule[:] == sorted(moments)
     schedule.remove(datetime.date(2037, 1, 1))
     assert (len(schedule), schedule.next(), schedule[-1]) == (1, moments[0], moments[0])
     (root / "zellang.cfg").write_bytes(b"[LANG]\n1 = Portugu\xeas\n[1]\n12 = Liga\xe7\xe3o\n")
     lang = zelvane.Language(1)
     lang[12] = "minha"
     assert (lang[12], lang.installed(12), lang.name(1), lang.count()) == ("minha", "Ligação", "Português", 1)
+    assert (12 in lang, 13 in lang) == (True, False)
     assert zelvane.LanguageFile(root / "home" / ".zellang.cfg", 1)[12] == "minha"
 
 
