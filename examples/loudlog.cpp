@@ -1,5 +1,4 @@
-// A log that says aloud what it is given. Only one step of LogClass is replaced; the others, which call it through the
-// virtual table, become loud with it.
+// A log that prints each event. It replaces one virtual hook of LogClass; the other operations call this hook.
 //
 //   loudlog FILE      appends four events of a power cut, and keeps the newest three
 #include <zelvane/zelvane.h>
@@ -9,7 +8,7 @@
 
 namespace {
 
-using Event = std::array<unsigned char, 64>;  // the code, little-endian, then what the program likes
+using Event = std::array<unsigned char, 64>;  // the code, little-endian, then the program's own bytes
 
 class LoudLog : public LogClass {
  public:

@@ -1,11 +1,11 @@
-/* Reads the shutdown settings of this computer, gives its users more time, and lists the servers it knows.
+/* Prints the shutdown settings of this computer, changes the delay, and lists the known servers.
 
-     settings [SECONDS]      from the installation root; writes upscli.cfg there if SECONDS are given */
+     settings [SECONDS]      in the installation root; writes upscli.cfg there if SECONDS is given */
 #include <stdio.h>
 #include <stdlib.h>
 #include <zelvane/zelvane.h>
 
-/* The files hold Latin-1; today's terminals want UTF-8, in which no text of the settings takes more than 512 bytes. */
+/* The files are Latin-1, terminals expect UTF-8: at most 512 bytes for the texts of the settings. */
 static char const* Shown(char const* latin1) {
   static char utf8[512];
   Latin1ToUtf8(latin1, utf8, sizeof utf8);
@@ -14,7 +14,7 @@ static char const* Shown(char const* latin1) {
 
 static int ChangeDelay(ShutSrvConfig* settings, char const* seconds) {
   settings->cmdDelay = (uint32_t)strtoul(seconds, NULL, 10);
-  /* Null stands for the installation root. Only the lines that hold another value now are changed. */
+  /* Null is the installation root. Only lines with another value change. */
   if (!SetShutSrvConfig(NULL, settings)) return 0;
   printf("The command now waits %u seconds.\n", (unsigned)settings->cmdDelay);
   return 1;

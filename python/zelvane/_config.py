@@ -58,7 +58,7 @@ class Section(MutableMapping[str, str]):
         return default if value is None else value
 
     def get_bool(self, key: str, default: bool = False) -> bool:
-        """A number: 0 is False, others are True; the default for a missing key or other text, "yes" and "true" included."""
+        """A number: 0 is False, others are True. The default for a missing key or other text, also "yes" or "true"."""
         value = self._file.read_bool(self.name, key)
         return default if value is None else value
 
