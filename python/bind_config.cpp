@@ -58,16 +58,6 @@ class File {
     });
   }
 
-  // Reads a number with a default, and a second time with another default to tell a missing number from that default.
-  template <class Number, class Read>
-  std::optional<Number> Find(Read&& read) {
-    return Ask([&](CfgClass& cfg) -> std::optional<Number> {
-      Number const first = read(cfg, Number(0));
-      if (first == Number(0) && read(cfg, Number(1)) == Number(1)) return std::nullopt;
-      return first;
-    });
-  }
-
   // Saves once.
   void Replace(std::string const& section, Keys const& keys) {
     Do([&](CfgClass& cfg) {
@@ -138,6 +128,23 @@ void Replace(File& file, Text const& section, Keys const& keys) {
   file.Replace(section.bytes, keys);
 }
 
+using Bytes = std::string const&;
+
+// A method that reads: the work gets the engine and the bytes of the texts.
+template <class... Texts, class Work>
+auto Reader(Work work) {
+  return [work](File& file, Texts const&... texts) {
+    return file.Ask([&](CfgClass& cfg) { return work(cfg, texts.bytes...); });
+  };
+}
+
+// Reads a number with a default, and a second time with another default to tell a missing number from that default.
+template <class Number, class Read>
+std::optional<Number> Find(Read&& read) {
+  Number const first = read(Number(0));
+  return first == Number(0) && read(Number(1)) == Number(1) ? std::nullopt : std::optional(first);
+}
+
 template <class Get>
 std::vector<Text> Names(unsigned long count, Get get) {
   std::vector<Text> names;
@@ -162,66 +169,39 @@ void BindConfig(py::module_& module) {
       .def(py::init<Path const&, bool, bool, bool, bool>())
       .def_property_readonly("path", [](File const& file) { return Path{file.GetPath()}; })
       .def_property_readonly("error_line", On(&File::ErrorLine))
-      .def("sections",
-           [](File& file) {
-             return file.Ask([](CfgClass& cfg) {
-               return Names(cfg.GetSectionCount(), [&](unsigned long i) { return cfg.GetSectionName(i); });
-             });
-           })
-      .def("section_count", [](File& file) { return file.Ask([](CfgClass& cfg) { return cfg.GetSectionCount(); }); })
-      .def("has_section",
-           [](File& file, Text const& name) {
-             return file.Ask([&](CfgClass& cfg) { return cfg.SectionExists(name.bytes); });
-           })
+      .def("sections", Reader<>([](CfgClass& cfg) {
+             return Names(cfg.GetSectionCount(), [&](unsigned long i) { return cfg.GetSectionName(i); });
+           }))
+      .def("section_count", Reader<>([](CfgClass& cfg) { return cfg.GetSectionCount(); }))
+      .def("has_section", Reader<Text>([](CfgClass& cfg, Bytes section) { return cfg.SectionExists(section); }))
       .def("replace_section", &Replace)
-      .def("keys",
-           [](File& file, Text const& section) {
-             return file.Ask([&](CfgClass& cfg) {
-               return Names(cfg.GetKeyCount(section.bytes),
-                            [&](unsigned long i) { return cfg.GetKeyName(section.bytes, i); });
-             });
-           })
-      .def("key_count",
-           [](File& file, Text const& section) {
-             return file.Ask([&](CfgClass& cfg) { return cfg.GetKeyCount(section.bytes); });
-           })
+      .def("keys", Reader<Text>([](CfgClass& cfg, Bytes section) {
+             return Names(cfg.GetKeyCount(section), [&](unsigned long i) { return cfg.GetKeyName(section, i); });
+           }))
+      .def("key_count", Reader<Text>([](CfgClass& cfg, Bytes section) { return cfg.GetKeyCount(section); }))
       .def("has_key",
-           [](File& file, Text const& section, Text const& key) {
-             return file.Ask([&](CfgClass& cfg) { return cfg.KeyExists(section.bytes, key.bytes); });
-           })
+           Reader<Text, Text>([](CfgClass& cfg, Bytes section, Bytes key) { return cfg.KeyExists(section, key); }))
       .def("delete_key",
            [](File& file, Text const& section, Text const& key) {
              file.Do([&](CfgClass& cfg) { return cfg.DeleteKey(section.bytes, key.bytes); });
            })
-      .def("read_str",
-           [](File& file, Text const& section, Text const& key) {
-             return file.Ask([&](CfgClass& cfg) -> std::optional<Text> {
-               if (!cfg.KeyExists(section.bytes, key.bytes)) return std::nullopt;
-               return Text{cfg.ReadStr(section.bytes, key.bytes, std::string())};
-             });
-           })
-      .def(
-          "read_int",
-          [](File& file, Text const& section, Text const& key) {
-            return file.Find<long>([&](CfgClass& cfg, long def) { return cfg.ReadInt(section.bytes, key.bytes, def); });
-          })
-      .def("read_bool",
-           [](File& file, Text const& section, Text const& key) {
-             return file.Find<bool>(
-                 [&](CfgClass& cfg, bool def) { return cfg.ReadBool(section.bytes, key.bytes, def); });
-           })
-      .def("read_float",
-           [](File& file, Text const& section, Text const& key) {
-             return file.Find<double>(
-                 [&](CfgClass& cfg, double def) { return cfg.ReadFloat(section.bytes, key.bytes, def); });
-           })
-      .def("read_datetime",
-           [](File& file, Text const& section, Text const& key, Text const& format) {
-             return file.Ask([&](CfgClass& cfg) -> std::optional<Moment> {
-               long const seconds = cfg.ReadDateTime(section.bytes, key.bytes, format.bytes, -1);
-               return seconds < 0 ? std::nullopt : std::optional(Moment{seconds});
-             });
-           })
+      .def("read_str", Reader<Text, Text>([](CfgClass& cfg, Bytes section, Bytes key) {
+             return cfg.KeyExists(section, key) ? std::optional(Text{cfg.ReadStr(section, key, std::string())})
+                                                : std::nullopt;
+           }))
+      .def("read_int", Reader<Text, Text>([](CfgClass& cfg, Bytes section, Bytes key) {
+             return Find<long>([&](long def) { return cfg.ReadInt(section, key, def); });
+           }))
+      .def("read_bool", Reader<Text, Text>([](CfgClass& cfg, Bytes section, Bytes key) {
+             return Find<bool>([&](bool def) { return cfg.ReadBool(section, key, def); });
+           }))
+      .def("read_float", Reader<Text, Text>([](CfgClass& cfg, Bytes section, Bytes key) {
+             return Find<double>([&](double def) { return cfg.ReadFloat(section, key, def); });
+           }))
+      .def("read_datetime", Reader<Text, Text, Text>([](CfgClass& cfg, Bytes section, Bytes key, Bytes format) {
+             long const seconds = cfg.ReadDateTime(section, key, format, -1);
+             return seconds < 0 ? std::nullopt : std::optional(Moment{seconds});
+           }))
       .def("write_str",
            [](File& file, Text const& section, Text const& key, Text const& value) {
              std::string const& name = KeyName(key);
