@@ -93,7 +93,6 @@ class Cipher {
   using FileCoder = bool (CipherManager::*)(char const*, char const*);
   void CodeFile(Path const& source, Path const& destination, FileCoder coder) {
     Alone(mutex_, [&] {
-      ReadableSize(source.bytes);
       errno = 0;
       if ((manager_.*coder)(source.bytes.c_str(), destination.bytes.c_str())) return;
       throw Failure(errno, source.bytes, "the file is its own destination", destination.bytes);
@@ -152,7 +151,8 @@ void BindCrypto(py::module_& module) {
           "data"_a, "Returns as many encrypted bytes, from a stream of their own.")
       .def(
           "decrypt", [](Cipher& c, py::buffer const& data) { return c.Code(data, &CipherManager::DecodeBuffer); },
-          "data"_a, "Decrypts what encrypt() returned. In code_book mode a partial block at the end is lost.")
+          "data"_a,
+          "Decrypts what encrypt() returned. In code_book mode a partial block at the end cannot be decrypted.")
       .def(
           "encrypt_file",
           [](Cipher& c, Path const& source, Path const& destination) {
