@@ -13,7 +13,9 @@ static char const* Shown(char const* latin1) {
 }
 
 static int ChangeDelay(ShutSrvConfig* settings, char const* seconds) {
-  settings->cmdDelay = (uint32_t)strtoul(seconds, NULL, 10);
+  char* end;
+  settings->cmdDelay = (uint32_t)strtoul(seconds, &end, 10);
+  if (seconds[0] < '0' || seconds[0] > '9' || *end != '\0') return 0;
   /* Null is the installation root. Only lines with another value change. */
   if (!SetShutSrvConfig(NULL, settings)) return 0;
   printf("The command now waits %u seconds.\n", (unsigned)settings->cmdDelay);
@@ -42,7 +44,7 @@ int main(int argc, char** argv) {
   printf("At a shutdown it waits %u seconds and runs \"%s\".\n", (unsigned)settings.cmdDelay, Shown(settings.cmdLine));
   printf("Its users read \"%s\".\n", Shown(settings.shutMessage));
   if (argc > 1 && !ChangeDelay(&settings, argv[1])) {
-    fputs("upscli.cfg cannot be written.\n", stderr);
+    fputs("SECONDS is not a number, or upscli.cfg cannot be written.\n", stderr);
     return 1;
   }
   ListServers();
