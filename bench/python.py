@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""python.py ZELCTL: measures the Python package beside its peers, and prints Google Benchmark's JSON for table.py.
+"""python.py ZELCTL: measures the Python package and its comparison programs. Prints JSON for table.py.
 
-python-events: a log of a million events as a DataFrame, beside `zelctl log count`, which reads it, too.
-python-settings: a settings file opened and ten of its keys read, beside configparser."""
+python-events: reads a log of a million events into a DataFrame; the comparison is `zelctl log count` of the same log.
+python-settings: opens a settings file and reads ten keys; the comparison is configparser."""
 import configparser
 import json
 import resource
@@ -57,7 +57,7 @@ def theirs(path):
 
 
 def processor_time():
-    """Of this process and of those that it has waited for, in seconds."""
+    """Of this process and its finished children, in seconds."""
     spent = [resource.getrusage(who) for who in (resource.RUSAGE_SELF, resource.RUSAGE_CHILDREN)]
     return sum(usage.ru_utime + usage.ru_stime for usage in spent)
 

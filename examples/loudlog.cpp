@@ -1,7 +1,6 @@
-// A log that prints every record it is given. It replaces only one virtual hook of LogClass. The other operations call
-// that hook through the virtual table, so they print too.
+// A log that prints each event. It replaces one virtual hook of LogClass; the other operations call this hook.
 //
-//   loudlog FILE      appends four events of a power failure, and keeps the newest three
+//   loudlog FILE      appends four events of a power cut, and keeps the newest three
 #include <zelvane/zelvane.h>
 
 #include <array>
@@ -9,7 +8,7 @@
 
 namespace {
 
-using Event = std::array<unsigned char, 64>;  // the code, little-endian, then data of the program
+using Event = std::array<unsigned char, 64>;  // the code, little-endian, then the program's own bytes
 
 class LoudLog : public LogClass {
  public:

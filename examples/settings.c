@@ -1,11 +1,11 @@
-/* Reads the shutdown settings of this computer, gives its users more time, and lists the servers that it knows.
+/* Prints the shutdown settings of this computer, changes the delay, and lists the known servers.
 
-     settings [SECONDS]      from the installation root; writes upscli.cfg there if SECONDS are given */
+     settings [SECONDS]      in the installation root; writes upscli.cfg there if SECONDS is given */
 #include <stdio.h>
 #include <stdlib.h>
 #include <zelvane/zelvane.h>
 
-/* The files are Latin-1; today's terminals expect UTF-8, in which no text of the settings needs more than 512 bytes. */
+/* The files are Latin-1, terminals expect UTF-8: at most 512 bytes for the texts of the settings. */
 static char const* Shown(char const* latin1) {
   static char utf8[512];
   Latin1ToUtf8(latin1, utf8, sizeof utf8);
@@ -13,8 +13,10 @@ static char const* Shown(char const* latin1) {
 }
 
 static int ChangeDelay(ShutSrvConfig* settings, char const* seconds) {
-  settings->cmdDelay = (uint32_t)strtoul(seconds, NULL, 10);
-  /* Null means the installation root. All keys of the record are written; the other lines stay. */
+  char* end;
+  settings->cmdDelay = (uint32_t)strtoul(seconds, &end, 10);
+  if (seconds[0] < '0' || seconds[0] > '9' || *end != '\0') return 0;
+  /* Null is the installation root. Only lines with another value change. */
   if (!SetShutSrvConfig(NULL, settings)) return 0;
   printf("The command now waits %u seconds.\n", (unsigned)settings->cmdDelay);
   return 1;
@@ -42,7 +44,7 @@ int main(int argc, char** argv) {
   printf("At a shutdown it waits %u seconds and runs \"%s\".\n", (unsigned)settings.cmdDelay, Shown(settings.cmdLine));
   printf("Its users read \"%s\".\n", Shown(settings.shutMessage));
   if (argc > 1 && !ChangeDelay(&settings, argv[1])) {
-    fputs("upscli.cfg cannot be written.\n", stderr);
+    fputs("SECONDS is not a number, or upscli.cfg cannot be written.\n", stderr);
     return 1;
   }
   ListServers();

@@ -1,8 +1,7 @@
 #!/usr/bin/env python3
-"""Tells what changes in a settings file: watch.py FILE [SECONDS between looks]
+"""Prints the changes in a settings file: watch.py FILE [SECONDS between checks]
 
-A save puts a new file into the place of the old one, so the name is looked at anew each time. An open file, or a watch
-on one, would go on showing the old one."""
+A save replaces the file, so check the name each time: an open file, or a watch on one, stays with the old file."""
 import os
 import sys
 import time
@@ -10,7 +9,7 @@ import zelvane
 
 
 def state(path):
-    """Changes with every save: the inode with its replacement, the rest with a change in place."""
+    """Differs after each save: a replaced file has another inode, one changed in place another time or size."""
     try:
         status = os.stat(path)
     except FileNotFoundError:

@@ -9,58 +9,52 @@
 
 namespace {
 
-// An entry: identifier, name, address or unit number (each for its kind), and the identifier that it belongs to.
-using Group = std::tuple<long, Text, long>;
-using Computer = std::tuple<long, Text, Text, long>;
-using Unit = std::tuple<long, Text, unsigned, long>;
+// An entry: identifier, name, address or unit number (each for its kind), and the identifier of its owner.
+using Group = std::tuple<int32_t, Text, int32_t>;
+using Computer = std::tuple<int32_t, Text, Text, int32_t>;
+using Unit = std::tuple<int32_t, Text, uint32_t, int32_t>;
 
 template <std::size_t Width>
-void Put(char (&field)[Width], Text const& text) {
-  if (text.bytes.find(';') != std::string::npos) throw py::value_error("the browse list cannot hold \";\"");
-  SetText(field, Width, text);
+void Put(char (&field)[Width], Text const& text, char const* name) {
+  SetText(field, Width, Part(text, name), name);
 }
 
 BrwsGroupRec Record(Group const& group) {
-  BrwsGroupRec record{static_cast<int32_t>(std::get<0>(group)), "", static_cast<int32_t>(std::get<2>(group))};
-  Put(record.name, std::get<1>(group));
+  BrwsGroupRec record{std::get<0>(group), "", std::get<2>(group)};
+  Put(record.name, std::get<1>(group), "name");
   return record;
 }
 
 BrwsComputerRec Record(Computer const& computer) {
-  BrwsComputerRec record{static_cast<int32_t>(std::get<0>(computer)), "", "",
-                         static_cast<int32_t>(std::get<3>(computer))};
-  Put(record.name, std::get<1>(computer));
-  Put(record.address, std::get<2>(computer));
+  BrwsComputerRec record{std::get<0>(computer), "", "", std::get<3>(computer)};
+  Put(record.name, std::get<1>(computer), "name");
+  Put(record.address, std::get<2>(computer), "address");
   return record;
 }
 
 BrwsNobreakRec Record(Unit const& unit) {
-  BrwsNobreakRec record{static_cast<int32_t>(std::get<0>(unit)), "", std::get<2>(unit),
-                        static_cast<int32_t>(std::get<3>(unit))};
-  Put(record.name, std::get<1>(unit));
+  BrwsNobreakRec record{std::get<0>(unit), "", std::get<2>(unit), std::get<3>(unit)};
+  Put(record.name, std::get<1>(unit), "name");
   return record;
 }
+
+Group Entry(BrwsGroupRec const& group) { return {group.id, {group.name}, group.parent}; }
+Computer Entry(BrwsComputerRec const& computer) {
+  return {computer.id, {computer.name}, {computer.address}, computer.group};
+}
+Unit Entry(BrwsNobreakRec const& unit) { return {unit.id, {unit.name}, unit.number, unit.computer}; }
 
 class Browse {
  public:
   explicit Browse(Path const& path) : path_(path.bytes), list_(nullptr, CloseBrwsList) {
-    list_.reset(Unlocked([&] { return OpenBrwsList(path_.c_str()); }));
+    list_.reset(Unlocked([&] {
+      ReadableSize(path_);
+      return OpenBrwsList(path_.c_str());
+    }));
     if (list_ == nullptr) throw std::bad_alloc();
   }
   ~Browse() {
     Unlocked([&] { list_.reset(); });
-  }
-
-  template <class Entry, class Item, class Count, class Get, class Make>
-  std::vector<Entry> Read(Count count, Get get, Make make) {
-    return Alone(mutex_, [&] {
-      std::vector<Entry> entries;
-      Item item;
-      for (unsigned long i = 0, all = count(List()); i < all; i++) {
-        if (get(List(), i, &item) != 0) entries.push_back(make(item));
-      }
-      return entries;
-    });
   }
 
   template <class Work>
@@ -93,70 +87,57 @@ class Browse {
   std::unique_ptr<void, int (*)(void*)> list_;
 };
 
-// Gives the identifier.
-template <class Entry, class Add>
-unsigned long Adding(Browse& browse, Entry const& entry, Add add) {
-  auto const record = Record(entry);
-  unsigned long id = 0;
-  browse.Do("an entry without a name, or with a text that the file cannot hold",
-            [&](void* list) { return add(list, &record, false, &id, false); });
-  return id;
-}
-
-template <class Entry, class Edit>
-void Editing(Browse& browse, Entry const& entry, Edit edit) {
-  auto const record = Record(entry);
-  browse.Do("no such entry, or one without a name, address or computer",
+// The operations on one kind of entry. Numbers are the position or identifier; no operation saves but the removal.
+template <class Item, class Count, class Get, class Add, class Edit, class Remove>
+void BindKind(py::class_<Browse>& browse, std::string const& kind, Count count, Get get, Add add, Edit edit,
+              Remove remove) {
+  using Values = decltype(Entry(Item()));
+  browse.def((kind + "s").c_str(), [=](Browse& self) {
+    return self.Ask([&](void* list) {
+      std::vector<Values> entries;
+      Item item;
+      for (unsigned long i = 0, all = count(list); i < all; i++) {
+        if (get(list, i, &item) != 0) entries.push_back(Entry(item));
+      }
+      return entries;
+    });
+  });
+  browse.def(("add_" + kind).c_str(), [=](Browse& self, Values const& entry) {
+    Item const record = Record(entry);
+    unsigned long id = 0;
+    self.Do("an entry without a name", [&](void* list) { return add(list, &record, false, &id, false); });
+    return id;
+  });
+  browse.def(("edit_" + kind).c_str(), [=](Browse& self, Values const& entry) {
+    Item const record = Record(entry);
+    self.Do("no such entry, or an entry without a name, address or computer",
             [&](void* list) { return edit(list, &record, false); });
-}
-
-template <class Remove>
-void Removing(Browse& browse, long id, Remove remove) {
-  if (id < 0) throw py::value_error("identifiers count from 0");  // -1 would stand for all that belong to nothing
-  browse.Do("the file cannot be written", [&](void* list) { return remove(list, id, false); });
+  });
+  browse.def(("remove_" + kind).c_str(), [=](Browse& self, int32_t id) {
+    if (id < 0) throw py::value_error("expected an identifier from 0");  // -1 stands for all without an owner
+    self.Do("the file cannot be written", [&](void* list) { return remove(list, id, false); });
+  });
 }
 
 }  // namespace
 
 void BindBrowse(py::module_& module) {
-  py::class_<Browse>(module, "Browse")
-      .def(py::init<Path const&>())
-      .def("groups",
-           [](Browse& browse) {
-             return browse.Read<Group, BrwsGroupRec>(GetBrwsGroupsCount, GetBrwsGroupByIndex, [](auto const& g) {
-               return Group{g.id, {g.name}, g.parent};
-             });
-           })
-      .def("computers",
-           [](Browse& browse) {
-             return browse.Read<Computer, BrwsComputerRec>(GetBrwsComputersCount, GetBrwsComputerByIndex,
-                                                           [](auto const& c) {
-                                                             return Computer{c.id, {c.name}, {c.address}, c.group};
-                                                           });
-           })
-      .def("units",
-           [](Browse& browse) {
-             return browse.Read<Unit, BrwsNobreakRec>(GetBrwsNobreaksCount, GetBrwsNobreakByIndex, [](auto const& u) {
-               return Unit{u.id, {u.name}, u.number, u.computer};
-             });
-           })
-      .def("add_group", [](Browse& b, Group const& entry) { return Adding(b, entry, AddBrwsGroup); })
-      .def("add_computer", [](Browse& b, Computer const& entry) { return Adding(b, entry, AddBrwsComputer); })
-      .def("add_unit", [](Browse& b, Unit const& entry) { return Adding(b, entry, AddBrwsNobreak); })
-      .def("edit_group", [](Browse& b, Group const& entry) { Editing(b, entry, EditBrwsGroup); })
-      .def("edit_computer", [](Browse& b, Computer const& entry) { Editing(b, entry, EditBrwsComputer); })
-      .def("edit_unit", [](Browse& b, Unit const& entry) { Editing(b, entry, EditBrwsNobreak); })
-      .def("remove_group", [](Browse& b, long id) { Removing(b, id, RemoveBrwsGroup); })
-      .def("remove_computer", [](Browse& b, long id) { Removing(b, id, RemoveBrwsComputer); })
-      .def("remove_unit", [](Browse& b, long id) { Removing(b, id, RemoveBrwsNobreak); })
+  py::class_<Browse> browse(module, "Browse");
+  browse.def(py::init<Path const&>())
       .def("stamp",
-           [](Browse& browse) {
-             long const stamp = browse.Ask(GetBrwsFileDate);
+           [](Browse& self) {
+             long const stamp = self.Ask(GetBrwsFileDate);
              return stamp > 0 ? std::optional(Moment{stamp}) : std::nullopt;
            })
       .def("save",
-           [](Browse& browse) {
-             browse.Do("cannot be written", [](void* list) { return UpdateBrwsFileDate(list, true); });
+           [](Browse& self) {
+             self.Do("the file cannot be written", [](void* list) { return UpdateBrwsFileDate(list, true); });
            })
-      .def("close", &Browse::Close);
+      .def("close", On(&Browse::Close));
+  BindKind<BrwsGroupRec>(browse, "group", GetBrwsGroupsCount, GetBrwsGroupByIndex, AddBrwsGroup, EditBrwsGroup,
+                         RemoveBrwsGroup);
+  BindKind<BrwsComputerRec>(browse, "computer", GetBrwsComputersCount, GetBrwsComputerByIndex, AddBrwsComputer,
+                            EditBrwsComputer, RemoveBrwsComputer);
+  BindKind<BrwsNobreakRec>(browse, "unit", GetBrwsNobreaksCount, GetBrwsNobreakByIndex, AddBrwsNobreak, EditBrwsNobreak,
+                           RemoveBrwsNobreak);
 }

@@ -1,5 +1,5 @@
-// The configuration engine, for zelvane/_config.py: keys by section and name, failures as exceptions.
-#include <limits>
+// The configuration engine for zelvane/_config.py: keys by section and name, failures as exceptions.
+#include <cstring>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -16,11 +16,15 @@ struct ConfigFailure : std::exception {
   std::string path;
 };
 
+using Keys = std::vector<std::pair<Text, Text>>;
+
 // One file, open from construction to Close.
 class File {
  public:
   File(Path const& path, bool readOnly, bool cached, bool keepCase, bool strict)
-      : cfg_(keepCase ? std::make_unique<RegCfgClass>() : std::make_unique<CfgClass>()), path_(path.bytes) {
+      : cfg_(keepCase ? std::make_unique<RegCfgClass>() : std::make_unique<CfgClass>()),
+        path_(path.bytes),
+        cached_(cached) {
     Alone(mutex_, [&] {
       errno = 0;
       if (!(readOnly ? cfg_->OpenReadOnly(path_) : cfg_->Open(path_))) Raise();
@@ -30,12 +34,12 @@ class File {
     });
   }
 
-  // Python's lock is not held: a thread that waits here holds up no other.
+  // Saves without Python's lock.
   ~File() {
     Unlocked([&] { cfg_.reset(); });
   }
 
-  // A question.
+  // Reads.
   template <class Work>
   auto Ask(Work&& work) {
     return Alone(mutex_, [&] {
@@ -44,7 +48,7 @@ class File {
     });
   }
 
-  // An operation that says whether it has succeeded.
+  // Works, and raises when the result is false.
   template <class Work>
   void Do(Work&& work) {
     Alone(mutex_, [&] {
@@ -54,20 +58,26 @@ class File {
     });
   }
 
-  // Reads a number with a default, and again with another where it could be the default.
-  template <class Number, class Read>
-  std::optional<Number> Find(Read&& read) {
-    return Ask([&](CfgClass& cfg) -> std::optional<Number> {
-      Number const first = read(cfg, Number(0));
-      if (first == Number(0) && read(cfg, Number(1)) == Number(1)) return std::nullopt;
-      return first;
+  // Saves once.
+  void Replace(std::string const& section, Keys const& keys) {
+    Do([&](CfgClass& cfg) {
+      cfg.SetCached(true);
+      bool changed = cfg.EraseSection(section);
+      for (auto const& [key, value] : keys) changed = changed && cfg.WriteStr(section, key.bytes, value.bytes);
+      long const code = cfg.GetErrorCode();
+      if (!cached_ && !cfg.SetCached(false)) return false;
+      if (!changed) throw ConfigFailure(code, 0, path_);
+      return true;
     });
   }
 
+  // Closes only what has been saved: a failure loses nothing.
   void Close() {
-    if (closed_) return;
-    Do([this](CfgClass& cfg) { return cfg.Close(); });
-    closed_ = true;
+    Alone(mutex_, [&] {
+      errno = 0;
+      if (!closed_ && !(cfg_->Flush() && cfg_->Close())) Raise();
+      closed_ = true;
+    });
   }
 
   std::string const& GetPath() const { return path_; }
@@ -88,15 +98,58 @@ class File {
   std::mutex mutex_;
   std::unique_ptr<CfgClass> cfg_;
   std::string path_;
+  bool cached_;
   long errorLine_ = 0;
   bool closed_ = false;
 };
 
-std::string const& KeyName(Text const& key) {
-  std::string const& name = Plain(key);
-  if (name.empty() || name.find('=') != std::string::npos || std::string(";#'").find(name[0]) != std::string::npos)
-    throw py::value_error("a key is not empty, does not hold \"=\" and does not begin with \";\", \"#\" or \"'\"");
+// The file's next reader removes blanks at the ends, and would not find the name.
+std::string const& Name(Text const& text) {
+  std::string const& name = Plain(text);
+  if (!name.empty() && (std::strchr(" \t", name.front()) != nullptr || std::strchr(" \t", name.back()) != nullptr))
+    throw py::value_error("the name of a section or key has no blanks at its ends");
   return name;
+}
+
+std::string const& KeyName(Text const& key) {
+  std::string const& name = Name(key);
+  if (name.empty() || name.find('=') != std::string::npos || std::strchr(";#'", name[0]) != nullptr)
+    throw py::value_error("a key is not empty, has no \"=\" and does not begin with \";\", \"#\" or \"'\"");
+  return name;
+}
+
+// All names and values are checked before anything is changed.
+void Replace(File& file, Text const& section, Keys const& keys) {
+  Name(section);
+  for (auto const& [key, value] : keys) {
+    KeyName(key);
+    Plain(value);
+  }
+  file.Replace(section.bytes, keys);
+}
+
+using Bytes = std::string const&;
+
+// A method that reads: the work gets the engine and the bytes of the texts.
+template <class... Texts, class Work>
+auto Reader(Work work) {
+  return [work](File& file, Texts const&... texts) {
+    return file.Ask([&](CfgClass& cfg) { return work(cfg, texts.bytes...); });
+  };
+}
+
+// Reads a number with a default, and a second time with another default to tell a missing number from that default.
+template <class Number, class Read>
+std::optional<Number> Find(Read&& read) {
+  Number const first = read(Number(0));
+  return first == Number(0) && read(Number(1)) == Number(1) ? std::nullopt : std::optional(first);
+}
+
+template <class Get>
+std::vector<Text> Names(unsigned long count, Get get) {
+  std::vector<Text> names;
+  for (unsigned long i = 0; i < count; i++) names.push_back({get(i)});
+  return names;
 }
 
 }  // namespace
@@ -115,87 +168,54 @@ void BindConfig(py::module_& module) {
   py::class_<File>(module, "File")
       .def(py::init<Path const&, bool, bool, bool, bool>())
       .def_property_readonly("path", [](File const& file) { return Path{file.GetPath()}; })
-      .def_property_readonly("error_line", &File::ErrorLine)
-      .def("sections",
-           [](File& file) {
-             return file.Ask([](CfgClass& cfg) {
-               std::vector<Text> names;
-               for (unsigned long i = 0, count = cfg.GetSectionCount(); i < count; i++)
-                 names.push_back({cfg.GetSectionName(i)});
-               return names;
-             });
-           })
-      .def("section_count", [](File& file) { return file.Ask([](CfgClass& cfg) { return cfg.GetSectionCount(); }); })
-      .def("has_section",
-           [](File& file, Text const& name) {
-             return file.Ask([&](CfgClass& cfg) { return cfg.SectionExists(name.bytes); });
-           })
-      .def("erase_section",
-           [](File& file, Text const& name) { file.Do([&](CfgClass& cfg) { return cfg.EraseSection(name.bytes); }); })
-      .def("keys",
-           [](File& file, Text const& section) {
-             return file.Ask([&](CfgClass& cfg) {
-               std::vector<Text> names;
-               for (unsigned long i = 0, count = cfg.GetKeyCount(section.bytes); i < count; i++)
-                 names.push_back({cfg.GetKeyName(section.bytes, i)});
-               return names;
-             });
-           })
-      .def("key_count",
-           [](File& file, Text const& section) {
-             return file.Ask([&](CfgClass& cfg) { return cfg.GetKeyCount(section.bytes); });
-           })
+      .def_property_readonly("error_line", On(&File::ErrorLine))
+      .def("sections", Reader<>([](CfgClass& cfg) {
+             return Names(cfg.GetSectionCount(), [&](unsigned long i) { return cfg.GetSectionName(i); });
+           }))
+      .def("section_count", Reader<>([](CfgClass& cfg) { return cfg.GetSectionCount(); }))
+      .def("has_section", Reader<Text>([](CfgClass& cfg, Bytes section) { return cfg.SectionExists(section); }))
+      .def("replace_section", &Replace)
+      .def("keys", Reader<Text>([](CfgClass& cfg, Bytes section) {
+             return Names(cfg.GetKeyCount(section), [&](unsigned long i) { return cfg.GetKeyName(section, i); });
+           }))
+      .def("key_count", Reader<Text>([](CfgClass& cfg, Bytes section) { return cfg.GetKeyCount(section); }))
       .def("has_key",
-           [](File& file, Text const& section, Text const& key) {
-             return file.Ask([&](CfgClass& cfg) { return cfg.KeyExists(section.bytes, key.bytes); });
-           })
+           Reader<Text, Text>([](CfgClass& cfg, Bytes section, Bytes key) { return cfg.KeyExists(section, key); }))
       .def("delete_key",
            [](File& file, Text const& section, Text const& key) {
              file.Do([&](CfgClass& cfg) { return cfg.DeleteKey(section.bytes, key.bytes); });
            })
-      .def("read_str",
-           [](File& file, Text const& section, Text const& key) {
-             return file.Ask([&](CfgClass& cfg) -> std::optional<Text> {
-               if (!cfg.KeyExists(section.bytes, key.bytes)) return std::nullopt;
-               return Text{cfg.ReadStr(section.bytes, key.bytes, std::string())};
-             });
-           })
-      .def(
-          "read_int",
-          [](File& file, Text const& section, Text const& key) {
-            return file.Find<long>([&](CfgClass& cfg, long def) { return cfg.ReadInt(section.bytes, key.bytes, def); });
-          })
-      .def("read_bool",
-           [](File& file, Text const& section, Text const& key) {
-             return file.Find<bool>(
-                 [&](CfgClass& cfg, bool def) { return cfg.ReadBool(section.bytes, key.bytes, def); });
-           })
-      .def("read_float",
-           [](File& file, Text const& section, Text const& key) {
-             return file.Find<double>(
-                 [&](CfgClass& cfg, double def) { return cfg.ReadFloat(section.bytes, key.bytes, def); });
-           })
-      .def("read_datetime",
-           [](File& file, Text const& section, Text const& key, Text const& format) {
-             return file.Ask([&](CfgClass& cfg) -> std::optional<Moment> {
-               long const seconds = cfg.ReadDateTime(section.bytes, key.bytes, format.bytes, -1);
-               return seconds < 0 ? std::nullopt : std::optional(Moment{seconds});
-             });
-           })
+      .def("read_str", Reader<Text, Text>([](CfgClass& cfg, Bytes section, Bytes key) {
+             return cfg.KeyExists(section, key) ? std::optional(Text{cfg.ReadStr(section, key, std::string())})
+                                                : std::nullopt;
+           }))
+      .def("read_int", Reader<Text, Text>([](CfgClass& cfg, Bytes section, Bytes key) {
+             return Find<long>([&](long def) { return cfg.ReadInt(section, key, def); });
+           }))
+      .def("read_bool", Reader<Text, Text>([](CfgClass& cfg, Bytes section, Bytes key) {
+             return Find<bool>([&](bool def) { return cfg.ReadBool(section, key, def); });
+           }))
+      .def("read_float", Reader<Text, Text>([](CfgClass& cfg, Bytes section, Bytes key) {
+             return Find<double>([&](double def) { return cfg.ReadFloat(section, key, def); });
+           }))
+      .def("read_datetime", Reader<Text, Text, Text>([](CfgClass& cfg, Bytes section, Bytes key, Bytes format) {
+             long const seconds = cfg.ReadDateTime(section, key, format, -1);
+             return seconds < 0 ? std::nullopt : std::optional(Moment{seconds});
+           }))
       .def("write_str",
            [](File& file, Text const& section, Text const& key, Text const& value) {
              std::string const& name = KeyName(key);
-             file.Do([&, &where = Plain(section), &text = Plain(value)](CfgClass& cfg) {
+             file.Do([&, &where = Name(section), &text = Plain(value)](CfgClass& cfg) {
                return cfg.WriteStr(where, name, text);
              });
            })
       .def("write_datetime",
            [](File& file, Text const& section, Text const& key, Moment when, Text const& format) {
              std::string const& name = KeyName(key);
-             file.Do([&, &where = Plain(section), &layout = Plain(format)](CfgClass& cfg) {
+             file.Do([&, &where = Name(section), &layout = Plain(format)](CfgClass& cfg) {
                return cfg.WriteDateTime(where, name, layout, when.seconds);
              });
            })
       .def("save", [](File& file) { file.Do([](CfgClass& cfg) { return cfg.Flush(); }); })
-      .def("close", &File::Close);
+      .def("close", On(&File::Close));
 }

@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::size_t kMostAtOnce = 1 << 30;  // the library's lengths are long
 
-// Bytes to bytes; of nothing comes nothing.
+// Bytes to bytes, b"" to b"".
 template <class Codec>
 py::bytes Convert(py::buffer const& data) {
   View const bytes(data);
@@ -93,8 +93,9 @@ class Cipher {
   using FileCoder = bool (CipherManager::*)(char const*, char const*);
   void CodeFile(Path const& source, Path const& destination, FileCoder coder) {
     Alone(mutex_, [&] {
-      Must(source.bytes, "cannot be read or written, or is its own destination",
-           [&] { return (manager_.*coder)(source.bytes.c_str(), destination.bytes.c_str()); });
+      errno = 0;
+      if ((manager_.*coder)(source.bytes.c_str(), destination.bytes.c_str())) return;
+      throw Failure(errno, source.bytes, "the file is its own destination", destination.bytes);
     });
   }
 
@@ -110,15 +111,15 @@ void BindCrypto(py::module_& module) {
   module.def("b64encode", &Convert<EncodeBase64>, "data"_a,
              "The bytes as Base64: lines of 72 characters, CR LF between them and none at the end.");
   module.def("b64decode", &Convert<DecodeBase64>, "data"_a,
-             "The bytes of Base64. Whatever is not in the alphabet is skipped; fewer than four characters at the\n"
-             "end are dropped. Nothing is an error.");
+             "The decoded bytes. Other characters are skipped, and fewer than four at the end are dropped: no input\n"
+             "is an error.");
   module.def(
       "encode_password", [](Text text) { return Text{EncodeBase64FromStr(text.bytes)}; }, "password"_a,
-      "The form in which the settings files keep passwords: Base64 of the text and a NUL. No protection:\n"
-      "whoever can read the file can decode it.");
+      "A password as in the settings files: Base64 of the text and a NUL. No protection: everyone who can\n"
+      "read the file can decode it.");
   module.def(
       "decode_password", [](Text text) { return Text{DecodeBase64ToStr(text.bytes)}; }, "text"_a,
-      "The password of a settings file.");
+      "The password from its form in the settings files.");
 
   py::class_<Digest>(module, "RipeMD256", "RIPEMD-256 with the protocol of hashlib.")
       .def(py::init([](py::buffer const& data) {
@@ -127,14 +128,14 @@ void BindCrypto(py::module_& module) {
              return digest;
            }),
            "data"_a = py::bytes())
-      .def("update", &Digest::Update, "data"_a,
-           "Takes in more of the message. BEWARE: from 512 MiB on digests are the product's own, not RIPEMD-256.")
+      .def("update", On(&Digest::Update), "data"_a,
+           "Adds to the message. BEWARE: from 512 MiB on the digests are those of the product, not RIPEMD-256.")
       .def(
           "digest", [](Digest& digest) { return py::bytes(digest.Bytes()); }, "The 32 bytes of the digest so far.")
       .def(
           "hexdigest", [](Digest& digest) { return py::bytes(digest.Bytes()).attr("hex")(); },
           "The digest so far as 64 hexadecimal digits.")
-      .def("copy", &Digest::Copy, "Another object that goes on from here.")
+      .def("copy", On(&Digest::Copy), "A copy of the object with the message so far.")
       .def_property_readonly("name", [](Digest&) { return "ripemd256"; })
       .def_property_readonly("digest_size", [](Digest&) { return 32; })
       .def_property_readonly("block_size", [](Digest&) { return 64; });
@@ -142,25 +143,27 @@ void BindCrypto(py::module_& module) {
   py::class_<Cipher>(
       module, "Cipher",
       "The cipher of the product's old files, SAFER SK-64 under the RIPEMD-256 of a pass phrase.\n\n"
-      "For old files only: the key has 64 bits, and neither a wrong phrase nor a changed byte is noticed.")
+      "For old files only: the key has 64 bits, and neither a wrong phrase nor a changed byte is detected.")
       .def(py::init<Text const&, bool>(), "phrase"_a, "code_book"_a = false,
-           "code_book: each block of 8 bytes by itself instead of chained.")
+           "code_book: blocks of 8 bytes are independent, not chained.")
       .def(
           "encrypt", [](Cipher& c, py::buffer const& data) { return c.Code(data, &CipherManager::EncodeBuffer); },
-          "data"_a, "As many bytes, enciphered as a stream of their own.")
+          "data"_a, "Returns as many encrypted bytes, from a stream of their own.")
       .def(
           "decrypt", [](Cipher& c, py::buffer const& data) { return c.Code(data, &CipherManager::DecodeBuffer); },
-          "data"_a, "The same back. In code_book mode a last block of fewer than 8 bytes cannot be read back.")
+          "data"_a,
+          "Decrypts what encrypt() returned. In code_book mode a partial block at the end cannot be decrypted.")
       .def(
           "encrypt_file",
           [](Cipher& c, Path const& source, Path const& destination) {
             c.CodeFile(source, destination, &CipherManager::EncodeFile);
           },
-          "source"_a, "destination"_a, "Writes the file, enciphered, to the destination, which is replaced. OSError.")
+          "source"_a, "destination"_a,
+          "Encrypts a file; replaces the destination. OSError, or Error for a file onto itself.")
       .def(
           "decrypt_file",
           [](Cipher& c, Path const& source, Path const& destination) {
             c.CodeFile(source, destination, &CipherManager::DecodeFile);
           },
-          "source"_a, "destination"_a, "The same back.");
+          "source"_a, "destination"_a, "Decrypts a file in the same way.");
 }

@@ -1,6 +1,4 @@
 // Event logs.
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <array>
 #include <cstdint>
@@ -8,6 +6,7 @@
 #include <limits>
 #include <memory>
 #include <optional>
+#include <variant>
 #include <vector>
 
 #include "binding.h"
@@ -24,7 +23,7 @@ struct Event {
   std::uint16_t code = 0;
   std::array<char, kPayload> payload{};
 
-  // The payload without the zeros at its end.
+  // The payload without trailing zeros.
   std::string Filled() const {
     std::string const text(payload.data(), kPayload);
     return text.substr(0, text.find_last_not_of('\0') + 1);
@@ -35,25 +34,25 @@ struct Event {
 };
 static_assert(sizeof(Event) == 68, "an event is laid out as in the file");
 
-constexpr std::size_t kRegister = sizeof(Event) - sizeof(std::int32_t);  // what LogClass calls a record's size
+constexpr std::size_t kRegister = sizeof(Event) - sizeof(std::int32_t);  // the size of a record for LogClass
 
-// All records of a log in one block, for the buffer protocol. Never changed, so that views stay good.
+// All records of a log in one block, for the buffer protocol. Never changed: views stay valid.
 struct Records {
   std::vector<Event> events;
 };
 
-// The first and the last day of a span; what is missing does not bound it.
+// The first and the last day of a span; a missing one sets no bound.
 struct Span {
   Span(std::optional<Moment> const& first, std::optional<Moment> const& last)
       : from(first ? first->seconds : -1), to(last ? std::min(last->seconds, kLastDay) : kLastDay) {}
-  static constexpr long kLastDay = 2147385600;  // 2038-01-18: the next day's last second is no date-time any more
+  static constexpr long kLastDay = 2147385600;  // 2038-01-18: the last second of the next day is no date-time
   long from;
   long to;
 };
 
 class EventLog {
  public:
-  // Asks the log as it is in memory, read anew after an append.
+  // Works on the log in memory, which is read again after an append.
   template <class Work>
   auto Ask(Work&& work) {
     return Alone(mutex_, [&] {
@@ -68,9 +67,9 @@ class EventLog {
 
   EventLog(Path const& path, bool create, std::optional<std::uint32_t> limit)
       : path_(path.bytes), create_(create), limit_(limit.value_or(std::numeric_limits<std::uint32_t>::max())) {
-    Count();
-    if (count_ == 0 && length_ > 0 &&
-        PyErr_WarnEx(PyExc_RuntimeWarning, (path_ + ": damaged, counts as empty").c_str(), 1) != 0)
+    if (limit_ == 0) throw py::value_error("limit: expected at least 1, or None for no limit");
+    if (Count() == 0 && length_ > 0 &&
+        PyErr_WarnFormat(PyExc_RuntimeWarning, 1, "%U: damaged, treated as empty", PathText(path_).ptr()) != 0)
       throw py::error_already_set();
   }
 
@@ -94,7 +93,7 @@ class EventLog {
   void Append(Event const& event, std::optional<Moment> const& when) {
     Alone(mutex_, [&] {
       LogClass writer;
-      Must(path_, "short of memory", [&] { return writer.SetFile(path_); });
+      Must(path_, "out of memory", [&] { return writer.SetFile(path_); });
       writer.SetMaxLines(limit_);
       long const stamp = when ? when->seconds : GetDateTime();
       stale_ = true;
@@ -103,7 +102,6 @@ class EventLog {
     });
   }
 
-  // Records, bytes after the last whole one, and the positions of those out of order, in the future, without a time.
   py::dict Verify() {
     std::vector<unsigned long> order, future, timeless;
     auto const [records, length] = Ask([&](void* log) {
@@ -138,20 +136,14 @@ class EventLog {
   }
 
   void Load() {
-    struct stat status;
     count_ = 0;
-    length_ = 0;
     log_.reset();
-    if (stat(path_.c_str(), &status) != 0) {
-      if (create_ && errno == ENOENT) return;
-      throw Failure(errno, path_, "");
-    }
-    if (S_ISDIR(status.st_mode)) throw Failure(EISDIR, path_, "");
+    length_ = static_cast<unsigned long>(ReadableSize(path_));
     errno = 0;
     log_.reset(LogReaderOpen(path_.c_str()));
+    if (log_ == nullptr && create_ && errno == ENOENT) return;
     if (log_ == nullptr) throw Failure(errno, path_, "cannot be read");
     count_ = LogReaderRegCount(log_.get());
-    length_ = static_cast<unsigned long>(status.st_size);
     stale_ = false;
   }
 
@@ -165,20 +157,21 @@ class EventLog {
   unsigned long length_ = 0;
 };
 
-Event MakeEvent(unsigned code, std::string const& payload) {
-  if (code > 0xFFFF) throw py::value_error("an event's code is 0 to 65535");
-  if (payload.size() > kPayload) throw py::value_error("an event takes at most 62 bytes");
+Event MakeEvent(long code, std::string const& payload) {
+  if (code < 0 || code > 0xFFFF) throw py::value_error("code: expected 0 to 65535");
+  if (payload.size() > kPayload) throw py::value_error("text: an event has at most 62 bytes");
   Event event;
   event.code = static_cast<std::uint16_t>(code);
   payload.copy(event.payload.data(), kPayload);
   return event;
 }
 
-py::object Duration(EventLog& log, unsigned short start, std::vector<short> const& ends,
+py::object Duration(EventLog& log, unsigned short start, std::vector<unsigned short> const& ends,
                     std::optional<Moment> const& from, std::optional<Moment> const& to) {
   Span const span(from, to);
+  std::vector<short> const codes(ends.begin(), ends.end());
   long const seconds = log.Ask([&](void* handle) {
-    return LogReaderTimeEvents2(handle, static_cast<short>(start), ends.data(), ends.size(), span.from, span.to);
+    return LogReaderTimeEvents2(handle, static_cast<short>(start), codes.data(), codes.size(), span.from, span.to);
   });
   return py::module_::import("datetime").attr("timedelta")("seconds"_a = seconds);
 }
@@ -189,11 +182,11 @@ void BindEventLog(py::module_& module) {
   py::class_<Event>(module, "Event", "One event of a log.")
       .def_property_readonly(
           "time", [](Event const& event) { return Moment{event.stamp}; },
-          "When, local time. Before 1970 for a record without a valid time.")
-      .def_readonly("code", &Event::code, "What has happened: a number of the programs' own.")
+          "Local time. Before 1970 for a record without a valid time.")
+      .def_readonly("code", &Event::code, "The kind of event, a number defined by the programs.")
       .def_property_readonly(
           "text", [](Event const& event) { return Text{event.Filled()}; },
-          "The payload as Latin-1 text, without the zeros at its end.")
+          "The payload as Latin-1 text, without trailing zeros.")
       .def_property_readonly(
           "payload", [](Event const& event) { return py::bytes(event.payload.data(), kPayload); },
           "The 62 bytes after the code.")
@@ -220,18 +213,16 @@ void BindEventLog(py::module_& module) {
       "    log = zelvane.EventLog(\"logevt.rgt\")\n"
       "    for event in log:\n"
       "        print(event.time, event.code, event.text)\n\n"
-      "The file is read once, and again after an append(). No more than one Event exists at a time while\n"
-      "the log is walked. A damaged file (a length that is no whole number of records) counts as empty,\n"
-      "with a RuntimeWarning.")
+      "The file is read once, and again after an append(). Iteration creates one Event at a time. A damaged\n"
+      "file (its length is not a multiple of 68) is treated as empty, with a RuntimeWarning.")
       .def(py::init<Path const&, bool, std::optional<std::uint32_t>>(), "path"_a, "create"_a = false,
            "limit"_a = py::none(),
-           "create: a missing file is an empty log, and the first append() makes it. limit: append() keeps no\n"
-           "more than the newest events (the product's services keep 1024); None keeps all. OSError: the file\n"
-           "cannot be read.")
+           "create: a missing file is an empty log, and the first append() creates it. limit: append() keeps\n"
+           "this number of the newest events (the product's services keep 1024); None keeps all. OSError: the\n"
+           "file cannot be read.")
       .def_property_readonly(
           "path", [](EventLog const& log) { return Path{log.GetPath()}; }, "The file.")
-      .def("__len__", &EventLog::Count)
-      .def("__getitem__", [](EventLog& log, py::ssize_t index) { return log.At(Position(index, log.Count())); })
+      .def("__len__", On(&EventLog::Count))
       .def("__getitem__",
            [](EventLog& log, py::slice const& slice) {
              std::size_t start = 0, stop = 0, step = 0, length = 0;
@@ -240,12 +231,12 @@ void BindEventLog(py::module_& module) {
              for (; length > 0; length--, start += step) events.push_back(log.At(start));
              return events;
            })
+      .def("__getitem__", [](EventLog& log, py::object const& index) { return log.At(Position(index, log.Count())); })
       .def("__iter__",
            [](py::object const& log) { return py::reinterpret_steal<py::object>(PySeqIter_New(log.ptr())); })
       .def_property_readonly(
-          "records", &EventLog::All,
-          "All events as one block of memory for numpy: numpy.asarray(log.records). A copy; it outlives the\n"
-          "log.")
+          "records", On(&EventLog::All),
+          "All events as one block of memory: numpy.asarray(log.records). A copy, valid without the log.")
       .def(
           "count",
           [](EventLog& log, unsigned short code, std::optional<Moment> const& from, std::optional<Moment> const& to) {
@@ -253,28 +244,26 @@ void BindEventLog(py::module_& module) {
             return log.Ask([&](void* handle) { return LogReaderCountEvents(handle, code, span.from, span.to); });
           },
           "code"_a, "first"_a = py::none(), "last"_a = py::none(),
-          "The number of events with the code from the first day to the last one, both whole. Only the dates count.")
+          "The number of events with the code, from the first day to the last day inclusive. The time of day is\n"
+          "ignored.")
       .def("duration", &Duration, "start"_a, "ends"_a, "first"_a = py::none(), "last"_a = py::none(),
-           "How long, within the days, a condition was in force that the code `start` begins and the next of\n"
-           "`ends` ends.\n\n"
-           "As the product's programs sum it up: a condition that is still in force counts to the last event,\n"
-           "not to now; logreader.h has the details.")
+           "How long a condition lasted within the days: the code `start` begins it, the next of `ends` ends it.\n\n"
+           "Same as in the product's programs: a condition that has not ended counts up to the last event, not\n"
+           "to now; logreader.h has the details.")
       .def(
           "append",
-          [](EventLog& log, unsigned code, Text const& text, std::optional<Moment> const& when) {
-            log.Append(MakeEvent(code, text.bytes), when);
-          },
-          "code"_a, "text"_a = "", "time"_a = py::none(),
-          "Appends an event, now or at a time, with up to 62 characters or bytes. OSError: it is not written.\n\n"
-          "A damaged file is begun anew; what it held is kept beside it as NAME.bad.")
-      .def(
-          "append",
-          [](EventLog& log, unsigned code, py::bytes const& payload, std::optional<Moment> const& when) {
+          [](EventLog& log, long code, std::variant<py::bytes, Text> const& text, std::optional<Moment> const& when) {
+            Text const* const characters = std::get_if<Text>(&text);
+            std::string const payload =
+                characters != nullptr ? characters->bytes : std::string(std::get<py::bytes>(text));
             log.Append(MakeEvent(code, payload), when);
           },
-          "code"_a, "text"_a, "time"_a = py::none())
-      .def("verify", &EventLog::Verify,
-           "What is odd: records, torn_bytes (bytes after the last whole record; the programs then take the log\n"
-           "for empty), and the positions of events out_of_order, in_future and without_time.")
+          "code"_a, "text"_a = "", "time"_a = py::none(),
+          "Appends an event with up to 62 characters or bytes, and the time or now. OSError: nothing is written.\n\n"
+          "A damaged file is copied to NAME.bad and started again.")
+      .def("verify", On(&EventLog::Verify),
+           "Checks the log. Returns the number of records, torn_bytes (bytes after the last complete record: the\n"
+           "programs then treat the log as empty), and the positions of events that are out_of_order, in_future\n"
+           "or without_time.")
       .def("__repr__", [](EventLog& log) { return py::str("EventLog({!r})").format(Path{log.GetPath()}); });
 }

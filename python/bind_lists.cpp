@@ -1,5 +1,5 @@
-// The lists of servers, UPS units and UPS types. Each call opens the list, does its work and closes it, so that what
-// other programs write in between is not lost.
+// The lists of servers, UPS units and UPS types. Each call opens and closes the list, so that nothing another program
+// writes in between is lost.
 #include <memory>
 #include <optional>
 #include <vector>
@@ -51,10 +51,11 @@ void Require(int result, char const* file, char const* message) {
   if (result == 0) throw Failure(0, file, message);
 }
 
-void AddServer(Server const& server) {
+// A copy of the server: another thread may change the caller's.
+void AddServer(Server server) {
   WithServers([&](void* list) {
     int const added = server.key ? AddServerListItem2(list, &server, *server.key) : AddServerListItem(list, &server);
-    Require(added, kServers, "the server is listed already, or the file cannot be written");
+    Require(added, kServers, "the server is already in the list, or the file cannot be written");
   });
 }
 
@@ -105,35 +106,35 @@ std::vector<std::pair<int, std::string>> Ports() {
 }
 
 void BindServers(py::module_& module) {
-  py::class_<Server> server(module, "Server", "A UPS server that the clients of this computer know.");
+  py::class_<Server> server(module, "Server", "A UPS server known to the clients of this computer.");
   server.def(py::init([](Text const& name, Text const& address, int port, std::optional<unsigned> key) {
                Server made{};
-               SetText(made.serverName, sizeof made.serverName, name);
-               SetText(made.serverAddress, sizeof made.serverAddress, address);
+               SetText(made.serverName, sizeof made.serverName, Part(name, "name"), "name");
+               SetText(made.serverAddress, sizeof made.serverAddress, Part(address, "address"), "address");
                made.serverPort = port;
                made.key = key;
                return made;
              }),
              "name"_a, "address"_a, "port"_a = 4375, "key"_a = py::none());
   Fields<decltype(server), ServerListItem> fields(server);
-  fields("name", &ServerListItem::serverName, "Host name, at most 20 characters.")(
-      "address", &ServerListItem::serverAddress, "IP address, at most 15 characters.")(
+  fields("name", &ServerListItem::serverName, "Host name, at most 20 characters.", true)(
+      "address", &ServerListItem::serverAddress, "IP address, at most 15 characters.", true)(
       "port", &ServerListItem::serverPort, "TCP port.");
-  server.def_readwrite("key", &Server::key, "Number of the entry in the file; None: the smallest that is free.");
+  server.def_readwrite("key", &Server::key, "Number of the entry in the file; None: the smallest free one.");
   Describe(server);
 
   module.def("servers", &Servers,
-             "The servers in upscli.cfg of the installation root, in ascending order of their keys' text.");
+             "The servers in upscli.cfg of the installation root, in ascending order of their keys as text.");
   module.def("add_server", &AddServer, "server"_a,
-             "Adds a server under its key and saves. Error when the same one is listed already.");
+             "Adds a server under its key and saves. Error when the same server is in the list.");
   module.def(
       "remove_server",
-      [](Server const& item) {
+      [](Server item) {
         WithServers([&](void* list) {
           Require(RemServerListItem(list, &item), kServers, "no such server, or the file cannot be written");
         });
       },
-      "server"_a, "Removes the first server with this name, address and port. Error when there is none.");
+      "server"_a, "Removes the first server with this name, address and port. Error without such a server.");
   module.def(
       "clear_servers",
       [] { WithServers([](void* list) { Require(ClearServerList(list), kServers, "cannot be written"); }); },
@@ -150,9 +151,9 @@ void BindTypes(py::module_& module) {
                                                                                  "Module of the client.");
   Describe(type);
   module.def("ups_types", &Types, "path"_a = py::none(),
-             "The types in a table; None: upstype.cfg in the installation root. A missing table is an empty list.");
+             "The types in a table; None: upstype.cfg in the installation root. [] for a missing table.");
   module.def("model_name", &ModelName, "model_index"_a, "sub_model"_a = 0u,
-             "The display name of a UPS model, \"AUTO\" for a negative index, None for one that is not known.");
+             "The display name of a UPS model; \"AUTO\" for a negative index, None for an unknown one.");
   module.def(
       "capabilities",
       [](unsigned kind) {
@@ -160,7 +161,7 @@ void BindTypes(py::module_& module) {
         GetUPSCapabilities(kind, &mask);
         return mask;
       },
-      "kind"_a, "What a communication family can do, as bits that mean something to the programs alone.");
+      "kind"_a, "The capabilities of a kind of communication, as bits defined by the programs.");
 }
 
 }  // namespace
@@ -174,16 +175,16 @@ void BindLists(py::module_& module) {
       [](Text const& name) {
         Unlocked([&] {
           Require(AddUpsListItem(name.bytes.c_str()), kUnits,
-                  "the unit cannot be added: its number is 0 to 99, a new one needs root and the template in default/\n"
-                  "of the installation root");
+                  "cannot add the unit: expected a number from 0 to 99, and for a new unit root and the template in\n"
+                  "default/ of the installation root");
         });
       },
-      "name"_a, "Lists the unit \"7\" (007) and makes its folder from the template, unless it has one.");
+      "name"_a, "Adds the unit \"7\" (007) to the list, and creates its directory from the template if missing.");
   module.def(
       "remove_unit",
       [](Text const& name) {
         Unlocked([&] { Require(RemUpsListItem(name.bytes.c_str()), kUnits, "cannot be read or written"); });
       },
-      "name"_a, "Takes the unit off the list; its folder stays. A unit that is not listed is no error.");
+      "name"_a, "Removes the unit from the list; its directory stays. An unknown unit is no error.");
   module.def("serial_ports", &Ports, "The usable serial ports: number, counted from 1, and device file.");
 }

@@ -29,6 +29,18 @@ class Schedule {
     Alone(mutex_, [&] { Must(path_, "the schedule cannot be saved", [&] { return work(list_); }); });
   }
 
+  unsigned long Count() {
+    return Ask([](ProgList& list) { return static_cast<unsigned long>(list.GetRegCount()); });
+  }
+
+  Moment At(unsigned long index) {
+    return Ask([&](ProgList& list) {
+      reg_proglist entry;
+      if (!list.GetRegByIndex(static_cast<long>(index), &entry)) throw py::index_error("no such position");
+      return Moment{entry.dateTime};
+    });
+  }
+
   std::vector<Moment> All() {
     return Ask([](ProgList& list) {
       std::vector<Moment> moments(list.GetRegCount());
@@ -64,8 +76,9 @@ class TextLog {
 }  // namespace
 
 void BindLogs(py::module_& module) {
-  py::class_<TextLog>(module, "TextLog", "A log for people: one stamped line a message, in a file that is never cut.")
-      .def(py::init<Path const&>(), "path"_a, "The file is made by the first write.")
+  py::class_<TextLog>(module, "TextLog",
+                      "A log for people: a line with its time for each message. The file is never truncated.")
+      .def(py::init<Path const&>(), "path"_a, "The first write creates the file.")
       .def(
           "write",
           [](TextLog& log, Text const& text, std::optional<Moment> const& when) {
@@ -74,28 +87,25 @@ void BindLogs(py::module_& module) {
             });
           },
           "text"_a, "time"_a = py::none(),
-          "Appends a line, stamped with now or the time. OSError: it is not written. 29 February and 31\n"
-          "December of a leap year are printed as 1 February and 1 January.")
+          "Appends a line with the time or now. A line break in the text begins a line without a time. OSError\n"
+          "when it cannot be written. Kept for compatibility: 29 February and 31 December of a leap year are\n"
+          "written as 1 February and 1 January.")
       .def(
           "clear", [](TextLog& log) { log.Do([](TextLogClass& file) { return file.ClearFile(); }); },
-          "Empties the file; makes it when it is missing.");
+          "Empties the file; creates a missing one.");
 
-  py::class_<Schedule>(
-      module, "Schedule",
-      "The moments at which the product is to act: a sequence of datetimes, local time, in ascending order.\n\n"
-      "Moments that have passed drop out. Every change is saved before it returns: OSError when it cannot\n"
-      "be.")
+  py::class_<Schedule>(module, "Schedule",
+                       "The schedule of the product: a sequence of datetimes, local time, in ascending order.\n\n"
+                       "Past entries are removed. Every change is saved before it returns; OSError when it cannot be.")
       .def(py::init<Path const&>(), "path"_a, "A missing file is an empty schedule. OSError: it cannot be read.")
-      .def("__len__",
-           [](Schedule& schedule) { return schedule.Ask([](ProgList& list) { return list.GetRegCount(); }); })
+      .def("__len__", On(&Schedule::Count))
       .def("__getitem__",
-           [](Schedule& schedule, py::ssize_t index) {
-             return schedule.Ask([&](ProgList& list) {
-               reg_proglist entry{};
-               list.GetRegByIndex(static_cast<long>(Position(index, list.GetRegCount())), &entry);
-               return Moment{entry.dateTime};
-             });
+           [](Schedule& schedule, py::slice const& slice) -> py::object {
+             py::object const all = py::cast(schedule.All());
+             return all[slice];
            })
+      .def("__getitem__",
+           [](Schedule& schedule, py::object const& index) { return schedule.At(Position(index, schedule.Count())); })
       .def("__iter__", [](Schedule& schedule) { return py::iter(py::cast(schedule.All())); })
       .def(
           "next",
@@ -106,7 +116,7 @@ void BindLogs(py::module_& module) {
               return list.GetNextReg(&entry) ? std::optional(Moment{entry.dateTime}) : std::nullopt;
             });
           },
-          "The next moment after now, or None.")
+          "The next entry after now, or None.")
       .def(
           "add",
           [](Schedule& schedule, Moment when) {
@@ -115,7 +125,7 @@ void BindLogs(py::module_& module) {
               return list.AddReg(&entry);
             });
           },
-          "when"_a, "Adds a moment.")
+          "when"_a, "Adds an entry.")
       .def(
           "remove",
           [](Schedule& schedule, Moment day) {
@@ -124,8 +134,8 @@ void BindLogs(py::module_& module) {
               return list.RemReg(&entry);
             });
           },
-          "day"_a, "Removes the first moment of that day, whatever its time. A day without one is no error.")
+          "day"_a, "Removes the first entry of that day, at any time. A day without an entry is no error.")
       .def(
           "clear", [](Schedule& schedule) { schedule.Change([](ProgList& list) { return list.ClearList(); }); },
-          "Removes all moments.");
+          "Removes all entries.");
 }

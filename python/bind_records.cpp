@@ -1,4 +1,4 @@
-// The product's settings records: read by a function, changed field by field, saved whole.
+// The product's settings records: a function reads one, save() writes it.
 #include <optional>
 #include <vector>
 
@@ -11,7 +11,7 @@
 
 namespace {
 
-// Each knows where it came from.
+// Each with its directory.
 struct UpsSettings : UpsSrvConfig {
   std::string folder;
   bool tablesInFolder = false;
@@ -19,7 +19,9 @@ struct UpsSettings : UpsSrvConfig {
 struct ShutdownSettings : ShutSrvConfig {
   std::string folder;
 };
-struct ClientSettings : ClientConfig {};
+struct ClientSettings : ClientConfig {
+  std::string folder;  // none: the installation root
+};
 struct Installation : VersionInfo {};
 
 UpsSettings ReadUps(std::optional<Path> const& folder, bool tablesInFolder) {
@@ -38,7 +40,7 @@ ShutdownSettings ReadShutdown(std::optional<Path> const& folder) {
     ShutdownSettings settings;
     settings.folder = folder ? folder->bytes : "";
     if (GetShutSrvConfig(settings.folder.c_str(), &settings) == 0)
-      throw Failure(0, settings.folder, "ZELSRV of upscli.cfg has fewer than three fields");
+      throw Failure(0, settings.folder, "ZELSRV in upscli.cfg has fewer than three fields");
     return settings;
   });
 }
@@ -55,7 +57,7 @@ ClientSettings ReadClient() {
 Installation ReadInstallation() {
   Installation found{};
   if (Unlocked([&] { return GetZelvaneVersionInfo(&found); }) == 0)
-    throw Failure(0, "", "no installation root is known");
+    throw Failure(0, "", "the installation root is unknown");
   return found;
 }
 
@@ -69,7 +71,29 @@ std::vector<std::string> Programs(Installation const& found) {
   return names;
 }
 
-char const kNotSaved[] = "the settings cannot be saved";
+// Saves a copy: another thread may change the record meanwhile.
+template <class Settings, class Class, class Save>
+void DefineSave(Class& type, Save save, char const* help) {
+  type.def(
+      "save",
+      [save](Settings record) {
+        Unlocked([&] { Must(record.folder, "the settings cannot be saved", [&] { return save(record); }); });
+      },
+      help);
+}
+
+template <class Settings, class Class, class Record>
+void DefineDefaults(Class& type, int (*fill)(Record*)) {
+  type.def_static(
+      "defaults",
+      [fill](Path const& folder) {
+        Settings settings{};
+        settings.folder = folder.bytes;
+        fill(&settings);
+        return settings;
+      },
+      "folder"_a, "The default of every field; no file is read or written. save() writes to the directory.");
+}
 
 #define ZELVANE_FIELD(Record, name) #name, &Record::name
 
@@ -83,27 +107,16 @@ void BindUps(py::module_& module) {
   py::class_<UpsSettings> type(module, "UpsSettings",
                                "The settings of the monitoring service of one UPS, from ups_settings().\n\n"
                                "Times are milliseconds; the files keep whole seconds.");
-  type.def(
-      "save",
+  DefineSave<UpsSettings>(
+      type,
       [](UpsSettings const& record) {
-        Unlocked([&] {
-          Must(record.folder, kNotSaved,
-               [&] { return SetUpsSrvConfig(record.folder.c_str(), &record, record.tablesInFolder ? 1 : 0); });
-        });
+        return SetUpsSrvConfig(record.folder.c_str(), &record, record.tablesInFolder ? 1 : 0);
       },
       "Writes upssrv.cfg, usbhid.cfg (comm_type 1) and the model's settings.\n\n"
-      "ups_type alone decides on the driver and the model: ups_name, ups_driver, cfg_module, cli_module,\n"
-      "model_index and comm_driver are not written. OSError, or Error for a type of fewer than five fields;\n"
-      "files saved before it stay so.");
-  type.def_static(
-      "defaults",
-      [](Path const& folder) {
-        UpsSettings settings;
-        settings.folder = folder.bytes;
-        GetUpsSrvDefConfig(&settings);
-        return settings;
-      },
-      "folder"_a, "The default of every field; no file is touched. save() writes to the folder.");
+      "ups_type alone selects the driver and the model: ups_name, ups_driver, cfg_module, cli_module,\n"
+      "model_index and comm_driver are not written. OSError, or Error for a type with fewer than five fields;\n"
+      "files saved before the failure stay saved.");
+  DefineDefaults<UpsSettings>(type, GetUpsSrvDefConfig);
   Describe(type);
 #define ZELVANE_UPS(name) ZELVANE_FIELD(UpsSrvConfig, name)
   Fields<decltype(type), UpsSrvConfig> fields(type);
@@ -136,30 +149,19 @@ void BindUps(py::module_& module) {
 void BindShutdown(py::module_& module) {
   py::class_<ShutdownSettings> type(
       module, "ShutdownSettings",
-      "What the shutdown service of a computer does, from shutdown_settings().\n\n"
+      "The settings of the shutdown service, from shutdown_settings().\n\n"
       "Times are seconds. Texts may hold %c (computer), %i (address), %r (seconds left) and %m (reason).");
-  type.def(
-      "save",
-      [](ShutdownSettings const& record) {
-        Unlocked(
-            [&] { Must(record.folder, kNotSaved, [&] { return SetShutSrvConfig(record.folder.c_str(), &record); }); });
-      },
+  DefineSave<ShutdownSettings>(
+      type, [](ShutdownSettings const& record) { return SetShutSrvConfig(record.folder.c_str(), &record); },
       "Writes upscli.cfg and the user's own file (lang_id). OSError when either cannot be written.");
-  type.def_static(
-      "defaults",
-      [](Path const& folder) {
-        ShutdownSettings settings;
-        settings.folder = folder.bytes;
-        GetShutSrvDefConfig(&settings);
-        return settings;
-      },
-      "folder"_a, "The default of every field; no file is touched. save() writes to the folder.");
+  DefineDefaults<ShutdownSettings>(type, GetShutSrvDefConfig);
   Describe(type);
 #define ZELVANE_SHUT(name) ZELVANE_FIELD(ShutSrvConfig, name)
   Fields<decltype(type), ShutSrvConfig> fields(type);
-  fields(ZELVANE_SHUT(langId), "Number of the user's language.")(ZELVANE_SHUT(serverAddress), "Of the UPS server.")(
-      ZELVANE_SHUT(serverName), "Of the UPS server.")(ZELVANE_SHUT(serverPort), "TCP port of the UPS server.")(
-      ZELVANE_ACTION(systemShutdown), "Whether the system is shut down.")(
+  fields(ZELVANE_SHUT(langId), "Number of the user's language.")(
+      ZELVANE_SHUT(serverAddress), "Of the UPS server.", true)(ZELVANE_SHUT(serverName), "Of the UPS server.", true)(
+      ZELVANE_SHUT(serverPort), "TCP port of the UPS server.")(ZELVANE_ACTION(systemShutdown),
+                                                               "Whether the system is shut down.")(
       ZELVANE_ACTION(closeAndSaveApp), "Whether programs are closed and documents saved.")(
       ZELVANE_ACTION(popup), "Whether messages are shown.")(ZELVANE_ACTION(mailSend), "Whether mail is sent.")(
       ZELVANE_ACTION(runCommand), "Whether cmd_line is run.")(ZELVANE_ACTION(systemHibernate),
@@ -170,7 +172,7 @@ void BindShutdown(py::module_& module) {
       ZELVANE_SHUT(cmdDelay), "Seconds before cmd_line is run.")(ZELVANE_SHUT(cmdLine), "The command.")(
       ZELVANE_SHUT(mailInterval), "Seconds between mails.")(ZELVANE_SHUT(mailServer), "SMTP server.")(
       ZELVANE_SHUT(mailPort), "Its port.")(ZELVANE_SHUT(mailUser), "User there.")(
-      ZELVANE_SHUT(mailPassword), "Plain here, Base64 in the file; repr() leaves it out, as_dict() does not.")(
+      ZELVANE_SHUT(mailPassword), "Plain here, Base64 in the file; repr() hides it, as_dict() does not.")(
       ZELVANE_SHUT(mailFrom), "Sender.")(ZELVANE_SHUT(mailSubject), "Subject.")(ZELVANE_SHUT(mailTo), "Recipient.")(
       ZELVANE_SHUT(mailMessage), "Text.")(ZELVANE_SHUT(mailCancelSubject), "Subject when cancelled.")(
       ZELVANE_SHUT(mailCancelMessage), "Text when cancelled.");
@@ -178,17 +180,14 @@ void BindShutdown(py::module_& module) {
 
 void BindClient(py::module_& module) {
   py::class_<ClientSettings> type(module, "ClientSettings", "The settings of the client, from client_settings().");
-  type.def(
-      "save",
-      [](ClientSettings const& record) {
-        Unlocked([&] { Must("", kNotSaved, [&] { return SetClientConfig(&record); }); });
-      },
-      "Writes the user's own file and upscli.cfg; OSError when either cannot be written.");
+  DefineSave<ClientSettings>(
+      type, [](ClientSettings const& record) { return SetClientConfig(&record); },
+      "Writes the user's own file and upscli.cfg. OSError when either cannot be written.");
   Describe(type);
 #define ZELVANE_CLIENT(name) ZELVANE_FIELD(ClientConfig, name)
   Fields<decltype(type), ClientConfig> fields(type);
-  fields(ZELVANE_CLIENT(serverAddress), "Of the first server in the list.")(
-      ZELVANE_CLIENT(serverName), "Of the first server in the list.")(ZELVANE_CLIENT(serverPort), "TCP port.")(
+  fields(ZELVANE_CLIENT(serverAddress), "Of the first server in the list.", true)(
+      ZELVANE_CLIENT(serverName), "Of the first server in the list.", true)(ZELVANE_CLIENT(serverPort), "TCP port.")(
       ZELVANE_CLIENT(langId), "Number of the user's language.")(ZELVANE_CLIENT(colorScheme), "COLORSCH.")(
       ZELVANE_CLIENT(libName), "Module of the client, in lower case.");
 }
@@ -200,37 +199,37 @@ void BindRecords(py::module_& module) {
   BindShutdown(module);
   BindClient(module);
   module.def("ups_settings", &ReadUps, "folder"_a = py::none(), "tables_in_folder"_a = false,
-             "The settings of the UPS whose upssrv.cfg is in the folder; None: the installation root.\n\n"
-             "A missing key gives its default. BEWARE: a missing upssrv.cfg is created with the defaults.\n"
-             "tables_in_folder: upstype.cfg and usbhid.cfg are there, too, not in the root.");
+             "The settings of the UPS whose upssrv.cfg is in the directory; None: the installation root.\n\n"
+             "A missing key has its default. BEWARE: a missing upssrv.cfg is created with the defaults.\n"
+             "tables_in_folder: upstype.cfg and usbhid.cfg are in the directory too, not in the root.");
   module.def("shutdown_settings", &ReadShutdown, "folder"_a = py::none(),
-             "The shutdown settings of the upscli.cfg in the folder; None: the installation root.\n\n"
-             "A missing file or key gives the defaults. Error when the server's entry is cut short.");
+             "The shutdown settings in upscli.cfg of the directory; None: the installation root.\n\n"
+             "A missing file or key has the defaults. Error when the entry of the server has fewer than three fields.");
   module.def("client_settings", &ReadClient,
              "The client's settings: upscli.cfg of the installation root and the user's own file.");
-  py::class_<Installation> type(module, "Installation", "What is installed, from installation().");
+  py::class_<Installation> type(module, "Installation", "The installed product, from installation().");
   type.def_property_readonly(
           "root", [](Installation const& found) { return Path{found.installPath}; },
           "The installation root with its trailing \"/\".")
       .def_property_readonly(
           "version", [](Installation const& found) { return Text{found.version}; },
-          "Of the product; zelvane.__version__ is the library's.")
+          "Of the product; zelvane.__version__ is that of the library.")
       .def_property_readonly(
           "product", [](Installation const& found) { return Text{found.product}; }, "Its name.")
-      .def_property_readonly("programs", &Programs, "The programs that are there: \"zelsrv\", \"shutsrv\" ...");
+      .def_property_readonly("programs", &Programs, "The installed programs: \"zelsrv\", \"shutsrv\" ...");
   type.attr("_fields") = py::make_tuple("root", "version", "product", "programs");
   Describe(type);
   module.def("installation", &ReadInstallation, "Root, version and programs, from /etc/zelvane.conf.");
   module.def(
       "root", [] { return Path{Unlocked(GetZelvanePath)}; },
-      "The installation root with its trailing \"/\": PATH in /etc/zelvane.conf, or else the folder of the\n"
-      "running program, which is Python's own.");
+      "The installation root with its trailing \"/\": PATH in /etc/zelvane.conf, otherwise the directory of\n"
+      "the running program, which is Python.");
   module.def(
       "set_root",
       [](std::optional<Path> const& folder) {
         if (SetZelvanePath(folder ? folder->bytes.c_str() : nullptr) == 0) throw std::bad_alloc();
       },
       "folder"_a = py::none(),
-      "Makes the folder the installation root for all that follows in this program; None: what /etc/zelvane.conf\n"
-      "says. To be called before other threads are at work.");
+      "Sets the installation root of this program; None: PATH in /etc/zelvane.conf again. Call it before\n"
+      "other threads use the library.");
 }

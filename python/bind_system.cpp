@@ -35,15 +35,17 @@ SvcClass FindService(Text const& name) {
   for (SvcClass const& service : Services()) {
     if (service.GetName() == name.bytes) return service;
   }
-  throw py::key_error(name.bytes);
+  PyErr_SetObject(PyExc_KeyError, py::cast(name).ptr());
+  throw py::error_already_set();
 }
 
-// Python's lock is the service's own, too: a script may take minutes.
+// Without Python's lock, on a copy: a script may take minutes.
 template <bool (SvcClass::*Operation)(long)>
 void Run(SvcClass& service) {
   SvcClass copy = service;
   Unlocked([&] {
-    if (!(copy.*Operation)(-1)) throw Failure(0, copy.GetFileName(), "the script has not done what was asked");
+    if (!(copy.*Operation)(-1))
+      throw Failure(0, copy.GetFileName(), "the script has not changed the state of the service");
   });
   service = copy;
 }
@@ -58,9 +60,9 @@ void RequireSignal(bool sent) {
 
 void BindSystem(py::module_& module) {
   py::class_<ProcClass>(module, "Process",
-                        "A process as ps has listed it. It may have ended since, and another may have its number.")
-      .def_property_readonly("pid", &ProcClass::GetPID, "Its number.")
-      .def_property_readonly("ppid", &ProcClass::GetPPID, "Its parent's number.")
+                        "A process from the list of ps. It may have ended, and another one may have its number.")
+      .def_property_readonly("pid", On(&ProcClass::GetPID), "Its number.")
+      .def_property_readonly("ppid", On(&ProcClass::GetPPID), "The number of its parent.")
       .def_property_readonly(
           "name", [](ProcClass& process) { return Text{process.GetName()}; },
           "The first 15 characters of the program's name.")
@@ -68,55 +70,54 @@ void BindSystem(py::module_& module) {
           "command", [](ProcClass& process) { return Text{process.GetFileName()}; },
           "The command line, as far as ps shows it.")
       .def_property(
-          "priority", &ProcClass::GetPriority,
+          "priority", On(&ProcClass::GetPriority),
           [](ProcClass& process, int level) {
             errno = EINVAL;
             RequireSignal(level >= 0 && level <= 3 && process.SetPriority(level));
           },
-          "0 low, 1 normal, 2 high, 3 highest. Setting it needs the right to: OSError.")
+          "0 low, 1 normal, 2 high, 3 highest. OSError when it cannot be set.")
       .def(
           "kill",
           [](ProcClass& process) {
             errno = ESRCH;
             RequireSignal(process.Kill());
           },
-          "Sends SIGTERM and at once SIGKILL; OSError when SIGTERM cannot be sent.")
+          "Sends SIGTERM and immediately SIGKILL; OSError when SIGTERM cannot be sent.")
       .def("__repr__", [](ProcClass& process) {
         return py::str("Process({}, {!r})").format(process.GetPID(), Text{process.GetName()});
       });
   module.def("processes", &Processes, "The processes of this machine, as ps lists them.");
   module.def(
       "already_running", [] { return Unlocked(AlreadyRunning); },
-      "Whether another process has this one's command line or command name.");
+      "Whether another process has the command line or name of this one.");
 
   py::class_<SvcClass>(module, "Service",
-                       "A service with an init script. It counts as running when a process has its name.\n\n"
+                       "A service with an init script. It is running when a process has its name.\n\n"
                        "    zelvane.Service(\"upssrv\").restart()")
-      .def(py::init(&FindService), "name"_a, "Looks the service up; KeyError when there is no such script.")
+      .def(py::init(&FindService), "name"_a, "KeyError for an unknown service.")
       .def_property_readonly(
           "name", [](SvcClass const& service) { return Text{service.GetName()}; }, "Its name.")
       .def_property_readonly(
           "path", [](SvcClass const& service) { return Path{service.GetFileName()}; }, "Its script.")
       .def_property_readonly(
           "description", [](SvcClass const& service) { return Text{service.GetDescription()}; },
-          "What the script says of itself, \"\" for nothing.")
-      .def_property_readonly("running", &SvcClass::IsRunning,
-                             "Whether it ran when it was looked up, or as start() and stop() have left it.")
+          "From the script, \"\" for none.")
+      .def_property_readonly("running", On(&SvcClass::IsRunning),
+                             "The state at look-up, or after start(), stop() or restart().")
       .def_property_readonly(
           "automatic", [](SvcClass const& service) { return service.GetAutomatic(); },
-          "Whether it is started with the system, as far as the library can see.")
-      .def("start", &Run<&SvcClass::Start>, "Runs the script. Error when no process of its name is there afterwards.")
-      .def("stop", &Run<&SvcClass::Stop>, "Runs the script, and kills what survives. Error when that fails.")
+          "Whether the library sees that it starts with the system.")
+      .def("start", &Run<&SvcClass::Start>, "Runs the script. Error when no process has its name afterwards.")
+      .def("stop", &Run<&SvcClass::Stop>, "Runs the script, and kills remaining processes. Error when that fails.")
       .def(
           "restart",
           [](SvcClass& service) {
             SvcClass copy = service;
             Unlocked([&] {
-              if (!copy.Restart(-1, -1))
-                throw Failure(0, copy.GetFileName(), "the service was not running, or is not afterwards");
+              if (!copy.Restart(-1, -1)) throw Failure(0, copy.GetFileName(), "the service is not running");
             });
           },
-          "Runs the script of a running service. Error when it was not running, or is not afterwards.")
+          "Runs the script of a running service. Error when it is not running before or afterwards.")
       .def("__repr__", [](SvcClass const& service) {
         return py::str("Service({!r}, running={})").format(Text{service.GetName()}, service.IsRunning());
       });

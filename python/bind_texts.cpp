@@ -8,10 +8,10 @@
 
 namespace {
 
-// The user's wording over the installed one.
+// The user's texts before the installed ones.
 class Language {
  public:
-  explicit Language(long number) : handle_(Unlocked([&] { return OpenLang(number); }), CloseLang) {
+  explicit Language(int number) : handle_(Unlocked([&] { return OpenLang(number); }), CloseLang) {
     if (handle_ == nullptr) throw std::bad_alloc();
   }
 
@@ -20,11 +20,11 @@ class Language {
     return Alone(mutex_, [&] { return work(handle_.get()); });
   }
 
-  Text Get(long id, bool installed) {
+  Text Get(int id, bool installed) {
     return Ask([&](void* handle) { return Text{installed ? GetSystemLangStr(handle, id) : GetLangStr(handle, id)}; });
   }
 
-  void Set(long id, Text const& text) {
+  void Set(int id, Text const& text) {
     Ask([&, &plain = Plain(text)](void* handle) {
       if (SetLangStr(handle, id, plain.c_str()) == 0)
         throw Failure(0, "", "neither the user's language file nor the installed one can be written");
@@ -45,17 +45,18 @@ class LanguageFile {
     return Alone(mutex_, [&] { return work(table_); });
   }
 
-  LanguageFile(Path const& path, long number) : path_(path.bytes), number_(number) {
+  LanguageFile(Path const& path, int number) : path_(path.bytes), number_(number) {
     Ask([&](LangClass& table) {
+      ReadableSize(path_);
       table.SetFileName(path_);
       table.LoadStrings(number_);
       return 0;
     });
   }
 
-  void Set(long id, Text const& text) {
+  void Set(int id, Text const& text) {
     Ask([&, &plain = Plain(text)](LangClass& table) {
-      Must(path_, "cannot be written, or not be read again", [&] { return table.SetLangStr(id, plain, number_); });
+      Must(path_, "cannot be written or read back", [&] { return table.SetLangStr(id, plain, number_); });
       return 0;
     });
   }
@@ -64,10 +65,10 @@ class LanguageFile {
   std::mutex mutex_;
   LangClass table_;
   std::string path_;
-  long number_;
+  int number_;
 };
 
-Text Present(Text text, long id) {
+Text Present(Text text, int id) {
   if (text.bytes.empty()) throw py::key_error(std::to_string(id));
   return text;
 }
@@ -77,49 +78,53 @@ Text Present(Text text, long id) {
 void BindTexts(py::module_& module) {
   py::class_<Language>(
       module, "Language",
-      "The message texts of a language, by number: the user's own wording (~/.zellang.cfg) where there is\n"
-      "some, else the installed one (zellang.cfg in the installation root).\n\n"
+      "The message texts of a language, by number: the user's own (~/.zellang.cfg), otherwise the installed\n"
+      "one (zellang.cfg in the installation root).\n\n"
       "    print(zelvane.Language(1)[12])")
-      .def(py::init<long>(), "number"_a, "A language that neither file knows has no texts.")
-      .def("__getitem__", [](Language& language, long id) { return Present(language.Get(id, false), id); })
+      .def(py::init<int>(), "number"_a, "An unknown language has no texts.")
+      .def("__getitem__", [](Language& language, int id) { return Present(language.Get(id, false), id); })
+      .def("__contains__", [](Language& language, int id) { return !language.Get(id, false).bytes.empty(); })
       .def(
           "get",
-          [](Language& language, long id, Text const& def) {
+          [](Language& language, int id, Text const& def) {
             Text const text = language.Get(id, false);
             return text.bytes.empty() ? def : text;
           },
           "id"_a, "default"_a = "", "The text, or the default when there is none.")
       .def(
-          "installed", [](Language& language, long id) { return language.Get(id, true); }, "id"_a,
-          "The installed text whatever the user has made of it, \"\" for none.")
-      .def("__setitem__", &Language::Set)
+          "installed", [](Language& language, int id) { return language.Get(id, true); }, "id"_a,
+          "The installed text, also when the user has an own one; \"\" for none.")
+      .def("__setitem__", On(&Language::Set))
       .def(
-          "count", [](Language& language) { return language.Ask(GetLangCount); }, "How many languages are installed.")
+          "count", [](Language& language) { return language.Ask(GetLangCount); }, "The number of installed languages.")
       .def(
           "name",
-          [](Language& language, long number) {
+          [](Language& language, int number) {
             return language.Ask([&](void* handle) {
               char name[256] = "";
               GetLangDesc(handle, number, name, sizeof name);
               return Text{name};
             });
           },
-          "number"_a, "The display name of an installed language, \"\" for none.");
+          "number"_a, "The display name of an installed language, \"\" for none.")
+      .attr("__iter__") = py::none();  // texts are found by number only
 
   py::class_<LanguageFile>(module, "LanguageFile", "The texts of one language in one language file, by number.")
-      .def(py::init<Path const&, long>(), "path"_a, "number"_a, "A missing file, or language, has no texts.")
+      .def(py::init<Path const&, int>(), "path"_a, "number"_a,
+           "A missing file and an unknown language have no texts. OSError: the file cannot be read.")
       .def("__getitem__",
-           [](LanguageFile& file, long id) {
+           [](LanguageFile& file, int id) {
              return Present(file.Ask([&](LangClass& table) { return Text{table.GetLangStr(id)}; }), id);
            })
-      .def("__setitem__", &LanguageFile::Set)
+      .def("__setitem__", On(&LanguageFile::Set))
       .def(
           "count", [](LanguageFile& file) { return file.Ask([](LangClass& table) { return table.GetLangCount(); }); },
-          "How many languages the file has.")
+          "The number of languages in the file.")
       .def(
           "name",
-          [](LanguageFile& file, long number) {
+          [](LanguageFile& file, int number) {
             return file.Ask([&](LangClass& table) { return Text{table.GetLangDesc(number)}; });
           },
-          "number"_a, "The display name of a language, \"\" for none.");
+          "number"_a, "The display name of a language, \"\" for none.")
+      .attr("__iter__") = py::none();
 }

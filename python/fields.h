@@ -1,5 +1,5 @@
-// Records as Python classes: a property for each field, named as in C but in Python's way (popupInterval is
-// popup_interval), texts checked against their width.
+// Records as Python classes: a property for each field, with its name in C in Python's spelling (popupInterval:
+// popup_interval).
 #ifndef ZELVANE_PYTHON_FIELDS_H
 #define ZELVANE_PYTHON_FIELDS_H
 
@@ -18,16 +18,24 @@ inline std::string PythonName(char const* field) {
   return name;
 }
 
+// A field of an entry that the file keeps as "name;address;port".
+inline Text const& Part(Text const& text, std::string const& name) {
+  if (text.bytes.find(';') != std::string::npos) throw py::value_error(name + ": the file cannot hold \";\"");
+  return text;
+}
+
 inline Text GetText(char const* field, std::size_t width) { return {std::string(field, strnlen(field, width))}; }
 
-inline void SetText(char* field, std::size_t width, Text const& text) {
+// The message leaves the text out: it may be a password.
+inline void SetText(char* field, std::size_t width, Text const& text, std::string const& name) {
   if (Plain(text).size() >= width)
-    throw py::value_error("\"" + text.bytes + "\" is too long: at most " + std::to_string(width - 1) + " characters");
+    throw py::value_error(name + ": " + std::to_string(text.bytes.size()) + " characters are too many, at most " +
+                          std::to_string(width - 1));
   std::memset(field, 0, width);
   text.bytes.copy(field, width - 1);
 }
 
-// Declares the properties of a class one after the other; the class knows their names for repr() and as_dict().
+// Declares the properties of a class one after the other, and keeps their names for repr() and as_dict().
 template <class Class, class Record>
 class Fields {
   using Type = typename Class::type;  // the record, or derived from it
@@ -44,12 +52,12 @@ class Fields {
     return *this;
   }
 
-  // A char array, told by its place: one property for all widths.
+  // A char array by its offset: one property for all widths. part: see Part.
   template <std::size_t Width>
-  Fields& operator()(char const* field, char (Record::*member)[Width], char const* help) {
+  Fields& operator()(char const* field, char (Record::*member)[Width], char const* help, bool part = false) {
     static Record const sample{};
     auto const place = (sample.*member) - reinterpret_cast<char const*>(&sample);
-    TextField(Name(field), static_cast<std::size_t>(place), Width, help);
+    TextField(Name(field), static_cast<std::size_t>(place), Width, help, part);
     return *this;
   }
 
@@ -67,14 +75,15 @@ class Fields {
     return name;
   }
 
-  void TextField(std::string const& name, std::size_t place, std::size_t width, char const* help) {
+  void TextField(std::string const& name, std::size_t place, std::size_t width, char const* help, bool part) {
     target_.def_property(
         name.c_str(),
         [=](Type const& record) {
           return GetText(reinterpret_cast<char const*>(static_cast<Record const*>(&record)) + place, width);
         },
         [=](Type& record, Text const& text) {
-          SetText(reinterpret_cast<char*>(static_cast<Record*>(&record)) + place, width, text);
+          SetText(reinterpret_cast<char*>(static_cast<Record*>(&record)) + place, width, part ? Part(text, name) : text,
+                  name);
         },
         help);
   }
@@ -99,9 +108,12 @@ inline std::string Shown(py::object const& record) {
   return std::string(py::str(py::type::of(record).attr("__name__"))) + "(" + text + ")";
 }
 
-// What every record has besides its fields.
+// The methods of every record.
 template <class Class>
 void Describe(Class& target) {
+  using Type = typename Class::type;
+  target.def("__copy__", [](Type const& record) { return record; });
+  target.def("__deepcopy__", [](Type const& record, py::handle) { return record; });
   target.def("as_dict", &AsDict, "The fields and their values.").def("__repr__", &Shown);
   target.def("__eq__", [](py::object const& self, py::object const& other) {
     return py::type::of(self).is(py::type::of(other)) && AsDict(self).equal(AsDict(other));

@@ -1,4 +1,6 @@
-// The module zelvane._zelvane: what the library has, family by family. zelvane/__init__.py is its face.
+// The module zelvane._zelvane: the library's interface, module by module. zelvane/__init__.py exports it.
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <time.h>
 
 #include "binding.h"
@@ -28,10 +30,10 @@ py::object DatetimeOf(long seconds) {
 
 long SecondsOf(py::handle datetime) {
   PyObject* const object = datetime.ptr();
-  if (!PyDate_Check(object)) throw py::type_error("a datetime is wanted");
+  if (!PyDate_Check(object)) throw py::type_error("expected a datetime or date");
   bool const timed = PyDateTime_Check(object);
   if (timed && !datetime.attr("tzinfo").is_none())
-    throw py::value_error("the library's times are local ones: a naive datetime is wanted");
+    throw py::value_error("expected a naive datetime: the library's times are local");
   int const year = PyDateTime_GET_YEAR(object);
   long const seconds =
       year < 1970  // years below 100 would mean others to the library
@@ -39,13 +41,25 @@ long SecondsOf(py::handle datetime) {
           : EncodeDateTime(year, PyDateTime_GET_MONTH(object), PyDateTime_GET_DAY(object),
                            timed ? PyDateTime_DATE_GET_HOUR(object) : 0, timed ? PyDateTime_DATE_GET_MINUTE(object) : 0,
                            timed ? PyDateTime_DATE_GET_SECOND(object) : 0);
-  if (seconds < 0) throw py::value_error("times lie between 1970-01-01 and 2038-01-19 03:14:07");
+  if (seconds < 0) throw py::value_error("expected a time from 1970-01-01 to 2038-01-19 03:14:07");
   return seconds;
 }
 
 py::object PathText(std::string const& path) {
   return py::reinterpret_steal<py::object>(
       PyUnicode_DecodeFSDefaultAndSize(path.data(), static_cast<py::ssize_t>(path.size())));
+}
+
+off_t ReadableSize(std::string const& path) {
+  // A FIFO does not wait for its writer.
+  int const file = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  if (file < 0 && errno == ENOENT) return 0;
+  struct stat status {};
+  int reason = file < 0 || fstat(file, &status) != 0 ? errno : 0;
+  if (reason == 0 && S_ISDIR(status.st_mode)) reason = EISDIR;
+  if (file >= 0) close(file);
+  if (reason != 0) throw Failure(reason, path, "");
+  return status.st_size;
 }
 
 PYBIND11_MODULE(_zelvane, module) {
@@ -58,7 +72,8 @@ PYBIND11_MODULE(_zelvane, module) {
       py::object const path = PathText(failure.path);
       if (failure.reason != 0) {
         errno = failure.reason;
-        PyErr_SetFromErrnoWithFilenameObject(PyExc_OSError, failure.path.empty() ? nullptr : path.ptr());
+        PyErr_SetFromErrnoWithFilenameObjects(PyExc_OSError, failure.path.empty() ? nullptr : path.ptr(),
+                                              failure.other.empty() ? nullptr : PathText(failure.other).ptr());
         return;
       }
       std::string const message = (failure.path.empty() ? "" : std::string(py::str(path)) + ": ") + failure.message;

@@ -7,10 +7,10 @@ Texts       Language, LanguageFile
 System      processes, services, Service, already_running, os_version
 Encoding    b64encode, b64decode, encode_password, decode_password, RipeMD256, Cipher
 
-Texts are str; in files they are Latin-1, and a character that Latin-1 lacks raises UnicodeEncodeError. Times are naive
-datetimes of local time between 1970 and 2038-01-19. The system's reasons for a failure are raised as OSError
-(FileNotFoundError ...), those of a settings file as ConfigError, all others as Error. Objects may be used by several
-threads, one at a time goes to work; long work leaves other threads running.
+Texts are str, Latin-1 in the files; other characters raise UnicodeEncodeError. Times are naive datetimes of local time,
+from 1970 to 2038-01-19. Failures of the system raise OSError (FileNotFoundError ...), those of a settings file
+ConfigError, all others Error. Threads may share an object, but a BrowseList: one works, the others wait. Python runs
+other threads while the library works.
 """
 from ._browse import BrowseList, Computer, Group, Unit
 from ._config import Config, Section
@@ -34,4 +34,4 @@ __all__ = [
 ]
 
 for _name in __all__:
-    globals()[_name].__module__ = __name__  # where it is to be imported from, also in help() and in error messages
+    globals()[_name].__module__ = __name__  # the public name, also in help() and messages

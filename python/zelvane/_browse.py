@@ -4,7 +4,6 @@ from __future__ import annotations
 import datetime
 from collections.abc import Iterator
 from dataclasses import dataclass, field
-from types import TracebackType
 
 from ._config import FilePath
 from ._zelvane import Browse, root
@@ -12,7 +11,7 @@ from ._zelvane import Browse, root
 
 @dataclass(eq=False)
 class Unit:
-    """A UPS unit of a computer. number: the programs' own."""
+    """A UPS unit of a computer. The programs define its number."""
 
     id: int
     name: str
@@ -22,7 +21,7 @@ class Unit:
 
 @dataclass(eq=False)
 class Computer:
-    """A computer with its dotted IPv4 address and its UPS units."""
+    """A computer with its IPv4 address and its UPS units."""
 
     id: int
     name: str
@@ -42,7 +41,7 @@ class Group:
     computers: list[Computer] = field(default_factory=list)
 
     def walk(self) -> Iterator[Group]:
-        """This group and all below it, each before its own."""
+        """This group and all groups below it, parents first."""
         rest = [self]
         while rest:
             group = rest.pop()
@@ -62,31 +61,32 @@ class BrowseList:
             tower = network.add_computer("tower", "10.0.0.7", site)
             network.add_unit("UPS 1", 1, tower)
 
-    groups      the groups at the top: without a parent, with one that is missing, or the first of a circle
-    computers   those without a group
-    units       those without a computer
+    groups      the top groups: without a parent, with a missing parent, or the first of a circle
+    computers   computers without a group
+    units       units without a computer
 
-    Changed objects are written by edit(). Additions and edits stay in memory until save() or close() (the end of a
-    `with` block); remove() saves at once. Saving replaces the file by what this object knows: what another program has
-    written since it was opened is lost. A missing file is an empty list. OSError: the file cannot be read.
-    Entries that the library cannot read (a missing field, a name of blanks) are left out.
+    edit() stores a changed object. Additions and edits stay in memory until save() or close() (the end of a `with`
+    block); remove() saves immediately. A save replaces the file: what another program has written since the list was
+    opened is lost. A missing file is an empty list; OSError: the file cannot be read. Entries that the library cannot
+    read (a missing field, a name of blanks) are omitted, as is everything after a line that cannot be parsed.
+    One thread at a time uses the tree.
     """
 
     def __init__(self, path: FilePath | None = None) -> None:
-        """path: None stands for zelbrws.cfg in the installation root."""
-        self._browse = _open(root() + "zelbrws.cfg" if path is None else path)
+        """path: None is zelbrws.cfg in the installation root."""
+        self._browse = Browse(root() + "zelbrws.cfg" if path is None else path)
         self.reload()
 
     def reload(self) -> None:
-        """Builds the tree anew from what this object knows; the file is not read again."""
-        groups = {id: Group(id, name) for id, name, _ in self._browse.groups()}
+        """Builds the tree again from memory; the file is not read again."""
+        entries = self._browse.groups()
+        groups = {id: Group(id, name) for id, name, _ in entries}
         computers: dict[int, Computer] = {}
         self.groups: list[Group] = []
         self.computers: list[Computer] = []
         self.units: list[Unit] = []
-        for id, _, parent in self._browse.groups():
-            groups[id].parent = groups.get(parent)
-            above = groups[id].parent
+        for id, _, parent in entries:
+            above = groups[id].parent = groups.get(parent)
             (self.groups if above is None else above.groups).append(groups[id])
         self._break_circles(groups)
         for id, name, address, group in self._browse.computers():
@@ -99,41 +99,40 @@ class BrowseList:
     def _break_circles(self, groups: dict[int, Group]) -> None:
         seen = {group.id for top in self.groups for group in top.walk()}
         for group in groups.values():
-            if group.id in seen:
-                continue
-            if group.parent is not None:
+            if group.id not in seen:
+                assert group.parent is not None
                 group.parent.groups.remove(group)
-            group.parent = None
-            self.groups.append(group)
-            seen.update(below.id for below in group.walk())
+                group.parent = None
+                self.groups.append(group)
+                seen.update(below.id for below in group.walk())
 
     @property
     def changed(self) -> datetime.datetime | None:
-        """When the list was last changed, as its programs have stamped it."""
+        """The time of the last change, as the programs have stored it."""
         return self._browse.stamp()
 
     def add_group(self, name: str, parent: Group | None = None) -> Group:
-        """Adds a group and gives it, with the smallest identifier that is free."""
+        """Adds a group with the smallest free identifier and returns it."""
         group = Group(self._browse.add_group((0, name, _id(parent))), name, parent)
         (self.groups if parent is None else parent.groups).append(group)
         return group
 
     def add_computer(self, name: str, address: str, group: Group | None = None) -> Computer:
-        """Adds a computer and gives it."""
+        """Adds a computer and returns it."""
         if not address:
-            raise ValueError("a computer without an address could not be read again")
+            raise ValueError("address: a computer without one cannot be read back")
         computer = Computer(self._browse.add_computer((0, name, address, _id(group))), name, address, group)
         (self.computers if group is None else group.computers).append(computer)
         return computer
 
     def add_unit(self, name: str, number: int, computer: Computer | None = None) -> Unit:
-        """Adds a UPS unit and gives it. Without a computer its address is 127.0.0.1."""
+        """Adds a UPS unit and returns it. Without a computer its address is 127.0.0.1."""
         unit = Unit(self._browse.add_unit((0, name, number, _id(computer))), name, number, computer)
         (self.units if computer is None else computer.units).append(unit)
         return unit
 
     def edit(self, entry: Group | Computer | Unit) -> None:
-        """Writes the entry's own fields and its owner. The lists of the tree stay as they are until reload()."""
+        """Stores the fields of the entry and its owner. The lists of the tree are unchanged until reload()."""
         if isinstance(entry, Group):
             self._browse.edit_group((entry.id, entry.name, _id(entry.parent)))
         elif isinstance(entry, Computer):
@@ -142,7 +141,7 @@ class BrowseList:
             self._browse.edit_unit((entry.id, entry.name, entry.number, _id(entry.computer)))
 
     def remove(self, entry: Group | Computer | Unit) -> None:
-        """Removes the entry with all that belongs to it, at every depth, and saves. Objects got before are stale."""
+        """Removes the entry and everything in it, at every depth, and saves. Builds the tree again."""
         if isinstance(entry, Group):
             self._browse.remove_group(entry.id)
         elif isinstance(entry, Computer):
@@ -152,25 +151,15 @@ class BrowseList:
         self.reload()
 
     def save(self) -> None:
-        """Saves the list and stamps it. Error when it cannot be written: the changes stay for the next try."""
+        """Saves the list with the time of the change. Error when it cannot be written; the changes stay in memory."""
         self._browse.save()
 
     def close(self) -> None:
-        """Saves what is left. OSError when it cannot be written: the changes are lost."""
+        """Saves pending changes. OSError when they cannot be written: they are lost."""
         self._browse.close()
 
     def __enter__(self) -> BrowseList:
         return self
 
-    def __exit__(
-        self, kind: type[BaseException] | None, error: BaseException | None, trace: TracebackType | None
-    ) -> None:
+    def __exit__(self, *_: object) -> None:
         self.close()
-
-
-def _open(path: FilePath) -> Browse:
-    try:
-        open(path, "rb").close()  # the library takes a file that it cannot read for an empty list
-    except FileNotFoundError:
-        pass
-    return Browse(path)

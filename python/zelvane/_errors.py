@@ -1,26 +1,26 @@
-"""What the library's failures are raised as."""
+"""The library's failures as exceptions."""
 from __future__ import annotations
 
 _REASONS = {
-    1: "a section, key or value cannot be written so",
+    1: "the file cannot hold this section, key or value",
     2: "the file cannot be opened, read or written",
-    3: "the name is there already",
+    3: "the name already exists",
     4: "a file cannot be copied to itself",
     5: "the file is closed",
     6: "the file is open for reading only",
-    7: "the line is no blank, comment, [section] or key",
+    7: "expected an empty line, a comment, [section] or key = value",
 }
 
 
 class Error(Exception):
-    """A call of the library has failed for a reason that is not the system's. The system's reasons are OSError."""
+    """A failure of the library. Failures of the system are OSError."""
 
 
 class ConfigError(Error):
-    """A settings file cannot be read as it is, or a change is refused.
+    """A settings file cannot be parsed, or a change is refused.
 
-    code: the engine's number (7: a line that cannot be parsed; 6: read-only; 5: closed; 2: no reason known)
-    line: the first line that the load could not take, counted from 1; 0 when there is none
+    code: the library's number (7: a line that cannot be parsed; 6: read-only; 5: closed; 2: unknown reason)
+    line: the first line that cannot be parsed, counted from 1; 0 when there is none
     path: the file
     """
 

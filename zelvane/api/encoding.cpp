@@ -2,7 +2,7 @@
 
 namespace {
 
-// Counts every byte, and stores those that fit into the caller's buffer with a NUL after them.
+// Counts every byte, and keeps those that fit in the caller's buffer with a NUL after them.
 class Output {
  public:
   Output(char* buffer, unsigned long size) : buffer_(buffer), size_(buffer == nullptr ? 0 : size) {}
@@ -21,7 +21,7 @@ class Output {
 
  private:
   void Put(unsigned char const* bytes, unsigned long count) {
-    // After the first character that does not fit, everything is dropped.
+    // Nothing after the first character that does not fit is kept.
     if (length_ == kept_ && kept_ + count < size_) {
       for (unsigned long i = 0; i < count; i++) buffer_[kept_ + i] = static_cast<char>(bytes[i]);
       kept_ += count;
@@ -35,10 +35,10 @@ class Output {
   unsigned long kept_ = 0;
 };
 
-// Returns the number of bytes of the first character, or 0 if Latin-1 lacks it.
+// The number of bytes of the first character if Latin-1 has it, otherwise 0.
 int Width(unsigned char const* text) {
   if (text[0] < 0x80) return 1;
-  // U+0080 to U+00FF are exactly the pairs that start with C2 or C3.
+  // U+0080 to U+00FF are exactly the pairs that begin with C2 or C3.
   return (text[0] == 0xC2 || text[0] == 0xC3) && (text[1] & 0xC0) == 0x80 ? 2 : 0;
 }
 
@@ -60,7 +60,7 @@ long Latin1ToUtf8(char const* text, char* buffer, unsigned long size) {
 long Utf8ToLatin1(char const* text, char* buffer, unsigned long size) {
   if (text == nullptr) return -1;
   auto const* const bytes = reinterpret_cast<unsigned char const*>(text);
-  // Nothing is written until the whole text is known to convert.
+  // The complete text is checked before anything is written.
   for (unsigned char const* at = bytes; *at != 0; at += Width(at)) {
     if (Width(at) == 0) return -1;
   }
