@@ -13,6 +13,7 @@
 #include "zelvane/core/fileutils.h"
 #include "zelvane/core/safesave_internal.h"
 #include "zelvane/core/sync_internal.h"
+#include "zelvane/core/vtable_internal.h"
 #include "zelvane/logs/logclass_internal.h"
 
 using zelvane::internal::Append;
@@ -29,6 +30,7 @@ using zelvane::internal::ReadWhole;
 using zelvane::internal::StoreLe32;
 using zelvane::internal::SyncData;
 using zelvane::internal::SyncFile;
+using zelvane::internal::TableOf;
 using zelvane::internal::WriteAll;
 
 namespace {
@@ -54,6 +56,20 @@ bool Seek(Descriptor const& file, std::uint64_t position) {
   return lseek(file.Get(), static_cast<off_t>(position), SEEK_SET) >= 0;
 }
 
+// The number of records in an open file; 0 where GetFileRegCount is 0.
+unsigned long CountRecords(Descriptor const& file, unsigned long size) {
+  struct stat status;
+  std::uint64_t const record = RecordLength(size);
+  // A record on its way into two pages can be seen by its first half.
+  for (int look = 0; look <= kLooks && record > 0; look++) {
+    if (look > 0) Delay(1);
+    if (!file || fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode)) return 0;
+    auto const length = static_cast<std::uint64_t>(status.st_size);
+    if (length % record == 0) return static_cast<unsigned long>(std::min<std::uint64_t>(length / record, kMost));
+  }
+  return 0;
+}
+
 // The length of a file that ends in a part of a record; 0 for any other, -1 when that cannot be told.
 off_t TornLength(int file, unsigned long size) {
   struct stat status;
@@ -77,6 +93,13 @@ bool Repair(int file, std::string const& path, unsigned long size) {
   return now == 0 || (now == torn && ftruncate(file, 0) == 0);
 }
 
+// Whether a subclass that counted no records still counts none, where this class counts some. Before and after, so that
+// a file that cannot be read for a moment is not taken for one.
+bool IsDisowned(LogClass& log, unsigned long size) {
+  return log.LogClass::GetFileRegCount(size) > 0 && log.GetFileRegCount(size) == 0 &&
+         log.LogClass::GetFileRegCount(size) > 0;
+}
+
 // Writes whole records of `length` bytes at position `at`. A kill ends a write between two pages of the file, so each
 // write keeps to the records of one page; what remains is the one record that may lie across its end.
 bool WriteRecords(Descriptor const& to, std::uint64_t at, char const* bytes, std::uint64_t size, std::uint64_t length) {
@@ -91,9 +114,12 @@ bool WriteRecords(Descriptor const& to, std::uint64_t at, char const* bytes, std
   return true;
 }
 
+// What becomes of a file that is being written when a kill ends the write.
+enum class Unfinished { kIsDropped, kIsKept };
+
 // Copies the records from the one's position to its end over the beginning of the other; the number of bytes, or -1 on
 // failure.
-off_t CopyRest(Descriptor const& from, Descriptor const& to, std::uint64_t length) {
+off_t CopyRest(Descriptor const& from, Descriptor const& to, std::uint64_t length, Unfinished unfinished) {
   std::vector<char> block(static_cast<size_t>(std::max<std::uint64_t>(kCopyBlock / length, 1) * length));
   std::uint64_t copied = 0;
   ssize_t got = 0;
@@ -103,7 +129,9 @@ off_t CopyRest(Descriptor const& from, Descriptor const& to, std::uint64_t lengt
     got = ReadBlock(from.Get(), block.data(), block.size());
     if (got < 0) return -1;
     auto const size = static_cast<std::uint64_t>(got);
-    if (!WriteRecords(to, copied, block.data(), size, length)) return -1;
+    bool const written = unfinished == Unfinished::kIsKept ? WriteRecords(to, copied, block.data(), size, length)
+                                                           : WriteAll(to.Get(), block.data(), static_cast<size_t>(got));
+    if (!written) return -1;
     copied += size;
   } while (got == static_cast<ssize_t>(block.size()));
   return static_cast<off_t>(copied);
@@ -165,7 +193,7 @@ Descriptor OpenNew(std::string const& path, struct stat const& log) {
 // shortening it before it is synced one in which a power cut does.
 bool CopyBack(Descriptor const& scratch, Descriptor const& log, std::uint64_t length) {
   if (!Seek(scratch, 0)) return false;
-  off_t const kept = CopyRest(scratch, log, length);
+  off_t const kept = CopyRest(scratch, log, length, Unfinished::kIsKept);
   return kept >= 0 && SyncData(log.Get()) && ftruncate(log.Get(), kept) == 0 && SyncFile(log.Get());
 }
 
@@ -182,8 +210,8 @@ bool Cut(std::string const& path, std::string const& scratchPath, std::uint64_t 
   Descriptor const scratch = OpenNew(unfinished, status);
   if (!scratch) return false;
   name.Take(std::move(unfinished));
-  if (!Seek(log, drop * length) || CopyRest(log, scratch, length) < 0 || !SyncFile(scratch.Get()) ||
-      !name.Rename(scratchPath) || !folder.Sync())
+  if (!Seek(log, drop * length) || CopyRest(log, scratch, length, Unfinished::kIsDropped) < 0 ||
+      !SyncFile(scratch.Get()) || !name.Rename(scratchPath) || !folder.Sync())
     return false;
   FileLock const lock(log.Get(), FileLock::kAlone, kReaderWait);
   if (CopyBack(scratch, log, length)) return true;
@@ -275,17 +303,7 @@ bool LogClass::WriteReg(long when, void const* data, unsigned long size) {
 
 unsigned long LogClass::GetFileRegCount(unsigned long size) {
   if (file_.empty() || RecordLength(size) == 0) return 0;
-  Descriptor const file = OpenToRead(file_);
-  struct stat status;
-  // A record on its way into two pages can be seen by its first half.
-  for (int look = 0; look <= kLooks; look++) {
-    if (look > 0) Delay(1);
-    if (!file || fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode)) return 0;
-    auto const length = static_cast<std::uint64_t>(status.st_size);
-    if (length % RecordLength(size) == 0)
-      return static_cast<unsigned long>(std::min<std::uint64_t>(length / RecordLength(size), kMost));
-  }
-  return 0;
+  return CountRecords(OpenToRead(file_), size);
 }
 
 unsigned long LogClass::GetRegCount(unsigned long size) {
@@ -294,8 +312,11 @@ unsigned long LogClass::GetRegCount(unsigned long size) {
 
 bool LogClass::ReadFileReg(unsigned long index, long* when, void* data, unsigned long size) {
   if (file_.empty() || when == nullptr || (data == nullptr && size > 0)) return false;
-  if (index >= GetFileRegCount(size)) return false;
+  // A subclass may count in its own way. This class counts in the file that it has opened to read from.
+  bool const countsHere = TableOf(*this) == TableOf(LogClass());
+  if (!countsHere && index >= GetFileRegCount(size)) return false;
   Descriptor const file = OpenToRead(file_);
+  if (countsHere && index >= CountRecords(file, size)) return false;
   unsigned char stamp[kStampSize];
   if (!file || !Seek(file, index * RecordLength(size)) ||
       ReadBlock(file.Get(), reinterpret_cast<char*>(stamp), sizeof stamp) != static_cast<ssize_t>(sizeof stamp) ||
@@ -353,14 +374,12 @@ void LogClass::LimitFile(unsigned long size) {
 
 // ---- Steps of a write ----
 
-// Before a record goes into a file in which none were found: it may have been unreadable only for a moment, or another
-// program may have written the first record since. Only what is damaged beyond doubt is emptied, and records only when
-// a subclass insists that there are none.
+// Before a record goes into a file in which none were counted. There need be nothing wrong with it: it can be missing,
+// or unreadable for a moment, or another program has written the first record since. It is emptied only when its bytes
+// are no records.
 bool LogClass::MakeSound(int fd, unsigned long size) {
   if (TornLength(fd, size) != 0) return Repair(fd, file_, size);
-  bool const disowned =
-      LogClass::GetFileRegCount(size) > 0 && GetFileRegCount(size) == 0 && LogClass::GetFileRegCount(size) > 0;
-  return !disowned || ftruncate(fd, 0) == 0;
+  return !IsDisowned(*this, size) || ftruncate(fd, 0) == 0;
 }
 
 // Looks at a scratch file that a cut has left, finishes that cut if it was broken off half way, and removes the file.
