@@ -83,19 +83,25 @@ class BrowseSection {
   // An identifier that no valid entry has.
   std::int32_t NewIdentifier(bool maxPlusOne);
 
-  // The three ways to change the section. True also for the removal of what is not there.
+  // The ways to change the section. True also for the removal of what is not there.
   bool Put(std::int32_t id, std::string const& value);
   bool Remove(std::int32_t id);
+  // What OwnedBy gives, which goes to `removed`.
+  bool RemoveOwnedBy(std::int32_t owner, std::vector<std::int32_t>& removed);
   bool Clear();
 
  private:
   using Owned = std::set<std::pair<std::int32_t, std::int32_t>>;  // owner, identifier
 
-  // Each is made for the first question to it, then kept up to date: adding to a list, or removing from it, one by one
-  // must not walk through it every time.
+  // Kept up to date once it is made: adding to a list, or removing from it, one by one must not walk through it every
+  // time.
   struct Index {
-    std::optional<Identifiers> identifiers;
-    std::optional<Owned> owned;
+    std::optional<Identifiers> identifiers;  // for the first question
+    std::optional<Owned> owned;              // for the second: most programs ask once, and a walk is cheaper
+    bool wasAsked = false;                   // the first
+
+    void Add(std::int32_t id, std::int32_t owner);
+    void Drop(std::int32_t id, std::int32_t owner);
   };
 
   bool Parse(std::string_view value, Entry& entry) const;
@@ -103,8 +109,11 @@ class BrowseSection {
   bool Read(std::string const& key, Entry& entry);
   template <class Take>
   void ForEach(Take take);
+  template <class Take>
+  void ForEachOwned(Take take);
   template <class Change>
-  bool Keeping(std::int32_t id, std::string const* value, Change change);
+  bool KeepIndex(Change change);
+  std::optional<std::int32_t> IndexedOwner(std::int32_t id, std::string const& key);
 
   OptionalCfg& file_;
   EntryShape const shape_;
