@@ -162,7 +162,7 @@ class Passing {
  public:
   Passing() = default;
   ~Passing() {
-    if (!path_.empty()) unlink(path_.c_str());
+    if (!path_.empty()) Remove();
   }
   Passing(Passing const&) = delete;
   Passing& operator=(Passing const&) = delete;
@@ -173,6 +173,10 @@ class Passing {
     return true;
   }
   void Take(std::string path) { path_ = std::move(path); }
+  void Remove() {
+    unlink(path_.c_str());
+    Keep();
+  }
   void Keep() { path_.clear(); }
 
  private:
@@ -189,18 +193,23 @@ Descriptor OpenNew(std::string const& path, struct stat const& log) {
   return made;
 }
 
-// The second half of a cut. Emptying the log first would leave a moment in which a kill loses everything, and
-// shortening it before it is synced one in which a power cut does.
-bool CopyBack(Descriptor const& scratch, Descriptor const& log, std::uint64_t length) {
+// When the log is brought to disk: before it is shortened, too, or only afterwards.
+enum class Syncs { kTwice, kOnce };
+
+// The second half of a cut. Emptying the log first would leave a moment in which a kill loses everything. Shortening it
+// before it is synced leaves one in which a power cut takes its last records, until the cut is finished.
+bool CopyBack(Descriptor const& scratch, Descriptor const& log, std::uint64_t length, Syncs syncs) {
   if (!Seek(scratch, 0)) return false;
   off_t const kept = CopyRest(scratch, log, length, Unfinished::kIsKept);
-  return kept >= 0 && SyncData(log.Get()) && ftruncate(log.Get(), kept) == 0 && SyncFile(log.Get());
+  return kept >= 0 && (syncs == Syncs::kOnce || SyncData(log.Get())) && ftruncate(log.Get(), kept) == 0 &&
+         SyncFile(log.Get());
 }
 
 // Cuts the first `drop` records off `path`. The records that stay are first copied to `scratchPath`, which is given to
 // that copy when it is whole and on disk: from then on a cut that is interrupted can be finished. True when all of the
 // log is on disk.
-bool Cut(std::string const& path, std::string const& scratchPath, std::uint64_t drop, std::uint64_t length) {
+bool Cut(std::string const& path, std::string const& scratchPath, std::uint64_t drop, std::uint64_t length,
+         Syncs syncs) {
   Descriptor log = Open(path.c_str(), O_RDWR | O_NONBLOCK);
   struct stat status;
   Folder const folder(scratchPath);
@@ -214,9 +223,15 @@ bool Cut(std::string const& path, std::string const& scratchPath, std::uint64_t 
       !SyncFile(scratch.Get()) || !name.Rename(scratchPath) || !folder.Sync())
     return false;
   FileLock const lock(log.Get(), FileLock::kAlone, kReaderWait);
-  if (CopyBack(scratch, log, length)) return true;
-  name.Keep();
-  return false;
+  if (!CopyBack(scratch, log, length, syncs)) {
+    name.Keep();
+    return false;
+  }
+  // A scratch file that a power cut brings back beside the next record, where that is the same as the one before, looks
+  // like a cut that was interrupted, and would take the record away.
+  name.Remove();
+  (void)folder.Sync();
+  return true;
 }
 
 // Whether a cut of `drop` bytes to the records in `scratch`, broken off while they were copied back, can have left
@@ -297,7 +312,7 @@ bool LogClass::WriteReg(long when, void const* data, unsigned long size) {
     Descriptor file = OpenToAppend(file_);
     if (!file || !(sound || MakeSound(file.Get(), size)) || !Append(file.Get(), record)) return false;
     // A cut syncs all of the log; one that could not be made is no failure, as long as the record is on disk.
-    return (CutToBound(size) || SyncData(file.Get())) && file.Close();
+    return (CutToBound(size, true) || SyncData(file.Get())) && file.Close();
   });
 }
 
@@ -369,7 +384,7 @@ bool LogClass::ClearFile() {
 }
 
 void LogClass::LimitFile(unsigned long size) {
-  Guard(false, [&] { return RecordLength(size) != 0 && FinishCut(size) && CutToBound(size); });
+  Guard(false, [&] { return RecordLength(size) != 0 && FinishCut(size) && CutToBound(size, false); });
 }
 
 // ---- Steps of a write ----
@@ -406,18 +421,21 @@ bool LogClass::FinishCut(unsigned long size) {
     // Gone: another program was still at its cut, and is through.
     if (!scratch || ReadWhole(file_, records) != ReadResult::kOk || ReadWhole(scratch_, kept) != ReadResult::kOk)
       return errno == ENOENT;
-    if (IsMixture(records, kept, length) && !CopyBack(scratch, log, length)) return false;
+    if (IsMixture(records, kept, length) && !CopyBack(scratch, log, length, Syncs::kTwice)) return false;
   }
   std::remove(scratch_.c_str());
-  return true;
+  return Folder(scratch_).Sync();
 }
 
 // True when records were cut off, and all of the log is on disk.
-bool LogClass::CutToBound(unsigned long size) {
+bool LogClass::CutToBound(unsigned long size, bool isWriting) {
   unsigned long const count = GetFileRegCount(size);
   if (count <= maxLines_) return false;
-  if (Guard(false, [&] { return Cut(file_, scratch_, count - maxLines_, RecordLength(size)); })) return true;
-  // The removal of an earlier scratch file must not be undone by a power cut: the log goes on without this one.
+  unsigned long const drop = count - maxLines_;
+  // Of the record that is being written, nothing has been told.
+  Syncs const syncs = isWriting && drop == 1 ? Syncs::kOnce : Syncs::kTwice;
+  if (Guard(false, [&] { return Cut(file_, scratch_, drop, RecordLength(size), syncs); })) return true;
+  // What is removed after a failure must not come back with a power cut: the log goes on without it.
   Guard(false, [&] { return Folder(scratch_).Sync(); });
   return false;
 }

@@ -116,8 +116,8 @@ class ZELVANE_API LogClass {
   //   1. finish a cut that was interrupted: when the log is a mixture of the records in NAME.tmp and what it held
   //      before, copy them back once more; delete NAME.tmp
   //   2. copy the newest records to NAME.tmp~, sync it, rename it to NAME.tmp, sync the folder
-  //   3. copy them from there to the start of the log, sync
-  //   4. truncate the log, sync, delete NAME.tmp
+  //   3. copy them from there to the start of the log, sync (not when WriteReg cuts off one record: 4 syncs)
+  //   4. truncate the log, sync, delete NAME.tmp, sync the folder
   // The log keeps its inode, owner and mode. Copies use blocks of 64 KiB with a pause of 1 ms before each. If step 2
   // fails, the log is unchanged. If 3 or 4 fail, NAME.tmp stays for the next time.
   // A kill or a power cut in step 3 leaves records twice, or one mixed from two where a record crosses a 4 KiB page.
@@ -131,7 +131,7 @@ class ZELVANE_API LogClass {
 
   ZELVANE_HIDDEN bool MakeSound(int fd, unsigned long size);
   ZELVANE_HIDDEN bool FinishCut(unsigned long size);
-  ZELVANE_HIDDEN bool CutToBound(unsigned long size);
+  ZELVANE_HIDDEN bool CutToBound(unsigned long size, bool isWriting);
 
   std::uint32_t maxLines_ = 1024;
   std::string file_;
