@@ -12,7 +12,6 @@
 #include <locale>
 #include <sstream>
 #include <string_view>
-#include <utility>
 
 #include "zelvane/core/strutils.h"
 #include "zelvane/core/strutils_internal.h"
@@ -75,7 +74,7 @@ std::string DecimalText(std::uint32_t magnitude, bool negative) {
 
 std::string DecimalText(std::uint32_t magnitude, bool negative, int width, char fill) {
   std::string text = DecimalText(magnitude, negative);
-  if (width > 1) Justify(text, width, fill);
+  Justify(text, width, fill);
   return text;
 }
 
@@ -83,11 +82,6 @@ template <int kBase>
 std::string IntegerText(std::uint32_t value) {
   char digits[32];
   return std::string(digits, std::to_chars(digits, digits + sizeof digits, value, kBase).ptr);
-}
-
-std::string Justified(std::string text, int width, char fill) {
-  Justify(text, width, fill);
-  return text;
 }
 
 // Digits of a double beyond these are zeros: none has more, not even the smallest ones.
@@ -269,15 +263,21 @@ std::string UIntToStr(unsigned long value, int width, char fill) {
 
 std::string IntToHex(long value, int width, bool upper, char fill) {
   std::string text = IntegerText<16>(Unsigned32(static_cast<unsigned long>(value)));
-  return Justified(upper ? AnsiUpperCase(text) : std::move(text), width, fill);
+  if (upper) text = AnsiUpperCase(text);
+  Justify(text, width, fill);
+  return text;
 }
 
 std::string IntToBin(long value, int width, char fill) {
-  return Justified(IntegerText<2>(Unsigned32(static_cast<unsigned long>(value))), width, fill);
+  std::string text = IntegerText<2>(Unsigned32(static_cast<unsigned long>(value)));
+  Justify(text, width, fill);
+  return text;
 }
 
 std::string FloatToStr(double value, int width, unsigned int digits, char fill) {
-  return Justified(GeneralText(value, digits), width, fill);
+  std::string text = GeneralText(value, digits);
+  Justify(text, width, fill);
+  return text;
 }
 
 long StrToIntDef(char const* text, long def) { return ToInt(View(text), def); }

@@ -88,18 +88,14 @@ class Interval {
   bool WasMoved() const { return moved_; }
   std::int32_t Total() const { return static_cast<std::int32_t>(total_); }
 
-  void Begin(std::int32_t t) {
-    if (!IsOpen()) begin_ = t;
-  }
+  void Begin(std::int32_t t) { begin_ = t; }
   // One interval of a scan is cut to the span, and no other.
+  bool MayMove() const { return IsOpen() && !moved_; }
   void MoveBegin(std::int32_t t) {
-    if (!IsOpen() || moved_) return;
     begin_ = t;
     moved_ = true;
   }
-  void CountUpTo(std::int32_t t) {
-    if (IsOpen()) total_ += static_cast<std::uint32_t>(t) - static_cast<std::uint32_t>(begin_);
-  }
+  void CountUpTo(std::int32_t t) { total_ += static_cast<std::uint32_t>(t) - static_cast<std::uint32_t>(begin_); }
   void End() { begin_ = kNoTime; }
 
  private:
@@ -114,16 +110,16 @@ std::int32_t TimeEvents(LogRecords const& log, std::uint16_t startCode, Codes co
   unsigned char const* const end = log.bytes + log.count * kRecordSize;
   for (; record != end; record += kRecordSize) {
     std::int32_t const t = TimeOf(record);
-    if (CodeOf(record) == startCode) interval.Begin(t);
-    if (span.HasTime(t)) interval.MoveBegin(t);
-    if (t > span.Last() || ends.test(CodeOf(record))) {
+    if (!interval.IsOpen() && CodeOf(record) == startCode) interval.Begin(t);
+    if (interval.MayMove() && span.HasTime(t)) interval.MoveBegin(t);
+    if (interval.IsOpen() && (t > span.Last() || ends.test(CodeOf(record)))) {
       std::int32_t const stop = std::min(t, span.Last());
       if (span.HasTime(stop)) interval.CountUpTo(stop);
       interval.End();
     }
     if (t >= span.Last()) break;
   }
-  if (interval.WasMoved() && record != log.bytes) interval.CountUpTo(TimeOf(record - kRecordSize));
+  if (interval.IsOpen() && interval.WasMoved() && record != log.bytes) interval.CountUpTo(TimeOf(record - kRecordSize));
   return interval.Total();
 }
 
