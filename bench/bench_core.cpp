@@ -120,6 +120,14 @@ void TokenizeOurs(std::vector<std::string>& pieces, std::string const& text, cha
   Tokenize(pieces, text, separator);
 }
 
+void TokenizeByHand(std::vector<std::string>& pieces, std::string const& text, char separator) {
+  pieces.clear();
+  std::size_t start = 0;
+  for (std::size_t end; (end = text.find(separator, start)) != std::string::npos; start = end + 1)
+    pieces.push_back(text.substr(start, end - start));
+  if (start < text.size()) pieces.push_back(text.substr(start));
+}
+
 void TokenizeAbseil(std::vector<std::string>& pieces, std::string const& text, char separator) {
   pieces = absl::StrSplit(text, separator);
   pieces.pop_back();  // ours adds no empty token after the last separator
@@ -306,8 +314,10 @@ ZELVANE_ROW("base64-decode-1MiB/ours", Decode<DecodeOurs>);
 ZELVANE_ROW("base64-decode-1MiB/abseil", Decode<DecodeAbseil>);
 ZELVANE_ROW("base64-decode-1MiB/glib", Decode<DecodeGlib>);
 ZELVANE_ROW("tokenize-lines/ours", Tokenizing<TokenizeOurs, 8, 1000>);
+ZELVANE_ROW("tokenize-lines/find+substr", Tokenizing<TokenizeByHand, 8, 1000>);
 ZELVANE_ROW("tokenize-lines/abseil", Tokenizing<TokenizeAbseil, 8, 1000>);
 ZELVANE_ROW("tokenize-long-line/ours", Tokenizing<TokenizeOurs, 100000, 1>);
+ZELVANE_ROW("tokenize-long-line/find+substr", Tokenizing<TokenizeByHand, 100000, 1>);
 ZELVANE_ROW("tokenize-long-line/abseil", Tokenizing<TokenizeAbseil, 100000, 1>);
 ZELVANE_ROW("trim/ours", Each<Texts, TrimOurs, TrimAbseil>);
 ZELVANE_ROW("trim/abseil", Each<Texts, TrimAbseil, TrimOurs>);

@@ -161,10 +161,8 @@ void FloorReadByIndex(benchmark::State& state) {
   for (auto _ : state)
     for (unsigned long i = 0; i < kReads; i++) {
       struct stat status = {};
-      int file = open(scratch.Path().c_str(), O_RDONLY | O_CLOEXEC);
+      int const file = open(scratch.Path().c_str(), O_RDONLY | O_CLOEXEC);
       fstat(file, &status);
-      close(file);
-      file = open(scratch.Path().c_str(), O_RDONLY | O_CLOEXEC);
       Require(pread(file, record, kRecord, static_cast<off_t>(i * 7 % 10000 * kRecord)) == kRecord, "record");
       close(file);
       benchmark::DoNotOptimize(record);

@@ -115,6 +115,16 @@ TEST(Numbers, IntegersToText) {
   EXPECT_EQ(UIntToStr(4294967295ul) + UIntToStr(static_cast<unsigned long>(-5l), 12, '_'), "4294967295__4294967291");
   EXPECT_EQ(IntToHex(0xBEEF, 6, false, 'X') + IntToHex(0xBEEF, 6, true, 'x') + IntToHex(-1), "XXbeefxxBEEFFFFFFFFF");
   EXPECT_EQ(IntToBin(0) + IntToBin(10, 8) + IntToBin(-2), "00000101011111111111111111111111111111110");
+  for (std::int64_t power = 1; power <= 10000000000;
+       power *= 10) {  // each number of digits, with the first and the last
+    for (std::int64_t const number : {power - 1, power, power + power / 9 * 8}) {
+      auto const whole = static_cast<std::int32_t>(number);
+      auto const natural = static_cast<std::uint32_t>(number);
+      EXPECT_EQ(IntToStr(whole), std::to_string(whole)) << number;
+      EXPECT_EQ(IntToStr(-static_cast<long>(whole)), std::to_string(-static_cast<long>(whole))) << number;
+      EXPECT_EQ(UIntToStr(natural), std::to_string(natural)) << number;
+    }
+  }
 #if LONG_MAX > 0x7FFFFFFF
   EXPECT_EQ(IntToStr(0x180000000) + UIntToStr(0x100000007), "-21474836487");
   EXPECT_EQ(IntToHex(0x7FFFFFFF00000001) + IntToBin(0x100000002), "110");

@@ -84,14 +84,20 @@ bool BrowseSection::Has(std::int32_t id) {
 }
 
 std::vector<std::int32_t> BrowseSection::OwnedBy(std::int32_t owner) {
+  std::vector<std::int32_t> ids;
+  if (!index_.wasAsked) {
+    index_.wasAsked = true;
+    ForEachOwned([&](std::int32_t id, std::int32_t itsOwner) {
+      if (itsOwner == owner) ids.push_back(id);
+    });
+    std::sort(ids.begin(), ids.end());
+    return ids;
+  }
   if (!index_.owned) {
     Owned owned;
-    ForEach([&](std::string const& key, std::int32_t id, Entry const& entry) {
-      if (key == IntToStr(id)) owned.emplace(entry.owner, id);
-    });
+    ForEachOwned([&](std::int32_t id, std::int32_t itsOwner) { owned.emplace(itsOwner, id); });
     index_.owned = std::move(owned);
   }
-  std::vector<std::int32_t> ids;
   for (auto each = index_.owned->lower_bound({owner, 0}); each != index_.owned->end() && each->first == owner; ++each)
     ids.push_back(each->second);
   return ids;
@@ -107,11 +113,36 @@ std::int32_t BrowseSection::NewIdentifier(bool maxPlusOne) {
 }
 
 bool BrowseSection::Put(std::int32_t id, std::string const& value) {
-  return Keeping(id, &value, [&](char const* key) { return file_.WriteStr(shape_.section, key, value.c_str()); });
+  return KeepIndex([&] {
+    std::string const key = IntToStr(id);
+    std::optional<std::int32_t> const before = IndexedOwner(id, key);
+    if (!file_.WriteStr(shape_.section, key.c_str(), value.c_str())) return false;
+    if (before) index_.Drop(id, *before);
+    Entry entry;
+    if (id >= 0 && Parse(value, entry)) index_.Add(id, entry.owner);
+    return true;
+  });
 }
 
 bool BrowseSection::Remove(std::int32_t id) {
-  return Keeping(id, nullptr, [&](char const* key) { return file_.DeleteKey(shape_.section, key); });
+  return KeepIndex([&] {
+    std::string const key = IntToStr(id);
+    std::optional<std::int32_t> const before = IndexedOwner(id, key);
+    if (!file_.DeleteKey(shape_.section, key.c_str())) return false;
+    if (before) index_.Drop(id, *before);
+    return true;
+  });
+}
+
+bool BrowseSection::RemoveOwnedBy(std::int32_t owner, std::vector<std::int32_t>& removed) {
+  removed = OwnedBy(owner);
+  return KeepIndex([&] {
+    for (std::int32_t const id : removed) {
+      if (!file_.DeleteKey(shape_.section, IntToStr(id).c_str())) return false;
+      index_.Drop(id, owner);
+    }
+    return true;
+  });
 }
 
 bool BrowseSection::Clear() {
@@ -133,26 +164,41 @@ void BrowseSection::ForEach(Take take) {
   }
 }
 
-// Makes a change after which the entry has that value (null: is gone), and updates the index. After an exception there
-// is no index; it is built again when needed.
-template <class Change>
-bool BrowseSection::Keeping(std::int32_t id, std::string const* value, Change change) {
-  std::string const key = IntToStr(id);
-  Index index = std::exchange(index_, {});
+// Calls `take(id, owner)` for each valid entry with an identifier that the operations on it reach.
+template <class Take>
+void BrowseSection::ForEachOwned(Take take) {
+  ForEach([&](std::string const& key, std::int32_t id, Entry const& entry) {
+    if (key == IntToStr(id)) take(id, entry.owner);
+  });
+}
+
+void BrowseSection::Index::Add(std::int32_t id, std::int32_t owner) {
+  if (identifiers) identifiers->Take(id);
+  if (owned) owned->emplace(owner, id);
+}
+
+void BrowseSection::Index::Drop(std::int32_t id, std::int32_t owner) {
+  if (identifiers) identifiers->Release(id);
+  if (owned) owned->erase({owner, id});
+}
+
+// Returns the owner under which the index has the entry, if it has it.
+std::optional<std::int32_t> BrowseSection::IndexedOwner(std::int32_t id, std::string const& key) {
   Entry entry;
-  bool const before = (index.identifiers || index.owned) && id >= 0 && Read(key, entry);
-  bool const changed = change(key.c_str());
-  if (changed && before) {
-    if (index.identifiers) index.identifiers->Release(id);
-    if (index.owned) index.owned->erase({entry.owner, id});
+  bool const indexed = (index_.identifiers || index_.owned) && id >= 0 && Read(key, entry);
+  return indexed ? std::optional(entry.owner) : std::nullopt;
+}
+
+// Changes the file and the index. After an exception they may differ: the index is dropped, and built again when
+// needed.
+template <class Change>
+bool BrowseSection::KeepIndex(Change change) {
+  try {
+    return change();
+  } catch (...) {
+    index_ = {};
+    throw;
   }
-  if (changed && value != nullptr && id >= 0) {
-    bool const after = Parse(*value, entry);
-    if (after && index.identifiers) index.identifiers->Take(id);
-    if (after && index.owned) index.owned->emplace(entry.owner, id);
-  }
-  index_ = std::move(index);
-  return changed;
 }
 
 }  // namespace zelvane::internal

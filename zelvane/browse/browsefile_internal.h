@@ -86,6 +86,8 @@ class BrowseSection {
   // The three ways to change the section. Also true if the entry to be removed does not exist.
   bool Put(std::int32_t id, std::string const& value);
   bool Remove(std::int32_t id);
+  // What OwnedBy gives, which goes to `removed`.
+  bool RemoveOwnedBy(std::int32_t owner, std::vector<std::int32_t>& removed);
   bool Clear();
 
  private:
@@ -94,8 +96,12 @@ class BrowseSection {
   // Each is built at its first use, then kept up to date: adding or removing entries one by one must not walk the whole
   // list every time.
   struct Index {
-    std::optional<Identifiers> identifiers;
-    std::optional<Owned> owned;
+    std::optional<Identifiers> identifiers;  // for the first question
+    std::optional<Owned> owned;              // for the second: most programs ask once, and a walk is cheaper
+    bool wasAsked = false;                   // the first
+
+    void Add(std::int32_t id, std::int32_t owner);
+    void Drop(std::int32_t id, std::int32_t owner);
   };
 
   bool Parse(std::string_view value, Entry& entry) const;
@@ -103,8 +109,11 @@ class BrowseSection {
   bool Read(std::string const& key, Entry& entry);
   template <class Take>
   void ForEach(Take take);
+  template <class Take>
+  void ForEachOwned(Take take);
   template <class Change>
-  bool Keeping(std::int32_t id, std::string const* value, Change change);
+  bool KeepIndex(Change change);
+  std::optional<std::int32_t> IndexedOwner(std::int32_t id, std::string const& key);
 
   OptionalCfg& file_;
   EntryShape const shape_;

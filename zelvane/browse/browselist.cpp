@@ -1,5 +1,6 @@
 #include "zelvane/browse/browselist.h"
 
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -91,20 +92,20 @@ std::string ValueOf(BrwsNobreakRec const& nobreak, std::string_view address, std
 
 // ---- Removal, in memory ----
 
-bool RemoveEach(BrowseSection& section, Ids const& ids) {
-  for (std::int32_t const id : ids)
-    if (!section.Remove(id)) return false;
-  return true;
+bool RemoveUnits(BrowseList& list, std::int32_t computer) {
+  Ids removed;
+  return list.nobreaks.RemoveOwnedBy(computer, removed);
 }
 
-bool RemoveComputers(BrowseList& list, Ids const& ids) {
-  for (std::int32_t const id : ids)
-    if (!list.computers.Remove(id) || !RemoveEach(list.nobreaks, list.nobreaks.OwnedBy(id))) return false;
-  return true;
+// The identifiers of the computers go to `removed`.
+bool RemoveComputers(BrowseList& list, std::int32_t group, Ids& removed) {
+  if (!list.computers.RemoveOwnedBy(group, removed)) return false;
+  return std::all_of(removed.begin(), removed.end(), [&](std::int32_t id) { return RemoveUnits(list, id); });
 }
 
 bool RemoveGroup(BrowseList& list, std::int32_t id) {
-  return list.groups.Remove(id) && RemoveComputers(list, list.computers.OwnedBy(id));
+  Ids computers;
+  return list.groups.Remove(id) && RemoveComputers(list, id, computers);
 }
 
 // Removes everything below a group. Chains can be deeper than the stack, so a list holds the groups whose own groups
@@ -275,7 +276,9 @@ int RemoveBrwsGroup(void* list, long id, bool /*flush*/) {
 }
 
 int RemoveBrwsComputer(void* list, long id, bool /*flush*/) {
-  return Change(list, [&](BrowseList& l) { return RemoveComputers(l, {Id(id)}) && Finish(l, true, true); });
+  return Change(list, [&](BrowseList& l) {
+    return l.computers.Remove(Id(id)) && RemoveUnits(l, Id(id)) && Finish(l, true, true);
+  });
 }
 
 int RemoveBrwsNobreak(void* list, long id, bool flush) {
@@ -295,15 +298,14 @@ int RemoveBrwsGroupByGroup(void* list, long parent, bool flush) {
 
 int RemoveBrwsComputerByGroup(void* list, long group, bool flush) {
   return Change(list, [&](BrowseList& l) {
-    Ids const ids = l.computers.OwnedBy(Id(group));
-    return RemoveComputers(l, ids) && Finish(l, true, flush || !ids.empty());
+    Ids removed;
+    return RemoveComputers(l, Id(group), removed) && Finish(l, true, flush || !removed.empty());
   });
 }
 
 int RemoveBrwsNobreakByComputer(void* list, long computer, bool flush) {
-  return Change(list, [&](BrowseList& l) {
-    return RemoveEach(l.nobreaks, l.nobreaks.OwnedBy(Id(computer))) && Finish(l, Id(computer) >= 0, flush);
-  });
+  return Change(list,
+                [&](BrowseList& l) { return RemoveUnits(l, Id(computer)) && Finish(l, Id(computer) >= 0, flush); });
 }
 
 int ClearBrwsGroupsList(void* list, bool flush) { return Clear(list, &BrowseList::groups, flush); }

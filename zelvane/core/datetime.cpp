@@ -33,11 +33,19 @@ int DaysBefore(int month) {
   return kDays[month - 1];
 }
 
+bool IsMonth(int month) { return month >= 1 && month <= 12; }
+
 int MonthLength(int year, int month) {
-  return DaysBefore(month + 1) - DaysBefore(month) + (month == 2 && IsLeapYear(year) ? 1 : 0);
+  // 31 and 30 by turns, from July on again with 31.
+  return month != 2 ? 30 | (month ^ month >> 3) : IsLeapYear(year) ? 29 : 28;
 }
 
-bool IsMonth(int month) { return month >= 1 && month <= 12; }
+// The number of the day, from 0 on 1 January 1970, for a year from there and a month. A day beyond the month counts on.
+std::int64_t DayNumber(int year, int month, int day) {
+  bool const leapDayGone = IsLeapYear(year) && month > 2;
+  return (year - std::int64_t{1970}) * kYearDays + (year - 1969) / 4 + DaysBefore(month) + leapDayGone + day - 1;
+}
+
 bool IsDateTime(long t) { return t >= 0 && t <= kLastDateTime; }
 
 struct Fields {
@@ -88,6 +96,22 @@ bool Decode(long t, Fields& fields) {
   fields.dayOfYear = gone + 1;
   DecodeMonth(gone, fields);
   return true;
+}
+
+inline long Encode(int year, int month, int day, int hour, int minute, int second) {
+  if (year < 1970 || !IsMonth(month) || day < 1 || day > MonthLength(year, month)) return kNoDate;
+  if (hour < 0 || hour > 23 || minute < 0 || minute > 59 || second < 0 || second > 59) return kNoDate;
+  std::int64_t const t = DayNumber(year, month, day) * kDaySeconds + hour * 3600 + minute * 60 + second;
+  return t > kLastDateTime ? kNoDate : static_cast<long>(t);
+}
+
+// Years of two digits are of this century up to 49, of the last one from 50 on. Apart from the others, which would pay
+// for its call of the clock with registers saved.
+__attribute__((noinline)) long EncodeShortYear(int year, int month, int day, int hour, int minute, int second) {
+  Fields now;
+  if (year < 1 || !Decode(GetDateTime(), now)) return kNoDate;
+  int const century = now.year / 100 * 100 - (year < 50 ? 0 : 100);
+  return Encode(century + year, month, day, hour, minute, second);
 }
 
 long FromCalendar(std::tm const* fields) {
@@ -251,24 +275,13 @@ int DaysFromEpoch(int year, int month, int day) {
   if (year < 1970 || !IsMonth(month) || day < 1) return -1;
   // Kept, because files and callers depend on it: a leap year limits only February.
   if ((!IsLeapYear(year) || month == 2) && day > MonthLength(year, month)) return -1;
-  std::int64_t const days = (year - std::int64_t{1970}) * kYearDays + (year - 1969) / 4 + DaysBefore(month) +
-                            (IsLeapYear(year) && month > 2 ? 1 : 0) + day - 1;
+  std::int64_t const days = DayNumber(year, month, day);
   return days > std::numeric_limits<int>::max() ? -1 : static_cast<int>(days);
 }
 
 long EncodeDateTime(int year, int month, int day, int hour, int minute, int second) {
-  if (year < 1 || !IsMonth(month) || day < 1 || day > MonthLength(year, month)) return kNoDate;
-  if (hour < 0 || hour > 23 || minute < 0 || minute > 59 || second < 0 || second > 59) return kNoDate;
-  if (year < 100) {
-    Fields now;
-    if (!Decode(GetDateTime(), now)) return kNoDate;
-    int const century = now.year / 100 * 100;
-    year += year < 50 ? century : century - 100;
-  }
-  std::int64_t const days = DaysFromEpoch(year, month, day);
-  if (days < 0) return kNoDate;
-  std::int64_t const t = days * kDaySeconds + hour * 3600 + minute * 60 + second;
-  return t > kLastDateTime ? kNoDate : static_cast<long>(t);
+  if (year < 100) return EncodeShortYear(year, month, day, hour, minute, second);
+  return Encode(year, month, day, hour, minute, second);
 }
 
 bool DecodeDateTime(long t, int* year, int* month, int* day, int* hour, int* minute, int* second, int* dayOfWeek,

@@ -1,10 +1,14 @@
 // The conversions between text and numbers in strutils.h.
+#include <endian.h>
+
 #include <algorithm>
 #include <cfloat>
 #include <charconv>
 #include <climits>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <locale>
 #include <sstream>
 #include <string_view>
@@ -27,18 +31,57 @@ void Justify(std::string& text, int width, char fill) {
 std::int32_t Signed32(long value) { return static_cast<std::int32_t>(value); }
 std::uint32_t Unsigned32(unsigned long value) { return static_cast<std::uint32_t>(value); }
 
-template <int kBase, typename Integer>
-std::string IntegerText(Integer value) {
-  char digits[33];  // a sign, and up to 32 digits in base 2
-  return std::string(digits, std::to_chars(digits, digits + sizeof digits, value, kBase).ptr);
+// Returns the eight digits of a number below 10^8, the first one in the lowest byte. One word holds the steps: two
+// numbers of four digits, four of two, eight of one. A multiplication and a shift divide all of them at once; a mask
+// removes the bits that the shift moves in from the neighbour.
+std::uint64_t EightDigits(std::uint32_t value) {
+  constexpr std::uint64_t kZeros = 0x3030303030303030;  // "00000000"
+  std::uint64_t const fours = value / 10000 | std::uint64_t{value % 10000} << 32;
+  std::uint64_t const hundreds = (fours * 10486 >> 20) & 0x0000007f0000007f;  // 10486 / 2^20 is 1/100, closely enough
+  std::uint64_t const pairs = hundreds | (fours - 100 * hundreds) << 16;
+  std::uint64_t const tens = (pairs * 103 >> 10) & 0x000f000f000f000f;  // 103 / 2^10 is 1/10
+  return (tens | (pairs - 10 * tens) << 8) + kZeros;
 }
 
-template <int kBase, typename Integer>
-std::string IntegerText(Integer value, int width, char fill) {
-  if (width <= 1) return IntegerText<kBase>(value);
-  std::string text = IntegerText<kBase>(value);
+// Returns the number of decimal digits. The number of bits leaves two candidates; a comparison decides.
+std::size_t DecimalLength(std::uint32_t value) {
+  static constexpr std::uint32_t kPowers[] = {0,      10,      100,      1000,      10000,
+                                              100000, 1000000, 10000000, 100000000, 1000000000};
+  auto const bits = static_cast<std::size_t>(32 - __builtin_clz(value | 1));
+  std::size_t const least = bits * 1233 >> 12;  // bits * log10(2)
+  return least + (value >= kPowers[least] ? 1 : 0);
+}
+
+// Leading zeros are converted too and then shifted out: the processor cannot predict where a loop over the digits would
+// end, and that costs more.
+std::string DecimalText(std::uint32_t magnitude, bool negative) {
+  constexpr std::uint32_t kEight = 100000000;
+  std::size_t const length = DecimalLength(magnitude);
+  std::string text("---------------", 15);  // as long as a string can be without memory of its own
+  char* at = text.data() + (negative ? 1 : 0);
+  std::size_t left = length;
+  if (magnitude >= kEight) {
+    std::uint32_t const first = magnitude / kEight;
+    if (left == 10) *at++ = static_cast<char>('0' + first / 10);
+    *at++ = static_cast<char>('0' + first % 10);
+    left = 8;
+  }
+  std::uint64_t const digits = htole64(EightDigits(magnitude % kEight) >> (8 * (8 - left)));
+  std::memcpy(at, &digits, sizeof digits);
+  text.erase(length + (negative ? 1 : 0));
+  return text;
+}
+
+std::string DecimalText(std::uint32_t magnitude, bool negative, int width, char fill) {
+  std::string text = DecimalText(magnitude, negative);
   Justify(text, width, fill);
   return text;
+}
+
+template <int kBase>
+std::string IntegerText(std::uint32_t value) {
+  char digits[32];
+  return std::string(digits, std::to_chars(digits, digits + sizeof digits, value, kBase).ptr);
 }
 
 // Digits of a double beyond these are zeros: no double has more, not even the smallest.
@@ -138,7 +181,7 @@ long ReadHex(std::string_view text, long def) {
 constexpr bool kRoundsTwice = FLT_EVAL_METHOD != 0;
 
 // from_chars has the syntax of StrIsFloat, but also accepts "e", infinities and not-a-numbers.
-double ReadFloat(std::string_view text, double def) {
+__attribute__((noinline)) double ReadAnyFloat(std::string_view text, double def) {
   double value = 0;
   if (!SkipPlus(text)) return def;
   std::errc const error = ReadNumber(text, value);
@@ -151,6 +194,55 @@ double ReadFloat(std::string_view text, double def) {
   return stream >> value ? value : def;
 }
 
+// Appends the digits at the front of the text to those of `value`. Where they end.
+char const* TakeDigits(char const* at, char const* end, std::uint64_t& value) {
+  for (; at != end && IsDigit(*at); at++) value = value * 10 + static_cast<std::uint64_t>(*at - '0');
+  return at;
+}
+
+// Removes a sign. True when it was a minus.
+bool TakeMinus(char const*& at, char const* end) {
+  bool const minus = at != end && *at == '-';
+  if (minus || (at != end && *at == '+')) at++;
+  return minus;
+}
+
+// Few digits and a small power of ten, as nearly all numbers in files are: a double holds both exactly, and their one
+// product or quotient is rounded as from_chars rounds it.
+double ReadFloat(std::string_view text, double def) {
+  static constexpr double kPowers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
+                                       1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+  constexpr std::ptrdiff_t kMostPower = 22;
+  constexpr std::ptrdiff_t kMostDigits = 15;  // below 2^53
+  char const* const end = text.data() + text.size();
+  char const* at = text.data();
+  bool const negative = TakeMinus(at, end);
+
+  char const* const first = at;
+  std::uint64_t digits = 0;
+  at = TakeDigits(at, end, digits);
+  std::ptrdiff_t count = at - first, power = 0;
+  if (at != end && *at == '.') {
+    char const* const fraction = ++at;
+    at = TakeDigits(at, end, digits);
+    power = fraction - at;
+    count -= power;
+  }
+  if (kRoundsTwice || count == 0 || count > kMostDigits) return ReadAnyFloat(text, def);
+
+  if (at != end) {
+    if (*at++ != 'E' || end - at > 3) return ReadAnyFloat(text, def);
+    bool const down = TakeMinus(at, end);
+    std::uint64_t exponent = 0;
+    if (at == end || TakeDigits(at, end, exponent) != end) return ReadAnyFloat(text, def);
+    power += down ? -static_cast<std::ptrdiff_t>(exponent) : static_cast<std::ptrdiff_t>(exponent);
+  }
+  if (power < -kMostPower || power > kMostPower) return ReadAnyFloat(text, def);
+  auto const whole = static_cast<double>(digits);
+  double const value = power < 0 ? whole / kPowers[-power] : whole * kPowers[power];
+  return negative ? -value : value;
+}
+
 }  // namespace
 
 long zelvane::internal::ToInt(std::string_view text, long def) {
@@ -159,21 +251,27 @@ long zelvane::internal::ToInt(std::string_view text, long def) {
   return value == static_cast<std::int32_t>(value) ? static_cast<long>(value) : def;
 }
 
-std::string IntToStr(long value, int width, char fill) { return IntegerText<10>(Signed32(value), width, fill); }
+std::string IntToStr(long value, int width, char fill) {
+  auto const bits = Unsigned32(static_cast<unsigned long>(value));
+  bool const negative = Signed32(value) < 0;
+  return DecimalText(negative ? 0 - bits : bits, negative, width, fill);
+}
 
 std::string UIntToStr(unsigned long value, int width, char fill) {
-  return IntegerText<10>(Unsigned32(value), width, fill);
+  return DecimalText(Unsigned32(value), false, width, fill);
 }
 
 std::string IntToHex(long value, int width, bool upper, char fill) {
-  std::string text = IntegerText<16>(Unsigned32(static_cast<unsigned long>(value)), 0, fill);
+  std::string text = IntegerText<16>(Unsigned32(static_cast<unsigned long>(value)));
   if (upper) text = AnsiUpperCase(text);
   Justify(text, width, fill);
   return text;
 }
 
 std::string IntToBin(long value, int width, char fill) {
-  return IntegerText<2>(Unsigned32(static_cast<unsigned long>(value)), width, fill);
+  std::string text = IntegerText<2>(Unsigned32(static_cast<unsigned long>(value)));
+  Justify(text, width, fill);
+  return text;
 }
 
 std::string FloatToStr(double value, int width, unsigned int digits, char fill) {

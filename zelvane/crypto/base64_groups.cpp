@@ -167,12 +167,13 @@ ZELVANE_AVX2 std::size_t DecodeAvx2(unsigned char const* in, std::size_t count, 
     __m256i const high = _mm256_and_si256(_mm256_srli_epi32(text, 4), _mm256_set1_epi8(15));
     __m256i const low = _mm256_and_si256(text, _mm256_set1_epi8(15));
     __m256i const bad = _mm256_and_si256(_mm256_shuffle_epi8(badLow, low), _mm256_shuffle_epi8(badHigh, high));
-    if (_mm256_testz_si256(bad, bad) == 0) break;
+    auto const good = static_cast<unsigned>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(bad, _mm256_setzero_si256())));
     __m256i const slash = _mm256_cmpeq_epi8(text, _mm256_set1_epi8('/'));
     __m256i const summand = _mm256_shuffle_epi8(summands, _mm256_add_epi8(high, slash));
     __m256i const pairs = _mm256_maddubs_epi16(_mm256_add_epi8(text, summand), _mm256_set1_epi32(0x01400140));
     __m256i const groups = _mm256_shuffle_epi8(_mm256_madd_epi16(pairs, _mm256_set1_epi32(0x00011000)), fromLanes);
     _mm256_storeu2_m128i(reinterpret_cast<__m128i*>(out + 12), reinterpret_cast<__m128i*>(out), groups);
+    if (good != 0xffffffff) return done + static_cast<std::size_t>(__builtin_ctz(~good)) / 4;
   }
   return done + DecodeSsse3(in, count - done, out);
 }

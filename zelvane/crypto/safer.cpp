@@ -122,24 +122,45 @@ struct State {
   std::uint64_t first, second;
 };
 
-inline State EncodeRound(State s, SaferRound const& key) {
+// Where the bytes of a half are before a round, what they go through, and how the key after that is mixed in:
+//
+//   byte    enciphering                          deciphering
+//   0  4    first, lane 0  2    exp  added       first, lane 0  2     log  late
+//   1  5    second      0  2    log  late        first       1  3     exp  added
+//   2  6    first       1  3    log  late        second      0  2     exp  added
+//   3  7    second      1  3    exp  added       second      1  3     log  late
+
+// A half, multiplied by half the matrix.
+template <int kHalf>
+inline std::uint64_t EncodeHalf(unsigned char b0, unsigned char b1, unsigned char b2, unsigned char b3,
+                                SaferRound const& key) {
   auto const& t = kTables.encode;
-  // Lanes: bytes 0 2 4 6 in `first`, 1 3 5 7 in `second`.
-  std::uint64_t const low = (t[0][Byte<0>(s.first)] + key.add[0] + t[3][Byte<1>(s.second)]) +
-                            ((t[1][Byte<0>(s.second)] ^ key.late[0]) + (t[2][Byte<1>(s.first)] ^ key.late[1]));
-  std::uint64_t const high = (t[0][Byte<2>(s.first)] + key.add[1] + t[3][Byte<3>(s.second)]) +
-                             ((t[1][Byte<2>(s.second)] ^ key.late[2]) + (t[2][Byte<3>(s.first)] ^ key.late[3]));
+  return (t[0][b0] + key.add[kHalf] + t[3][b3]) +
+         ((t[1][b1] ^ key.late[2 * kHalf]) + (t[2][b2] ^ key.late[2 * kHalf + 1]));
+}
+
+template <int kHalf>
+inline std::uint64_t DecodeHalf(unsigned char b0, unsigned char b1, unsigned char b2, unsigned char b3,
+                                SaferRound const& key) {
+  auto const& t = kTables.decode;
+  return (t[1][b1] + key.add[kHalf] + t[2][b2]) +
+         ((t[0][b0] ^ key.late[2 * kHalf]) + (t[3][b3] ^ key.late[2 * kHalf + 1]));
+}
+
+inline State EncodeRound(State s, SaferRound const& key) {
+  std::uint64_t const low =
+      EncodeHalf<0>(Byte<0>(s.first), Byte<0>(s.second), Byte<1>(s.first), Byte<1>(s.second), key);
+  std::uint64_t const high =
+      EncodeHalf<1>(Byte<2>(s.first), Byte<2>(s.second), Byte<3>(s.first), Byte<3>(s.second), key);
   std::uint64_t const sum = low + high;
   return {(low + sum) ^ key.flip[0], sum ^ key.flip[1]};
 }
 
 inline State DecodeRound(State s, SaferRound const& key) {
-  auto const& t = kTables.decode;
-  // Lanes: bytes 0 1 4 5 in `first`, 2 3 6 7 in `second`.
-  std::uint64_t const low = (t[1][Byte<1>(s.first)] + key.add[0] + t[2][Byte<0>(s.second)]) +
-                            ((t[0][Byte<0>(s.first)] ^ key.late[0]) + (t[3][Byte<1>(s.second)] ^ key.late[1]));
-  std::uint64_t const high = (t[1][Byte<3>(s.first)] + key.add[1] + t[2][Byte<2>(s.second)]) +
-                             ((t[0][Byte<2>(s.first)] ^ key.late[2]) + (t[3][Byte<3>(s.second)] ^ key.late[3]));
+  std::uint64_t const low =
+      DecodeHalf<0>(Byte<0>(s.first), Byte<1>(s.first), Byte<0>(s.second), Byte<1>(s.second), key);
+  std::uint64_t const high =
+      DecodeHalf<1>(Byte<2>(s.first), Byte<3>(s.first), Byte<2>(s.second), Byte<3>(s.second), key);
   std::uint64_t const difference = low - high;
   return {difference ^ key.flip[0], (high - difference) ^ key.flip[1]};
 }

@@ -13,6 +13,7 @@
 #include "zelvane/core/fileutils.h"
 #include "zelvane/core/safesave_internal.h"
 #include "zelvane/core/sync_internal.h"
+#include "zelvane/core/vtable_internal.h"
 #include "zelvane/logs/logclass_internal.h"
 
 using zelvane::internal::Append;
@@ -29,6 +30,7 @@ using zelvane::internal::ReadWhole;
 using zelvane::internal::StoreLe32;
 using zelvane::internal::SyncData;
 using zelvane::internal::SyncFile;
+using zelvane::internal::TableOf;
 using zelvane::internal::WriteAll;
 
 namespace {
@@ -54,6 +56,20 @@ bool Seek(Descriptor const& file, std::uint64_t position) {
   return lseek(file.Get(), static_cast<off_t>(position), SEEK_SET) >= 0;
 }
 
+// Returns the number of records in an open file; 0 where GetFileRegCount returns 0.
+unsigned long CountRecords(Descriptor const& file, unsigned long size) {
+  struct stat status;
+  std::uint64_t const record = RecordLength(size);
+  // Of a record that crosses a page, the first half can be visible before the second.
+  for (int look = 0; look <= kLooks && record > 0; look++) {
+    if (look > 0) Delay(1);
+    if (!file || fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode)) return 0;
+    auto const length = static_cast<std::uint64_t>(status.st_size);
+    if (length % record == 0) return static_cast<unsigned long>(std::min<std::uint64_t>(length / record, kMost));
+  }
+  return 0;
+}
+
 // Returns the length of a file that ends in a partial record; 0 for any other file, -1 if it cannot be examined.
 off_t TornLength(int file, unsigned long size) {
   struct stat status;
@@ -77,6 +93,13 @@ bool Repair(int file, std::string const& path, unsigned long size) {
   return now == 0 || (now == torn && ftruncate(file, 0) == 0);
 }
 
+// Returns whether a subclass counts no records where this class counts some. Asked before and after, so that a file
+// that temporarily cannot be read does not count.
+bool IsDisowned(LogClass& log, unsigned long size) {
+  return log.LogClass::GetFileRegCount(size) > 0 && log.GetFileRegCount(size) == 0 &&
+         log.LogClass::GetFileRegCount(size) > 0;
+}
+
 // Writes complete records of `length` bytes at position `at`. A kill ends a write between two pages of the file, so
 // each write covers the records of one page. Only a record that crosses the end of a page can then be partial.
 bool WriteRecords(Descriptor const& to, std::uint64_t at, char const* bytes, std::uint64_t size, std::uint64_t length) {
@@ -91,9 +114,12 @@ bool WriteRecords(Descriptor const& to, std::uint64_t at, char const* bytes, std
   return true;
 }
 
+// What happens to a file whose write a kill has ended.
+enum class Unfinished { kIsDropped, kIsKept };
+
 // Copies the records from the position of `from` to its end over the beginning of `to`. Returns the number of bytes, or
 // -1 on failure.
-off_t CopyRest(Descriptor const& from, Descriptor const& to, std::uint64_t length) {
+off_t CopyRest(Descriptor const& from, Descriptor const& to, std::uint64_t length, Unfinished unfinished) {
   std::vector<char> block(static_cast<size_t>(std::max<std::uint64_t>(kCopyBlock / length, 1) * length));
   std::uint64_t copied = 0;
   ssize_t got = 0;
@@ -103,7 +129,9 @@ off_t CopyRest(Descriptor const& from, Descriptor const& to, std::uint64_t lengt
     got = ReadBlock(from.Get(), block.data(), block.size());
     if (got < 0) return -1;
     auto const size = static_cast<std::uint64_t>(got);
-    if (!WriteRecords(to, copied, block.data(), size, length)) return -1;
+    bool const written = unfinished == Unfinished::kIsKept ? WriteRecords(to, copied, block.data(), size, length)
+                                                           : WriteAll(to.Get(), block.data(), static_cast<size_t>(got));
+    if (!written) return -1;
     copied += size;
   } while (got == static_cast<ssize_t>(block.size()));
   return static_cast<off_t>(copied);
@@ -134,7 +162,7 @@ class Passing {
  public:
   Passing() = default;
   ~Passing() {
-    if (!path_.empty()) unlink(path_.c_str());
+    if (!path_.empty()) Remove();
   }
   Passing(Passing const&) = delete;
   Passing& operator=(Passing const&) = delete;
@@ -145,6 +173,10 @@ class Passing {
     return true;
   }
   void Take(std::string path) { path_ = std::move(path); }
+  void Remove() {
+    unlink(path_.c_str());
+    Keep();
+  }
   void Keep() { path_.clear(); }
 
  private:
@@ -161,18 +193,23 @@ Descriptor OpenNew(std::string const& path, struct stat const& log) {
   return made;
 }
 
-// The second half of a cut. If the log were emptied first, a kill could lose everything; if it were shortened before it
-// is synced, a power failure could.
-bool CopyBack(Descriptor const& scratch, Descriptor const& log, std::uint64_t length) {
+// When the log is synced: before and after it is shortened, or only after.
+enum class Syncs { kTwice, kOnce };
+
+// The second half of a cut. If the log were emptied first, a kill could lose everything. If it is shortened before it
+// is synced, a power cut can take its last records until the cut is finished.
+bool CopyBack(Descriptor const& scratch, Descriptor const& log, std::uint64_t length, Syncs syncs) {
   if (!Seek(scratch, 0)) return false;
-  off_t const kept = CopyRest(scratch, log, length);
-  return kept >= 0 && SyncData(log.Get()) && ftruncate(log.Get(), kept) == 0 && SyncFile(log.Get());
+  off_t const kept = CopyRest(scratch, log, length, Unfinished::kIsKept);
+  return kept >= 0 && (syncs == Syncs::kOnce || SyncData(log.Get())) && ftruncate(log.Get(), kept) == 0 &&
+         SyncFile(log.Get());
 }
 
-// Cuts the first `drop` records off `path`. The records that stay are first copied to a file that gets the name
-// `scratchPath` once it is complete and on disk: from then on an interrupted cut can be finished. Returns true when the
-// whole log is on disk.
-bool Cut(std::string const& path, std::string const& scratchPath, std::uint64_t drop, std::uint64_t length) {
+// Removes the first `drop` records of `path`. The remaining records are first copied; the copy takes the name
+// `scratchPath` once it is complete and synced. From then on an interrupted cut can be finished. Returns true if all of
+// the log is on disk.
+bool Cut(std::string const& path, std::string const& scratchPath, std::uint64_t drop, std::uint64_t length,
+         Syncs syncs) {
   Descriptor log = Open(path.c_str(), O_RDWR | O_NONBLOCK);
   struct stat status;
   Folder const folder(scratchPath);
@@ -182,13 +219,19 @@ bool Cut(std::string const& path, std::string const& scratchPath, std::uint64_t 
   Descriptor const scratch = OpenNew(unfinished, status);
   if (!scratch) return false;
   name.Take(std::move(unfinished));
-  if (!Seek(log, drop * length) || CopyRest(log, scratch, length) < 0 || !SyncFile(scratch.Get()) ||
-      !name.Rename(scratchPath) || !folder.Sync())
+  if (!Seek(log, drop * length) || CopyRest(log, scratch, length, Unfinished::kIsDropped) < 0 ||
+      !SyncFile(scratch.Get()) || !name.Rename(scratchPath) || !folder.Sync())
     return false;
   FileLock const lock(log.Get(), FileLock::kAlone, kReaderWait);
-  if (CopyBack(scratch, log, length)) return true;
-  name.Keep();
-  return false;
+  if (!CopyBack(scratch, log, length, syncs)) {
+    name.Keep();
+    return false;
+  }
+  // A scratch file that a power cut brings back beside the next record, where that is the same as the one before, looks
+  // like a cut that was interrupted, and would take the record away.
+  name.Remove();
+  (void)folder.Sync();
+  return true;
 }
 
 // Returns whether `log` can be the result of a cut of `drop` bytes to the records in `scratch` that was interrupted
@@ -268,24 +311,14 @@ bool LogClass::WriteReg(long when, void const* data, unsigned long size) {
     bool const sound = GetFileRegCount(size) > 0;
     Descriptor file = OpenToAppend(file_);
     if (!file || !(sound || MakeSound(file.Get(), size)) || !Append(file.Get(), record)) return false;
-    // A cut syncs the whole log. If it cannot be made, that is no failure, as long as the record is on disk.
-    return (CutToBound(size) || SyncData(file.Get())) && file.Close();
+    // A cut syncs the whole log. A cut that fails is no failure here, as long as the record is on disk.
+    return (CutToBound(size, true) || SyncData(file.Get())) && file.Close();
   });
 }
 
 unsigned long LogClass::GetFileRegCount(unsigned long size) {
   if (file_.empty() || RecordLength(size) == 0) return 0;
-  Descriptor const file = OpenToRead(file_);
-  struct stat status;
-  // While a record is written across two pages, its first half can be visible.
-  for (int look = 0; look <= kLooks; look++) {
-    if (look > 0) Delay(1);
-    if (!file || fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode)) return 0;
-    auto const length = static_cast<std::uint64_t>(status.st_size);
-    if (length % RecordLength(size) == 0)
-      return static_cast<unsigned long>(std::min<std::uint64_t>(length / RecordLength(size), kMost));
-  }
-  return 0;
+  return CountRecords(OpenToRead(file_), size);
 }
 
 unsigned long LogClass::GetRegCount(unsigned long size) {
@@ -294,8 +327,11 @@ unsigned long LogClass::GetRegCount(unsigned long size) {
 
 bool LogClass::ReadFileReg(unsigned long index, long* when, void* data, unsigned long size) {
   if (file_.empty() || when == nullptr || (data == nullptr && size > 0)) return false;
-  if (index >= GetFileRegCount(size)) return false;
+  // A subclass may count in its own way. This class counts in the file that it has opened to read from.
+  bool const countsHere = TableOf(*this) == TableOf(LogClass());
+  if (!countsHere && index >= GetFileRegCount(size)) return false;
   Descriptor const file = OpenToRead(file_);
+  if (countsHere && index >= CountRecords(file, size)) return false;
   unsigned char stamp[kStampSize];
   if (!file || !Seek(file, index * RecordLength(size)) ||
       ReadBlock(file.Get(), reinterpret_cast<char*>(stamp), sizeof stamp) != static_cast<ssize_t>(sizeof stamp) ||
@@ -348,7 +384,7 @@ bool LogClass::ClearFile() {
 }
 
 void LogClass::LimitFile(unsigned long size) {
-  Guard(false, [&] { return RecordLength(size) != 0 && FinishCut(size) && CutToBound(size); });
+  Guard(false, [&] { return RecordLength(size) != 0 && FinishCut(size) && CutToBound(size, false); });
 }
 
 // ---- Parts of a write ----
@@ -358,9 +394,7 @@ void LogClass::LimitFile(unsigned long size) {
 // subclass insists that it has no records.
 bool LogClass::MakeSound(int fd, unsigned long size) {
   if (TornLength(fd, size) != 0) return Repair(fd, file_, size);
-  bool const disowned =
-      LogClass::GetFileRegCount(size) > 0 && GetFileRegCount(size) == 0 && LogClass::GetFileRegCount(size) > 0;
-  return !disowned || ftruncate(fd, 0) == 0;
+  return !IsDisowned(*this, size) || ftruncate(fd, 0) == 0;
 }
 
 // Examines a scratch file left by a cut, finishes that cut if it was interrupted, and removes the file. Returns false
@@ -388,18 +422,21 @@ bool LogClass::FinishCut(unsigned long size) {
     // The scratch file is gone: another program was still at its cut, and has finished it.
     if (!scratch || ReadWhole(file_, records) != ReadResult::kOk || ReadWhole(scratch_, kept) != ReadResult::kOk)
       return errno == ENOENT;
-    if (IsMixture(records, kept, length) && !CopyBack(scratch, log, length)) return false;
+    if (IsMixture(records, kept, length) && !CopyBack(scratch, log, length, Syncs::kTwice)) return false;
   }
   std::remove(scratch_.c_str());
-  return true;
+  return Folder(scratch_).Sync();
 }
 
-// Returns true if records were cut off and the whole log is on disk.
-bool LogClass::CutToBound(unsigned long size) {
+// Returns true if records were removed and all of the log is on disk.
+bool LogClass::CutToBound(unsigned long size, bool isWriting) {
   unsigned long const count = GetFileRegCount(size);
   if (count <= maxLines_) return false;
-  if (Guard(false, [&] { return Cut(file_, scratch_, count - maxLines_, RecordLength(size)); })) return true;
-  // A power failure must not undo the removal of an earlier scratch file: the log continues without it.
+  unsigned long const drop = count - maxLines_;
+  // No success has been reported yet for the record being written.
+  Syncs const syncs = isWriting && drop == 1 ? Syncs::kOnce : Syncs::kTwice;
+  if (Guard(false, [&] { return Cut(file_, scratch_, drop, RecordLength(size), syncs); })) return true;
+  // A scratch file removed after a failure must not come back after a power cut: the log continues without it.
   Guard(false, [&] { return Folder(scratch_).Sync(); });
   return false;
 }

@@ -135,7 +135,7 @@ class ZELVANE_API LogClass {
 
   ZELVANE_HIDDEN bool MakeSound(int fd, unsigned long size);
   ZELVANE_HIDDEN bool FinishCut(unsigned long size);
-  ZELVANE_HIDDEN bool CutToBound(unsigned long size);
+  ZELVANE_HIDDEN bool CutToBound(unsigned long size, bool isWriting);
 
   std::uint32_t maxLines_ = 1024;
   std::string file_;

@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <bitset>
 #include <cstdint>
 #include <cstdlib>
@@ -80,33 +81,46 @@ Codes EndCodes(short const* codes, unsigned long count) {
   return ends;
 }
 
-std::int32_t TimeEvents(LogRecords const& log, std::uint16_t startCode, Codes const& ends, DaySpan const& span) {
-  std::uint32_t total = 0;  // unsigned, to wrap: damaged logs can have any time stamp
-  std::int32_t open = kNoTime;
-  bool clipped = false;
-  auto const addUpTo = [&](std::int32_t t) {
-    total += static_cast<std::uint32_t>(t) - static_cast<std::uint32_t>(open);
-  };
+// The interval that is open at a record of the scan, if one is, and the seconds of the earlier ones.
+class Interval {
+ public:
+  bool IsOpen() const { return begin_ != kNoTime; }
+  bool WasMoved() const { return moved_; }
+  std::int32_t Total() const { return static_cast<std::int32_t>(total_); }
 
+  void Begin(std::int32_t t) { begin_ = t; }
+  // One interval of a scan is cut to the span, and no other.
+  bool MayMove() const { return IsOpen() && !moved_; }
+  void MoveBegin(std::int32_t t) {
+    begin_ = t;
+    moved_ = true;
+  }
+  void CountUpTo(std::int32_t t) { total_ += static_cast<std::uint32_t>(t) - static_cast<std::uint32_t>(begin_); }
+  void End() { begin_ = kNoTime; }
+
+ private:
+  std::int32_t begin_ = kNoTime;
+  bool moved_ = false;
+  std::uint32_t total_ = 0;  // unsigned, to wrap: damaged logs hold any stamp
+};
+
+std::int32_t TimeEvents(LogRecords const& log, std::uint16_t startCode, Codes const& ends, DaySpan const& span) {
+  Interval interval;
   unsigned char const* record = log.bytes;
   unsigned char const* const end = log.bytes + log.count * kRecordSize;
   for (; record != end; record += kRecordSize) {
-    std::int32_t t = TimeOf(record);
-    bool const late = t > span.Last();
-    if (open == kNoTime && CodeOf(record) == startCode) open = t;
-    if (open != kNoTime && !clipped && span.HasTime(t)) {
-      clipped = true;
-      open = t;
-    }
-    if (open != kNoTime && (late || ends.test(CodeOf(record)))) {
-      if (late) t = span.Last();
-      if (span.HasTime(t)) addUpTo(t);
-      open = kNoTime;
+    std::int32_t const t = TimeOf(record);
+    if (!interval.IsOpen() && CodeOf(record) == startCode) interval.Begin(t);
+    if (interval.MayMove() && span.HasTime(t)) interval.MoveBegin(t);
+    if (interval.IsOpen() && (t > span.Last() || ends.test(CodeOf(record)))) {
+      std::int32_t const stop = std::min(t, span.Last());
+      if (span.HasTime(stop)) interval.CountUpTo(stop);
+      interval.End();
     }
     if (t >= span.Last()) break;
   }
-  if (open != kNoTime && clipped && record != log.bytes) addUpTo(TimeOf(record - kRecordSize));
-  return static_cast<std::int32_t>(total);
+  if (interval.IsOpen() && interval.WasMoved() && record != log.bytes) interval.CountUpTo(TimeOf(record - kRecordSize));
+  return interval.Total();
 }
 
 bool IsUnchanged(struct stat const& before, struct stat const& now) {

@@ -58,6 +58,7 @@ void ScheduleEntries::Refresh(long now) {
   sorted_ = true;
 }
 
+// Goes down the tree: where the entries of the next part are not enough, they are behind, and the place is further on.
 std::size_t ScheduleEntries::PlaceOf(std::size_t index) const {
   if (size_ == places_.size()) return index;
   std::size_t place = 0;

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <iterator>
 #include <new>
+#include <optional>
 #include <string_view>
 #include <unordered_set>
 #include <utility>
@@ -152,25 +153,35 @@ class LineReader {
   bool failed_ = false;
 };
 
-std::string ReadDescription(std::string const& path) {
+// The text of a comment; none for any other line.
+std::optional<std::string_view> CommentText(std::string_view line) {
+  line = TrimView(line);
+  if (line.empty() || line.front() != '#') return std::nullopt;
+  return TrimView(line.substr(1));
+}
+
+// Removes "description", in any case, with all up to the colon. False when the text does not begin like that.
+bool SkipHeader(std::string_view& text) {
   constexpr std::string_view kHeader = "description";
+  std::size_t const colon = text.find(':');
+  if (colon == std::string_view::npos || LowerCase(std::string(text.substr(0, kHeader.size()))) != kHeader)
+    return false;
+  text = TrimView(text.substr(colon + 1));
+  return true;
+}
+
+// The comment with the header, and the comments after it for as long as the one before ends in a backslash.
+std::string ReadDescription(std::string const& path) {
   LineReader script(path);
   std::string description;
   bool begun = false;
-  for (std::string each; description.size() <= kLineLimit && script.Next(each);) {
-    std::string_view const line = TrimView(each);
-    if (line.empty() || line.front() != '#') continue;
-    std::string_view text = TrimView(line.substr(1));
-    if (!begun) {
-      std::size_t const colon = text.find(':');
-      if (colon == std::string_view::npos) continue;
-      if (LowerCase(std::string(text.substr(0, kHeader.size()))) != kHeader) continue;
-      text = TrimView(text.substr(colon + 1));
-      begun = true;
-    }
-    bool const goesOn = !text.empty() && text.back() == '\\';
-    if (goesOn) text.remove_suffix(1);
-    description += text;
+  for (std::string line; description.size() <= kLineLimit && script.Next(line);) {
+    std::optional<std::string_view> text = CommentText(line);
+    if (!text || (!begun && !SkipHeader(*text))) continue;
+    begun = true;
+    bool const goesOn = !text->empty() && text->back() == '\\';
+    if (goesOn) text->remove_suffix(1);
+    description += *text;
     if (!goesOn) break;
   }
   return script.IsFail() ? "" : description;
