@@ -44,5 +44,5 @@ done
 
 [ -n "${3-}" ] || exit 0
 PYTHONPATH=$3 /usr/bin/python3 -B - <<<"$(blocks python)" >"$work/answers"
-grep -q '^[0-9]* events, mains off for [0-9]* seconds$' "$work/answers"
+grep -qx '74 events, mains off for 2:16:54' "$work/answers"
 grep -qx 'DELAY = 30' upscli.cfg
