@@ -13,8 +13,8 @@ for page in man/*.[35]; do
   name=${title//[.-]/_}
   mandoc -T html -O fragment "$page" |
     sed -E -e '/<table class="(head|foot)">/,/<\/table>/d' \
-      -e 's|<a class="Xr">(zelvane)[-.]([a-z]+)\(5\)</a>|<a href="\1_\2.html">&</a>|g' \
-      -e 's|&lt;<a class="In">zelvane/([a-z]+/)?([a-z0-9]+)\.h</a>&gt;|<a href="\2_8h.html">&</a>|g' >"$out/manual/$name.html"
+      -e 's#<a class="Xr">(zelvane[-.]([a-z]+)[(]5[)])</a>#<a class="Xr" href="zelvane_\2.html">\1</a>#g' \
+      -e 's#<a class="In">(zelvane/([a-z]+/)?([a-z0-9]+)[.]h)</a>#<a class="In" href="\3_8h.html">\1</a>#g' >"$out/manual/$name.html"
   printf '# %s(%s) {#%s}\n@htmlinclude %s.html\n' "$title" "$section" "$name" "$name" >"$out/manual/$name.md"
 done
 
