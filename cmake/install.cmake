@@ -1,4 +1,4 @@
-# Installation: headers as they stand in the tree, both libraries, the pkg-config file and the CMake package.
+# Installation: the headers unchanged, both libraries, the pkg-config file and the CMake package.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS zelvane EXPORT zelvaneTargets
@@ -10,9 +10,10 @@ foreach(header ${zelvane_headers})
   install(FILES ${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/${folder})
 endforeach()
 
-# The prefix is found from where the file lies, so that an installed tree can be moved and `cmake --install --prefix` works.
-file(RELATIVE_PATH zelvane_prefix_from_pc ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
-configure_file(${CMAKE_CURRENT_LIST_DIR}/zelvane.pc.in zelvane.pc @ONLY)
+# Only at installation the prefix is certain: `cmake --install` takes another one with --prefix.
+set(zelvane_prefix "@CMAKE_INSTALL_PREFIX@")
+configure_file(${CMAKE_CURRENT_LIST_DIR}/zelvane.pc.in zelvane.pc.in @ONLY)
+install(CODE "configure_file(\"${CMAKE_BINARY_DIR}/zelvane.pc.in\" \"${CMAKE_BINARY_DIR}/zelvane.pc\" @ONLY)")
 install(FILES ${CMAKE_BINARY_DIR}/zelvane.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
 set(zelvane_package ${CMAKE_INSTALL_LIBDIR}/cmake/zelvane)

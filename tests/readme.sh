@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# readme.sh ZELCTL LIBRARY: what README.md shows, tried as its readers would: the commands with their answers, on a copy
-# of the demo's files, and the programs in C and C++, built against this tree.
-# readme.sh --install WORKDIR: the commands of the section "Install", with WORKDIR in the place of the system.
+# readme.sh ZELCTL LIBRARY [PACKAGES]: runs the blocks of README.md. The commands must give the answers shown, on a copy of
+# the demo's files; the programs in C, C++ and, with the directory of the built Python package, in Python must work.
+# readme.sh --install WORKDIR: runs the shell commands of README.md, with WORKDIR in place of the system.
 set -euo pipefail
 source=$(cd "$(dirname "$0")/.." && pwd)
 
@@ -10,10 +10,14 @@ blocks() { awk -v kind="\`\`\`$1" '$0 == "```" { on = 0 } on { print } $0 == kin
 
 if [ "$1" = --install ]; then
   mkdir -p "$2"
+  blocks c >"$2/program.c"
+  blocks cpp >"$2/program.cpp"
   cd "$source"
-  blocks sh | sed -e 's/^sudo //' -e '/^apt-get\|^ldconfig/d' -e "s|build/plain|$2/build|; s|--install .*|& --prefix $2/usr|" |
-    bash -euxo pipefail
-  [ -e "$2/usr/include/zelvane/zelvane.h" ]
+  PKG_CONFIG_PATH=$2/usr/lib/pkgconfig:$2/usr/lib/$(cc -print-multiarch)/pkgconfig
+  export PKG_CONFIG_PATH
+  blocks sh | sed -e 's/^sudo //' -e '/^apt-get\|^ldconfig/d' -e "s|build/plain|$2/build|; s|--install .*|& --prefix $2/usr|" \
+    -e "s|program|$2/&|; s|zelvane)$|& -o $2/program|" | bash -euxo pipefail
+  [ -x "$2/program" ]
   exit
 fi
 
@@ -37,3 +41,8 @@ for kind in c cpp; do
   grep -qx 'DELAY = 30' upscli.cfg
   cp "$source/tests/fixtures/demo-root/upscli.cfg" upscli.cfg
 done
+
+[ -n "${3-}" ] || exit 0
+PYTHONPATH=$3 /usr/bin/python3 -B - <<<"$(blocks python)" >"$work/answers"
+grep -qx '74 events, mains off for 2:16:54' "$work/answers"
+grep -qx 'DELAY = 30' upscli.cfg

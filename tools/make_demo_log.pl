@@ -2,7 +2,7 @@
 # Writes the event log that tests/fixtures/demo-root/logevt.rgt holds, always the same bytes: March 2005 at a UPS with an
 # old battery, near lines that fail in thunderstorms. Usage: tools/make_demo_log.pl > tests/fixtures/demo-root/logevt.rgt
 #
-# A record is 68 bytes: the date-time, the code, a text filled up with zeros (docs/log-format.md). The codes are this
+# A record is 68 bytes: the date-time, the code, a text filled up with zeros (zelvane-log(5)). The codes are this
 # log's own: 1 mains failed, 2 mains back, 3 battery low, 4 shutdown, 5 start, 6 test begins, 7 test ends, 8 line to the
 # UPS lost, 9 line back.
 use strict;

@@ -1,0 +1,21 @@
+#!/usr/bin/env bash
+# build.sh VERSION OUT: the reference of headers, pages and manual as OUT/html. Any warning fails, and so does a page of a
+# header that lacks the header's overview.
+set -euo pipefail
+cd "$(dirname "$0")/../.."
+out=$2
+mkdir -p "$out/manual"
+
+# A page of the manual as a page of the reference, zelvane-cfg.5 as zelvane_cfg: pages and headers that it names are links.
+for page in man/*.[35]; do
+  section=${page##*.}
+  title=$(basename "$page" ".$section")
+  name=${title//[.-]/_}
+  mandoc -T html -O fragment "$page" |
+    sed -E -e '/<table class="(head|foot)">/,/<\/table>/d' \
+      -e 's#<a class="Xr">(zelvane[-.]([a-z]+)[(]5[)])</a>#<a class="Xr" href="zelvane_\2.html">\1</a>#g' \
+      -e 's#<a class="In">(zelvane/([a-z]+/)?([a-z0-9]+)[.]h)</a>#<a class="In" href="\3_8h.html">\1</a>#g' >"$out/manual/$name.html"
+  printf '# %s(%s) {#%s}\n@htmlinclude %s.html\n' "$title" "$section" "$name" "$name" >"$out/manual/$name.md"
+done
+
+ZELVANE_VERSION=$1 ZELVANE_DOCS=$out doxygen docs/doxygen/Doxyfile

@@ -1,0 +1,4 @@
+#!/usr/bin/sed -Ef
+# The manual pages that a page of docs/ names, as links.
+s/zelvane[-.](cfg|log|schedule|language|browse|conf)\(5\)/[&](@ref zelvane_\1)/g
+s/zelvane\(3\)/[&](@ref zelvane)/g
