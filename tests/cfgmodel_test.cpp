@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "support/each.h"
 #include "support/scratch.h"
 #include "zelvane/config/cfgclass.h"
 #include "zelvane/core/strutils.h"
@@ -161,7 +162,7 @@ void Drive(CfgClass& cfg, bool upper, unsigned seed, int operations) {
   std::string const path = scratch.Write("model.cfg", text);
   Model model(upper);
   model.Load(text);
-  ASSERT_TRUE(cfg.Open(path) && cfg.SetCached(true));
+  ASSERT_EACH((cfg.Open(path), cfg.SetCached(true)), true);
   for (int i = 0; i < operations; i++) {
     std::string const section = one(sections), base = one(keys);
     std::string const key = base + (below(2) == 0 ? std::to_string(below(40)) : "");
@@ -184,7 +185,7 @@ void Drive(CfgClass& cfg, bool upper, unsigned seed, int operations) {
       ASSERT_EQ(cfg.DeleteKey(n), !name.empty());
       model.Delete(section, name);
       ASSERT_EQ(cfg.GetKeyName(section, n), model.Name(section, n)) << section << " at " << n;
-      ASSERT_TRUE(name.empty() || cfg.ReadStr(section, name, "none") == "none") << section << "/" << name;
+      if (!name.empty()) ASSERT_EACH((cfg.ReadStr(section, name, "none")), "none") << section << "/" << name;
     } else if (choice < 77) {
       ASSERT_TRUE(cfg.EraseSection(section));
       model.Erase(section);
@@ -218,7 +219,7 @@ TEST(CfgModel, AddressingByNumber) {
   test::Scratch scratch;
   std::mt19937 random(7);
   CfgClass cfg;
-  ASSERT_TRUE(cfg.Open(scratch.Write("many.cfg", "")) && cfg.SetCached(true) && cfg.SetSection("S"));
+  ASSERT_EACH((cfg.Open(scratch.Write("many.cfg", "")), cfg.SetCached(true), cfg.SetSection("S")), true);
   std::set<std::string> keys;
   auto const check = [&](unsigned long n) {
     std::string const expected = n < keys.size() ? *std::next(keys.begin(), static_cast<long>(n)) : "";

@@ -38,12 +38,12 @@ struct Spy : Hash_MD4 {
 
 TEST(Hash, KnownAnswersInPieces) {
   auto const lines = ReadVectors("ripemd256.txt");
-  ASSERT_EQ(10U, lines.size());
+  ASSERT_EQ(lines.size(), 10U);
   for (auto const& line : lines)
     for (size_t cut = 0; cut <= line[1].size() / 2 && cut <= FromHex(line[1]).size(); cut++)
-      EXPECT_EQ(line[2], Digest(FromHex(line[1]), cut)) << line[1] << " cut at " << cut;
+      EXPECT_EQ(Digest(FromHex(line[1]), cut), line[2]) << line[1] << " cut at " << cut;
   std::string const whole = Digest(Bytes(1000), 1000);
-  for (size_t cut = 0; cut < 200; cut++) EXPECT_EQ(whole, Digest(Bytes(1000), cut, cut % 8)) << cut;
+  for (size_t cut = 0; cut < 200; cut++) EXPECT_EQ(Digest(Bytes(1000), cut, cut % 8), whole) << cut;
 }
 
 TEST(Hash, InitLoadsTheStartValuesAndNothingToCalcLeavesThem) {
@@ -68,11 +68,11 @@ TEST(Hash, PaddingEndsTheLastBlockWithALengthOf32Bits) {
     std::string message = Bytes(length), all;
     spy.Calc(message.data(), static_cast<long>(length));
     spy.Done();
-    ASSERT_EQ(blocks + 1, spy.seen.size()) << count << " + " << length;
+    ASSERT_EQ(spy.seen.size(), blocks + 1) << count << " + " << length;
     for (std::string const& block : spy.seen) all += block;
     std::string const zeros(2 * (64 * blocks - length - 9), '0');
-    EXPECT_EQ(Hex(message) + "80" + zeros + lengthField + "00000000off", all) << count << " + " << length;
-    EXPECT_EQ(std::string(64, '\0'), spy.Block()) << length;
+    EXPECT_EQ(all, Hex(message) + "80" + zeros + lengthField + "00000000off") << count << " + " << length;
+    EXPECT_EQ(spy.Block(), std::string(64, '\0')) << length;
   }
 }
 

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "support/each.h"
 #include "support/scratch.h"
 #include "support/table.h"
 
@@ -63,8 +64,8 @@ TEST_F(Languages, ReadsAHandKeptFile) {
   Load(kFile, 1);
   lang_.SetFileName(kNull);
   EXPECT_EQ(lang_.GetLangStr(12), "Power on") << "naming another file leaves what is loaded";
-  EXPECT_FALSE(lang_.LoadStrings(1) || lang_.SetLangStr(1, "text") || lang_.SetLangStr(1, "text", 1));
-  EXPECT_EQ(lang_.GetLangStr(12) + lang_.GetLangDesc(1), "");
+  EXPECT_EACH((lang_.LoadStrings(1), lang_.SetLangStr(1, "text"), lang_.SetLangStr(1, "text", 1)), false);
+  EXPECT_EACH((lang_.GetLangStr(12), lang_.GetLangDesc(1)), "");
   EXPECT_EQ(lang_.GetLangCount(), 0u);
 }
 
@@ -86,7 +87,7 @@ TEST_F(Languages, WritesATextAndKnowsIt) {
   EXPECT_TRUE(lang_.SetLangStr(12, "On \xE9"));
   replace("12 = Power on\r\n", "12 = On \xE9\n");
   EXPECT_EQ(File(), expected);
-  EXPECT_EQ(lang_.GetLangStr(12) + lang_.GetLangStr(13), "On \xE9Power  off");
+  EXPECT_EACH((lang_.GetLangStr(12), lang_.GetLangStr(13)), "On \xE9", "Power  off");
   EXPECT_TRUE(lang_.SetLangStr(1, std::string("two; words\0]", 12), 3)) << "another language, up to the NUL";
   replace("1 = one\n", "1 = two; words\n");
   EXPECT_TRUE(lang_.SetLangStr(0, lang_.GetLangStr(13))) << "a text of the table itself";
@@ -95,32 +96,32 @@ TEST_F(Languages, WritesATextAndKnowsIt) {
   EXPECT_TRUE(lang_.SetLangStr(12, lang_.GetLangStr(99).c_str()));
   replace("12 = On \xE9\n", "12 = \n");
   for (std::string const text : {"[", "]", "a[1]", "a\nb", "\n", "a\rb", "12 = x\r\n"})
-    EXPECT_FALSE(lang_.SetLangStr(12, text) || lang_.SetLangStr(12, text.c_str(), 2)) << text;
-  EXPECT_FALSE(lang_.SetLangStr(12, kNull) || lang_.SetLangStr(12, kNull, 1));
+    EXPECT_EACH((lang_.SetLangStr(12, text), lang_.SetLangStr(12, text.c_str(), 2)), false) << text;
+  EXPECT_EACH((lang_.SetLangStr(12, kNull), lang_.SetLangStr(12, kNull, 1)), false);
   EXPECT_EQ(File(), expected);
-  EXPECT_EQ(lang_.GetLangStr(0) + lang_.GetLangStr(-3) + lang_.GetLangStr(12) + lang_.GetLangStr(1), "Power  off");
+  EXPECT_EACH((lang_.GetLangStr(0), lang_.GetLangStr(-3), lang_.GetLangStr(12), lang_.GetLangStr(1)), "Power  off", "",
+              "", "");
 }
 
 TEST_F(Languages, TheFirstTextMakesTheFileUnlessItCannotBeWritten) {
-  int const descriptors = test::OpenDescriptors();
-  EXPECT_FALSE(lang_.LoadStrings(2) || lang_.SetLangStr(1, "refused]"));
+  EXPECT_EACH((lang_.LoadStrings(2), lang_.SetLangStr(1, "refused]")), false);
   EXPECT_EQ(folder_.List(), Names{});
   EXPECT_TRUE(lang_.SetLangStr(12, "Ligar")) << "language 2 counts as loaded although it has no section";
-  EXPECT_EQ(File() + lang_.GetLangStr(12), "[2]\n12 = LigarLigar");
+  EXPECT_EACH((File(), lang_.GetLangStr(12)), "[2]\n12 = Ligar", "Ligar");
   for (std::string const name : {"folder", "missing/lang.cfg"}) {
     std::filesystem::create_directories(folder_.Path("folder/x"));
     lang_.SetFileName(folder_.Path(name));
-    EXPECT_FALSE(lang_.LoadStrings(1) || lang_.SetLangStr(1, "text") || lang_.GetLangCount() != 0) << name;
+    EXPECT_EACH((lang_.LoadStrings(1), lang_.SetLangStr(1, "text"), lang_.GetLangCount()), false, false, 0) << name;
   }
   EXPECT_EQ(folder_.List(), (Names{"folder/", "folder/x/", "lang.cfg"}));
-  EXPECT_EQ(test::OpenDescriptors(), descriptors);
 }
 
 TEST_F(Languages, NumbersAre32BitsWide) {
   auto const beyond = static_cast<long>(1LL << 32);  // 0 where long has 32 bits
   Load(kFile, beyond + 1);
   EXPECT_TRUE(lang_.SetLangStr(beyond + 12, "On", beyond + 1));
-  EXPECT_EQ(lang_.GetLangStr(beyond + 12) + lang_.GetLangStr(12) + lang_.GetLangDesc(beyond + 2), "OnOnPortugu\xEAs");
+  EXPECT_EACH((lang_.GetLangStr(beyond + 12), lang_.GetLangStr(12), lang_.GetLangDesc(beyond + 2)), "On", "On",
+              "Portugu\xEAs");
 }
 
 TEST_F(Languages, StepsGoThroughTheTable) {
@@ -130,7 +131,7 @@ TEST_F(Languages, StepsGoThroughTheTable) {
   EXPECT_EQ(std::exchange(lang_.steps, ""), "set own, set, clear, load, clear, ");
   lang_.result = false;
   EXPECT_FALSE(lang_.SetLangStr(2, std::string("dois"), 1));
-  EXPECT_EQ(std::exchange(lang_.steps, "") + File(), "set, clear, load, clear, [1]\n1 = one\n2 = dois\n");
+  EXPECT_EACH((std::exchange(lang_.steps, ""), File()), "set, clear, load, clear, ", "[1]\n1 = one\n2 = dois\n");
   EXPECT_TRUE(lang_.SetLangStr(1, "um", 2)) << "another language is not loaded";
   EXPECT_EQ(lang_.steps, "set, ");
 }

@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "support/child.h"
+#include "support/each.h"
 #include "support/scratch.h"
 #include "zelvane/core/datetime.h"
 
@@ -91,14 +92,14 @@ class RecordLog : public testing::Test {
 };
 
 TEST_F(RecordLog, TheFileIsStampsAndPayloads) {
-  EXPECT_TRUE(log.WriteReg(0x01020304, "abcd", 4) && log.WriteReg(-1, "\0\xFFyz", 4));
+  EXPECT_EACH((log.WriteReg(0x01020304, "abcd", 4), log.WriteReg(-1, "\0\xFFyz", 4)), true);
   EXPECT_EQ(ReadFile(path), std::string("\4\3\2\1abcd\xFF\xFF\xFF\xFF\0\xFFyz", 16));
   EXPECT_EQ(LogClass().SetFile(nullptr), 1);
-  EXPECT_FALSE(log.WriteReg(1, nullptr, 4) || log.WriteReg(1, "abcd", 4294967292));
+  EXPECT_EACH((log.WriteReg(1, nullptr, 4), log.WriteReg(1, "abcd", 4294967292)), false);
   long const before = GetDateTime();
   long when = 0;
-  EXPECT_TRUE(log.ClearFile() && log.WriteReg(nullptr, 0) && log.ReadFileReg(0, &when, nullptr, 0));
-  EXPECT_TRUE(before <= when && when <= GetDateTime()) << when;
+  EXPECT_EACH((log.ClearFile(), log.WriteReg(nullptr, 0), log.ReadFileReg(0, &when, nullptr, 0)), true);
+  EXPECT_EACH((before <= when, when <= GetDateTime()), true) << when;
 }
 
 TEST_F(RecordLog, OnlyWholeRecordsCount) {
@@ -118,10 +119,10 @@ TEST_F(RecordLog, OnlyWholeRecordsCount) {
 TEST_F(RecordLog, ADamagedFileIsKeptAndBegunAnew) {
   for (std::string const damaged : {"torn!", "again"}) {
     WriteFile(path, damaged);
-    EXPECT_TRUE(Append(log, 2) && Append(log, 3));
+    EXPECT_EACH((Append(log, 2), Append(log, 3)), true);
     EXPECT_EQ(ReadFile(path), Records(2, 3));
   }
-  EXPECT_EQ(ReadFile(path + ".bad") + ReadFile(path + ".bad.1"), "torn!again") << "each is kept";
+  EXPECT_EACH((ReadFile(path + ".bad"), ReadFile(path + ".bad.1")), "torn!", "again") << "each is kept";
   std::string const name(255, 'n');  // no room for ".bad"
   log.SetFile(scratch.Write(name, "torn!"));
   EXPECT_FALSE(Append(log, 1));
@@ -169,7 +170,7 @@ TEST_F(RecordLog, TheScratchFileLeadsNowhere) {
   fs::create_symlink(victim, link + "~");
   log.meanwhile = [] {};  // leftovers: they go
   EXPECT_TRUE(Append(log, 4));
-  EXPECT_EQ(ReadFile(path) + scratch.Read("victim"), Records(4, 4) + "mine");
+  EXPECT_EACH((ReadFile(path), scratch.Read("victim")), Records(4, 4), "mine");
   EXPECT_EQ(scratch.List(), (Names{"log", "victim"}));
 }
 
@@ -238,6 +239,7 @@ TEST_F(RecordLog, ALogThatLeadsToItsScratchFileIsNotRemoved) {
   for (std::uint32_t i = 1; i <= 5; i++) EXPECT_TRUE(Append(log, i)) << i;
   EXPECT_EQ(scratch.Read("log.tmp"), Records(3, 5));
   EXPECT_EQ(scratch.List(), (Names{"log", "log.tmp"}));
+  fs::remove(scratch.Path("log.tmp"));  // no leftover but the log
 }
 
 // Another program may finish its own cut between the look at its scratch file and the lock.
@@ -280,10 +282,10 @@ TEST_F(RecordLog, TheScratchFileKeepsItsName) {
     LogClass other;
     fs::remove(path + ".tmp");
     if (there) WriteFile(path + ".tmp", Records(1, 1));
-    EXPECT_EQ(other.SetFile(path) + other.SetFile(scratch.Path(".") + "/log.tmp"), 2);
+    EXPECT_EACH((other.SetFile(path), other.SetFile(scratch.Path(".") + "/log.tmp")), 1);
     EXPECT_EQ(fs::exists(path + ".tmp"), there);
     other.SetMaxLines(1);
-    EXPECT_TRUE(Append(other, 2) && Append(other, 3));
+    EXPECT_EACH((Append(other, 2), Append(other, 3)), true);
     EXPECT_EQ(ReadFile(path + ".tmp"), Records(3, 3)) << there;
   }
 }
@@ -292,7 +294,7 @@ TEST_F(RecordLog, RecordsAreReadByIndex) {
   std::string bytes = Records(5, 6) + Bytes(0x80000000) + "last";
   WriteFile(path, bytes);
   ASSERT_TRUE(log.SetBuffer(bytes.data(), bytes.size()));
-  EXPECT_FALSE(log.SetBuffer(nullptr, 10) || log.SetBuffer(bytes.data(), 0));
+  EXPECT_EACH((log.SetBuffer(nullptr, 10), log.SetBuffer(bytes.data(), 0)), false);
   for (auto const read : {&LogClass::ReadFileReg, &LogClass::ReadReg}) {
     long when = 0x55555555;  // every bit of it is replaced, whatever the width of a long
     char data[6] = ".....";
@@ -306,8 +308,8 @@ TEST_F(RecordLog, RecordsAreReadByIndex) {
     EXPECT_EQ((log.*read)(0, &when, nullptr, kSize), mayBeNull);
   }
   log.UnloadFile();
-  EXPECT_EQ(log.LoadFile(kSize) + log.GetRegCount(kSize), 6u);
-  EXPECT_EQ(log.LoadFile(kSize) + log.GetRegCount(kSize), 3u) << "a second load in a row loads nothing";
+  EXPECT_EACH((log.LoadFile(kSize), log.GetRegCount(kSize)), 3);
+  EXPECT_EACH((log.LoadFile(kSize), log.GetRegCount(kSize)), 3, 0) << "a second load in a row loads nothing";
 }
 
 TEST_F(RecordLog, OperationsCallEachOtherVirtually) {

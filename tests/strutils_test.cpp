@@ -14,6 +14,7 @@
 #include <locale>
 #include <random>
 
+#include "support/each.h"
 #include "support/table.h"
 
 namespace {
@@ -42,17 +43,18 @@ TEST(TextFunctions, EveryByteInBothForms) {
     check(text);
     if (b != 0) check(text.c_str());
   }
-  EXPECT_EQ(Trim(" \n\t\r") + TrimLeft(" ") + TrimRight(" ") + Trim(" a \t b "), "a \t b");
-  EXPECT_EQ(QuotedStr("") + "," + QuotedStr("\"") + "," + QuotedStr("\"a") + "," + QuotedStr("a\""), R"("",","a","a")");
-  EXPECT_EQ(UpperCase(kNull) + LowerCase(kNull) + AnsiUpperCase(kNull) + AnsiLowerCase(kNull) + QuotedStr(kNull), "");
+  EXPECT_EACH((Trim(" \n\t\r"), TrimLeft(" "), TrimRight(" "), Trim(" a \t b ")), "", "", "", "a \t b");
+  EXPECT_EACH((QuotedStr(""), QuotedStr("\""), QuotedStr("\"a"), QuotedStr("a\"")), "\"\"", "\"", "\"a\"", "\"a\"");
+  EXPECT_EACH((UpperCase(kNull), LowerCase(kNull), AnsiUpperCase(kNull), AnsiLowerCase(kNull), QuotedStr(kNull)), "");
 }
 
 TEST(TextFunctions, FillUpToAWidth) {
-  for (auto const& [width, filled] : {std::pair(4, "**abab**"), {3, "*abab*"}, {2, "abab"}, {INT_MIN, "abab"}}) {
-    EXPECT_EQ(FillLeft("ab", width, '*') + FillRight("ab", width, '*'), filled) << width;
-    EXPECT_EQ(FillLeft(std::string("ab"), width, '*') + FillRight(std::string("ab"), width, '*'), filled) << width;
+  for (auto const& [width, stars] : {std::pair(4, "**"), {3, "*"}, {2, ""}, {INT_MIN, ""}}) {
+    std::string const ab = "ab", left = stars + ab, right = ab + stars;
+    EXPECT_EACH((FillLeft("ab", width, '*'), FillLeft(ab, width, '*')), left) << width;
+    EXPECT_EACH((FillRight("ab", width, '*'), FillRight(ab, width, '*')), right) << width;
   }
-  EXPECT_EQ(FillLeft(kNull, 3, '*') + FillRight(kNull, 3, '*') + FillLeft("", 2, '*'), "**");
+  EXPECT_EACH((FillLeft(kNull, 3, '*'), FillRight(kNull, 3, '*'), FillLeft("", 2, '*')), "", "", "**");
 }
 
 // The rule as it reads, with the front of the text cut off after every piece.
@@ -82,10 +84,10 @@ TEST(Tokenize, EveryFormLikeTheModel) {
     auto const check = [&](auto const& separator) {
       Strings expected = ModelTokenize(text, separators, count), out = {"old"}, twin;
       Tokenize(out, text, separator, count), Tokenize(twin, text.c_str(), separator, count);
-      EXPECT_TRUE(out == expected && twin == expected) << testing::PrintToString(out);
+      EXPECT_EACH((out, twin), expected) << testing::PrintToString(out);
       for (std::string& piece : expected) piece = Trim(piece);
       TrimTokenize(out, text, separator, count), TrimTokenize(twin, text.c_str(), separator, count);
-      EXPECT_TRUE(out == expected && twin == expected) << testing::PrintToString(out);
+      EXPECT_EACH((out, twin), expected) << testing::PrintToString(out);
     };
     check(separators);
     if (separators.size() != 1) continue;
@@ -110,14 +112,16 @@ TEST(Tokenize, NullNulSharedArgumentsAndAMillionFields) {
 }
 
 TEST(Numbers, IntegersToText) {
-  EXPECT_EQ(IntToStr(-5, 4) + IntToStr(5, 3, ' ') + IntToStr(-5, INT_MIN) + IntToStr(INT32_MIN),
-            "-005  5-5-2147483648");
-  EXPECT_EQ(UIntToStr(4294967295ul) + UIntToStr(static_cast<unsigned long>(-5l), 12, '_'), "4294967295__4294967291");
-  EXPECT_EQ(IntToHex(0xBEEF, 6, false, 'X') + IntToHex(0xBEEF, 6, true, 'x') + IntToHex(-1), "XXbeefxxBEEFFFFFFFFF");
-  EXPECT_EQ(IntToBin(0) + IntToBin(10, 8) + IntToBin(-2), "00000101011111111111111111111111111111110");
+  EXPECT_EACH((IntToStr(-5, 4), IntToStr(5, 3, ' '), IntToStr(-5, INT_MIN), IntToStr(INT32_MIN)), "-005", "  5", "-5",
+              "-2147483648");
+  EXPECT_EACH((UIntToStr(4294967295ul), UIntToStr(static_cast<unsigned long>(-5l), 12, '_')), "4294967295",
+              "__4294967291");
+  EXPECT_EACH((IntToHex(0xBEEF, 6, false, 'X'), IntToHex(0xBEEF, 6, true, 'x'), IntToHex(-1)), "XXbeef", "xxBEEF",
+              "FFFFFFFF");
+  EXPECT_EACH((IntToBin(0), IntToBin(10, 8), IntToBin(-2)), "0", "00001010", std::string(31, '1') + "0");
 #if LONG_MAX > 0x7FFFFFFF
-  EXPECT_EQ(IntToStr(0x180000000) + UIntToStr(0x100000007), "-21474836487");
-  EXPECT_EQ(IntToHex(0x7FFFFFFF00000001) + IntToBin(0x100000002), "110");
+  EXPECT_EACH((IntToStr(0x180000000), UIntToStr(0x100000007), IntToHex(0x7FFFFFFF00000001), IntToBin(0x100000002)),
+              "-2147483648", "7", "1", "10");
 #endif
 }
 
@@ -131,8 +135,9 @@ TEST(Numbers, FloatsToTextAsPrintfWritesThem) {
       EXPECT_EQ(FloatToStr(value, 0, static_cast<unsigned>(digits)), text) << value << " digits " << digits;
     }
   }
-  EXPECT_EQ(FloatToStr(-1e20, 14) + FloatToStr(0.25, 9, UINT_MAX, ' '), "-001.00000e+20 0.250000");
-  EXPECT_EQ(FloatToStr(999999.5), "1.00000e+06");  // where printf itself may lose the zeros
+  // The last where printf itself may lose the zeros.
+  EXPECT_EACH((FloatToStr(-1e20, 14), FloatToStr(0.25, 9, UINT_MAX, ' '), FloatToStr(999999.5)), "-001.00000e+20",
+              " 0.250000", "1.00000e+06");
   EXPECT_EQ(FloatToStr(0.25, 0, 1000000), "0.25" + std::string(999998, '0'));
 }
 
@@ -148,7 +153,7 @@ TEST(Numbers, TextToNumbersAsTheCLibraryReadsIt) {
     long long const integer = strtoll(c[0].c_str(), nullptr, 10), hex = strtoll(c[0].c_str(), nullptr, 16);
     double const real = strtod(c[0].c_str(), nullptr);
     auto const check = [&](auto const& text) {
-      EXPECT_TRUE(StrIsInt(text) == isInt && StrIsHex(text) == isHex && StrIsFloat(text) == isFloat) << c;
+      EXPECT_EACH((StrIsInt(text), StrIsHex(text), StrIsFloat(text)), isInt, isHex, isFloat) << c;
       EXPECT_FALSE(StrIsIPNumber(text)) << c;
       EXPECT_EQ(StrToIntDef(text, -7), isInt && isFloat && fits(integer) ? integer : -7) << c;
       EXPECT_EQ(HexToIntDef(text, -7), isHex && fits(hex) ? hex : -7) << c;
@@ -164,16 +169,15 @@ TEST(Numbers, TextToNumbersAsTheCLibraryReadsIt) {
     if (random() % 2 == 0) text += "E" + std::to_string(static_cast<int>(random() % 60) - 30);
     if (random() % 2 == 0) text.insert(0, "-");
     double const real = strtod(text.c_str(), nullptr), read = StrToFloatDef(text, -7);
-    ASSERT_TRUE(read == real && std::signbit(read) == std::signbit(real)) << text << " is not " << read;
+    ASSERT_EACH((read, std::signbit(read)), real, std::signbit(real)) << text << " is not " << read;
   }
   for (int const zeros : {989, 1009, 70000}) {  // more than an exponent of three digits makes up for
     std::string const text =
         "0." + std::string(static_cast<std::size_t>(zeros), '0') + "1E" + std::to_string(zeros + 1);
     EXPECT_EQ(StrToFloatDef(text, -7), 1) << zeros << " zeros after the point";
   }
-  EXPECT_FALSE(StrIsInt(kNull) || StrIsHex(kNull) || StrIsFloat(kNull) || StrIsInt(std::string("1\0", 2)));
-  EXPECT_EQ(StrToIntDef(kNull, 1) + HexToIntDef(kNull, 2), 3);
-  EXPECT_EQ(StrToFloatDef(kNull, 4), 4);
+  EXPECT_EACH((StrIsInt(kNull), StrIsHex(kNull), StrIsFloat(kNull), StrIsInt(std::string("1\0", 2))), false);
+  EXPECT_EACH((StrToIntDef(kNull, 1), HexToIntDef(kNull, 2), StrToFloatDef(kNull, 4)), 1, 2, 4);
   std::locale::global(old);
 }
 

@@ -6,6 +6,7 @@
 #include <cstdlib>
 
 #include "support/child.h"
+#include "support/each.h"
 #include "support/scratch.h"
 #include "zelvane/core/datetime.h"
 #include "zelvane/core/fileutils.h"
@@ -42,10 +43,10 @@ TEST(TextLog, ItsFileIsNotThatOfTheRecords) {
   TextLogClass text;
   LogClass& log = text;
   char bytes[] = "12345678";
-  EXPECT_TRUE(log.SetBuffer(bytes, 8) && !log.ClearFile());
+  EXPECT_EACH((log.SetBuffer(bytes, 8), log.ClearFile()), true, false);
   for (char const* name : {"log", "other", "log"}) EXPECT_EQ(log.SetFile(scratch.Path(name)), 1);
   EXPECT_EQ(log.GetRegCount(4), 1u) << "the buffer stays";
-  EXPECT_FALSE(log.WriteReg(0, bytes, 4) || log.GetFileRegCount(0) != 0);
+  EXPECT_EACH((log.WriteReg(0, bytes, 4), log.GetFileRegCount(0)), false, 0);
   EXPECT_TRUE(log.ClearFile());
   EXPECT_EQ(scratch.List(), (std::vector<std::string>{"log", "log.tmp", "other.tmp"}));
   EXPECT_EQ(scratch.Read("log"), "");

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/each.h"
 #include "support/records.h"
 #include "support/settings.h"
 
@@ -31,8 +32,7 @@ class Version : public testing::Test {
 TEST_F(Version, Texts) {
   for (test::Case const& c : test::Cases("versioninfo.txt", "texts")) {
     VersionInfo const info = Get(c[0]);
-    EXPECT_EQ(std::string(info.installPath) + info.version + "|" + info.product, at_.Root() + c[1] + "|" + c[2]) << c;
-    EXPECT_EQ(info.modules, 0) << c;
+    EXPECT_EACH((info.installPath, info.version, info.product, info.modules), at_.Root(), c[1], c[2], 0) << c;
   }
   for (size_t const length : {255U, 256U, 300U})
     EXPECT_EQ(Get("PRODUCT = " + std::string(length, 'p')).product, std::string(255, 'p')) << length;
@@ -43,7 +43,7 @@ TEST_F(Version, Texts) {
 TEST_F(Version, WithoutSettingsTheProgramsFolderIsTheRoot) {
   test::SetSettingsFile(at_.Path("missing.conf"));
   VersionInfo const info = Get();
-  EXPECT_EQ(std::string(info.installPath) + info.product, test::ProgramFolder().substr(0, 259) + "Zelvane 4.0+");
+  EXPECT_EACH((info.installPath, info.product), test::ProgramFolder().substr(0, 259), "Zelvane 4.0+");
   EXPECT_FALSE(at_.Exists("missing.conf"));
 }
 
@@ -69,7 +69,7 @@ TEST_F(Version, AProgramThatCannotBeOpenedJustNowIsNotMissing) {
   unsigned short mask = 0;
   test::g_refused = program.c_str();
   EXPECT_EQ(GetZelvaneInstalledModules(&mask), 0);
-  EXPECT_EQ(GetZelvaneInstalledModules(&mask) + mask, 2);
+  EXPECT_EACH((GetZelvaneInstalledModules(&mask), mask), 1);
 }
 
 TEST_F(Version, ARootLongerThanItsFieldIsSearchedWhole) {
@@ -106,8 +106,8 @@ TEST_F(Version, BitsOfTheCallerStay) {
   for (int const before : {0, 0x80, 0xFFFF, 0xFFE0, 0x1F}) {
     VersionInfo info = {};
     unsigned short mask = info.modules = static_cast<unsigned short>(before);
-    EXPECT_EQ(GetZelvaneVersionInfo(&info) + GetZelvaneInstalledModules(&mask), 2);
-    EXPECT_TRUE(info.modules == mask && mask == ((before & 0xFFE0) | 0x11)) << before << " " << info.modules << mask;
+    EXPECT_EACH((GetZelvaneVersionInfo(&info), GetZelvaneInstalledModules(&mask)), 1);
+    EXPECT_EACH((info.modules, mask), mask, ((before & 0xFFE0) | 0x11)) << before << " " << info.modules << mask;
   }
 }
 
