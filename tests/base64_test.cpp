@@ -1,14 +1,8 @@
 #include "zelvane/crypto/base64.h"
 
-#include <gtest/gtest.h>
-
 #include <cmath>
-#include <random>
-#include <tuple>
-#include <vector>
 
-#include "support/each.h"
-#include "support/scratch.h"
+#include "support/test.h"
 
 namespace {
 
@@ -95,10 +89,10 @@ TEST(Base64, AgreesWithTheNaiveCodecInBytesAndCalls) {
 TEST(Base64, ABufferIsFilledToItsSize) {
   DecodeBase64 codec;
   char buffer[6];
-  EXPECT_EACH((codec.DecodeStr("Zm9", buffer, 6), codec.DecodeStr(nullptr, buffer, 6)), false);
+  EXPECT_NONE(codec.DecodeStr("Zm9", buffer, 6), codec.DecodeStr(nullptr, buffer, 6));
   ASSERT_TRUE(codec.LoadFromBuf("YWIAYw==", 8));  // "ab\0c"
-  EXPECT_EACH((codec.LoadFromBuf(nullptr, 3), codec.LoadFromBuf("foo", 0), codec.LoadFromFile("/dev/zero")), false);
-  EXPECT_EACH((codec.SaveToStr(nullptr, 6), codec.SaveToStr(buffer, 0), codec.SaveToBuf(buffer, 0)), false);
+  EXPECT_NONE(codec.LoadFromBuf(nullptr, 3), codec.LoadFromBuf("foo", 0), codec.LoadFromFile("/dev/zero"));
+  EXPECT_NONE(codec.SaveToStr(nullptr, 6), codec.SaveToStr(buffer, 0), codec.SaveToBuf(buffer, 0));
   std::tuple<size_t, size_t, std::string> const rows[] = {{3, 3, {"ab\0...ab\0...", 12}},  // as bytes, then as text
                                                           {4, 4, {"ab\0c..ab\0\0..", 12}},
                                                           {6, 4, {"ab\0c\0\0ab\0c\0\0", 12}}};
@@ -125,7 +119,7 @@ TEST(Base64, EveryFormOfATextDoesTheSame) {
     EXPECT_EACH((decoded, out), plain) << text;
     EXPECT_EACH((decoder.DecodeStr(text), DecodeBase64ToStr(text)), done ? plain : "") << text;
     if (!done) continue;
-    EXPECT_EACH((encoder.EncodeStr(decoded, encoded), encoder.EncodeStr(plain, out, 9)), true);
+    EXPECT_ALL(encoder.EncodeStr(decoded, encoded), encoder.EncodeStr(plain, out, 9));
     EXPECT_EACH((encoded, out, encoder.EncodeStr(decoded), EncodeBase64FromStr(decoded)), text);
   }
 }
@@ -133,14 +127,12 @@ TEST(Base64, EveryFormOfATextDoesTheSame) {
 TEST(Base64, NothingFromNothing) {
   EncodeBase64 codec;
   char out[2] = "?";
-  EXPECT_EACH((codec.EncodeStr(nullptr, out, 2), codec.EncodeStr("a", nullptr, 2), codec.EncodeStr("a", out, 0)),
-              false);
-  EXPECT_EACH((codec.LoadFromStr(nullptr), codec.LoadFromFile(nullptr), codec.SaveToFile(nullptr)), false);
-  EXPECT_EACH((codec.EncodeFile("/etc/passwd", nullptr), codec.EncodeFile(nullptr, "/nonexistent")), false);
+  EXPECT_NONE(codec.EncodeStr(nullptr, out, 2), codec.EncodeStr("a", nullptr, 2), codec.EncodeStr("a", out, 0));
+  EXPECT_NONE(codec.LoadFromStr(nullptr), codec.LoadFromFile(nullptr), codec.SaveToFile(nullptr));
+  EXPECT_NONE(codec.EncodeFile("/etc/passwd", nullptr), codec.EncodeFile(nullptr, "/nonexistent"));
   for (unsigned long const length : {0UL, ~0UL}) EXPECT_FALSE(codec.EncodeDecodeFunction("a", length)) << length;
-  EXPECT_EACH((codec.EncodeDecodeFunction(nullptr, 1), DecodeBase64().EncodeDecodeFunction(nullptr, 1),
-               DecodeBase64().EncodeDecodeFunction("a", 0)),
-              false);
+  EXPECT_NONE(codec.EncodeDecodeFunction(nullptr, 1), DecodeBase64().EncodeDecodeFunction(nullptr, 1),
+              DecodeBase64().EncodeDecodeFunction("a", 0));
   EXPECT_STREQ(out, "?");
 }
 
@@ -155,7 +147,7 @@ TEST(Base64, Files) {
   for (auto const& [from, to] : refused) EXPECT_FALSE(EncodeBase64().EncodeFile(from, to)) << from << " to " << to;
   EXPECT_EQ(scratch.Read("text"), "abc");
   EncodeBase64 codec;
-  EXPECT_EACH((codec.LoadFromFile(plain), codec.SaveToFile(text), DecodeBase64().DecodeFile(text, text)), true);
+  EXPECT_ALL(codec.LoadFromFile(plain), codec.SaveToFile(text), DecodeBase64().DecodeFile(text, text));
   EXPECT_EQ(scratch.Read("text"), "abc");
 }
 

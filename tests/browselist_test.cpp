@@ -1,18 +1,8 @@
 // The browse list: what is read, what each change writes, stamps and flushes, and what goes with a removed entry.
 #include "zelvane/browse/browselist.h"
 
-#include <gtest/gtest.h>
-
-#include <array>
-#include <filesystem>
-#include <map>
-#include <random>
-#include <set>
-#include <utility>
-
-#include "support/each.h"
 #include "support/settings.h"
-#include "support/table.h"
+#include "support/test.h"
 #include "zelvane/core/datetime.h"
 
 namespace {
@@ -106,7 +96,7 @@ TEST_F(BrowseList, WritesWhatItIsGiven) {
   // A computer without an address does not keep its identifier.
   for (char const* const address : {"", "2.2.2.2"}) EXPECT_EQ(Do('a', kComputer, {99, "\xE9", 7, address}, false), 1);
   EXPECT_EQ(Do('a', kNobreak, {99, "x", 3}, false), 1);
-  EXPECT_EQ(folder_.List(), std::vector<std::string>{}) << "before the first flush";
+  EXPECT_EQ(folder_.List(), test::Names{}) << "before the first flush";
   EXPECT_EQ(Read(list_, kComputer, 0), "1;" + n.substr(1) + ";123456789012345;1");
   EXPECT_EQ(Saved(), "[GROUPS]\n1 = " + n + ";-1\n[DATE]\nDATETIME = now\n[COMPUTERS]\n1 = " + wide +
                          "1\n2 = \xE9;2.2.2.2;-1\n[NOBREAKS]\n0 = " + wide +

@@ -1,22 +1,13 @@
 // The configuration engine: what a file's lines mean, what each operation writes, error codes, replaced steps.
 #include "zelvane/config/cfgclass.h"
 
-#include <fcntl.h>
-#include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <functional>
-#include <memory>
-
-#include "support/each.h"
 #include "support/records.h"
+#include "support/test.h"
 
 namespace {
 
 using test::Scratch;
 using test::Words;
-using Names = std::vector<std::string>;
 
 // The index as text: sections and keys in the order of the engine, "NAME{KEY=value|KEY=value}".
 std::string Dump(CfgClass& cfg) {
@@ -70,14 +61,14 @@ TEST(CfgWrite, OnlyTheNamedLinesChange) {
       RegCfgClass reg;
       bool const spelled = cached && c.columns.size() > 3;
       CfgClass& cfg = spelled ? reg : plain;
-      ASSERT_EACH((cfg.Open(scratch.Write("f.cfg", c[0])), cfg.SetCached(cached)), true);
+      ASSERT_ALL(cfg.Open(scratch.Write("f.cfg", c[0])), cfg.SetCached(cached));
       Change(cfg, c[1]);
       if (cached) EXPECT_EACH((scratch.Read("f.cfg")), c[0]);
       ASSERT_TRUE(cfg.SetCached(false));
       EXPECT_EQ(scratch.Read("f.cfg"), c[spelled ? 3 : 2]);
     }
   }
-  EXPECT_EQ(scratch.List(), Names{"f.cfg"});
+  EXPECT_EQ(scratch.List(), test::Names{"f.cfg"});
 }
 
 TEST(CfgErrors, ArgumentsThenFileThenMode) {
@@ -85,11 +76,11 @@ TEST(CfgErrors, ArgumentsThenFileThenMode) {
   std::string const path = scratch.Write("f.cfg", "[S]\nk=1");
   char const* const null = nullptr;
   CfgClass closed, readOnly, open;
-  ASSERT_EACH((readOnly.OpenReadOnly(path), open.Open(path), readOnly.SetSection("S"), open.SetSection("S")), true);
+  ASSERT_ALL(readOnly.OpenReadOnly(path), open.Open(path), readOnly.SetSection("S"), open.SetSection("S"));
   CfgClass::SectionPosition section, none;
   CfgClass::KeyPosition key;
-  ASSERT_EACH((open.LocateSection("s", &section), open.LocateKey(&section, "k", &key)), true);
-  EXPECT_EACH((open.LocateSection("none", &none), open.LocateKey(&none, "k", nullptr)), false);
+  ASSERT_ALL(open.LocateSection("s", &section), open.LocateKey(&section, "k", &key));
+  EXPECT_NONE(open.LocateSection("none", &none), open.LocateKey(&none, "k", nullptr));
 #define ZELVANE_CALL(call) #call, [&](CfgClass & c) { return c.call; }
   struct {
     char const* codes;  // of the closed object, the read-only one and the open one; "-" where it makes no sense
@@ -141,7 +132,7 @@ TEST(CfgErrors, ArgumentsThenFileThenMode) {
     EXPECT_EACH((cfg->Flush(), cfg->GetErrorCode()), true, code) << code;
   EXPECT_EQ(test::ReadFile(path), "[S]\nk = 1") << "refused insertions leave the lines alone";
   for (auto const clear : {&CfgClass::ClearReadCache, &CfgClass::ClearWriteCache}) {
-    EXPECT_EACH((closed.Flush(), closed.IsFail()), true);
+    EXPECT_ALL(closed.Flush(), closed.IsFail());
     (closed.*clear)();
     EXPECT_EQ(closed.GetErrorCode(), 0) << "emptying is an operation, too";
   }
@@ -166,7 +157,7 @@ TEST(CfgFiles, WhatCannotBeReadWholeIsNotOpened) {
     EXPECT_EACH((cfg.GetFileName(), Dump(cfg)), "") << name;
   }
   close(writer);
-  EXPECT_EQ(scratch.List(), (Names{"f.cfg", "pipe"}));
+  EXPECT_EQ(scratch.List(), (test::Names{"f.cfg", "pipe"}));
 }
 
 TEST(CfgFiles, WhatLastsFromOneFileToTheNext) {
@@ -179,16 +170,16 @@ TEST(CfgFiles, WhatLastsFromOneFileToTheNext) {
   EXPECT_EQ(Words(cfg.GetSection(), cfg.GetErrorCode(), cfg.GetErrorLine()), "s 0 3 ") << "until the load after";
   EXPECT_EACH((cfg.SectionExists(), cfg.KeyExists(std::string("K")), cfg.KeyExists(std::string("x"))), true, true,
               false);
-  EXPECT_EACH((cfg.SetCached(true), cfg.WriteStr("k", "2")), true);
+  EXPECT_ALL(cfg.SetCached(true), cfg.WriteStr("k", "2"));
   EXPECT_TRUE(cfg.Open(cfg.GetFileName())) << "opening anew saves first";
   EXPECT_EQ(scratch.Read("f.cfg"), "[S]\nk = 2\nbad]") << "lines behind the bad one are dropped";
   EXPECT_EQ(scratch.Read("f.cfg.lost"), old) << "but kept beside the file";
   EXPECT_EQ(cfg.GetSection(), "");
-  EXPECT_EACH((cfg.WriteStr("S", "k", "3"), cfg.Close()), true);
+  EXPECT_ALL(cfg.WriteStr("S", "k", "3"), cfg.Close());
   EXPECT_EQ(Words(cfg.GetErrorLine(), cfg.ReadStr("S", "k", "closed")), "0 closed ");
   EXPECT_EQ(scratch.Read("f.cfg.lost"), old) << "the first copy stays";
 
-  EXPECT_EACH((cfg.SetFileName(scratch.Write("g.cfg", "[G]\ng=1"), true), cfg.Rename(other)), true);
+  EXPECT_ALL(cfg.SetFileName(scratch.Write("g.cfg", "[G]\ng=1"), true), cfg.Rename(other));
   EXPECT_EQ(cfg.GetFileName(), other);
   EXPECT_TRUE(cfg.WriteStr("G", "g", "2")) << "read-only does not last";
   EXPECT_EQ(scratch.Read("h.cfg"), "[G]\nG = 1\n\n") << "cached mode does";
@@ -201,7 +192,7 @@ TEST(CfgFiles, AnObjectThatGoesSavesItsChanges) {
   for (bool const reg : {false, true}) {
     std::string const path = scratch.Write("f.cfg", "[S]\nk=1\n");
     std::unique_ptr<CfgClass> cfg(reg ? new RegCfgClass : new CfgClass);
-    ASSERT_EACH((cfg->Open(path), cfg->SetCached(true), cfg->WriteStr("S", "k", "2")), true);
+    ASSERT_ALL(cfg->Open(path), cfg->SetCached(true), cfg->WriteStr("S", "k", "2"));
     EXPECT_EQ(scratch.Read("f.cfg"), "[S]\nk=1\n") << reg;
     cfg.reset();
     EXPECT_EQ(scratch.Read("f.cfg"), "[S]\nk = 2\n") << reg;
@@ -211,7 +202,7 @@ TEST(CfgFiles, AnObjectThatGoesSavesItsChanges) {
 TEST(CfgTyped, TextThatIsNoSuchValueGivesTheDefault) {
   Scratch scratch;
   CfgClass cfg;
-  ASSERT_EACH((cfg.Open(scratch.Write("f.cfg", "")), cfg.SetCached(true)), true);
+  ASSERT_ALL(cfg.Open(scratch.Write("f.cfg", "")), cfg.SetCached(true));
   for (char const* text : {"", "yes", "1,5", "07/03"}) {  // the last two are shorter than the format, too
     ASSERT_TRUE(cfg.WriteStr("T", "k", text));
     EXPECT_EQ(Words(cfg.ReadInt("T", "k", -7), cfg.ReadBool("T", "k", true), cfg.ReadBool("T", "k", false)), "-7 1 0 ");
@@ -274,15 +265,14 @@ TEST(CfgTyped, EveryFormOfAFamilyDoesTheSame) {
       CfgClass cfg;
       EXPECT_EQ(row.forms[form](cfg), row.closed + string(" "));
       string s = row.inS, t = row.inT;
-      ASSERT_EACH((cfg.Open(scratch.Write("f.cfg", "[S]\nA=other\nK=" + s + "\n[T]\nK=" + t)), cfg.SetSection("S")),
-                  true);
+      ASSERT_ALL(cfg.Open(scratch.Write("f.cfg", "[S]\nA=other\nK=" + s + "\n[T]\nK=" + t)), cfg.SetSection("S"));
       string const told = form < 4 ? row.toldT : row.toldS;
       bool const writes = told[0] == '=';
       EXPECT_EQ(row.forms[form](cfg), (writes ? "1" : told) + " ");
       EXPECT_EQ(cfg.ReadStr("S", "A", ""), "other") << "not what was reached by number before";
       if (writes) (form < 4 ? t : s) = told.substr(1);
       EXPECT_EQ(Dump(cfg), "S{A=other|K=" + s + "}T{K=" + t + "}");
-      ASSERT_EACH((cfg.DeleteKey("S", "K"), cfg.DeleteKey("T", "K")), true);
+      ASSERT_ALL(cfg.DeleteKey("S", "K"), cfg.DeleteKey("T", "K"));
       if (writes && form % 2 == 0) continue;  // by name it would make the key
       EXPECT_EQ(row.forms[form](cfg), row.closed + string(" ")) << "no such key";
     }
@@ -343,7 +333,7 @@ TEST(CfgSteps, ARefusedInsertionChangesNothing) {
     EXPECT_FALSE(cfg.Open(scratch.Write("f.cfg", "a=1\n[s]\nk=1"))) << refused;
     EXPECT_EACH((cfg.GetFileName(), Dump(cfg)), "") << refused << ": nothing stays of half a file";
     ASSERT_TRUE(cfg.Open(scratch.Write("g.cfg", "")));
-    EXPECT_EACH((cfg.WriteStr(*refused == '\0' ? "" : "s", "k", "v"), cfg.KeyExists("s", "k")), false) << refused;
+    EXPECT_NONE(cfg.WriteStr(*refused == '\0' ? "" : "s", "k", "v"), cfg.KeyExists("s", "k")) << refused;
   }
 }
 
@@ -352,9 +342,8 @@ TEST(CfgSteps, AnEntryWhoseLineSaysSomethingElseKeepsItsValue) {
   CfgClass cfg;
   CfgClass::SectionPosition at;
   CfgClass::KeyPosition key;
-  ASSERT_EACH((cfg.Open(scratch.Write("f.cfg", "[S]\nk=1")), cfg.LocateSection("s", &at), cfg.LocateKey(&at, "k", &key),
-               cfg.InsertKey("x", "other", &at, &key, &at->second.header, false)),
-              true);
+  ASSERT_ALL(cfg.Open(scratch.Write("f.cfg", "[S]\nk=1")), cfg.LocateSection("s", &at), cfg.LocateKey(&at, "k", &key),
+             cfg.InsertKey("x", "other", &at, &key, &at->second.header, false));
   EXPECT_EQ(Dump(cfg), "S{K=1|X=other}");
 }
 
@@ -362,13 +351,12 @@ TEST(CfgSteps, APositionReachesTheOtherSections) {
   Scratch scratch;
   CfgClass cfg;
   CfgClass::SectionPosition a;
-  ASSERT_EACH((cfg.Open(scratch.Write("f.cfg", "[A]\na=1\n[B]\nb=1\nc=2\n[A]\nd=3")), cfg.LocateSection("a", &a)),
-              true);
+  ASSERT_ALL(cfg.Open(scratch.Write("f.cfg", "[A]\na=1\n[B]\nb=1\nc=2\n[A]\nd=3")), cfg.LocateSection("a", &a));
   CfgClass::SectionPosition const b = std::next(a);
   EXPECT_EQ(Words(*a->second.lastKey->second.line, *b->second.lastKey->second.line), Words("d=3", "c=2"));
   // A section that is entered there has its keys among the lines of another, which does not take them for its own.
   CfgClass::LinePosition const inside = std::next(b->second.header);
-  EXPECT_EACH((cfg.InsertSection("x", &inside, false), cfg.WriteStr("x", "k", "1")), true);
+  EXPECT_ALL(cfg.InsertSection("x", &inside, false), cfg.WriteStr("x", "k", "1"));
   EXPECT_EQ(Dump(cfg), "A{A=1|D=3}B{B=1|C=2}X{K=1}");
 }
 
@@ -378,10 +366,10 @@ TEST(CfgSteps, AnIndexWithoutLinesCanBeRead) {
     RegCfgClass cfg;
     ASSERT_TRUE(cfg.Open(scratch.Write("f.cfg", "k=0\n[S]\na=1\nb=2\n")));
     EXPECT_TRUE(anew ? cfg.LoadFile(true) : (cfg.ClearWriteCache(), true));
-    EXPECT_EACH((cfg.SetCached(true), cfg.WriteStr("S", "a", "3"), cfg.DeleteKey("S", "b")), true) << anew;
-    EXPECT_EACH((cfg.SaveAs(scratch.Path("copy").c_str()), cfg.SaveAs(scratch.Path("twin"))), true) << anew;
+    EXPECT_ALL(cfg.SetCached(true), cfg.WriteStr("S", "a", "3"), cfg.DeleteKey("S", "b")) << anew;
+    EXPECT_ALL(cfg.SaveAs(scratch.Path("copy").c_str()), cfg.SaveAs(scratch.Path("twin"))) << anew;
     EXPECT_EACH((scratch.Read("copy"), scratch.Read("twin")), "K = 0\n\n[S]\nA = 3\n\n") << anew;
-    EXPECT_EACH((cfg.EraseSection(""), cfg.EraseSection("S"), cfg.Flush()), true) << anew;
+    EXPECT_ALL(cfg.EraseSection(""), cfg.EraseSection("S"), cfg.Flush()) << anew;
     EXPECT_EQ(scratch.Read("f.cfg"), "") << anew << ": a save writes the lines, and there are none";
   }
 }

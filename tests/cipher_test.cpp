@@ -1,12 +1,6 @@
 #include "zelvane/crypto/cipher.h"
 
-#include <gtest/gtest.h>
-#include <limits.h>
-
-#include <tuple>
-#include <vector>
-
-#include "support/each.h"
+#include "support/test.h"
 #include "support/vectors.h"
 
 namespace {
@@ -112,7 +106,7 @@ TEST(Cipher, WithoutAKeyOrABufferNothingHappens) {
   Replaced keyed;
   fresh.InitEnd(nullptr);
   fresh.Internal_InitTab(), fresh.Internal_InitKey(kKey.data(), 8);  // no room yet
-  ASSERT_EACH((Key(forgotten, kKey, SAFER_SK64), Key(keyed, kKey, SAFER_SK64), forgotten.InitBegin(nullptr)), true);
+  ASSERT_ALL(Key(forgotten, kKey, SAFER_SK64), Key(keyed, kKey, SAFER_SK64), forgotten.InitBegin(nullptr));
   keyed.Internal_InitKey(nullptr, 8);
   char text[] = "unchanged";
   std::tuple<Cipher_Safer*, char const*, char*, long> const cases[] = {
@@ -120,7 +114,7 @@ TEST(Cipher, WithoutAKeyOrABufferNothingHappens) {
       {&keyed, text, nullptr, 8},          {&keyed, "12345678", text, 0},     {&keyed, "12345678", text, -8},
       {&keyed, "12345678", text, LONG_MIN}};
   for (auto const& [cipher, in, to, length] : cases) {
-    EXPECT_EACH((cipher->Init(nullptr, 8, nullptr), cipher->InitKey("no hash", nullptr)), false);
+    EXPECT_NONE(cipher->Init(nullptr, 8, nullptr), cipher->InitKey("no hash", nullptr));
     cipher->Encode(cipher == &keyed ? nullptr : text);
     cipher->Decode(cipher == &keyed ? nullptr : text);
     for (Coder coder : kCoders) EXPECT_FALSE((cipher->*coder)(in, to, length)) << length;
@@ -142,7 +136,7 @@ TEST(Cipher, KeysOfAnyLengthArePaddedOrCut) {
       padded.resize(variant % 4 == 1 ? 5 : variant % 4 == 2 ? 8 : 16);
       Cipher_Safer given, told;
       if (mode < 0 || mode > 7) told.SetRounds(8);
-      ASSERT_EACH((Key(given, key.substr(0, length), mode), Key(told, padded, variant)), true);
+      ASSERT_ALL(Key(given, key.substr(0, length), mode), Key(told, padded, variant));
       EXPECT_EQ(EncodeBlock(given), EncodeBlock(told)) << mode << ", length " << length;
     }
   }
@@ -152,7 +146,7 @@ TEST(Cipher, RoundsOnceTakenStay) {
   for (auto const& [asked, taken] : {std::pair(3L, 8L), {4, 4}, {13, 13}, {14, 8}, {-6, 8}}) {  // before there is a key
     Cipher_Safer cipher, later, expected;
     cipher.SetRounds(asked);
-    ASSERT_EACH((Key(cipher, kKey, SAFER_K128), Key(later, kKey, SAFER_K128)), true);
+    ASSERT_ALL(Key(cipher, kKey, SAFER_K128), Key(later, kKey, SAFER_K128));
     later.SetRounds(taken);  // counts without a new key
     EXPECT_EQ(EncodeBlock(cipher), EncodeBlock(later)) << asked;
     later.SetRounds(asked);  // with a key the default is the variant's
@@ -180,7 +174,7 @@ TEST(Cipher, APhraseGoesThroughTheVirtualSteps) {
   std::string const digest = "afbd6e228b9d8cbbcef5ca2d03e6dba10ac0bc7dcbe4680e1e42d2e975459b65";
   Hash_RipeMD256 hash;
   spy.SetHash(&hash);
-  EXPECT_EACH((spy.InitKey("abc", g_iv.data()), spy.GetFlag(0)), true);
+  EXPECT_ALL(spy.InitKey("abc", g_iv.data()), spy.GetFlag(0));
   EXPECT_EQ(spy.seen, "Init Begin Rounds Tab Key End Encode Done ");
   // The digest is hidden, and the stream begins at the initial block.
   Cipher_Safer told;
@@ -217,7 +211,7 @@ TEST(Cipher, NoKeyWithoutADigestOrABlock) {
     if (keyed) EXPECT_EACH((cipher.Init("", 0, nullptr), cipher.GetFlag(0)), true, false) << "the flag is a phrase's";
     EXPECT_EQ(cipher.InitKey(std::string("phrase"), nullptr), keyed);
     cipher.block += 8;  // the next key takes new room
-    if (keyed) EXPECT_EACH((cipher.InitKey("phrase", nullptr)), true);
+    if (keyed) EXPECT_ALL(cipher.InitKey("phrase", nullptr));
   }
 }
 

@@ -1,12 +1,4 @@
-#include <gtest/gtest.h>
-#include <limits.h>
-#include <unistd.h>
-
-#include <string>
-#include <vector>
-
-#include "support/each.h"
-#include "support/scratch.h"
+#include "support/test.h"
 #include "support/vectors.h"
 #include "zelvane/crypto/cipher.h"
 
@@ -44,19 +36,19 @@ TEST(CipherManager, WhatCannotBeDoneFails) {
   Keyed unkeyed(nullptr), keyed;
   char bytes[] = "12345678";
   for (CipherManager* m : {&bare, static_cast<CipherManager*>(&unkeyed)}) {
-    EXPECT_EACH((m->EncodeBuffer(bytes, bytes, 8), m->DecodeBuffer(bytes, bytes, 8)), false) << (m == &bare);
-    EXPECT_EACH((m->EncodeFile(source, kept), m->DecodeFile(source, kept)), false) << (m == &bare);
+    EXPECT_NONE(m->EncodeBuffer(bytes, bytes, 8), m->DecodeBuffer(bytes, bytes, 8)) << (m == &bare);
+    EXPECT_NONE(m->EncodeFile(source, kept), m->DecodeFile(source, kept)) << (m == &bare);
     EXPECT_EACH((m->EncodeString("text"), m->DecodeString("text")), "") << (m == &bare);
   }
-  EXPECT_EACH((bare.InitKey("phrase"), bare.GetCipherObject(), keyed.EncodeBuffer(nullptr, bytes, 1)), false);
+  EXPECT_NONE(bare.InitKey("phrase"), bare.GetCipherObject(), keyed.EncodeBuffer(nullptr, bytes, 1));
   for (unsigned long length : {0UL, 0x80000000UL, ULONG_MAX})
-    EXPECT_EACH((keyed.EncodeBuffer(bytes, bytes, length), keyed.DecodeBuffer(bytes, bytes, length)), false) << length;
+    EXPECT_NONE(keyed.EncodeBuffer(bytes, bytes, length), keyed.DecodeBuffer(bytes, bytes, length)) << length;
   std::pair<std::string, std::string> const refused[] = {
       {s.Path("missing"), kept}, {s.Path(), kept},     {source, source}, {source, s.Path("soft")},
       {source, s.Path("hard")},  {"", kept},           {source, ""},     {source, s.Path("none/such")},
       {source, s.Path()},        {source, "/dev/full"}};
   for (auto const& [from, to] : refused)
-    EXPECT_EACH((keyed.EncodeFile(from, to), keyed.DecodeFile(from, to)), false) << from << " to " << to;
+    EXPECT_NONE(keyed.EncodeFile(from, to), keyed.DecodeFile(from, to)) << from << " to " << to;
   EXPECT_EACH((s.Read("source"), s.Read("kept"), bytes), text, "old", "12345678");
   EXPECT_TRUE(keyed.EncodeFile(source, kept));  // what failed has not moved the stream
   EXPECT_EQ(s.Read("kept"), Encoded(text));
@@ -71,8 +63,7 @@ TEST(CipherManager, FilesOfAnyLength) {
     manager.SetMode(mode);
     for (size_t length : {0, 1, 7, 8, 4095, 4096, 4097, 8192, 12299}) {
       std::string const text = Bytes(length), coded = s.Write("coded", std::string(20000, 'x')), back = s.Path("back");
-      EXPECT_EACH((manager.EncodeFile(s.Write("source", text), coded), manager.DecodeFile(coded, back)), true)
-          << length;
+      EXPECT_ALL(manager.EncodeFile(s.Write("source", text), coded), manager.DecodeFile(coded, back)) << length;
       size_t const sure = mode == CIPHER_CODE_BOOK ? length - length % 8 : length;
       EXPECT_EQ(s.Read("coded").size(), length) << mode;
       EXPECT_EQ(s.Read("coded").substr(0, sure), Encoded(text, mode).substr(0, sure)) << length << " " << mode;
@@ -102,9 +93,9 @@ TEST(CipherManager, EveryFormDoesTheSame) {
   std::string const expected = Keyed().EncodeString("text");
   EXPECT_EACH((m.EncodeString(std::string("text")), m.DecodeString(expected), m.DecodeString(expected.c_str())),
               expected, "text", "text");
-  EXPECT_EACH((m.EncodeFile(source.c_str(), coded.c_str()), m.DecodeFile(coded.c_str(), back.c_str())), true);
+  EXPECT_ALL(m.EncodeFile(source.c_str(), coded.c_str()), m.DecodeFile(coded.c_str(), back.c_str()));
   EXPECT_EACH((s.Read("coded"), s.Read("back")), Encoded(text), text);
-  EXPECT_EACH((m.EncodeFile(nullptr, coded.c_str()), m.DecodeFile(source.c_str(), nullptr)), false);
+  EXPECT_NONE(m.EncodeFile(nullptr, coded.c_str()), m.DecodeFile(source.c_str(), nullptr));
   EXPECT_EACH((m.InitKey(std::string("open sesame"), nullptr), m.GetMode()), true, CIPHER_CHAINED);
 }
 

@@ -1,12 +1,8 @@
 #include "zelvane/api/clientconfig.h"
 
-#include <gtest/gtest.h>
-#include <stdlib.h>
-
 #include "support/records.h"
 #include "support/settings.h"
-
-namespace fs = std::filesystem;
+#include "support/test.h"
 
 namespace {
 

@@ -1,23 +1,12 @@
 // Dates: every day beside the C library's calendar, with the peculiarities that are kept; text; the clock in zones.
 #include "zelvane/core/datetime.h"
 
-#include <gtest/gtest.h>
 #include <sys/time.h>
-
-#include <algorithm>
-#include <array>
 #include <cfloat>
-#include <climits>
-#include <cstdio>
-#include <cstdlib>
 #include <ctime>
-#include <stdexcept>
-#include <string>
-#include <utility>
 
-#include "support/each.h"
 #include "support/processes.h"
-#include "support/table.h"
+#include "support/test.h"
 
 namespace {
 
@@ -82,7 +71,7 @@ TEST(Calendar, ValuesThatAreNoDateTime) {
       EXPECT_EQ(result, -1) << t;
     EXPECT_EACH((DateTimeToStr(t), FormatDateTime(t, "%Y")), "") << t;
   }
-  EXPECT_EACH((SetDateTime(-1), SetDateTime(LONG_MIN)), false);
+  EXPECT_NONE(SetDateTime(-1), SetDateTime(LONG_MIN));
   EXPECT_TRUE(DecodeDateTime(0, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr));
 }
 
@@ -118,7 +107,7 @@ TEST(Clock, ZonesAndSummerTime) {
   test::Environment const zone("TZ", "XYZ3");
   std::time_t const before = std::time(nullptr);
   for (long const now : {GetDateTime() + 3 * 3600, GetGMTDateTime()})
-    EXPECT_EACH((before <= now, now <= std::time(nullptr)), true) << now << " at " << before;
+    EXPECT_ALL(before <= now, now <= std::time(nullptr)) << now << " at " << before;
 }
 
 TEST(DateText, Written) {

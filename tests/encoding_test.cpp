@@ -1,9 +1,6 @@
 #include "zelvane/api/encoding.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
-
+#include "support/test.h"
 #include "zelvane/version.h"
 
 namespace {

@@ -1,48 +1,33 @@
 #include "zelvane/core/fileutils.h"
 
-#include <fcntl.h>
-#include <gtest/gtest.h>
-#include <signal.h>
-#include <sys/stat.h>
 #include <sys/time.h>
 #include <sys/utsname.h>
-#include <unistd.h>
-
-#include <cerrno>
-#include <cstdint>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 
 #include "support/child.h"
-#include "support/each.h"
 #include "support/processes.h"
-#include "support/scratch.h"
-#include "support/table.h"
+#include "support/test.h"
 
 namespace {
 
 using test::Scratch;
-namespace fs = std::filesystem;
 using Text = char const*;
-using Names = std::vector<std::string>;
 
 // "-" leaves the variable unset; whoever keeps a test::Environment of it puts it back.
 int Set(Text name, std::string const& value) { return value == "-" ? unsetenv(name) : setenv(name, value.c_str(), 1); }
 
-// ---- Names ----
+// ---- test::Names ----
 
 TEST(FileNames, PartsOfAPath) {
   auto const parts = [](auto const& path, auto const& ext) {
-    return Names{ChangeFileExt(path, ext), ExtractFileExt(path),       ExtractFilePath(path),
-                 ExtractFileName(path),    IncludePathDelimiter(path), ExcludePathDelimiter(path)};
+    return test::Names{ChangeFileExt(path, ext), ExtractFileExt(path),       ExtractFilePath(path),
+                       ExtractFileName(path),    IncludePathDelimiter(path), ExcludePathDelimiter(path)};
   };
   for (test::Case const& c : test::Table("core/fileutils.txt", "parts")) {
-    Names const expected(c.columns.begin() + 2, c.columns.end());
+    test::Names const expected(c.columns.begin() + 2, c.columns.end());
     EXPECT_EQ(parts(c[0], c[1]), expected) << c;
     EXPECT_EQ(parts(c[0].c_str(), c[1].c_str()), expected) << c;
   }
-  EXPECT_EQ(parts(Text(nullptr), "cfg"), Names(6));
+  EXPECT_EQ(parts(Text(nullptr), "cfg"), test::Names(6));
   EXPECT_EQ(ChangeFileExt("a.txt", nullptr), "");
   EXPECT_EQ(ExtractFilePath(std::string("/x/y\0/z", 7)), "/x/") << "twins end at a NUL";
 }
@@ -86,16 +71,17 @@ TEST(Permissions, FoundByTryingWithoutTouching) {
       found += name + ("=" + rights(scratch.Path(name).c_str()) + " ");
     }
     EXPECT_EQ(found, "file=rw r=r w= =rd missing= dangling= file/x= ");
-    return found == twins && !testing::Test::HasFailure() && descriptors == test::OpenDescriptors();
+    EXPECT_EQ(twins, found);
+    EXPECT_EQ(test::OpenDescriptors(), descriptors);
   }));
   EXPECT_TRUE(test::AsOrdinaryUser([&] {  // in a directory that cannot be entered again, as daemons may be
     std::string const closed = scratch.Path("closed");
-    bool const inside = mkdir(closed.c_str(), 0700) == 0 && chdir(closed.c_str()) == 0 && chmod(".", 0) == 0;
-    return inside && DirExists("/") && !DirExists(closed) && rmdir(closed.c_str()) == 0;
+    EXPECT_EACH((mkdir(closed.c_str(), 0700), chdir(closed.c_str()), chmod(".", 0)), 0);
+    EXPECT_EACH((DirExists("/"), DirExists(closed), rmdir(closed.c_str())), true, false, 0);
   }));
   EXPECT_FALSE(FilePermToWrite(scratch.Path("fifo")));  // and does not wait
   EXPECT_EACH((rights(""), rights(Text(nullptr))), "");
-  EXPECT_EQ(scratch.List(), (Names{"dangling", "fifo", "file", "r", "w"}));
+  EXPECT_EQ(scratch.List(), (test::Names{"dangling", "fifo", "file", "r", "w"}));
 }
 
 // ---- Copying ----
@@ -131,7 +117,7 @@ TEST(Copying, RefusalsAndFailures) {
   for (Text name : {"from", "hard", "soft", "no/folder", ""})
     EXPECT_FALSE(CpFile(Record, from, scratch.Path(name), 0, true)) << name;
   EXPECT_FALSE(CpFile(Record, scratch.Path("missing"), to, 0, true));
-  EXPECT_EACH((CpFile(nullptr, to.c_str(), 0, true), CpFile(from.c_str(), nullptr, 0, true)), false);
+  EXPECT_NONE(CpFile(nullptr, to.c_str(), 0, true), CpFile(from.c_str(), nullptr, 0, true));
   EXPECT_EACH((scratch.Read("from"), scratch.Read("to")), "new", "old");
   EXPECT_FALSE(CpFile(Record, from, "/dev/full", 0, true));
   EXPECT_EQ(g_calls, "0/3=0 3/3=100 ");
@@ -170,8 +156,9 @@ TEST(System, VersionAndAdministrator) {
   std::string line;
   std::getline(std::ifstream("/etc/debian_version"), line);
   if (!line.empty()) EXPECT_EACH((GetOSVersion()), "Debian GNU/Linux " + line + end);
-  EXPECT_TRUE(geteuid() != 0 || test::InChild([] { return setuid(test::kNobody) == 0 && CurUserIsAdmin(); }));
-  EXPECT_FALSE(test::AsOrdinaryUser(CurUserIsAdmin));
+  auto const root = [] { EXPECT_EACH((setuid(test::kNobody), CurUserIsAdmin()), 0, true); };
+  if (geteuid() == 0) EXPECT_ALL(test::InChild(root)) << "the group's";
+  EXPECT_TRUE(test::AsOrdinaryUser([] { EXPECT_FALSE(CurUserIsAdmin()); }));
   errno = ENOTDIR;
   EXPECT_EQ(GetOSLastError(), ENOTDIR);
   EXPECT_EACH((GetOSType(), GetPathDelimiter()), 2, '/');

@@ -1,11 +1,6 @@
 #include "zelvane/crypto/hash.h"
 
-#include <gtest/gtest.h>
-
-#include <climits>
-#include <tuple>
-#include <vector>
-
+#include "support/test.h"
 #include "support/vectors.h"
 
 namespace {
@@ -29,7 +24,7 @@ std::string Digest(std::string message, size_t cut, size_t shift = 0) {
 
 // The frame with the blocks that reach Transform in hexadecimal, and the calls of Protect between them.
 struct Spy : Hash_MD4 {
-  std::vector<std::string> seen;
+  test::Names seen;
   void Transform(long* block) override { seen.push_back(Hex(std::string(reinterpret_cast<char const*>(block), 64))); }
   void Protect(bool active) override { seen.emplace_back(active ? "on" : "off"); }
   explicit Spy(std::uint32_t count = 0) { count_ = count; }

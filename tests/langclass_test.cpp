@@ -1,20 +1,8 @@
 #include "zelvane/lang/langclass.h"
 
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <string>
-#include <utility>
-#include <vector>
-
-#include "support/each.h"
-#include "support/scratch.h"
-#include "support/table.h"
+#include "support/test.h"
 
 namespace {
-
-using Names = std::vector<std::string>;
-constexpr char const* kNull = nullptr;
 
 // Kept by hand: comments, CR LF, odd spacing, a name in Latin-1, a language without a name, a name without texts.
 constexpr char kFile[] =
@@ -62,9 +50,9 @@ TEST_F(Languages, ReadsAHandKeptFile) {
   }
   EXPECT_EQ(File(), kFile);
   Load(kFile, 1);
-  lang_.SetFileName(kNull);
+  lang_.SetFileName(test::kNull);
   EXPECT_EQ(lang_.GetLangStr(12), "Power on") << "naming another file leaves what is loaded";
-  EXPECT_EACH((lang_.LoadStrings(1), lang_.SetLangStr(1, "text"), lang_.SetLangStr(1, "text", 1)), false);
+  EXPECT_NONE(lang_.LoadStrings(1), lang_.SetLangStr(1, "text"), lang_.SetLangStr(1, "text", 1));
   EXPECT_EACH((lang_.GetLangStr(12), lang_.GetLangDesc(1)), "");
   EXPECT_EQ(lang_.GetLangCount(), 0u);
 }
@@ -96,16 +84,16 @@ TEST_F(Languages, WritesATextAndKnowsIt) {
   EXPECT_TRUE(lang_.SetLangStr(12, lang_.GetLangStr(99).c_str()));
   replace("12 = On \xE9\n", "12 = \n");
   for (std::string const text : {"[", "]", "a[1]", "a\nb", "\n", "a\rb", "12 = x\r\n"})
-    EXPECT_EACH((lang_.SetLangStr(12, text), lang_.SetLangStr(12, text.c_str(), 2)), false) << text;
-  EXPECT_EACH((lang_.SetLangStr(12, kNull), lang_.SetLangStr(12, kNull, 1)), false);
+    EXPECT_NONE(lang_.SetLangStr(12, text), lang_.SetLangStr(12, text.c_str(), 2)) << text;
+  EXPECT_NONE(lang_.SetLangStr(12, test::kNull), lang_.SetLangStr(12, test::kNull, 1));
   EXPECT_EQ(File(), expected);
   EXPECT_EACH((lang_.GetLangStr(0), lang_.GetLangStr(-3), lang_.GetLangStr(12), lang_.GetLangStr(1)), "Power  off", "",
               "", "");
 }
 
 TEST_F(Languages, TheFirstTextMakesTheFileUnlessItCannotBeWritten) {
-  EXPECT_EACH((lang_.LoadStrings(2), lang_.SetLangStr(1, "refused]")), false);
-  EXPECT_EQ(folder_.List(), Names{});
+  EXPECT_NONE(lang_.LoadStrings(2), lang_.SetLangStr(1, "refused]"));
+  EXPECT_EQ(folder_.List(), test::Names{});
   EXPECT_TRUE(lang_.SetLangStr(12, "Ligar")) << "language 2 counts as loaded although it has no section";
   EXPECT_EACH((File(), lang_.GetLangStr(12)), "[2]\n12 = Ligar", "Ligar");
   for (std::string const name : {"folder", "missing/lang.cfg"}) {
@@ -113,7 +101,7 @@ TEST_F(Languages, TheFirstTextMakesTheFileUnlessItCannotBeWritten) {
     lang_.SetFileName(folder_.Path(name));
     EXPECT_EACH((lang_.LoadStrings(1), lang_.SetLangStr(1, "text"), lang_.GetLangCount()), false, false, 0) << name;
   }
-  EXPECT_EQ(folder_.List(), (Names{"folder/", "folder/x/", "lang.cfg"}));
+  EXPECT_EQ(folder_.List(), (test::Names{"folder/", "folder/x/", "lang.cfg"}));
 }
 
 TEST_F(Languages, NumbersAre32BitsWide) {

@@ -1,15 +1,7 @@
 #include "zelvane/lang/language.h"
 
-#include <gtest/gtest.h>
-#include <stdlib.h>
-
-#include <filesystem>
-#include <string>
-#include <utility>
-#include <vector>
-
-#include "support/each.h"
 #include "support/settings.h"
+#include "support/test.h"
 
 namespace {
 
@@ -60,7 +52,7 @@ TEST_F(UserLanguages, DescriptionsAreCutToTheirRoom) {
 }
 
 TEST_F(UserLanguages, ANewWordingGoesToTheUsersFile) {
-  std::vector<std::string> const before = root_.List();
+  test::Names const before = root_.List();
   Open(1);
   EXPECT_EACH((GetLangStr(lang_, 1), GetSystemLangStr(lang_, 1)), "");
   EXPECT_EQ(GetLangCount(lang_), 0u);

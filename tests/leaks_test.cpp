@@ -1,18 +1,9 @@
 // The test program's own checks: what is left behind fails the test, and a list of calls names those that differ.
 #include "support/leaks.h"
 
-#include <fcntl.h>
 #include <gtest/gtest-spi.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <filesystem>
-#include <fstream>
-#include <functional>
-#include <memory>
-#include <utility>
-
-#include "support/each.h"
+#include "support/test.h"
 
 namespace {
 

@@ -1,25 +1,10 @@
 #include "zelvane/logs/logclass.h"
 
 #include <dlfcn.h>
-#include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/file.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <algorithm>
-#include <cerrno>
-#include <climits>
-#include <filesystem>
-#include <functional>
-#include <random>
-#include <set>
-#include <utility>
-#include <vector>
 
 #include "support/child.h"
-#include "support/each.h"
-#include "support/scratch.h"
+#include "support/test.h"
 #include "zelvane/core/datetime.h"
 
 namespace {
@@ -47,8 +32,6 @@ extern "C" __attribute__((visibility("default"))) int fstat64(int fd, struct sta
 namespace {
 
 using test::InChild, test::ReadFile, test::WriteFile;
-using Names = std::vector<std::string>;
-namespace fs = std::filesystem;
 
 constexpr unsigned long kSize = 4;
 
@@ -92,14 +75,14 @@ class RecordLog : public testing::Test {
 };
 
 TEST_F(RecordLog, TheFileIsStampsAndPayloads) {
-  EXPECT_EACH((log.WriteReg(0x01020304, "abcd", 4), log.WriteReg(-1, "\0\xFFyz", 4)), true);
+  EXPECT_ALL(log.WriteReg(0x01020304, "abcd", 4), log.WriteReg(-1, "\0\xFFyz", 4));
   EXPECT_EQ(ReadFile(path), std::string("\4\3\2\1abcd\xFF\xFF\xFF\xFF\0\xFFyz", 16));
   EXPECT_EQ(LogClass().SetFile(nullptr), 1);
-  EXPECT_EACH((log.WriteReg(1, nullptr, 4), log.WriteReg(1, "abcd", 4294967292)), false);
+  EXPECT_NONE(log.WriteReg(1, nullptr, 4), log.WriteReg(1, "abcd", 4294967292));
   long const before = GetDateTime();
   long when = 0;
-  EXPECT_EACH((log.ClearFile(), log.WriteReg(nullptr, 0), log.ReadFileReg(0, &when, nullptr, 0)), true);
-  EXPECT_EACH((before <= when, when <= GetDateTime()), true) << when;
+  EXPECT_ALL(log.ClearFile(), log.WriteReg(nullptr, 0), log.ReadFileReg(0, &when, nullptr, 0));
+  EXPECT_ALL(before <= when, when <= GetDateTime()) << when;
 }
 
 TEST_F(RecordLog, OnlyWholeRecordsCount) {
@@ -119,7 +102,7 @@ TEST_F(RecordLog, OnlyWholeRecordsCount) {
 TEST_F(RecordLog, ADamagedFileIsKeptAndBegunAnew) {
   for (std::string const damaged : {"torn!", "again"}) {
     WriteFile(path, damaged);
-    EXPECT_EACH((Append(log, 2), Append(log, 3)), true);
+    EXPECT_ALL(Append(log, 2), Append(log, 3));
     EXPECT_EQ(ReadFile(path), Records(2, 3));
   }
   EXPECT_EACH((ReadFile(path + ".bad"), ReadFile(path + ".bad.1")), "torn!", "again") << "each is kept";
@@ -140,7 +123,7 @@ TEST_F(RecordLog, OnlyTheNewestStayBeyondTheBound) {
     if (row.most != 1024) log.SetMaxLines(row.most);  // the bound of a log that has not been given any
     EXPECT_TRUE(Append(log, row.before + 1)) << row.before;
     EXPECT_TRUE(scratch.Read("same") == Records(row.first, row.before + 1)) << row.before << " bound " << row.most;
-    EXPECT_EQ(scratch.List(), (Names{"log", "same"})) << row.before;
+    EXPECT_EQ(scratch.List(), (test::Names{"log", "same"})) << row.before;
     fs::remove(scratch.Path("same"));
   }
 }
@@ -149,10 +132,10 @@ TEST_F(RecordLog, ACutThatCannotBeginLeavesTheLog) {
   WriteFile(path, Records(1, 10));
   log.SetMaxLines(6);
   // The copy of 48 bytes ends in the middle of a record.
-  EXPECT_TRUE(test::WithShortFiles(37, [&] { return log.LimitFile(kSize), true; }));
+  EXPECT_TRUE(test::WithShortFiles(37, [&] { log.LimitFile(kSize); }));
   EXPECT_EQ(ReadFile(path), Records(1, 10));
-  EXPECT_EQ(scratch.List(), Names{"log"});
-  EXPECT_FALSE(test::WithShortFiles(87, [&] { return Append(log, 11); }));
+  EXPECT_EQ(scratch.List(), test::Names{"log"});
+  EXPECT_TRUE(test::WithShortFiles(87, [&] { EXPECT_FALSE(Append(log, 11)); }));
   EXPECT_EQ(ReadFile(path), Records(1, 10)) << "the part of a record is taken back";
   fs::create_directories(path + ".tmp/taken");
   EXPECT_TRUE(Append(log, 11)) << "a failed cut is no failure";
@@ -171,7 +154,7 @@ TEST_F(RecordLog, TheScratchFileLeadsNowhere) {
   log.meanwhile = [] {};  // leftovers: they go
   EXPECT_TRUE(Append(log, 4));
   EXPECT_EACH((ReadFile(path), scratch.Read("victim")), Records(4, 4), "mine");
-  EXPECT_EQ(scratch.List(), (Names{"log", "victim"}));
+  EXPECT_EQ(scratch.List(), (test::Names{"log", "victim"}));
 }
 
 // What power can leave of a cut while its records are copied back: sectors of the old and of the new log in any
@@ -208,7 +191,7 @@ TEST_F(RecordLog, ACutThatBrokeOffIsFinished) {
     ASSERT_TRUE(Append(log, all + 1)) << round;
     ASSERT_TRUE(ReadFile(path) == expected.substr(8) + Records(all + 1, all + 1))
         << round << ": " << most << ", " << drop;
-    ASSERT_EQ(scratch.List(), Names{"log"}) << round;
+    ASSERT_EQ(scratch.List(), test::Names{"log"}) << round;
   }
 }
 
@@ -229,7 +212,7 @@ TEST_F(RecordLog, AScratchFileThatIsNotNeededIsOnlyRemoved) {
     EXPECT_TRUE(Append(log, 15));
     std::string const all = left + Records(15, 15);
     EXPECT_TRUE(ReadFile(path) == all.substr(all.size() - std::min<std::size_t>(all.size(), 80))) << left.size();
-    EXPECT_EQ(scratch.List(), Names{"log"});
+    EXPECT_EQ(scratch.List(), test::Names{"log"});
   }
 }
 
@@ -238,7 +221,7 @@ TEST_F(RecordLog, ALogThatLeadsToItsScratchFileIsNotRemoved) {
   log.SetMaxLines(3);
   for (std::uint32_t i = 1; i <= 5; i++) EXPECT_TRUE(Append(log, i)) << i;
   EXPECT_EQ(scratch.Read("log.tmp"), Records(3, 5));
-  EXPECT_EQ(scratch.List(), (Names{"log", "log.tmp"}));
+  EXPECT_EQ(scratch.List(), (test::Names{"log", "log.tmp"}));
   fs::remove(scratch.Path("log.tmp"));  // no leftover but the log
 }
 
@@ -271,7 +254,7 @@ TEST_F(RecordLog, ASubclassMayDisownTheRecords) {
 // The first name settles the scratch file; later ones remove what has its name, unless it is the log.
 TEST_F(RecordLog, TheScratchFileKeepsItsName) {
   for (auto const& [name, gone] : {std::pair("other", "log.tmp"), {"log.tmp", "none"}, {"other", "log.tmp.tmp"}}) {
-    Names files = {"log.tmp", "log.tmp.tmp", "other.tmp"};
+    test::Names files = {"log.tmp", "log.tmp.tmp", "other.tmp"};
     for (std::string const& file : files) scratch.Write(file, "");
     EXPECT_EQ(log.SetFile(scratch.Path(name)), 1);
     files.erase(std::remove(files.begin(), files.end(), gone), files.end());
@@ -285,7 +268,7 @@ TEST_F(RecordLog, TheScratchFileKeepsItsName) {
     EXPECT_EACH((other.SetFile(path), other.SetFile(scratch.Path(".") + "/log.tmp")), 1);
     EXPECT_EQ(fs::exists(path + ".tmp"), there);
     other.SetMaxLines(1);
-    EXPECT_EACH((Append(other, 2), Append(other, 3)), true);
+    EXPECT_ALL(Append(other, 2), Append(other, 3));
     EXPECT_EQ(ReadFile(path + ".tmp"), Records(3, 3)) << there;
   }
 }
@@ -294,7 +277,7 @@ TEST_F(RecordLog, RecordsAreReadByIndex) {
   std::string bytes = Records(5, 6) + Bytes(0x80000000) + "last";
   WriteFile(path, bytes);
   ASSERT_TRUE(log.SetBuffer(bytes.data(), bytes.size()));
-  EXPECT_EACH((log.SetBuffer(nullptr, 10), log.SetBuffer(bytes.data(), 0)), false);
+  EXPECT_NONE(log.SetBuffer(nullptr, 10), log.SetBuffer(bytes.data(), 0));
   for (auto const read : {&LogClass::ReadFileReg, &LogClass::ReadReg}) {
     long when = 0x55555555;  // every bit of it is replaced, whatever the width of a long
     char data[6] = ".....";

@@ -1,18 +1,6 @@
 #include "zelvane/logs/logreader.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <climits>
-#include <cstdint>
-#include <cstdlib>
-#include <memory>
-#include <random>
-#include <utility>
-#include <vector>
-
-#include "support/each.h"
-#include "support/scratch.h"
+#include "support/test.h"
 
 namespace {
 

@@ -1,22 +1,13 @@
 // Every exported plain function, and what of the toolkit its own tests leave out, with what it must refuse: null
 // pointers one by one, numbers out of range, char arrays without a NUL. Nothing may crash, change a file or keep a
 // descriptor.
-#include <gtest/gtest.h>
 #include <sys/mman.h>
-#include <unistd.h>
 
-#include <climits>
-#include <cstring>
-#include <string>
-#include <vector>
-
-#include "support/each.h"
 #include "support/settings.h"
+#include "support/test.h"
 #include "zelvane/zelvane.h"
 
 namespace {
-
-constexpr char const* kNull = nullptr;
 
 class Misuse : public testing::Test {
  protected:
@@ -33,15 +24,15 @@ class Misuse : public testing::Test {
   ~Misuse() override { EXPECT_EQ(Files(), files_); }
 
   // Each with what it holds.
-  std::vector<std::string> Files() const {
-    std::vector<std::string> files = root_.List();
+  test::Names Files() const {
+    test::Names files = root_.List();
     for (std::string& file : files)
       if (file.back() != '/') file += ":\n" + root_.Read(file);
     return files;
   }
 
   test::Installation root_;
-  std::vector<std::string> files_;
+  test::Names files_;
 };
 
 TEST_F(Misuse, ClosingNullTwice) {
@@ -50,7 +41,7 @@ TEST_F(Misuse, ClosingNullTwice) {
     EXPECT_EACH((CloseServerList(nullptr), CloseUPSTypeList(nullptr), CloseEnumSerialPorts(nullptr),
                  LogReaderClose(nullptr), CloseProgList(nullptr), CloseBrwsList(nullptr)),
                 0);
-    EXPECT_EACH((CloseSvcManager(nullptr)), false);
+    EXPECT_NONE(CloseSvcManager(nullptr));
     CloseLang(nullptr);
     Close_Zelvane3x_Log(nullptr);
     Close_Zelvane3x_Log(&records);
@@ -96,9 +87,8 @@ TEST_F(Misuse, NullHandles) {
     EXPECT_EACH((remove(nullptr, -1, true)), 0);
   for (auto clear : {ClearBrwsGroupsList, ClearBrwsComputersList, ClearBrwsNobreaksList})
     EXPECT_EACH((clear(nullptr, true)), 0);
-  EXPECT_EACH((GetSvcStatus(nullptr, "a", &flag, &flag), SvcStart(nullptr, "a"), SvcStop(nullptr, "a"),
-               SvcRestart(nullptr, "a"), SetSvcAuto(nullptr, "a", 1)),
-              false);
+  EXPECT_NONE(GetSvcStatus(nullptr, "a", &flag, &flag), SvcStart(nullptr, "a"), SvcStop(nullptr, "a"),
+              SvcRestart(nullptr, "a"), SetSvcAuto(nullptr, "a", 1));
   EXPECT_EQ(flag, 7);
   EXPECT_STREQ(text, "kept");
   EXPECT_EQ(when, 7);
@@ -120,7 +110,7 @@ TEST_F(Misuse, NullArguments) {
   void* records = &flag;
   EXPECT_EACH((Load_Zelvane3x_Log(nullptr, nullptr), Load_Zelvane3x_Log(nullptr, &records)), 0);
   EXPECT_EACH((records), nullptr);
-  EXPECT_EACH((ParseMacroFileName(kNull, "x"), ParseMacroFileName("//UPSSRVCFG//", kNull)), "");
+  EXPECT_EACH((ParseMacroFileName(test::kNull, "x"), ParseMacroFileName("//UPSSRVCFG//", test::kNull)), "");
   char text[8] = "kept";
   EXPECT_EACH((GetOSVersionInfo(text, 0), GetUPSModelName(-1, 0, text, 1)), 0);
   int fields[6];
@@ -131,10 +121,9 @@ TEST_F(Misuse, NullArguments) {
     int const expected[6] = {1970, 1, 1, 23, 59, 59};
     for (int i = 0; i < 6; i++) EXPECT_EQ(fields[i], i == without ? -1 : expected[i]) << i << " without " << without;
   }
-  EXPECT_EACH((GetProcStatus(nullptr, &flag), KillProc(nullptr), CreateNewProc(nullptr, 0), GetProcAuto(nullptr, &flag),
-               GetProcAuto("init", nullptr), SetProcAuto(nullptr, 1)),
-              false);
-  EXPECT_EACH((GetProcStatus("init", nullptr)), true);
+  EXPECT_NONE(GetProcStatus(nullptr, &flag), KillProc(nullptr), CreateNewProc(nullptr, 0), GetProcAuto(nullptr, &flag),
+              GetProcAuto("init", nullptr), SetProcAuto(nullptr, 1));
+  EXPECT_ALL(GetProcStatus("init", nullptr));
   EXPECT_EQ(flag, 7);
 
   void* const servers = OpenServerList();

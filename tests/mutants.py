@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
 """Mutants of the library and the command: one small fault a time, and whether the tests see it.
-
-mutants.py BUILD [--count N] [--seed S] [PATTERN ...]
+mutants.py BUILD [--count N] [--seed S] [--skip N] [--quick] [PATTERN ...]
 
 A copy of the sources in BUILD is configured once. Each mutant changes one line there, compiles what depends on it and
-runs the tests, the likeliest first, up to the first that fails. PATTERN chooses mutants by a part of their PATH:LINE. They
-come in a random order, so that an interrupted run is a sample of all modules. Each is one line of output: its verdict,
+runs the tests of its part, the likeliest first, up to the first that fails. PATTERN chooses by a part of PATH:LINE. They
+come in a random order, so that an interrupted run is a sample of all modules. --quick leaves the fault injection out: its
+survivors are tried again without. Each is one line of output: its verdict,
 its place, the line before and after, and what failed. The last line counts the verdicts.
 """
 import argparse
@@ -20,7 +20,8 @@ from collections import Counter
 from contextlib import suppress
 from pathlib import Path
 
-WALL_SECONDS, PROCESSOR_SECONDS = 600, 60  # a mutant that loops is known by the latter, however busy the machine is
+# However busy the machine is, a mutant that loops is known by its processor time.
+WALL_SECONDS, PROCESSOR_SECONDS, SWEEP_SECONDS = 240, 15, 150
 
 # What is found (outside comments, literals and template brackets) and what takes its place.
 OPERATORS = [(r" == ", " != "), (r" != ", " == "), (r" < ", " <= "), (r" > ", " >= "), (r" <= ", " < "),
@@ -55,28 +56,28 @@ def mutants_of_line(line):
 
 class Workshop:
     """A copy of the tracked files, built without optimisation, and the tests to run in it."""
-
-    def __init__(self, build):
-        self.source, self.build, self.output = build / "source", build / "objects", build / "output"
+    def __init__(self, build, quick):
+        self.source, self.build, self.output, self.quick = build / "source", build / "objects", build / "output", quick
         names = subprocess.check_output(["git", "ls-files", "-z"], text=True).split("\0")[:-1]
         for name in filter(os.path.isfile, names):
-            copy = self.source / name  # with a time of its own where it differs: what an interrupted run left is compiled anew
+            copy = self.source / name  # what an interrupted run left is replaced
             if not copy.is_file() or copy.read_bytes() != Path(name).read_bytes():
                 copy.parent.mkdir(parents=True, exist_ok=True)
                 shutil.copy(name, copy)
         # The source that was mutated last comes from the cache; of the programs, the shared library alone is linked anew.
         launcher = ["-DCMAKE_CXX_COMPILER_LAUNCHER=ccache"] if shutil.which("ccache") else []
-        for command in (["cmake", "-S", self.source, "-B", self.build, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Debug", *launcher,
-                         "-DCMAKE_CXX_FLAGS_DEBUG=-O0", "-DZELVANE_STRESS=ON", "-DCMAKE_LINK_DEPENDS_NO_SHARED=ON"],
-                        ["cmake", "--build", self.build, "--target", "zelvane_tests", "zelvane_tests_static", "zelvane_stress"]):
-            subprocess.run(command, stdout=subprocess.DEVNULL, check=True)
+        subprocess.run(["cmake", "-S", self.source, "-B", self.build, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Debug", *launcher,
+                        "-DCMAKE_CXX_FLAGS_DEBUG=-O0", "-DZELVANE_STRESS=ON", "-DCMAKE_LINK_DEPENDS_NO_SHARED=ON"],
+                       stdout=subprocess.DEVNULL, check=True)
+        subprocess.run(["cmake", "--build", self.build, "--target", "zelvane_tests", "zelvane_tests_static", "zelvane_stress"],
+                       stdout=subprocess.DEVNULL, check=True)
 
-    def run(self, command):
-        """Whether the command succeeds in time. What it starts ends with it."""
+    def run(self, command):  # whether it succeeds in time
+        seconds = SWEEP_SECONDS if "faults" in command else PROCESSOR_SECONDS
         with open(self.output, "wb") as output:
             process = subprocess.Popen(
                 command, stdout=output, stderr=output, stdin=subprocess.DEVNULL, start_new_session=True,
-                preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_CPU, (PROCESSOR_SECONDS, PROCESSOR_SECONDS + 1)))
+                preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_CPU, (seconds, seconds + 1)))
             try:
                 return process.wait(WALL_SECONDS) == 0
             except subprocess.TimeoutExpired:
@@ -87,21 +88,23 @@ class Workshop:
                 process.wait()
 
     def suites(self, names, text=""):
-        """A filter of the suites in the test files of these names that have the text in them."""
+        """A filter of the suites in the test files of these names that hold the text."""
         files = [file.read_text(encoding="utf-8") for file in (self.source / "tests").glob(names)]
         found = {name for file in files if text in file for name in re.findall(r"^TEST(?:_F)?\((\w+),", file, re.MULTILINE)}
-        return ":".join(f"{name}.*" for name in sorted(found))
+        return ":".join(sorted(f"{name}.*" for name in found))
 
     def steps(self, path):
         """What is built, and the tests that run then: first those that include a header of the same folder."""
-        flags = ["--gtest_brief=1", "--gtest_fail_fast"]
-        shared, static = [self.build / "tests/zelvane_tests", *flags], [self.build / "tests/zelvane_tests_static", *flags]
+        shared, static = ([self.build / "tests" / name, "--gtest_brief=1", "--gtest_fail_fast"]
+                          for name in ("zelvane_tests", "zelvane_tests_static"))
+        command, internal = self.suites("zelctl*_test.cpp"), self.suites("*_internal_test.cpp")
         if "tools" in path.relative_to(self.source).parts:
-            return [("zelctl", [[*shared, f"--gtest_filter={self.suites('zelctl*_test.cpp')}"]])]
+            return [("zelctl", [[*shared, f"--gtest_filter={command}"]])]
         near = self.suites("*_test.cpp", f'#include "{path.relative_to(self.source).parent}/')
-        return [("zelvane", [[*shared, f"--gtest_filter={near}"], [*shared, f"--gtest_filter=-{near}"]]),
-                ("zelvane_tests_static", [[*static, f"--gtest_filter={self.suites('*_internal_test.cpp')}"]]),
-                ("zelvane", [[self.build / "stress/zelvane_stress", "faults", "--brief"]])]
+        steps = [("zelvane", [[*shared, f"--gtest_filter={near}-{command}"], [*shared, f"--gtest_filter=-{near}:{command}"]]),
+                 ("zelvane_tests_static", [[*static, f"--gtest_filter={internal}"]]),
+                 ("zelvane", [[self.build / "stress/zelvane_stress", "faults", "--brief"]])]
+        return steps[:2] if self.quick else steps
 
     def verdict(self, path, number, mutant):
         original = path.read_text(encoding="utf-8")
@@ -112,10 +115,9 @@ class Workshop:
             for target, tests in self.steps(path):
                 if not self.run(["cmake", "--build", self.build, "--target", target]):
                     return "no program", ""
-                for test in tests:
-                    if not self.run(test):
-                        failed = re.search(r"\[  FAILED  \] ([\w.]+)", self.output.read_text(encoding="latin-1"))
-                        return "killed", failed[1] if failed else Path(test[0]).name
+                if not all(self.run(test) for test in tests):
+                    failed = re.search(r"\[  FAILED  \] ([\w.]+)", self.output.read_text(encoding="latin-1"))
+                    return "killed", failed[1] if failed else ""
             return "survived", ""
         finally:
             path.write_text(original, encoding="utf-8")
@@ -126,20 +128,21 @@ def main():
     parser.add_argument("build", type=Path)
     parser.add_argument("--count", type=int, default=500)
     parser.add_argument("--seed", type=int, default=1)
+    parser.add_argument("--skip", type=int, default=0)
+    parser.add_argument("--quick", action="store_true")
     parser.add_argument("patterns", nargs="*")
     choice = parser.parse_intermixed_args()
-    workshop = Workshop(choice.build.resolve())
+    workshop = Workshop(choice.build.resolve(), choice.quick)
     paths = sorted(path for folder in ("zelvane", "tools") for path in (workshop.source / folder).rglob("*.cpp"))
-    for path in (paths[0], paths[-1]):
-        if not all(workshop.run(test) for _, tests in workshop.steps(path) for test in tests):
-            sys.exit(f"the tests fail without a mutant: {workshop.output}")
     place = {path: str(path.relative_to(workshop.source)) for path in paths}
     mutants = [(path, number, line, mutant) for path in paths
                for number, line in enumerate(path.read_text(encoding="utf-8").split("\n"))
                if not choice.patterns or any(each in f"{place[path]}:{number + 1}:" for each in choice.patterns)
                for mutant in mutants_of_line(line)]
+    if not all(workshop.run(test) for _, tests in workshop.steps(mutants[0][0]) for test in tests):
+        sys.exit(f"the tests fail without a mutant: {workshop.output}")
     verdicts = Counter()
-    for path, number, line, mutant in random.Random(choice.seed).sample(mutants, min(choice.count, len(mutants))):
+    for path, number, line, mutant in random.Random(choice.seed).sample(mutants, min(choice.count, len(mutants)))[choice.skip:]:
         verdict, by = workshop.verdict(path, number, mutant)
         verdicts[verdict] += 1
         print(f"{verdict:10} {place[path]}:{number + 1}: {line.strip()}  =>  {mutant.strip()}  [{by}]", flush=True)

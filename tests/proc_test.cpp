@@ -1,24 +1,12 @@
 #include "zelvane/system/proc.h"
 
-#include <gtest/gtest.h>
-#include <limits.h>
-#include <signal.h>
 #include <sys/resource.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <chrono>
-#include <cstdint>
-#include <functional>
-#include <tuple>
-#include <vector>
 
 #include "support/child.h"
-#include "support/each.h"
 #include "support/processes.h"
-#include "support/scratch.h"
 #include "support/services.h"
+#include "support/test.h"
 #include "zelvane/system/procsvc.h"
 
 namespace {
@@ -89,7 +77,7 @@ TEST(ProcTable, InterruptedByASignal) {
                     "while [ -e \"$dir/mark\" ]; do :; done; echo 7 1 0 a a");
     mark = ps.Path("mark");
     ProcManager table;
-    EXPECT_EACH((table.Update(), table.IsRunning(7)), true);
+    EXPECT_ALL(table.Update(), table.IsRunning(7));
   }
   sigaction(SIGUSR1, &before, nullptr);
 }
@@ -110,9 +98,8 @@ TEST(ProcLookup, TheFirstInATableThatIsReadOnce) {
     EXPECT_EACH((table.IsRunning(name), table.GetProcByName(std::string(name))), (id != 0), found) << name;
   }
   EXPECT_EACH((table.GetProcByPID(8), table.IsRunning(9), table.GetProcCount()), table.GetProcByIndex(1), true, 4);
-  EXPECT_EACH((table.GetProcByIndex(4), table.GetProcByIndex(ULONG_MAX), table.GetProcByPID(1), table.IsRunning(0ul),
-               table.GetProcByName(nullptr)),
-              false);
+  EXPECT_NONE(table.GetProcByIndex(4), table.GetProcByIndex(ULONG_MAX), table.GetProcByPID(1), table.IsRunning(0ul),
+              table.GetProcByName(nullptr));
   EXPECT_EQ(table.updates, 1);
   for (int i = 0; i < 2; i++) {
     table.Clear();
@@ -184,8 +171,7 @@ TEST(ProcCreate, InASessionOfItsOwn) {
         << &create - forms;
   }
   char const* const null = nullptr;
-  EXPECT_EACH((m.CreateNew(null), m.CreateNew(null, 0), m.CreateNewAndWait(null, 0), m.CreateNewAndWait(null, 0, 0)),
-              false);
+  EXPECT_NONE(m.CreateNew(null), m.CreateNew(null, 0), m.CreateNewAndWait(null, 0), m.CreateNewAndWait(null, 0, 0));
 }
 
 // A command longer than the system takes: the child comes back with false, the caller has true.
@@ -232,9 +218,10 @@ TEST(ProcFunctions, WhenNothingCanBeStarted) {
   EXPECT_TRUE(test::AsOrdinaryUser([&] {
     rlimit const none = {0, 0};
     int running = 7;
-    return setrlimit(RLIMIT_NPROC, &none) == 0 && !CreateNewProc("true", -1) && !ProcManager().CreateNew("true", 0) &&
-           !ProcManager().Update() && GetProcStatus("sh", &running) && running == 0 && !AlreadyRunning() &&
-           !SvcStart(&services, "service") && !SvcStop(&services, "service") && NoChild();
+    EXPECT_EQ(setrlimit(RLIMIT_NPROC, &none), 0);
+    EXPECT_NONE(CreateNewProc("true", -1), ProcManager().CreateNew("true", 0), ProcManager().Update(), AlreadyRunning(),
+                SvcStart(&services, "service"), SvcStop(&services, "service"));
+    EXPECT_EACH((GetProcStatus("sh", &running), running, NoChild()), true, 0, true);
   }));
 }
 

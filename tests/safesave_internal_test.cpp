@@ -1,25 +1,10 @@
 #include "zelvane/core/safesave_internal.h"
 
 #include <dlfcn.h>
-#include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/random.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <cerrno>
 #include <csignal>
-#include <cstdio>
-#include <cstring>
-#include <filesystem>
-#include <map>
-#include <tuple>
-#include <utility>
-#include <vector>
 
-#include "support/child.h"
-#include "support/each.h"
-#include "support/scratch.h"
+#include "support/test.h"
 
 // ---- System calls that fail, or end the process, when a test asks for it ----
 
@@ -94,8 +79,6 @@ namespace {
 
 using test::Scratch;
 using namespace zelvane::internal;
-using Names = std::vector<std::string>;
-namespace fs = std::filesystem;
 
 std::string const kOld(100000, 'o');
 std::string const kNew(150000, 'n');
@@ -143,10 +126,10 @@ TEST(SafeSave, FollowsLinksToTheirEnd) {
   fs::create_symlink("real/file", scratch.Path("chain"));
   fs::create_symlink("real/missing", scratch.Path("dangling"));
   ino_t const old = Status(scratch.Path("chain")).st_ino;
-  EXPECT_EACH((SafeSave(scratch.Path("chain"), "new"), SafeSave(scratch.Path("dangling"), "made")), true);
+  EXPECT_ALL(SafeSave(scratch.Path("chain"), "new"), SafeSave(scratch.Path("dangling"), "made"));
   EXPECT_NE(Status(scratch.Path("real/file")).st_ino, old) << "never emptied: another file takes the name";
   EXPECT_EACH((scratch.Read("real/file"), scratch.Read("real/missing")), "new", "made");
-  EXPECT_EACH((fs::is_symlink(scratch.Path("chain")), fs::is_symlink(scratch.Path("dangling"))), true);
+  EXPECT_ALL(fs::is_symlink(scratch.Path("chain")), fs::is_symlink(scratch.Path("dangling")));
 }
 
 // Of a killed program, or placed by somebody who knows the name.
@@ -159,7 +142,7 @@ TEST(SafeSave, WhatHasTheTemporarysNameIsLeftAlone) {
     EXPECT_FALSE(std::exchange(g_sameNumber, false)) << "the name was tried";
   }
   EXPECT_EACH((scratch.Read("file"), scratch.Read("new"), scratch.Read("victim")), "file", "new", "mine");
-  EXPECT_EQ(scratch.List(), (Names{".zelvaaaaaaaa", "file", "new", "victim"}));
+  EXPECT_EQ(scratch.List(), (test::Names{".zelvaaaaaaaa", "file", "new", "victim"}));
 }
 
 TEST(SafeSave, FailingCallsLeaveOldOrNewAndNothingElse) {
@@ -182,7 +165,7 @@ TEST(SafeSave, FailingCallsLeaveOldOrNewAndNothingElse) {
     Scratch scratch;
     scratch.Write("file", kOld);
     fs::create_hard_link(scratch.Write("linked", kOld), scratch.Path("other"));
-    Names const names = scratch.List();
+    test::Names const names = scratch.List();
     std::string const before = scratch.Read(name);
     g_faults = failing;
     EXPECT_EQ(SafeSave(scratch.Path(name), kNew), saved);
@@ -212,7 +195,7 @@ TEST(SafeSave, IfMissingNeverReplaces) {
     EXPECT_TRUE(scratch.Read("file") == kOld) << name;
     EXPECT_TRUE(scratch.Read("missing") == (saved || name == "no/folder" ? kNew : "<missing>")) << name;
   }
-  EXPECT_EQ(scratch.List(), (Names{"dangling", "file", "linked", "missing"}));
+  EXPECT_EQ(scratch.List(), (test::Names{"dangling", "file", "linked", "missing"}));
 }
 
 // ---- Keeping a copy ----
@@ -224,12 +207,12 @@ TEST(BackUp, TheFirstCopyStaysAndOpensToNobodyElse) {
   for (char const* call : {"write", "fsync", "fchmod"}) {
     g_faults = {{call, EIO}};
     EXPECT_FALSE(BackUp(path, ".lost")) << call;
-    EXPECT_EQ(scratch.List(), Names{"file"}) << call;
+    EXPECT_EQ(scratch.List(), test::Names{"file"}) << call;
   }
-  EXPECT_EACH((BackUp(path, ".lost"), BackUp(path, ".lost")), true) << "a copy that is there will do";
-  EXPECT_EQ(scratch.List(), (Names{"file", "file.lost"}));
+  EXPECT_ALL(BackUp(path, ".lost"), BackUp(path, ".lost")) << "a copy that is there will do";
+  EXPECT_EQ(scratch.List(), (test::Names{"file", "file.lost"}));
   EXPECT_EQ(Status(path + ".lost").st_mode & 07777, 0664U);
-  EXPECT_EACH((BackUp(scratch.Path("missing"), ".lost"), BackUp(scratch.Path(), ".lost")), false);
+  EXPECT_NONE(BackUp(scratch.Path("missing"), ".lost"), BackUp(scratch.Path(), ".lost"));
 }
 
 // Nothing that has the name already is taken for the copy but another file with these bytes.

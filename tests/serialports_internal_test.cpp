@@ -1,14 +1,10 @@
 #include "zelvane/api/serialports_internal.h"
 
 #include <dlfcn.h>
-#include <fcntl.h>
-#include <gtest/gtest.h>
 #include <stdarg.h>
 #include <sys/ioctl.h>
-#include <sys/stat.h>
 
-#include "support/each.h"
-#include "support/scratch.h"
+#include "support/test.h"
 
 namespace {
 
@@ -34,9 +30,9 @@ TEST(SerialPortSearch, TheDeviceMustAnswer) {
     g_lines = lines;
     return zelvane::internal::HasModemLines(scratch.Path(name));
   };
-  EXPECT_EACH((answers("ttyS0", 0), answers("ttyS0", TIOCM_CTS | TIOCM_CAR), answers("ttyS1", 0)), true);
+  EXPECT_ALL(answers("ttyS0", 0), answers("ttyS0", TIOCM_CTS | TIOCM_CAR), answers("ttyS1", 0));
   EXPECT_EQ(g_flags & (O_ACCMODE | O_NONBLOCK), O_RDONLY | O_NONBLOCK);
-  EXPECT_EACH((answers("ttyS0", -1), answers("ttyS2", 0)), false);
+  EXPECT_NONE(answers("ttyS0", -1), answers("ttyS2", 0));
   EXPECT_EACH((scratch.Read("ttyS0"), scratch.Read("ttyS2")), "untouched", "<missing>");
 }
 

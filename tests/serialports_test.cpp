@@ -1,11 +1,6 @@
 #include "zelvane/api/serialports.h"
 
-#include <gtest/gtest.h>
-#include <unistd.h>
-
-#include <vector>
-
-#include "support/each.h"
+#include "support/test.h"
 #include "zelvane/core/fileutils.h"
 
 namespace {

@@ -1,14 +1,8 @@
 #include "zelvane/api/serverlist.h"
 
-#include <gtest/gtest.h>
-
-#include <utility>
-
-#include "support/each.h"
 #include "support/records.h"
 #include "support/settings.h"
-
-namespace fs = std::filesystem;
+#include "support/test.h"
 
 namespace {
 

@@ -1,27 +1,13 @@
 // Text and numbers: every byte, splitting beside a literal model, numbers beside the C library.
 #include "zelvane/core/strutils.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <cfloat>
-#include <climits>
 #include <cmath>
-#include <cstdint>
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <locale>
-#include <random>
 
-#include "support/each.h"
-#include "support/table.h"
+#include "support/test.h"
 
 namespace {
-
-using Strings = std::vector<std::string>;
-
-constexpr char const* kNull = nullptr;
 
 TEST(TextFunctions, EveryByteInBothForms) {
   for (int b = 0; b < 256; b++) {
@@ -45,7 +31,9 @@ TEST(TextFunctions, EveryByteInBothForms) {
   }
   EXPECT_EACH((Trim(" \n\t\r"), TrimLeft(" "), TrimRight(" "), Trim(" a \t b ")), "", "", "", "a \t b");
   EXPECT_EACH((QuotedStr(""), QuotedStr("\""), QuotedStr("\"a"), QuotedStr("a\"")), "\"\"", "\"", "\"a\"", "\"a\"");
-  EXPECT_EACH((UpperCase(kNull), LowerCase(kNull), AnsiUpperCase(kNull), AnsiLowerCase(kNull), QuotedStr(kNull)), "");
+  EXPECT_EACH((UpperCase(test::kNull), LowerCase(test::kNull), AnsiUpperCase(test::kNull), AnsiLowerCase(test::kNull),
+               QuotedStr(test::kNull)),
+              "");
 }
 
 TEST(TextFunctions, FillUpToAWidth) {
@@ -54,12 +42,12 @@ TEST(TextFunctions, FillUpToAWidth) {
     EXPECT_EACH((FillLeft("ab", width, '*'), FillLeft(ab, width, '*')), left) << width;
     EXPECT_EACH((FillRight("ab", width, '*'), FillRight(ab, width, '*')), right) << width;
   }
-  EXPECT_EACH((FillLeft(kNull, 3, '*'), FillRight(kNull, 3, '*'), FillLeft("", 2, '*')), "", "", "**");
+  EXPECT_EACH((FillLeft(test::kNull, 3, '*'), FillRight(test::kNull, 3, '*'), FillLeft("", 2, '*')), "", "", "**");
 }
 
 // The rule as it reads, with the front of the text cut off after every piece.
-Strings ModelTokenize(std::string rest, Strings const& separators, unsigned long count) {
-  Strings out;
+test::Names ModelTokenize(std::string rest, test::Names const& separators, unsigned long count) {
+  test::Names out;
   while (!rest.empty() && (count == 0 || out.size() < count)) {
     std::string cut;
     for (std::string const& separator : separators)
@@ -77,12 +65,12 @@ TEST(Tokenize, EveryFormLikeTheModel) {
   while (noise.size() < 100000) noise += "ab;, \t\xE7"[random() % 7];
   for (int round = 0; round < 20000 && !HasFailure(); round++) {
     std::string const text = noise.substr(random() % 90000, random() % 24);
-    Strings separators(random() % 4);
+    test::Names separators(random() % 4);
     for (std::string& separator : separators) separator = noise.substr(random() % 90000, random() % 3);
     unsigned long const count = random() % 6;
     SCOPED_TRACE(text + " by " + testing::PrintToString(separators) + " limit " + std::to_string(count));
     auto const check = [&](auto const& separator) {
-      Strings expected = ModelTokenize(text, separators, count), out = {"old"}, twin;
+      test::Names expected = ModelTokenize(text, separators, count), out = {"old"}, twin;
       Tokenize(out, text, separator, count), Tokenize(twin, text.c_str(), separator, count);
       EXPECT_EACH((out, twin), expected) << testing::PrintToString(out);
       for (std::string& piece : expected) piece = Trim(piece);
@@ -97,18 +85,18 @@ TEST(Tokenize, EveryFormLikeTheModel) {
 }
 
 TEST(Tokenize, NullNulSharedArgumentsAndAMillionFields) {
-  Strings out = {"old"};
-  EXPECT_EQ((Tokenize(out, kNull, ";", ULONG_MAX), out), Strings());  // nothing may be reserved for it
-  EXPECT_EQ((Tokenize(out, "a;b", kNull), out), Strings{"a;b"});
-  EXPECT_EQ((Tokenize(out, std::string("a\0b;c", 5), '\0'), out), (Strings{"a", "b;c"}));
+  test::Names out = {"old"};
+  EXPECT_EQ((Tokenize(out, test::kNull, ";", ULONG_MAX), out), test::Names());  // nothing may be reserved for it
+  EXPECT_EQ((Tokenize(out, "a;b", test::kNull), out), test::Names{"a;b"});
+  EXPECT_EQ((Tokenize(out, std::string("a\0b;c", 5), '\0'), out), (test::Names{"a", "b;c"}));
   out = {"a text in memory of its own; b"};
-  EXPECT_EQ((Tokenize(out, out[0], "; "), out), (Strings{"a text in memory of its own", "b"}));
-  EXPECT_EQ((TrimTokenize(out, "a own b ", out = {"-", "own"}), out), (Strings{"a", "b"}));
+  EXPECT_EQ((Tokenize(out, out[0], "; "), out), (test::Names{"a text in memory of its own", "b"}));
+  EXPECT_EQ((TrimTokenize(out, "a own b ", out = {"-", "own"}), out), (test::Names{"a", "b"}));
   std::string text;
   for (int i = 0; i < 1000000; i++) text += "x;";
-  Strings separators(50, "=");  // each is looked for in the rest once, not once a field
+  test::Names separators(50, "=");  // each is looked for in the rest once, not once a field
   separators.emplace_back(";");
-  EXPECT_TRUE((Tokenize(out, text, separators), out) == Strings(1000000, "x")) << out.size();
+  EXPECT_TRUE((Tokenize(out, text, separators), out) == test::Names(1000000, "x")) << out.size();
 }
 
 TEST(Numbers, IntegersToText) {
@@ -176,8 +164,8 @@ TEST(Numbers, TextToNumbersAsTheCLibraryReadsIt) {
         "0." + std::string(static_cast<std::size_t>(zeros), '0') + "1E" + std::to_string(zeros + 1);
     EXPECT_EQ(StrToFloatDef(text, -7), 1) << zeros << " zeros after the point";
   }
-  EXPECT_EACH((StrIsInt(kNull), StrIsHex(kNull), StrIsFloat(kNull), StrIsInt(std::string("1\0", 2))), false);
-  EXPECT_EACH((StrToIntDef(kNull, 1), HexToIntDef(kNull, 2), StrToFloatDef(kNull, 4)), 1, 2, 4);
+  EXPECT_NONE(StrIsInt(test::kNull), StrIsHex(test::kNull), StrIsFloat(test::kNull), StrIsInt(std::string("1\0", 2)));
+  EXPECT_EACH((StrToIntDef(test::kNull, 1), HexToIntDef(test::kNull, 2), StrToFloatDef(test::kNull, 4)), 1, 2, 4);
   std::locale::global(old);
 }
 

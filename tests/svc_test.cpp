@@ -1,20 +1,8 @@
 #include "zelvane/system/svc.h"
 
-#include <fcntl.h>
-#include <gtest/gtest.h>
-#include <limits.h>
-#include <signal.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <memory>
-#include <vector>
-
-#include "support/each.h"
 #include "support/processes.h"
-#include "support/scratch.h"
 #include "support/services.h"
-#include "support/table.h"
+#include "support/test.h"
 #include "zelvane/system/procsvc.h"
 
 namespace {
@@ -43,11 +31,11 @@ TEST(SvcManager, NamesInTheOrderOfTheFiles) {
   ASSERT_EACH((sendmail != nullptr, sendmail), true, services.GetSvcByIndex(12));
   EXPECT_EACH((sendmail->GetDisplayName(), sendmail->GetFileName(), sendmail->GetDescription()), "sendmail",
               services.scratch.Path("init.d/rc.sendmail.sh"), "");
-  EXPECT_EACH((services.GetSvcByIndex(15), services.GetSvcByIndex(ULONG_MAX), services.GetSvcByName(nullptr)), false);
+  EXPECT_NONE(services.GetSvcByIndex(15), services.GetSvcByIndex(ULONG_MAX), services.GetSvcByName(nullptr));
   for (char const* other : {"Sendmail", "sendmai", "sendmail ", "rc.sendmail.sh", "/sendmail", "folder", "dangling"})
     EXPECT_EQ(services.GetSvcByName(other), nullptr) << other;
   SvcClass* const nameless = services.GetSvcByName("");
-  EXPECT_EACH((nameless->Start(-1), nameless->Stop(-1), nameless->SetAutomatic(true), nameless->GetAutomatic()), false);
+  EXPECT_NONE(nameless->Start(-1), nameless->Stop(-1), nameless->SetAutomatic(true), nameless->GetAutomatic());
   EXPECT_EQ(services.Log(), "");
 }
 
@@ -136,7 +124,7 @@ TEST(SvcHandle, AnyFileName) {
     ASSERT_EQ(services.GetSvcCount(), 1u) << file;
     EXPECT_EACH((services.GetSvcByIndex(0)->Start(-1), services.GetSvcByIndex(0)->Stop(-1)), false, true) << file;
     EXPECT_EQ(services.Log(), "start\nstop\n") << file;
-    EXPECT_EQ(services.scratch.List(), (std::vector<std::string>{"init.d/", "init.d/" + file})) << file;
+    EXPECT_EQ(services.scratch.List(), (test::Names{"init.d/", "init.d/" + file})) << file;
   }
 }
 
@@ -187,11 +175,10 @@ TEST(SvcHandle, StatusIsKeptInTheHandleOnly) {
     }
   }
   for (char const* other : {static_cast<char const*>(nullptr), "other", ""})
-    EXPECT_EACH((SvcStart(&services, other), SvcStop(&services, other), SvcRestart(&services, other),
-                 SetSvcAuto(&services, other, 1)),
-                false)
+    EXPECT_NONE(SvcStart(&services, other), SvcStop(&services, other), SvcRestart(&services, other),
+                SetSvcAuto(&services, other, 1))
         << (other ? other : "null");
-  EXPECT_EQ(services.scratch.List(), (std::vector<std::string>{"init.d/", "init.d/" + name}));
+  EXPECT_EQ(services.scratch.List(), (test::Names{"init.d/", "init.d/" + name}));
   void* const machine = OpenSvcManager();  // whatever it has
   EXPECT_EQ(CloseSvcManager(machine), machine != nullptr);
 }

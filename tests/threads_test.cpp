@@ -1,20 +1,13 @@
 // Objects are one thread's own; separate ones do not disturb each other. Meant for the thread sanitizer, true without.
 // The threads have small stacks, as some of the product's programs give theirs.
-#include <gtest/gtest.h>
 #include <pthread.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <atomic>
-#include <functional>
-#include <string>
 #include <thread>
-#include <vector>
 
-#include "support/each.h"
 #include "support/processes.h"
 #include "support/services.h"
 #include "support/settings.h"
+#include "support/test.h"
 #include "zelvane/zelvane.h"
 
 // The C library guards its time zone by a lock that the sanitizer does not see.
@@ -67,10 +60,9 @@ TEST(Threads, ObjectsOfTheirOwn) {
     CfgClass cfg;
     cfg.SetCached(true);
     root.Write("cfg" + me, "[A]\nk = 1\n");
-    EXPECT_EACH((cfg.Open(root.Path("cfg" + me)), cfg.WriteDateTime("A", "t", nullptr, GetDateTime()), cfg.Flush()),
-                true);
+    EXPECT_ALL(cfg.Open(root.Path("cfg" + me)), cfg.WriteDateTime("A", "t", nullptr, GetDateTime()), cfg.Flush());
     RegCfgClass reg;
-    EXPECT_EACH((reg.Open(root.Write("reg" + me, "")), reg.WriteStr("A", "k", "1"), reg.Close()), true);
+    EXPECT_ALL(reg.Open(root.Write("reg" + me, "")), reg.WriteStr("A", "k", "1"), reg.Close());
     LogClass log;
     log.SetFile(root.Path("log" + me));
     log.SetMaxLines(3);
@@ -88,7 +80,7 @@ TEST(Threads, ObjectsOfTheirOwn) {
     CipherManager cipher;
     cipher.SetAlgorithm(CIPHER_SAFER_SK64);
     cipher.GetCipherObject()->SetHash(&hash);
-    EXPECT_EACH((cipher.InitKey("phrase"), cipher.EncodeFile(root.Path("cfg" + me), root.Path("coded" + me))), true);
+    EXPECT_ALL(cipher.InitKey("phrase"), cipher.EncodeFile(root.Path("cfg" + me), root.Path("coded" + me)));
     EXPECT_NE(FormatDateTime(GMTToLocalDateTime(GetGMTDateTime()), "%c"), "");
     EXPECT_EQ(FloatToStr(StrToFloatDef("1.5", 0), 0, 6), "1.50000");
     EXPECT_TRUE(CpFile(root.Path("cfg" + me), root.Path("copy" + me), 0, true));
@@ -208,7 +200,7 @@ struct PlainFunctions {
     EXPECT_EACH((SvcStop(manager, "absent"), SvcStart(manager, "absent"), SvcRestart(manager, "absent")), true, false,
                 false);
     EXPECT_EACH((GetProcStatus("init", &running), running, CreateNewProc(":", 0)), true, 1, true);
-    EXPECT_EACH((KillProc("absent"), AlreadyRunning(), GetProcAuto("init", &automatic), SetProcAuto("init", 1)), false);
+    EXPECT_NONE(KillProc("absent"), AlreadyRunning(), GetProcAuto("init", &automatic), SetProcAuto("init", 1));
     void* const installed = OpenSvcManager();  // null where the machine has no init scripts
     EXPECT_EQ(CloseSvcManager(installed), installed != nullptr);
   }

@@ -1,12 +1,8 @@
 #include "zelvane/api/versioninfo.h"
 
-#include <gtest/gtest.h>
-
-#include "support/each.h"
 #include "support/records.h"
 #include "support/settings.h"
-
-namespace fs = std::filesystem;
+#include "support/test.h"
 
 namespace {
 
@@ -37,7 +33,7 @@ TEST_F(Version, Texts) {
   for (size_t const length : {255U, 256U, 300U})
     EXPECT_EQ(Get("PRODUCT = " + std::string(length, 'p')).product, std::string(255, 'p')) << length;
   EXPECT_EQ(Get("VERSION = " + std::string(300, 'v')).product, "Zelvane " + std::string(247, 'v'));
-  EXPECT_EQ(at_.List(), (std::vector<std::string>{"home/", "root/", "zelvane.conf"}));
+  EXPECT_EQ(at_.List(), (test::Names{"home/", "root/", "zelvane.conf"}));
 }
 
 TEST_F(Version, WithoutSettingsTheProgramsFolderIsTheRoot) {
@@ -61,15 +57,6 @@ TEST_F(Version, WithoutARoot) {
   }
   EXPECT_EQ(test::Bytes(info), test::Bytes(before));
   EXPECT_EQ(mask, 0xAAAA);
-}
-
-TEST_F(Version, AProgramThatCannotBeOpenedJustNowIsNotMissing) {
-  Get("");
-  std::string const program = at_.Write("root/zelsrv", "");
-  unsigned short mask = 0;
-  test::g_refused = program.c_str();
-  EXPECT_EQ(GetZelvaneInstalledModules(&mask), 0);
-  EXPECT_EACH((GetZelvaneInstalledModules(&mask), mask), 1);
 }
 
 TEST_F(Version, ARootLongerThanItsFieldIsSearchedWhole) {

@@ -1,5 +1,6 @@
 // Several calls and what each gives, in one statement: EXPECT_EACH((Open(nullptr), Close(nullptr)), 0), or as many
-// values as there are calls. They are made in order, and each that gives something else is told by its own text.
+// values as there are calls; EXPECT_ALL and EXPECT_NONE for true and false. The calls are made in order, and each that
+// gives something else is told by its own text.
 #ifndef ZELVANE_TESTS_SUPPORT_EACH_H
 #define ZELVANE_TESTS_SUPPORT_EACH_H
 
@@ -19,6 +20,9 @@
        !differences.empty(); differences.clear())
 #define EXPECT_EACH(...) ZELVANE_DIFFERENCES(__VA_ARGS__) ADD_FAILURE() << differences
 #define ASSERT_EACH(...) ZELVANE_DIFFERENCES(__VA_ARGS__) FAIL() << differences
+#define EXPECT_ALL(...) EXPECT_EACH((__VA_ARGS__), true)
+#define ASSERT_ALL(...) ASSERT_EACH((__VA_ARGS__), true)
+#define EXPECT_NONE(...) EXPECT_EACH((__VA_ARGS__), false)
 
 namespace test {
 
