@@ -40,14 +40,17 @@ TEST_F(Languages, ReadsAHandKeptFile) {
   EXPECT_FALSE(lang_.SetLangStr(1, "text")) << "no language is loaded";
   Load(kFile, 1);
   EXPECT_EQ(lang_.GetLangCount(), 3u);
-  char const* const cases[] = {"0 no", "1English ; USPower onPower  off", "2Portugu\xEAsLigar", "3", "9Klingon no",
-                               "-1 no"};
-  for (std::string const c : cases) {  // the number; its name, texts 12 and 13; whether it does not load
-    std::size_t digits = 0;
-    long const lang = std::stol(c, &digits);
-    std::string const name = lang_.GetLangDesc(lang), loaded = lang_.LoadStrings(lang) ? "" : " no";
-    EXPECT_EQ(name + lang_.GetLangStr(12) + lang_.GetLangStr(13) + loaded, c.substr(digits)) << c;
-  }
+  std::tuple<long, bool, char const*, char const*, char const*> const rows[] = {
+      {0, false, "", "", ""},
+      {1, true, "English ; US", "Power on", "Power  off"},
+      {2, true, "Portugu\xEAs", "Ligar", ""},
+      {3, true, "", "", ""},
+      {9, false, "Klingon", "", ""},
+      {-1, false, "", "", ""}};
+  for (auto const& [lang, loads, name, on, off] : rows)
+    EXPECT_EACH((lang_.LoadStrings(lang), lang_.GetLangDesc(lang), lang_.GetLangStr(12), lang_.GetLangStr(13)), loads,
+                name, on, off)
+        << lang;
   EXPECT_EQ(File(), kFile);
   Load(kFile, 1);
   lang_.SetFileName(test::kNull);

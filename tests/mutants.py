@@ -90,8 +90,8 @@ class Workshop:
     def suites(self, names, text=""):
         """A filter of the suites in the test files of these names that hold the text."""
         files = [file.read_text(encoding="utf-8") for file in (self.source / "tests").glob(names)]
-        found = {name for file in files if text in file for name in re.findall(r"^TEST(?:_F)?\((\w+),", file, re.MULTILINE)}
-        return ":".join(sorted(f"{name}.*" for name in found))
+        found = {name for file in files if text in file for name in re.findall(r"^TEST(?:_[FP])?\((\w+),", file, re.MULTILINE)}
+        return ":".join(sorted(f"{name}.*:*/{name}.*" for name in found))
 
     def steps(self, path):
         """What is built, and the tests that run then: first those that include a header of the same folder."""

@@ -50,9 +50,9 @@ TEST_F(ShutSrv, Defaults) {
 
 TEST_F(ShutSrv, ReadersCreateNothing) {
   fs::create_directories(at_.Path("folder/upscli.cfg"));
-  std::string const folder = at_.Path("folder");
+  std::string const folder = at_.Path("folder"), missing = at_.Path("missing");
   auto const before = at_.List();
-  for (char const* at : {static_cast<char const*>(nullptr), "", "/nonexistent/zelvane", folder.c_str()})
+  for (char const* at : {static_cast<char const*>(nullptr), "", missing.c_str(), folder.c_str()})
     EXPECT_EQ(Get(at), test::Fixture("shutsrv-default.txt"));
   EXPECT_EQ(at_.List(), before);
 }

@@ -86,7 +86,7 @@ TEST(Threads, ObjectsOfTheirOwn) {
     EXPECT_TRUE(CpFile(root.Path("cfg" + me), root.Path("copy" + me), 0, true));
     EXPECT_TRUE(codec.EncodeFile(root.Path("cfg" + me), root.Path("b64" + me)));
     EXPECT_EQ(0, remove(GetTmpFileName().c_str()));
-    EXPECT_NE(GetOSVersion() + GetUserPath(), "");
+    EXPECT_NONE(GetOSVersion().empty(), GetUserPath().empty());
   });
 }
 
