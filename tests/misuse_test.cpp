@@ -1,7 +1,6 @@
 // Every exported plain function, and what of the toolkit its own tests leave out, with what it must refuse: null
 // pointers one by one, numbers out of range, char arrays without a NUL. Nothing may crash, change a file or keep a
 // descriptor.
-#include <sys/mman.h>
 
 #include "support/settings.h"
 #include "support/test.h"
