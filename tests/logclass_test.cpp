@@ -8,30 +8,20 @@
 #include "zelvane/core/datetime.h"
 
 namespace {
-int g_pausesToLive = -1;          // the process is killed in the pause after that many; -1: it is not
-int g_looksToFail = -1;           // the look at a file after that many fails; -1: none does
 std::function<void()> g_inPause;  // what happens in the next pause
 }  // namespace
 
-// The library pauses before each block that it copies: the moments at which a kill is interesting.
+// The library pauses before each block that it copies.
 extern "C" __attribute__((visibility("default"))) int clock_nanosleep(clockid_t clock, int flags, timespec const* wait,
                                                                       timespec* left) {
-  if (g_pausesToLive >= 0 && g_pausesToLive-- == 0) raise(SIGKILL);
   if (g_inPause) std::exchange(g_inPause, nullptr)();
   static auto* const real = reinterpret_cast<decltype(&clock_nanosleep)>(dlsym(RTLD_NEXT, "clock_nanosleep"));
   return real(clock, flags, wait, left);
 }
 
-extern "C" __attribute__((visibility("default"))) int fstat64(int fd, struct stat64* status) __THROW {
-  static auto* const real = reinterpret_cast<int (*)(int, struct stat64*)>(dlsym(RTLD_NEXT, "fstat64"));
-  if (g_looksToFail < 0 || g_looksToFail-- > 0) return real(fd, status);
-  errno = EIO;
-  return -1;
-}
-
 namespace {
 
-using test::InChild, test::ReadFile, test::WriteFile;
+using test::ReadFile, test::WriteFile;
 
 constexpr unsigned long kSize = 4;
 

@@ -2,11 +2,10 @@
 
 #include <dlfcn.h>
 #include <sys/random.h>
-#include <csignal>
 
 #include "support/test.h"
 
-// ---- System calls that fail, or end the process, when a test asks for it ----
+// ---- System calls that fail when a test asks for it ----
 
 namespace {
 
@@ -14,10 +13,8 @@ using Faults = std::map<std::string, int>;  // the call and its reason; each is 
 Faults g_faults;
 mode_t g_firstMode = 0;     // of the file whose mode was last set, before that
 bool g_sameNumber = false;  // the next random number is 0
-int g_callsToLive = -1;     // the process is killed at the call after that many; -1: it is not
 
 bool Fails(char const* call) {
-  if (g_callsToLive >= 0 && g_callsToLive-- == 0) raise(SIGKILL);
   auto const fault = g_faults.find(call);
   if (fault == g_faults.end()) return false;
   errno = fault->second;
@@ -37,9 +34,8 @@ extern "C" {
 
 EXPORTED ssize_t write(int fd, void const* bytes, size_t size) {
   auto* const real = Real<decltype(write)>("write");
-  bool const watched = g_callsToLive >= 0 || !g_faults.empty();
-  if (!watched) return real(fd, bytes, size);
-  ssize_t const half = real(fd, bytes, size / 2);  // a failure or a kill comes in the middle
+  if (g_faults.empty()) return real(fd, bytes, size);
+  ssize_t const half = real(fd, bytes, size / 2);  // a failure comes in the middle
   if (half < 0 || Fails("write")) return -1;
   return half + real(fd, static_cast<char const*>(bytes) + half, size - static_cast<size_t>(half));
 }
@@ -49,7 +45,6 @@ EXPORTED int close(int fd) {
   return Fails("close") ? -1 : result;
 }
 
-EXPORTED int fsync(int fd) { return Fails("fsync") ? -1 : Real<decltype(fsync)>("fsync")(fd); }
 EXPORTED ssize_t getrandom(void* to, size_t size, unsigned flags) {
   if (!std::exchange(g_sameNumber, false)) return Real<decltype(getrandom)>("getrandom")(to, size, flags);
   std::memset(to, 0, size);
@@ -61,18 +56,15 @@ EXPORTED int fchmod(int fd, mode_t to) __THROW {
   g_firstMode = status.st_mode & 0777;
   return Fails("fchmod") ? -1 : Real<decltype(fchmod)>("fchmod")(fd, to);
 }
-EXPORTED int fallocate64(int fd, int mode, off64_t from, off64_t size) {
-  return Fails("fallocate") ? -1 : Real<decltype(fallocate64)>("fallocate64")(fd, mode, from, size);
-}
-EXPORTED int rename(char const* from, char const* to) __THROW {
-  return Fails("rename") ? -1 : Real<decltype(rename)>("rename")(from, to);
-}
-EXPORTED int renameat2(int fromAt, char const* from, int toAt, char const* to, unsigned flags) __THROW {
-  return Fails("renameat2") ? -1 : Real<decltype(renameat2)>("renameat2")(fromAt, from, toAt, to, flags);
-}
-EXPORTED int link(char const* from, char const* to) __THROW {
-  return Fails("link") ? -1 : Real<decltype(link)>("link")(from, to);
-}
+#define FAILING(name, call, types, arguments, specifier) \
+  EXPORTED int call types specifier { return Fails(name) ? -1 : Real<decltype(call)>(#call) arguments; }
+FAILING("fsync", fsync, (int fd), (fd), noexcept(false))
+FAILING("fallocate", fallocate64, (int fd, int mode, off64_t from, off64_t size), (fd, mode, from, size),
+        noexcept(false))
+FAILING("rename", rename, (char const* from, char const* to), (from, to), __THROW)
+FAILING("renameat2", renameat2, (int in, char const* from, int into, char const* to, unsigned flags),
+        (in, from, into, to, flags), __THROW)
+FAILING("link", link, (char const* from, char const* to), (from, to), __THROW)
 }
 
 namespace {
