@@ -1,12 +1,10 @@
 #!/usr/bin/env python3
 """Mutants of the library and the command: one small fault a time, and whether the tests see it.
 mutants.py BUILD [--count N] [--seed S] [--skip N] [--quick] [PATTERN ...]
-
-A copy of the sources in BUILD is configured once. Each mutant changes one line there, compiles what depends on it and
-runs the tests of its part, the likeliest first, up to the first that fails. PATTERN chooses by a part of PATH:LINE. They
-come in a random order, so that an interrupted run is a sample of all modules. --quick leaves the fault injection out: its
-survivors are tried again without. Each is one line of output: its verdict,
-its place, the line before and after, and what failed. The last line counts the verdicts.
+Each mutant changes one line of a copy in BUILD, compiles what depends on it and runs the tests of its part, the likeliest
+first, up to the first that fails. PATTERN chooses by a part of PATH:LINE. The order is random, so that an interrupted run
+is a sample of all modules, and --skip goes on with it. --quick leaves the fault injection out: try its survivors again
+without. A mutant is one line of output: verdict, place, line before and after, what failed. The last line has the sums.
 """
 import argparse
 import os
@@ -24,10 +22,10 @@ from pathlib import Path
 WALL_SECONDS, PROCESSOR_SECONDS, SWEEP_SECONDS = 240, 15, 150
 
 # What is found (outside comments, literals and template brackets) and what takes its place.
-OPERATORS = [(r" == ", " != "), (r" != ", " == "), (r" < ", " <= "), (r" > ", " >= "), (r" <= ", " < "),
-             (r" >= ", " > "), (r" && ", " || "), (r" \|\| ", " && "), (r" \+ ", " - "), (r" - ", " + "),
-             (r" \* ", " / "), (r" % ", " * "), (r" \+= ", " -= "), (r" -= ", " += "), (r"\btrue\b", "false"),
-             (r"\bfalse\b", "true"), (r"\bif \(!", "if ("), (r"\bif \((?!!)", "if (!")]
+OPERATORS = [(r" == ", " != "), (r" != ", " == "), (r" < ", " <= "), (r" > ", " >= "), (r" <= ", " < "), (r" >= ", " > "),
+             (r" && ", " || "), (r" \|\| ", " && "), (r" \+ ", " - "), (r" - ", " + "), (r" \* ", " / "), (r" % ", " * "),
+             (r" \+= ", " -= "), (r" -= ", " += "), (r"\btrue\b", "false"), (r"\bfalse\b", "true"),
+             (r"\bif \(!", "if ("), (r"\bif \((?!!)", "if (!")]
 NUMBER = re.compile(r"(?<![\w.'])(\d+)(?=[\]),; ])")
 STATEMENT = re.compile(r"^\s+(?!return\b|using\b|static_assert|break|continue|case|else|for|do\b|throw)"
                        r"[\w:.>*&()\[\]-]+( [-+|&]?= .*|\(.*\)|\+\+|--);$")
@@ -64,8 +62,7 @@ class Workshop:
             if not copy.is_file() or copy.read_bytes() != Path(name).read_bytes():
                 copy.parent.mkdir(parents=True, exist_ok=True)
                 shutil.copy(name, copy)
-        # The source that was mutated last comes from the cache; of the programs, the shared library alone is linked anew.
-        launcher = ["-DCMAKE_CXX_COMPILER_LAUNCHER=ccache"] if shutil.which("ccache") else []
+        launcher = ["-DCMAKE_CXX_COMPILER_LAUNCHER=ccache"] if shutil.which("ccache") else []  # for what was mutated last
         subprocess.run(["cmake", "-S", self.source, "-B", self.build, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Debug", *launcher,
                         "-DCMAKE_CXX_FLAGS_DEBUG=-O0", "-DZELVANE_STRESS=ON", "-DCMAKE_LINK_DEPENDS_NO_SHARED=ON"],
                        stdout=subprocess.DEVNULL, check=True)
@@ -126,9 +123,8 @@ class Workshop:
 def main():
     parser = argparse.ArgumentParser(description=__doc__.split("\n", maxsplit=1)[0])
     parser.add_argument("build", type=Path)
-    parser.add_argument("--count", type=int, default=500)
-    parser.add_argument("--seed", type=int, default=1)
-    parser.add_argument("--skip", type=int, default=0)
+    for option, default in (("--count", 500), ("--seed", 1), ("--skip", 0)):
+        parser.add_argument(option, type=int, default=default)
     parser.add_argument("--quick", action="store_true")
     parser.add_argument("patterns", nargs="*")
     choice = parser.parse_intermixed_args()
@@ -142,7 +138,8 @@ def main():
     if not all(workshop.run(test) for _, tests in workshop.steps(mutants[0][0]) for test in tests):
         sys.exit(f"the tests fail without a mutant: {workshop.output}")
     verdicts = Counter()
-    for path, number, line, mutant in random.Random(choice.seed).sample(mutants, min(choice.count, len(mutants)))[choice.skip:]:
+    chosen = random.Random(choice.seed).sample(mutants, min(choice.count, len(mutants)))
+    for path, number, line, mutant in chosen[choice.skip:]:
         verdict, by = workshop.verdict(path, number, mutant)
         verdicts[verdict] += 1
         print(f"{verdict:10} {place[path]}:{number + 1}: {line.strip()}  =>  {mutant.strip()}  [{by}]", flush=True)
