@@ -2,6 +2,7 @@
 
 #include <dlfcn.h>
 #include <sys/random.h>
+#include <sys/xattr.h>
 
 #include "support/test.h"
 
@@ -109,6 +110,22 @@ TEST(SafeSave, KeepsModeOwnerAndHardLinks) {
     EXPECT_EQ(std::tuple(now.st_mode, now.st_uid, now.st_gid), std::tuple(old.st_mode, old.st_uid, old.st_gid)) << mode;
     if (!linked) EXPECT_EACH((g_firstMode), 0600) << mode << ": open to others for a moment";
     EXPECT_EQ(old.st_ino == now.st_ino, linked) << mode;  // never emptied: another file takes the name
+  }
+}
+
+// With a list of its own, or in a folder that would give a new file one, the file itself is written.
+TEST(SafeSave, AccessListsStayAsTheyAre) {
+  struct {
+    std::uint16_t tag, rights;
+    std::uint32_t id;
+  } const entries[] = {{1, 7, ~0U}, {2, 6, 1234}, {4, 5, ~0U}, {16, 7, ~0U}, {32, 5, ~0U}};
+  std::string const list = std::string("\2\0\0\0", 4).append(reinterpret_cast<char const*>(entries), sizeof entries);
+  for (char const* const kind : {"system.posix_acl_access", "system.posix_acl_default"}) {
+    Scratch scratch;
+    std::string const path = scratch.Write("file", kOld), holder = kind[17] == 'a' ? path : scratch.Path();
+    if (setxattr(holder.c_str(), kind, list.data(), list.size(), 0) != 0) GTEST_SKIP() << "no access lists here";
+    ino_t const old = Status(path).st_ino;
+    EXPECT_EACH((SafeSave(path, "new"), scratch.Read("file"), Status(path).st_ino), true, "new", old) << kind;
   }
 }
 

@@ -77,6 +77,8 @@ TEST(SvcManager, DescriptionsOfHugeScripts) {
   std::string const line(3 << 20, '#');
   EXPECT_EQ(services.GetDaemonDescr(scratch.Write("script", line + "\n# description: late\n")), "");
   EXPECT_EQ(services.GetDaemonDescr(scratch.Write("script", "# description: early \\\n" + line)), "early ");
+  std::string const block = "# description: " + std::string(4096 - 15, 'x');  // what is read at once
+  EXPECT_EQ(services.GetDaemonDescr(scratch.Write("script", block + "z")).back(), 'z');
   std::string endless = "# description: ";
   for (int i = 0; i < 5000; i++) endless += std::string(1000, 'x') + "\\\n# ";
   EXPECT_LT(services.GetDaemonDescr(scratch.Write("script", endless)).size(), 2U << 20);
