@@ -85,11 +85,10 @@ TEST_F(Schedule, TheNextMoment) {
   ProgList list;
   reg_proglist next = {0};
   test::WriteFile(path, Bytes({now - 5, now, now + 9, now + 1}));
-  EXPECT_EACH((list.SetFile(path), list.ReadFromFile(), list.GetNextReg(&next), next.dateTime), true, true, true,
-              now + 9)
-      << next.dateTime;
+  EXPECT_ALL(list.SetFile(path), list.ReadFromFile());
+  EXPECT_EACH((list.GetNextReg(&next), next.dateTime), true, now + 9);
   EXPECT_EQ(list.GetRegCount(), 3u);
-  EXPECT_EACH((list.GetNextReg(&next), list.GetNextReg(nullptr), next.dateTime), true, false, now + 1) << next.dateTime;
+  EXPECT_EACH((list.GetNextReg(&next), list.GetNextReg(nullptr), next.dateTime), true, false, now + 1);
   Pass(9);
   EXPECT_FALSE(list.GetNextReg(&next));
 }
