@@ -279,6 +279,7 @@ TEST(CfgTyped, EveryFormOfAFamilyDoesTheSame) {
       EXPECT_EQ(cfg.ReadStr("S", "A", ""), "other") << "not what was reached by number before";
       if (writes) (form < 4 ? t : s) = told.substr(1);
       EXPECT_EQ(Dump(cfg), "S{A=other|K=" + s + "}T{K=" + t + "}");
+      EXPECT_EACH((cfg.ReadStr(0UL, ""), cfg.ReadStr("T", 0UL, ""), cfg.ReadStr(0UL, "")), "other", t, "other");
       ASSERT_ALL(cfg.DeleteKey("S", "K"), cfg.DeleteKey("T", "K"));
       if (writes && form % 2 == 0) continue;  // by name it would make the key
       EXPECT_EQ(row.forms[form](cfg), row.closed + string(" ")) << "no such key";

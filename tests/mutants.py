@@ -3,7 +3,7 @@
 mutants.py BUILD [--count N] [--seed S] [--skip N] [--quick] [PATTERN ...]
 Each mutant changes one line of a copy in BUILD, compiles what depends on it and runs the tests of its part, the likeliest
 first, up to the first that fails. PATTERN chooses by a part of PATH:LINE. The order is random, so that an interrupted run
-is a sample of all modules, and --skip goes on with it. --quick leaves the fault injection out: try its survivors again
+is a sample of all modules, and --skip goes on with it. --quick leaves the stress tests out: try its survivors again
 without. A mutant is one line of output: verdict, place, line before and after, what failed. The last line has the sums.
 """
 import argparse
@@ -70,7 +70,7 @@ class Workshop:
                        stdout=subprocess.DEVNULL, check=True)
 
     def run(self, command):  # whether it succeeds in time
-        seconds = SWEEP_SECONDS if "faults" in command else PROCESSOR_SECONDS
+        seconds = SWEEP_SECONDS if "--brief" in command else PROCESSOR_SECONDS
         with open(self.output, "wb") as output:
             process = subprocess.Popen(
                 command, stdout=output, stderr=output, stdin=subprocess.DEVNULL, start_new_session=True,
@@ -100,7 +100,7 @@ class Workshop:
         near = self.suites("*_test.cpp", f'#include "{path.relative_to(self.source).parent}/')
         steps = [("zelvane", [[*shared, f"--gtest_filter={near}-{command}"], [*shared, f"--gtest_filter=-{near}:{command}"]]),
                  ("zelvane_tests_static", [[*static, f"--gtest_filter={internal}"]]),
-                 ("zelvane", [[self.build / "stress/zelvane_stress", "faults", "--brief"]])]
+                 ("zelvane_stress", [[self.build / "stress/zelvane_stress", what, "--brief"] for what in ("faults", "powercuts")])]
         return steps[:2] if self.quick else steps
 
     def verdict(self, path, number, mutant):
