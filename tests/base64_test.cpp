@@ -141,6 +141,10 @@ TEST(Base64, Files) {
   std::string const plain = scratch.Write("plain", "abc"), text = scratch.Write("text", "an older, longer text");
   EXPECT_TRUE(EncodeBase64().EncodeFile(plain, text));
   EXPECT_EQ(scratch.Read("text"), "YWJj");
+  mode_t const mask = umask(022);
+  EXPECT_TRUE(EncodeBase64().EncodeFile(plain, scratch.Path("new")));
+  umask(mask);
+  EXPECT_EQ(fs::status(scratch.Path("new")).permissions(), fs::perms(0644));
   EXPECT_TRUE(DecodeBase64().DecodeFile(text.c_str(), text.c_str()));  // loaded before it is written
   std::pair<std::string, std::string> const refused[] = {
       {scratch.Path("missing"), text}, {scratch.Path(), text}, {plain, ""}, {plain, "/dev/full"}};

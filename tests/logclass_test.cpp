@@ -83,6 +83,9 @@ TEST_F(RecordLog, TheFileIsStampsAndPayloads) {
   long when = 0;
   EXPECT_ALL(log.ClearFile(), log.WriteReg(nullptr, 0), log.ReadFileReg(0, &when, nullptr, 0));
   EXPECT_ALL(before <= when, when <= GetDateTime()) << when;
+  char byte = 0;
+  EXPECT_EACH((log.ClearFile(), log.WriteReg("x", 1), log.ReadFileReg(0, &when, &byte, 1), byte), true, true, true,
+              'x');
 }
 
 TEST_F(RecordLog, OnlyWholeRecordsCount) {
@@ -223,6 +226,14 @@ TEST_F(RecordLog, ALogThatLeadsToItsScratchFileIsNotRemoved) {
   EXPECT_EQ(scratch.Read("log.tmp"), Records(3, 5));
   EXPECT_EQ(scratch.List(), (test::Names{"log", "log.tmp"}));
   fs::remove(scratch.Path("log.tmp"));  // no leftover but the log
+}
+
+TEST_F(RecordLog, ALinkToALogHasAScratchFileOfItsOwn) {
+  fs::create_symlink("real", path);
+  WriteFile(path, Records(1, 2));
+  WriteFile(path + ".tmp", Records(5, 6));
+  EXPECT_TRUE(Append(log, 3));
+  EXPECT_EQ(scratch.List(), (test::Names{"log", "real"})) << "the leftover goes";
 }
 
 // Another program may finish its own cut between the look at its scratch file and the lock.
