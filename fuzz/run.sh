@@ -7,6 +7,8 @@ build=$1
 seconds=$2
 seed=${3:-0}  # 0: a different one each time
 here=$(cd "$(dirname "$0")" && pwd)
+# The inputs are files that the library syncs: in memory, where programs can also be started there.
+if [ -w /dev/shm ] && ! findmnt -no OPTIONS /dev/shm | grep -q noexec; then export TMPDIR=/dev/shm; fi
 export here build seconds seed
 one() {
   mkdir -p "$build/corpus/$1" "$build/found"

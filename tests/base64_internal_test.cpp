@@ -1,11 +1,7 @@
 // The loops for other instruction sets beside the plain one: not every machine that runs the tests chooses the same.
 #include "zelvane/crypto/base64_groups_internal.h"
 
-#include <gtest/gtest.h>
-
-#include <random>
-#include <string>
-#include <vector>
+#include "support/test.h"
 
 namespace {
 

@@ -1,13 +1,8 @@
 #include "zelvane/crypto/base64.h"
 
-#include <gtest/gtest.h>
-
 #include <cmath>
-#include <random>
-#include <tuple>
-#include <vector>
 
-#include "support/scratch.h"
+#include "support/test.h"
 
 namespace {
 
@@ -63,7 +58,7 @@ struct Recorder : ProgressClass {
 
 std::string Result(ClassBase64& codec) {
   std::string bytes(codec.SaveToBuf(nullptr, 0), '\0');
-  EXPECT_TRUE(bytes.empty() || bytes.size() == codec.SaveToBuf(bytes.data(), bytes.size()));
+  if (!bytes.empty()) EXPECT_EACH((codec.SaveToBuf(bytes.data(), bytes.size())), bytes.size());
   return bytes;
 }
 
@@ -82,33 +77,33 @@ TEST(Base64, AgreesWithTheNaiveCodecInBytesAndCalls) {
     std::vector<char> const exact(bytes.begin(), bytes.end());  // without a NUL behind it
     ASSERT_TRUE(encoder.LoadFromBuf(exact.data(), exact.size()));
     std::string text = NaiveEncode(bytes, calls);
-    ASSERT_EQ(text, Result(encoder)) << "round " << round;
+    ASSERT_EQ(Result(encoder), text) << "round " << round;
     for (size_t damage = pick(4); damage > 0; damage--)
       text.replace(pick(text.size()), pick(3), 1 + pick(3), pick(3) == 0 ? '=' : static_cast<char>(pick(256)));
     ASSERT_TRUE(decoder.LoadFromBuf(text.data(), text.size()));
-    ASSERT_EQ(NaiveDecode(text, calls), Result(decoder)) << "round " << round << ": " << text;
-    ASSERT_EQ(round % 10 == 0 ? calls : Calls(), recorder.calls) << "round " << round << ": " << text;
+    ASSERT_EQ(Result(decoder), NaiveDecode(text, calls)) << "round " << round << ": " << text;
+    ASSERT_EQ(recorder.calls, round % 10 == 0 ? calls : Calls()) << "round " << round << ": " << text;
   }
 }
 
 TEST(Base64, ABufferIsFilledToItsSize) {
   DecodeBase64 codec;
   char buffer[6];
-  EXPECT_FALSE(codec.DecodeStr("Zm9", buffer, 6) || codec.DecodeStr(nullptr, buffer, 6));
+  EXPECT_NONE(codec.DecodeStr("Zm9", buffer, 6), codec.DecodeStr(nullptr, buffer, 6));
   ASSERT_TRUE(codec.LoadFromBuf("YWIAYw==", 8));  // "ab\0c"
-  EXPECT_FALSE(codec.LoadFromBuf(nullptr, 3) || codec.LoadFromBuf("foo", 0) || codec.LoadFromFile("/dev/zero"));
-  EXPECT_FALSE(codec.SaveToStr(nullptr, 6) || codec.SaveToStr(buffer, 0) || codec.SaveToBuf(buffer, 0));
+  EXPECT_NONE(codec.LoadFromBuf(nullptr, 3), codec.LoadFromBuf("foo", 0), codec.LoadFromFile("/dev/zero"));
+  EXPECT_NONE(codec.SaveToStr(nullptr, 6), codec.SaveToStr(buffer, 0), codec.SaveToBuf(buffer, 0));
   std::tuple<size_t, size_t, std::string> const rows[] = {{3, 3, {"ab\0...ab\0...", 12}},  // as bytes, then as text
                                                           {4, 4, {"ab\0c..ab\0\0..", 12}},
                                                           {6, 4, {"ab\0c\0\0ab\0c\0\0", 12}}};
   for (auto const& [size, copied, filled] : rows) {
     std::string both(12, '.');
-    EXPECT_EQ(copied, codec.SaveToBuf(&both[0], size)) << size;
+    EXPECT_EQ(codec.SaveToBuf(&both[0], size), copied) << size;
     EXPECT_TRUE(codec.SaveToStr(&both[6], size)) << size;
-    EXPECT_EQ(filled, both) << size;
+    EXPECT_EQ(both, filled) << size;
   }
   codec.Unload();
-  EXPECT_EQ("", Result(codec));
+  EXPECT_EQ(Result(codec), "");
 }
 
 TEST(Base64, EveryFormOfATextDoesTheSame) {
@@ -120,40 +115,44 @@ TEST(Base64, EveryFormOfATextDoesTheSame) {
     char out[9] = "?";
     std::string text = original, decoded = "?", encoded = "?";
     bool const done = *plain != '?';
-    EXPECT_TRUE(decoder.DecodeStr(text, decoded) == done && decoder.DecodeStr(original, out, 9) == done) << text;
-    EXPECT_EQ(decoded + out, std::string(plain) + plain) << text;
-    EXPECT_EQ(decoder.DecodeStr(text) + DecodeBase64ToStr(text), done ? decoded + decoded : "") << text;
+    EXPECT_EACH((decoder.DecodeStr(text, decoded), decoder.DecodeStr(original, out, 9)), done) << text;
+    EXPECT_EACH((decoded, out), plain) << text;
+    EXPECT_EACH((decoder.DecodeStr(text), DecodeBase64ToStr(text)), done ? plain : "") << text;
     if (!done) continue;
-    EXPECT_TRUE(encoder.EncodeStr(decoded, encoded) && encoder.EncodeStr(plain, out, 9));
-    EXPECT_EQ(encoded + out + encoder.EncodeStr(decoded) + EncodeBase64FromStr(decoded), text + text + text + text);
+    EXPECT_ALL(encoder.EncodeStr(decoded, encoded), encoder.EncodeStr(plain, out, 9));
+    EXPECT_EACH((encoded, out, encoder.EncodeStr(decoded), EncodeBase64FromStr(decoded)), text);
   }
 }
 
 TEST(Base64, NothingFromNothing) {
   EncodeBase64 codec;
   char out[2] = "?";
-  EXPECT_FALSE(codec.EncodeStr(nullptr, out, 2) || codec.EncodeStr("a", nullptr, 2) || codec.EncodeStr("a", out, 0));
-  EXPECT_FALSE(codec.LoadFromStr(nullptr) || codec.LoadFromFile(nullptr) || codec.SaveToFile(nullptr));
-  EXPECT_FALSE(codec.EncodeFile("/etc/passwd", nullptr) || codec.EncodeFile(nullptr, "/nonexistent"));
+  EXPECT_NONE(codec.EncodeStr(nullptr, out, 2), codec.EncodeStr("a", nullptr, 2), codec.EncodeStr("a", out, 0));
+  EXPECT_NONE(codec.LoadFromStr(nullptr), codec.LoadFromFile(nullptr), codec.SaveToFile(nullptr));
+  EXPECT_NONE(codec.EncodeFile("/etc/passwd", nullptr), codec.EncodeFile(nullptr, "/nonexistent"));
   for (unsigned long const length : {0UL, ~0UL}) EXPECT_FALSE(codec.EncodeDecodeFunction("a", length)) << length;
-  EXPECT_FALSE(codec.EncodeDecodeFunction(nullptr, 1) || DecodeBase64().EncodeDecodeFunction(nullptr, 1) ||
-               DecodeBase64().EncodeDecodeFunction("a", 0));
-  EXPECT_STREQ("?", out);
+  EXPECT_NONE(codec.EncodeDecodeFunction(nullptr, 1), DecodeBase64().EncodeDecodeFunction(nullptr, 1),
+              DecodeBase64().EncodeDecodeFunction("a", 0));
+  EXPECT_STREQ(out, "?");
 }
 
 TEST(Base64, Files) {
   test::Scratch scratch;
   std::string const plain = scratch.Write("plain", "abc"), text = scratch.Write("text", "an older, longer text");
   EXPECT_TRUE(EncodeBase64().EncodeFile(plain, text));
-  EXPECT_EQ("YWJj", scratch.Read("text"));
+  EXPECT_EQ(scratch.Read("text"), "YWJj");
+  mode_t const mask = umask(022);
+  EXPECT_TRUE(EncodeBase64().EncodeFile(plain, scratch.Path("new")));
+  umask(mask);
+  EXPECT_EQ(fs::status(scratch.Path("new")).permissions(), fs::perms(0644));
   EXPECT_TRUE(DecodeBase64().DecodeFile(text.c_str(), text.c_str()));  // loaded before it is written
   std::pair<std::string, std::string> const refused[] = {
       {scratch.Path("missing"), text}, {scratch.Path(), text}, {plain, ""}, {plain, "/dev/full"}};
   for (auto const& [from, to] : refused) EXPECT_FALSE(EncodeBase64().EncodeFile(from, to)) << from << " to " << to;
-  EXPECT_EQ("abc", scratch.Read("text"));
+  EXPECT_EQ(scratch.Read("text"), "abc");
   EncodeBase64 codec;
-  EXPECT_TRUE(codec.LoadFromFile(plain) && codec.SaveToFile(text) && DecodeBase64().DecodeFile(text, text));
-  EXPECT_EQ("abc", scratch.Read("text"));
+  EXPECT_ALL(codec.LoadFromFile(plain), codec.SaveToFile(text), DecodeBase64().DecodeFile(text, text));
+  EXPECT_EQ(scratch.Read("text"), "abc");
 }
 
 }  // namespace

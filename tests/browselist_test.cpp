@@ -1,17 +1,8 @@
 // The browse list: what is read, what each change writes, stamps and flushes, and what goes with a removed entry.
 #include "zelvane/browse/browselist.h"
 
-#include <gtest/gtest.h>
-
-#include <array>
-#include <filesystem>
-#include <map>
-#include <random>
-#include <set>
-#include <utility>
-
 #include "support/settings.h"
-#include "support/table.h"
+#include "support/test.h"
 #include "zelvane/core/datetime.h"
 
 namespace {
@@ -94,7 +85,7 @@ TEST_F(BrowseList, WhichEntriesAreValid) {
     Kind const kind = KindOf(c[0]);
     Open(kSections[kind] + c[1] + "\n");
     EXPECT_EQ(Read(list_, kind, 0), c[2]) << c;
-    EXPECT_EQ(std::to_string(kCount[kind](list_)) + Read(list_, kind, 1), "1") << c;
+    EXPECT_EACH((kCount[kind](list_), Read(list_, kind, 1)), 1, "") << c;
   }
 }
 
@@ -105,7 +96,7 @@ TEST_F(BrowseList, WritesWhatItIsGiven) {
   // A computer without an address does not keep its identifier.
   for (char const* const address : {"", "2.2.2.2"}) EXPECT_EQ(Do('a', kComputer, {99, "\xE9", 7, address}, false), 1);
   EXPECT_EQ(Do('a', kNobreak, {99, "x", 3}, false), 1);
-  EXPECT_EQ(folder_.List(), std::vector<std::string>{}) << "before the first flush";
+  EXPECT_EQ(folder_.List(), test::Names{}) << "before the first flush";
   EXPECT_EQ(Read(list_, kComputer, 0), "1;" + n.substr(1) + ";123456789012345;1");
   EXPECT_EQ(Saved(), "[GROUPS]\n1 = " + n + ";-1\n[DATE]\nDATETIME = now\n[COMPUTERS]\n1 = " + wide +
                          "1\n2 = \xE9;2.2.2.2;-1\n[NOBREAKS]\n0 = " + wide +
@@ -113,8 +104,8 @@ TEST_F(BrowseList, WritesWhatItIsGiven) {
   Open("; \xE9\r\n[COMPUTERS]\n5 = broken\n-1 = odd;1.1.1.1;-1\n[NOBREAKS]\n0 = a;;007;+5\n1=" + n + "n;;x;5\n" + rest +
        "6 = f;;1;-1\n[GROUPS]\n2 = x;-1\n");
   for (int32_t const group : {8, 9})  // it does not go with the group where it was before
-    EXPECT_EQ(Do('e', kComputer, {5, "pc", group}, false) + Do('o', kComputer, {17 - group, "", 0}, false), 2);
-  EXPECT_EQ(Do('e', kGroup, {2, "y", 2}, false) + Do('e', kComputer, {-1, "pc", 9}, false), 2);
+    EXPECT_EACH((Do('e', kComputer, {5, "pc", group}, false), Do('o', kComputer, {17 - group, "", 0}, false)), 1);
+  EXPECT_EACH((Do('e', kGroup, {2, "y", 2}, false), Do('e', kComputer, {-1, "pc", 9}, false)), 1);
   EXPECT_EQ(Do('e', kNobreak, {6, "f", 5}, false), 1);
   EXPECT_EQ(Saved(),
             "; \xE9\r\n[COMPUTERS]\n5 = pc;2.2.2.2;9\n-1 = pc;2.2.2.2;9\n[NOBREAKS]\n0 = a;2.2.2.2;007;5\n1 = " + n +

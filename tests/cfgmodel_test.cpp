@@ -1,16 +1,5 @@
 // The engine beside a naive model: the same seeded operations on both, every byte and every answer compared.
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <map>
-#include <memory>
-#include <random>
-#include <set>
-#include <sstream>
-#include <string>
-#include <vector>
-
-#include "support/scratch.h"
+#include "support/test.h"
 #include "zelvane/config/cfgclass.h"
 #include "zelvane/core/strutils.h"
 
@@ -109,7 +98,7 @@ class Model {
   struct Section {
     Line header;
     std::map<std::string, Key> keys;
-    std::vector<std::string> written;  // the last loaded key, then those written, without the deleted ones
+    test::Names written;  // the last loaded key, then those written, without the deleted ones
   };
 
   // An empty one when there is none.
@@ -145,15 +134,13 @@ void Drive(CfgClass& cfg, bool upper, unsigned seed, int operations) {
   SCOPED_TRACE("seed " + std::to_string(seed));
   std::mt19937 random(seed);
   auto const below = [&random](std::size_t n) { return static_cast<std::size_t>(random() % n); };
-  auto const one = [&below](std::vector<std::string> const& texts) { return texts[below(texts.size())]; };
-  std::vector<std::string> const sections = {"",       "Net", "UPS", "net ", "a b", "\xE7",
-                                             "TIMERS", "x1",  "x2",  "x3",   "x4",  "x5"};
-  std::vector<std::string> const keys = {
-      "A", "b", "Key one", "\xE7\xC7", "Zz", "k=q", "long key name that leaves the short string"};
-  std::vector<std::string> const values = {
+  auto const one = [&below](test::Names const& texts) { return texts[below(texts.size())]; };
+  test::Names const sections = {"", "Net", "UPS", "net ", "a b", "\xE7", "TIMERS", "x1", "x2", "x3", "x4", "x5"};
+  test::Names const keys = {"A", "b", "Key one", "\xE7\xC7", "Zz", "k=q", "long key name that leaves the short string"};
+  test::Names const values = {
       "", "1", " padded ", "a = b", "; no comment", "a value long enough to need memory of its own"};
-  std::vector<std::string> const lines = {"",   "; note", "  [ Net ]\r", "[UPS]", "[ ]", "A=1", " b = 2 ; tail\r",
-                                          "Zz", "\t",     "key ONE==",   "[x1]"};
+  test::Names const lines = {"",   "; note", "  [ Net ]\r", "[UPS]", "[ ]", "A=1", " b = 2 ; tail\r",
+                             "Zz", "\t",     "key ONE==",   "[x1]"};
 
   test::Scratch scratch;
   std::string text;
@@ -161,7 +148,7 @@ void Drive(CfgClass& cfg, bool upper, unsigned seed, int operations) {
   std::string const path = scratch.Write("model.cfg", text);
   Model model(upper);
   model.Load(text);
-  ASSERT_TRUE(cfg.Open(path) && cfg.SetCached(true));
+  ASSERT_ALL(cfg.Open(path), cfg.SetCached(true));
   for (int i = 0; i < operations; i++) {
     std::string const section = one(sections), base = one(keys);
     std::string const key = base + (below(2) == 0 ? std::to_string(below(40)) : "");
@@ -184,7 +171,7 @@ void Drive(CfgClass& cfg, bool upper, unsigned seed, int operations) {
       ASSERT_EQ(cfg.DeleteKey(n), !name.empty());
       model.Delete(section, name);
       ASSERT_EQ(cfg.GetKeyName(section, n), model.Name(section, n)) << section << " at " << n;
-      ASSERT_TRUE(name.empty() || cfg.ReadStr(section, name, "none") == "none") << section << "/" << name;
+      if (!name.empty()) ASSERT_EACH((cfg.ReadStr(section, name, "none")), "none") << section << "/" << name;
     } else if (choice < 77) {
       ASSERT_TRUE(cfg.EraseSection(section));
       model.Erase(section);
@@ -218,7 +205,7 @@ TEST(CfgModel, AddressingByNumber) {
   test::Scratch scratch;
   std::mt19937 random(7);
   CfgClass cfg;
-  ASSERT_TRUE(cfg.Open(scratch.Write("many.cfg", "")) && cfg.SetCached(true) && cfg.SetSection("S"));
+  ASSERT_ALL(cfg.Open(scratch.Write("many.cfg", "")), cfg.SetCached(true), cfg.SetSection("S"));
   std::set<std::string> keys;
   auto const check = [&](unsigned long n) {
     std::string const expected = n < keys.size() ? *std::next(keys.begin(), static_cast<long>(n)) : "";

@@ -1,11 +1,6 @@
 #include "zelvane/crypto/cipher.h"
 
-#include <gtest/gtest.h>
-#include <limits.h>
-
-#include <tuple>
-#include <vector>
-
+#include "support/test.h"
 #include "support/vectors.h"
 
 namespace {
@@ -55,7 +50,7 @@ void Begin(Cipher_Safer& cipher, int mode) {
 
 TEST(Cipher, KnownAnswersAtAnyAddressAloneAndInABuffer) {
   auto const lines = ReadVectors("safer.txt");
-  ASSERT_EQ(21U, lines.size());
+  ASSERT_EQ(lines.size(), 21U);
   for (auto const& line : lines) {
     int const mode = std::stoi(line[0]);
     long const rounds = std::stol(line[1]);
@@ -68,24 +63,24 @@ TEST(Cipher, KnownAnswersAtAnyAddressAloneAndInABuffer) {
       std::string const dots(shift, '.');
       std::string text = dots + plain + "!", plains, codeds;
       cipher.Encode(&text[shift]);
-      EXPECT_EQ(dots + coded + "!", text) << line[0] << " " << line[2] << " + " << shift;
+      EXPECT_EQ(text, dots + coded + "!") << line[0] << " " << line[2] << " + " << shift;
       cipher.Decode(&text[shift]);
-      EXPECT_EQ(dots + plain + "!", text) << line[0] << " " << line[2] << " + " << shift;
+      EXPECT_EQ(text, dots + plain + "!") << line[0] << " " << line[2] << " + " << shift;
       for (size_t i = 0; i < 9 * shift + 1; i++) plains += plain, codeds += coded;
-      EXPECT_EQ(codeds, Code(cipher, kCoders[0], plains)) << line[2] << ", " << plains.size();
-      EXPECT_EQ(plains, Code(cipher, kCoders[1], codeds)) << line[2] << ", " << plains.size();
+      EXPECT_EQ(Code(cipher, kCoders[0], plains), codeds) << line[2] << ", " << plains.size();
+      EXPECT_EQ(Code(cipher, kCoders[1], codeds), plains) << line[2] << ", " << plains.size();
     }
   }
 }
 
 TEST(Cipher, KnownAnswersOfBuffersThatGoOnFromEachOther) {
   auto const lines = ReadVectors("safer_buffers.txt");
-  ASSERT_EQ(17U, lines.size());
+  ASSERT_EQ(lines.size(), 17U);
   for (auto const& line : lines) {
     Cipher_Safer_SK64 cipher;
     Begin(cipher, std::stoi(line[0]));
     for (size_t turn = 0; turn < 4; turn++)
-      EXPECT_EQ(line[1 + turn], Hex(Code(cipher, kCoders[turn % 2], Bytes(line[1].size() / 2)))) << line[0] << line[1];
+      EXPECT_EQ(Hex(Code(cipher, kCoders[turn % 2], Bytes(line[1].size() / 2))), line[1 + turn]) << line[0] << line[1];
   }
 }
 
@@ -99,9 +94,9 @@ TEST(Cipher, ASubclassIsAskedForEveryBlock) {
       for (Coder coder : {kCoders[0], kCoders[1], kCoders[0]}) {
         std::string text = "." + Bytes(length), expected = Code(plain, coder, text.substr(1));
         EXPECT_TRUE((replaced.*coder)(&text[1], &text[1], static_cast<long>(length))) << "in place, at an odd address";
-        EXPECT_EQ("." + expected, text) << mode << ", " << length;
+        EXPECT_EQ(text, "." + expected) << mode << ", " << length;
       }
-      EXPECT_EQ(mode == 5 ? 0 : 3 * ((length + 7) / 8), replaced.blocks) << mode << ", " << length;
+      EXPECT_EQ(replaced.blocks, mode == 5 ? 0 : 3 * ((length + 7) / 8)) << mode << ", " << length;
     }
   }
 }
@@ -111,7 +106,7 @@ TEST(Cipher, WithoutAKeyOrABufferNothingHappens) {
   Replaced keyed;
   fresh.InitEnd(nullptr);
   fresh.Internal_InitTab(), fresh.Internal_InitKey(kKey.data(), 8);  // no room yet
-  ASSERT_TRUE(Key(forgotten, kKey, SAFER_SK64) && Key(keyed, kKey, SAFER_SK64) && forgotten.InitBegin(nullptr));
+  ASSERT_ALL(Key(forgotten, kKey, SAFER_SK64), Key(keyed, kKey, SAFER_SK64), forgotten.InitBegin(nullptr));
   keyed.Internal_InitKey(nullptr, 8);
   char text[] = "unchanged";
   std::tuple<Cipher_Safer*, char const*, char*, long> const cases[] = {
@@ -119,14 +114,14 @@ TEST(Cipher, WithoutAKeyOrABufferNothingHappens) {
       {&keyed, text, nullptr, 8},          {&keyed, "12345678", text, 0},     {&keyed, "12345678", text, -8},
       {&keyed, "12345678", text, LONG_MIN}};
   for (auto const& [cipher, in, to, length] : cases) {
-    EXPECT_FALSE(cipher->Init(nullptr, 8, nullptr) || cipher->InitKey("no hash", nullptr));
+    EXPECT_NONE(cipher->Init(nullptr, 8, nullptr), cipher->InitKey("no hash", nullptr));
     cipher->Encode(cipher == &keyed ? nullptr : text);
     cipher->Decode(cipher == &keyed ? nullptr : text);
     for (Coder coder : kCoders) EXPECT_FALSE((cipher->*coder)(in, to, length)) << length;
   }
-  EXPECT_STREQ("unchanged", text);
+  EXPECT_STREQ(text, "unchanged");
   for (int const flag : {-1, 32, 31}) keyed.SetFlag(flag, true);
-  EXPECT_TRUE(!keyed.GetFlag(-1) && !keyed.GetFlag(32) && keyed.GetFlag(31) && !keyed.GetFlag(0));
+  EXPECT_EACH((keyed.GetFlag(-1), keyed.GetFlag(32), keyed.GetFlag(31), keyed.GetFlag(0)), false, false, true, false);
   keyed.GetContext(nullptr, nullptr, nullptr), keyed.CipherClass::GetContext(nullptr, nullptr, nullptr);
 }
 
@@ -141,8 +136,8 @@ TEST(Cipher, KeysOfAnyLengthArePaddedOrCut) {
       padded.resize(variant % 4 == 1 ? 5 : variant % 4 == 2 ? 8 : 16);
       Cipher_Safer given, told;
       if (mode < 0 || mode > 7) told.SetRounds(8);
-      ASSERT_TRUE(Key(given, key.substr(0, length), mode) && Key(told, padded, variant));
-      EXPECT_EQ(EncodeBlock(told), EncodeBlock(given)) << mode << ", length " << length;
+      ASSERT_ALL(Key(given, key.substr(0, length), mode), Key(told, padded, variant));
+      EXPECT_EQ(EncodeBlock(given), EncodeBlock(told)) << mode << ", length " << length;
     }
   }
 }
@@ -151,13 +146,13 @@ TEST(Cipher, RoundsOnceTakenStay) {
   for (auto const& [asked, taken] : {std::pair(3L, 8L), {4, 4}, {13, 13}, {14, 8}, {-6, 8}}) {  // before there is a key
     Cipher_Safer cipher, later, expected;
     cipher.SetRounds(asked);
-    ASSERT_TRUE(Key(cipher, kKey, SAFER_K128) && Key(later, kKey, SAFER_K128));
+    ASSERT_ALL(Key(cipher, kKey, SAFER_K128), Key(later, kKey, SAFER_K128));
     later.SetRounds(taken);  // counts without a new key
-    EXPECT_EQ(EncodeBlock(later), EncodeBlock(cipher)) << asked;
+    EXPECT_EQ(EncodeBlock(cipher), EncodeBlock(later)) << asked;
     later.SetRounds(asked);  // with a key the default is the variant's
     if (asked == taken) expected.SetRounds(asked);
     ASSERT_TRUE(Key(expected, kKey, SAFER_K128));
-    EXPECT_EQ(EncodeBlock(expected), EncodeBlock(later)) << asked;
+    EXPECT_EQ(EncodeBlock(later), EncodeBlock(expected)) << asked;
   }
 }
 
@@ -179,15 +174,15 @@ TEST(Cipher, APhraseGoesThroughTheVirtualSteps) {
   std::string const digest = "afbd6e228b9d8cbbcef5ca2d03e6dba10ac0bc7dcbe4680e1e42d2e975459b65";
   Hash_RipeMD256 hash;
   spy.SetHash(&hash);
-  EXPECT_TRUE(spy.InitKey("abc", g_iv.data()) && spy.GetFlag(0));
-  EXPECT_EQ("Init Begin Rounds Tab Key End Encode Done ", spy.seen);
+  EXPECT_ALL(spy.InitKey("abc", g_iv.data()), spy.GetFlag(0));
+  EXPECT_EQ(spy.seen, "Init Begin Rounds Tab Key End Encode Done ");
   // The digest is hidden, and the stream begins at the initial block.
   Cipher_Safer told;
   ASSERT_TRUE(Key(told, FromHex(digest.substr(0, 16)), SAFER_SK64, g_iv.data()));
-  EXPECT_EQ(Hex(Code(told, kCoders[0], FromHex(digest))),
-            Hex(std::string(static_cast<char const*>(hash.DigestKey()), 32)));
+  EXPECT_EQ(Hex(std::string(static_cast<char const*>(hash.DigestKey()), 32)),
+            Hex(Code(told, kCoders[0], FromHex(digest))));
   told.Done();
-  EXPECT_EQ(Code(told, kCoders[0], "text"), Code(spy, kCoders[0], "text"));
+  EXPECT_EQ(Code(spy, kCoders[0], "text"), Code(told, kCoders[0], "text"));
 }
 
 // A cipher with blocks of any size, as a subclass may bring one.
@@ -211,12 +206,12 @@ TEST(Cipher, NoKeyWithoutADigestOrABlock) {
     Sized cipher(block, context);
     char bytes[] = "12345678";
     cipher.SetHash(hash);
-    EXPECT_EQ(keyed, cipher.InitKey("phrase", nullptr));
-    EXPECT_TRUE(cipher.GetFlag(0) == keyed && cipher.EncodeBuffer(bytes, bytes, 8) == keyed);
-    EXPECT_TRUE(!keyed || (cipher.Init("", 0, nullptr) && !cipher.GetFlag(0))) << "the flag is a phrase's";
-    EXPECT_EQ(keyed, cipher.InitKey(std::string("phrase"), nullptr));
+    EXPECT_EQ(cipher.InitKey("phrase", nullptr), keyed);
+    EXPECT_EACH((cipher.GetFlag(0), cipher.EncodeBuffer(bytes, bytes, 8)), keyed);
+    if (keyed) EXPECT_EACH((cipher.Init("", 0, nullptr), cipher.GetFlag(0)), true, false) << "the flag is a phrase's";
+    EXPECT_EQ(cipher.InitKey(std::string("phrase"), nullptr), keyed);
     cipher.block += 8;  // the next key takes new room
-    EXPECT_TRUE(!keyed || cipher.InitKey("phrase", nullptr));
+    if (keyed) EXPECT_ALL(cipher.InitKey("phrase", nullptr));
   }
 }
 

@@ -1,22 +1,12 @@
 // Dates: every day beside the C library's calendar, with the peculiarities that are kept; text; the clock in zones.
 #include "zelvane/core/datetime.h"
 
-#include <gtest/gtest.h>
 #include <sys/time.h>
-
-#include <algorithm>
-#include <array>
 #include <cfloat>
-#include <climits>
-#include <cstdio>
-#include <cstdlib>
 #include <ctime>
-#include <stdexcept>
-#include <string>
-#include <utility>
 
 #include "support/processes.h"
-#include "support/table.h"
+#include "support/test.h"
 
 namespace {
 
@@ -79,9 +69,9 @@ TEST(Calendar, ValuesThatAreNoDateTime) {
     EXPECT_EQ(Decoded(t), kUntouched) << t;
     for (long const result : {long{DayOfWeek(t)}, long{DayOfYear(t)}, GMTToLocalDateTime(t), LocalToGMTDateTime(t)})
       EXPECT_EQ(result, -1) << t;
-    EXPECT_EQ(DateTimeToStr(t) + FormatDateTime(t, "%Y"), "") << t;
+    EXPECT_EACH((DateTimeToStr(t), FormatDateTime(t, "%Y")), "") << t;
   }
-  EXPECT_FALSE(SetDateTime(-1) || SetDateTime(LONG_MIN));
+  EXPECT_NONE(SetDateTime(-1), SetDateTime(LONG_MIN));
   EXPECT_TRUE(DecodeDateTime(0, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr));
 }
 
@@ -117,19 +107,19 @@ TEST(Clock, ZonesAndSummerTime) {
   test::Environment const zone("TZ", "XYZ3");
   std::time_t const before = std::time(nullptr);
   for (long const now : {GetDateTime() + 3 * 3600, GetGMTDateTime()})
-    EXPECT_TRUE(before <= now && now <= std::time(nullptr)) << now << " at " << before;
+    EXPECT_ALL(before <= now, now <= std::time(nullptr)) << now << " at " << before;
 }
 
 TEST(DateText, Written) {
   long const t = EncodeDateTime(2005, 3, 7, 8, 9, 1);
   for (test::Case const& c : Table("core/datetime.txt", "written"))
-    EXPECT_EQ(DateTimeToStr(c[0].c_str(), t) + DateTimeToStr(c[0], t), c[1] + c[1]) << c;
-  EXPECT_EQ(DateTimeToStr(t) + DateTimeToStr(nullptr, 0), "07/03/2005 08:09:0101/01/1970 00:00:00");
+    EXPECT_EACH((DateTimeToStr(c[0].c_str(), t), DateTimeToStr(c[0], t)), c[1]) << c;
+  EXPECT_EACH((DateTimeToStr(t), DateTimeToStr(nullptr, 0)), "07/03/2005 08:09:01", "01/01/1970 00:00:00");
   std::string const longest(4095, 'x');
   EXPECT_EQ(FormatDateTime(t, "%Y-%m-%d %H:%M:%S %a %w %j"), "2005-03-07 08:09:01 Mon 1 066");
-  EXPECT_EQ(FormatDateTime(t - 2 * kDay, "%a") + FormatDateTime(t - kDay, std::string("%A\0%d", 5)), "?Sunday");
-  EXPECT_EQ(FormatDateTime(t, longest) + FormatDateTime(t, longest + "x"), longest);
-  EXPECT_EQ(FormatDateTime(t, "") + FormatDateTime(t, static_cast<char const*>(nullptr)), "");
+  EXPECT_EACH((FormatDateTime(t - 2 * kDay, "%a"), FormatDateTime(t - kDay, std::string("%A\0%d", 5))), "?", "Sunday");
+  EXPECT_EACH((FormatDateTime(t, longest), FormatDateTime(t, longest + "x")), longest, "");
+  EXPECT_EACH((FormatDateTime(t, ""), FormatDateTime(t, static_cast<char const*>(nullptr))), "");
 }
 
 TEST(DateText, Read) {

@@ -1,49 +1,35 @@
 #include "zelvane/core/fileutils.h"
 
-#include <fcntl.h>
-#include <gtest/gtest.h>
-#include <signal.h>
-#include <sys/stat.h>
 #include <sys/time.h>
 #include <sys/utsname.h>
-#include <unistd.h>
-
-#include <cerrno>
-#include <cstdint>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 
 #include "support/child.h"
 #include "support/processes.h"
-#include "support/scratch.h"
-#include "support/table.h"
+#include "support/test.h"
 
 namespace {
 
 using test::Scratch;
-namespace fs = std::filesystem;
 using Text = char const*;
-using Names = std::vector<std::string>;
 
 // "-" leaves the variable unset; whoever keeps a test::Environment of it puts it back.
 int Set(Text name, std::string const& value) { return value == "-" ? unsetenv(name) : setenv(name, value.c_str(), 1); }
 
-// ---- Names ----
+// ---- test::Names ----
 
 TEST(FileNames, PartsOfAPath) {
   auto const parts = [](auto const& path, auto const& ext) {
-    return Names{ChangeFileExt(path, ext), ExtractFileExt(path),       ExtractFilePath(path),
-                 ExtractFileName(path),    IncludePathDelimiter(path), ExcludePathDelimiter(path)};
+    return test::Names{ChangeFileExt(path, ext), ExtractFileExt(path),       ExtractFilePath(path),
+                       ExtractFileName(path),    IncludePathDelimiter(path), ExcludePathDelimiter(path)};
   };
   for (test::Case const& c : test::Table("core/fileutils.txt", "parts")) {
-    Names const expected(c.columns.begin() + 2, c.columns.end());
-    EXPECT_EQ(expected, parts(c[0], c[1])) << c;
-    EXPECT_EQ(expected, parts(c[0].c_str(), c[1].c_str())) << c;
+    test::Names const expected(c.columns.begin() + 2, c.columns.end());
+    EXPECT_EQ(parts(c[0], c[1]), expected) << c;
+    EXPECT_EQ(parts(c[0].c_str(), c[1].c_str()), expected) << c;
   }
-  EXPECT_EQ(Names(6), parts(Text(nullptr), "cfg"));
-  EXPECT_EQ("", ChangeFileExt("a.txt", nullptr));
-  EXPECT_EQ("/x/", ExtractFilePath(std::string("/x/y\0/z", 7))) << "twins end at a NUL";
+  EXPECT_EQ(parts(Text(nullptr), "cfg"), test::Names(6));
+  EXPECT_EQ(ChangeFileExt("a.txt", nullptr), "");
+  EXPECT_EQ(ExtractFilePath(std::string("/x/y\0/z", 7)), "/x/") << "twins end at a NUL";
 }
 
 // ---- Places ----
@@ -52,17 +38,17 @@ TEST(Places, HomeAndTemporaryFolders) {
   test::Environment const home("HOME", ""), tmp("TMP", ""), temp("TEMP", ""), tmpdir("TMPDIR", "");
   for (test::Case const& c : test::Table("core/fileutils.txt", "home")) {
     Set("HOME", c[0]);
-    EXPECT_EQ(c[1], GetUserPath()) << c;
+    EXPECT_EQ(GetUserPath(), c[1]) << c;
   }
   std::string const exe = GetExeName();
-  EXPECT_EQ(fs::read_symlink("/proc/self/exe").string(), exe);
+  EXPECT_EQ(exe, fs::read_symlink("/proc/self/exe").string());
   for (test::Case const& c : test::Table("core/fileutils.txt", "temporary")) {
     Set("TMP", c[0]), Set("TEMP", c[1]), Set("TMPDIR", c[2]);
-    EXPECT_EQ(c[3] == "exe" ? ExtractFilePath(exe) : c[3], GetTmpPath(true)) << c;
+    EXPECT_EQ(GetTmpPath(true), c[3] == "exe" ? ExtractFilePath(exe) : c[3]) << c;
   }
   Scratch scratch;
   Set("TMP", scratch.Path());
-  EXPECT_EQ(scratch.Path("tmpXXXXXX").size(), GetTmpFileName().size());
+  EXPECT_EQ(GetTmpFileName().size(), scratch.Path("tmpXXXXXX").size());
 }
 
 // ---- Permissions ----
@@ -84,17 +70,18 @@ TEST(Permissions, FoundByTryingWithoutTouching) {
       twins += name + ("=" + rights(scratch.Path(name)) + " ");
       found += name + ("=" + rights(scratch.Path(name).c_str()) + " ");
     }
-    EXPECT_EQ("file=rw r=r w= =rd missing= dangling= file/x= ", found);
-    return found == twins && !testing::Test::HasFailure() && descriptors == test::OpenDescriptors();
+    EXPECT_EQ(found, "file=rw r=r w= =rd missing= dangling= file/x= ");
+    EXPECT_EQ(twins, found);
+    EXPECT_EQ(test::OpenDescriptors(), descriptors);
   }));
   EXPECT_TRUE(test::AsOrdinaryUser([&] {  // in a directory that cannot be entered again, as daemons may be
     std::string const closed = scratch.Path("closed");
-    bool const inside = mkdir(closed.c_str(), 0700) == 0 && chdir(closed.c_str()) == 0 && chmod(".", 0) == 0;
-    return inside && DirExists("/") && !DirExists(closed) && rmdir(closed.c_str()) == 0;
+    EXPECT_EACH((mkdir(closed.c_str(), 0700), chdir(closed.c_str()), chmod(".", 0)), 0);
+    EXPECT_EACH((DirExists("/"), DirExists(closed), rmdir(closed.c_str())), true, false, 0);
   }));
   EXPECT_FALSE(FilePermToWrite(scratch.Path("fifo")));  // and does not wait
-  EXPECT_EQ("", rights("") + rights(Text(nullptr)));
-  EXPECT_EQ((Names{"dangling", "fifo", "file", "r", "w"}), scratch.List());
+  EXPECT_EACH((rights(""), rights(Text(nullptr))), "");
+  EXPECT_EQ(scratch.List(), (test::Names{"dangling", "fifo", "file", "r", "w"}));
 }
 
 // ---- Copying ----
@@ -102,7 +89,7 @@ TEST(Permissions, FoundByTryingWithoutTouching) {
 std::string g_calls;  // as the table shows them
 
 void Record(void const* context, unsigned long copied, unsigned long size, unsigned short percent, bool finished) {
-  EXPECT_EQ(nullptr, context);
+  EXPECT_EQ(context, nullptr);
   g_calls += std::to_string(copied) + "/" + std::to_string(size) + "=" + std::to_string(percent);
   g_calls += finished ? "!" : " ";
 }
@@ -115,8 +102,8 @@ TEST(Copying, BlocksAndCalls) {
     std::string const from = scratch.Write("from", bytes), to = scratch.Write("to", std::string(300000, 'o'));
     g_calls.clear();
     EXPECT_TRUE(CpFile(Record, from, to, c.UInt(1), true)) << c;
-    EXPECT_EQ(c[2], g_calls) << c;
-    EXPECT_EQ(bytes.erase(0, c.UInt(1)), scratch.Read("to")) << c;
+    EXPECT_EQ(g_calls, c[2]) << c;
+    EXPECT_EQ(scratch.Read("to"), bytes.erase(0, c.UInt(1))) << c;
   }
 }
 
@@ -125,18 +112,16 @@ TEST(Copying, RefusalsAndFailures) {
   std::string const from = scratch.Write("from", "new"), to = scratch.Write("to", "old");
   fs::create_hard_link(from, scratch.Path("hard"));
   fs::create_symlink("from", scratch.Path("soft"));
-  int const descriptors = test::OpenDescriptors();
   g_calls.clear();
   EXPECT_FALSE(CpFile(Record, from, to, 0, false));
   for (Text name : {"from", "hard", "soft", "no/folder", ""})
     EXPECT_FALSE(CpFile(Record, from, scratch.Path(name), 0, true)) << name;
   EXPECT_FALSE(CpFile(Record, scratch.Path("missing"), to, 0, true));
-  EXPECT_FALSE(CpFile(nullptr, to.c_str(), 0, true) || CpFile(from.c_str(), nullptr, 0, true));
-  EXPECT_EQ("new old", scratch.Read("from") + " " + scratch.Read("to"));
+  EXPECT_NONE(CpFile(nullptr, to.c_str(), 0, true), CpFile(from.c_str(), nullptr, 0, true));
+  EXPECT_EACH((scratch.Read("from"), scratch.Read("to")), "new", "old");
   EXPECT_FALSE(CpFile(Record, from, "/dev/full", 0, true));
-  EXPECT_EQ("0/3=0 3/3=100 ", g_calls);
+  EXPECT_EQ(g_calls, "0/3=0 3/3=100 ");
   EXPECT_FALSE(CpFile(scratch.Path(), to, 0, true));  // a folder opens but cannot be read
-  EXPECT_EQ(descriptors, test::OpenDescriptors());
 }
 
 // ---- Ticks and the system ----
@@ -144,7 +129,7 @@ TEST(Copying, RefusalsAndFailures) {
 TEST(System, TicksAndDelays) {
   Delay(4294968);  // 32 bits of microseconds: wraps to less than one millisecond, not more than an hour
   unsigned long const milliseconds = GetSystemTick(), microseconds = usGetSystemTick();
-  EXPECT_EQ(0U, (milliseconds | microseconds) >> 16 >> 16);
+  EXPECT_EQ((milliseconds | microseconds) >> 16 >> 16, 0U);
   Delay(3), usDelay(2500);
   EXPECT_GE(static_cast<std::uint32_t>(usGetSystemTick() - microseconds), 5500U);
 }
@@ -170,12 +155,13 @@ TEST(System, VersionAndAdministrator) {
   std::string const end = std::string(" - ") + kernel.sysname + " " + kernel.release + " in " + kernel.machine;
   std::string line;
   std::getline(std::ifstream("/etc/debian_version"), line);
-  EXPECT_TRUE(line.empty() || GetOSVersion() == "Debian GNU/Linux " + line + end) << GetOSVersion();
-  EXPECT_TRUE(geteuid() != 0 || test::InChild([] { return setuid(test::kNobody) == 0 && CurUserIsAdmin(); }));
-  EXPECT_FALSE(test::AsOrdinaryUser(CurUserIsAdmin));
+  if (!line.empty()) EXPECT_EACH((GetOSVersion()), "Debian GNU/Linux " + line + end);
+  auto const root = [] { EXPECT_EACH((setuid(test::kNobody), CurUserIsAdmin()), 0, true); };
+  if (geteuid() == 0) EXPECT_ALL(test::InChild(root)) << "the group's";
+  EXPECT_TRUE(test::AsOrdinaryUser([] { EXPECT_FALSE(CurUserIsAdmin()); }));
   errno = ENOTDIR;
-  EXPECT_EQ(ENOTDIR, GetOSLastError());
-  EXPECT_TRUE(GetOSType() == 2 && GetPathDelimiter() == '/');
+  EXPECT_EQ(GetOSLastError(), ENOTDIR);
+  EXPECT_EACH((GetOSType(), GetPathDelimiter()), 2, '/');
 }
 
 }  // namespace

@@ -1,11 +1,6 @@
 #include "zelvane/crypto/hash.h"
 
-#include <gtest/gtest.h>
-
-#include <climits>
-#include <tuple>
-#include <vector>
-
+#include "support/test.h"
 #include "support/vectors.h"
 
 namespace {
@@ -29,7 +24,7 @@ std::string Digest(std::string message, size_t cut, size_t shift = 0) {
 
 // The frame with the blocks that reach Transform in hexadecimal, and the calls of Protect between them.
 struct Spy : Hash_MD4 {
-  std::vector<std::string> seen;
+  test::Names seen;
   void Transform(long* block) override { seen.push_back(Hex(std::string(reinterpret_cast<char const*>(block), 64))); }
   void Protect(bool active) override { seen.emplace_back(active ? "on" : "off"); }
   explicit Spy(std::uint32_t count = 0) { count_ = count; }
@@ -38,12 +33,12 @@ struct Spy : Hash_MD4 {
 
 TEST(Hash, KnownAnswersInPieces) {
   auto const lines = ReadVectors("ripemd256.txt");
-  ASSERT_EQ(10U, lines.size());
+  ASSERT_EQ(lines.size(), 10U);
   for (auto const& line : lines)
     for (size_t cut = 0; cut <= line[1].size() / 2 && cut <= FromHex(line[1]).size(); cut++)
-      EXPECT_EQ(line[2], Digest(FromHex(line[1]), cut)) << line[1] << " cut at " << cut;
+      EXPECT_EQ(Digest(FromHex(line[1]), cut), line[2]) << line[1] << " cut at " << cut;
   std::string const whole = Digest(Bytes(1000), 1000);
-  for (size_t cut = 0; cut < 200; cut++) EXPECT_EQ(whole, Digest(Bytes(1000), cut, cut % 8)) << cut;
+  for (size_t cut = 0; cut < 200; cut++) EXPECT_EQ(Digest(Bytes(1000), cut, cut % 8), whole) << cut;
 }
 
 TEST(Hash, InitLoadsTheStartValuesAndNothingToCalcLeavesThem) {
@@ -68,11 +63,11 @@ TEST(Hash, PaddingEndsTheLastBlockWithALengthOf32Bits) {
     std::string message = Bytes(length), all;
     spy.Calc(message.data(), static_cast<long>(length));
     spy.Done();
-    ASSERT_EQ(blocks + 1, spy.seen.size()) << count << " + " << length;
+    ASSERT_EQ(spy.seen.size(), blocks + 1) << count << " + " << length;
     for (std::string const& block : spy.seen) all += block;
     std::string const zeros(2 * (64 * blocks - length - 9), '0');
-    EXPECT_EQ(Hex(message) + "80" + zeros + lengthField + "00000000off", all) << count << " + " << length;
-    EXPECT_EQ(std::string(64, '\0'), spy.Block()) << length;
+    EXPECT_EQ(all, Hex(message) + "80" + zeros + lengthField + "00000000off") << count << " + " << length;
+    EXPECT_EQ(spy.Block(), std::string(64, '\0')) << length;
   }
 }
 

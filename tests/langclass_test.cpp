@@ -1,19 +1,8 @@
 #include "zelvane/lang/langclass.h"
 
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <string>
-#include <utility>
-#include <vector>
-
-#include "support/scratch.h"
-#include "support/table.h"
+#include "support/test.h"
 
 namespace {
-
-using Names = std::vector<std::string>;
-constexpr char const* kNull = nullptr;
 
 // Kept by hand: comments, CR LF, odd spacing, a name in Latin-1, a language without a name, a name without texts.
 constexpr char kFile[] =
@@ -51,20 +40,23 @@ TEST_F(Languages, ReadsAHandKeptFile) {
   EXPECT_FALSE(lang_.SetLangStr(1, "text")) << "no language is loaded";
   Load(kFile, 1);
   EXPECT_EQ(lang_.GetLangCount(), 3u);
-  char const* const cases[] = {"0 no", "1English ; USPower onPower  off", "2Portugu\xEAsLigar", "3", "9Klingon no",
-                               "-1 no"};
-  for (std::string const c : cases) {  // the number; its name, texts 12 and 13; whether it does not load
-    std::size_t digits = 0;
-    long const lang = std::stol(c, &digits);
-    std::string const name = lang_.GetLangDesc(lang), loaded = lang_.LoadStrings(lang) ? "" : " no";
-    EXPECT_EQ(name + lang_.GetLangStr(12) + lang_.GetLangStr(13) + loaded, c.substr(digits)) << c;
-  }
+  std::tuple<long, bool, char const*, char const*, char const*> const rows[] = {
+      {0, false, "", "", ""},
+      {1, true, "English ; US", "Power on", "Power  off"},
+      {2, true, "Portugu\xEAs", "Ligar", ""},
+      {3, true, "", "", ""},
+      {9, false, "Klingon", "", ""},
+      {-1, false, "", "", ""}};
+  for (auto const& [lang, loads, name, on, off] : rows)
+    EXPECT_EACH((lang_.LoadStrings(lang), lang_.GetLangDesc(lang), lang_.GetLangStr(12), lang_.GetLangStr(13)), loads,
+                name, on, off)
+        << lang;
   EXPECT_EQ(File(), kFile);
   Load(kFile, 1);
-  lang_.SetFileName(kNull);
+  lang_.SetFileName(test::kNull);
   EXPECT_EQ(lang_.GetLangStr(12), "Power on") << "naming another file leaves what is loaded";
-  EXPECT_FALSE(lang_.LoadStrings(1) || lang_.SetLangStr(1, "text") || lang_.SetLangStr(1, "text", 1));
-  EXPECT_EQ(lang_.GetLangStr(12) + lang_.GetLangDesc(1), "");
+  EXPECT_NONE(lang_.LoadStrings(1), lang_.SetLangStr(1, "text"), lang_.SetLangStr(1, "text", 1));
+  EXPECT_EACH((lang_.GetLangStr(12), lang_.GetLangDesc(1)), "");
   EXPECT_EQ(lang_.GetLangCount(), 0u);
 }
 
@@ -86,7 +78,7 @@ TEST_F(Languages, WritesATextAndKnowsIt) {
   EXPECT_TRUE(lang_.SetLangStr(12, "On \xE9"));
   replace("12 = Power on\r\n", "12 = On \xE9\n");
   EXPECT_EQ(File(), expected);
-  EXPECT_EQ(lang_.GetLangStr(12) + lang_.GetLangStr(13), "On \xE9Power  off");
+  EXPECT_EACH((lang_.GetLangStr(12), lang_.GetLangStr(13)), "On \xE9", "Power  off");
   EXPECT_TRUE(lang_.SetLangStr(1, std::string("two; words\0]", 12), 3)) << "another language, up to the NUL";
   replace("1 = one\n", "1 = two; words\n");
   EXPECT_TRUE(lang_.SetLangStr(0, lang_.GetLangStr(13))) << "a text of the table itself";
@@ -95,32 +87,32 @@ TEST_F(Languages, WritesATextAndKnowsIt) {
   EXPECT_TRUE(lang_.SetLangStr(12, lang_.GetLangStr(99).c_str()));
   replace("12 = On \xE9\n", "12 = \n");
   for (std::string const text : {"[", "]", "a[1]", "a\nb", "\n", "a\rb", "12 = x\r\n"})
-    EXPECT_FALSE(lang_.SetLangStr(12, text) || lang_.SetLangStr(12, text.c_str(), 2)) << text;
-  EXPECT_FALSE(lang_.SetLangStr(12, kNull) || lang_.SetLangStr(12, kNull, 1));
+    EXPECT_NONE(lang_.SetLangStr(12, text), lang_.SetLangStr(12, text.c_str(), 2)) << text;
+  EXPECT_NONE(lang_.SetLangStr(12, test::kNull), lang_.SetLangStr(12, test::kNull, 1));
   EXPECT_EQ(File(), expected);
-  EXPECT_EQ(lang_.GetLangStr(0) + lang_.GetLangStr(-3) + lang_.GetLangStr(12) + lang_.GetLangStr(1), "Power  off");
+  EXPECT_EACH((lang_.GetLangStr(0), lang_.GetLangStr(-3), lang_.GetLangStr(12), lang_.GetLangStr(1)), "Power  off", "",
+              "", "");
 }
 
 TEST_F(Languages, TheFirstTextMakesTheFileUnlessItCannotBeWritten) {
-  int const descriptors = test::OpenDescriptors();
-  EXPECT_FALSE(lang_.LoadStrings(2) || lang_.SetLangStr(1, "refused]"));
-  EXPECT_EQ(folder_.List(), Names{});
+  EXPECT_NONE(lang_.LoadStrings(2), lang_.SetLangStr(1, "refused]"));
+  EXPECT_EQ(folder_.List(), test::Names{});
   EXPECT_TRUE(lang_.SetLangStr(12, "Ligar")) << "language 2 counts as loaded although it has no section";
-  EXPECT_EQ(File() + lang_.GetLangStr(12), "[2]\n12 = LigarLigar");
+  EXPECT_EACH((File(), lang_.GetLangStr(12)), "[2]\n12 = Ligar", "Ligar");
   for (std::string const name : {"folder", "missing/lang.cfg"}) {
     std::filesystem::create_directories(folder_.Path("folder/x"));
     lang_.SetFileName(folder_.Path(name));
-    EXPECT_FALSE(lang_.LoadStrings(1) || lang_.SetLangStr(1, "text") || lang_.GetLangCount() != 0) << name;
+    EXPECT_EACH((lang_.LoadStrings(1), lang_.SetLangStr(1, "text"), lang_.GetLangCount()), false, false, 0) << name;
   }
-  EXPECT_EQ(folder_.List(), (Names{"folder/", "folder/x/", "lang.cfg"}));
-  EXPECT_EQ(test::OpenDescriptors(), descriptors);
+  EXPECT_EQ(folder_.List(), (test::Names{"folder/", "folder/x/", "lang.cfg"}));
 }
 
 TEST_F(Languages, NumbersAre32BitsWide) {
   auto const beyond = static_cast<long>(1LL << 32);  // 0 where long has 32 bits
   Load(kFile, beyond + 1);
   EXPECT_TRUE(lang_.SetLangStr(beyond + 12, "On", beyond + 1));
-  EXPECT_EQ(lang_.GetLangStr(beyond + 12) + lang_.GetLangStr(12) + lang_.GetLangDesc(beyond + 2), "OnOnPortugu\xEAs");
+  EXPECT_EACH((lang_.GetLangStr(beyond + 12), lang_.GetLangStr(12), lang_.GetLangDesc(beyond + 2)), "On", "On",
+              "Portugu\xEAs");
 }
 
 TEST_F(Languages, StepsGoThroughTheTable) {
@@ -130,7 +122,7 @@ TEST_F(Languages, StepsGoThroughTheTable) {
   EXPECT_EQ(std::exchange(lang_.steps, ""), "set own, set, clear, load, clear, ");
   lang_.result = false;
   EXPECT_FALSE(lang_.SetLangStr(2, std::string("dois"), 1));
-  EXPECT_EQ(std::exchange(lang_.steps, "") + File(), "set, clear, load, clear, [1]\n1 = one\n2 = dois\n");
+  EXPECT_EACH((std::exchange(lang_.steps, ""), File()), "set, clear, load, clear, ", "[1]\n1 = one\n2 = dois\n");
   EXPECT_TRUE(lang_.SetLangStr(1, "um", 2)) << "another language is not loaded";
   EXPECT_EQ(lang_.steps, "set, ");
 }

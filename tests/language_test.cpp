@@ -1,14 +1,7 @@
 #include "zelvane/lang/language.h"
 
-#include <gtest/gtest.h>
-#include <stdlib.h>
-
-#include <filesystem>
-#include <string>
-#include <utility>
-#include <vector>
-
 #include "support/settings.h"
+#include "support/test.h"
 
 namespace {
 
@@ -44,7 +37,7 @@ TEST_F(UserLanguages, TheUsersOwnWordingComesFirst) {
   EXPECT_EQ(SetLangStr(lang_, 12, "text"), 0) << "no language";
   Open(2);
   EXPECT_STREQ(GetLangStr(lang_, 12), "");
-  EXPECT_EQ(User() + System(), std::string(kUser) + kSystem);
+  EXPECT_EACH((User(), System()), kUser, kSystem);
 }
 
 TEST_F(UserLanguages, DescriptionsAreCutToTheirRoom) {
@@ -59,18 +52,18 @@ TEST_F(UserLanguages, DescriptionsAreCutToTheirRoom) {
 }
 
 TEST_F(UserLanguages, ANewWordingGoesToTheUsersFile) {
-  std::vector<std::string> const before = root_.List();
+  test::Names const before = root_.List();
   Open(1);
-  EXPECT_EQ(std::string(GetLangStr(lang_, 1)) + GetSystemLangStr(lang_, 1), "");
+  EXPECT_EACH((GetLangStr(lang_, 1), GetSystemLangStr(lang_, 1)), "");
   EXPECT_EQ(GetLangCount(lang_), 0u);
-  EXPECT_EQ(SetLangStr(lang_, 1, "a\nb") + SetLangStr(lang_, 1, "[x]"), 0);
+  EXPECT_EACH((SetLangStr(lang_, 1, "a\nb"), SetLangStr(lang_, 1, "[x]")), 0);
   EXPECT_EQ(root_.List(), before) << "missing files are empty tables";
   Open(1, kSystem);
-  EXPECT_EQ(SetLangStr(lang_, 12, "Ligar \xE9") + SetLangStr(lang_, 13, GetLangStr(lang_, 12)), 2);
+  EXPECT_EACH((SetLangStr(lang_, 12, "Ligar \xE9"), SetLangStr(lang_, 13, GetLangStr(lang_, 12))), 1);
   EXPECT_EQ(User(), "[1]\n12 = Ligar \xE9\n13 = Ligar \xE9");
   EXPECT_EQ(SetLangStr(lang_, 12, ""), 1);
-  EXPECT_EQ(GetLangStr(lang_, 12) + std::string(GetLangStr(lang_, 13)), "Power onLigar \xE9");
-  EXPECT_EQ(User() + System(), "[1]\n12 = \n13 = Ligar \xE9" + std::string(kSystem));
+  EXPECT_EACH((GetLangStr(lang_, 12), GetLangStr(lang_, 13)), "Power on", "Ligar \xE9");
+  EXPECT_EACH((User(), System()), "[1]\n12 = \n13 = Ligar \xE9", kSystem);
 }
 
 TEST_F(UserLanguages, TheSystemsFileIsWrittenOnlyWhenTheUsersCannotBe) {
@@ -78,7 +71,7 @@ TEST_F(UserLanguages, TheSystemsFileIsWrittenOnlyWhenTheUsersCannotBe) {
   Open(1, "[1]\n12 = on\n13 = off\n");
   EXPECT_EQ(SetLangStr(lang_, 13, GetLangStr(lang_, 12)), 1);
   EXPECT_EQ(SetLangStr(lang_, 13, "[x]"), 0);
-  EXPECT_EQ(System() + GetLangStr(lang_, 13), "[1]\n12 = on\n13 = on\non");
+  EXPECT_EACH((System(), GetLangStr(lang_, 13)), "[1]\n12 = on\n13 = on\n", "on");
   std::filesystem::remove(root_.Root("zellang.cfg"));
   std::filesystem::create_directories(root_.Root("zellang.cfg/x"));
   EXPECT_EQ(SetLangStr(lang_, 13, "x"), 0);
@@ -91,7 +84,7 @@ TEST_F(UserLanguages, ATextWhoseTableIsGone) {
   Open(1, "", "[1]\n1 = " + text + "\n");
   root_.Write("home/.zellang.cfg", "x\n");  // loading stops here; so the section is added behind it, out of reach
   EXPECT_EQ(SetLangStr(lang_, 2, GetLangStr(lang_, 1)), 1);
-  EXPECT_EQ(System() + GetLangStr(lang_, 2) + root_.Read("home/.zellang.cfg.lost"), "[1]\n2 = " + text + text + "x\n");
+  EXPECT_EACH((System(), GetLangStr(lang_, 2), root_.Read("home/.zellang.cfg.lost")), "[1]\n2 = " + text, text, "x\n");
 }
 
 TEST_F(UserLanguages, WithoutAHome) {

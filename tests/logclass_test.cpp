@@ -1,53 +1,30 @@
 #include "zelvane/logs/logclass.h"
 
 #include <dlfcn.h>
-#include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/file.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <algorithm>
-#include <cerrno>
-#include <climits>
-#include <filesystem>
-#include <functional>
-#include <random>
-#include <set>
-#include <utility>
-#include <vector>
 
 #include "support/child.h"
-#include "support/scratch.h"
+#include "support/test.h"
 #include "zelvane/core/datetime.h"
+#include "zelvane/core/fileutils.h"
 
 namespace {
-int g_pausesToLive = -1;          // the process is killed in the pause after that many; -1: it is not
-int g_looksToFail = -1;           // the look at a file after that many fails; -1: none does
 std::function<void()> g_inPause;  // what happens in the next pause
+timespec* g_asked = nullptr;      // has the length of the next pause, which is not made
 }  // namespace
 
-// The library pauses before each block that it copies: the moments at which a kill is interesting.
+// The library pauses before each block that it copies.
 extern "C" __attribute__((visibility("default"))) int clock_nanosleep(clockid_t clock, int flags, timespec const* wait,
                                                                       timespec* left) {
-  if (g_pausesToLive >= 0 && g_pausesToLive-- == 0) raise(SIGKILL);
+  if (g_asked != nullptr) return *std::exchange(g_asked, nullptr) = *wait, 0;
   if (g_inPause) std::exchange(g_inPause, nullptr)();
   static auto* const real = reinterpret_cast<decltype(&clock_nanosleep)>(dlsym(RTLD_NEXT, "clock_nanosleep"));
   return real(clock, flags, wait, left);
 }
 
-extern "C" __attribute__((visibility("default"))) int fstat64(int fd, struct stat64* status) __THROW {
-  static auto* const real = reinterpret_cast<int (*)(int, struct stat64*)>(dlsym(RTLD_NEXT, "fstat64"));
-  if (g_looksToFail < 0 || g_looksToFail-- > 0) return real(fd, status);
-  errno = EIO;
-  return -1;
-}
-
 namespace {
 
-using test::InChild, test::ReadFile, test::WriteFile;
-using Names = std::vector<std::string>;
-namespace fs = std::filesystem;
+using test::ReadFile, test::WriteFile;
 
 constexpr unsigned long kSize = 4;
 
@@ -82,6 +59,13 @@ struct Replaced : LogClass {
   int denials = 0;
 };
 
+TEST(Pause, HasSecondsToo) {
+  timespec asked = {};
+  g_asked = &asked;
+  Delay(2001);
+  EXPECT_EACH((asked.tv_sec, asked.tv_nsec), 2, 1000000);
+}
+
 class RecordLog : public testing::Test {
  protected:
   RecordLog() { log.SetFile(path); }
@@ -91,14 +75,17 @@ class RecordLog : public testing::Test {
 };
 
 TEST_F(RecordLog, TheFileIsStampsAndPayloads) {
-  EXPECT_TRUE(log.WriteReg(0x01020304, "abcd", 4) && log.WriteReg(-1, "\0\xFFyz", 4));
+  EXPECT_ALL(log.WriteReg(0x01020304, "abcd", 4), log.WriteReg(-1, "\0\xFFyz", 4));
   EXPECT_EQ(ReadFile(path), std::string("\4\3\2\1abcd\xFF\xFF\xFF\xFF\0\xFFyz", 16));
   EXPECT_EQ(LogClass().SetFile(nullptr), 1);
-  EXPECT_FALSE(log.WriteReg(1, nullptr, 4) || log.WriteReg(1, "abcd", 4294967292));
+  EXPECT_NONE(log.WriteReg(1, nullptr, 4), log.WriteReg(1, "abcd", 4294967292));
   long const before = GetDateTime();
   long when = 0;
-  EXPECT_TRUE(log.ClearFile() && log.WriteReg(nullptr, 0) && log.ReadFileReg(0, &when, nullptr, 0));
-  EXPECT_TRUE(before <= when && when <= GetDateTime()) << when;
+  EXPECT_ALL(log.ClearFile(), log.WriteReg(nullptr, 0), log.ReadFileReg(0, &when, nullptr, 0));
+  EXPECT_ALL(before <= when, when <= GetDateTime()) << when;
+  char byte = 0;
+  EXPECT_EACH((log.ClearFile(), log.WriteReg("x", 1), log.ReadFileReg(0, &when, &byte, 1), byte), true, true, true,
+              'x');
 }
 
 TEST_F(RecordLog, OnlyWholeRecordsCount) {
@@ -118,10 +105,10 @@ TEST_F(RecordLog, OnlyWholeRecordsCount) {
 TEST_F(RecordLog, ADamagedFileIsKeptAndBegunAnew) {
   for (std::string const damaged : {"torn!", "again"}) {
     WriteFile(path, damaged);
-    EXPECT_TRUE(Append(log, 2) && Append(log, 3));
+    EXPECT_ALL(Append(log, 2), Append(log, 3));
     EXPECT_EQ(ReadFile(path), Records(2, 3));
   }
-  EXPECT_EQ(ReadFile(path + ".bad") + ReadFile(path + ".bad.1"), "torn!again") << "each is kept";
+  EXPECT_EACH((ReadFile(path + ".bad"), ReadFile(path + ".bad.1")), "torn!", "again") << "each is kept";
   std::string const name(255, 'n');  // no room for ".bad"
   log.SetFile(scratch.Write(name, "torn!"));
   EXPECT_FALSE(Append(log, 1));
@@ -139,7 +126,7 @@ TEST_F(RecordLog, OnlyTheNewestStayBeyondTheBound) {
     if (row.most != 1024) log.SetMaxLines(row.most);  // the bound of a log that has not been given any
     EXPECT_TRUE(Append(log, row.before + 1)) << row.before;
     EXPECT_TRUE(scratch.Read("same") == Records(row.first, row.before + 1)) << row.before << " bound " << row.most;
-    EXPECT_EQ(scratch.List(), (Names{"log", "same"})) << row.before;
+    EXPECT_EQ(scratch.List(), (test::Names{"log", "same"})) << row.before;
     fs::remove(scratch.Path("same"));
   }
 }
@@ -148,10 +135,10 @@ TEST_F(RecordLog, ACutThatCannotBeginLeavesTheLog) {
   WriteFile(path, Records(1, 10));
   log.SetMaxLines(6);
   // The copy of 48 bytes ends in the middle of a record.
-  EXPECT_TRUE(test::WithShortFiles(37, [&] { return log.LimitFile(kSize), true; }));
+  EXPECT_TRUE(test::WithShortFiles(37, [&] { log.LimitFile(kSize); }));
   EXPECT_EQ(ReadFile(path), Records(1, 10));
-  EXPECT_EQ(scratch.List(), Names{"log"});
-  EXPECT_FALSE(test::WithShortFiles(87, [&] { return Append(log, 11); }));
+  EXPECT_EQ(scratch.List(), test::Names{"log"});
+  EXPECT_TRUE(test::WithShortFiles(87, [&] { EXPECT_FALSE(Append(log, 11)); }));
   EXPECT_EQ(ReadFile(path), Records(1, 10)) << "the part of a record is taken back";
   fs::create_directories(path + ".tmp/taken");
   EXPECT_TRUE(Append(log, 11)) << "a failed cut is no failure";
@@ -169,8 +156,8 @@ TEST_F(RecordLog, TheScratchFileLeadsNowhere) {
   fs::create_symlink(victim, link + "~");
   log.meanwhile = [] {};  // leftovers: they go
   EXPECT_TRUE(Append(log, 4));
-  EXPECT_EQ(ReadFile(path) + scratch.Read("victim"), Records(4, 4) + "mine");
-  EXPECT_EQ(scratch.List(), (Names{"log", "victim"}));
+  EXPECT_EACH((ReadFile(path), scratch.Read("victim")), Records(4, 4), "mine");
+  EXPECT_EQ(scratch.List(), (test::Names{"log", "victim"}));
 }
 
 // What power can leave of a cut while its records are copied back: sectors of the old and of the new log in any
@@ -207,7 +194,7 @@ TEST_F(RecordLog, ACutThatBrokeOffIsFinished) {
     ASSERT_TRUE(Append(log, all + 1)) << round;
     ASSERT_TRUE(ReadFile(path) == expected.substr(8) + Records(all + 1, all + 1))
         << round << ": " << most << ", " << drop;
-    ASSERT_EQ(scratch.List(), Names{"log"}) << round;
+    ASSERT_EQ(scratch.List(), test::Names{"log"}) << round;
   }
 }
 
@@ -228,7 +215,7 @@ TEST_F(RecordLog, AScratchFileThatIsNotNeededIsOnlyRemoved) {
     EXPECT_TRUE(Append(log, 15));
     std::string const all = left + Records(15, 15);
     EXPECT_TRUE(ReadFile(path) == all.substr(all.size() - std::min<std::size_t>(all.size(), 80))) << left.size();
-    EXPECT_EQ(scratch.List(), Names{"log"});
+    EXPECT_EQ(scratch.List(), test::Names{"log"});
   }
 }
 
@@ -237,7 +224,16 @@ TEST_F(RecordLog, ALogThatLeadsToItsScratchFileIsNotRemoved) {
   log.SetMaxLines(3);
   for (std::uint32_t i = 1; i <= 5; i++) EXPECT_TRUE(Append(log, i)) << i;
   EXPECT_EQ(scratch.Read("log.tmp"), Records(3, 5));
-  EXPECT_EQ(scratch.List(), (Names{"log", "log.tmp"}));
+  EXPECT_EQ(scratch.List(), (test::Names{"log", "log.tmp"}));
+  fs::remove(scratch.Path("log.tmp"));  // no leftover but the log
+}
+
+TEST_F(RecordLog, ALinkToALogHasAScratchFileOfItsOwn) {
+  fs::create_symlink("real", path);
+  WriteFile(path, Records(1, 2));
+  WriteFile(path + ".tmp", Records(5, 6));
+  EXPECT_TRUE(Append(log, 3));
+  EXPECT_EQ(scratch.List(), (test::Names{"log", "real"})) << "the leftover goes";
 }
 
 // Another program may finish its own cut between the look at its scratch file and the lock.
@@ -258,18 +254,18 @@ TEST_F(RecordLog, AScratchFileThatGoesMeanwhileIsNoFailure) {
 // A subclass that says twice that there are no records is taken at its word; a failure that passes is not its word.
 TEST_F(RecordLog, ASubclassMayDisownTheRecords) {
   for (int const denials : {1, 2}) {
-    WriteFile(path, Records(1, 2));
+    WriteFile(path, Records(1, 1));
     log.seen.clear();
     log.denials = denials;
-    EXPECT_TRUE(Append(log, 3));
-    EXPECT_EQ(ReadFile(path), denials == 2 ? Records(3, 3) : Records(1, 3));
+    EXPECT_TRUE(Append(log, 2));
+    EXPECT_EQ(ReadFile(path), denials == 2 ? Records(2, 2) : Records(1, 2));
   }
 }
 
 // The first name settles the scratch file; later ones remove what has its name, unless it is the log.
 TEST_F(RecordLog, TheScratchFileKeepsItsName) {
   for (auto const& [name, gone] : {std::pair("other", "log.tmp"), {"log.tmp", "none"}, {"other", "log.tmp.tmp"}}) {
-    Names files = {"log.tmp", "log.tmp.tmp", "other.tmp"};
+    test::Names files = {"log.tmp", "log.tmp.tmp", "other.tmp"};
     for (std::string const& file : files) scratch.Write(file, "");
     EXPECT_EQ(log.SetFile(scratch.Path(name)), 1);
     files.erase(std::remove(files.begin(), files.end(), gone), files.end());
@@ -280,10 +276,10 @@ TEST_F(RecordLog, TheScratchFileKeepsItsName) {
     LogClass other;
     fs::remove(path + ".tmp");
     if (there) WriteFile(path + ".tmp", Records(1, 1));
-    EXPECT_EQ(other.SetFile(path) + other.SetFile(scratch.Path(".") + "/log.tmp"), 2);
+    EXPECT_EACH((other.SetFile(path), other.SetFile(scratch.Path(".") + "/log.tmp")), 1);
     EXPECT_EQ(fs::exists(path + ".tmp"), there);
     other.SetMaxLines(1);
-    EXPECT_TRUE(Append(other, 2) && Append(other, 3));
+    EXPECT_ALL(Append(other, 2), Append(other, 3));
     EXPECT_EQ(ReadFile(path + ".tmp"), Records(3, 3)) << there;
   }
 }
@@ -292,7 +288,7 @@ TEST_F(RecordLog, RecordsAreReadByIndex) {
   std::string bytes = Records(5, 6) + Bytes(0x80000000) + "last";
   WriteFile(path, bytes);
   ASSERT_TRUE(log.SetBuffer(bytes.data(), bytes.size()));
-  EXPECT_FALSE(log.SetBuffer(nullptr, 10) || log.SetBuffer(bytes.data(), 0));
+  EXPECT_NONE(log.SetBuffer(nullptr, 10), log.SetBuffer(bytes.data(), 0));
   for (auto const read : {&LogClass::ReadFileReg, &LogClass::ReadReg}) {
     long when = 0x55555555;  // every bit of it is replaced, whatever the width of a long
     char data[6] = ".....";
@@ -306,8 +302,8 @@ TEST_F(RecordLog, RecordsAreReadByIndex) {
     EXPECT_EQ((log.*read)(0, &when, nullptr, kSize), mayBeNull);
   }
   log.UnloadFile();
-  EXPECT_EQ(log.LoadFile(kSize) + log.GetRegCount(kSize), 6u);
-  EXPECT_EQ(log.LoadFile(kSize) + log.GetRegCount(kSize), 3u) << "a second load in a row loads nothing";
+  EXPECT_EACH((log.LoadFile(kSize), log.GetRegCount(kSize)), 3);
+  EXPECT_EACH((log.LoadFile(kSize), log.GetRegCount(kSize)), 3, 0) << "a second load in a row loads nothing";
 }
 
 TEST_F(RecordLog, OperationsCallEachOtherVirtually) {

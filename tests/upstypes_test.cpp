@@ -1,9 +1,8 @@
 #include "zelvane/api/upstypes.h"
 
-#include <gtest/gtest.h>
-
 #include "support/records.h"
 #include "support/settings.h"
+#include "support/test.h"
 
 namespace {
 

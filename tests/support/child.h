@@ -8,30 +8,52 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <functional>
+#include <cstdio>
+#include <type_traits>
+
+#include "support/each.h"
 
 namespace test {
 
 constexpr uid_t kNobody = 65534;
 
-// Runs `body` in a child process and returns whether it returned true there.
-inline bool InChild(std::function<bool()> const& body) {
+// Runs `body` in a child process. Returns whether all its checks held there.
+template <class Body>
+bool InChild(Body const& body) {
   pid_t const child = fork();
-  if (child == 0) _exit(body() ? 0 : 1);
+  if (child == 0) {
+    if constexpr (std::is_void_v<std::invoke_result_t<Body const&>>)
+      body();
+    else
+      EXPECT_TRUE(body());
+    std::fflush(stdout);  // what has failed
+    _exit(testing::Test::HasFailure() ? 1 : 0);
+  }
   int status = -1;
   waitpid(child, &status, 0);
   return WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
-// Same as an ordinary user, to whom file modes apply, even if the tests run as root.
-inline bool AsOrdinaryUser(std::function<bool()> const& body) {
-  return InChild([&] { return (geteuid() != 0 || (setgid(kNobody) == 0 && setuid(kNobody) == 0)) && body(); });
+// The same as a user who is subject to file modes, even if the tests run as root.
+template <class Body>
+bool AsOrdinaryUser(Body const& body) {
+  static_assert(std::is_void_v<std::invoke_result_t<Body const&>>);
+  return InChild([&] {
+    if (geteuid() == 0) ASSERT_EACH((setgid(kNobody), setuid(kNobody)), 0);
+    body();
+  });
 }
 
-// Same with a limit on the size of files, in bytes.
-inline bool WithShortFiles(rlim_t bytes, std::function<bool()> const& body) {
-  rlimit const limit = {bytes, bytes};
-  return InChild([&] { return signal(SIGXFSZ, SIG_IGN) != SIG_ERR && setrlimit(RLIMIT_FSIZE, &limit) == 0 && body(); });
+// The same with a limit on the size of files.
+template <class Body>
+bool WithShortFiles(rlim_t bytes, Body const& body) {
+  static_assert(std::is_void_v<std::invoke_result_t<Body const&>>);
+  return InChild([&] {
+    rlimit const limit = {bytes, bytes};
+    signal(SIGXFSZ, SIG_IGN);
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
+    body();
+  });
 }
 
 }  // namespace test

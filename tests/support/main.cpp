@@ -1,6 +1,14 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
+#include "support/leaks.h"
+
+// The current folder is an empty one: nothing may be left there.
 int main(int argc, char** argv) {
   testing::InitGoogleTest(&argc, argv);
+  test::Scratch const folder;
+  std::filesystem::current_path(folder.Path());
+  testing::UnitTest::GetInstance()->listeners().Append(new test::Leaks);
   return RUN_ALL_TESTS();
 }

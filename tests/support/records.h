@@ -21,8 +21,9 @@ inline std::vector<Case> Cases(std::string const& file, std::string const& table
 inline std::string Fixture(std::string const& file) { return ReadFile(ZELVANE_FIXTURES "/api/" + file); }
 
 // Returns whether the lines are in the text, one after the other.
-inline bool Holds(std::string const& text, std::string const& lines) {
-  return ("\n" + text + "\n").find("\n" + lines + "\n") != std::string::npos;
+inline testing::AssertionResult Holds(std::string const& text, std::string const& lines) {
+  bool const holds = ("\n" + text + "\n").find("\n" + lines + "\n") != std::string::npos;
+  return testing::AssertionResult(holds) << (holds ? "holds: " : "has no: ") << lines << "\n" << text;
 }
 
 // Fills a char array with the text and zeros after it. A text of its width or longer gets no NUL.

@@ -6,11 +6,27 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <set>
 #include <stdexcept>
+#include <utility>
 
 namespace fs = std::filesystem;
 
 namespace test {
+namespace {
+
+bool g_watched = false;  // whether anybody asks for what is left
+std::vector<std::string> g_leftovers;
+std::set<std::string> g_written;
+
+// Of a save (.zelv and eight characters), of a log that is cut.
+bool IsTemporary(fs::path const& path) {
+  std::string const name = path.filename().string();
+  return (name.size() == 13 && name.rfind(".zelv", 0) == 0) || path.extension() == ".tmp" ||
+         path.extension() == ".tmp~";
+}
+
+}  // namespace
 
 Scratch::Scratch() {
   std::string pattern = (fs::temp_directory_path() / "zelvane-test-XXXXXX").string();
@@ -20,6 +36,12 @@ Scratch::Scratch() {
 
 Scratch::~Scratch() {
   std::error_code ignored;
+  if (g_watched) {
+    for (auto const& entry : fs::recursive_directory_iterator(folder_, ignored))
+      if (IsTemporary(entry) && fs::symlink_status(entry).type() == fs::file_type::regular &&
+          g_written.count(entry.path().string()) == 0)
+        g_leftovers.push_back(entry.path().string());
+  }
   fs::remove_all(folder_, ignored);
 }
 
@@ -50,10 +72,17 @@ std::string ReadFile(std::string const& path) {
 }
 
 void WriteFile(std::string const& path, std::string const& bytes) {
+  if (g_watched && IsTemporary(path)) g_written.insert(path);
   std::ofstream out(path, std::ios::binary | std::ios::trunc);
   out << bytes;
   out.close();
   if (!out) throw std::runtime_error("cannot write " + path);
+}
+
+std::vector<std::string> TakeLeftovers() {
+  g_watched = true;
+  g_written.clear();
+  return std::exchange(g_leftovers, {});
 }
 
 int OpenDescriptors() {

@@ -33,6 +33,9 @@ std::string ReadFile(std::string const& path);
 void WriteFile(std::string const& path, std::string const& bytes);
 // Returns the number of open descriptors of this process.
 int OpenDescriptors();
+// The temporary files that were left in folders that have gone since the last time. One that the test itself has
+// written is none.
+std::vector<std::string> TakeLeftovers();
 
 }  // namespace test
 
