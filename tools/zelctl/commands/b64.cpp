@@ -2,10 +2,10 @@
 #include <errno.h>
 #include <sys/stat.h>
 
-#include <CLI/CLI.hpp>
 #include <iostream>
 #include <iterator>
 #include <memory>
+#include <optional>
 
 #include "commands/families.h"
 #include "files/edit.h"
@@ -18,7 +18,7 @@
 namespace {
 
 struct Arguments {
-  std::string text;
+  std::optional<std::string> text;
   std::vector<std::string> files;
   bool overwrite = false;
 };
@@ -76,40 +76,41 @@ void ConvertText(ClassBase64& codec, bool encode, std::string const& argument, T
 }
 
 template <class Codec>
-void AddDirection(CLI::App* family, Terminal& terminal, bool encode, char const* description, char const* footer) {
+Command Direction(bool encode, char const* name, char const* help, char const* notes, char const* examples) {
   auto const arguments = std::make_shared<Arguments>();
-  CLI::App* const command = AddCommand(family, terminal, encode ? "encode" : "decode", description);
-  auto* const text =
-      command->add_option("TEXT", arguments->text, "Text to convert; put \"--\" before a text that starts with \"-\"");
-  auto* const files = command->add_option("-f,--file", arguments->files, "Convert file IN to file OUT");
-  text->type_name("")->excludes(files);
-  files->type_name("IN OUT")->expected(2);
-  AddOverwrite(command, arguments->overwrite);
-  command->footer(footer);
-  command->callback([arguments, text, files, encode, &terminal] {
+  auto const convert = [encode](Arguments const& given, Terminal const& terminal) {
     Codec codec;
-    if (*files) return ConvertFile(codec, encode, *arguments, terminal);
-    if (*text) return ConvertText(codec, encode, arguments->text, terminal);
+    if (!given.files.empty()) return ConvertFile(codec, encode, given, terminal);
+    if (given.text) return ConvertText(codec, encode, *given.text, terminal);
     ConvertInput(codec, encode, terminal);
-  });
+  };
+  return {name,
+          help,
+          On(arguments, convert),
+          {Argument("TEXT", &arguments->text, "Text to convert; put \"--\" before a text that starts with \"-\"")
+               .Excludes("--file"),
+           Value("-f,--file", &arguments->files, "IN OUT", "Convert file IN to file OUT").Values(2, 2),
+           Overwrite(arguments->overwrite)},
+          notes,
+          examples};
 }
 
 }  // namespace
 
-void AddB64(CLI::App& app, Terminal& terminal) {
-  CLI::App* const family = app.add_subcommand("b64", "Encode and decode Base64, as used for passwords");
-  family->require_subcommand(1);
-  AddDirection<EncodeBase64>(
-      family, terminal, true, "Encode TEXT, a file, or standard input",
-      "TEXT is encoded with its terminating NUL, like stored passwords. Other users can see it while the command\n"
-      "runs. A file and standard input are encoded byte for byte.\n"
-      "Output lines have 72 characters and end with CR LF, except the last one.\n\n"
-      "  zelctl b64 encode secret              c2VjcmV0AA==\n"
-      "  printf secret | zelctl b64 encode     c2VjcmV0\n"
-      "  zelctl b64 encode --file logo.png logo.b64");
-  AddDirection<DecodeBase64>(
-      family, terminal, false, "Decode TEXT, a file, or standard input",
-      "Other characters are skipped. TEXT prints up to the first NUL; a file or standard input prints all bytes.\n\n"
-      "  zelctl b64 decode c2VjcmV0AA==        secret\n"
-      "  zelctl b64 decode < logo.b64 > logo.png");
+Command B64Commands() {
+  return Family(
+      "b64", "Encode and decode Base64, as used for passwords", "", "",
+      {Direction<EncodeBase64>(
+           true, "encode", "Encode TEXT, a file, or standard input",
+           "TEXT is encoded with its terminating NUL, like stored passwords. Other users can see it while the command\n"
+           "runs. A file and standard input are encoded byte for byte.\n"
+           "Output lines have 72 characters and end with CR LF, except the last one.",
+           "  zelctl b64 encode secret              c2VjcmV0AA==\n"
+           "  printf secret | zelctl b64 encode     c2VjcmV0\n"
+           "  zelctl b64 encode --file logo.png logo.b64"),
+       Direction<DecodeBase64>(
+           false, "decode", "Decode TEXT, a file, or standard input",
+           "Other characters are skipped. TEXT prints up to the first NUL; a file or standard input prints all bytes.",
+           "  zelctl b64 decode c2VjcmV0AA==        secret\n"
+           "  zelctl b64 decode < logo.b64 > logo.png")});
 }

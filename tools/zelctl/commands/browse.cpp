@@ -1,7 +1,6 @@
 // zelctl browse: the groups, computers and UPS units of the monitored network.
 #include <errno.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
 #include <functional>
@@ -108,21 +107,22 @@ void PrintRows(std::vector<BrowseRow> const& rows, bool reasons, Terminal const&
 }
 
 Json RowsJson(std::vector<BrowseRow> const& rows, bool reasons) {
-  Json list = Json::array();
+  Json::List list;
   for (BrowseRow const& row : rows) {
     BrowseEntry const& entry = *row.entry;
-    Json members = {{"depth", row.depth}, {"kind", NameOf(entry.kind)}, {"id", entry.id}, {"name", ToUtf8(entry.name)}};
-    if (entry.kind != BrowseKind::kGroup) members["address"] = ToUtf8(entry.address);
-    if (entry.kind == BrowseKind::kUps) members["number"] = entry.number;
-    members["owner"] = entry.owner;
-    if (reasons) members["reason"] = row.reason.empty() ? Json() : Json(row.reason);
-    list.push_back(std::move(members));
+    Json::Object members = {
+        {"depth", row.depth}, {"kind", NameOf(entry.kind)}, {"id", entry.id}, {"name", ToUtf8(entry.name)}};
+    if (entry.kind != BrowseKind::kGroup) members.push_back({"address", ToUtf8(entry.address)});
+    if (entry.kind == BrowseKind::kUps) members.push_back({"number", entry.number});
+    members.push_back({"owner", entry.owner});
+    if (reasons) members.push_back({"reason", row.reason.empty() ? Json() : Json(row.reason)});
+    list.emplace_back(std::move(members));
   }
   return list;
 }
 
 void PrintTreeJson(std::string const& file, long date, BrowseTree const& tree, Terminal const& terminal) {
-  Json invalid = Json::array();
+  Json::List invalid;
   for (BrowseFault const& fault : tree.faults)
     invalid.push_back({{"kind", NameOf(fault.kind)},
                        {"key", ToUtf8(fault.key)},
@@ -332,74 +332,73 @@ void Clear(Arguments const& arguments, Terminal const& terminal) {
 
 struct Action {
   char const* name;
-  char const* description;
+  char const* help;
   void (*act)(Kind const&, Arguments const&, Terminal const&);
 };
 
-CLI::App* AddChange(CLI::App* command, Terminal& terminal, Action const& change, Kind const& kind) {
+Option File(Arguments& arguments) {
+  return Value("--file", &arguments.file, "FILE", "Use FILE instead of zelbrws.cfg in the installation root");
+}
+
+Options EntryOptions(void (*act)(Kind const&, Arguments const&, Terminal const&), Kind const& kind,
+                     Arguments& arguments) {
+  if (act == Add) {
+    static char const* const kWords[] = {"NAME [PARENT]", "NAME ADDRESS [GROUP]", "NAME [COMPUTER [NUMBER]]"};
+    int const least = kind.kind == BrowseKind::kComputer ? 2 : 1;
+    return {
+        Argument(kWords[static_cast<std::size_t>(kind.kind)], &arguments.items, "The new entry")
+            .Required()
+            .Values(least, static_cast<int>(kind.fields.size()) - 1),
+        Flag("--smallest", &arguments.smallest, "Use the smallest free identifier instead of the largest plus one")};
+  }
+  Options options = {Argument("ID", &arguments.id, "Identifier, as `zelctl browse tree` shows it").Required()};
+  if (act == EditEntry)
+    options.push_back(Argument("FIELD=VALUE", &arguments.items, "Fields and their new values").Required());
+  return options;
+}
+
+Command Change(Action const& action, Kind const& kind) {
   static char const* const kWhat[] = {"a group", "a computer", "a UPS unit"};
   auto const arguments = std::make_shared<Arguments>();
-  std::string const what = kWhat[static_cast<std::size_t>(kind.kind)];
-  CLI::App* const added = AddCommand(command, terminal, NameOf(kind.kind), (change.description + what).c_str());
-  added->add_option("--file", arguments->file, "Use FILE instead of zelbrws.cfg in the installation root")
-      ->type_name("FILE");
-  AddWriting(added, arguments->writing);
-  if (change.act == Remove && kind.kind == BrowseKind::kGroup) AddYes(added, arguments->writing);
-  added->callback([arguments, kind, act = change.act, &terminal] { act(kind, *arguments, terminal); });
   std::string fields = "Fields:\n";
   for (std::size_t i = 1; i < kind.fields.size(); i++)
     fields += "  " + FillRight(kind.fields[i].name, 12, ' ') + FillRight(Limits(kind.fields[i]), 34, ' ') +
               kind.fields[i].meaning + "\n";
-  if (change.act == Add) {
-    static char const* const kWords[] = {"NAME [PARENT]", "NAME ADDRESS [GROUP]", "NAME [COMPUTER [NUMBER]]"};
-    int const least = kind.kind == BrowseKind::kComputer ? 2 : 1;
-    added->add_option(kWords[static_cast<std::size_t>(kind.kind)], arguments->items, "The new entry")
-        ->required()
-        ->expected(least, static_cast<int>(kind.fields.size()) - 1)
-        ->type_name("");
-    added->add_flag("--smallest", arguments->smallest,
-                    "Use the smallest free identifier instead of the largest plus one");
-    added->footer(fields + "Prints the identifier.");
-    return added;
-  }
-  added->add_option("ID", arguments->id, "Identifier, as `zelctl browse tree` shows it")->required()->type_name("");
-  if (change.act == EditEntry) {
-    added->add_option("FIELD=VALUE", arguments->items, "Fields and their new values")->required()->type_name("");
-    added->footer(fields);
-  }
-  return added;
+  bool const asks = action.act == Remove && kind.kind == BrowseKind::kGroup;
+  return {NameOf(kind.kind), std::string(action.help) + kWhat[static_cast<std::size_t>(kind.kind)],
+          [arguments, kind, act = action.act](Terminal const& terminal) { act(kind, *arguments, terminal); },
+          Joined({{File(*arguments)},
+                  WritingOptions(arguments->writing),
+                  asks ? Options{Yes(arguments->writing)} : Options(),
+                  EntryOptions(action.act, kind, *arguments)}),
+          action.act == Add         ? fields + "Prints the identifier."
+          : action.act == EditEntry ? fields
+                                    : ""};
 }
 
 }  // namespace
 
-void AddBrowse(CLI::App& app, Terminal& terminal) {
-  CLI::App* const family = app.add_subcommand("browse", "Groups, computers and UPS units of the monitored network");
-  family->require_subcommand(1);
-  family->footer(
-      "  zelctl browse add group Office\n"
-      "  zelctl browse add computer mail 192.168.0.10 1\n"
-      "  zelctl browse edit computer 1 address=192.168.0.11\n"
-      "  zelctl browse remove group 1");
+Command BrowseCommands() {
   auto const arguments = std::make_shared<Arguments>();
-  CLI::App* const tree =
-      AddCommand(family, terminal, "tree", "Print the network as a tree, then orphans and invalid entries");
-  char const* const otherList = "Use FILE instead of zelbrws.cfg in the installation root";
-  tree->add_option("FILE", arguments->file, otherList)
-      ->type_name("")
-      ->excludes(tree->add_option("--file", arguments->file, "The same")->type_name("FILE"));
-  tree->callback([arguments, &terminal] { ShowTree(*arguments, terminal); });
-  CLI::App* const clear = AddCommand(family, terminal, "clear", "Remove all entries");
-  clear->add_option("--file", arguments->file, otherList)->type_name("FILE");
-  AddWriting(clear, arguments->writing);
-  AddYes(clear, arguments->writing);
-  clear->callback([arguments, &terminal] { Clear(*arguments, terminal); });
-  Action const changes[] = {{"add", "Add ", Add},
-                            {"edit", "Change fields of ", EditEntry},
-                            {"remove", "Remove, with everything below it, ", Remove}};
+  std::vector<Command> commands = {
+      {"tree",
+       "Print the network as a tree, then orphans and invalid entries",
+       On(arguments, ShowTree),
+       {Argument("FILE", &arguments->file, File(*arguments).help).Excludes("--file"),
+        Value("--file", &arguments->file, "FILE", "The same")}},
+      {"clear", "Remove all entries", On(arguments, Clear),
+       Joined({{File(*arguments)}, WritingOptions(arguments->writing), {Yes(arguments->writing)}})}};
   std::vector<Kind> const kinds = Kinds();
-  for (Action const& change : changes) {
-    CLI::App* const command = family->add_subcommand(change.name, std::string(change.description) + "an entry");
-    command->require_subcommand(1);
-    for (Kind const& kind : kinds) AddChange(command, terminal, change, kind);
+  for (Action const& action : {Action{"add", "Add ", Add}, Action{"edit", "Change fields of ", EditEntry},
+                               Action{"remove", "Remove, with everything below it, ", Remove}}) {
+    std::vector<Command> below;
+    for (Kind const& kind : kinds) below.push_back(Change(action, kind));
+    commands.push_back(Family(action.name, (std::string(action.help) + "an entry"), "", "", std::move(below)));
   }
+  return Family("browse", "Groups, computers and UPS units of the monitored network", "",
+                "  zelctl browse add group Office\n"
+                "  zelctl browse add computer mail 192.168.0.10 1\n"
+                "  zelctl browse edit computer 1 address=192.168.0.11\n"
+                "  zelctl browse remove group 1",
+                std::move(commands));
 }

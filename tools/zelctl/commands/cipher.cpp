@@ -2,7 +2,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdint>
 #include <iostream>
@@ -126,38 +125,33 @@ std::vector<std::string> Names(Map const& map) {
   return names;
 }
 
-void AddDirection(CLI::App* family, Terminal& terminal, char const* name, char const* description, Code code) {
-  CLI::App* const command = AddCommand(family, terminal, name, description);
+Command Direction(char const* name, char const* help, Code code) {
   auto const arguments = std::make_shared<Arguments>();
-  command->add_option("IN", arguments->in, "Input file")->required()->type_name("");
-  command->add_option("OUT", arguments->out, "Output file")->required()->type_name("");
-  command->add_option("--phrase-file", arguments->phraseFile, "The pass phrase is the first line of FILE")
-      ->required()
-      ->type_name("FILE");
-  AddOverwrite(command, arguments->overwrite);
-  auto const choice = [&](char const* option, std::string& target, char const* meaning, auto const& names) {
-    command->add_option(option, target, meaning)
-        ->type_name("NAME")
-        ->capture_default_str()
-        ->check(CLI::IsMember(Names(names)));
+  auto const choice = [](char const* option, std::string& target, char const* meaning, auto const& names) {
+    return Value(option, &target, "NAME", meaning).ShowingDefault().OneOf(Names(names));
   };
-  choice("--algorithm", arguments->algorithm, "Cipher", kAlgorithms);
-  choice("--mode", arguments->mode, "Block chaining", kModes);
-  command->callback([arguments, code, &terminal] { CodeFile(*arguments, code, terminal); });
+  return {
+      name,
+      help,
+      [arguments, code](Terminal const& terminal) { CodeFile(*arguments, code, terminal); },
+      {Argument("IN", &arguments->in, "Input file").Required(),
+       Argument("OUT", &arguments->out, "Output file").Required(),
+       Value("--phrase-file", &arguments->phraseFile, "FILE", "The pass phrase is the first line of FILE").Required(),
+       Overwrite(arguments->overwrite), choice("--algorithm", arguments->algorithm, "Cipher", kAlgorithms),
+       choice("--mode", arguments->mode, "Block chaining", kModes)}};
 }
 
 }  // namespace
 
-void AddCipher(CLI::App& app, Terminal& terminal) {
-  CLI::App* const family = app.add_subcommand("cipher", "Encrypt or decrypt files of the product's earlier generation");
-  family->require_subcommand(1);
-  family->footer(
+Command CipherCommands() {
+  return Family(
+      "cipher", "Encrypt or decrypt files of the product's earlier generation",
       "For old files only: a 64-bit key protects nothing today. The key is the RIPEMD-256 of the pass phrase, byte "
       "for\n"
       "byte as the file has it (the old programs wrote Latin-1), without the line end. A wrong phrase is not "
       "detected:\n"
-      "the output is noise. OUT is as long as IN and is replaced only when complete.\n\n"
-      "  zelctl cipher decode --phrase-file phrase.txt old.dat plain.dat");
-  AddDirection(family, terminal, "encode", "Encrypt a file", &CipherClass::EncodeBuffer);
-  AddDirection(family, terminal, "decode", "Decrypt a file", &CipherClass::DecodeBuffer);
+      "the output is noise. OUT is as long as IN and is replaced only when complete.",
+      "  zelctl cipher decode --phrase-file phrase.txt old.dat plain.dat",
+      {Direction("encode", "Encrypt a file", &CipherClass::EncodeBuffer),
+       Direction("decode", "Decrypt a file", &CipherClass::DecodeBuffer)});
 }

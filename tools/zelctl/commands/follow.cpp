@@ -3,7 +3,6 @@
 #include <signal.h>
 #include <time.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <deque>
 #include <fstream>
@@ -149,21 +148,18 @@ void Follow(Arguments const& arguments, Terminal const& terminal) {
 
 }  // namespace
 
-void AddFollow(CLI::App* log, Terminal& terminal) {
-  CLI::App* const command = AddCommand(log, terminal, "follow", "The last records, and then those that come");
-  AddCsv(command, terminal);
+Command FollowCommand() {
   auto const arguments = std::make_shared<Arguments>();
-  command->add_option("FILE", arguments->file, "The log")->required()->type_name("");
-  command->add_option("--last", arguments->last, "How many of those that are there")
-      ->type_name("N")
-      ->capture_default_str();
-  arguments->choice.AddCodes(command);
-  arguments->choice.AddText(command);
-  command->add_option("--size", arguments->size, "Bytes of payload behind each date-time, if not 64")->type_name("N");
-  command->footer(
-      "Ends with Ctrl+C. When the programs cut a log that has reached its bound, the numbers of its records begin "
-      "anew,\n"
-      "and no record is shown twice.\n\n"
-      "  zelctl log follow logevt.rgt --code 1,2");
-  command->callback([arguments, &terminal] { Follow(*arguments, terminal); });
+  return {"follow",
+          "The last records, and then those that come",
+          On(arguments, Follow),
+          Joined({{Argument("FILE", &arguments->file, "The log").Required(),
+                   Value("--last", &arguments->last, "N", "How many of those that are there").ShowingDefault()},
+                  arguments->choice.Code(),
+                  arguments->choice.Grep(),
+                  {Value("--size", &arguments->size, "N", "Bytes of payload behind each date-time, if not 64")}}),
+          "Ends with Ctrl+C. When the programs cut a log that has reached its bound, the numbers of its records begin "
+          "anew,\n"
+          "and no record is shown twice.",
+          "  zelctl log follow logevt.rgt --code 1,2"};
 }

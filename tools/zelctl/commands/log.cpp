@@ -1,7 +1,6 @@
 // zelctl log: what a record log holds, and what it says of the mains.
 #include <sys/stat.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <filesystem>
 #include <iostream>
@@ -36,20 +35,18 @@ constexpr std::int64_t kHighestEndCode = 32767;  // the library takes end codes 
 // The last day that a span of the library can end with: the last second of the next one is no date-time any more.
 char const kLastDay[] = "2038-01-18";
 
-using Option = std::optional<std::string>;
-
 struct Arguments {
   std::string file;
   std::string out;
-  Option size;
-  Option code;
+  std::optional<std::string> size;
+  std::optional<std::string> code;
   ChoiceOptions choice;
-  Option from;
-  Option to;
-  Option last;
-  Option start;
+  std::optional<std::string> from;
+  std::optional<std::string> to;
+  std::optional<std::string> last;
+  std::optional<std::string> start;
   std::vector<std::string> ends;
-  Option by;
+  std::optional<std::string> by;
   bool reverse = false;
   PictureFile picture;
   bool overwrite = false;
@@ -62,7 +59,7 @@ RecordLog OpenLog(Arguments const& arguments) {
   return {arguments.file, static_cast<std::uint64_t>(size)};
 }
 
-std::optional<std::uint16_t> CodeArgument(char const* name, Option const& code) {
+std::optional<std::uint16_t> CodeArgument(char const* name, std::optional<std::string> const& code) {
   if (!code) return std::nullopt;
   return static_cast<std::uint16_t>(NumberArgument(name, *code, 0, kHighestCode));
 }
@@ -142,7 +139,7 @@ std::unique_ptr<LogClass> HandleOf(std::vector<unsigned char>& bytes) {
   return log;
 }
 
-Json DayJson(Option const& given, std::int32_t day) { return given ? Json(DayText(day)) : Json(); }
+Json DayJson(std::optional<std::string> const& given, std::int32_t day) { return given ? Json(DayText(day)) : Json(); }
 
 void Count(Arguments const& arguments, Terminal& terminal) {
   std::uint16_t const code = *CodeArgument("--code", arguments.code);
@@ -209,7 +206,7 @@ void Time(Arguments const& arguments, Terminal& terminal) {
   if (seconds != counted)
     terminal.Note("the programs say " + std::to_string(counted) +
                   " s: the first record behind --to begins the condition anew, and they take that off");
-  Json const shownEnds = terminal.json ? Json(condition.ends) : Json(list);
+  Json const shownEnds = terminal.json ? Json::ListOf(condition.ends) : Json(list);
   if (!PrintMachineRow(
           terminal, {{"start", 0}, {"end", 0}, {"from", 0}, {"to", 0}, {"seconds", 0}},
           {condition.start, shownEnds, DayJson(arguments.from, days.from), DayJson(arguments.to, days.to), seconds}))
@@ -416,141 +413,101 @@ void Salvage(Arguments const& arguments, Terminal& terminal) {
 
 // ---- The command line ----
 
-using Act = void (*)(Arguments const& arguments, Terminal& terminal);
-
-class Family {
- public:
-  Family(CLI::App& app, Terminal& terminal)
-      : terminal_(terminal), family_(app.add_subcommand("log", "Record logs (*.rgt): look into them, count, save")) {}
-
-  CLI::App* Get() { return family_; }
-
-  CLI::App* Add(char const* name, char const* description, Act act, char const* footer) {
-    CLI::App* const command = AddCommand(family_, terminal_, name, description);
-    AddCsv(command, terminal_);
-    command->add_option("FILE", arguments_->file, "The log")->required()->type_name("");
-    command->footer(footer);
-    command->callback([arguments = arguments_, act, &terminal = terminal_] { act(*arguments, terminal); });
-    return command;
-  }
-
-  template <class Target>
-  CLI::Option* Value(CLI::App* command, char const* name, Target Arguments::*target, char const* type,
-                     char const* description) {
-    return command->add_option(name, (*arguments_).*target, description)->type_name(type);
-  }
-
-  void Size(CLI::App* command) {
-    Value(command, "--size", &Arguments::size, "N", "Bytes of payload behind each date-time, if not 64");
-  }
-
-  void Span(CLI::App* command, char const* type) {
-    Value(command, "--from", &Arguments::from, type, "Only from then on");
-    Value(command, "--to", &Arguments::to, type, "Only up to then");
-  }
-
-  void Text(CLI::App* command) { command->add_flag("--text", arguments_->text, "FILE is a text log"); }
-  ChoiceOptions& Choices() { return arguments_->choice; }
-
-  void Picture(CLI::App* command) { arguments_->picture.AddTo(command, "Draw a picture instead, into this file"); }
-
-  bool& Get(bool Arguments::*target) { return (*arguments_).*target; }
-
-  void Overwrite(CLI::App* command) {
-    Value(command, "OUT", &Arguments::out, "", "Where the records go")->required();
-    command->add_flag("--overwrite", arguments_->overwrite, "Replace OUT if it is there");
-  }
-
- private:
-  Terminal& terminal_;
-  CLI::App* family_;
-  std::shared_ptr<Arguments> arguments_ = std::make_shared<Arguments>();
-};
-
 char const kCalendarHelp[] =
     "Whole days, both included; without them all of the log. Counted as the programs count, whose calendar takes a\n"
     "29 February for 1 February, and the 31 December of a leap year for 1 January of that year.";
 
-void AddViews(Family& family) {
-  CLI::App* const show = family.Add(
-      "show", "The records: time, code, printable and hexadecimal payload", Show,
-      "CODE is the first two bytes of the payload, TEXT the rest, with \".\" for what does not print. Zeros at the "
-      "end\n"
-      "of a payload are left out of the table, and on a terminal what is wider than it. A day or a minute is meant "
-      "from\n"
-      "its first to its last second.");
-  family.Choices().AddSpan(show);
-  family.Choices().AddCodes(show);
-  family.Choices().AddText(show);
-  show->add_flag("--reverse", family.Get(&Arguments::reverse), "The last one first");
-  family.Value(show, "--last", &Arguments::last, "N", "Only the last N of them");
-  family.Size(show);
+// The options that several commands have.
+struct Asked {
+  Arguments& to;
 
-  CLI::App* const chart =
-      family.Add("chart", "Bars of the events by hour, day, week, month or year, for each code", DrawChart,
-                 "All bars have one scale, up to the width of the terminal. Rows without an event stand between the "
-                 "others, three\n"
-                 "and more of them as one line. The codes that --code names stand beside each other if they fit.\n\n"
-                 "  zelctl log chart logevt.rgt --code 1,3 --by weekday");
-  family.Value(chart, "--by", &Arguments::by, "hour|day|week|month|year|weekday|hour-of-day",
-               "What a bar stands for; if not given what fits a page");
-  family.Choices().AddSpan(chart);
-  family.Choices().AddCodes(chart);
-  family.Picture(chart);
-  family.Size(chart);
+  Options File() const { return {Argument("FILE", &to.file, "The log").Required()}; }
+  Option Size() const { return Value("--size", &to.size, "N", "Bytes of payload behind each date-time, if not 64"); }
+  Options Days() const {
+    return {Value("--from", &to.from, "DAY", "Only from then on"), Value("--to", &to.to, "DAY", "Only up to then")};
+  }
+  Option Text() const { return Flag("--text", &to.text, "FILE is a text log"); }
+};
+
+std::vector<Command> Views(std::shared_ptr<Arguments> const& arguments) {
+  Asked const asked = {*arguments};
+  ChoiceOptions& choice = arguments->choice;
+  return {
+      {"show", "The records: time, code, printable and hexadecimal payload", On(arguments, Show),
+       Joined({asked.File(),
+               choice.Span(),
+               choice.Code(),
+               choice.Grep(),
+               {Flag("--reverse", &arguments->reverse, "The last one first"),
+                Value("--last", &arguments->last, "N", "Only the last N of them"), asked.Size()}}),
+       "CODE is the first two bytes of the payload, TEXT the rest, with \".\" for what does not print. Zeros at the "
+       "end\n"
+       "of a payload are left out of the table, and on a terminal what is wider than it. A day or a minute is meant "
+       "from\n"
+       "its first to its last second."},
+      {"chart", "Bars of the events by hour, day, week, month or year, for each code", On(arguments, DrawChart),
+       Joined({asked.File(),
+               {Value("--by", &arguments->by, "hour|day|week|month|year|weekday|hour-of-day",
+                      "What a bar stands for; if not given what fits a page")},
+               choice.Span(),
+               choice.Code(),
+               arguments->picture.Asked("--svg", "Draw a picture instead, into this file"),
+               {asked.Size()}}),
+       "All bars have one scale, up to the width of the terminal. Rows without an event stand between the "
+       "others, three\n"
+       "and more of them as one line. The codes that --code names stand beside each other if they fit.",
+       "  zelctl log chart logevt.rgt --code 1,3 --by weekday"}};
 }
 
-void AddStatistics(Family& family) {
-  CLI::App* const count = family.Add("count", "How often an event happened", Count, kCalendarHelp);
-  family.Value(count, "--code", &Arguments::code, "N", "Code of the event")->required();
-  family.Span(count, "DAY");
-
-  CLI::App* const time = family.Add(
-      "time", "How long a condition lasted: from events that begin it to events that end it", Time, kCalendarHelp);
-  family.Value(time, "--start", &Arguments::start, "N", "Code that begins it")->required();
-  family.Value(time, "--end", &Arguments::ends, "A,B", "Codes that end it")
-      ->required()
-      ->delimiter(',')
-      ->allow_extra_args(false);  // FILE may stand behind it
-  family.Span(time, "DAY");
+std::vector<Command> Statistics(std::shared_ptr<Arguments> const& arguments) {
+  Asked const asked = {*arguments};
+  return {
+      {"count", "How often an event happened", On(arguments, Count),
+       Joined({asked.File(), {Value("--code", &arguments->code, "N", "Code of the event").Required()}, asked.Days()}),
+       kCalendarHelp},
+      {"time", "How long a condition lasted: from events that begin it to events that end it", On(arguments, Time),
+       Joined({asked.File(),
+               {Value("--start", &arguments->start, "N", "Code that begins it").Required(),
+                Value("--end", &arguments->ends, "A,B", "Codes that end it").Separated().Required()},
+               asked.Days()}),
+       kCalendarHelp}};
 }
 
-void AddRescue(Family& family) {
-  CLI::App* const verify =
-      family.Add("verify", "Check the length and the order of the times", Verify,
-                 "Exit code 1 when bytes behind the last record are no whole one, or a record is stamped earlier than\n"
-                 "the one before it, later than now, or with no date-time at all; or when a power cut has left\n"
-                 "something: records of zeros at the end, records that stand twice in a row, a stamp out of order\n"
-                 "with the payload of the record beside it. In a text log: NUL bytes, a last line without its end.");
-  family.Text(verify);
-  family.Size(verify);
-
-  CLI::App* const salvage = family.Add(
-      "salvage", "Save the whole records of a damaged log, or of the scratch file of a cut", Salvage,
-      "  zelctl log salvage logevt.rgt.bad saved.rgt\n"
-      "  zelctl log salvage logevt.rgt.tmp saved.rgt\n\n"
-      "What a power cut has left is left out: see `verify`. When a cut was interrupted and only FILE.tmp has\n"
-      "all records, they are taken from there.");
-  family.Text(salvage);
-  family.Overwrite(salvage);
-  family.Size(salvage);
+std::vector<Command> Rescue(std::shared_ptr<Arguments> const& arguments) {
+  Asked const asked = {*arguments};
+  return {
+      {"verify", "Check the length and the order of the times", On(arguments, Verify),
+       Joined({asked.File(), {asked.Text(), asked.Size()}}),
+       "Exit code 1 when bytes behind the last record are no whole one, or a record is stamped earlier than\n"
+       "the one before it, later than now, or with no date-time at all; or when a power cut has left\n"
+       "something: records of zeros at the end, records that stand twice in a row, a stamp out of order\n"
+       "with the payload of the record beside it. In a text log: NUL bytes, a last line without its end."},
+      {"salvage", "Save the whole records of a damaged log, or of the scratch file of a cut", On(arguments, Salvage),
+       Joined({asked.File(),
+               {asked.Text(), Argument("OUT", &arguments->out, "Where the records go").Required(),
+                Flag("--overwrite", &arguments->overwrite, "Replace OUT if it is there"), asked.Size()}}),
+       "What a power cut has left is left out: see `verify`. When a cut was interrupted and only FILE.tmp has\n"
+       "all records, they are taken from there.",
+       "  zelctl log salvage logevt.rgt.bad saved.rgt\n"
+       "  zelctl log salvage logevt.rgt.tmp saved.rgt"}};
 }
 
 }  // namespace
 
-void AddLog(CLI::App& app, Terminal& terminal) {
-  Family family(app, terminal);
-  family.Get()->require_subcommand(1);
-  family.Get()->footer(
+Command LogCommands() {
+  auto const arguments = std::make_shared<Arguments>();
+  std::vector<Command> commands;
+  for (std::vector<Command> const& part :
+       {Views(arguments), {FollowCommand(), OutagesCommand()}, Statistics(arguments), Rescue(arguments)})
+    commands.insert(commands.end(), part.begin(), part.end());
+  for (Command& command : commands) command.answers = Answers::kJsonOrCsv;
+  return Family(
+      "log", "Record logs (*.rgt): look into them, count, save",
       "Nothing but OUT of `salvage` is ever written. A damaged log, which the programs take for empty, is read as far\n"
       "as its whole records go. Times are local, as the programs stamp them: 2005-03-07 10:06:40 or 07/03/2005 "
-      "10:06.\n\n"
+      "10:06.",
       "  zelctl log show logevt.rgt --last 20\n"
       "  zelctl log chart logevt.rgt --from 2005-03-01 --to 2005-03-31\n"
-      "  zelctl log time logevt.rgt --start 1 --end 2,4 --from 2005-03-01 --to 2005-03-31");
-  AddViews(family);
-  AddFollow(family.Get(), terminal);
-  AddOutages(family.Get(), terminal);
-  AddStatistics(family);
-  AddRescue(family);
+      "  zelctl log time logevt.rgt --start 1 --end 2,4 --from 2005-03-01 --to 2005-03-31",
+      std::move(commands));
 }

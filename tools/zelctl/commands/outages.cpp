@@ -1,5 +1,4 @@
 // zelctl log outages: what the mains failures of a log were like.
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iostream>
 #include <memory>
@@ -22,20 +21,18 @@ namespace {
 constexpr std::size_t kNarrow = 62;      // below, the weekday and the end give way
 constexpr std::size_t kShortestBar = 6;  // of the longest outage, however narrow the terminal
 
-using Option = std::optional<std::string>;
-
 struct Arguments {
   std::string file;
   OutageOptions codes;
-  Option from;
-  Option to;
-  Option last;
-  Option by;
+  std::optional<std::string> from;
+  std::optional<std::string> to;
+  std::optional<std::string> last;
+  std::optional<std::string> by;
   PictureFile picture;
 };
 
 // Nothing: a row for each outage.
-std::optional<Period> PeriodOf(Option const& by) {
+std::optional<Period> PeriodOf(std::optional<std::string> const& by) {
   if (!by || *by == "outage") return std::nullopt;
   std::optional<Period> const period = PeriodNamed(*by);
   if (!period || *period == Period::kHour) throw WrongUsage("--by: outage, day, week, month or year");
@@ -254,28 +251,27 @@ void ShowOutages(Arguments const& arguments, Terminal& terminal) {
 
 }  // namespace
 
-void AddOutages(CLI::App* log, Terminal& terminal) {
-  CLI::App* const command = AddCommand(log, terminal, "outages", "The mains failures: when, how long, how many");
-  AddCsv(command, terminal);
+Command OutagesCommand() {
   auto const arguments = std::make_shared<Arguments>();
-  auto const option = [&](char const* name, auto& target, char const* type, char const* description) {
-    return command->add_option(name, target, description)->type_name(type);
-  };
-  option("FILE", arguments->file, "", "The log")->required();
-  arguments->codes.AddTo(command, true);
-  option("--from", arguments->from, "TIME", "Only outages that begin then or later");
-  option("--to", arguments->to, "TIME", "Only outages that begin then or earlier");
-  option("--last", arguments->last, "N", "Only the last N rows; the sums are of all");
-  option("--by", arguments->by, "outage|day|week|month|year", "What a row stands for; an outage if not given");
-  arguments->picture.AddTo(command, "Draw a picture instead, into this file");
-  command->footer(
-      "An outage begins with the first record of --start and ends with the next one of --end, as in `log time`. One\n"
-      "without an end is open: its length is that until the last record, marked \"+\". The bar of the longest fills "
-      "the\n"
-      "width. By day, week, month and year OUTAGES and LONGEST are of those that begin then, TOTAL is the time that\n"
-      "falls there.\n\n"
-      "  zelctl log outages logevt.rgt --start 1 --end 2\n"
-      "  zelctl log outages logevt.rgt --start 1 --end 2 --by month --csv\n"
-      "  zelctl log outages logevt.rgt --start 1 --end 2 --svg outages.svg");
-  command->callback([arguments, &terminal] { ShowOutages(*arguments, terminal); });
+  return {"outages",
+          "The mains failures: when, how long, how many",
+          On(arguments, ShowOutages),
+          Joined({{Argument("FILE", &arguments->file, "The log").Required()},
+                  arguments->codes.Asked(true),
+                  {Value("--from", &arguments->from, "TIME", "Only outages that begin then or later"),
+                   Value("--to", &arguments->to, "TIME", "Only outages that begin then or earlier"),
+                   Value("--last", &arguments->last, "N", "Only the last N rows; the sums are of all"),
+                   Value("--by", &arguments->by, "outage|day|week|month|year",
+                         "What a row stands for; an outage if not given")},
+                  arguments->picture.Asked("--svg", "Draw a picture instead, into this file")}),
+          "An outage begins with the first record of --start and ends with the next one of --end, as in `log time`. "
+          "One\n"
+          "without an end is open: its length is that until the last record, marked \"+\". The bar of the longest "
+          "fills the\n"
+          "width. By day, week, month and year OUTAGES and LONGEST are of those that begin then, TOTAL is the time "
+          "that\n"
+          "falls there.",
+          "  zelctl log outages logevt.rgt --start 1 --end 2\n"
+          "  zelctl log outages logevt.rgt --start 1 --end 2 --by month --csv\n"
+          "  zelctl log outages logevt.rgt --start 1 --end 2 --svg outages.svg"};
 }

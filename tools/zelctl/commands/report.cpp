@@ -1,5 +1,4 @@
 // zelctl report: one page for whoever answers for a site.
-#include <CLI/CLI.hpp>
 #include <filesystem>
 #include <memory>
 
@@ -127,17 +126,21 @@ void Report(Arguments const& arguments, Terminal const& terminal) {
 
 }  // namespace
 
-void AddReport(CLI::App& app, Terminal& terminal) {
-  CLI::App* const command = AddCommand(&app, terminal, "report", "A page for whoever answers for a site");
+Command ReportCommand() {
   auto const arguments = std::make_shared<Arguments>();
-  arguments->page.AddTo(command, "The page, one file of HTML", "--out")->required();
-  arguments->codes.AddTo(command, false);
-  command->add_option("--schedule", arguments->schedule, "A schedule, for the next planned moment")->type_name("FILE");
-  command->footer(
-      "The page tells what holds, what happened and what wants a look: settings with their origin, units and servers,\n"
-      "outages by day, month and hour, findings. It needs no script and no other file, and prints well. Passwords are\n"
-      "not in it.\n\n"
-      "  zelctl report --root /srv/site --out report.html\n"
-      "  zelctl report --out report.html --overwrite --schedule proglist.dat");
-  command->callback([arguments, &terminal] { Report(*arguments, terminal); });
+  Options page = arguments->page.Asked("--out", "The page, one file of HTML");
+  page.back().required = true;
+  return {"report",
+          "A page for whoever answers for a site",
+          On(arguments, Report),
+          Joined({page,
+                  arguments->codes.Asked(false),
+                  {Value("--schedule", &arguments->schedule, "FILE", "A schedule, for the next planned moment")}}),
+          "The page tells what holds, what happened and what wants a look: settings with their origin, units and "
+          "servers,\n"
+          "outages by day, month and hour, findings. It needs no script and no other file, and prints well. Passwords "
+          "are\n"
+          "not in it.",
+          "  zelctl report --root /srv/site --out report.html\n"
+          "  zelctl report --out report.html --overwrite --schedule proglist.dat"};
 }

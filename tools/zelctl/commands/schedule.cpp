@@ -2,7 +2,6 @@
 #include <errno.h>
 #include <string.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <filesystem>
 #include <functional>
@@ -201,37 +200,25 @@ void Clear(Arguments const& arguments, Terminal const& terminal) {
 
 }  // namespace
 
-void AddSchedule(CLI::App& app, Terminal& terminal) {
-  CLI::App* const family = app.add_subcommand("schedule", "Times at which the product acts");
-  family->require_subcommand(1);
-  family->footer(
-      "Times are local. Every write removes past entries.\n\n"
-      "  zelctl schedule add proglist.dat \"2030-03-07 22:30\"\n"
-      "  zelctl schedule remove proglist.dat 2030-03-07");
+Command ScheduleCommands() {
   auto const arguments = std::make_shared<Arguments>();
-  auto const add = [&](char const* name, char const* description, void (*act)(Arguments const&, Terminal const&)) {
-    CLI::App* const command = AddCommand(family, terminal, name, description);
-    AddCsv(command, terminal);
-    command->add_option("FILE", arguments->file, "The schedule")->required()->type_name("");
-    command->callback([arguments, act, &terminal] { act(*arguments, terminal); });
-    return command;
+  Options const file = {Argument("FILE", &arguments->file, "The schedule").Required()};
+  Options const writer = Joined({file,
+                                 {Flag("--force", &arguments->writing.force,
+                                       "Go on although the file is not a schedule; it is copied to FILE.lost first"),
+                                  DryRun(arguments->writing)}});
+  auto const when = [&](char const* help) {
+    return Joined({writer, {Argument("WHEN", &arguments->moments, help).Required()}});
   };
-  add("list", "List all entries, past ones too", List);
-  auto const addWriter = [&](char const* name, char const* description,
-                             void (*act)(Arguments const&, Terminal const&)) {
-    CLI::App* const command = add(name, description, act);
-    command->add_flag("--force", arguments->writing.force,
-                      "Go on although the file is not a schedule; it is copied to FILE.lost first");
-    AddDryRun(command, arguments->writing);
-    return command;
-  };
-  addWriter("add", "Add entries; create the file if it is missing", Add)
-      ->add_option("WHEN", arguments->moments, "Such as \"2030-03-07 22:30\" or \"07/03/2030 22:30:15\"")
-      ->required()
-      ->type_name("");
-  addWriter("remove", "Remove entries", Remove)
-      ->add_option("WHEN", arguments->moments, "A time, or a day to remove its first entry")
-      ->required()
-      ->type_name("");
-  addWriter("clear", "Remove all entries", Clear);
+  std::vector<Command> commands = {
+      {"list", "List all entries, past ones too", On(arguments, List), file},
+      {"add", "Add entries; create the file if it is missing", On(arguments, Add),
+       when("Such as \"2030-03-07 22:30\" or \"07/03/2030 22:30:15\"")},
+      {"remove", "Remove entries", On(arguments, Remove), when("A time, or a day to remove its first entry")},
+      {"clear", "Remove all entries", On(arguments, Clear), writer}};
+  for (Command& command : commands) command.answers = Answers::kJsonOrCsv;
+  return Family("schedule", "Times at which the product acts", "Times are local. Every write removes past entries.",
+                "  zelctl schedule add proglist.dat \"2030-03-07 22:30\"\n"
+                "  zelctl schedule remove proglist.dat 2030-03-07",
+                std::move(commands));
 }

@@ -7,7 +7,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iostream>
 
@@ -208,38 +207,35 @@ void Stop(std::string const& name, Terminal const& terminal) {
 
 }  // namespace
 
-void AddSvc(CLI::App& app, Terminal& terminal) {
-  CLI::App* const family = app.add_subcommand("svc", "Services with an init script");
-  family->require_subcommand(1);
-  family->footer(
+Command SvcCommands() {
+  auto const name = std::make_shared<std::string>();
+  Options const named = {Argument("NAME", name.get(), "Name of the service").Required()};
+  char const* const started =
+      "Prints the process id. Exit code 1 if the script fails, or the process does not exist when it returns. With\n"
+      "--json the script's output goes to standard error.";
+  return Family(
+      "svc", "Services with an init script",
       "A service is a script in /etc/init.d; if there is none, in /etc/rc.d and /usr/local/etc/rc.d. Its name is the\n"
       "script's, without a leading \"rc.\" and without the last dot and what follows. It counts as running if a "
       "process\n"
-      "with that name runs. Names over 15 characters never match.\n\n"
+      "with that name runs. Names over 15 characters never match.",
       "  zelctl svc status zelsrv\n"
-      "  zelctl svc restart zelsrv");
-  CLI::App* const list = AddCommand(family, terminal, "list", "All services");
-  list->footer("Run levels are not examined, so \"automatic\" is unknown for most services.");
-  list->callback([&terminal] { List(terminal); });
-
-  auto const name = std::make_shared<std::string>();
-  auto const add = [&](char const* word, char const* description, void (*act)(std::string const&, Terminal const&),
-                       char const* footer) {
-    CLI::App* const command = AddCommand(family, terminal, word, description);
-    command->add_option("NAME", *name, "Name of the service")->required()->type_name("");
-    command->footer(footer);
-    command->callback([name, act, &terminal] { act(*name, terminal); });
-  };
-  add("status", "Show one service, with its systemd state if there is one", Status,
-      "Also shows services known only to systemd; the other commands do not act on them. Exit code 1 if the service\n"
-      "does not exist.");
-  char const* const kStarted =
-      "Prints the process id. Exit code 1 if the script fails, or the process does not exist when it returns. With\n"
-      "--json the script's output goes to standard error.";
-  add("start", "Run the script with \"start\"", Start, kStarted);
-  add("stop", "Run the script with \"stop\"; kill the process if it still runs", Stop,
-      "Prints the ids of the processes that ended. If a process still has the name when the script returns, the first\n"
-      "one is killed immediately (SIGTERM, then SIGKILL). Does nothing if process 1 or zelctl itself has that name.\n"
-      "Exit code 1 if the script fails, or a process with the name is left after two seconds.");
-  add("restart", "Run the script with \"restart\" if the service is running", Restart, kStarted);
+      "  zelctl svc restart zelsrv",
+      {{"list",
+        "All services",
+        List,
+        {},
+        "Run levels are not examined, so \"automatic\" is unknown for most services."},
+       {"status", "Show one service, with its systemd state if there is one", On(name, Status), named,
+        "Also shows services known only to systemd; the other commands do not act on them. Exit code 1 if the "
+        "service\n"
+        "does not exist."},
+       {"start", "Run the script with \"start\"", On(name, Start), named, started},
+       {"stop", "Run the script with \"stop\"; kill the process if it still runs", On(name, Stop), named,
+        "Prints the ids of the processes that ended. If a process still has the name when the script returns, the "
+        "first\n"
+        "one is killed immediately (SIGTERM, then SIGKILL). Does nothing if process 1 or zelctl itself has that "
+        "name.\n"
+        "Exit code 1 if the script fails, or a process with the name is left after two seconds."},
+       {"restart", "Run the script with \"restart\" if the service is running", On(name, Restart), named, started}});
 }

@@ -3,7 +3,6 @@
 #include <stdlib.h>
 #include <string.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <filesystem>
 
@@ -192,7 +191,7 @@ void Reselect(Place const& place, UpsSrvConfig& cfg) {
 UpsSrvConfig& Settings(void* record) { return *static_cast<UpsSrvConfig*>(record); }
 UpsSrvConfig const& Settings(void const* record) { return *static_cast<UpsSrvConfig const*>(record); }
 
-void AddSettings(CLI::App* family, Terminal& terminal) {
+std::vector<Command> Settings() {
   auto const own = std::make_shared<bool>(false);
   RecordFamily record = {};
   record.fields = UpsFields();
@@ -202,7 +201,7 @@ void AddSettings(CLI::App* family, Terminal& terminal) {
   };
   record.read = [own](char const* directory, void* r) { return Read(PlaceOf(directory, *own), Settings(r)); };
   record.defaults = [](void* r) { return GetUpsSrvDefConfig(&Settings(r)); };
-  record.write = [own, &terminal](char const* directory, void const* r) {
+  record.write = [own](char const* directory, void const* r, Terminal const& terminal) {
     return Write(PlaceOf(directory, *own), Settings(r), terminal);
   };
   record.reselect = [own](std::string const& directory, void* r) { Reselect(PlaceOf(directory, *own), Settings(r)); };
@@ -214,37 +213,33 @@ void AddSettings(CLI::App* family, Terminal& terminal) {
       "Timers are rounded down to whole seconds. A date later than one dischargeInterval from now is moved to that.\n"
       "Settings marked * are saved only if the model file upscfgNN.cfg in DIR already has them.\n";
   record.folder = Folder::kArgument;
-  record.addOptions = [own](CLI::App* command) {
-    command->add_flag("--own-tables", *own, "Use upstype.cfg and usbhid.cfg in DIR instead of the installation root");
-  };
-  AddRecordCommands(family, terminal, record);
+  record.options = {
+      Flag("--own-tables", own.get(), "Use upstype.cfg and usbhid.cfg in DIR instead of the installation root")};
+  return RecordCommands(record);
 }
 
 }  // namespace
 
-void AddUps(CLI::App& app, Terminal& terminal) {
-  CLI::App* const family = app.add_subcommand("ups", "UPS units of this installation and their settings");
-  family->footer(
+Command UpsCommands() {
+  auto const arguments = std::make_shared<Arguments>();
+  Options const options = Joined(
+      {{Argument("N", &arguments->number, "Number of the unit").Required()}, WritingOptions(arguments->writing)});
+  std::vector<Command> commands = {
+      {"list", "The units", List},
+      {"add", "Add a unit (0 to 99); create its directory if it is missing", On(arguments, Add), options,
+       "Copies the files named in default/zelcfg.cfg of the installation root into a new directory. Its mode is "
+       "01230,\n"
+       "so only root can use it; run as root."},
+      {"remove", "Remove a unit from the list", On(arguments, Remove), Joined({options, {Yes(arguments->writing)}}),
+       "Its directory and files stay."}};
+  std::vector<Command> const settings = Settings();
+  commands.insert(commands.end(), settings.begin(), settings.end());
+  return Family(
+      "ups", "UPS units of this installation and their settings",
       "Units are listed in srvlist.cfg of the installation root. Settings are in upssrv.cfg of the unit's directory;\n"
-      "with a single UPS, in the root itself.\n\n"
+      "with a single UPS, in the root itself.",
       "  zelctl ups add 7\n"
       "  zelctl ups set 007 upsType=3 commType=1 timerOnBattery=120000\n"
-      "  zelctl ups show 007 tcpPort");
-  AddCommand(family, terminal, "list", "The units")->callback([&terminal] { List(terminal); });
-  auto const arguments = std::make_shared<Arguments>();
-  auto const add = [&](char const* name, char const* description, char const* footer,
-                       void (*act)(Arguments const&, Terminal const&)) {
-    CLI::App* const command = AddCommand(family, terminal, name, description);
-    command->add_option("N", arguments->number, "Number of the unit")->required()->type_name("");
-    AddWriting(command, arguments->writing);
-    command->footer(footer);
-    command->callback([arguments, act, &terminal] { act(*arguments, terminal); });
-    return command;
-  };
-  add("add", "Add a unit (0 to 99); create its directory if it is missing",
-      "Copies the files named in default/zelcfg.cfg of the installation root into a new directory. Its mode is 01230,\n"
-      "so only root can use it; run as root.",
-      Add);
-  AddYes(add("remove", "Remove a unit from the list", "Its directory and files stay.", Remove), arguments->writing);
-  AddSettings(family, terminal);
+      "  zelctl ups show 007 tcpPort",
+      std::move(commands));
 }

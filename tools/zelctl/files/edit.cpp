@@ -4,7 +4,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
@@ -168,15 +167,18 @@ std::string Summary(std::vector<Changed> const& changes, Edit const& edit) {
 }
 
 void PrintDifferences(std::vector<Changed> const& changes, Edit const& edit, Terminal const& terminal) {
-  Json json = Json::array();
+  Json::List json;
   for (Changed const& change : changes) {
-    Json lines = Json::array();
+    Json::List lines;
     if (!terminal.json) std::cout << terminal.ShownName(change.file) << '\n';
     for (auto const& [sign, line] : Differences(LinesOf(change.before, edit), LinesOf(change.after, edit))) {
       if (sign == ' ') continue;
       std::string const open = WithoutPassword(line, terminal.showPasswords);
       std::string const text = sign + (" " + (open == Trim(line) ? line : open));  // with the blanks, which can be all
-      terminal.json ? lines.push_back(ToUtf8(text)) : void(std::cout << terminal.Shown(text) << '\n');
+      if (terminal.json)
+        lines.emplace_back(ToUtf8(text));
+      else
+        std::cout << terminal.Shown(text) << '\n';
     }
     json.push_back({{"file", change.file}, {"lines", lines}});
   }
@@ -210,18 +212,20 @@ void RequireReadable(std::string const& file) {
 
 }  // namespace
 
-void AddWriting(CLI::App* command, Writing& writing) {
-  command->add_flag("--force", writing.force, "Save even if the file has a syntax error and loses the lines below it");
-  AddDryRun(command, writing);
+Options WritingOptions(Writing& writing) {
+  return {Flag("--force", &writing.force, "Save even if the file has a syntax error and loses the lines below it"),
+          DryRun(writing)};
 }
 
-void AddDryRun(CLI::App* command, Writing& writing) {
-  command->add_flag("--dry-run", writing.dryRun, "Change nothing; show the lines that would differ");
+Option DryRun(Writing& writing) {
+  return Flag("--dry-run", &writing.dryRun, "Change nothing; show the lines that would differ");
 }
 
-void AddYes(CLI::App* command, Writing& writing) {
-  command->add_flag("--yes", writing.yes, "Do not ask; required where no terminal is there to ask on");
+Option Yes(Writing& writing) {
+  return Flag("--yes", &writing.yes, "Do not ask; required where no terminal is there to ask on");
 }
+
+Option Overwrite(bool& overwrite) { return Flag("--overwrite", &overwrite, "Replace OUT if it exists"); }
 
 void RequireConsent(std::string const& what, Writing const& writing) {
   if (writing.yes || writing.dryRun) return;
@@ -327,10 +331,6 @@ void KeepAsLost(std::string const& path) {
   char piece[65536];
   while (std::size_t const got = in.Fill(piece, sizeof piece)) out.Write(piece, got);
   out.Keep();
-}
-
-void AddOverwrite(CLI::App* command, bool& overwrite) {
-  command->add_flag("--overwrite", overwrite, "Replace OUT if it exists");
 }
 
 bool RemoveKey(std::string const& path, std::string const& section, std::string const& key, Writing const& writing,

@@ -7,9 +7,8 @@
 #include <string>
 #include <vector>
 
-namespace CLI {
-class App;
-}
+#include "terminal/option.h"
+
 struct Terminal;
 
 // What the caller allows.
@@ -19,11 +18,12 @@ struct Writing {
   bool yes = false;     // to remove without being asked
 };
 
-// Adds --force and --dry-run.
-void AddWriting(CLI::App* command, Writing& writing);
-void AddDryRun(CLI::App* command, Writing& writing);
-// Adds --yes, for a command that removes more than it was told by name.
-void AddYes(CLI::App* command, Writing& writing);
+// --force and --dry-run.
+Options WritingOptions(Writing& writing);
+Option DryRun(Writing& writing);
+// For a command that removes more than it was told by name.
+Option Yes(Writing& writing);
+Option Overwrite(bool& overwrite);
 
 // Tells what is about to be removed and asks whether to go on. Does not ask with --yes or --dry-run. Throws Failed when
 // the answer is no, and WrongUsage where nobody can be asked.
@@ -65,8 +65,6 @@ void RequireNew(std::string const& path, bool overwrite);
 // Copies the file to NAME.lost, or NAME.lost.1 and so on where that exists already, as the library names its copies.
 // Throws FileFailed.
 void KeepAsLost(std::string const& path);
-// Adds --overwrite.
-void AddOverwrite(CLI::App* command, bool& overwrite);
 
 // Lets `act` change the files, and says in one line how they changed (not with --json and --csv). `act` works on paths
 // from At(); it may be called twice, first for a rehearsal. Throws Failed when a file lies in an installation root that

@@ -2,15 +2,13 @@
 
 #include <sys/stat.h>
 
-#include <CLI/CLI.hpp>
 #include <filesystem>
 
 #include "files/output.h"
 #include "terminal/terminal.h"
 
-CLI::Option* PictureFile::AddTo(CLI::App* command, std::string const& description, char const* name) {
-  command->add_flag("--overwrite", overwrite, "Replace the file if it is there");
-  return command->add_option(name, path, description)->type_name("FILE");
+Options PictureFile::Asked(char const* name, char const* help) {
+  return {Flag("--overwrite", &overwrite, "Replace the file if it is there"), Value(name, &path, "FILE", help)};
 }
 
 void PictureFile::RequireFree() const {

@@ -112,11 +112,11 @@ Json JsonOf(Field const& field, std::string const& value, Terminal const& termin
 
 void PrintRecord(std::vector<Field> const& fields, void const* record, Terminal const& terminal,
                  std::vector<std::string> const& origins) {
-  Json members = Json::object();
+  Json::Object members;
   std::vector<std::vector<std::string>> rows = {{"FIELD", "VALUE", "MEANING"}};
   for (Field const& field : fields) {
     std::string const value = field.get(record);
-    members[field.name] = JsonOf(field, value, terminal);
+    members.push_back({field.name, JsonOf(field, value, terminal)});
     rows.push_back({field.name, CellOf(field, value, terminal), field.meaning});
   }
   if (!origins.empty()) rows[0].insert(rows[0].begin() + 2, "ORIGIN");
@@ -125,18 +125,18 @@ void PrintRecord(std::vector<Field> const& fields, void const* record, Terminal 
 }
 
 void PrintRecords(std::vector<Field> const& fields, std::vector<void const*> const& records, Terminal const& terminal) {
-  Json list = Json::array();
+  Json::List list;
   std::vector<std::vector<std::string>> rows(1);
   for (Field const& field : fields) rows[0].push_back(UpperCase(field.name));
   for (void const* record : records) {
-    Json members = Json::object();
+    Json::Object members;
     rows.emplace_back();
     for (Field const& field : fields) {
       std::string const value = field.get(record);
-      members[field.name] = JsonOf(field, value, terminal);
+      members.push_back({field.name, JsonOf(field, value, terminal)});
       rows.back().push_back(CellOf(field, value, terminal));
     }
-    list.push_back(std::move(members));
+    list.emplace_back(std::move(members));
   }
   terminal.json ? terminal.PrintJson(list) : terminal.PrintTable(rows);
 }

@@ -4,7 +4,6 @@
 #include <string.h>
 #include <sys/stat.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <map>
 
@@ -68,11 +67,12 @@ Changes ParseChanges(std::vector<Field> const& fields, Arguments const& argument
 void PrintChanges(std::vector<Field> const& fields, Values const& before, Values const& after, Changes const& changes,
                   Terminal const& terminal) {
   if (!terminal.json) return;
-  Json members = Json::object();
+  Json::Object members;
   for (auto const& [place, unused] : changes) {
     Field const& field = fields[place];
-    members[field.name] = {{"before", JsonOf(field, before[place], terminal)},
-                           {"now", JsonOf(field, after[place], terminal)}};
+    members.push_back(
+        {field.name,
+         {{"before", JsonOf(field, before[place], terminal)}, {"now", JsonOf(field, after[place], terminal)}}});
   }
   terminal.PrintJson(members);
 }
@@ -205,7 +205,7 @@ void Set(RecordFamily const& family, Arguments arguments, Terminal const& termin
   bool const done = Make(edit, arguments.writing, terminal, [&] {
     std::string const place = directory.empty() ? directory : At(directory);
     errno = 0;
-    if (family.write(place.c_str(), record.get()) == 0) throw Failed(WhyNotWritten(files, errno));
+    if (family.write(place.c_str(), record.get(), terminal) == 0) throw Failed(WhyNotWritten(files, errno));
   });
   if (!done) return;
   Values const now = ValuesOf(fields, ReadRecord(family, directory).get());
@@ -231,65 +231,56 @@ bool HasPassword(RecordFamily const& family) {
 }
 
 // What `show` and `set` have in common.
-void AddOptions(CLI::App* command, Terminal& terminal, RecordFamily const& family, Arguments& arguments) {
+Options CommonOptions(RecordFamily const& family, Arguments& arguments) {
+  Options options;
   if (family.folder != Folder::kRoot)
-    command->add_option("--dir", arguments.directory, "Directory of the settings; default: the installation root")
-        ->type_name("DIR");
-  if (family.addOptions) family.addOptions(command);
-  if (HasPassword(family)) AddShowPassword(command, terminal);
+    options.push_back(
+        Value("--dir", &arguments.directory, "DIR", "Directory of the settings; default: the installation root"));
+  options.insert(options.end(), family.options.begin(), family.options.end());
+  if (HasPassword(family)) options.push_back(ShowPassword());
+  return options;
 }
 
-// The words behind the command.
-void AddItems(CLI::App* command, RecordFamily const& family, Arguments& arguments, std::string const& name,
-              std::string const& description) {
-  bool const takesDirectory = family.folder == Folder::kArgument;
-  // Not `required`: `show` shows all fields, and for `set` a password file alone is enough.
-  command
-      ->add_option(
-          (takesDirectory ? "[DIR] " : "") + name, arguments.items,
-          description +
-              (takesDirectory ? ", after the directory DIR; a name without \"/\" is in the installation root" : ""))
-      ->type_name("");
+// The words after the command. Not required: `show` shows all fields, and for `set` a password file alone is enough.
+Option Items(RecordFamily const& family, Arguments& arguments, std::string const& name, std::string const& help) {
+  if (family.folder != Folder::kArgument) return Argument(name, &arguments.items, help);
+  return Argument("[DIR] " + name, &arguments.items,
+                  help + ", after the directory DIR; a name without \"/\" is in the installation root");
 }
 
-void AddSet(CLI::App* family, Terminal& terminal, std::shared_ptr<RecordFamily const> const& record) {
+Command SetCommand(std::shared_ptr<RecordFamily const> const& record) {
   auto const arguments = std::make_shared<Arguments>();
-  CLI::App* const set =
-      AddCommand(family, terminal, "set", "Set fields; every value is checked before anything is written");
-  AddOptions(set, terminal, *record, *arguments);
-  AddItems(set, *record, *arguments, "FIELD=VALUE", "Fields and their new values");
-  AddWriting(set, arguments->writing);
-  std::string footer = FieldList(record->fields) + record->notes +
-                       "Texts cannot contain '[', ']' or line feeds, nor start or end with a blank.\n"
-                       "The record is written whole: fields that the files lack are added with their defaults.\n";
+  Options options = Joined({CommonOptions(*record, *arguments),
+                            {Items(*record, *arguments, "FIELD=VALUE", "Fields and their new values")},
+                            WritingOptions(arguments->writing)});
+  std::string notes = FieldList(record->fields) + record->notes +
+                      "Texts cannot contain '[', ']' or line feeds, nor start or end with a blank.\n"
+                      "The record is written whole: fields that the files lack are added with their defaults.\n";
   if (HasPassword(*record)) {
-    set->add_option("--password-file", arguments->passwordFile, "Take the password from the first line of FILE")
-        ->type_name("FILE");
-    footer +=
+    options.push_back(
+        Value("--password-file", &arguments->passwordFile, "FILE", "Take the password from the first line of FILE"));
+    notes +=
         "Other users can see a password on the command line. Use \"-\" to read it from standard input (not echoed), "
         "or\n"
         "--password-file.\n";
   }
-  set->footer(footer);
-  set->callback([record, arguments, &terminal] { Set(*record, *arguments, terminal); });
+  return {"set", "Set fields; every value is checked before anything is written",
+          [record, arguments](Terminal const& terminal) { Set(*record, *arguments, terminal); }, std::move(options),
+          std::move(notes)};
 }
 
 }  // namespace
 
-void AddRecordCommands(CLI::App* family, Terminal& terminal, RecordFamily const& family_record) {
-  auto const record = std::make_shared<RecordFamily const>(family_record);
+std::vector<Command> RecordCommands(RecordFamily const& family) {
+  auto const record = std::make_shared<RecordFamily const>(family);
   auto const arguments = std::make_shared<Arguments>();
-  family->require_subcommand(1);
-
-  CLI::App* const show = AddCommand(family, terminal, "show", "Show all settings, or the named fields");
-  AddOptions(show, terminal, *record, *arguments);
-  AddItems(show, *record, *arguments, "FIELD", "Fields to show");
-  show->add_flag("--value", arguments->value, "Print the bare values, one per line");
-  show->footer(std::string(record->notes) + "ORIGIN is the file and line that a value comes from, or \"default\".\n");
-  show->callback([record, arguments, &terminal] { Show(*record, *arguments, terminal); });
-
-  AddSet(family, terminal, record);
-
-  CLI::App* const defaults = AddCommand(family, terminal, "defaults", "Show the defaults; reads no file");
-  defaults->callback([record, &terminal] { ShowDefaults(*record, terminal); });
+  return {{"show", "Show all settings, or the named fields",
+           [record, arguments](Terminal const& terminal) { Show(*record, *arguments, terminal); },
+           Joined({CommonOptions(*record, *arguments),
+                   {Items(*record, *arguments, "FIELD", "Fields to show"),
+                    Flag("--value", &arguments->value, "Print the bare values, one per line")}}),
+           std::string(record->notes) + "ORIGIN is the file and line that a value comes from, or \"default\".\n"},
+          SetCommand(record),
+          {"defaults", "Show the defaults; reads no file",
+           [record](Terminal const& terminal) { ShowDefaults(*record, terminal); }}};
 }

@@ -3,20 +3,16 @@
 #include <errno.h>
 #include <sys/stat.h>
 
-#include <CLI/CLI.hpp>
-
 #include "files/input.h"
 #include "records/fields.h"
 #include "terminal/terminal.h"
 #include "zelvane/config/paths.h"
 
-void OutageOptions::AddTo(CLI::App* command, bool required) {
-  std::string const otherwise = required ? "" : "; 1 if not given";
-  CLI::Option* const start = command->add_option("--start", start_, "Code that begins an outage" + otherwise);
-  CLI::Option* const end =
-      command->add_option("--end", ends_, required ? "Codes that end it" : "Codes that end it; 2 if not given");
-  start->type_name("N")->required(required);
-  end->type_name("A,B")->required(required)->delimiter(',')->allow_extra_args(false);
+Options OutageOptions::Asked(bool required) {
+  char const* const end = required ? "Codes that end it" : "Codes that end it; 2 if not given";
+  char const* const start = required ? "Code that begins an outage" : "Code that begins an outage; 1 if not given";
+  return {Value("--start", &start_, "N", start).Required(required),
+          Value("--end", &ends_, "A,B", end).Separated().Required(required)};
 }
 
 OutageCodes OutageOptions::Codes() const {

@@ -6,16 +6,13 @@
 #include <vector>
 
 #include "report/outages.h"
-
-namespace CLI {
-class App;
-}
+#include "terminal/option.h"
 
 // The codes that begin and end an outage: their meaning is the programs' own.
 class OutageOptions {
  public:
   // With `required` they must be given; otherwise they are 1 and 2.
-  void AddTo(CLI::App* command, bool required);
+  Options Asked(bool required);
   // Throws WrongUsage.
   OutageCodes Codes() const;
 

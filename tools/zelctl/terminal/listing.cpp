@@ -1,6 +1,5 @@
 #include "terminal/listing.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
@@ -11,12 +10,16 @@
 
 namespace {
 
-Json InUtf8(Json const& cell) { return cell.is_string() ? Json(ToUtf8(cell.get_ref<std::string const&>())) : cell; }
+Json InUtf8(Json const& cell) {
+  auto const* const text = cell.As<std::string>();
+  return text == nullptr ? cell : Json(ToUtf8(*text));
+}
 
 std::string CellText(Json const& cell, char const* whenNull) {
-  if (cell.is_null()) return whenNull;
-  if (cell.is_string()) return cell.get_ref<std::string const&>();
-  return cell.is_number_unsigned() ? std::to_string(cell.get<std::uint64_t>()) : cell.dump();
+  if (cell.IsNull()) return whenNull;
+  if (auto const* const text = cell.As<std::string>()) return *text;
+  if (auto const* const number = cell.As<std::int64_t>()) return std::to_string(*number);
+  return JsonText(cell, -1);
 }
 
 std::string CsvText(std::string const& whole) {
@@ -98,15 +101,10 @@ void Listing::Write(bool all) {
   out_.clear();
 }
 
-void AddCsv(CLI::App* command, Terminal& terminal) {
-  command->add_flag("--csv", terminal.csv, "Print CSV, with column names in the first line")
-      ->excludes(command->get_option("--json"));
-}
-
 bool PrintMachineRow(Terminal const& terminal, std::vector<Column> const& columns, std::vector<Json> const& cells) {
   if (terminal.json) {
-    Json members = Json::object();
-    for (std::size_t i = 0; i < columns.size(); i++) members[columns[i].name] = InUtf8(cells[i]);
+    Json::Object members;
+    for (std::size_t i = 0; i < columns.size(); i++) members.push_back({columns[i].name, InUtf8(cells[i])});
     terminal.PrintJson(members);
   } else if (terminal.csv) {
     Listing listing(terminal, columns);

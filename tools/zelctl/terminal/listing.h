@@ -42,9 +42,6 @@ class Listing {
   std::string out_;
 };
 
-// Adds --csv to a command that has --json.
-void AddCsv(CLI::App* command, Terminal& terminal);
-
 // The one row of a command that answers with one, for --json (the object itself, texts in UTF-8) and --csv. False when
 // neither was asked for.
 bool PrintMachineRow(Terminal const& terminal, std::vector<Column> const& columns, std::vector<Json> const& cells);
