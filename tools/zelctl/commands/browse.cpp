@@ -5,6 +5,7 @@
 #include <array>
 #include <functional>
 #include <iostream>
+#include <set>
 
 #include "commands/families.h"
 #include "files/edit.h"
@@ -34,20 +35,23 @@ Handle Open(std::string const& file) { return OpenHandle(file, OpenBrwsList(file
 
 // ---- The kinds ----
 
-// A kind of entries with its functions, all of which flush at once. The fields begin with the identifier.
+// A kind of entries with its functions, all of which flush at once. The field "id" comes first, then those that `add`
+// takes, in their order.
 struct Kind {
   BrowseKind kind;
   std::vector<Field> fields;
-  std::size_t owner;  // place of the field that names the owner
+  char const* owner;  // name of the field that names the owner
   std::shared_ptr<void> (*make)();
   int (*get)(void* list, unsigned long index, void* record);
   int (*add)(void* list, void const* record, bool maxPlusOne, unsigned long* id);
   int (*edit)(void* list, void const* record);
   int (*remove)(void* list, long id, bool flush);
+
+  Field const& operator[](char const* name) const { return *FieldNamed(fields, name); }
 };
 
 template <class Record, auto GetOne, auto AddOne, auto EditOne>
-Kind MakeKind(BrowseKind kind, std::vector<Field> fields, std::size_t owner, int (*remove)(void*, long, bool)) {
+Kind MakeKind(BrowseKind kind, std::vector<Field> fields, char const* owner, int (*remove)(void*, long, bool)) {
   return {kind,
           std::move(fields),
           owner,
@@ -69,19 +73,19 @@ std::vector<Kind> Kinds() {
               BrowseKind::kGroup,
               {Number<&G::id>("id", ""), Text<&G::name>("name", "name", kList),
                Number<&G::parent>("parent", "parent group, -1 for none", kHighestNumber, -1)},
-              2, RemoveBrwsGroup),
+              "parent", RemoveBrwsGroup),
           MakeKind<C, GetBrwsComputerByIndex, AddBrwsComputer, EditBrwsComputer>(
               BrowseKind::kComputer,
               {Number<&C::id>("id", ""), Text<&C::name>("name", "name", kList),
                Text<&C::address>("address", "network address", kList),
                Number<&C::group>("group", "group, -1 for none", kHighestNumber, -1)},
-              3, RemoveBrwsComputer),
+              "group", RemoveBrwsComputer),
           MakeKind<U, GetBrwsNobreakByIndex, AddBrwsNobreak, EditBrwsNobreak>(
               BrowseKind::kUps,
               {Number<&U::id>("id", ""), Text<&U::name>("name", "name", kList),
                Number<&U::computer>("computer", "computer, -1 for none", kHighestNumber, -1),
                Number<&U::number>("number", "number of the UPS at that computer")},
-              2, RemoveBrwsNobreak)};
+              "computer", RemoveBrwsNobreak)};
 }
 
 // ---- The tree ----
@@ -168,9 +172,9 @@ void Put(Field const& field, void* record, std::string const& argument, Terminal
 
 // The library would store the owner unseen, or -1 instead.
 void RequireOwner(Kind const& kind, void const* record, BrowseTree const& tree, std::string const& file) {
-  Field const& field = kind.fields[kind.owner];
+  Field const& field = kind[kind.owner];
   auto const owner = static_cast<std::int32_t>(std::stol(field.get(record)));
-  auto const id = static_cast<std::int32_t>(std::stol(kind.fields[0].get(record)));
+  auto const id = static_cast<std::int32_t>(std::stol(kind["id"].get(record)));
   if (owner >= 0 && tree.Find(OwnerKind(kind.kind), owner) == nullptr)
     throw Failed(std::string(field.name) + ": " + file + ": no " + NameOf(OwnerKind(kind.kind)) + " " +
                  std::to_string(owner));
@@ -196,8 +200,8 @@ bool Change(std::string const& file, Arguments const& arguments, Terminal const&
 void Add(Kind const& kind, Arguments const& arguments, Terminal const& terminal) {
   std::string const file = arguments.File();
   std::shared_ptr<void> const record = kind.make();
-  kind.fields[0].put(record.get(), "-1");
-  kind.fields[kind.owner].put(record.get(), "-1");
+  kind["id"].put(record.get(), "-1");
+  kind[kind.owner].put(record.get(), "-1");
   for (std::size_t i = 0; i < arguments.items.size(); i++)
     Put(kind.fields[i + 1], record.get(), arguments.items[i], terminal);
   RequireWholeLoad(file, arguments.writing.force);
@@ -206,34 +210,34 @@ void Add(Kind const& kind, Arguments const& arguments, Terminal const& terminal)
   bool const done = Change(file, arguments, terminal,
                            [&](void* list) { return kind.add(list, record.get(), !arguments.smallest, &id); });
   if (!done) return;
-  kind.fields[0].put(record.get(), std::to_string(id));
+  kind["id"].put(record.get(), std::to_string(id));
   if (terminal.json)
     PrintRecord(kind.fields, record.get(), terminal);
   else
     std::cout << id << '\n';
 }
 
-std::size_t FieldPlace(Kind const& kind, std::string const& name) {
+Field const& FindField(Kind const& kind, std::string const& name) {
+  Field const* const found = name == "id" ? nullptr : FieldNamed(kind.fields, name);
+  if (found != nullptr) return *found;
   std::string names;
   for (std::size_t i = 1; i < kind.fields.size(); i++) {
-    if (name == kind.fields[i].name) return i;
     names.append(i == 1 ? "" : ", ").append(kind.fields[i].name);
   }
   throw WrongUsage("unknown field \"" + name + "\"; fields of a " + NameOf(kind.kind) + ": " + names);
 }
 
 // The fields that `items` name, with their new values, into the record.
-std::vector<bool> PutItems(Kind const& kind, void* record, std::vector<std::string> const& items,
-                           Terminal const& terminal) {
-  std::vector<bool> given(kind.fields.size());
+std::set<std::string> PutItems(Kind const& kind, void* record, std::vector<std::string> const& items,
+                               Terminal const& terminal) {
+  std::set<std::string> given;
   for (std::string const& item : items) {
     std::size_t const equals = item.find('=');
     if (equals == std::string::npos) throw WrongUsage("\"" + item + "\": expected FIELD=VALUE");
     std::string const name = item.substr(0, equals);
-    std::size_t const place = FieldPlace(kind, name);
-    if (given[place]) throw WrongUsage(name + ": given more than once");
-    given[place] = true;
-    Put(kind.fields[place], record, item.substr(equals + 1), terminal);
+    Field const& field = FindField(kind, name);
+    if (!given.insert(name).second) throw WrongUsage(name + ": given more than once");
+    Put(field, record, item.substr(equals + 1), terminal);
   }
   return given;
 }
@@ -243,15 +247,15 @@ std::int32_t IdArgument(Arguments const& arguments) {
 }
 
 // The save writes every field, also one that the file holds in a form that a record cannot.
-void RequireSavable(Kind const& kind, void const* record, BrowseEntry const& entry, std::vector<bool> const& given) {
-  for (std::size_t i = 1; i < kind.fields.size(); i++) {
-    Field const& field = kind.fields[i];
+void RequireSavable(Kind const& kind, void const* record, BrowseEntry const& entry,
+                    std::set<std::string> const& given) {
+  for (Field const& field : kind.fields) {
     std::string const name = field.name;
+    if (name == "id" || given.count(name) != 0) continue;
     std::string const value = name == "name" ? entry.name : name == "address" ? entry.address : field.get(record);
-    std::string const fault = given[i] ? "" : FieldFault(field, value);
+    std::string const fault = FieldFault(field, value);
     if (!fault.empty())
-      throw Failed(std::string(field.name) + ": the value in the file cannot be saved again (" + fault +
-                   "); set this field too");
+      throw Failed(name + ": the value in the file cannot be saved again (" + fault + "); set this field too");
   }
 }
 
@@ -266,11 +270,11 @@ void EditEntry(Kind const& kind, Arguments const& arguments, Terminal const& ter
   if (entry == nullptr) throw Failed(Missing(file, kind, id));
   std::shared_ptr<void> const record = kind.make();
   kind.get(list.get(), entry->index, record.get());
-  std::vector<bool> const given = PutItems(kind, record.get(), arguments.items, terminal);
+  std::set<std::string> const given = PutItems(kind, record.get(), arguments.items, terminal);
   RequireSavable(kind, record.get(), *entry, given);
-  if (kind.kind == BrowseKind::kUps && kind.fields[kind.owner].get(record.get()) == "-1")
+  if (kind.kind == BrowseKind::kUps && kind["computer"].get(record.get()) == "-1")
     throw Failed("computer: missing; a UPS unit that is edited needs one");
-  if (given[kind.owner] || kind.kind == BrowseKind::kUps) RequireOwner(kind, record.get(), tree, file);
+  if (given.count(kind.owner) != 0 || kind.kind == BrowseKind::kUps) RequireOwner(kind, record.get(), tree, file);
   bool const done = Change(file, arguments, terminal, [&](void* now) { return kind.edit(now, record.get()); });
   if (done && terminal.json) PrintRecord(kind.fields, record.get(), terminal);
 }

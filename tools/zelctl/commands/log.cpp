@@ -147,8 +147,10 @@ void Count(Arguments const& arguments, Terminal& terminal) {
   std::vector<unsigned char> bytes = Load(OpenLog(arguments), terminal);
   std::unique_ptr<LogClass> const log = HandleOf(bytes);
   unsigned long const count = LogReaderCountEvents(log.get(), code, days.from, days.to);
-  if (!PrintMachineRow(terminal, {{"code", 0}, {"from", 0}, {"to", 0}, {"count", 0}},
-                       {code, DayJson(arguments.from, days.from), DayJson(arguments.to, days.to), count}))
+  if (!PrintMachineRow(terminal, {{"code", code},
+                                  {"from", DayJson(arguments.from, days.from)},
+                                  {"to", DayJson(arguments.to, days.to)},
+                                  {"count", count}}))
     terminal.PrintText(std::to_string(count));
 }
 
@@ -207,9 +209,11 @@ void Time(Arguments const& arguments, Terminal& terminal) {
     terminal.Note("the programs say " + std::to_string(counted) +
                   " s: the first record behind --to begins the condition anew, and they take that off");
   Json const shownEnds = terminal.json ? Json::ListOf(condition.ends) : Json(list);
-  if (!PrintMachineRow(
-          terminal, {{"start", 0}, {"end", 0}, {"from", 0}, {"to", 0}, {"seconds", 0}},
-          {condition.start, shownEnds, DayJson(arguments.from, days.from), DayJson(arguments.to, days.to), seconds}))
+  if (!PrintMachineRow(terminal, {{"start", condition.start},
+                                  {"end", shownEnds},
+                                  {"from", DayJson(arguments.from, days.from)},
+                                  {"to", DayJson(arguments.to, days.to)},
+                                  {"seconds", seconds}}))
     terminal.PrintText(std::to_string(seconds) + " s" + (seconds < 0 ? "" : " (" + Clock(seconds) + ")"));
 }
 
@@ -229,8 +233,7 @@ void WriteChart(Arguments const& arguments, Chart const& chart, Step step, Termi
   arguments.picture.Write(svg);
   std::uint64_t events = 0;
   for (ChartColumn const& column : chart.By(step)) events += column.events;
-  if (!PrintMachineRow(terminal, {{"file", 0}, {"events", 0}, {"bytes", 0}},
-                       {arguments.picture.path, events, svg.size()}))
+  if (!PrintMachineRow(terminal, {{"file", arguments.picture.path}, {"events", events}, {"bytes", svg.size()}}))
     terminal.PrintText(arguments.picture.path + ": " + Counted(events, "event") + ", " + Counted(svg.size(), "byte"));
 }
 
@@ -292,9 +295,12 @@ void NoteCopies(RecordLog const& log, Terminal const& terminal) {
 
 void VerifyText(Arguments const& arguments, Terminal& terminal) {
   TextDamage const found = InspectText(ReadText(arguments.file));
-  if (!PrintMachineRow(terminal,
-                       {{"file", 0}, {"length", 0}, {"lines", 0}, {"nulRuns", 0}, {"nulBytes", 0}, {"tornBytes", 0}},
-                       {arguments.file, found.length, found.lines, found.nulRuns, found.nulBytes, found.tornBytes}))
+  if (!PrintMachineRow(terminal, {{"file", arguments.file},
+                                  {"length", found.length},
+                                  {"lines", found.lines},
+                                  {"nulRuns", found.nulRuns},
+                                  {"nulBytes", found.nulBytes},
+                                  {"tornBytes", found.tornBytes}}))
     terminal.PrintTable({{"CHECK", "FOUND", ""},
                          {"length", std::to_string(found.length), "bytes"},
                          {"lines", std::to_string(found.lines), ""},
@@ -310,10 +316,9 @@ void Verify(Arguments const& arguments, Terminal& terminal) {
   Inspection const found(log);
   Damage const damage(LoadRecords(log), log.RecordSize());
   auto const time = [](std::int32_t stamp) { return stamp < 0 ? Json() : Json(TimeText(stamp)); };
-  std::vector<Column> columns = {{"file", 0},  {"length", 0}, {"recordSize", 0}, {"records", 0},
-                                 {"first", 0}, {"last", 0},   {"tornBytes", 0}};
-  std::vector<Json> cells = {log.Path(),        log.Length(),     log.RecordSize(), log.Count(),
-                             time(found.first), time(found.last), log.Torn()};
+  Json::Object row = {{"file", log.Path()},     {"length", log.Length()},     {"recordSize", log.RecordSize()},
+                      {"records", log.Count()}, {"first", time(found.first)}, {"last", time(found.last)},
+                      {"tornBytes", log.Torn()}};
   std::string const span =
       found.first < 0 || found.last < 0 ? "" : ", " + TimeText(found.first) + " to " + TimeText(found.last);
   std::vector<std::vector<std::string>> rows = {
@@ -325,12 +330,11 @@ void Verify(Arguments const& arguments, Terminal& terminal) {
   for (Fault const& fault :
        {found.outOfOrder, found.inFuture, found.withoutTime, damage.zero, damage.doubled, damage.mixed}) {
     sound = sound && fault.count == 0;
-    columns.push_back({fault.name, 0});
-    cells.emplace_back(fault.count);
+    row.push_back({fault.name, fault.count});
     rows.push_back({fault.shown, std::to_string(fault.count),
                     fault.count == 0 ? "" : "the first: record " + std::to_string(fault.first)});
   }
-  if (!PrintMachineRow(terminal, columns, cells)) terminal.PrintTable(rows);
+  if (!PrintMachineRow(terminal, row)) terminal.PrintTable(rows);
   NoteCopies(log, terminal);
   terminal.status = sound ? 0 : 1;
 }
@@ -358,8 +362,9 @@ void SalvageText(Arguments const& arguments, Terminal& terminal) {
   std::string const kept = WithoutNul(text);
   file.Write(kept.data(), kept.size());
   file.Keep();
-  if (!PrintMachineRow(terminal, {{"file", 0}, {"lines", 0}, {"nulRuns", 0}, {"nulBytes", 0}},
-                       {arguments.out, found.lines, found.nulRuns, found.nulBytes}))
+  if (!PrintMachineRow(
+          terminal,
+          {{"file", arguments.out}, {"lines", found.lines}, {"nulRuns", found.nulRuns}, {"nulBytes", found.nulBytes}}))
     terminal.PrintText(std::to_string(found.lines) + " lines saved, " + std::to_string(found.nulBytes) +
                        " NUL bytes left out");
 }
@@ -396,17 +401,15 @@ void Salvage(Arguments const& arguments, Terminal& terminal) {
     saved++;
   }
   file.Keep();
-  std::vector<Column> columns = {{"file", 0}, {"records", 0}, {"leftBytes", 0}};
-  std::vector<Json> cells = {out, saved, log.Torn()};
+  Json::Object row = {{"file", out}, {"records", saved}, {"leftBytes", log.Torn()}};
   std::string leftOut;
   for (Fault const& fault : {damage.zero, damage.doubled, damage.mixed}) {
-    columns.push_back({fault.name, 0});
-    cells.emplace_back(fault.count);
+    row.push_back({fault.name, fault.count});
     if (fault.count > 0)
       leftOut += std::string(leftOut.empty() ? ", records left out: " : ", ") + fault.shown + " " +
                  std::to_string(fault.count);
   }
-  if (!PrintMachineRow(terminal, columns, cells))
+  if (!PrintMachineRow(terminal, row))
     terminal.PrintText(std::to_string(saved) + " records saved, " + std::to_string(log.Torn()) +
                        " bytes behind them left out" + leftOut);
 }

@@ -118,8 +118,10 @@ void Report(Arguments const& arguments, Terminal const& terminal) {
   arguments.page.Write(page);
   std::uint64_t outages = 0;
   for (SiteEvents const& events : parts.site.events) outages += events.history ? events.history->outages.size() : 0;
-  if (!PrintMachineRow(terminal, {{"file", 0}, {"outages", 0}, {"findings", 0}, {"bytes", 0}},
-                       {arguments.page.path, outages, parts.site.findings.size(), page.size()}))
+  if (!PrintMachineRow(terminal, {{"file", arguments.page.path},
+                                  {"outages", outages},
+                                  {"findings", parts.site.findings.size()},
+                                  {"bytes", page.size()}}))
     terminal.PrintText(arguments.page.path + ": " + Counted(outages, "outage") + ", " +
                        Counted(parts.site.findings.size(), "finding") + ", " + Counted(page.size(), "byte"));
 }

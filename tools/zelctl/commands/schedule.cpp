@@ -195,7 +195,7 @@ void Clear(Arguments const& arguments, Terminal const& terminal) {
     removed = Entries(list).size();
     list.ClearList();
   });
-  if (done) PrintMachineRow(terminal, {{"removed", 0}}, {removed});
+  if (done) PrintMachineRow(terminal, {{"removed", removed}});
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "records/fields.h"
 
+#include <algorithm>
 #include <charconv>
 #include <system_error>
 
@@ -87,10 +88,14 @@ std::int64_t NumberArgument(std::string const& name, std::string const& text, st
   return std::stoll(text);
 }
 
-std::vector<std::string> ValuesOf(std::vector<Field> const& fields, void const* record) {
-  std::vector<std::string> values;
-  values.reserve(fields.size());
-  for (Field const& field : fields) values.push_back(field.get(record));
+Field const* FieldNamed(std::vector<Field> const& fields, std::string const& name) {
+  auto const found = std::find_if(fields.begin(), fields.end(), [&](Field const& field) { return name == field.name; });
+  return found == fields.end() ? nullptr : &*found;
+}
+
+Values ValuesOf(std::vector<Field> const& fields, void const* record) {
+  Values values;
+  for (Field const& field : fields) values[field.name] = field.get(record);
   return values;
 }
 

@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -162,8 +163,12 @@ void PutArgument(Field const& field, void* record, std::string const& argument, 
 std::int64_t NumberArgument(std::string const& name, std::string const& text, std::int64_t lowest,
                             std::int64_t highest);
 
-// The values of all fields, in the table's order.
-std::vector<std::string> ValuesOf(std::vector<Field> const& fields, void const* record);
+// The field of that name; null when there is none.
+Field const* FieldNamed(std::vector<Field> const& fields, std::string const& name);
+
+// The values of all fields, by name.
+using Values = std::map<std::string, std::string>;
+Values ValuesOf(std::vector<Field> const& fields, void const* record);
 
 // A value for people and for programs; passwords only where the terminal wants them.
 std::string CellOf(Field const& field, std::string const& value, Terminal const& terminal);

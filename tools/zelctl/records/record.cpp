@@ -18,8 +18,7 @@
 
 namespace {
 
-using Values = std::vector<std::string>;             // one a field, in the table's order
-using Changes = std::map<std::size_t, std::string>;  // by the field's place in the table
+using Changes = Values;
 
 struct Arguments {
   std::string directory;
@@ -29,17 +28,16 @@ struct Arguments {
   Writing writing;
 };
 
-std::size_t FindField(std::vector<Field> const& fields, std::string const& name) {
-  auto const found = std::find_if(fields.begin(), fields.end(), [&](Field const& field) { return name == field.name; });
-  if (found != fields.end()) return static_cast<std::size_t>(found - fields.begin());
+Field const& FindField(std::vector<Field> const& fields, std::string const& name) {
+  if (Field const* const found = FieldNamed(fields, name)) return *found;
   std::vector<std::string> names;
   names.reserve(fields.size());
   for (Field const& field : fields) names.emplace_back(field.name);
   throw WrongUsage("unknown field \"" + name + "\"" + DidYouMean(name, names));
 }
 
-void AddChange(Changes& changes, Field const& field, std::size_t place, std::string value) {
-  if (!changes.emplace(place, std::move(value)).second)
+void AddChange(Changes& changes, Field const& field, std::string value) {
+  if (!changes.emplace(field.name, std::move(value)).second)
     throw WrongUsage(std::string(field.name) + ": given more than once");
 }
 
@@ -48,17 +46,15 @@ Changes ParseChanges(std::vector<Field> const& fields, Arguments const& argument
   for (std::string const& item : arguments.items) {
     std::size_t const equals = item.find('=');
     if (equals == std::string::npos) throw WrongUsage("\"" + item + "\": expected FIELD=VALUE");
-    std::size_t const place = FindField(fields, item.substr(0, equals));
-    Field const& field = fields[place];
+    Field const& field = FindField(fields, item.substr(0, equals));
     std::string value = item.substr(equals + 1);
     if (field.kind == FieldKind::kPassword && value == "-") value = ReadSecretFromInput();
-    AddChange(changes, field, place, CheckedArgument(field, value, terminal));
+    AddChange(changes, field, CheckedArgument(field, value, terminal));
   }
   if (!arguments.passwordFile.empty()) {
     auto const field =
         std::find_if(fields.begin(), fields.end(), [](Field const& f) { return f.kind == FieldKind::kPassword; });
-    AddChange(changes, *field, static_cast<std::size_t>(field - fields.begin()),
-              CheckedArgument(*field, ReadSecretFromFile(arguments.passwordFile), terminal));
+    AddChange(changes, *field, CheckedArgument(*field, ReadSecretFromFile(arguments.passwordFile), terminal));
   }
   if (changes.empty()) throw WrongUsage("nothing to set; expected FIELD=VALUE");
   return changes;
@@ -68,21 +64,17 @@ void PrintChanges(std::vector<Field> const& fields, Values const& before, Values
                   Terminal const& terminal) {
   if (!terminal.json) return;
   Json::Object members;
-  for (auto const& [place, unused] : changes) {
-    Field const& field = fields[place];
-    members.push_back(
-        {field.name,
-         {{"before", JsonOf(field, before[place], terminal)}, {"now", JsonOf(field, after[place], terminal)}}});
+  for (Field const& field : fields) {
+    if (changes.count(field.name) == 0) continue;
+    members.push_back({field.name,
+                       {{"before", JsonOf(field, before.at(field.name), terminal)},
+                        {"now", JsonOf(field, after.at(field.name), terminal)}}});
   }
   terminal.PrintJson(members);
 }
 
 void Apply(Changes const& changes, std::vector<Field> const& fields, void* record) {
-  for (auto const& [place, value] : changes) fields[place].put(record, value);
-}
-
-bool IsField(std::vector<Field> const& fields, std::string const& name) {
-  return std::any_of(fields.begin(), fields.end(), [&name](Field const& field) { return name == field.name; });
+  for (auto const& [name, value] : changes) FindField(fields, name).put(record, value);
 }
 
 // The folder that a word names: a unit by its number, however many zeros it is written with, a bare name in the root, a
@@ -99,7 +91,7 @@ std::string TakeDirectory(RecordFamily const& family, Arguments& arguments) {
   if (family.folder == Folder::kArgument) {
     std::vector<std::string>& items = arguments.items;
     if (directory.empty() && !items.empty() && items[0].find('=') == std::string::npos &&
-        !IsField(family.fields, items[0])) {
+        FieldNamed(family.fields, items[0]) == nullptr) {
       directory = InRoot(items[0]);
       items.erase(items.begin());
     } else if (!directory.empty() && ExtractFilePath(directory).empty()) {
@@ -134,7 +126,7 @@ void PrintValues(std::vector<Field> const& fields, void const* record, Terminal 
 void Show(RecordFamily const& family, Arguments arguments, Terminal const& terminal) {
   std::string const directory = TakeDirectory(family, arguments);
   std::vector<Field> fields;
-  for (std::string const& name : arguments.items) fields.push_back(family.fields[FindField(family.fields, name)]);
+  for (std::string const& name : arguments.items) fields.push_back(FindField(family.fields, name));
   RequireDirectory(directory);
   std::shared_ptr<void> const record = ReadRecord(family, directory);
   std::vector<std::string> files = family.files(directory, record.get());
@@ -154,10 +146,10 @@ void ShowDefaults(RecordFamily const& family, Terminal const& terminal) {
 
 // The save writes every field, also one that the file holds in a form that would not come back.
 void RequireSavable(std::vector<Field> const& fields, Values const& values) {
-  for (std::size_t i = 0; i < fields.size(); i++) {
-    std::string const fault = fields[i].follows == nullptr ? FieldFault(fields[i], values[i]) : "";
+  for (Field const& field : fields) {
+    std::string const fault = field.follows == nullptr ? FieldFault(field, values.at(field.name)) : "";
     if (!fault.empty())
-      throw Failed(std::string(fields[i].name) + ": the value in the file cannot be saved again (" + fault +
+      throw Failed(std::string(field.name) + ": the value in the file cannot be saved again (" + fault +
                    "); set this field too");
   }
 }
@@ -165,10 +157,10 @@ void RequireSavable(std::vector<Field> const& fields, Values const& values) {
 // A save may keep something else than it was given: a model may lack a setting, a date may be too far away.
 void RequireKept(std::vector<Field> const& fields, Changes const& changes, Values const& saved, Values const& now,
                  Terminal const& terminal) {
-  for (auto const& [place, unused] : changes)
-    if (now[place] != saved[place])
-      throw Failed(std::string("saved, but ") + fields[place].name + " is now " +
-                   terminal.Shown(CellOf(fields[place], now[place], terminal)));
+  for (auto const& [name, unused] : changes)
+    if (now.at(name) != saved.at(name))
+      throw Failed("saved, but " + name + " is now " +
+                   terminal.Shown(CellOf(FindField(fields, name), now.at(name), terminal)));
 }
 
 // Of the files that a save writes, the first that cannot be.
@@ -190,8 +182,8 @@ void Set(RecordFamily const& family, Arguments arguments, Terminal const& termin
   Values const before = ValuesOf(fields, record.get());
   Apply(changes, fields, record.get());
   bool const reselect = std::any_of(changes.begin(), changes.end(), [&](auto const& change) {
-    Field const& field = fields[change.first];
-    return field.selects && field.get(record.get()) != before[change.first];
+    Field const& field = FindField(fields, change.first);
+    return field.selects && field.get(record.get()) != before.at(change.first);
   });
   if (reselect) {
     family.reselect(directory, record.get());

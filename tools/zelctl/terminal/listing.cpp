@@ -101,12 +101,18 @@ void Listing::Write(bool all) {
   out_.clear();
 }
 
-bool PrintMachineRow(Terminal const& terminal, std::vector<Column> const& columns, std::vector<Json> const& cells) {
+bool PrintMachineRow(Terminal const& terminal, Json::Object const& row) {
   if (terminal.json) {
     Json::Object members;
-    for (std::size_t i = 0; i < columns.size(); i++) members.push_back({columns[i].name, InUtf8(cells[i])});
+    for (auto const& [name, value] : row) members.push_back({name, InUtf8(value)});
     terminal.PrintJson(members);
   } else if (terminal.csv) {
+    std::vector<Column> columns;
+    std::vector<Json> cells;
+    for (auto const& [name, value] : row) {
+      columns.push_back({name.c_str(), 0});
+      cells.push_back(value);
+    }
     Listing listing(terminal, columns);
     listing.Row(cells);
     listing.End();

@@ -44,6 +44,6 @@ class Listing {
 
 // The one row of a command that answers with one, for --json (the object itself, texts in UTF-8) and --csv. False when
 // neither was asked for.
-bool PrintMachineRow(Terminal const& terminal, std::vector<Column> const& columns, std::vector<Json> const& cells);
+bool PrintMachineRow(Terminal const& terminal, Json::Object const& row);
 
 #endif
