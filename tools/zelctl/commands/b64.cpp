@@ -76,7 +76,7 @@ void ConvertText(ClassBase64& codec, bool encode, std::string const& argument, T
 }
 
 template <class Codec>
-Command Direction(bool encode, char const* name, char const* help, char const* notes, char const* examples) {
+Command Direction(bool encode, char const* name, char const* help, char const* notes) {
   auto const arguments = std::make_shared<Arguments>();
   auto const convert = [encode](Arguments const& given, Terminal const& terminal) {
     Codec codec;
@@ -91,26 +91,23 @@ Command Direction(bool encode, char const* name, char const* help, char const* n
                .Excludes("--file"),
            Value("-f,--file", &arguments->files, "IN OUT", "Convert file IN to file OUT").Values(2, 2),
            Overwrite(arguments->overwrite)},
-          notes,
-          examples};
+          notes};
 }
 
 }  // namespace
 
 Command B64Commands() {
   return Family(
-      "b64", "Encode and decode Base64, as used for passwords", "", "",
+      "b64", "Encode and decode Base64, as used for passwords", "",
+      {"zelctl b64 encode secret              c2VjcmV0AA==", "printf secret | zelctl b64 encode     c2VjcmV0",
+       "zelctl b64 encode --file logo.png logo.b64", "zelctl b64 decode c2VjcmV0AA==        secret",
+       "zelctl b64 decode < logo.b64 > logo.png"},
       {Direction<EncodeBase64>(
            true, "encode", "Encode TEXT, a file, or standard input",
            "TEXT is encoded with its terminating NUL, like stored passwords. Other users can see it while the command\n"
            "runs. A file and standard input are encoded byte for byte.\n"
-           "Output lines have 72 characters and end with CR LF, except the last one.",
-           "  zelctl b64 encode secret              c2VjcmV0AA==\n"
-           "  printf secret | zelctl b64 encode     c2VjcmV0\n"
-           "  zelctl b64 encode --file logo.png logo.b64"),
-       Direction<DecodeBase64>(
-           false, "decode", "Decode TEXT, a file, or standard input",
-           "Other characters are skipped. TEXT prints up to the first NUL; a file or standard input prints all bytes.",
-           "  zelctl b64 decode c2VjcmV0AA==        secret\n"
-           "  zelctl b64 decode < logo.b64 > logo.png")});
+           "Output lines have 72 characters and end with CR LF, except the last one."),
+       Direction<DecodeBase64>(false, "decode", "Decode TEXT, a file, or standard input",
+                               "Other characters are skipped. TEXT prints up to the first NUL; a file or standard "
+                               "input prints all bytes.")});
 }

@@ -336,7 +336,8 @@ void Clear(Arguments const& arguments, Terminal const& terminal) {
 
 struct Action {
   char const* name;
-  char const* help;
+  char const* help;    // of a kind, which follows
+  char const* family;  // of all
   void (*act)(Kind const&, Arguments const&, Terminal const&);
 };
 
@@ -393,16 +394,20 @@ Command BrowseCommands() {
       {"clear", "Remove all entries", On(arguments, Clear),
        Joined({{File(*arguments)}, WritingOptions(arguments->writing), {Yes(arguments->writing)}})}};
   std::vector<Kind> const kinds = Kinds();
-  for (Action const& action : {Action{"add", "Add ", Add}, Action{"edit", "Change fields of ", EditEntry},
-                               Action{"remove", "Remove, with everything below it, ", Remove}}) {
+  for (Action const& action :
+       {Action{"add", "Add ", "Add an entry", Add},
+        Action{"edit", "Change fields of ", "Change fields of an entry", EditEntry},
+        Action{"remove", "Remove, with everything below it, ", "Remove, with everything below it, an entry", Remove}}) {
     std::vector<Command> below;
+    below.reserve(kinds.size());
     for (Kind const& kind : kinds) below.push_back(Change(action, kind));
-    commands.push_back(Family(action.name, (std::string(action.help) + "an entry"), "", "", std::move(below)));
+    commands.push_back(Family(action.name, action.family, "", {}, std::move(below)));
   }
   return Family("browse", "Groups, computers and UPS units of the monitored network", "",
-                "  zelctl browse add group Office\n"
-                "  zelctl browse add computer mail 192.168.0.10 1\n"
-                "  zelctl browse edit computer 1 address=192.168.0.11\n"
-                "  zelctl browse remove group 1",
+                {"zelctl browse tree", "zelctl browse add group Office",
+                 "zelctl browse add computer mail 192.168.0.10 1", "zelctl browse add ups hall 1",
+                 "zelctl browse edit group 1 name=Hall", "zelctl browse edit computer 1 address=192.168.0.11",
+                 "zelctl browse edit ups 1 number=2", "zelctl browse remove group 1", "zelctl browse remove computer 1",
+                 "zelctl browse remove ups 1", "zelctl browse clear --dry-run"},
                 std::move(commands));
 }

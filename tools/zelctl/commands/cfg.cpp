@@ -187,9 +187,9 @@ Command CfgCommands() {
   Options const writing = WritingOptions(arguments->writing);
   return Family(
       "cfg", "Read, change and check any configuration file", "",
-      "  zelctl cfg list upscli.cfg POPUP\n"
-      "  zelctl cfg set upscli.cfg POPUP INTERVAL 30\n"
-      "  zelctl cfg lint upscli.cfg && echo clean",
+      {"zelctl cfg list upscli.cfg POPUP", "zelctl cfg get upscli.cfg POPUP INTERVAL",
+       "zelctl cfg set upscli.cfg POPUP INTERVAL 30", "zelctl cfg unset upscli.cfg POPUP INTERVAL --dry-run",
+       "zelctl cfg lint upscli.cfg && echo clean"},
       {{"list",
         "List sections, keys and values as the programs read them",
         OnConverted(arguments, List),

@@ -151,7 +151,8 @@ Command CipherCommands() {
       "byte as the file has it (the old programs wrote Latin-1), without the line end. A wrong phrase is not "
       "detected:\n"
       "the output is noise. OUT is as long as IN and is replaced only when complete.",
-      "  zelctl cipher decode --phrase-file phrase.txt old.dat plain.dat",
+      {"zelctl cipher encode --phrase-file phrase.txt plain.dat old.dat",
+       "zelctl cipher decode --phrase-file phrase.txt old.dat plain.dat"},
       {Direction("encode", "Encrypt a file", &CipherClass::EncodeBuffer),
        Direction("decode", "Decrypt a file", &CipherClass::DecodeBuffer)});
 }

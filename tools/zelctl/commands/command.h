@@ -25,19 +25,19 @@ struct Command {
   std::string help;                    // one line
   std::function<void(Terminal&)> run;  // null of a family
   Options options = {};
-  std::string notes = {};     // what the help says below the options; lines that begin with two blanks are not joined
-  std::string examples = {};  // lines, each with two blanks in front
+  std::string notes = {};  // what the help says below the options; lines that begin with two blanks are not joined
+  std::vector<std::string> examples = {};
   Answers answers = Answers::kJson;
   std::vector<Command> commands = {};
-
-  std::string Footer() const { return notes + (notes.empty() || examples.empty() ? "" : "\n\n") + examples; }
 };
 
-inline Command Family(char const* name, std::string help, std::string notes, std::string examples,
-                      std::vector<Command> commands) {
-  return {name,           std::move(help),    nullptr, {}, std::move(notes), std::move(examples),
-          Answers::kJson, std::move(commands)};
-}
+// A family of commands. Each of its examples is also one of the command that it shows, and its notes are those of the
+// commands that have none.
+Command Family(char const* name, char const* help, std::string const& notes, std::vector<std::string> const& examples,
+               std::vector<Command> commands);
+
+// What the help of the command says below its options.
+std::string FooterOf(Command const& command);
 
 // The function on the arguments that the options set.
 template <class Arguments, class Act>

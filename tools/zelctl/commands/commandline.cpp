@@ -63,8 +63,7 @@ void AddOptions(CLI::App& app, Options const& options, Terminal& terminal) {
 
 void AddCommand(CLI::App& app, Command const& command, Terminal& terminal) {
   AddOptions(app, Joined({CommonOptions(command), command.options}), terminal);
-  // Without one, the family's.
-  if (!command.Footer().empty()) app.footer(command.Footer());
+  app.footer(FooterOf(command));
   if (command.run) app.callback([&command, &terminal] { command.run(terminal); });
   if (!command.commands.empty()) app.require_subcommand(1);
   for (Command const& below : command.commands)

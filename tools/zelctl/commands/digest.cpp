@@ -235,6 +235,5 @@ Command DigestCommand() {
       "is reported on the error stream, the others go on. Exit codes: 0 all is well, 1 something is not, 2 wrong "
       "usage.\n"
       "From 512 MiB on digests are the product's own: its programs have stored them, other programs do not agree.",
-      "  zelctl digest *.cfg > sums\n"
-      "  zelctl digest --check sums"};
+      {"zelctl digest *.cfg > sums", "zelctl digest --check sums"}};
 }

@@ -150,9 +150,7 @@ void Follow(Arguments const& arguments, Terminal const& terminal) {
 
 Command FollowCommand() {
   auto const arguments = std::make_shared<Arguments>();
-  return {"follow",
-          "The last records, and then those that come",
-          On(arguments, Follow),
+  return {"follow", "The last records, and then those that come", On(arguments, Follow),
           Joined({{Argument("FILE", &arguments->file, "The log").Required(),
                    Value("--last", &arguments->last, "N", "How many of those that are there").ShowingDefault()},
                   arguments->choice.Code(),
@@ -160,6 +158,5 @@ Command FollowCommand() {
                   {Value("--size", &arguments->size, "N", "Bytes of payload behind each date-time, if not 64")}}),
           "Ends with Ctrl+C. When the programs cut a log that has reached its bound, the numbers of its records begin "
           "anew,\n"
-          "and no record is shown twice.",
-          "  zelctl log follow logevt.rgt --code 1,2"};
+          "and no record is shown twice."};
 }

@@ -5,6 +5,7 @@
 
 #include "commands/commandline.h"
 #include "commands/families.h"
+#include "commands/manual.h"
 #include "terminal/terminal.h"
 
 namespace {
@@ -12,6 +13,7 @@ namespace {
 struct Arguments {
   std::vector<std::string> path;
   bool words = false;
+  bool manual = false;
 };
 
 // The family or command that the path names, with `arguments` after it or without; null when there is none.
@@ -50,7 +52,9 @@ void PrintWords(Command const& command, bool isRoot) {
 
 void Help(Command const& root, Arguments const& arguments) {
   Command const* const named = Named(root, arguments.path, arguments.words);
-  if (arguments.words) {
+  if (arguments.manual) {
+    std::cout << ManualText(root);
+  } else if (arguments.words) {
     if (named != nullptr) PrintWords(*named, named == &root);
   } else if (named == nullptr) {
     throw WrongUsage("unknown command; see `zelctl help`");
@@ -69,8 +73,9 @@ Command HelpCommand(Command const& root) {
           "List all commands",
           [&root, arguments](Terminal const&) { Help(root, *arguments); },
           {Value("COMMAND", &arguments->path, "TEXT", "Family, and command of it, to describe"),
-           Flag("--words", &arguments->words, "For shell completion: possible next words, one per line").Hidden()},
+           Flag("--words", &arguments->words, "For shell completion: possible next words, one per line").Hidden(),
+           Flag("--manual", &arguments->manual, "For zelctl(1): the commands in mdoc(7)").Hidden()},
           "",
-          "",
+          {"zelctl help log outages"},
           Answers::kText};
 }

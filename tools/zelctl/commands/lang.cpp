@@ -206,9 +206,8 @@ Command LangCommands() {
       "lang", "Message texts of the programs and the user's overrides",
       "The installed texts lie in zellang.cfg of the installation root, the user's own in ~/.zellang.cfg. Without\n"
       "--lang the language is the user's (LANGID in ~/.zelvane).",
-      "  zelctl lang get 12\n"
-      "  zelctl lang set 12 'Ligar o no-break' --lang 2 --utf8\n"
-      "  zelctl lang missing 1 2 && echo complete",
+      {"zelctl lang list", "zelctl lang get 12", "zelctl lang set 12 'Ligar o no-break' --lang 2 --utf8",
+       "zelctl lang missing 1 2 && echo complete"},
       {{"list", "The languages, with how many texts are installed and how many are the user's own",
         On(arguments, List)},
        {"get", "Print one text: the user's own, else the installed one", On(arguments, Get), text},

@@ -458,8 +458,7 @@ std::vector<Command> Views(std::shared_ptr<Arguments> const& arguments) {
                {asked.Size()}}),
        "All bars have one scale, up to the width of the terminal. Rows without an event stand between the "
        "others, three\n"
-       "and more of them as one line. The codes that --code names stand beside each other if they fit.",
-       "  zelctl log chart logevt.rgt --code 1,3 --by weekday"}};
+       "and more of them as one line. The codes that --code names stand beside each other if they fit."}};
 }
 
 std::vector<Command> Statistics(std::shared_ptr<Arguments> const& arguments) {
@@ -490,9 +489,7 @@ std::vector<Command> Rescue(std::shared_ptr<Arguments> const& arguments) {
                {asked.Text(), Argument("OUT", &arguments->out, "Where the records go").Required(),
                 Flag("--overwrite", &arguments->overwrite, "Replace OUT if it is there"), asked.Size()}}),
        "What a power cut has left is left out: see `verify`. When a cut was interrupted and only FILE.tmp has\n"
-       "all records, they are taken from there.",
-       "  zelctl log salvage logevt.rgt.bad saved.rgt\n"
-       "  zelctl log salvage logevt.rgt.tmp saved.rgt"}};
+       "all records, they are taken from there."}};
 }
 
 }  // namespace
@@ -509,8 +506,14 @@ Command LogCommands() {
       "Nothing but OUT of `salvage` is ever written. A damaged log, which the programs take for empty, is read as far\n"
       "as its whole records go. Times are local, as the programs stamp them: 2005-03-07 10:06:40 or 07/03/2005 "
       "10:06.",
-      "  zelctl log show logevt.rgt --last 20\n"
-      "  zelctl log chart logevt.rgt --from 2005-03-01 --to 2005-03-31\n"
-      "  zelctl log time logevt.rgt --start 1 --end 2,4 --from 2005-03-01 --to 2005-03-31",
+      {"zelctl log show logevt.rgt --last 20", "zelctl log chart logevt.rgt --from 2005-03-01 --to 2005-03-31",
+       "zelctl log chart logevt.rgt --code 1,3 --by weekday", "zelctl log follow logevt.rgt --code 1,2",
+       "zelctl log outages logevt.rgt --start 1 --end 2",
+       "zelctl log outages logevt.rgt --start 1 --end 2 --by month --csv",
+       "zelctl log outages logevt.rgt --start 1 --end 2 --svg outages.svg",
+       "zelctl log count logevt.rgt --code 1 --from 2005-03-01",
+       "zelctl log time logevt.rgt --start 1 --end 2,4 --from 2005-03-01 --to 2005-03-31",
+       "zelctl log verify logevt.rgt && echo sound", "zelctl log salvage logevt.rgt.bad saved.rgt",
+       "zelctl log salvage logevt.rgt.tmp saved.rgt"},
       std::move(commands));
 }

@@ -253,9 +253,7 @@ void ShowOutages(Arguments const& arguments, Terminal& terminal) {
 
 Command OutagesCommand() {
   auto const arguments = std::make_shared<Arguments>();
-  return {"outages",
-          "The mains failures: when, how long, how many",
-          On(arguments, ShowOutages),
+  return {"outages", "The mains failures: when, how long, how many", On(arguments, ShowOutages),
           Joined({{Argument("FILE", &arguments->file, "The log").Required()},
                   arguments->codes.Asked(true),
                   {Value("--from", &arguments->from, "TIME", "Only outages that begin then or later"),
@@ -270,8 +268,5 @@ Command OutagesCommand() {
           "fills the\n"
           "width. By day, week, month and year OUTAGES and LONGEST are of those that begin then, TOTAL is the time "
           "that\n"
-          "falls there.",
-          "  zelctl log outages logevt.rgt --start 1 --end 2\n"
-          "  zelctl log outages logevt.rgt --start 1 --end 2 --by month --csv\n"
-          "  zelctl log outages logevt.rgt --start 1 --end 2 --svg outages.svg"};
+          "falls there."};
 }

@@ -207,9 +207,8 @@ Command ProcCommands() {
       "proc", "List, start and kill processes",
       "The name of a process is the first 15 characters of its program's file name. NAME can be a path: only the part\n"
       "after the last \"/\" is compared, case-sensitively.",
-      "  zelctl proc find zelsrv\n"
-      "  zelctl proc kill zelsrv\n"
-      "  zelctl proc priority 4711 high",
+      {"zelctl proc list", "zelctl proc find zelsrv", "zelctl proc start 'sleep 60'", "zelctl proc kill zelsrv",
+       "zelctl proc priority 4711 high"},
       {{"list", "List all processes, from `ps`", On(arguments, List), {}, "On a terminal, lines are cut at its width."},
        {"find",
         "List the processes with this name",

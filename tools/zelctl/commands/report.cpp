@@ -143,6 +143,6 @@ Command ReportCommand() {
           "outages by day, month and hour, findings. It needs no script and no other file, and prints well. Passwords "
           "are\n"
           "not in it.",
-          "  zelctl report --root /srv/site --out report.html\n"
-          "  zelctl report --out report.html --overwrite --schedule proglist.dat"};
+          {"zelctl report --root /srv/site --out report.html",
+           "zelctl report --out report.html --overwrite --schedule proglist.dat"}};
 }

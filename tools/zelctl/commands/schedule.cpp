@@ -218,7 +218,7 @@ Command ScheduleCommands() {
       {"clear", "Remove all entries", On(arguments, Clear), writer}};
   for (Command& command : commands) command.answers = Answers::kJsonOrCsv;
   return Family("schedule", "Times at which the product acts", "Times are local. Every write removes past entries.",
-                "  zelctl schedule add proglist.dat \"2030-03-07 22:30\"\n"
-                "  zelctl schedule remove proglist.dat 2030-03-07",
+                {"zelctl schedule list proglist.dat", "zelctl schedule add proglist.dat \"2030-03-07 22:30\"",
+                 "zelctl schedule remove proglist.dat 2030-03-07", "zelctl schedule clear proglist.dat --dry-run"},
                 std::move(commands));
 }

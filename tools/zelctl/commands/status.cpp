@@ -270,5 +270,5 @@ Command StatusCommand() {
           "\"!\" stands before what wants a look. Exit code 1 when the mains are off, or a log is damaged so that "
           "nobody can\n"
           "tell. With --root nothing is said of the services of this computer.",
-          "  zelctl status --root /srv/site --start 1 --end 2,4"};
+          {"zelctl status --root /srv/site --start 1 --end 2,4"}};
 }

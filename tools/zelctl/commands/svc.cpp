@@ -219,8 +219,8 @@ Command SvcCommands() {
       "script's, without a leading \"rc.\" and without the last dot and what follows. It counts as running if a "
       "process\n"
       "with that name runs. Names over 15 characters never match.",
-      "  zelctl svc status zelsrv\n"
-      "  zelctl svc restart zelsrv",
+      {"zelctl svc list", "zelctl svc status zelsrv", "zelctl svc start zelsrv", "zelctl svc stop zelsrv",
+       "zelctl svc restart zelsrv"},
       {{"list",
         "All services",
         List,

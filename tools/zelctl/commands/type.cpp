@@ -54,7 +54,7 @@ Command TypeCommands() {
   auto const arguments = std::make_shared<Arguments>();
   Option const table =
       Value("--table", &arguments->table, "FILE", "Use FILE instead of upstype.cfg in the installation root");
-  return Family("type", "UPS types supported by the product", "", "",
+  return Family("type", "UPS types supported by the product", "", {"zelctl type list", "zelctl type show 3"},
                 {{"list", "All types of the table", On(arguments, List), {table}},
                  {"show",
                   "One type",

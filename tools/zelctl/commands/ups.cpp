@@ -238,8 +238,7 @@ Command UpsCommands() {
       "ups", "UPS units of this installation and their settings",
       "Units are listed in srvlist.cfg of the installation root. Settings are in upssrv.cfg of the unit's directory;\n"
       "with a single UPS, in the root itself.",
-      "  zelctl ups add 7\n"
-      "  zelctl ups set 007 upsType=3 commType=1 timerOnBattery=120000\n"
-      "  zelctl ups show 007 tcpPort",
+      {"zelctl ups list", "zelctl ups add 7", "zelctl ups remove 7 --dry-run", "zelctl ups show 007 tcpPort",
+       "zelctl ups set 007 upsType=3 commType=1 timerOnBattery=120000", "zelctl ups defaults"},
       std::move(commands));
 }
