@@ -357,8 +357,12 @@ Options EntryOptions(void (*act)(Kind const&, Arguments const&, Terminal const&)
         Flag("--smallest", &arguments.smallest, "Use the smallest free identifier instead of the largest plus one")};
   }
   Options options = {Argument("ID", &arguments.id, "Identifier, as `zelctl browse tree` shows it").Required()};
-  if (act == EditEntry)
-    options.push_back(Argument("FIELD=VALUE", &arguments.items, "Fields and their new values").Required());
+  if (act == EditEntry) {
+    std::vector<Field> const fields(kind.fields.begin() + 1, kind.fields.end());
+    options.push_back(Argument("FIELD=VALUE", &arguments.items, "Fields and their new values")
+                          .Required()
+                          .Suggesting([fields](std::string const& begun) { return Assignments(fields, begun); }));
+  }
   return options;
 }
 

@@ -4,6 +4,7 @@
 #include <iostream>
 
 #include "commands/commandline.h"
+#include "commands/completion.h"
 #include "commands/families.h"
 #include "commands/manual.h"
 #include "terminal/terminal.h"
@@ -16,13 +17,13 @@ struct Arguments {
   bool manual = false;
 };
 
-// The family or command that the path names, with `arguments` after it or without; null when there is none.
-Command const* Named(Command const& root, std::vector<std::string> const& path, bool arguments) {
+// The family or command that the path names; null when there is none.
+Command const* Named(Command const& root, std::vector<std::string> const& path) {
   Command const* found = &root;
   for (std::string const& name : path) {
     std::vector<Command> const& below = found->commands;
     auto const match = std::find_if(below.begin(), below.end(), [&](Command const& each) { return each.name == name; });
-    if (match == below.end()) return arguments && below.empty() ? found : nullptr;
+    if (match == below.end()) return nullptr;
     found = &*match;
   }
   return found;
@@ -43,20 +44,12 @@ void PrintOverview(Command const& root) {
   std::cout << "See `zelctl help FAMILY COMMAND`.\n";
 }
 
-void PrintWords(Command const& command, bool isRoot) {
-  for (Command const& below : command.commands) std::cout << below.name << '\n';
-  std::cout << (isRoot ? "--help\n--version\n" : "--help\n");
-  for (Option const& option : Joined({CommonOptions(command), command.options}))
-    if (!option.IsArgument() && !option.hidden) std::cout << option.name.substr(option.name.find("--")) << '\n';
-}
-
 void Help(Command const& root, Arguments const& arguments) {
-  Command const* const named = Named(root, arguments.path, arguments.words);
   if (arguments.manual) {
     std::cout << ManualText(root);
   } else if (arguments.words) {
-    if (named != nullptr) PrintWords(*named, named == &root);
-  } else if (named == nullptr) {
+    for (std::string const& word : Completions(root, arguments.path)) std::cout << word << '\n';
+  } else if (Named(root, arguments.path) == nullptr) {
     throw WrongUsage("unknown command; see `zelctl help`");
   } else if (arguments.path.empty()) {
     PrintOverview(root);
@@ -69,13 +62,14 @@ void Help(Command const& root, Arguments const& arguments) {
 
 Command HelpCommand(Command const& root) {
   auto const arguments = std::make_shared<Arguments>();
-  return {"help",
-          "List all commands",
-          [&root, arguments](Terminal const&) { Help(root, *arguments); },
-          {Value("COMMAND", &arguments->path, "TEXT", "Family, and command of it, to describe"),
-           Flag("--words", &arguments->words, "For shell completion: possible next words, one per line").Hidden(),
-           Flag("--manual", &arguments->manual, "For zelctl(1): the commands in mdoc(7)").Hidden()},
-          "",
-          {"zelctl help log outages"},
-          Answers::kText};
+  return {
+      "help",
+      "List all commands",
+      [&root, arguments](Terminal const&) { Help(root, *arguments); },
+      {Value("COMMAND", &arguments->path, "TEXT", "Family, and command of it, to describe"),
+       Flag("--words", &arguments->words, "For shell completion: what can stand in place of the last word").Hidden(),
+       Flag("--manual", &arguments->manual, "For zelctl(1): the commands in mdoc(7)").Hidden()},
+      "",
+      {"zelctl help log outages"},
+      Answers::kText};
 }

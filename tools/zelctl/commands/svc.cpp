@@ -209,7 +209,13 @@ void Stop(std::string const& name, Terminal const& terminal) {
 
 Command SvcCommands() {
   auto const name = std::make_shared<std::string>();
-  Options const named = {Argument("NAME", name.get(), "Name of the service").Required()};
+  auto const services = [](std::string const&) {
+    SvcManager manager;
+    std::vector<std::string> names;
+    for (unsigned long i = 0; i < manager.GetSvcCount(); i++) names.push_back(manager.GetSvcByIndex(i)->GetName());
+    return names;
+  };
+  Options const named = {Argument("NAME", name.get(), "Name of the service").Required().Suggesting(services)};
   char const* const started =
       "Prints the process id. Exit code 1 if the script fails, or the process does not exist when it returns. With\n"
       "--json the script's output goes to standard error.";

@@ -44,11 +44,17 @@ Unit UnitOf(std::string const& name) { return {name, GetZelvanePath() + name + "
 
 std::string ListFile() { return GetZelvanePath() + "srvlist.cfg"; }
 
+std::vector<std::string> UnitNames() {
+  std::vector<std::string> names;
+  char name[4];
+  for (unsigned int i = 0; GetUpsListItem(i, name) != 0; i++) names.emplace_back(name);
+  return names;
+}
+
 void List(Terminal const& terminal) {
   NoteState(ListFile(), "no units defined", terminal);
   std::vector<Unit> units;
-  char name[4];
-  for (unsigned int i = 0; GetUpsListItem(i, name) != 0; i++) units.push_back(UnitOf(name));
+  for (std::string const& name : UnitNames()) units.push_back(UnitOf(name));
   PrintRecords({String<&Unit::name>("unit"), String<&Unit::folder>("folder")}, units, terminal);
 }
 
@@ -213,6 +219,7 @@ std::vector<Command> Settings() {
       "Timers are rounded down to whole seconds. A date later than one dischargeInterval from now is moved to that.\n"
       "Settings marked * are saved only if the model file upscfgNN.cfg in DIR already has them.\n";
   record.folder = Folder::kArgument;
+  record.places = UnitNames;
   record.options = {
       Flag("--own-tables", own.get(), "Use upstype.cfg and usbhid.cfg in DIR instead of the installation root")};
   return RecordCommands(record);
@@ -222,8 +229,11 @@ std::vector<Command> Settings() {
 
 Command UpsCommands() {
   auto const arguments = std::make_shared<Arguments>();
-  Options const options = Joined(
-      {{Argument("N", &arguments->number, "Number of the unit").Required()}, WritingOptions(arguments->writing)});
+  Options const options =
+      Joined({{Argument("N", &arguments->number, "Number of the unit").Required().Suggesting([](std::string const&) {
+                return UnitNames();
+              })},
+              WritingOptions(arguments->writing)});
   std::vector<Command> commands = {
       {"list", "The units", List},
       {"add", "Add a unit (0 to 99); create its directory if it is missing", On(arguments, Add), options,

@@ -93,6 +93,23 @@ Field const* FieldNamed(std::vector<Field> const& fields, std::string const& nam
   return found == fields.end() ? nullptr : &*found;
 }
 
+std::vector<std::string> FieldNames(std::vector<Field> const& fields) {
+  std::vector<std::string> names;
+  for (Field const& field : fields) names.emplace_back(field.name);
+  return names;
+}
+
+std::vector<std::string> Assignments(std::vector<Field> const& fields, std::string const& begun) {
+  std::vector<std::string> offered;
+  std::string const name = begun.substr(0, begun.find('='));
+  Field const* const field = name == begun ? nullptr : FieldNamed(fields, name);
+  if (field != nullptr && field->kind == FieldKind::kFlag) return {name + "=on", name + "=off"};
+  if (name != begun) return {};
+  for (Field const& each : fields)
+    if (each.follows == nullptr) offered.push_back(std::string(each.name) + "=");
+  return offered;
+}
+
 Values ValuesOf(std::vector<Field> const& fields, void const* record) {
   Values values;
   for (Field const& field : fields) values[field.name] = field.get(record);

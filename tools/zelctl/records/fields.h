@@ -163,6 +163,10 @@ void PutArgument(Field const& field, void* record, std::string const& argument, 
 std::int64_t NumberArgument(std::string const& name, std::string const& text, std::int64_t lowest,
                             std::int64_t highest);
 
+// What a shell may offer for FIELD, and for FIELD=VALUE that has been begun.
+std::vector<std::string> FieldNames(std::vector<Field> const& fields);
+std::vector<std::string> Assignments(std::vector<Field> const& fields, std::string const& begun);
+
 // The field of that name; null when there is none.
 Field const* FieldNamed(std::vector<Field> const& fields, std::string const& name);
 

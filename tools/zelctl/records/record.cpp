@@ -30,10 +30,7 @@ struct Arguments {
 
 Field const& FindField(std::vector<Field> const& fields, std::string const& name) {
   if (Field const* const found = FieldNamed(fields, name)) return *found;
-  std::vector<std::string> names;
-  names.reserve(fields.size());
-  for (Field const& field : fields) names.emplace_back(field.name);
-  throw WrongUsage("unknown field \"" + name + "\"" + DidYouMean(name, names));
+  throw WrongUsage("unknown field \"" + name + "\"" + DidYouMean(name, FieldNames(fields)));
 }
 
 void AddChange(Changes& changes, Field const& field, std::string value) {
@@ -234,17 +231,25 @@ Options CommonOptions(RecordFamily const& family, Arguments& arguments) {
 }
 
 // The words after the command. Not required: `show` shows all fields, and for `set` a password file alone is enough.
-Option Items(RecordFamily const& family, Arguments& arguments, std::string const& name, std::string const& help) {
-  if (family.folder != Folder::kArgument) return Argument(name, &arguments.items, help);
+Option Items(std::shared_ptr<RecordFamily const> const& family, Arguments& arguments, bool assigns) {
+  std::string const name = assigns ? "FIELD=VALUE" : "FIELD";
+  std::string const help = assigns ? "Fields and their new values" : "Fields to show";
+  auto const suggest = [family, assigns](std::string const& begun) {
+    std::vector<std::string> offered = assigns ? Assignments(family->fields, begun) : FieldNames(family->fields);
+    std::vector<std::string> const places = family->places ? family->places() : std::vector<std::string>();
+    if (begun.find('=') == std::string::npos) offered.insert(offered.begin(), places.begin(), places.end());
+    return offered;
+  };
+  if (family->folder != Folder::kArgument) return Argument(name, &arguments.items, help).Suggesting(suggest);
   return Argument("[DIR] " + name, &arguments.items,
-                  help + ", after the directory DIR; a name without \"/\" is in the installation root");
+                  help + ", after the directory DIR; a name without \"/\" is in the installation root")
+      .Suggesting(suggest);
 }
 
 Command SetCommand(std::shared_ptr<RecordFamily const> const& record) {
   auto const arguments = std::make_shared<Arguments>();
-  Options options = Joined({CommonOptions(*record, *arguments),
-                            {Items(*record, *arguments, "FIELD=VALUE", "Fields and their new values")},
-                            WritingOptions(arguments->writing)});
+  Options options = Joined(
+      {CommonOptions(*record, *arguments), {Items(record, *arguments, true)}, WritingOptions(arguments->writing)});
   std::string notes = FieldList(record->fields) + record->notes +
                       "Texts cannot contain '[', ']' or line feeds, nor start or end with a blank.\n"
                       "The record is written whole: fields that the files lack are added with their defaults.\n";
@@ -269,7 +274,7 @@ std::vector<Command> RecordCommands(RecordFamily const& family) {
   return {{"show", "Show all settings, or the named fields",
            [record, arguments](Terminal const& terminal) { Show(*record, *arguments, terminal); },
            Joined({CommonOptions(*record, *arguments),
-                   {Items(*record, *arguments, "FIELD", "Fields to show"),
+                   {Items(record, *arguments, false),
                     Flag("--value", &arguments->value, "Print the bare values, one per line")}}),
            std::string(record->notes) + "ORIGIN is the file and line that a value comes from, or \"default\".\n"},
           SetCommand(record),

@@ -31,7 +31,8 @@ struct RecordFamily {
   std::function<std::vector<std::string>(std::string const& directory)> tables = {};  // files that `write` only reads
   // For tables with fields that select: fills in those that come from elsewhere now, as a `read` after the save would.
   std::function<void(std::string const& directory, void* record)> reselect = {};
-  Options options = {};  // of `show` and `set`, which the functions know
+  std::function<std::vector<std::string>()> places = {};  // directories in the root that a shell may offer
+  Options options = {};                                   // of `show` and `set`, which the functions know
 };
 
 // `show`, `set` and `defaults`.

@@ -2,6 +2,7 @@
 #ifndef ZELVANE_TOOLS_ZELCTL_TERMINAL_OPTION_H
 #define ZELVANE_TOOLS_ZELCTL_TERMINAL_OPTION_H
 
+#include <functional>
 #include <initializer_list>
 #include <optional>
 #include <string>
@@ -29,6 +30,7 @@ struct Option {
   std::vector<std::string> words = {};  // what the value may be, if not anything
   std::string excludes = {};            // names of other options
   std::string needs = {};
+  std::function<std::vector<std::string>(std::string const& begun)> suggest = {};  // what a shell may offer
 
   bool IsFlag() const { return target.index() < 3; }
   bool IsArgument() const { return name[0] != '-'; }
@@ -41,6 +43,9 @@ struct Option {
   Option OneOf(std::vector<std::string> names) const { return With(&Option::words, std::move(names)); }
   Option Excludes(std::string other) const { return With(&Option::excludes, std::move(other)); }
   Option Needs(std::string other) const { return With(&Option::needs, std::move(other)); }
+  Option Suggesting(std::function<std::vector<std::string>(std::string const&)> offer) const {
+    return With(&Option::suggest, std::move(offer));
+  }
 
  private:
   template <class Type>
