@@ -43,7 +43,9 @@ offers '' nothing ''
 
 if command -v zsh > /dev/null; then zsh -n "$scripts/completion.zsh"; fi
 if command -v fish > /dev/null; then
-  found=$(HOME=/nonexistent PATH=$(dirname "$zelctl"):$PATH fish --no-config -c "source '$scripts/completion.fish'
+  home=$(mktemp -d)
+  trap 'rm -rf "$home"' EXIT
+  found=$(env -u XDG_CONFIG_HOME -u XDG_DATA_HOME HOME="$home" PATH=$(dirname "$zelctl"):$PATH fish --no-config -c "source '$scripts/completion.fish'
     complete -C 'zelctl cfg li'; complete -C 'zelctl cfg lint upscli'; complete -C 'zelctl shutdown set popup=o'" |
     cut -f 1 | LC_ALL=C sort | tr '\n' ' ')
   expected='lint list popup=off popup=on upscli.cfg '

@@ -21,6 +21,7 @@ struct Arguments {
   std::optional<std::string> text;
   std::vector<std::string> files;
   bool overwrite = false;
+  bool dryRun = false;
 };
 
 std::string Result(ClassBase64& codec) {
@@ -40,12 +41,14 @@ void ConvertFile(ClassBase64& codec, bool encode, Arguments const& arguments, Te
   if (!codec.LoadFromFile(from)) throw Failed(CannotRead(from, errno));
   std::string const result = Result(codec);
   if (!encode && result.empty()) throw Failed(from + ": no Base64 found");
-  RequireNew(to, arguments.overwrite);
-  Output out(to, source);
+  if (arguments.dryRun) {
+    RequireWritable(to, source, arguments.overwrite);
+    return TellOutput(to, result.size(), true, terminal);
+  }
+  Output out(to, source, arguments.overwrite);
   out.Write(result.data(), result.size());
   out.Keep();
-  if (terminal.json) return terminal.PrintJson({{"file", to}, {"bytes", result.size()}});
-  if (out.IsFile()) terminal.PrintText(to + ": " + Counted(result.size(), "byte") + " written");
+  if (terminal.json || out.IsFile()) TellOutput(to, result.size(), false, terminal);
 }
 
 void ConvertInput(ClassBase64& codec, bool encode, Terminal const& terminal) {
@@ -56,7 +59,8 @@ void ConvertInput(ClassBase64& codec, bool encode, Terminal const& terminal) {
   if (terminal.json) {
     terminal.PrintJson({{"result", ToUtf8(result)}});
   } else {
-    std::cout << result << (encode ? "\n" : "");
+    // What was encoded may be anything.
+    IsOnTerminal() && !encode ? terminal.PrintText(result) : void(std::cout << result << (encode ? "\n" : ""));
   }
 }
 
@@ -90,7 +94,7 @@ Command Direction(bool encode, char const* name, char const* help, char const* n
           {Argument("TEXT", &arguments->text, "Text to convert; put \"--\" before a text that starts with \"-\"")
                .Excludes("--file"),
            Value("-f,--file", &arguments->files, "IN OUT", "Convert file IN to file OUT").Values(2, 2),
-           Overwrite(arguments->overwrite)},
+           Overwrite(arguments->overwrite), DryOutput(arguments->dryRun).Needs("--file")},
           notes};
 }
 

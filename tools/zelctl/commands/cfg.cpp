@@ -11,6 +11,7 @@
 #include "files/format.h"
 #include "records/lint.h"
 #include "terminal/latin1.h"
+#include "terminal/progress.h"
 #include "terminal/terminal.h"
 #include "zelvane/config/cfgclass.h"
 
@@ -41,6 +42,7 @@ Arguments Converted(Arguments arguments, Terminal const& terminal) {
 }
 
 void OpenToRead(CfgClass& cfg, std::string const& file, Terminal const& terminal) {
+  Busy const busy("reading", {file});
   FileState const state = InspectFile(file);
   if (!state.exists) throw Failed(file + ": no such file");
   if (state.badLine != 0) terminal.Note(StoppedAt(file, state.badLine));
@@ -154,7 +156,9 @@ void Unset(Arguments const& arguments, Terminal const& terminal) {
 }
 
 void ReportLint(Arguments const& arguments, Terminal& terminal) {
+  std::optional<Busy> busy(std::in_place, "reading", std::vector<std::string>{arguments.file});
   std::vector<Finding> const findings = Lint(arguments.file, terminal);
+  busy.reset();
   Json::List json;
   for (Finding const& finding : findings) {
     if (terminal.json)

@@ -1,9 +1,12 @@
 // zelctl digest: RIPEMD-256 of files, written and checked as the usual checksum tools do it.
+#include <sys/stat.h>
+
 #include <iostream>
 #include <optional>
 
 #include "commands/families.h"
 #include "files/input.h"
+#include "terminal/progress.h"
 #include "terminal/terminal.h"
 #include "zelvane/core/strutils.h"
 #include "zelvane/crypto/hash.h"
@@ -74,9 +77,13 @@ Digest DigestOf(std::string const& file) {
   Hash_RipeMD256 hash;
   hash.Init();
   Digest digest = {};
+  struct stat source = {};
+  bool const isFile = fstat(in.Descriptor(), &source) == 0 && S_ISREG(source.st_mode);
+  Progress progress(isFile ? static_cast<std::uint64_t>(source.st_size) : 0);
   char piece[65536];
-  for (std::size_t got = 0; (got = in.Fill(piece, sizeof piece)) > 0; digest.length += got)
+  for (std::size_t got = 0; (got = in.Fill(piece, sizeof piece)) > 0; progress.Advance(got))
     hash.Calc(piece, static_cast<long>(got));
+  digest.length = progress.Done();
   hash.Done();
   auto const* const bytes = static_cast<unsigned char const*>(hash.DigestKey());
   for (long i = 0; i < hash.DigestKeySize(); i++) digest.hex += {kHex[bytes[i] >> 4], kHex[bytes[i] & 15]};

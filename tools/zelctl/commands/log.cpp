@@ -9,6 +9,7 @@
 
 #include "commands/families.h"
 #include "files/damage.h"
+#include "files/edit.h"
 #include "files/input.h"
 #include "files/output.h"
 #include "files/picturefile.h"
@@ -95,7 +96,13 @@ void Show(Arguments const& arguments, Terminal& terminal) {
     toShow--;
     listing.Row(record);
   };
-  arguments.reverse ? log.ForEachReversed(see) : log.ForEach(see);
+  // The rows show how far they are, on a terminal.
+  if (arguments.reverse)
+    log.ForEachReversed(see);
+  else if (IsOnTerminal())
+    log.ForEach(see, 0, log.Count());
+  else
+    log.ForEach(see);
   listing.End();
   log.NoteDamage(terminal);
 }
@@ -341,13 +348,6 @@ void Verify(Arguments const& arguments, Terminal& terminal) {
 
 // ---- salvage ----
 
-void RequireOut(std::string const& in, Arguments const& arguments) {
-  std::error_code none;
-  if (fs::equivalent(in, arguments.out, none)) throw WrongUsage("OUT must not be FILE itself");
-  if (!arguments.overwrite && fs::symlink_status(arguments.out, none).type() != fs::file_type::not_found)
-    throw Failed(arguments.out + ": is there already; --overwrite replaces it");
-}
-
 struct stat StatusOf(std::string const& path) {
   struct stat status = {};
   if (stat(path.c_str(), &status) != 0) throw FileFailed(path);
@@ -357,8 +357,7 @@ struct stat StatusOf(std::string const& path) {
 void SalvageText(Arguments const& arguments, Terminal& terminal) {
   std::string const text = ReadText(arguments.file);
   TextDamage const found = InspectText(text);
-  RequireOut(arguments.file, arguments);
-  Output file(arguments.out, StatusOf(arguments.file));
+  Output file(arguments.out, StatusOf(arguments.file), arguments.overwrite);
   std::string const kept = WithoutNul(text);
   file.Write(kept.data(), kept.size());
   file.Keep();
@@ -388,11 +387,11 @@ void Salvage(Arguments const& arguments, Terminal& terminal) {
   if (arguments.text) return SalvageText(arguments, terminal);
   std::string const& out = arguments.out;
   RecordLog const log = OpenLog(arguments);
-  RequireOut(log.Path(), arguments);
   struct stat const source = StatusOf(log.Path());
+  RequireWritable(out, source, arguments.overwrite);
   std::vector<unsigned char> const bytes = Rescued(log, terminal);
   Damage const damage(bytes, log.RecordSize());
-  Output file(out, source);
+  Output file(out, source, arguments.overwrite);
   std::uint64_t saved = 0;
   auto const length = static_cast<std::size_t>(log.RecordSize());
   for (std::size_t i = 0; i < damage.isLeftOut.size(); i++) {
@@ -487,7 +486,7 @@ std::vector<Command> Rescue(std::shared_ptr<Arguments> const& arguments) {
       {"salvage", "Save the whole records of a damaged log, or of the scratch file of a cut", On(arguments, Salvage),
        Joined({asked.File(),
                {asked.Text(), Argument("OUT", &arguments->out, "Where the records go").Required(),
-                Flag("--overwrite", &arguments->overwrite, "Replace OUT if it is there"), asked.Size()}}),
+                Overwrite(arguments->overwrite), asked.Size()}}),
        "What a power cut has left is left out: see `verify`. When a cut was interrupted and only FILE.tmp has\n"
        "all records, they are taken from there."}};
 }

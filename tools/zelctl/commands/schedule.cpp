@@ -13,6 +13,7 @@
 #include "files/format.h"
 #include "terminal/listing.h"
 #include "terminal/moment.h"
+#include "terminal/progress.h"
 #include "terminal/terminal.h"
 #include "zelvane/core/datetime.h"
 #include "zelvane/logs/proglist.h"
@@ -40,6 +41,7 @@ void Load(ProgList& list, std::string const& file, bool required) {
   if (Exists(file) && TypeOf(file) != fs::file_type::regular) throw Failed(file + ": not a regular file");
   list.SetCached(true);
   list.SetFile(file);
+  Busy const busy("reading", {file});
   errno = 0;
   if (list.ReadFromFile()) return;
   if (Exists(file)) throw Failed(CannotRead(file, errno));

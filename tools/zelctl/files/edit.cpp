@@ -17,6 +17,7 @@
 #include "files/input.h"
 #include "files/output.h"
 #include "terminal/latin1.h"
+#include "terminal/progress.h"
 #include "terminal/terminal.h"
 #include "zelvane/config/cfgclass.h"
 #include "zelvane/config/paths.h"
@@ -227,6 +228,15 @@ Option Yes(Writing& writing) {
 
 Option Overwrite(bool& overwrite) { return Flag("--overwrite", &overwrite, "Replace OUT if it exists"); }
 
+Option DryOutput(bool& dryRun) {
+  return Flag("--dry-run", &dryRun, "Write nothing; show how many bytes OUT would have");
+}
+
+void TellOutput(std::string const& path, std::uint64_t bytes, bool dryRun, Terminal const& terminal) {
+  if (terminal.json) return terminal.PrintJson({{"file", path}, {"bytes", bytes}, {"written", !dryRun}});
+  terminal.PrintText(path + ": " + Counted(bytes, "byte") + (dryRun ? " would be written" : " written"));
+}
+
 void RequireConsent(std::string const& what, Writing const& writing) {
   if (writing.yes || writing.dryRun) return;
   if (isatty(STDIN_FILENO) == 0 || isatty(STDERR_FILENO) == 0) throw WrongUsage(what + "; use --yes to go on");
@@ -271,6 +281,7 @@ void Rehearsal::End() const {
 
 bool Make(Edit const& edit, Writing const& writing, Terminal const& terminal, std::function<void()> const& act) {
   RequireStatedRoot(edit.files, terminal);
+  std::optional<Busy> busy(std::in_place, "changing", edit.files);
   bool const isConfiguration = !edit.asLines;
   bool stops = false;
   std::vector<Changed> files;
@@ -296,6 +307,7 @@ bool Make(Edit const& edit, Writing const& writing, Terminal const& terminal, st
       if (isConfiguration) RequireReadable(change.file);
     }
     if (writing.dryRun) {
+      busy.reset();
       PrintDifferences(changed, edit, terminal);
       return false;
     }
@@ -307,7 +319,10 @@ bool Make(Edit const& edit, Writing const& writing, Terminal const& terminal, st
     if (!changed.empty()) Complain(Summary(changed, edit));
     throw;
   }
-  if (!terminal.json && !terminal.csv) std::cout << terminal.ShownName(Summary(changes(), edit)) << '\n';
+  if (terminal.json || terminal.csv) return true;
+  std::string const summary = Summary(changes(), edit);
+  busy.reset();
+  std::cout << terminal.ShownName(summary) << '\n';
   return true;
 }
 
@@ -317,17 +332,13 @@ bool IsWritable(std::string const& path) {
   return access(exists ? path.c_str() : folder.empty() ? "." : folder.c_str(), W_OK) == 0;
 }
 
-void RequireNew(std::string const& path, bool overwrite) {
-  if (!overwrite && fs::is_regular_file(path)) throw Failed(path + ": already exists; use --overwrite to replace it");
-}
-
 void KeepAsLost(std::string const& path) {
   std::string kept = path + ".lost";
   for (int i = 1; fs::exists(kept); i++) kept = path + ".lost." + std::to_string(i);
   Input in(path, path);
   struct stat source = {};
   if (fstat(in.Descriptor(), &source) != 0) throw FileFailed(path);
-  Output out(kept, source);
+  Output out(kept, source, false);
   char piece[65536];
   while (std::size_t const got = in.Fill(piece, sizeof piece)) out.Write(piece, got);
   out.Keep();

@@ -3,6 +3,7 @@
 #ifndef ZELVANE_TOOLS_ZELCTL_FILES_EDIT_H
 #define ZELVANE_TOOLS_ZELCTL_FILES_EDIT_H
 
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
@@ -23,7 +24,12 @@ Options WritingOptions(Writing& writing);
 Option DryRun(Writing& writing);
 // For a command that removes more than it was told by name.
 Option Yes(Writing& writing);
+
+// For a command that writes one file OUT.
 Option Overwrite(bool& overwrite);
+Option DryOutput(bool& dryRun);
+// How many bytes were, or would be, written.
+void TellOutput(std::string const& path, std::uint64_t bytes, bool dryRun, Terminal const& terminal);
 
 // Tells what is about to be removed and asks whether to go on. Does not ask with --yes or --dry-run. Throws Failed when
 // the answer is no, and WrongUsage where nobody can be asked.
@@ -60,8 +66,6 @@ class Rehearsal {
 // Whether the file can be written or, where there is none, made.
 bool IsWritable(std::string const& path);
 
-// Throws Failed when the file exists, unless it may be replaced. Devices and pipes are written to.
-void RequireNew(std::string const& path, bool overwrite);
 // Copies the file to NAME.lost, or NAME.lost.1 and so on where that exists already, as the library names its copies.
 // Throws FileFailed.
 void KeepAsLost(std::string const& path);

@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "terminal/progress.h"
 #include "terminal/terminal.h"
 #include "zelvane/core/fileutils.h"
 #include "zelvane/core/strutils.h"
@@ -71,7 +72,13 @@ RecordLog::RecordLog(std::string path, std::uint64_t payloadSize)
 }
 
 void RecordLog::ForEachBlock(std::function<void(unsigned char const*, std::size_t)> const& see) const {
-  ForEachBlock(see, 0, Count());
+  Progress progress(Count() * recordSize_);
+  ForEachBlock(
+      [&](unsigned char const* bytes, std::size_t length) {
+        see(bytes, length);
+        progress.Advance(length);
+      },
+      0, Count());
 }
 
 void RecordLog::ForEachBlock(std::function<void(unsigned char const*, std::size_t)> const& see, std::uint64_t first,
@@ -91,14 +98,27 @@ void RecordLog::ForEachBlock(std::function<void(unsigned char const*, std::size_
   }
 }
 
-void RecordLog::ForEach(std::function<void(Record const&)> const& see, std::uint64_t first, std::uint64_t count) const {
+void RecordLog::ForEachIn(unsigned char const* bytes, std::size_t length, std::uint64_t index,
+                          std::function<void(Record const&)> const& see) const {
   auto const size = static_cast<std::size_t>(recordSize_);
   auto const payload = static_cast<std::size_t>(recordSize_ - kStampSize);
-  std::uint64_t index = first;
+  for (std::size_t at = 0; at < length; at += size)
+    see({index++, StampOf(bytes + at), bytes + at + kStampSize, payload});
+}
+
+void RecordLog::ForEach(std::function<void(Record const&)> const& see) const {
+  std::uint64_t index = 0;
+  ForEachBlock([&](unsigned char const* bytes, std::size_t length) {
+    ForEachIn(bytes, length, index, see);
+    index += length / recordSize_;
+  });
+}
+
+void RecordLog::ForEach(std::function<void(Record const&)> const& see, std::uint64_t first, std::uint64_t count) const {
   ForEachBlock(
       [&](unsigned char const* bytes, std::size_t length) {
-        for (std::size_t at = 0; at < length; at += size)
-          see({index++, StampOf(bytes + at), bytes + at + kStampSize, payload});
+        ForEachIn(bytes, length, first, see);
+        first += length / recordSize_;
       },
       first, count);
 }

@@ -43,9 +43,10 @@ class RecordLog {
   // Bytes behind the last whole record.
   std::uint64_t Torn() const { return length_ % recordSize_; }
 
-  // The whole records of the file as it was at construction, in blocks that end with a record. Throws Failed.
+  // The whole records of the file as it was at construction, in blocks that end with a record. Throws Failed. Where no
+  // part is named, a terminal shows how far they are.
   void ForEachBlock(std::function<void(unsigned char const* bytes, std::size_t size)> const& see) const;
-  void ForEach(std::function<void(Record const&)> const& see) const { ForEach(see, 0, Count()); }
+  void ForEach(std::function<void(Record const&)> const& see) const;
   // At most `count` of them, from the record `first` on.
   void ForEach(std::function<void(Record const&)> const& see, std::uint64_t first, std::uint64_t count) const;
   // From the last one to the first.
@@ -57,6 +58,9 @@ class RecordLog {
  private:
   void ForEachBlock(std::function<void(unsigned char const*, std::size_t)> const& see, std::uint64_t first,
                     std::uint64_t count) const;
+  // Takes a block apart, of which the first record has that index.
+  void ForEachIn(unsigned char const* bytes, std::size_t length, std::uint64_t index,
+                 std::function<void(Record const&)> const& see) const;
 
   std::string path_;
   std::uint64_t recordSize_;

@@ -39,10 +39,23 @@ Listing::Listing(Terminal const& terminal, std::vector<Column> columns)
     names.emplace_back(terminal_.csv ? column.name : UpperCase(column.name));
     column.width = std::max(column.width, std::strlen(column.name));
   }
+  if (!terminal_.json && !terminal_.csv) LeaveOut();
   if (terminal_.json)
     out_ = "[";
   else
     terminal_.csv ? CsvRow(names) : TableRow(names);
+}
+
+// Once there is no room for a column, there is none for those after it. Long texts are cut.
+void Listing::LeaveOut() {
+  constexpr std::size_t kEnough = 20;
+  std::size_t at = 0;
+  for (Column& column : columns_) {
+    if (!column.inTable) continue;
+    column.inTable = screen_ == 0 || (left_.empty() && at + std::min(column.width, kEnough) <= screen_);
+    if (!column.inTable) left_ += (left_.empty() ? "" : ", ") + UpperCase(column.name);
+    at += column.width + 2;
+  }
 }
 
 void Listing::Row(std::vector<Json> const& cells) {
@@ -62,6 +75,7 @@ void Listing::Flush() {
 void Listing::End() {
   if (terminal_.json) out_ += empty_ ? "]\n" : "\n]\n";
   Write(true);
+  if (!left_.empty()) terminal_.NoteNoRoom(left_);
 }
 
 void Listing::JsonRow(std::vector<Json> const& cells) {

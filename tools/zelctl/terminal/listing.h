@@ -14,7 +14,8 @@ struct Column {
   bool inTable = true;
 };
 
-// A table (on a terminal each line is cut at its width), JSON (a list of objects, as PrintJson would print it) or CSV,
+// A table (on a terminal each line is cut at its width, and columns for which there is no room are named on the error
+// stream instead), JSON (a list of objects, as PrintJson would print it) or CSV,
 // as the terminal wants it.
 class Listing {
  public:
@@ -34,10 +35,12 @@ class Listing {
   void CsvRow(std::vector<Json> const& cells);
   void TableRow(std::vector<Json> const& cells);
   void Write(bool all);
+  void LeaveOut();
 
   Terminal const& terminal_;
   std::size_t screen_;  // columns; 0 without a terminal
   std::vector<Column> columns_;
+  std::string left_;  // names of the columns for which there is no room
   bool empty_ = true;
   std::string out_;
 };

@@ -148,7 +148,11 @@ void Terminal::PrintTable(std::vector<std::vector<std::string>> const& rows) con
   if (widths.size() == columns) return;
   std::string left;
   for (std::size_t i = widths.size(); i < columns; i++) left += (left.empty() ? "" : ", ") + rows[0][i];
-  Note("no room for " + left + "; use a wider terminal or --json");
+  NoteNoRoom(left);
+}
+
+void Terminal::NoteNoRoom(std::string const& columns) const {
+  Note("no room for " + columns + "; use a wider terminal or --json");
 }
 
 void Terminal::PrintJson(Json const& value) const { std::cout << JsonText(value, 2) << '\n'; }

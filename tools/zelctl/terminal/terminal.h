@@ -58,6 +58,8 @@ struct Terminal {
   // A value for scripts, and a line feed: on a terminal as Shown() gives it, elsewhere the bytes as they are, converted
   // with --utf8 only.
   void PrintValue(std::string const& latin1) const;
+  // Names the columns that a narrow terminal does not show.
+  void NoteNoRoom(std::string const& columns) const;
   // A remark on the error stream; the command goes on.
   void Note(std::string const& text) const;
 };
