@@ -23,7 +23,7 @@ class ZelctlCipher : public testing::Test {
     here_.Write("phrase", "S\xE3o Paulo 4711\n");
   }
 
-  // The command's arguments for files in the scratch folder.
+  // The command's arguments for files in the scratch directory.
   std::vector<std::string> Command(std::string const& direction, std::string const& in, std::string const& out,
                                    std::string const& mode = "chained") const {
     return {"cipher",       direction,       "--phrase-file", here_.Path("phrase"),

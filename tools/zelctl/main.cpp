@@ -17,7 +17,7 @@ namespace {
 constexpr int kFailed = 1;
 constexpr int kWrongUsage = 2;
 
-// An answer that did not get through (a full disk behind a redirection) is no answer.
+// An answer that did not get through (a redirection to a full disk) is no answer.
 void RequireAnswered() {
   errno = 0;
   if (!std::cout.flush())

@@ -106,11 +106,10 @@ Command B64Commands() {
       {"zelctl b64 encode secret              c2VjcmV0AA==", "printf secret | zelctl b64 encode     c2VjcmV0",
        "zelctl b64 encode --file logo.png logo.b64", "zelctl b64 decode c2VjcmV0AA==        secret",
        "zelctl b64 decode < logo.b64 > logo.png"},
-      {Direction<EncodeBase64>(
-           true, "encode", "Encode TEXT, a file, or standard input",
-           "TEXT is encoded with its terminating NUL, like stored passwords. Other users can see it while the command\n"
-           "runs. A file and standard input are encoded byte for byte.\n"
-           "Output lines have 72 characters and end with CR LF, except the last one."),
+      {Direction<EncodeBase64>(true, "encode", "Encode TEXT, a file, or standard input",
+                               "TEXT is encoded with its terminating NUL, like stored passwords. Other users can see "
+                               "it while the command runs. A file and standard input are encoded byte for byte. Output "
+                               "lines have 72 characters and end with CR LF, except the last one."),
        Direction<DecodeBase64>(false, "decode", "Decode TEXT, a file, or standard input",
                                "Other characters are skipped. TEXT prints up to the first NUL; a file or standard "
                                "input prints all bytes.")});

@@ -401,7 +401,7 @@ Command BrowseCommands() {
   for (Action const& action :
        {Action{"add", "Add ", "Add an entry", Add},
         Action{"edit", "Change fields of ", "Change fields of an entry", EditEntry},
-        Action{"remove", "Remove, with everything below it, ", "Remove, with everything below it, an entry", Remove}}) {
+        Action{"remove", "Remove, with everything below it, ", "Remove an entry and everything below it", Remove}}) {
     std::vector<Command> below;
     below.reserve(kinds.size());
     for (Kind const& kind : kinds) below.push_back(Change(action, kind));

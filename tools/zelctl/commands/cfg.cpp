@@ -211,9 +211,9 @@ Command CfgCommands() {
                  Flag("--reg", &arguments->keepSpelling, "Keep the spelling of new names instead of upper case"),
                  ShowPassword()},
                 writing}),
-        "Missing sections and keys are created: a key after the last one of its section, a section at the end of\n"
-        "the file. Refuses what the file cannot hold: brackets, line feeds, leading and trailing blanks.\n"
-        "Put \"--\" before an argument that starts with \"-\": zelctl cfg set x.cfg UPS NAME -- -x"},
+        "Missing sections and keys are created: a key after the last one of its section, a section at the end of the "
+        "file. Refuses what the file cannot hold: brackets, line feeds, leading and trailing blanks. Put \"--\" before "
+        "an argument that starts with \"-\": zelctl cfg set x.cfg UPS NAME -- -x"},
        {"unset", "Remove a key or a whole section", OnConverted(arguments, Unset),
         Joined({{file, section, key("Key; without it, the whole section")}, writing}),
         "Comments and repeated lines stay. Exit code 1 if the name does not exist."},
@@ -221,8 +221,7 @@ Command CfgCommands() {
         "Report lines that are ignored, cannot be parsed, or hold what the programs do not expect",
         On(arguments, ReportLint),
         {file, ShowPassword()},
-        "Prints FILE:LINE: MESSAGE for the line that stops the parser, every line below it (the next save drops "
-        "them),\n"
-        "keys that are never read because an earlier line has the same name, and headers that repeat an earlier one.\n"
-        "Exit code 1 when there is any, 0 and no output when there is none."}});
+        "Prints FILE:LINE: MESSAGE for a syntax error, each line below it (the next save drops them), repeated keys "
+        "and headers, and values that the programs do not expect. Exit code 1 if there are findings, otherwise 0 and "
+        "no output."}});
 }

@@ -111,15 +111,12 @@ Command Direction(char const* name, char const* help, Code code) {
 }  // namespace
 
 Command CipherCommands() {
-  return Family(
-      "cipher", "Encrypt or decrypt files of the product's earlier generation",
-      "For old files only: a 64-bit key protects nothing today. The key is the RIPEMD-256 of the pass phrase, byte "
-      "for\n"
-      "byte as the file has it (the old programs wrote Latin-1), without the line end. A wrong phrase is not "
-      "detected:\n"
-      "the output is noise. OUT is as long as IN and is replaced only when complete.",
-      {"zelctl cipher encode --phrase-file phrase.txt plain.dat old.dat",
-       "zelctl cipher decode --phrase-file phrase.txt old.dat plain.dat"},
-      {Direction("encode", "Encrypt a file", &CipherClass::EncodeBuffer),
-       Direction("decode", "Decrypt a file", &CipherClass::DecodeBuffer)});
+  return Family("cipher", "Encrypt or decrypt files of the product's earlier generation",
+                "For old files only: a 64-bit key protects nothing today. The key is the RIPEMD-256 of the pass phrase "
+                "without the line end; use Latin-1, as the old programs did. A wrong phrase is not detected: the "
+                "output is noise. OUT is as long as IN and is replaced only when complete.",
+                {"zelctl cipher encode --phrase-file phrase.txt plain.dat old.dat",
+                 "zelctl cipher decode --phrase-file phrase.txt old.dat plain.dat"},
+                {Direction("encode", "Encrypt a file", &CipherClass::EncodeBuffer),
+                 Direction("decode", "Decrypt a file", &CipherClass::DecodeBuffer)});
 }

@@ -9,8 +9,8 @@
 Command ClientCommands() {
   return Family(
       "client", "Settings of this user's client program",
-      "Files: upscli.cfg in the installation root; ~/.zelvane for language and colours.\n"
-      "The server is the first of `zelctl server list`.",
+      "Files: upscli.cfg in the installation root; ~/.zelvane for language and colours. The server is the first of "
+      "`zelctl server list`.",
       {"zelctl client show serverName --value",
        "zelctl client set serverName=ups-hall serverAddress=192.168.0.10 langId=1", "zelctl client defaults"},
       RecordCommands({ClientFields(), [] { return std::shared_ptr<void>(std::make_shared<ClientConfig>()); },

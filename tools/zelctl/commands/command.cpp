@@ -1,5 +1,9 @@
 #include "commands/command.h"
 
+#include <sstream>
+
+#include "terminal/page.h"
+
 namespace {
 
 void Give(std::string const& notes, std::vector<std::string> const& examples, std::string const& path,
@@ -21,9 +25,12 @@ Command Family(char const* name, char const* help, std::string const& notes, std
 }
 
 std::string FooterOf(Command const& command) {
-  std::string text = command.notes;
-  while (!text.empty() && text.back() == '\n') text.pop_back();
-  if (!command.examples.empty()) text += text.empty() ? "Examples:" : "\n\nExamples:";
-  for (std::string const& example : command.examples) text += "\n  " + example;
+  std::istringstream lines(command.notes);
+  std::string text;
+  for (std::string line; std::getline(lines, line);)
+    text += line.compare(0, 2, "  ") == 0 ? line + "\n" : Wrapped(line);
+  if (!command.examples.empty()) text += text.empty() ? "Examples:\n" : "\nExamples:\n";
+  for (std::string const& example : command.examples) text += "  " + example + "\n";
+  if (!text.empty()) text.pop_back();
   return text;
 }

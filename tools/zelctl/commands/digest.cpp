@@ -235,12 +235,10 @@ Command DigestCommand() {
        add("--status", arguments->status, "With --check: print nothing, set only the exit code"),
        add("--strict", arguments->strict, "With --check: exit with 1 for malformed lines"),
        add("-w,--warn", arguments->warn, "With --check: report malformed lines")},
-      "Works like the usual checksum tools: the digest, two blanks, the name, a line a file. A name with a line "
-      "feed,\n"
-      "a carriage return or a backslash is escaped, and its line begins with a backslash. A file that cannot be "
-      "read\n"
-      "is reported on the error stream, the others go on. Exit codes: 0 all is well, 1 something is not, 2 wrong "
-      "usage.\n"
-      "From 512 MiB on digests are the product's own: its programs have stored them, other programs do not agree.",
+      "Output: one line per file, digest, two spaces and name, like the usual checksum tools. If a name contains a "
+      "line feed, carriage return or backslash, it is escaped and the line starts with a backslash. Files that cannot "
+      "be read are reported on standard error; the others are still processed. Exit codes: 0 success, 1 failure, 2 "
+      "usage error. For files of 512 MiB or more the digest differs from standard RIPEMD-256: the programs have stored "
+      "such digests.",
       {"zelctl digest *.cfg > sums", "zelctl digest --check sums"}};
 }

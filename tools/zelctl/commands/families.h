@@ -1,4 +1,4 @@
-// The commands, a family or a command in each source of this folder; main.cpp puts them together.
+// The commands, a family or a command in each source of this directory; main.cpp puts them together.
 #ifndef ZELVANE_TOOLS_ZELCTL_COMMANDS_FAMILIES_H
 #define ZELVANE_TOOLS_ZELCTL_COMMANDS_FAMILIES_H
 

@@ -70,7 +70,6 @@ Command InfoCommand() {
           Show,
           {},
           "Values come from section [ZELVANE] of /etc/zelvane.conf. Without PATH there, the root is zelctl's own "
-          "directory.\n"
-          "Without a key for a module, it is present if its program is.",
+          "directory. Without a key for a module, it is present if its program is.",
           {"zelctl info --json"}};
 }

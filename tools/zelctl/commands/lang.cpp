@@ -127,7 +127,7 @@ void Get(Arguments const& arguments, Terminal& terminal) {
   terminal.json ? terminal.PrintJson(TextJson(number, lang, tables.get())) : terminal.PrintValue(text);
 }
 
-// A new section goes to the end of the file, behind a line at which the programs stop reading. The library would then
+// A new section goes to the end of the file, after a line at which the programs stop reading. The library would then
 // give the text to everybody, in the installed file.
 void RequireReach(std::string const& file, long lang) {
   FileState const state = InspectFile(file);
@@ -204,21 +204,20 @@ Command LangCommands() {
                         Value("--lang", &arguments->language, "N", "Number of the language")};
   return Family(
       "lang", "Message texts of the programs and the user's overrides",
-      "The installed texts lie in zellang.cfg of the installation root, the user's own in ~/.zellang.cfg. Without\n"
-      "--lang the language is the user's (LANGID in ~/.zelvane).",
+      "Installed texts: zellang.cfg in the installation root. Overrides: ~/.zellang.cfg. Default language: LANGID in "
+      "~/.zelvane.",
       {"zelctl lang list", "zelctl lang get 12", "zelctl lang set 12 'Ligar o no-break' --lang 2 --utf8",
        "zelctl lang missing 1 2 && echo complete"},
-      {{"list", "The languages, with how many texts are installed and how many are the user's own",
-        On(arguments, List)},
-       {"get", "Print one text: the user's own, else the installed one", On(arguments, Get), text},
-       {"set", "Give one text the user's own wording; \"\" brings the installed one back", On(arguments, Set),
-        Joined({text, {word("TEXT", arguments->text, "The text")}, WritingOptions(arguments->writing)}),
-        "Only where ~/.zellang.cfg cannot be written the text goes to the installed ones.\n"
-        "Put \"--\" before an argument that starts with \"-\": zelctl lang set 12 -- -x"},
+      {{"list", "List languages, with the number of installed texts and of overrides", On(arguments, List)},
+       {"get", "Print one text: the override if there is one, otherwise the installed text", On(arguments, Get), text},
+       {"set", "Override one text; \"\" restores the installed text", On(arguments, Set),
+        Joined({text, {word("TEXT", arguments->text, "New text")}, WritingOptions(arguments->writing)}),
+        "If ~/.zellang.cfg cannot be written, the installed file is changed instead. Put \"--\" before an argument "
+        "that starts with \"-\": zelctl lang set 12 -- -x"},
        {"missing",
-        "Texts that one of two languages lacks, and the user's own in both",
+        "List texts missing in one of two languages, and overrides in both",
         On(arguments, Missing),
-        {word("A", arguments->language, "Number of the one language"),
-         word("B", arguments->other, "Number of the other")},
-        "A \"missing\" text is shown as the other language has it. Exit code 1 when one is missing."}});
+        {word("A", arguments->language, "First language (number)"),
+         word("B", arguments->other, "Second language (number)")},
+        "A missing text is printed in the other language. Exit code 1 if a text is missing."}});
 }

@@ -66,7 +66,7 @@ std::optional<std::uint16_t> CodeArgument(char const* name, std::optional<std::s
 }
 
 void RequireOrder(std::int32_t from, std::int32_t to) {
-  if (from > to) throw WrongUsage("--from must not be later than --to");
+  if (from > to) throw WrongUsage("--from is later than --to");
 }
 
 // ---- show ----
@@ -117,14 +117,14 @@ struct Days {
 void NoteOddDay(char const* name, std::int32_t day, Terminal const& terminal) {
   std::string const taken = DateTimeToStr("yyyy-mm-dd", day);
   if (taken != DayText(day))
-    terminal.Note(std::string(name) + ": the programs and the count take " + DayText(day) + " for " + taken);
+    terminal.Note(std::string(name) + ": " + DayText(day) + " counts as " + taken + " in the programs and here");
 }
 
 Days DaysOf(Arguments const& arguments, Terminal const& terminal) {
   std::int32_t const latest = ParseDay("", kLastDay).first;
   Days const days = {arguments.from ? ParseDay("--from", *arguments.from).first : 0,
                      arguments.to ? ParseDay("--to", *arguments.to).first : latest};
-  if (days.to > latest) throw WrongUsage(std::string("--to: a day up to ") + kLastDay + " is wanted");
+  if (days.to > latest) throw WrongUsage(std::string("--to: expected a day up to ") + kLastDay);
   RequireOrder(days.from, days.to);
   NoteOddDay("--from", days.from, terminal);
   NoteOddDay("--to", days.to, terminal);
@@ -142,7 +142,7 @@ std::vector<unsigned char> Load(RecordLog const& log, Terminal const& terminal) 
 std::unique_ptr<LogClass> HandleOf(std::vector<unsigned char>& bytes) {
   auto log = std::make_unique<LogClass>();
   if (!bytes.empty() && !log->SetBuffer(bytes.data(), static_cast<unsigned long>(bytes.size())))
-    throw Failed("the log is too big to be held in memory");
+    throw Failed("cannot load the log: not enough memory");
   return log;
 }
 
@@ -213,8 +213,8 @@ void Time(Arguments const& arguments, Terminal& terminal) {
   condition.Disarm(bytes, log.RecordSize());
   std::int32_t const seconds = condition.Seconds(bytes);
   if (seconds != counted)
-    terminal.Note("the programs say " + std::to_string(counted) +
-                  " s: the first record behind --to begins the condition anew, and they take that off");
+    terminal.Note("the programs compute " + std::to_string(counted) +
+                  " s: the first record after --to starts the condition again, and they subtract that time");
   Json const shownEnds = terminal.json ? Json::ListOf(condition.ends) : Json(list);
   if (!PrintMachineRow(terminal, {{"start", condition.start},
                                   {"end", shownEnds},
@@ -229,12 +229,12 @@ void Time(Arguments const& arguments, Terminal& terminal) {
 Step StepOf(Arguments const& arguments, Chart const& chart) {
   if (!arguments.by) return chart.FittingStep();
   std::optional<Step> const step = StepNamed(*arguments.by);
-  if (!step) throw WrongUsage("--by: hour, day, week, month, year, weekday or hour-of-day");
+  if (!step) throw WrongUsage("--by: expected hour, day, week, month, year, weekday or hour-of-day");
   return *step;
 }
 
 void WriteChart(Arguments const& arguments, Chart const& chart, Step step, Terminal const& terminal) {
-  if (chart.IsEmpty()) return terminal.Note(arguments.picture.path + " is not written: there is nothing to draw");
+  if (chart.IsEmpty()) return terminal.Note(arguments.picture.path + " not written: no events");
   std::string const name = arguments.file.substr(arguments.file.rfind('/') + 1);
   std::string const svg = ChartPicture(chart, step, name);
   arguments.picture.Write(svg);
@@ -265,8 +265,7 @@ void DrawChart(Arguments const& arguments, Terminal& terminal) {
     WriteChart(arguments, chart, step, terminal);
   else
     chart.Print(step, arguments.choice.HasCodes(), terminal);
-  if (without > 0)
-    terminal.Note(std::to_string(without) + " of the records lack a date-time or a code: not in the chart");
+  if (without > 0) terminal.Note(Counted(without, "record") + " without a valid time or code not in the chart");
   log.NoteDamage(terminal);
 }
 
@@ -276,7 +275,7 @@ void DrawChart(Arguments const& arguments, Terminal& terminal) {
 struct Inspection {
   Fault outOfOrder = {"outOfOrder", "out of order"};
   Fault inFuture = {"inFuture", "in the future"};
-  Fault withoutTime = {"withoutTime", "no date-time"};
+  Fault withoutTime = {"withoutTime", "invalid time"};
   std::int32_t first = -1;
   std::int32_t last = -1;
 
@@ -295,9 +294,9 @@ struct Inspection {
 // What stands beside a damaged log, or one whose cut was interrupted.
 void NoteCopies(RecordLog const& log, Terminal const& terminal) {
   if (fs::exists(fs::symlink_status(log.Path() + ".bad")))
-    terminal.Note(log.Path() + ".bad holds what an earlier damaged file held");
+    terminal.Note(log.Path() + ".bad: copy of an earlier damaged file; see `zelctl log salvage`");
   if (fs::exists(fs::symlink_status(log.Path() + ".tmp")))
-    terminal.Note(log.Path() + ".tmp is the scratch file of a cut that was interrupted");
+    terminal.Note(log.Path() + ".tmp: left by an interrupted truncation; see `zelctl log salvage`");
 }
 
 void VerifyText(Arguments const& arguments, Terminal& terminal) {
@@ -313,7 +312,7 @@ void VerifyText(Arguments const& arguments, Terminal& terminal) {
                          {"lines", std::to_string(found.lines), ""},
                          {"runs of NUL", std::to_string(found.nulRuns),
                           found.nulRuns == 0 ? "" : std::to_string(found.nulBytes) + " bytes"},
-                         {"torn last line", std::to_string(found.tornBytes), found.tornBytes == 0 ? "" : "bytes"}});
+                         {"partial last line", std::to_string(found.tornBytes), found.tornBytes == 0 ? "" : "bytes"}});
   terminal.status = found.nulRuns == 0 && found.tornBytes == 0 ? 0 : 1;
 }
 
@@ -332,14 +331,14 @@ void Verify(Arguments const& arguments, Terminal& terminal) {
       {"CHECK", "FOUND", ""},
       {"length", std::to_string(log.Length()), "bytes"},
       {"records", std::to_string(log.Count()), "of " + std::to_string(log.RecordSize()) + " bytes" + span},
-      {"torn tail", std::to_string(log.Torn()), log.Torn() == 0 ? "" : "bytes that are no whole record"}};
+      {"partial record", std::to_string(log.Torn()), log.Torn() == 0 ? "" : "bytes"}};
   bool sound = log.Torn() == 0;
   for (Fault const& fault :
        {found.outOfOrder, found.inFuture, found.withoutTime, damage.zero, damage.doubled, damage.mixed}) {
     sound = sound && fault.count == 0;
     row.push_back({fault.name, fault.count});
     rows.push_back({fault.shown, std::to_string(fault.count),
-                    fault.count == 0 ? "" : "the first: record " + std::to_string(fault.first)});
+                    fault.count == 0 ? "" : "first: record " + std::to_string(fault.first)});
   }
   if (!PrintMachineRow(terminal, row)) terminal.PrintTable(rows);
   NoteCopies(log, terminal);
@@ -365,7 +364,7 @@ void SalvageText(Arguments const& arguments, Terminal& terminal) {
           terminal,
           {{"file", arguments.out}, {"lines", found.lines}, {"nulRuns", found.nulRuns}, {"nulBytes", found.nulBytes}}))
     terminal.PrintText(std::to_string(found.lines) + " lines saved, " + std::to_string(found.nulBytes) +
-                       " NUL bytes left out");
+                       " NUL bytes removed");
 }
 
 // The records of the log, or those of its scratch file where a cut broke off half way and only that one has them all.
@@ -378,8 +377,8 @@ std::vector<unsigned char> Rescued(RecordLog const& log, Terminal const& termina
   std::vector<unsigned char> whole = copy.Torn() == 0 ? LoadRecords(copy) : std::vector<unsigned char>();
   std::uint64_t const lacking = RecordsLacking(bytes, whole, log.RecordSize());
   if (lacking == 0) return bytes;
-  terminal.Note(scratch + " has " + std::to_string(lacking) + " records that " + log.Path() +
-                " lacks, from a cut that was interrupted: the records are taken from it");
+  terminal.Note(scratch + " has " + Counted(lacking, "record") + " that " + log.Path() +
+                " lacks, left by an interrupted truncation; its records are saved");
   return whole;
 }
 
@@ -405,28 +404,29 @@ void Salvage(Arguments const& arguments, Terminal& terminal) {
   for (Fault const& fault : {damage.zero, damage.doubled, damage.mixed}) {
     row.push_back({fault.name, fault.count});
     if (fault.count > 0)
-      leftOut += std::string(leftOut.empty() ? ", records left out: " : ", ") + fault.shown + " " +
-                 std::to_string(fault.count);
+      leftOut +=
+          std::string(leftOut.empty() ? ", records skipped: " : ", ") + fault.shown + " " + std::to_string(fault.count);
   }
   if (!PrintMachineRow(terminal, row))
     terminal.PrintText(std::to_string(saved) + " records saved, " + std::to_string(log.Torn()) +
-                       " bytes behind them left out" + leftOut);
+                       " trailing bytes skipped" + leftOut);
 }
 
 // ---- The command line ----
 
 char const kCalendarHelp[] =
-    "Whole days, both included; without them all of the log. Counted as the programs count, whose calendar takes a\n"
-    "29 February for 1 February, and the 31 December of a leap year for 1 January of that year.";
+    "--from and --to are whole days, inclusive; default: the whole log. As in the programs, 29 February counts as 1 "
+    "February, and 31 December of a leap year as 1 January of that year.";
 
 // The options that several commands have.
 struct Asked {
   Arguments& to;
 
   Options File() const { return {Argument("FILE", &to.file, "The log").Required()}; }
-  Option Size() const { return Value("--size", &to.size, "N", "Bytes of payload behind each date-time, if not 64"); }
+  Option Size() const { return Value("--size", &to.size, "N", "Payload size in bytes; default 64"); }
   Options Days() const {
-    return {Value("--from", &to.from, "DAY", "Only from then on"), Value("--to", &to.to, "DAY", "Only up to then")};
+    return {Value("--from", &to.from, "DAY", "First day to include"),
+            Value("--to", &to.to, "DAY", "Last day to include")};
   }
   Option Text() const { return Flag("--text", &to.text, "FILE is a text log"); }
 };
@@ -435,41 +435,37 @@ std::vector<Command> Views(std::shared_ptr<Arguments> const& arguments) {
   Asked const asked = {*arguments};
   ChoiceOptions& choice = arguments->choice;
   return {
-      {"show", "The records: time, code, printable and hexadecimal payload", On(arguments, Show),
+      {"show", "List records: time, code, text, payload in hexadecimal", On(arguments, Show),
        Joined({asked.File(),
                choice.Span(),
                choice.Code(),
                choice.Grep(),
-               {Flag("--reverse", &arguments->reverse, "The last one first"),
-                Value("--last", &arguments->last, "N", "Only the last N of them"), asked.Size()}}),
-       "CODE is the first two bytes of the payload, TEXT the rest, with \".\" for what does not print. Zeros at the "
-       "end\n"
-       "of a payload are left out of the table, and on a terminal what is wider than it. A day or a minute is meant "
-       "from\n"
-       "its first to its last second."},
-      {"chart", "Bars of the events by hour, day, week, month or year, for each code", On(arguments, DrawChart),
+               {Flag("--reverse", &arguments->reverse, "Newest record first"),
+                Value("--last", &arguments->last, "N", "Only the last N records"), asked.Size()}}),
+       "CODE is the first two bytes of the payload, TEXT the rest (\".\" for unprintable bytes). Trailing zeros are "
+       "omitted; lines are cut at the terminal width. A day or a minute means from its first to its last second."},
+      {"chart", "Chart events by hour, day, week, month or year, for each code", On(arguments, DrawChart),
        Joined({asked.File(),
                {Value("--by", &arguments->by, "hour|day|week|month|year|weekday|hour-of-day",
-                      "What a bar stands for; if not given what fits a page")},
+                      "What a bar stands for; default: what fits a page")},
                choice.Span(),
                choice.Code(),
-               arguments->picture.Asked("--svg", "Draw a picture instead, into this file"),
+               arguments->picture.Asked("--svg", "Write an SVG picture to FILE instead"),
                {asked.Size()}}),
-       "All bars have one scale, up to the width of the terminal. Rows without an event stand between the "
-       "others, three\n"
-       "and more of them as one line. The codes that --code names stand beside each other if they fit."}};
+       "All bars have the same scale, up to the terminal width. Three or more empty rows in a row are one line. The "
+       "codes of --code are side by side if they fit."}};
 }
 
 std::vector<Command> Statistics(std::shared_ptr<Arguments> const& arguments) {
   Asked const asked = {*arguments};
   return {
-      {"count", "How often an event happened", On(arguments, Count),
+      {"count", "Count an event", On(arguments, Count),
        Joined({asked.File(), {Value("--code", &arguments->code, "N", "Code of the event").Required()}, asked.Days()}),
        kCalendarHelp},
-      {"time", "How long a condition lasted: from events that begin it to events that end it", On(arguments, Time),
+      {"time", "Add up how long a condition lasted, from start events to end events", On(arguments, Time),
        Joined({asked.File(),
-               {Value("--start", &arguments->start, "N", "Code that begins it").Required(),
-                Value("--end", &arguments->ends, "A,B", "Codes that end it").Separated().Required()},
+               {Value("--start", &arguments->start, "N", "Code of the start event").Required(),
+                Value("--end", &arguments->ends, "A,B", "Codes of the end events").Separated().Required()},
                asked.Days()}),
        kCalendarHelp}};
 }
@@ -477,18 +473,18 @@ std::vector<Command> Statistics(std::shared_ptr<Arguments> const& arguments) {
 std::vector<Command> Rescue(std::shared_ptr<Arguments> const& arguments) {
   Asked const asked = {*arguments};
   return {
-      {"verify", "Check the length and the order of the times", On(arguments, Verify),
+      {"verify", "Check the file length and the time stamps", On(arguments, Verify),
        Joined({asked.File(), {asked.Text(), asked.Size()}}),
-       "Exit code 1 when bytes behind the last record are no whole one, or a record is stamped earlier than\n"
-       "the one before it, later than now, or with no date-time at all; or when a power cut has left\n"
-       "something: records of zeros at the end, records that stand twice in a row, a stamp out of order\n"
-       "with the payload of the record beside it. In a text log: NUL bytes, a last line without its end."},
-      {"salvage", "Save the whole records of a damaged log, or of the scratch file of a cut", On(arguments, Salvage),
+       "Exit code 1 for a partial last record; for a time stamp that is out of order, in the future, or invalid; and "
+       "for what a power cut leaves: trailing records of zeros, a record repeated by the next one, a time stamp out of "
+       "order with the payload of the record beside it. In a text log: NUL bytes, a last line without a line end."},
+      {"salvage", "Copy the complete records of a damaged log, or of a leftover .tmp file, to a new log",
+       On(arguments, Salvage),
        Joined({asked.File(),
-               {asked.Text(), Argument("OUT", &arguments->out, "Where the records go").Required(),
+               {asked.Text(), Argument("OUT", &arguments->out, "Output file").Required(),
                 Overwrite(arguments->overwrite), asked.Size()}}),
-       "What a power cut has left is left out: see `verify`. When a cut was interrupted and only FILE.tmp has\n"
-       "all records, they are taken from there."}};
+       "Skips what a power cut leaves: see `verify`. If a truncation was interrupted and only FILE.tmp has all "
+       "records, they are taken from there."}};
 }
 
 }  // namespace
@@ -501,10 +497,9 @@ Command LogCommands() {
     commands.insert(commands.end(), part.begin(), part.end());
   for (Command& command : commands) command.answers = Answers::kJsonOrCsv;
   return Family(
-      "log", "Record logs (*.rgt): look into them, count, save",
-      "Nothing but OUT of `salvage` is ever written. A damaged log, which the programs take for empty, is read as far\n"
-      "as its whole records go. Times are local, as the programs stamp them: 2005-03-07 10:06:40 or 07/03/2005 "
-      "10:06.",
+      "log", "Show, chart, count, check and recover record logs (*.rgt)",
+      "These commands never change a log; only `salvage` writes a file, OUT. A damaged log counts as empty in the "
+      "programs; here its complete records are read. Times are local: 2005-03-07 10:06:40 or 07/03/2005 10:06.",
       {"zelctl log show logevt.rgt --last 20", "zelctl log chart logevt.rgt --from 2005-03-01 --to 2005-03-31",
        "zelctl log chart logevt.rgt --code 1,3 --by weekday", "zelctl log follow logevt.rgt --code 1,2",
        "zelctl log outages logevt.rgt --start 1 --end 2",

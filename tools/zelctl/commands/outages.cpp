@@ -35,7 +35,7 @@ struct Arguments {
 std::optional<Period> PeriodOf(std::optional<std::string> const& by) {
   if (!by || *by == "outage") return std::nullopt;
   std::optional<Period> const period = PeriodNamed(*by);
-  if (!period || *period == Period::kHour) throw WrongUsage("--by: outage, day, week, month or year");
+  if (!period || *period == Period::kHour) throw WrongUsage("--by: expected outage, day, week, month or year");
   return period;
 }
 
@@ -43,7 +43,7 @@ std::optional<Period> PeriodOf(std::optional<std::string> const& by) {
 std::vector<Outage> Chosen(std::vector<Outage> const& outages, Arguments const& arguments) {
   std::int32_t const first = arguments.from ? ParseMoment("--from", *arguments.from).first : 0;
   std::int32_t const last = arguments.to ? ParseMoment("--to", *arguments.to).last : INT32_MAX;
-  if (first > last) throw WrongUsage("--from must not be later than --to");
+  if (first > last) throw WrongUsage("--from is later than --to");
   std::vector<Outage> chosen;
   std::copy_if(outages.begin(), outages.end(), std::back_inserter(chosen),
                [&](Outage const& outage) { return outage.begin >= first && outage.begin <= last; });
@@ -203,18 +203,18 @@ void NoteOddities(History const& history, Terminal const& terminal) {
                                  [&](std::uint16_t end) { return history.byCode.count(end) != 0; });
   if (!known && history.records > 0)
     terminal.Note("no record has the code " + history.codes.Text() + "; `zelctl log chart " + history.path +
-                  "` shows which there are");
+                  "` lists the codes");
   if (history.setBack > 0)
     terminal.Note(Counted(history.setBack, "outage") + " left out, because the clock was set back meanwhile; `zelctl " +
                   "log time` counts otherwise");
   if (history.backwards > 0)
     terminal.Note("the times step back " + Counted(history.backwards, "time") + "; `zelctl log verify " + history.path +
-                  "` tells more");
+                  "` shows where");
 }
 
 void WritePicture(std::vector<Outage> const& outages, std::optional<Period> period, History const& history,
                   Arguments const& arguments, Terminal const& terminal) {
-  if (outages.empty()) return terminal.Note(arguments.picture.path + " is not written: there is nothing to draw");
+  if (outages.empty()) return terminal.Note(arguments.picture.path + " not written: no outages");
   Period const rows = period ? *period : RowPeriod(outages);
   std::string const svg = OutagePicture(outages, rows, history);
   arguments.picture.Write(svg);
@@ -253,20 +253,17 @@ void ShowOutages(Arguments const& arguments, Terminal& terminal) {
 
 Command OutagesCommand() {
   auto const arguments = std::make_shared<Arguments>();
-  return {"outages", "The mains failures: when, how long, how many", On(arguments, ShowOutages),
-          Joined({{Argument("FILE", &arguments->file, "The log").Required()},
-                  arguments->codes.Asked(true),
-                  {Value("--from", &arguments->from, "TIME", "Only outages that begin then or later"),
-                   Value("--to", &arguments->to, "TIME", "Only outages that begin then or earlier"),
-                   Value("--last", &arguments->last, "N", "Only the last N rows; the sums are of all"),
-                   Value("--by", &arguments->by, "outage|day|week|month|year",
-                         "What a row stands for; an outage if not given")},
-                  arguments->picture.Asked("--svg", "Draw a picture instead, into this file")}),
-          "An outage begins with the first record of --start and ends with the next one of --end, as in `log time`. "
-          "One\n"
-          "without an end is open: its length is that until the last record, marked \"+\". The bar of the longest "
-          "fills the\n"
-          "width. By day, week, month and year OUTAGES and LONGEST are of those that begin then, TOTAL is the time "
-          "that\n"
-          "falls there."};
+  return {
+      "outages", "List mains failures: begin, end, length, total", On(arguments, ShowOutages),
+      Joined({{Argument("FILE", &arguments->file, "The log").Required()},
+              arguments->codes.Asked(true),
+              {Value("--from", &arguments->from, "TIME", "First begin to include"),
+               Value("--to", &arguments->to, "TIME", "Last begin to include"),
+               Value("--last", &arguments->last, "N", "Only the last N rows; totals include all"),
+               Value("--by", &arguments->by, "outage|day|week|month|year", "What a row stands for; default: outage")},
+              arguments->picture.Asked("--svg", "Write an SVG picture to FILE instead")}),
+      "An outage begins with the first record of --start and ends with the next one of --end, as in `log time`. An "
+      "outage without an end is open: its length, marked \"+\", is measured to the last record. The longest bar fills "
+      "the width. By day, week, month or year, OUTAGES and LONGEST count the outages that begin in it; TOTAL is the "
+      "outage time in it."};
 }

@@ -34,6 +34,6 @@ Command PortsCommand() {
           "List serial ports for a UPS",
           List,
           {},
-          "Ports are counted from 1, as in commPort of `zelctl ups`: port 1 is /dev/ttyS0.",
+          "Ports count from 1, like commPort in `zelctl ups`: port 1 is /dev/ttyS0.",
           {"zelctl ports"}};
 }

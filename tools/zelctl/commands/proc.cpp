@@ -30,7 +30,7 @@ constexpr char const* kLevels[] = {"low", "normal", "high", "highest"};
 
 char const* LevelName(int level) { return kLevels[std::clamp(level, 0, 3)]; }
 
-// Where the last column of a table begins, which is as wide as its other columns and two blanks behind each.
+// Where the last column of a table begins, which is as wide as its other columns and two blanks after each.
 std::size_t LastColumn(std::vector<std::vector<std::string>> const& rows) {
   std::size_t at = 0;
   for (std::size_t i = 0; i + 1 < rows[0].size(); i++) {
@@ -205,7 +205,7 @@ Command ProcCommands() {
   Option const name = Argument("NAME", &arguments->name, "Name of the program").Required();
   return Family(
       "proc", "List, start and kill processes",
-      "The name of a process is the first 15 characters of its program's file name. NAME can be a path: only the part\n"
+      "The name of a process is the first 15 characters of its program's file name. NAME can be a path: only the part "
       "after the last \"/\" is compared, case-sensitively.",
       {"zelctl proc list", "zelctl proc find zelsrv", "zelctl proc start 'sleep 60'", "zelctl proc kill zelsrv",
        "zelctl proc priority 4711 high"},
@@ -219,22 +219,22 @@ Command ProcCommands() {
         "Start a command in the background",
         On(arguments, Start),
         {Argument("COMMAND", &arguments->command, "Command line, in quotes").Required()},
-        "COMMAND is one argument: a command line for /bin/sh. It runs in its own session, with zelctl's input and\n"
-        "output unless they are pipes. zelctl does not wait; it reports only a failure in the first 0.2 seconds\n"
-        "(exit code 1)."},
+        "COMMAND is one argument: a command line for /bin/sh. It runs in its own session, with zelctl's input and "
+        "output unless they are pipes. zelctl does not wait; it reports only a failure in the first 0.2 seconds (exit "
+        "code 1)."},
        {"kill",
         "Kill a process: SIGTERM, immediately followed by SIGKILL",
         On(arguments, Kill),
         {name, Value("--pid", &arguments->pid, "PID", "Only the process with this id, if it has the name"),
          Flag("--all", &arguments->all, "All processes of that name").Excludes("--pid")},
-        "Prints the process id. If several processes have the name, use --pid or --all; otherwise none is "
-        "killed. Process 1\nand zelctl itself are never killed. Exit code 1 if no process has the "
-        "name, or one is still there after two\nseconds."},
+        "Prints the process id. If several processes have the name, use --pid or --all; otherwise none is killed. "
+        "Process 1 and zelctl itself are never killed. Exit code 1 if no process has the name, or one is still there "
+        "after two seconds."},
        {"priority",
         "Set the priority of a process",
         On(arguments, SetPriority),
         {Argument("PID", &arguments->pid, "Id of the process").Required(),
          Argument("LEVEL", &arguments->level, "The new priority").Required()},
-        "LEVEL is low, normal, high or highest (0 to 3): nice 20, 0, -10, -20. Raising above normal, or another "
-        "user's\nprocess, requires root."}});
+        "LEVEL is low, normal, high or highest (0 to 3): nice 20, 0, -10, -20. Raising above normal, or another user's "
+        "process, requires root."}});
 }

@@ -38,7 +38,7 @@ std::string ValueText(Field const& field, void const* record) {
   return value;
 }
 
-// "timer: on battery, ms" is "Timer: on battery" here: the unit stands behind the value.
+// "timer: on battery, ms" is "Timer: on battery" here: the unit is after the value.
 std::string NameText(Field const& field) {
   std::string name = field.meaning;
   std::string const unit = ", ms";
@@ -78,7 +78,7 @@ ShownSettings ShutdownOf(std::string const& root) {
   ShutSrvConfig settings = {};
   if (GetShutSrvConfig(root.c_str(), &settings) == 0)
     return {"upscli.cfg: ZELSRV in [SHUTSRV] is not NAME;ADDRESS;PORT: nothing can be read.", {}};
-  return {"Settings of this computer, and where each stands in upscli.cfg or another file.",
+  return {"Settings of this computer, and the line of upscli.cfg or another file that each comes from.",
           Rows(ShutdownFields(), &settings, {root + "upscli.cfg", GetUserPath() + ".zelvane"})};
 }
 
@@ -130,19 +130,16 @@ void Report(Arguments const& arguments, Terminal const& terminal) {
 
 Command ReportCommand() {
   auto const arguments = std::make_shared<Arguments>();
-  Options page = arguments->page.Asked("--out", "The page, one file of HTML");
+  Options page = arguments->page.Asked("--out", "Output file (HTML)");
   page.back().required = true;
   return {"report",
-          "A page for whoever answers for a site",
+          "Write a report of an installation as one HTML page",
           On(arguments, Report),
           Joined({page,
                   arguments->codes.Asked(false),
-                  {Value("--schedule", &arguments->schedule, "FILE", "A schedule, for the next planned moment")}}),
-          "The page tells what holds, what happened and what wants a look: settings with their origin, units and "
-          "servers,\n"
-          "outages by day, month and hour, findings. It needs no script and no other file, and prints well. Passwords "
-          "are\n"
-          "not in it.",
+                  {Value("--schedule", &arguments->schedule, "FILE", "Schedule file, for the next planned time")}}),
+          "The page shows the settings with their origin, units and servers, outages by day, month and hour, and "
+          "findings. It needs no script and no other file, and can be printed. It contains no passwords.",
           {"zelctl report --root /srv/site --out report.html",
            "zelctl report --out report.html --overwrite --schedule proglist.dat"}};
 }

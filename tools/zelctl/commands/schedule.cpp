@@ -55,7 +55,7 @@ std::vector<reg_proglist> Entries(ProgList& list) {
   return entries;
 }
 
-// Bytes behind the last whole entry.
+// Bytes after the last whole entry.
 std::uintmax_t Torn(std::string const& file) {
   std::error_code none;
   std::uintmax_t const size = fs::file_size(file, none);
@@ -69,7 +69,7 @@ std::string Fault(std::vector<reg_proglist> const& entries, std::uintmax_t torn)
     if (entries[i].dateTime < 0) return entry + " is no date";
     if (i > 0 && entries[i].dateTime < entries[i - 1].dateTime) return entry + " is earlier than the one before it";
   }
-  return torn == 0 ? "" : "after its last entry come " + Counted(torn, "byte");
+  return torn == 0 ? "" : Counted(torn, "extra byte") + " after its last entry";
 }
 
 // What the save will replace is kept, if it must be.
@@ -79,8 +79,8 @@ void RequireSchedule(std::string const& file, Writing const& writing) {
   std::string const fault = Fault(Entries(list), Torn(file));
   if (fault.empty()) return;
   if (!writing.force)
-    throw Failed(file + ": not a schedule: " + fault + "; use --force to go on (the old file is copied to " + file +
-                 ".lost)");
+    throw Failed(file + ": not a schedule: " + fault + "; use --force to save it anyway (the old file is copied to " +
+                 file + ".lost)");
   if (!writing.dryRun) KeepAsLost(file);
 }
 
@@ -207,7 +207,7 @@ Command ScheduleCommands() {
   Options const file = {Argument("FILE", &arguments->file, "The schedule").Required()};
   Options const writer = Joined({file,
                                  {Flag("--force", &arguments->writing.force,
-                                       "Go on although the file is not a schedule; it is copied to FILE.lost first"),
+                                       "Save even if the file is not a schedule; it is copied to FILE.lost first"),
                                   DryRun(arguments->writing)}});
   auto const when = [&](char const* help) {
     return Joined({writer, {Argument("WHEN", &arguments->moments, help).Required()}});

@@ -33,7 +33,7 @@ std::string Span(std::int64_t seconds) {
   return counted(seconds / kDaySeconds, "day");
 }
 
-// The answer: lines with a mark in front of what wants a look, under a few names.
+// The answer: lines under a few names, marked where they need attention.
 class Screen {
  public:
   explicit Screen(Terminal const& terminal) : terminal_(terminal) {}
@@ -139,7 +139,7 @@ std::string UnitsText(Site const& site) {
   std::string text;
   for (SitePlace const& unit : site.units) text += (text.empty() ? "" : ", ") + unit.name;
   for (std::string const& unit : site.missing)
-    text += (text.empty() ? "" : "; ") + unit + " is listed and has no folder";
+    text += (text.empty() ? "" : "; ") + unit + " is listed and has no directory";
   return text.empty() ? "none listed" : text;
 }
 
@@ -263,12 +263,11 @@ void Status(Arguments const& arguments, Terminal& terminal) {
 Command StatusCommand() {
   auto const arguments = std::make_shared<Arguments>();
   return {"status",
-          "How an installation is doing, on one screen",
+          "Show the state of an installation on one screen",
           On(arguments, Status),
           Joined({arguments->codes.Asked(false),
-                  {Value("--schedule", &arguments->schedule, "FILE", "A schedule, for the next planned moment")}}),
-          "\"!\" stands before what wants a look. Exit code 1 when the mains are off, or a log is damaged so that "
-          "nobody can\n"
-          "tell. With --root nothing is said of the services of this computer.",
+                  {Value("--schedule", &arguments->schedule, "FILE", "Schedule file, for the next planned time")}}),
+          "\"!\" marks lines that need attention. Exit code 1 if the mains are off, or if a damaged log hides it. With "
+          "--root, the services of this computer are not shown.",
           {"zelctl status --root /srv/site --start 1 --end 2,4"}};
 }

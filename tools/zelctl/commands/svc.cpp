@@ -30,7 +30,7 @@ struct Service {
 
 constexpr char kNoScripts[] = "no init scripts found in /etc/init.d, /etc/rc.d or /usr/local/etc/rc.d";
 
-// The library looks at no run level; only scripts of this folder start by their being there.
+// The library looks at no run level; only scripts of this directory start by their being there.
 std::string AutomaticOf(SvcClass const& service) {
   static std::string const kFolder = "/usr/local/etc/rc.d/";
   if (service.GetFileName().compare(0, kFolder.size(), kFolder) != 0) return "unknown";
@@ -217,14 +217,13 @@ Command SvcCommands() {
   };
   Options const named = {Argument("NAME", name.get(), "Name of the service").Required().Suggesting(services)};
   char const* const started =
-      "Prints the process id. Exit code 1 if the script fails, or the process does not exist when it returns. With\n"
+      "Prints the process id. Exit code 1 if the script fails, or the process does not exist when it returns. With "
       "--json the script's output goes to standard error.";
   return Family(
       "svc", "Services with an init script",
-      "A service is a script in /etc/init.d; if there is none, in /etc/rc.d and /usr/local/etc/rc.d. Its name is the\n"
+      "A service is a script in /etc/init.d; if there is none, in /etc/rc.d and /usr/local/etc/rc.d. Its name is the "
       "script's, without a leading \"rc.\" and without the last dot and what follows. It counts as running if a "
-      "process\n"
-      "with that name runs. Names over 15 characters never match.",
+      "process with that name runs. Names over 15 characters never match.",
       {"zelctl svc list", "zelctl svc status zelsrv", "zelctl svc start zelsrv", "zelctl svc stop zelsrv",
        "zelctl svc restart zelsrv"},
       {{"list",
@@ -233,15 +232,12 @@ Command SvcCommands() {
         {},
         "Run levels are not examined, so \"automatic\" is unknown for most services."},
        {"status", "Show one service, with its systemd state if there is one", On(name, Status), named,
-        "Also shows services known only to systemd; the other commands do not act on them. Exit code 1 if the "
-        "service\n"
+        "Also shows services known only to systemd; the other commands do not act on them. Exit code 1 if the service "
         "does not exist."},
        {"start", "Run the script with \"start\"", On(name, Start), named, started},
        {"stop", "Run the script with \"stop\"; kill the process if it still runs", On(name, Stop), named,
         "Prints the ids of the processes that ended. If a process still has the name when the script returns, the "
-        "first\n"
-        "one is killed immediately (SIGTERM, then SIGKILL). Does nothing if process 1 or zelctl itself has that "
-        "name.\n"
-        "Exit code 1 if the script fails, or a process with the name is left after two seconds."},
+        "first one is killed immediately (SIGTERM, then SIGKILL). Does nothing if process 1 or zelctl itself has that "
+        "name. Exit code 1 if the script fails, or a process with the name is left after two seconds."},
        {"restart", "Run the script with \"restart\" if the service is running", On(name, Restart), named, started}});
 }

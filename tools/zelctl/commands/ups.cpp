@@ -174,8 +174,8 @@ struct ScratchFolder {
 };
 
 // Another type has its own model file, another line its own entry in usbhid.cfg. The settings there must not be
-// overwritten with those of the old type and line, so the library is asked for them: in a folder where the type and the
-// line are the new ones already, and links lead to all the rest.
+// overwritten with those of the old type and line, so the library is asked for them: in a directory where the type and
+// the line are the new ones already, and links lead to all the rest.
 void Reselect(Place const& place, UpsSrvConfig& cfg) {
   ScratchFolder const scratch;
   std::string const folder = scratch.path.string() + "/";
@@ -216,8 +216,8 @@ std::vector<Command> Settings() {
   };
   record.readFault = "cannot read";
   record.notes =
-      "Timers are rounded down to whole seconds. A date later than one dischargeInterval from now is moved to that.\n"
-      "Settings marked * are saved only if the model file upscfgNN.cfg in DIR already has them.\n";
+      "Timers are rounded down to whole seconds. A date later than one dischargeInterval from now is moved to "
+      "that.\nSettings marked * are saved only if the model file upscfgNN.cfg in DIR already has them.\n";
   record.folder = Folder::kArgument;
   record.places = UnitNames;
   record.options = {
@@ -237,18 +237,16 @@ Command UpsCommands() {
   std::vector<Command> commands = {
       {"list", "The units", List},
       {"add", "Add a unit (0 to 99); create its directory if it is missing", On(arguments, Add), options,
-       "Copies the files named in default/zelcfg.cfg of the installation root into a new directory. Its mode is "
-       "01230,\n"
+       "Copies the files named in default/zelcfg.cfg of the installation root into a new directory. Its mode is 01230, "
        "so only root can use it; run as root."},
       {"remove", "Remove a unit from the list", On(arguments, Remove), Joined({options, {Yes(arguments->writing)}}),
        "Its directory and files stay."}};
   std::vector<Command> const settings = Settings();
   commands.insert(commands.end(), settings.begin(), settings.end());
-  return Family(
-      "ups", "UPS units of this installation and their settings",
-      "Units are listed in srvlist.cfg of the installation root. Settings are in upssrv.cfg of the unit's directory;\n"
-      "with a single UPS, in the root itself.",
-      {"zelctl ups list", "zelctl ups add 7", "zelctl ups remove 7 --dry-run", "zelctl ups show 007 tcpPort",
-       "zelctl ups set 007 upsType=3 commType=1 timerOnBattery=120000", "zelctl ups defaults"},
-      std::move(commands));
+  return Family("ups", "UPS units of this installation and their settings",
+                "Units are listed in srvlist.cfg of the installation root. Settings are in upssrv.cfg of the unit's "
+                "directory; with a single UPS, in the root itself.",
+                {"zelctl ups list", "zelctl ups add 7", "zelctl ups remove 7 --dry-run", "zelctl ups show 007 tcpPort",
+                 "zelctl ups set 007 upsType=3 commType=1 timerOnBattery=120000", "zelctl ups defaults"},
+                std::move(commands));
 }

@@ -30,7 +30,7 @@ namespace fs = std::filesystem;
 
 // ---- Rehearsals ----
 
-// The folder of the copies while there is a rehearsal.
+// The directory of the copies while there is a rehearsal.
 std::string g_scratch;
 
 std::string HomeFolder() {
@@ -222,9 +222,7 @@ Option DryRun(Writing& writing) {
   return Flag("--dry-run", &writing.dryRun, "Change nothing; show the lines that would differ");
 }
 
-Option Yes(Writing& writing) {
-  return Flag("--yes", &writing.yes, "Do not ask; required where no terminal is there to ask on");
-}
+Option Yes(Writing& writing) { return Flag("--yes", &writing.yes, "Do not ask; required without a terminal"); }
 
 Option Overwrite(bool& overwrite) { return Flag("--overwrite", &overwrite, "Replace OUT if it exists"); }
 
@@ -239,7 +237,7 @@ void TellOutput(std::string const& path, std::uint64_t bytes, bool dryRun, Termi
 
 void RequireConsent(std::string const& what, Writing const& writing) {
   if (writing.yes || writing.dryRun) return;
-  if (isatty(STDIN_FILENO) == 0 || isatty(STDERR_FILENO) == 0) throw WrongUsage(what + "; use --yes to go on");
+  if (isatty(STDIN_FILENO) == 0 || isatty(STDERR_FILENO) == 0) throw WrongUsage(what + "; use --yes to confirm");
   Complain(what);
   std::cerr << "Go on? [y/N] " << std::flush;
   std::string answer;
@@ -270,7 +268,7 @@ Rehearsal::~Rehearsal() { End(); }
 
 void Rehearsal::End() const {
   std::error_code ignored;
-  // A new unit's folder keeps its owner out.
+  // A new unit's directory keeps its owner out.
   for (fs::recursive_directory_iterator each(g_scratch, ignored), end; !ignored && each != end; each.increment(ignored))
     if (each->is_directory(ignored)) fs::permissions(each->path(), fs::perms::owner_all, ignored);
   fs::remove_all(g_scratch, ignored);

@@ -31,12 +31,12 @@ Option DryOutput(bool& dryRun);
 // How many bytes were, or would be, written.
 void TellOutput(std::string const& path, std::uint64_t bytes, bool dryRun, Terminal const& terminal);
 
-// Tells what is about to be removed and asks whether to go on. Does not ask with --yes or --dry-run. Throws Failed when
-// the answer is no, and WrongUsage where nobody can be asked.
+// Tells what is about to be removed and asks whether to continue. Does not ask with --yes or --dry-run. Throws Failed
+// when the answer is no, and WrongUsage where nobody can be asked.
 void RequireConsent(std::string const& what, Writing const& writing);
 
-// During a rehearsal the copy of that file or folder; otherwise the path itself. The installation root and the user's
-// home lead to the copies by themselves.
+// During a rehearsal the copy of that file or directory; otherwise the path itself. The installation root and the
+// user's home lead to the copies by themselves.
 std::string At(std::string const& path);
 
 struct Edit {
@@ -48,7 +48,8 @@ struct Edit {
   std::function<std::string(std::string const& bytes)> asLines = {};
 };
 
-// Copies of the files under a folder of their own, which the library and At() take for the originals while this lives.
+// Copies of the files under a directory of their own, which the library and At() take for the originals while this
+// lives.
 class Rehearsal {
  public:
   Rehearsal(Edit const& edit, Terminal const& terminal);

@@ -21,7 +21,7 @@ extern "C" void RemoveUnfinished(int number) {
   raise(number);
 }
 
-// Whoever ignores a signal (nohup) goes on ignoring it.
+// A signal that is ignored (nohup) stays ignored.
 void RemoveWhenStopped() {
   for (int const number : {SIGHUP, SIGINT, SIGTERM}) {
     struct sigaction action = {};

@@ -13,16 +13,16 @@ bool Choice::operator()(Record const& record) const {
   return !dated || (record.stamp >= first && record.stamp <= last);
 }
 
-Options ChoiceOptions::Code() { return {Value("--code", &codes_, "A,B", "Only these codes").Separated()}; }
+Options ChoiceOptions::Code() { return {Value("--code", &codes_, "A,B", "Only records with these codes").Separated()}; }
 
 Options ChoiceOptions::Grep() {
-  return {Value("--grep", &text_, "TEXT", "Only records whose text holds this, in any case")};
+  return {Value("--grep", &text_, "TEXT", "Only records whose text contains this, case-insensitive")};
 }
 
 Options ChoiceOptions::Span() {
-  return {Value("--from", &from_, "TIME", "Only from then on"), Value("--to", &to_, "TIME", "Only up to then"),
-          Value("--since", &since_, "TIME", "The same as --from, also today, yesterday or \"2 hours ago\"")
-              .Excludes("--from")};
+  return {
+      Value("--from", &from_, "TIME", "First time to include"), Value("--to", &to_, "TIME", "Last time to include"),
+      Value("--since", &since_, "TIME", "Like --from; also today, yesterday or \"2 hours ago\"").Excludes("--from")};
 }
 
 Choice ChoiceOptions::Get(Terminal const& terminal) const {
@@ -35,6 +35,6 @@ Choice ChoiceOptions::Get(Terminal const& terminal) const {
   if (from_) choice.first = ParseMoment("--from", *from_).first;
   if (since_) choice.first = ParseSince("--since", *since_);
   if (to_) choice.last = ParseMoment("--to", *to_).last;
-  if (choice.first > choice.last) throw WrongUsage("--from must not be later than --to");
+  if (choice.first > choice.last) throw WrongUsage("--from is later than --to");
   return choice;
 }

@@ -15,7 +15,7 @@
 
 enum class FieldKind {
   kText,
-  kListText,   // one of several texts that share a line, parted by ";"
+  kListText,   // one of several texts that share a line, separated by ";"
   kLowerText,  // read in lower case, however it was written
   kPassword,   // Base64 in the file, so it may hold anything; shown on request only
   kNumber,
@@ -41,7 +41,7 @@ struct Field {
   char const* file = nullptr;
   char const* section = nullptr;
   char const* key = nullptr;  // null: keyOf tells; kFirstKey: the first one of the section
-  int part = -1;              // of a value of several, parted by ";"
+  int part = -1;              // of a value of several, separated by ";"
   std::string (*keyOf)(void const* record) = nullptr;
   std::vector<std::string> words = {};  // what the file has for the numbers from 0 on, where those are words
 };

@@ -74,15 +74,15 @@ void Apply(Changes const& changes, std::vector<Field> const& fields, void* recor
   for (auto const& [name, value] : changes) FindField(fields, name).put(record, value);
 }
 
-// The folder that a word names: a unit by its number, however many zeros it is written with, a bare name in the root, a
-// path as it is.
+// The directory that a word names: a unit by its number, however many zeros it is written with, a bare name in the
+// root, a path as it is.
 std::string InRoot(std::string const& word) {
   if (!ExtractFilePath(word).empty() || word == "." || word == "..") return IncludePathDelimiter(word);
   long const unit = word.find_first_not_of("0123456789") == std::string::npos ? StrToIntDef(word, -1) : -1;
   return GetZelvanePath() + (unit >= 0 ? IntToStr(unit, 3) : word);
 }
 
-// The folder of the settings; "" for the installation root. Takes the word that names it off the items.
+// The directory of the settings; "" for the installation root. Takes the word that names it off the items.
 std::string TakeDirectory(RecordFamily const& family, Arguments& arguments) {
   std::string directory = arguments.directory;
   if (family.folder == Folder::kArgument) {
@@ -251,14 +251,13 @@ Command SetCommand(std::shared_ptr<RecordFamily const> const& record) {
   Options options = Joined(
       {CommonOptions(*record, *arguments), {Items(record, *arguments, true)}, WritingOptions(arguments->writing)});
   std::string notes = FieldList(record->fields) + record->notes +
-                      "Texts cannot contain '[', ']' or line feeds, nor start or end with a blank.\n"
-                      "The record is written whole: fields that the files lack are added with their defaults.\n";
+                      "Texts cannot contain '[', ']' or line feeds, nor start or end with a blank. The record is "
+                      "written whole: fields that the files lack are added with their defaults.\n";
   if (HasPassword(*record)) {
     options.push_back(
         Value("--password-file", &arguments->passwordFile, "FILE", "Take the password from the first line of FILE"));
     notes +=
-        "Other users can see a password on the command line. Use \"-\" to read it from standard input (not echoed), "
-        "or\n"
+        "Other users can see a password on the command line. Use \"-\" to read it from standard input (not echoed), or "
         "--password-file.\n";
   }
   return {"set", "Set fields; every value is checked before anything is written",

@@ -13,7 +13,7 @@
 // Where a record lies.
 enum class Folder {
   kRoot,      // in the installation root
-  kOption,    // there, or in the folder that --dir names
+  kOption,    // there, or in the directory that --dir names
   kArgument,  // the same, but the first word names it too; a bare name lies in the root
 };
 

@@ -9,8 +9,8 @@
 #include "zelvane/config/paths.h"
 
 Options OutageOptions::Asked(bool required) {
-  char const* const end = required ? "Codes that end it" : "Codes that end it; 2 if not given";
-  char const* const start = required ? "Code that begins an outage" : "Code that begins an outage; 1 if not given";
+  char const* const end = required ? "Codes that end an outage" : "Codes that end an outage; default: 2";
+  char const* const start = required ? "Code that begins an outage" : "Code that begins an outage; default: 1";
   return {Value("--start", &start_, "N", start).Required(required),
           Value("--end", &ends_, "A,B", end).Separated().Required(required)};
 }
@@ -27,7 +27,7 @@ OutageCodes OutageOptions::Codes() const {
 
 std::string RequireRoot() {
   std::string root = GetZelvanePath();
-  if (root.empty()) throw Failed("no installation root is known; --root names one");
+  if (root.empty()) throw Failed("installation root is unknown; use --root DIR");
   struct stat folder = {};
   if (stat(root.c_str(), &folder) != 0) throw FileFailed(root);
   if (!S_ISDIR(folder.st_mode)) throw FileFailed(root, ENOTDIR);

@@ -21,7 +21,7 @@ class OutageOptions {
   std::vector<std::string> ends_ = {"2"};
 };
 
-// The root that the library goes by. Throws Failed when there is none, or no such folder.
+// The root that the library goes by. Throws Failed when there is none, or no such directory.
 std::string RequireRoot();
 
 #endif

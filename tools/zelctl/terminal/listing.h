@@ -25,9 +25,9 @@ class Listing {
 
   // A cell for every column: a text (Latin-1), a number or null.
   void Row(std::vector<Json> const& cells);
-  // Prints the rows so far: for answers that go on.
+  // Prints the rows so far: for answers that continue.
   void Flush();
-  // To be called behind the last row.
+  // To be called after the last row.
   void End();
 
  private:

@@ -48,8 +48,8 @@ struct Terminal {
   std::string ShownName(std::string const& name) const;
 
   // One row a line, columns aligned; the first row is the heading. A cell longer than 48 characters pushes aside the
-  // rest of its own row only. On a terminal no row is wider than that: long cells go on in the next line, and columns
-  // for which there is no room are named on the error stream instead.
+  // rest of its own row only. On a terminal no row is wider than that: long cells continue in the next line, and
+  // columns for which there is no room are named on the error stream instead.
   void PrintTable(std::vector<std::vector<std::string>> const& rows) const;
   // In UTF-8 whatever the terminal.
   void PrintJson(Json const& value) const;
@@ -60,7 +60,7 @@ struct Terminal {
   void PrintValue(std::string const& latin1) const;
   // Names the columns that a narrow terminal does not show.
   void NoteNoRoom(std::string const& columns) const;
-  // A remark on the error stream; the command goes on.
+  // A remark on the error stream; the command continues.
   void Note(std::string const& text) const;
 };
 
