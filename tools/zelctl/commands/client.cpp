@@ -1,6 +1,6 @@
 // zelctl client: the settings of the client program of the calling user.
 #include "commands/families.h"
-#include "records/record.h"
+#include "commands/record.h"
 #include "records/tables.h"
 #include "zelvane/api/clientconfig.h"
 #include "zelvane/config/paths.h"

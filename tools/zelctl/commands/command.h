@@ -1,5 +1,5 @@
 // Commands as data: what they are called, what they take, what they do. commandline.cpp makes the parser of them,
-// help.cpp the overview and the manual page.
+// help.cpp the overview, manual.cpp the manual page, completion.cpp what shells offer.
 #ifndef ZELVANE_TOOLS_ZELCTL_COMMANDS_COMMAND_H
 #define ZELVANE_TOOLS_ZELCTL_COMMANDS_COMMAND_H
 

@@ -1,6 +1,6 @@
 // zelctl shutdown: what the shutdown service of this computer does.
 #include "commands/families.h"
-#include "records/record.h"
+#include "commands/record.h"
 #include "records/tables.h"
 #include "zelvane/api/shutsrvconfig.h"
 #include "zelvane/config/paths.h"

@@ -7,10 +7,10 @@
 #include <filesystem>
 
 #include "commands/families.h"
+#include "commands/record.h"
 #include "files/edit.h"
 #include "files/format.h"
 #include "files/handle.h"
-#include "records/record.h"
 #include "records/tables.h"
 #include "terminal/latin1.h"
 #include "zelvane/api/serialports.h"

@@ -1,4 +1,4 @@
-#include "records/record.h"
+#include "commands/record.h"
 
 #include <errno.h>
 #include <string.h>

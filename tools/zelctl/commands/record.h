@@ -1,6 +1,6 @@
 // Records of settings as tables of fields: one table a record, from which `show`, `set` and `defaults` are made.
-#ifndef ZELVANE_TOOLS_ZELCTL_RECORDS_RECORD_H
-#define ZELVANE_TOOLS_ZELCTL_RECORDS_RECORD_H
+#ifndef ZELVANE_TOOLS_ZELCTL_COMMANDS_RECORD_H
+#define ZELVANE_TOOLS_ZELCTL_COMMANDS_RECORD_H
 
 #include <functional>
 #include <memory>
