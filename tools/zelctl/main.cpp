@@ -14,6 +14,11 @@
 
 namespace {
 
+constexpr Command (*kCommands[])() = {ShutdownCommands, CfgCommands,    B64Commands,   UpsCommands,  TypeCommands,
+                                      ServerCommands,   ClientCommands, InfoCommand,   PortsCommand, DigestCommand,
+                                      CipherCommands,   ProcCommands,   SvcCommands,   LogCommands,  ScheduleCommands,
+                                      LangCommands,     BrowseCommands, StatusCommand, ReportCommand};
+
 constexpr int kFailed = 1;
 constexpr int kWrongUsage = 2;
 
@@ -34,10 +39,8 @@ void HoldStreams() {
 int Run(int argc, char** argv) {
   Command root = {"zelctl", "Read and change the settings, logs and lists of the Zelvane UPS programs", nullptr};
   root.notes = "See `zelctl FAMILY COMMAND --help`. Exit codes: 0 success, 1 failure, 2 usage error.";
-  root.commands = {ShutdownCommands(), CfgCommands(),    B64Commands(),   UpsCommands(),   TypeCommands(),
-                   ServerCommands(),   ClientCommands(), InfoCommand(),   PortsCommand(),  DigestCommand(),
-                   CipherCommands(),   ProcCommands(),   SvcCommands(),   LogCommands(),   ScheduleCommands(),
-                   LangCommands(),     BrowseCommands(), StatusCommand(), ReportCommand(), HelpCommand(root)};
+  for (Command (*const make)() : kCommands) root.commands.push_back(make());
+  root.commands.push_back(HelpCommand(root));
   Terminal terminal;
   RunCommandLine(root, terminal, argc, argv);
   RequireAnswered();

@@ -50,8 +50,6 @@ void AddOption(CLI::App& app, Option const& option, Terminal& terminal) {
   if (!option.words.empty()) added->check(CLI::IsMember(option.words));
 }
 
-Option Hidden(Option const& option) { return option.Hidden(); }
-
 void AddOptions(CLI::App& app, Options const& options, Terminal& terminal) {
   for (Option const& option : options) AddOption(app, option, terminal);
   auto const named = [&app](std::string const& name) { return app.get_option(name.substr(name.find(',') + 1)); };
@@ -61,18 +59,23 @@ void AddOptions(CLI::App& app, Options const& options, Terminal& terminal) {
   }
 }
 
-void AddCommand(CLI::App& app, Command const& command, Terminal& terminal) {
+using Words = std::vector<std::string>;
+
+// Of the commands below, all are named; only those that the words name are parsed, and have options.
+void AddCommand(CLI::App& app, Command const& command, Words const& words, Terminal& terminal) {
   AddOptions(app, Joined({CommonOptions(command), command.options}), terminal);
   app.footer(FooterOf(command));
   if (command.run) app.callback([&command, &terminal] { command.run(terminal); });
   if (!command.commands.empty()) app.require_subcommand(1);
-  for (Command const& below : command.commands)
-    AddCommand(*app.add_subcommand(below.name, below.help), below, terminal);
+  for (Command const& below : command.commands) {
+    CLI::App* const added = app.add_subcommand(below.name, below.help);
+    if (std::find(words.begin(), words.end(), below.name) != words.end()) AddCommand(*added, below, words, terminal);
+  }
 }
 
-void AddRoot(CLI::App& app, Command const& root, Terminal& terminal) {
+void AddRoot(CLI::App& app, Command const& root, Words const& words, Terminal& terminal) {
   app.set_version_flag("--version", ZELVANE_VERSION);
-  AddCommand(app, root, terminal);
+  AddCommand(app, root, words, terminal);
 }
 
 // ---- What is wrong with a command line ----
@@ -143,15 +146,16 @@ Options CommonOptions(Command const& command) {
   Option const csv = Flag("--csv", &Terminal::csv, "Print CSV, with column names in the first line");
   // Accepted before the command, too; that it is wrong with some is said then.
   bool const isFamily = !command.commands.empty();
-  if (isFamily) options.push_back(csv.Hidden());
-  if (command.answers == Answers::kJsonOrCsv) options.push_back(csv.Excludes("--json"));
-  if (isFamily && command.name != "zelctl") std::transform(options.begin(), options.end(), options.begin(), Hidden);
+  if (isFamily) options.push_back(Option(csv).Hidden());
+  if (command.answers == Answers::kJsonOrCsv) options.push_back(Option(csv).Excludes("--json"));
+  if (isFamily && command.name != "zelctl")
+    for (Option& option : options) option.hidden = true;
   return options;
 }
 
 void RunCommandLine(Command const& root, Terminal& terminal, int argc, char** argv) {
   CLI::App app(root.help, root.name);
-  AddRoot(app, root, terminal);
+  AddRoot(app, root, Words(argv, argv + argc), terminal);
   app.parse_complete_callback([&] { RequireCsv(app, terminal); });
   try {
     app.parse(argc, argv);
@@ -164,7 +168,7 @@ void RunCommandLine(Command const& root, Terminal& terminal, int argc, char** ar
 std::string HelpText(Command const& root, std::vector<std::string> const& path) {
   Terminal terminal;
   CLI::App app(root.help, root.name);
-  AddRoot(app, root, terminal);
+  AddRoot(app, root, path, terminal);
   CLI::App const* named = &app;
   std::string before;
   for (std::string const& name : path) {

@@ -35,24 +35,23 @@ struct Option {
   bool IsFlag() const { return target.index() < 3; }
   bool IsArgument() const { return name[0] != '-'; }
 
-  Option Required(bool isRequired = true) const { return With(&Option::required, isRequired); }
-  Option Hidden() const { return With(&Option::hidden, true); }
-  Option Separated() const { return With(&Option::separated, true); }
-  Option ShowingDefault() const { return With(&Option::showDefault, true); }
-  Option Values(int fewest, int most) const { return With(&Option::values, {fewest, most}); }
-  Option OneOf(std::vector<std::string> names) const { return With(&Option::words, std::move(names)); }
-  Option Excludes(std::string other) const { return With(&Option::excludes, std::move(other)); }
-  Option Needs(std::string other) const { return With(&Option::needs, std::move(other)); }
-  Option Suggesting(std::function<std::vector<std::string>(std::string const&)> offer) const {
+  Option Required(bool isRequired = true) && { return With(&Option::required, isRequired); }
+  Option Hidden() && { return With(&Option::hidden, true); }
+  Option Separated() && { return With(&Option::separated, true); }
+  Option ShowingDefault() && { return With(&Option::showDefault, true); }
+  Option Values(int fewest, int most) && { return With(&Option::values, {fewest, most}); }
+  Option OneOf(std::vector<std::string> names) && { return With(&Option::words, std::move(names)); }
+  Option Excludes(std::string other) && { return With(&Option::excludes, std::move(other)); }
+  Option Needs(std::string other) && { return With(&Option::needs, std::move(other)); }
+  Option Suggesting(std::function<std::vector<std::string>(std::string const&)> offer) && {
     return With(&Option::suggest, std::move(offer));
   }
 
  private:
   template <class Type>
-  Option With(Type Option::*member, Type what) const {
-    Option changed = *this;
-    changed.*member = std::move(what);
-    return changed;
+  Option With(Type Option::*member, Type what) {
+    this->*member = std::move(what);
+    return std::move(*this);
   }
 };
 
