@@ -54,6 +54,13 @@ std::unique_ptr<CipherClass> KeyedCipher(Arguments const& arguments) {
   return cipher;
 }
 
+std::uint64_t LengthOf(Input& in) {
+  std::uint64_t length = 0;
+  char piece[65536];
+  while (std::size_t const got = in.Fill(piece, sizeof piece)) length += got;
+  return length;
+}
+
 void CodeFile(Arguments const& arguments, Code code, Terminal const& terminal) {
   std::unique_ptr<CipherClass> const cipher = KeyedCipher(arguments);
   Input in(arguments.in, arguments.in);
@@ -62,7 +69,7 @@ void CodeFile(Arguments const& arguments, Code code, Terminal const& terminal) {
   bool const isFile = S_ISREG(source.st_mode);
   if (arguments.dryRun) {
     RequireWritable(arguments.out, source, arguments.overwrite);
-    return TellOutput(arguments.out, static_cast<std::uint64_t>(source.st_size), true, terminal);
+    return TellOutput(arguments.out, LengthOf(in), true, terminal);
   }
   Output out(arguments.out, source, arguments.overwrite);
   std::uint64_t done = 0;

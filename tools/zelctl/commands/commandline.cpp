@@ -21,8 +21,10 @@ CLI::Option* AddFlag(CLI::App& app, Option const& option, Terminal& terminal) {
         return nullptr;
       },
       option.target);
-  return app.add_flag_function(
-      option.name, [set](std::int64_t) { set(); }, option.help);
+  auto const unlessFalse = [set](std::int64_t times) {
+    if (times > 0) set();
+  };
+  return app.add_flag_function(option.name, unlessFalse, option.help);
 }
 
 CLI::Option* AddValue(CLI::App& app, Option const& option, Terminal& terminal) {
