@@ -255,7 +255,8 @@ void RequireSavable(Kind const& kind, void const* record, BrowseEntry const& ent
     std::string const value = name == "name" ? entry.name : name == "address" ? entry.address : field.get(record);
     std::string const fault = FieldFault(field, value);
     if (!fault.empty())
-      throw Failed(name + ": the value in the file cannot be saved again (" + fault + "); set this field too");
+      throw Failed(std::string(field.name) + ": the value in the file cannot be saved again (" + fault +
+                   "); set this field too");
   }
 }
 

@@ -89,7 +89,7 @@ Field Text(char const* name, char const* meaning, FieldKind kind = FieldKind::kT
           [](void* record, std::string const& value) {
             char* const array = static_cast<Whole*>(record)->*Member;
             memset(array, 0, kWidth);
-            value.copy(array, kWidth - 1);
+            value.copy(array, kWidth - 1, 0);  // clang 14 takes a default argument here for a capture
           }};
 }
 

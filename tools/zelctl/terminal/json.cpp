@@ -26,6 +26,7 @@ Printed PrintedOf(Json const& json) {
 }  // namespace
 
 std::string JsonText(Json const& json, int indent) {
+  if (auto const* number = json.As<std::int64_t>()) return std::to_string(*number);  // most cells are numbers
   // File names are bytes of any kind: what is not UTF-8 in them must not end the command.
   std::string const text = PrintedOf(json).dump(indent, ' ', false, Printed::error_handler_t::replace);
   // The other controls are escaped already. All of them are in strings.
