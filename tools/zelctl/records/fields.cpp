@@ -95,6 +95,7 @@ Field const* FieldNamed(std::vector<Field> const& fields, std::string const& nam
 
 std::vector<std::string> FieldNames(std::vector<Field> const& fields) {
   std::vector<std::string> names;
+  names.reserve(fields.size());
   for (Field const& field : fields) names.emplace_back(field.name);
   return names;
 }
