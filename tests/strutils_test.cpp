@@ -104,6 +104,15 @@ TEST(Numbers, IntegersToText) {
               "-2147483648");
   EXPECT_EACH((UIntToStr(4294967295ul), UIntToStr(static_cast<unsigned long>(-5l), 12, '_')), "4294967295",
               "__4294967291");
+  for (std::int64_t power = 1; power <= 10000000000; power *= 10) {  // the first and the last of each length
+    for (std::int64_t const number : {power - 1, power, power + power / 9 * 8}) {
+      auto const whole = static_cast<std::int32_t>(number);
+      EXPECT_EQ(IntToStr(whole), std::to_string(whole)) << number;
+      EXPECT_EQ(IntToStr(-static_cast<long>(whole)), std::to_string(-static_cast<long>(whole))) << number;
+      EXPECT_EQ(UIntToStr(static_cast<std::uint32_t>(number)), std::to_string(static_cast<std::uint32_t>(number)))
+          << number;
+    }
+  }
   EXPECT_EACH((IntToHex(0xBEEF, 6, false, 'X'), IntToHex(0xBEEF, 6, true, 'x'), IntToHex(-1)), "XXbeef", "xxBEEF",
               "FFFFFFFF");
   EXPECT_EACH((IntToBin(0), IntToBin(10, 8), IntToBin(-2)), "0", "00001010", std::string(31, '1') + "0");

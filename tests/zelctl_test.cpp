@@ -4,7 +4,7 @@
 //   $ a command that is looked at
 //     the lines of its standard output; a last line without a line feed ends in "(no line feed)"
 //     ! the lines of its standard error
-//     [2] its exit code, unless that is 0; behind a complaint on the same line
+//     [2] its exit code, unless that is 0; after a complaint on the same line
 //     and what `diff` says of the root as it was before: every change of every byte of every file
 //
 // `each WORDS ARGUMENT...` runs zelctl with the words and each argument in turn: its complaint and its exit code on a
@@ -12,7 +12,7 @@
 // out of the browse list. All other lines are remarks. "@" in the answers stands for the root's path. A command that
 // changes nothing shows no difference, so each transcript also tells what was NOT written.
 //
-// With ZELVANE_TRANSCRIBE set the files are written anew instead of compared: read the change before you keep it.
+// With ZELVANE_TRANSCRIBE set the files are written again instead of compared: read the change before you keep it.
 #include <gtest/gtest.h>
 #include <stdlib.h>
 #include <unistd.h>
@@ -32,8 +32,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// $1 the scratch folder, $2 the command, $3 the program, $4 what is loaded before its libraries. The address sanitizer
-// wants to be the first of those and is told that it is not.
+// $1 the scratch directory, $2 the command, $3 the program, $4 what is loaded before its libraries. The address
+// sanitizer wants to be the first of those and is told that it is not.
 constexpr char kScript[] = R"(
   cd "$1" || exit
   scratch=$1 command=$2 program=$3 redirect=$4

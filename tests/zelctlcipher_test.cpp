@@ -1,6 +1,7 @@
-// zelctl cipher beside the library's own file operation, and its bar. What it answers otherwise is in the transcripts.
+// What zelctl shows on a terminal. What it answers otherwise is in the transcripts.
 #include <gtest/gtest.h>
 #include <stdlib.h>
+#include <sys/ioctl.h>
 
 #include <algorithm>
 
@@ -22,7 +23,7 @@ class ZelctlCipher : public testing::Test {
     here_.Write("phrase", "S\xE3o Paulo 4711\n");
   }
 
-  // The command's arguments for files in the scratch folder.
+  // The command's arguments for files in the scratch directory.
   std::vector<std::string> Command(std::string const& direction, std::string const& in, std::string const& out,
                                    std::string const& mode = "chained") const {
     return {"cipher",       direction,       "--phrase-file", here_.Path("phrase"),
@@ -32,13 +33,16 @@ class ZelctlCipher : public testing::Test {
   test::Scratch here_;
 };
 
-// All that the command writes on a terminal.
-std::string OnTerminal(std::vector<std::string> const& arguments) {
+// All that the program writes on a terminal of so many columns.
+std::string OnTerminal(std::string const& program, std::vector<std::string> const& arguments,
+                       unsigned short columns = 0) {
   int const terminal = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
   grantpt(terminal);
   unlockpt(terminal);
   int const slave = open(ptsname(terminal), O_RDWR | O_NOCTTY | O_CLOEXEC);
-  pid_t const child = test::StartCommand(ZELVANE_ZELCTL, arguments, slave, slave);
+  winsize const size = {24, columns, 0, 0};
+  ioctl(slave, TIOCSWINSZ, &size);
+  pid_t const child = test::StartCommand(program, arguments, slave, slave);
   close(slave);
   std::string shown;
   char piece[4096];
@@ -51,13 +55,31 @@ std::string OnTerminal(std::vector<std::string> const& arguments) {
 
 TEST_F(ZelctlCipher, DrawsABarOnATerminalOnly) {
   here_.Write("plain", test::Bytes(300 * 65536));
-  std::string const shown = OnTerminal(Command("encode", "plain", "out"));
+  std::string const shown = OnTerminal(ZELVANE_ZELCTL, Command("encode", "plain", "out"));
   std::string const half = "\r[" + std::string(25, '#') + std::string(25, '.') + "] 50 %  9 MiB\r";
-  std::string const end = "\r[" + std::string(50, '#') + "] 100 %  18 MiB\r\n";
+  std::string const end = "\r[" + std::string(50, '#') + "] 100 %  18 MiB\r\x1B[K" + here_.Path("out") + ": ";
   EXPECT_NE(shown.find(half), std::string::npos) << shown;
   EXPECT_NE(shown.find(end), std::string::npos) << shown;
   EXPECT_EQ(std::count(shown.begin(), shown.end(), '%'), 101) << "one drawing per cent";
   EXPECT_EQ(test::Zelctl(Command("encode", "plain", "other")), here_.Path("other") + ": 19660800 bytes written\n");
+}
+
+TEST(ZelctlTerminal, NamesWhatHasNoRoomAndEscapesControls) {
+  if (*ZELVANE_ZELCTL == '\0') GTEST_SKIP() << "built without the command";
+  struct {
+    char const* command;
+    unsigned short columns;
+    char const* shown;
+  } const rows[] = {
+      {"log show logevt.rgt --last 1", 30, "no room for CODE, TEXT, PAYLOAD; use a wider terminal or --json\r\n"},
+      {"log show logevt.rgt --last 1", 40, "no room for TEXT, PAYLOAD; use a wider terminal or --json\r\n"},
+      {"b64 decode", 80, "\\x1B[31m\r\nb\r\n"},
+  };
+  for (auto const& [command, columns, shown] : rows) {
+    std::string const line = "cd " ZELVANE_FIXTURES "/demo-root; echo G1szMW0KYg== | " ZELVANE_ZELCTL " ";
+    std::string const found = OnTerminal("/bin/sh", {"-c", line + command}, columns);
+    EXPECT_NE(found.find(shown), std::string::npos) << command << " at " << columns << ": " << found;
+  }
 }
 
 }  // namespace

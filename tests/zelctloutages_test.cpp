@@ -152,6 +152,41 @@ TEST_P(Outages, OfAClockThatWasSetBackHaveNoLength) {
 
 INSTANTIATE_TEST_SUITE_P(Seed, Outages, testing::Range(1U, 13U));
 
+// ---- Pages and pictures ----
+
+// The first byte that a page must not hold: a control other than a line feed, or the second one of a C1 in UTF-8.
+std::string FirstControl(std::string const& page) {
+  for (std::size_t i = 0; i < page.size(); i++) {
+    auto const byte = static_cast<unsigned char>(page[i]);
+    bool const isC1 = i > 0 && page[i - 1] == '\xC2' && byte < 0xA0;
+    if ((byte < 0x20 && byte != '\n') || byte == 0x7F || isC1)
+      return std::to_string(byte) + " at " + std::to_string(i) + " after " + page.substr(i < 40 ? 0 : i - 40, 40);
+  }
+  return page.empty() ? "empty" : "none";
+}
+
+TEST(PagesAndPictures, HoldNoControlOfTextsAndSettings) {
+  if (*ZELVANE_ZELCTL == '\0') GTEST_SKIP() << "built without the command";
+  std::string controls = "<i>";
+  for (int byte = 1; byte < 0xA0; byte = byte == 0x1F ? 0x7F : byte + 1)
+    if (byte != '\n' && byte != '\r') controls += static_cast<char>(byte);
+  controls += "</i>";
+  test::Scratch const here;
+  // The texts of four records hold all of them.
+  std::string log = BytesOf({{kStart, 1}, {kStart + 9, 2}, {kStart + 20, 1}, {kStart + 29, 2}});
+  for (std::size_t i = 0; i < 4; i++) controls.substr(i * 20, 62).copy(&log[i * 68 + 6], 62);
+  std::string const file = here.Write("root/logevt.rgt", log);
+  here.Write("root/upscli.cfg", "[SHUTSRV]\nZELSRV = a" + controls + "b;1.2.3.4;4375\n[POPUP]\nMESSAGE = " + controls +
+                                    "\n[CLILIST]\n1 = n" + controls + ";1.2.3.4;1\n[x" + controls + "\n");
+  std::string const report = "report --root " + here.Path("root") + " --start 1 --end 2 --out " + here.Path("page");
+  std::string const picture = "log outages " + file + " --start 1 --end 2 --svg " + here.Path("picture");
+  std::string const chart = "log chart " + file + " --svg " + here.Path("chart");
+  EXPECT_EQ(FirstControl(Answer(report) + here.Read("page")), "none");
+  EXPECT_EQ(FirstControl(Answer(picture) + here.Read("picture")), "none");
+  EXPECT_EQ(FirstControl(Answer(chart) + here.Read("chart")), "none");
+  EXPECT_NE(here.Read("page").find("x1B"), std::string::npos) << "the page shows the texts";
+}
+
 // ---- log follow ----
 
 // `zelctl log follow`, its answer read line by line: reading is what keeps it and the test in step.

@@ -1,14 +1,29 @@
 # Completion of zelctl for bash. The words come from the command itself, so they are those of the installed version.
 _zelctl() {
-  local word=${COMP_WORDS[COMP_CWORD]} path=() each
-  for each in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
-    case $each in
-      -* | *[!a-z0-9]*) ;;
-      *) path+=("$each") ;;
-    esac
+  local words=() each joins='' begun head=''
+  # The shell splits words at "=".
+  for each in "${COMP_WORDS[@]:1:COMP_CWORD}"; do
+    if [ ${#words[@]} -gt 0 ] && { [ "$each" = = ] || [ -n "$joins" ]; }; then
+      words[-1]+=$each
+      joins=''
+      [ "$each" = = ] && joins=yes
+    else
+      words+=("$each")
+    fi
   done
-  [ "${path[0]-}" = help ] && path=("${path[@]:1}")
-  mapfile -t COMPREPLY < <(compgen -W "$("${COMP_WORDS[0]}" help --words "${path[@]}" 2>/dev/null)" -- "$word")
+  begun=${words[-1]}
+  [[ $begun = *=* && $COMP_WORDBREAKS = *=* ]] && head=${begun%%=*}=
+  mapfile -t COMPREPLY < <("${COMP_WORDS[0]}" help --words -- "${words[@]}" 2>/dev/null)
+  case "${COMPREPLY[*]-}" in
+    '<file>') mapfile -t COMPREPLY < <(compgen -f -- "$begun") ;;
+    '<directory>') mapfile -t COMPREPLY < <(compgen -d -- "$begun") ;;
+    *)
+      [[ ${COMPREPLY[*]-} = *= ]] && { compopt -o nospace 2>/dev/null || :; }
+      mapfile -t COMPREPLY < <(compgen -W "${COMPREPLY[*]-}" -- "$begun")
+      COMPREPLY=("${COMPREPLY[@]#"$head"}")
+      return
+      ;;
+  esac
+  compopt -o filenames 2>/dev/null || :
 }
-# Where no word fits, the names of files.
-complete -o default -F _zelctl zelctl
+complete -F _zelctl zelctl

@@ -2,10 +2,10 @@
 #include <errno.h>
 #include <sys/stat.h>
 
-#include <CLI/CLI.hpp>
 #include <iostream>
 #include <iterator>
 #include <memory>
+#include <optional>
 
 #include "commands/families.h"
 #include "files/edit.h"
@@ -18,9 +18,10 @@
 namespace {
 
 struct Arguments {
-  std::string text;
+  std::optional<std::string> text;
   std::vector<std::string> files;
   bool overwrite = false;
+  bool dryRun = false;
 };
 
 std::string Result(ClassBase64& codec) {
@@ -40,12 +41,14 @@ void ConvertFile(ClassBase64& codec, bool encode, Arguments const& arguments, Te
   if (!codec.LoadFromFile(from)) throw Failed(CannotRead(from, errno));
   std::string const result = Result(codec);
   if (!encode && result.empty()) throw Failed(from + ": no Base64 found");
-  RequireNew(to, arguments.overwrite);
-  Output out(to, source);
+  if (arguments.dryRun) {
+    RequireWritable(to, source, arguments.overwrite);
+    return TellOutput(to, result.size(), true, terminal);
+  }
+  Output out(to, source, arguments.overwrite);
   out.Write(result.data(), result.size());
   out.Keep();
-  if (terminal.json) return terminal.PrintJson({{"file", to}, {"bytes", result.size()}});
-  if (out.IsFile()) terminal.PrintText(to + ": " + Counted(result.size(), "byte") + " written");
+  if (terminal.json || out.IsFile()) TellOutput(to, result.size(), false, terminal);
 }
 
 void ConvertInput(ClassBase64& codec, bool encode, Terminal const& terminal) {
@@ -56,7 +59,8 @@ void ConvertInput(ClassBase64& codec, bool encode, Terminal const& terminal) {
   if (terminal.json) {
     terminal.PrintJson({{"result", ToUtf8(result)}});
   } else {
-    std::cout << result << (encode ? "\n" : "");
+    // What was encoded may be anything.
+    IsOnTerminal() && !encode ? terminal.PrintText(result) : void(std::cout << result << (encode ? "\n" : ""));
   }
 }
 
@@ -76,40 +80,37 @@ void ConvertText(ClassBase64& codec, bool encode, std::string const& argument, T
 }
 
 template <class Codec>
-void AddDirection(CLI::App* family, Terminal& terminal, bool encode, char const* description, char const* footer) {
+Command Direction(bool encode, char const* name, char const* help, char const* notes) {
   auto const arguments = std::make_shared<Arguments>();
-  CLI::App* const command = AddCommand(family, terminal, encode ? "encode" : "decode", description);
-  auto* const text =
-      command->add_option("TEXT", arguments->text, "Text to convert; put \"--\" before a text that starts with \"-\"");
-  auto* const files = command->add_option("-f,--file", arguments->files, "Convert file IN to file OUT");
-  text->type_name("")->excludes(files);
-  files->type_name("IN OUT")->expected(2);
-  AddOverwrite(command, arguments->overwrite);
-  command->footer(footer);
-  command->callback([arguments, text, files, encode, &terminal] {
+  auto const convert = [encode](Arguments const& given, Terminal const& terminal) {
     Codec codec;
-    if (*files) return ConvertFile(codec, encode, *arguments, terminal);
-    if (*text) return ConvertText(codec, encode, arguments->text, terminal);
+    if (!given.files.empty()) return ConvertFile(codec, encode, given, terminal);
+    if (given.text) return ConvertText(codec, encode, *given.text, terminal);
     ConvertInput(codec, encode, terminal);
-  });
+  };
+  return {name,
+          help,
+          On(arguments, convert),
+          {Argument("TEXT", &arguments->text, "Text to convert; put \"--\" before a text that starts with \"-\"")
+               .Excludes("--file"),
+           Value("-f,--file", &arguments->files, "IN OUT", "Convert file IN to file OUT").Values(2, 2),
+           Overwrite(arguments->overwrite), DryOutput(arguments->dryRun).Needs("--file")},
+          notes};
 }
 
 }  // namespace
 
-void AddB64(CLI::App& app, Terminal& terminal) {
-  CLI::App* const family = app.add_subcommand("b64", "Encode and decode Base64, as used for passwords");
-  family->require_subcommand(1);
-  AddDirection<EncodeBase64>(
-      family, terminal, true, "Encode TEXT, a file, or standard input",
-      "TEXT is encoded with its terminating NUL, like stored passwords. Other users can see it while the command\n"
-      "runs. A file and standard input are encoded byte for byte.\n"
-      "Output lines have 72 characters and end with CR LF, except the last one.\n\n"
-      "  zelctl b64 encode secret              c2VjcmV0AA==\n"
-      "  printf secret | zelctl b64 encode     c2VjcmV0\n"
-      "  zelctl b64 encode --file logo.png logo.b64");
-  AddDirection<DecodeBase64>(
-      family, terminal, false, "Decode TEXT, a file, or standard input",
-      "Other characters are skipped. TEXT prints up to the first NUL; a file or standard input prints all bytes.\n\n"
-      "  zelctl b64 decode c2VjcmV0AA==        secret\n"
-      "  zelctl b64 decode < logo.b64 > logo.png");
+Command B64Commands() {
+  return Family(
+      "b64", "Encode and decode Base64, as used for passwords", "",
+      {"zelctl b64 encode secret              c2VjcmV0AA==", "printf secret | zelctl b64 encode     c2VjcmV0",
+       "zelctl b64 encode --file logo.png logo.b64", "zelctl b64 decode c2VjcmV0AA==        secret",
+       "zelctl b64 decode < logo.b64 > logo.png"},
+      {Direction<EncodeBase64>(true, "encode", "Encode TEXT, a file, or standard input",
+                               "TEXT is encoded with its terminating NUL, like stored passwords. Other users can see "
+                               "it while the command runs. A file and standard input are encoded byte for byte. Output "
+                               "lines have 72 characters and end with CR LF, except the last one."),
+       Direction<DecodeBase64>(false, "decode", "Decode TEXT, a file, or standard input",
+                               "Other characters are skipped. TEXT prints up to the first NUL; a file or standard "
+                               "input prints all bytes.")});
 }

@@ -1,11 +1,11 @@
 // zelctl browse: the groups, computers and UPS units of the monitored network.
 #include <errno.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
 #include <functional>
 #include <iostream>
+#include <set>
 
 #include "commands/families.h"
 #include "files/edit.h"
@@ -35,20 +35,23 @@ Handle Open(std::string const& file) { return OpenHandle(file, OpenBrwsList(file
 
 // ---- The kinds ----
 
-// A kind of entries with its functions, all of which flush at once. The fields begin with the identifier.
+// A kind of entries with its functions, all of which flush at once. The field "id" comes first, then those that `add`
+// takes, in their order.
 struct Kind {
   BrowseKind kind;
   std::vector<Field> fields;
-  std::size_t owner;  // place of the field that names the owner
+  char const* owner;  // name of the field that names the owner
   std::shared_ptr<void> (*make)();
   int (*get)(void* list, unsigned long index, void* record);
   int (*add)(void* list, void const* record, bool maxPlusOne, unsigned long* id);
   int (*edit)(void* list, void const* record);
   int (*remove)(void* list, long id, bool flush);
+
+  Field const& operator[](char const* name) const { return *FieldNamed(fields, name); }
 };
 
 template <class Record, auto GetOne, auto AddOne, auto EditOne>
-Kind MakeKind(BrowseKind kind, std::vector<Field> fields, std::size_t owner, int (*remove)(void*, long, bool)) {
+Kind MakeKind(BrowseKind kind, std::vector<Field> fields, char const* owner, int (*remove)(void*, long, bool)) {
   return {kind,
           std::move(fields),
           owner,
@@ -70,19 +73,19 @@ std::vector<Kind> Kinds() {
               BrowseKind::kGroup,
               {Number<&G::id>("id", ""), Text<&G::name>("name", "name", kList),
                Number<&G::parent>("parent", "parent group, -1 for none", kHighestNumber, -1)},
-              2, RemoveBrwsGroup),
+              "parent", RemoveBrwsGroup),
           MakeKind<C, GetBrwsComputerByIndex, AddBrwsComputer, EditBrwsComputer>(
               BrowseKind::kComputer,
               {Number<&C::id>("id", ""), Text<&C::name>("name", "name", kList),
                Text<&C::address>("address", "network address", kList),
                Number<&C::group>("group", "group, -1 for none", kHighestNumber, -1)},
-              3, RemoveBrwsComputer),
+              "group", RemoveBrwsComputer),
           MakeKind<U, GetBrwsNobreakByIndex, AddBrwsNobreak, EditBrwsNobreak>(
               BrowseKind::kUps,
               {Number<&U::id>("id", ""), Text<&U::name>("name", "name", kList),
                Number<&U::computer>("computer", "computer, -1 for none", kHighestNumber, -1),
                Number<&U::number>("number", "number of the UPS at that computer")},
-              2, RemoveBrwsNobreak)};
+              "computer", RemoveBrwsNobreak)};
 }
 
 // ---- The tree ----
@@ -108,21 +111,22 @@ void PrintRows(std::vector<BrowseRow> const& rows, bool reasons, Terminal const&
 }
 
 Json RowsJson(std::vector<BrowseRow> const& rows, bool reasons) {
-  Json list = Json::array();
+  Json::List list;
   for (BrowseRow const& row : rows) {
     BrowseEntry const& entry = *row.entry;
-    Json members = {{"depth", row.depth}, {"kind", NameOf(entry.kind)}, {"id", entry.id}, {"name", ToUtf8(entry.name)}};
-    if (entry.kind != BrowseKind::kGroup) members["address"] = ToUtf8(entry.address);
-    if (entry.kind == BrowseKind::kUps) members["number"] = entry.number;
-    members["owner"] = entry.owner;
-    if (reasons) members["reason"] = row.reason.empty() ? Json() : Json(row.reason);
-    list.push_back(std::move(members));
+    Json::Object members = {
+        {"depth", row.depth}, {"kind", NameOf(entry.kind)}, {"id", entry.id}, {"name", ToUtf8(entry.name)}};
+    if (entry.kind != BrowseKind::kGroup) members.push_back({"address", ToUtf8(entry.address)});
+    if (entry.kind == BrowseKind::kUps) members.push_back({"number", entry.number});
+    members.push_back({"owner", entry.owner});
+    if (reasons) members.push_back({"reason", row.reason.empty() ? Json() : Json(row.reason)});
+    list.emplace_back(std::move(members));
   }
   return list;
 }
 
 void PrintTreeJson(std::string const& file, long date, BrowseTree const& tree, Terminal const& terminal) {
-  Json invalid = Json::array();
+  Json::List invalid;
   for (BrowseFault const& fault : tree.faults)
     invalid.push_back({{"kind", NameOf(fault.kind)},
                        {"key", ToUtf8(fault.key)},
@@ -168,9 +172,9 @@ void Put(Field const& field, void* record, std::string const& argument, Terminal
 
 // The library would store the owner unseen, or -1 instead.
 void RequireOwner(Kind const& kind, void const* record, BrowseTree const& tree, std::string const& file) {
-  Field const& field = kind.fields[kind.owner];
+  Field const& field = kind[kind.owner];
   auto const owner = static_cast<std::int32_t>(std::stol(field.get(record)));
-  auto const id = static_cast<std::int32_t>(std::stol(kind.fields[0].get(record)));
+  auto const id = static_cast<std::int32_t>(std::stol(kind["id"].get(record)));
   if (owner >= 0 && tree.Find(OwnerKind(kind.kind), owner) == nullptr)
     throw Failed(std::string(field.name) + ": " + file + ": no " + NameOf(OwnerKind(kind.kind)) + " " +
                  std::to_string(owner));
@@ -196,8 +200,8 @@ bool Change(std::string const& file, Arguments const& arguments, Terminal const&
 void Add(Kind const& kind, Arguments const& arguments, Terminal const& terminal) {
   std::string const file = arguments.File();
   std::shared_ptr<void> const record = kind.make();
-  kind.fields[0].put(record.get(), "-1");
-  kind.fields[kind.owner].put(record.get(), "-1");
+  kind["id"].put(record.get(), "-1");
+  kind[kind.owner].put(record.get(), "-1");
   for (std::size_t i = 0; i < arguments.items.size(); i++)
     Put(kind.fields[i + 1], record.get(), arguments.items[i], terminal);
   RequireWholeLoad(file, arguments.writing.force);
@@ -206,34 +210,34 @@ void Add(Kind const& kind, Arguments const& arguments, Terminal const& terminal)
   bool const done = Change(file, arguments, terminal,
                            [&](void* list) { return kind.add(list, record.get(), !arguments.smallest, &id); });
   if (!done) return;
-  kind.fields[0].put(record.get(), std::to_string(id));
+  kind["id"].put(record.get(), std::to_string(id));
   if (terminal.json)
     PrintRecord(kind.fields, record.get(), terminal);
   else
     std::cout << id << '\n';
 }
 
-std::size_t FieldPlace(Kind const& kind, std::string const& name) {
+Field const& FindField(Kind const& kind, std::string const& name) {
+  Field const* const found = name == "id" ? nullptr : FieldNamed(kind.fields, name);
+  if (found != nullptr) return *found;
   std::string names;
   for (std::size_t i = 1; i < kind.fields.size(); i++) {
-    if (name == kind.fields[i].name) return i;
     names.append(i == 1 ? "" : ", ").append(kind.fields[i].name);
   }
   throw WrongUsage("unknown field \"" + name + "\"; fields of a " + NameOf(kind.kind) + ": " + names);
 }
 
 // The fields that `items` name, with their new values, into the record.
-std::vector<bool> PutItems(Kind const& kind, void* record, std::vector<std::string> const& items,
-                           Terminal const& terminal) {
-  std::vector<bool> given(kind.fields.size());
+std::set<std::string> PutItems(Kind const& kind, void* record, std::vector<std::string> const& items,
+                               Terminal const& terminal) {
+  std::set<std::string> given;
   for (std::string const& item : items) {
     std::size_t const equals = item.find('=');
     if (equals == std::string::npos) throw WrongUsage("\"" + item + "\": expected FIELD=VALUE");
     std::string const name = item.substr(0, equals);
-    std::size_t const place = FieldPlace(kind, name);
-    if (given[place]) throw WrongUsage(name + ": given more than once");
-    given[place] = true;
-    Put(kind.fields[place], record, item.substr(equals + 1), terminal);
+    Field const& field = FindField(kind, name);
+    if (!given.insert(name).second) throw WrongUsage(name + ": given more than once");
+    Put(field, record, item.substr(equals + 1), terminal);
   }
   return given;
 }
@@ -243,12 +247,13 @@ std::int32_t IdArgument(Arguments const& arguments) {
 }
 
 // The save writes every field, also one that the file holds in a form that a record cannot.
-void RequireSavable(Kind const& kind, void const* record, BrowseEntry const& entry, std::vector<bool> const& given) {
-  for (std::size_t i = 1; i < kind.fields.size(); i++) {
-    Field const& field = kind.fields[i];
+void RequireSavable(Kind const& kind, void const* record, BrowseEntry const& entry,
+                    std::set<std::string> const& given) {
+  for (Field const& field : kind.fields) {
     std::string const name = field.name;
+    if (name == "id" || given.count(name) != 0) continue;
     std::string const value = name == "name" ? entry.name : name == "address" ? entry.address : field.get(record);
-    std::string const fault = given[i] ? "" : FieldFault(field, value);
+    std::string const fault = FieldFault(field, value);
     if (!fault.empty())
       throw Failed(std::string(field.name) + ": the value in the file cannot be saved again (" + fault +
                    "); set this field too");
@@ -266,11 +271,11 @@ void EditEntry(Kind const& kind, Arguments const& arguments, Terminal const& ter
   if (entry == nullptr) throw Failed(Missing(file, kind, id));
   std::shared_ptr<void> const record = kind.make();
   kind.get(list.get(), entry->index, record.get());
-  std::vector<bool> const given = PutItems(kind, record.get(), arguments.items, terminal);
+  std::set<std::string> const given = PutItems(kind, record.get(), arguments.items, terminal);
   RequireSavable(kind, record.get(), *entry, given);
-  if (kind.kind == BrowseKind::kUps && kind.fields[kind.owner].get(record.get()) == "-1")
+  if (kind.kind == BrowseKind::kUps && kind["computer"].get(record.get()) == "-1")
     throw Failed("computer: missing; a UPS unit that is edited needs one");
-  if (given[kind.owner] || kind.kind == BrowseKind::kUps) RequireOwner(kind, record.get(), tree, file);
+  if (given.count(kind.owner) != 0 || kind.kind == BrowseKind::kUps) RequireOwner(kind, record.get(), tree, file);
   bool const done = Change(file, arguments, terminal, [&](void* now) { return kind.edit(now, record.get()); });
   if (done && terminal.json) PrintRecord(kind.fields, record.get(), terminal);
 }
@@ -332,74 +337,82 @@ void Clear(Arguments const& arguments, Terminal const& terminal) {
 
 struct Action {
   char const* name;
-  char const* description;
+  char const* help;    // of a kind, which follows
+  char const* family;  // of all
   void (*act)(Kind const&, Arguments const&, Terminal const&);
 };
 
-CLI::App* AddChange(CLI::App* command, Terminal& terminal, Action const& change, Kind const& kind) {
+Option File(Arguments& arguments) {
+  return Value("--file", &arguments.file, "FILE", "Use FILE instead of zelbrws.cfg in the installation root");
+}
+
+Options EntryOptions(void (*act)(Kind const&, Arguments const&, Terminal const&), Kind const& kind,
+                     Arguments& arguments) {
+  if (act == Add) {
+    static char const* const kWords[] = {"NAME [PARENT]", "NAME ADDRESS [GROUP]", "NAME [COMPUTER [NUMBER]]"};
+    int const least = kind.kind == BrowseKind::kComputer ? 2 : 1;
+    return {
+        Argument(kWords[static_cast<std::size_t>(kind.kind)], &arguments.items, "The new entry")
+            .Required()
+            .Values(least, static_cast<int>(kind.fields.size()) - 1),
+        Flag("--smallest", &arguments.smallest, "Use the smallest free identifier instead of the largest plus one")};
+  }
+  Options options = {Argument("ID", &arguments.id, "Identifier, as `zelctl browse tree` shows it").Required()};
+  if (act == EditEntry) {
+    std::vector<Field> const fields(kind.fields.begin() + 1, kind.fields.end());
+    options.push_back(Argument("FIELD=VALUE", &arguments.items, "Fields and their new values")
+                          .Required()
+                          .Suggesting([fields](std::string const& begun) { return Assignments(fields, begun); }));
+  }
+  return options;
+}
+
+Command Change(Action const& action, Kind const& kind) {
   static char const* const kWhat[] = {"a group", "a computer", "a UPS unit"};
   auto const arguments = std::make_shared<Arguments>();
-  std::string const what = kWhat[static_cast<std::size_t>(kind.kind)];
-  CLI::App* const added = AddCommand(command, terminal, NameOf(kind.kind), (change.description + what).c_str());
-  added->add_option("--file", arguments->file, "Use FILE instead of zelbrws.cfg in the installation root")
-      ->type_name("FILE");
-  AddWriting(added, arguments->writing);
-  if (change.act == Remove && kind.kind == BrowseKind::kGroup) AddYes(added, arguments->writing);
-  added->callback([arguments, kind, act = change.act, &terminal] { act(kind, *arguments, terminal); });
   std::string fields = "Fields:\n";
   for (std::size_t i = 1; i < kind.fields.size(); i++)
     fields += "  " + FillRight(kind.fields[i].name, 12, ' ') + FillRight(Limits(kind.fields[i]), 34, ' ') +
               kind.fields[i].meaning + "\n";
-  if (change.act == Add) {
-    static char const* const kWords[] = {"NAME [PARENT]", "NAME ADDRESS [GROUP]", "NAME [COMPUTER [NUMBER]]"};
-    int const least = kind.kind == BrowseKind::kComputer ? 2 : 1;
-    added->add_option(kWords[static_cast<std::size_t>(kind.kind)], arguments->items, "The new entry")
-        ->required()
-        ->expected(least, static_cast<int>(kind.fields.size()) - 1)
-        ->type_name("");
-    added->add_flag("--smallest", arguments->smallest,
-                    "Use the smallest free identifier instead of the largest plus one");
-    added->footer(fields + "Prints the identifier.");
-    return added;
-  }
-  added->add_option("ID", arguments->id, "Identifier, as `zelctl browse tree` shows it")->required()->type_name("");
-  if (change.act == EditEntry) {
-    added->add_option("FIELD=VALUE", arguments->items, "Fields and their new values")->required()->type_name("");
-    added->footer(fields);
-  }
-  return added;
+  bool const asks = action.act == Remove && kind.kind == BrowseKind::kGroup;
+  return {NameOf(kind.kind), std::string(action.help) + kWhat[static_cast<std::size_t>(kind.kind)],
+          [arguments, kind, act = action.act](Terminal const& terminal) { act(kind, *arguments, terminal); },
+          Joined({{File(*arguments)},
+                  WritingOptions(arguments->writing),
+                  asks ? Options{Yes(arguments->writing)} : Options(),
+                  EntryOptions(action.act, kind, *arguments)}),
+          action.act == Add         ? fields + "Prints the identifier."
+          : action.act == EditEntry ? fields
+                                    : ""};
 }
 
 }  // namespace
 
-void AddBrowse(CLI::App& app, Terminal& terminal) {
-  CLI::App* const family = app.add_subcommand("browse", "Groups, computers and UPS units of the monitored network");
-  family->require_subcommand(1);
-  family->footer(
-      "  zelctl browse add group Office\n"
-      "  zelctl browse add computer mail 192.168.0.10 1\n"
-      "  zelctl browse edit computer 1 address=192.168.0.11\n"
-      "  zelctl browse remove group 1");
+Command BrowseCommands() {
   auto const arguments = std::make_shared<Arguments>();
-  CLI::App* const tree =
-      AddCommand(family, terminal, "tree", "Print the network as a tree, then orphans and invalid entries");
-  char const* const otherList = "Use FILE instead of zelbrws.cfg in the installation root";
-  tree->add_option("FILE", arguments->file, otherList)
-      ->type_name("")
-      ->excludes(tree->add_option("--file", arguments->file, "The same")->type_name("FILE"));
-  tree->callback([arguments, &terminal] { ShowTree(*arguments, terminal); });
-  CLI::App* const clear = AddCommand(family, terminal, "clear", "Remove all entries");
-  clear->add_option("--file", arguments->file, otherList)->type_name("FILE");
-  AddWriting(clear, arguments->writing);
-  AddYes(clear, arguments->writing);
-  clear->callback([arguments, &terminal] { Clear(*arguments, terminal); });
-  Action const changes[] = {{"add", "Add ", Add},
-                            {"edit", "Change fields of ", EditEntry},
-                            {"remove", "Remove, with everything below it, ", Remove}};
+  std::vector<Command> commands = {
+      {"tree",
+       "Print the network as a tree, then orphans and invalid entries",
+       On(arguments, ShowTree),
+       {Argument("FILE", &arguments->file, File(*arguments).help).Excludes("--file"),
+        Value("--file", &arguments->file, "FILE", "The same")}},
+      {"clear", "Remove all entries", On(arguments, Clear),
+       Joined({{File(*arguments)}, WritingOptions(arguments->writing), {Yes(arguments->writing)}})}};
   std::vector<Kind> const kinds = Kinds();
-  for (Action const& change : changes) {
-    CLI::App* const command = family->add_subcommand(change.name, std::string(change.description) + "an entry");
-    command->require_subcommand(1);
-    for (Kind const& kind : kinds) AddChange(command, terminal, change, kind);
+  for (Action const& action :
+       {Action{"add", "Add ", "Add an entry", Add},
+        Action{"edit", "Change fields of ", "Change fields of an entry", EditEntry},
+        Action{"remove", "Remove, with everything below it, ", "Remove an entry and everything below it", Remove}}) {
+    std::vector<Command> below;
+    below.reserve(kinds.size());
+    for (Kind const& kind : kinds) below.push_back(Change(action, kind));
+    commands.push_back(Family(action.name, action.family, "", {}, std::move(below)));
   }
+  return Family("browse", "Groups, computers and UPS units of the monitored network", "",
+                {"zelctl browse tree", "zelctl browse add group Office",
+                 "zelctl browse add computer mail 192.168.0.10 1", "zelctl browse add ups hall 1",
+                 "zelctl browse edit group 1 name=Hall", "zelctl browse edit computer 1 address=192.168.0.11",
+                 "zelctl browse edit ups 1 number=2", "zelctl browse remove group 1", "zelctl browse remove computer 1",
+                 "zelctl browse remove ups 1", "zelctl browse clear --dry-run"},
+                std::move(commands));
 }

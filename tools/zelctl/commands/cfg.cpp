@@ -1,16 +1,17 @@
 // zelctl cfg: any configuration file, as the engine reads and writes it.
 #include <errno.h>
 
-#include <CLI/CLI.hpp>
 #include <functional>
 #include <iostream>
 #include <memory>
+#include <optional>
 
 #include "commands/families.h"
 #include "files/edit.h"
 #include "files/format.h"
 #include "records/lint.h"
 #include "terminal/latin1.h"
+#include "terminal/progress.h"
 #include "terminal/terminal.h"
 #include "zelvane/config/cfgclass.h"
 
@@ -18,11 +19,9 @@ namespace {
 
 struct Arguments {
   std::string file;
-  std::string section;
-  std::string key;
+  std::optional<std::string> section;
+  std::optional<std::string> key;
   std::string value;
-  bool hasSection = false;
-  bool hasKey = false;
   bool keepSpelling = false;
   Writing writing;
 };
@@ -31,18 +30,19 @@ struct Arguments {
 std::string Header(std::string const& section) { return "[" + (section.empty() ? " " : section) + "]"; }
 
 std::string NameOf(Arguments const& arguments) {
-  return Header(arguments.section) + (arguments.hasKey ? " " + arguments.key : "");
+  return Header(*arguments.section) + (arguments.key ? " " + *arguments.key : "");
 }
 
 // What was typed, in the files' encoding.
 Arguments Converted(Arguments arguments, Terminal const& terminal) {
-  arguments.section = terminal.FromArgument("SECTION", arguments.section);
-  arguments.key = terminal.FromArgument("KEY", arguments.key);
+  if (arguments.section) arguments.section = terminal.FromArgument("SECTION", *arguments.section);
+  if (arguments.key) arguments.key = terminal.FromArgument("KEY", *arguments.key);
   arguments.value = terminal.FromArgument("VALUE", arguments.value);
   return arguments;
 }
 
 void OpenToRead(CfgClass& cfg, std::string const& file, Terminal const& terminal) {
+  Busy const busy("reading", {file});
   FileState const state = InspectFile(file);
   if (!state.exists) throw Failed(file + ": no such file");
   if (state.badLine != 0) terminal.Note(StoppedAt(file, state.badLine));
@@ -67,9 +67,9 @@ bool Change(Arguments const& arguments, Terminal const& terminal, std::function<
   });
 }
 
-Json KeyJson(Arguments const& arguments) {
-  Json json = {{"section", ToUtf8(arguments.section)}};
-  if (arguments.hasKey) json["key"] = ToUtf8(arguments.key);
+Json::Object KeyJson(Arguments const& arguments) {
+  Json::Object json = {{"section", ToUtf8(*arguments.section)}};
+  if (arguments.key) json.push_back({"key", ToUtf8(*arguments.key)});
   return json;
 }
 
@@ -77,42 +77,43 @@ void List(Arguments const& arguments, Terminal const& terminal) {
   CfgClass cfg;
   OpenToRead(cfg, arguments.file, terminal);
   std::vector<std::string> sections;
-  if (arguments.hasSection) {
-    if (!cfg.SectionExists(arguments.section))
-      throw Failed(arguments.file + ": section " + terminal.Shown(Header(arguments.section)) + " does not exist");
-    sections.push_back(arguments.section);
+  if (arguments.section) {
+    if (!cfg.SectionExists(*arguments.section))
+      throw Failed(arguments.file + ": section " + terminal.Shown(Header(*arguments.section)) + " does not exist");
+    sections.push_back(*arguments.section);
   } else {
     for (unsigned long i = 0; i < cfg.GetSectionCount(); i++) sections.push_back(cfg.GetSectionName(i));
   }
 
-  Json json = Json::object();
+  Json::Object json;
   std::vector<std::vector<std::string>> rows = {{"SECTION", "KEY", "VALUE"}};
   for (std::string const& section : sections) {
-    Json& members = json[ToUtf8(section)] = Json::object();
+    Json::Object members;
     unsigned long const count = cfg.GetKeyCount(section);
     if (count == 0) rows.push_back({Header(section)});
     for (unsigned long i = 0; i < count; i++) {
       std::string const key = cfg.GetKeyName(section, i);
       std::string const value = cfg.ReadStr(section, i, "");
       bool const hide = IsPasswordKey(key) && !value.empty() && !terminal.showPasswords;
-      members[ToUtf8(key)] = hide ? Json() : Json(ToUtf8(value));
+      members.push_back({ToUtf8(key), hide ? Json() : Json(ToUtf8(value))});
       rows.push_back({Header(section), key, hide ? kHiddenPassword : value});
     }
+    json.push_back({ToUtf8(section), std::move(members)});
   }
   terminal.json ? terminal.PrintJson(json) : terminal.PrintTable(rows);
 }
 
 void Get(Arguments const& arguments, Terminal const& terminal) {
-  if (IsPasswordKey(arguments.key) && !terminal.showPasswords)
-    throw WrongUsage(terminal.Shown(arguments.key) + " is a password; use --show-password");
+  if (IsPasswordKey(*arguments.key) && !terminal.showPasswords)
+    throw WrongUsage(terminal.Shown(*arguments.key) + " is a password; use --show-password");
   CfgClass cfg;
   OpenToRead(cfg, arguments.file, terminal);
-  if (!cfg.KeyExists(arguments.section, arguments.key))
+  if (!cfg.KeyExists(*arguments.section, *arguments.key))
     throw Failed(arguments.file + ": key " + terminal.Shown(NameOf(arguments)) + " does not exist");
-  std::string const value = cfg.ReadStr(arguments.section, arguments.key, "");
+  std::string const value = cfg.ReadStr(*arguments.section, *arguments.key, "");
   if (!terminal.json) return terminal.PrintValue(value);
-  Json json = KeyJson(arguments);
-  json["value"] = ToUtf8(value);
+  Json::Object json = KeyJson(arguments);
+  json.push_back({"value", ToUtf8(value)});
   terminal.PrintJson(json);
 }
 
@@ -121,28 +122,29 @@ void RefuseFault(char const* name, std::string const& fault) {
 }
 
 void Set(Arguments const& arguments, Terminal const& terminal) {
-  RefuseFault("SECTION", SectionFault(arguments.section));
-  RefuseFault("KEY", KeyFault(arguments.key));
+  RefuseFault("SECTION", SectionFault(*arguments.section));
+  RefuseFault("KEY", KeyFault(*arguments.key));
   RefuseFault("VALUE", ValueFault(arguments.value));
   bool const done = Change(arguments, terminal, [&](CfgClass& cfg) {
-    return cfg.WriteStr(arguments.section, arguments.key, arguments.value);
+    return cfg.WriteStr(*arguments.section, *arguments.key, arguments.value);
   });
   if (!done || !terminal.json) return;
-  Json json = KeyJson(arguments);
-  json["value"] = IsPasswordKey(arguments.key) && !terminal.showPasswords ? Json() : Json(ToUtf8(arguments.value));
+  Json::Object json = KeyJson(arguments);
+  bool const hide = IsPasswordKey(*arguments.key) && !terminal.showPasswords;
+  json.push_back({"value", hide ? Json() : Json(ToUtf8(arguments.value))});
   terminal.PrintJson(json);
 }
 
 bool Exists(CfgClass& cfg, Arguments const& arguments) {
-  return arguments.hasKey ? cfg.KeyExists(arguments.section, arguments.key) : cfg.SectionExists(arguments.section);
+  return arguments.key ? cfg.KeyExists(*arguments.section, *arguments.key) : cfg.SectionExists(*arguments.section);
 }
 
 void Unset(Arguments const& arguments, Terminal const& terminal) {
   std::string const name = terminal.Shown(NameOf(arguments));
   bool const done = Change(arguments, terminal, [&](CfgClass& cfg) {
     if (!Exists(cfg, arguments))
-      throw Failed(arguments.file + ": " + (arguments.hasKey ? "key " : "section ") + name + " does not exist");
-    return arguments.hasKey ? cfg.DeleteKey(arguments.section, arguments.key) : cfg.EraseSection(arguments.section);
+      throw Failed(arguments.file + ": " + (arguments.key ? "key " : "section ") + name + " does not exist");
+    return arguments.key ? cfg.DeleteKey(*arguments.section, *arguments.key) : cfg.EraseSection(*arguments.section);
   });
   // A line that repeated the removed one is read from now on.
   CfgClass now;
@@ -154,8 +156,10 @@ void Unset(Arguments const& arguments, Terminal const& terminal) {
 }
 
 void ReportLint(Arguments const& arguments, Terminal& terminal) {
+  std::optional<Busy> busy(std::in_place, "reading", std::vector<std::string>{arguments.file});
   std::vector<Finding> const findings = Lint(arguments.file, terminal);
-  Json json = Json::array();
+  busy.reset();
+  Json::List json;
   for (Finding const& finding : findings) {
     if (terminal.json)
       json.push_back({{"file", arguments.file},
@@ -170,101 +174,54 @@ void ReportLint(Arguments const& arguments, Terminal& terminal) {
   terminal.status = findings.empty() ? 0 : 1;
 }
 
-using Act = void (*)(Arguments const& arguments, Terminal const& terminal);
-
-struct Command {
-  char const* name;
-  char const* description;
-  Act act;
-  char const* footer;
-};
-
-// The commands on FILE, SECTION, KEY and VALUE; which of them each takes is told below.
-CLI::App* Add(CLI::App* family, Terminal& terminal, Command const& command,
-              std::shared_ptr<Arguments> const& arguments) {
-  CLI::App* const added = AddCommand(family, terminal, command.name, command.description);
-  added->add_option("FILE", arguments->file, "Configuration file")->required()->type_name("");
-  added->footer(command.footer);
-  added->callback([arguments, act = command.act, added, &terminal] {
-    auto const given = [added](char const* name) {
-      CLI::Option const* const option = added->get_option_no_throw(name);
-      return option != nullptr && option->count() > 0;
-    };
-    arguments->hasSection = given("SECTION");
-    arguments->hasKey = given("KEY");
-    act(Converted(*arguments, terminal), terminal);
-  });
-  return added;
-}
-
-CLI::Option* AddName(CLI::App* command, char const* name, std::string& target, char const* description) {
-  return command->add_option(name, target, description)->type_name("");
-}
-
-char const kSectionHelp[] = "Section; \"\" for the keys before the first header";
-
-void AddReaders(CLI::App* family, Terminal& terminal) {
-  auto const arguments = std::make_shared<Arguments>();
-  CLI::App* const list = Add(family, terminal,
-                             {"list", "List sections, keys and values as the programs read them", List,
-                              "Names are in upper case and ascending order."},
-                             arguments);
-  AddName(list, "SECTION", arguments->section, "Only this section; \"\" for the keys before the first header");
-  AddShowPassword(list, terminal);
-
-  CLI::App* const get =
-      Add(family, terminal, {"get", "Print one value", Get, "Exit code 1 if the key does not exist."}, arguments);
-  AddName(get, "SECTION", arguments->section, kSectionHelp)->required();
-  AddName(get, "KEY", arguments->key, "Key (case-insensitive)")->required();
-  AddShowPassword(get, terminal);
-}
-
-void AddWriters(CLI::App* family, Terminal& terminal) {
-  auto const arguments = std::make_shared<Arguments>();
-  CLI::App* const set =
-      Add(family, terminal,
-          {"set", "Set one value; no other line changes", Set,
-           "Missing sections and keys are created: a key after the last one of its section, a section at the end of\n"
-           "the file. Refuses what the file cannot hold: brackets, line feeds, leading and trailing blanks.\n"
-           "Put \"--\" before an argument that starts with \"-\": zelctl cfg set x.cfg UPS NAME -- -x"},
-          arguments);
-  AddName(set, "SECTION", arguments->section, kSectionHelp)->required();
-  AddName(set, "KEY", arguments->key, "Key")->required();
-  AddName(set, "VALUE", arguments->value, "Value; \"\" for an empty value")->required();
-  set->add_flag("--reg", arguments->keepSpelling, "Keep the spelling of new names instead of upper case");
-  AddShowPassword(set, terminal);
-  AddWriting(set, arguments->writing);
-
-  CLI::App* const unset = Add(family, terminal,
-                              {"unset", "Remove a key or a whole section", Unset,
-                               "Comments and repeated lines stay. Exit code 1 if the name does not exist."},
-                              arguments);
-  AddName(unset, "SECTION", arguments->section, kSectionHelp)->required();
-  AddName(unset, "KEY", arguments->key, "Key; without it, the whole section");
-  AddWriting(unset, arguments->writing);
+// The command with what was typed converted to the files' encoding.
+std::function<void(Terminal&)> OnConverted(std::shared_ptr<Arguments> const& arguments,
+                                           void (*act)(Arguments const&, Terminal const&)) {
+  return [arguments, act](Terminal const& terminal) { act(Converted(*arguments, terminal), terminal); };
 }
 
 }  // namespace
 
-void AddCfg(CLI::App& app, Terminal& terminal) {
-  CLI::App* const family = app.add_subcommand("cfg", "Read, change and check any configuration file");
-  family->require_subcommand(1);
-  family->footer(
-      "  zelctl cfg list upscli.cfg POPUP\n"
-      "  zelctl cfg set upscli.cfg POPUP INTERVAL 30\n"
-      "  zelctl cfg lint upscli.cfg && echo clean");
-  AddReaders(family, terminal);
-  AddWriters(family, terminal);
-
+Command CfgCommands() {
   auto const arguments = std::make_shared<Arguments>();
-  CLI::App* const lint =
-      AddCommand(family, terminal, "lint",
-                 "Report lines that are ignored, cannot be parsed, or hold what the programs do not expect");
-  lint->add_option("FILE", arguments->file, "Configuration file")->required()->type_name("");
-  AddShowPassword(lint, terminal);
-  lint->footer(
-      "Prints FILE:LINE: MESSAGE for the line that stops the parser, every line below it (the next save drops them),\n"
-      "keys that are never read because an earlier line has the same name, and headers that repeat an earlier one.\n"
-      "Exit code 1 when there is any, 0 and no output when there is none.");
-  lint->callback([arguments, &terminal] { ReportLint(*arguments, terminal); });
+  Option const file = Argument("FILE", &arguments->file, "Configuration file").Required();
+  Option const section =
+      Argument("SECTION", &arguments->section, "Section; \"\" for the keys before the first header").Required();
+  auto const key = [&](char const* help) { return Argument("KEY", &arguments->key, help); };
+  Options const writing = WritingOptions(arguments->writing);
+  return Family(
+      "cfg", "Read, change and check any configuration file", "",
+      {"zelctl cfg list upscli.cfg POPUP", "zelctl cfg get upscli.cfg POPUP INTERVAL",
+       "zelctl cfg set upscli.cfg POPUP INTERVAL 30", "zelctl cfg unset upscli.cfg POPUP INTERVAL --dry-run",
+       "zelctl cfg lint upscli.cfg && echo clean"},
+      {{"list",
+        "List sections, keys and values as the programs read them",
+        OnConverted(arguments, List),
+        {file, Argument("SECTION", &arguments->section, "Only this section; \"\" for the keys before the first header"),
+         ShowPassword()},
+        "Names are in upper case and ascending order."},
+       {"get",
+        "Print one value",
+        OnConverted(arguments, Get),
+        {file, section, key("Key (case-insensitive)").Required(), ShowPassword()},
+        "Exit code 1 if the key does not exist."},
+       {"set", "Set one value; no other line changes", OnConverted(arguments, Set),
+        Joined({{file, section, key("Key").Required(),
+                 Argument("VALUE", &arguments->value, "Value; \"\" for an empty value").Required(),
+                 Flag("--reg", &arguments->keepSpelling, "Keep the spelling of new names instead of upper case"),
+                 ShowPassword()},
+                writing}),
+        "Missing sections and keys are created: a key after the last one of its section, a section at the end of the "
+        "file. Refuses what the file cannot hold: brackets, line feeds, leading and trailing blanks. Put \"--\" before "
+        "an argument that starts with \"-\": zelctl cfg set x.cfg UPS NAME -- -x"},
+       {"unset", "Remove a key or a whole section", OnConverted(arguments, Unset),
+        Joined({{file, section, key("Key; without it, the whole section")}, writing}),
+        "Comments and repeated lines stay. Exit code 1 if the name does not exist."},
+       {"lint",
+        "Report lines that are ignored, cannot be parsed, or hold what the programs do not expect",
+        On(arguments, ReportLint),
+        {file, ShowPassword()},
+        "Prints FILE:LINE: MESSAGE for a syntax error, each line below it (the next save drops them), repeated keys "
+        "and headers, and values that the programs do not expect. Exit code 1 if there are findings, otherwise 0 and "
+        "no output."}});
 }

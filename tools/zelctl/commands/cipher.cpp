@@ -1,9 +1,6 @@
 // zelctl cipher: files enciphered as the product's earlier generation did it.
 #include <sys/stat.h>
-#include <unistd.h>
 
-#include <CLI/CLI.hpp>
-#include <algorithm>
 #include <cstdint>
 #include <iostream>
 #include <map>
@@ -12,6 +9,7 @@
 #include "files/edit.h"
 #include "files/input.h"
 #include "files/output.h"
+#include "terminal/progress.h"
 #include "terminal/secret.h"
 #include "terminal/terminal.h"
 #include "zelvane/crypto/cipher.h"
@@ -40,43 +38,7 @@ struct Arguments {
   std::string algorithm = "safer-sk64";
   std::string mode = "chained";
   bool overwrite = false;
-};
-
-// A bar on the error stream, if that is a terminal.
-class Progress {
- public:
-  // `total` is 0 when it is not known.
-  explicit Progress(std::uint64_t total) : total_(total), shown_(isatty(STDERR_FILENO) == 1) {}
-  ~Progress() {
-    if (drawn_ >= 0) std::cerr << '\n';
-  }
-  Progress(Progress const&) = delete;
-  Progress& operator=(Progress const&) = delete;
-
-  void Advance(std::size_t bytes) {
-    done_ += bytes;
-    if (!shown_) return;
-    // A file may grow while it is read.
-    auto const step = static_cast<int>(total_ > 0 ? std::min<std::uint64_t>(done_ * 100 / total_, 100) : done_ >> 20);
-    if (step == drawn_) return;
-    drawn_ = step;
-    constexpr int kPercentPerMark = 2;
-    std::cerr << '\r';
-    if (total_ > 0) {
-      std::string bar(static_cast<std::size_t>(step / kPercentPerMark), '#');
-      bar.resize(100 / kPercentPerMark, '.');
-      std::cerr << '[' << bar << "] " << step << " %  ";
-    }
-    std::cerr << (done_ >> 20) << " MiB" << std::flush;
-  }
-
-  std::uint64_t Done() const { return done_; }
-
- private:
-  std::uint64_t total_;
-  bool shown_;
-  std::uint64_t done_ = 0;
-  int drawn_ = -1;
+  bool dryRun = false;
 };
 
 std::unique_ptr<CipherClass> KeyedCipher(Arguments const& arguments) {
@@ -92,16 +54,27 @@ std::unique_ptr<CipherClass> KeyedCipher(Arguments const& arguments) {
   return cipher;
 }
 
+std::uint64_t LengthOf(Input& in) {
+  std::uint64_t length = 0;
+  char piece[65536];
+  while (std::size_t const got = in.Fill(piece, sizeof piece)) length += got;
+  return length;
+}
+
 void CodeFile(Arguments const& arguments, Code code, Terminal const& terminal) {
   std::unique_ptr<CipherClass> const cipher = KeyedCipher(arguments);
   Input in(arguments.in, arguments.in);
   struct stat source = {};
   if (fstat(in.Descriptor(), &source) != 0) throw FileFailed(arguments.in);
-  RequireNew(arguments.out, arguments.overwrite);
-  Output out(arguments.out, source);
+  bool const isFile = S_ISREG(source.st_mode);
+  if (arguments.dryRun) {
+    RequireWritable(arguments.out, source, arguments.overwrite);
+    return TellOutput(arguments.out, LengthOf(in), true, terminal);
+  }
+  Output out(arguments.out, source, arguments.overwrite);
   std::uint64_t done = 0;
   {
-    Progress progress(S_ISREG(source.st_mode) ? static_cast<std::uint64_t>(source.st_size) : 0);
+    Progress progress(isFile ? static_cast<std::uint64_t>(source.st_size) : 0);
     // Whole blocks, so that only the last piece can have a rest.
     char piece[65536];
     for (std::size_t got = 0; (got = in.Fill(piece, sizeof piece)) > 0; progress.Advance(got)) {
@@ -114,8 +87,7 @@ void CodeFile(Arguments const& arguments, Code code, Terminal const& terminal) {
   if (done % 8 != 0 && arguments.mode == "code-book")
     terminal.Note(arguments.out + ": the last " + std::to_string(done % 8) +
                   " bytes cannot be recovered: code-book mode works in blocks of 8 bytes");
-  if (terminal.json) return terminal.PrintJson({{"file", arguments.out}, {"bytes", done}});
-  if (out.IsFile()) terminal.PrintText(arguments.out + ": " + Counted(done, "byte") + " written");
+  if (terminal.json || out.IsFile()) TellOutput(arguments.out, done, false, terminal);
 }
 
 template <class Map>
@@ -126,38 +98,32 @@ std::vector<std::string> Names(Map const& map) {
   return names;
 }
 
-void AddDirection(CLI::App* family, Terminal& terminal, char const* name, char const* description, Code code) {
-  CLI::App* const command = AddCommand(family, terminal, name, description);
+Command Direction(char const* name, char const* help, Code code) {
   auto const arguments = std::make_shared<Arguments>();
-  command->add_option("IN", arguments->in, "Input file")->required()->type_name("");
-  command->add_option("OUT", arguments->out, "Output file")->required()->type_name("");
-  command->add_option("--phrase-file", arguments->phraseFile, "The pass phrase is the first line of FILE")
-      ->required()
-      ->type_name("FILE");
-  AddOverwrite(command, arguments->overwrite);
-  auto const choice = [&](char const* option, std::string& target, char const* meaning, auto const& names) {
-    command->add_option(option, target, meaning)
-        ->type_name("NAME")
-        ->capture_default_str()
-        ->check(CLI::IsMember(Names(names)));
+  auto const choice = [](char const* option, std::string& target, char const* meaning, auto const& names) {
+    return Value(option, &target, "NAME", meaning).ShowingDefault().OneOf(Names(names));
   };
-  choice("--algorithm", arguments->algorithm, "Cipher", kAlgorithms);
-  choice("--mode", arguments->mode, "Block chaining", kModes);
-  command->callback([arguments, code, &terminal] { CodeFile(*arguments, code, terminal); });
+  return {
+      name,
+      help,
+      [arguments, code](Terminal const& terminal) { CodeFile(*arguments, code, terminal); },
+      {Argument("IN", &arguments->in, "Input file").Required(),
+       Argument("OUT", &arguments->out, "Output file").Required(),
+       Value("--phrase-file", &arguments->phraseFile, "FILE", "The pass phrase is the first line of FILE").Required(),
+       Overwrite(arguments->overwrite), DryOutput(arguments->dryRun),
+       choice("--algorithm", arguments->algorithm, "Cipher", kAlgorithms),
+       choice("--mode", arguments->mode, "Block chaining", kModes)}};
 }
 
 }  // namespace
 
-void AddCipher(CLI::App& app, Terminal& terminal) {
-  CLI::App* const family = app.add_subcommand("cipher", "Encrypt or decrypt files of the product's earlier generation");
-  family->require_subcommand(1);
-  family->footer(
-      "For old files only: a 64-bit key protects nothing today. The key is the RIPEMD-256 of the pass phrase, byte "
-      "for\n"
-      "byte as the file has it (the old programs wrote Latin-1), without the line end. A wrong phrase is not "
-      "detected:\n"
-      "the output is noise. OUT is as long as IN and is replaced only when complete.\n\n"
-      "  zelctl cipher decode --phrase-file phrase.txt old.dat plain.dat");
-  AddDirection(family, terminal, "encode", "Encrypt a file", &CipherClass::EncodeBuffer);
-  AddDirection(family, terminal, "decode", "Decrypt a file", &CipherClass::DecodeBuffer);
+Command CipherCommands() {
+  return Family("cipher", "Encrypt or decrypt files of the product's earlier generation",
+                "For old files only: a 64-bit key protects nothing today. The key is the RIPEMD-256 of the pass phrase "
+                "without the line end; use Latin-1, as the old programs did. A wrong phrase is not detected: the "
+                "output is noise. OUT is as long as IN and is replaced only when complete.",
+                {"zelctl cipher encode --phrase-file phrase.txt plain.dat old.dat",
+                 "zelctl cipher decode --phrase-file phrase.txt old.dat plain.dat"},
+                {Direction("encode", "Encrypt a file", &CipherClass::EncodeBuffer),
+                 Direction("decode", "Decrypt a file", &CipherClass::DecodeBuffer)});
 }

@@ -1,10 +1,12 @@
 // zelctl digest: RIPEMD-256 of files, written and checked as the usual checksum tools do it.
-#include <CLI/CLI.hpp>
+#include <sys/stat.h>
+
 #include <iostream>
 #include <optional>
 
 #include "commands/families.h"
 #include "files/input.h"
+#include "terminal/progress.h"
 #include "terminal/terminal.h"
 #include "zelvane/core/strutils.h"
 #include "zelvane/crypto/hash.h"
@@ -75,9 +77,13 @@ Digest DigestOf(std::string const& file) {
   Hash_RipeMD256 hash;
   hash.Init();
   Digest digest = {};
+  struct stat source = {};
+  bool const isFile = fstat(in.Descriptor(), &source) == 0 && S_ISREG(source.st_mode);
+  Progress progress(isFile ? static_cast<std::uint64_t>(source.st_size) : 0);
   char piece[65536];
-  for (std::size_t got = 0; (got = in.Fill(piece, sizeof piece)) > 0; digest.length += got)
+  for (std::size_t got = 0; (got = in.Fill(piece, sizeof piece)) > 0; progress.Advance(got))
     hash.Calc(piece, static_cast<long>(got));
+  digest.length = progress.Done();
   hash.Done();
   auto const* const bytes = static_cast<unsigned char const*>(hash.DigestKey());
   for (long i = 0; i < hash.DigestKeySize(); i++) digest.hex += {kHex[bytes[i] >> 4], kHex[bytes[i] & 15]};
@@ -85,7 +91,7 @@ Digest DigestOf(std::string const& file) {
 }
 
 void Print(Arguments const& arguments, Terminal& terminal) {
-  Json json = Json::array();
+  Json::List json;
   for (std::string const& file : arguments.files) {
     try {
       Digest const digest = DigestOf(file);
@@ -173,7 +179,7 @@ bool Conclude(Tally const& tally, std::string const& list, Arguments const& argu
 }
 
 // Whether all is well with the list at `path`. Throws FileFailed when it cannot be read.
-bool CheckList(std::string const& path, Arguments const& arguments, Terminal const& terminal, Json& json) {
+bool CheckList(std::string const& path, Arguments const& arguments, Terminal const& terminal, Json::List& json) {
   Input in = OpenInput(path);
   std::string const list = path == "-" ? "standard input" : Escaped(path);
   Tally tally;
@@ -199,7 +205,7 @@ bool CheckList(std::string const& path, Arguments const& arguments, Terminal con
 }
 
 void Check(Arguments const& arguments, Terminal& terminal) {
-  Json json = Json::array();
+  Json::List json;
   for (std::string const& list : arguments.files) {
     try {
       if (!CheckList(list, arguments, terminal, json)) terminal.status = 1;
@@ -213,29 +219,26 @@ void Check(Arguments const& arguments, Terminal& terminal) {
 
 }  // namespace
 
-void AddDigest(CLI::App& app, Terminal& terminal) {
-  CLI::App* const command = AddCommand(&app, terminal, "digest", "Compute or check RIPEMD-256 checksums");
+Command DigestCommand() {
   auto const arguments = std::make_shared<Arguments>();
-  command->add_option("FILE", arguments->files, "Files; \"-\" or no FILE for standard input")->type_name("");
-  CLI::Option* const check = command->add_flag("-c,--check", arguments->check, "Verify the checksums listed in FILE");
-  auto const add = [&](char const* name, bool& target, char const* description) {
-    command->add_flag(name, target, description)->needs(check);
+  auto const add = [](char const* name, bool& target, char const* help) {
+    return Flag(name, &target, help).Needs("--check");
   };
-  add("--ignore-missing", arguments->ignoreMissing, "With --check: skip missing files");
-  add("--quiet", arguments->quiet, "With --check: do not print OK lines");
-  add("--status", arguments->status, "With --check: print nothing, set only the exit code");
-  add("--strict", arguments->strict, "With --check: exit with 1 for malformed lines");
-  add("-w,--warn", arguments->warn, "With --check: report malformed lines");
-  command->footer(
-      "Works like the usual checksum tools: the digest, two blanks, the name, a line a file. A name with a line feed,\n"
-      "a carriage return or a backslash is escaped, and its line begins with a backslash. A file that cannot be read\n"
-      "is reported on the error stream, the others go on. Exit codes: 0 all is well, 1 something is not, 2 wrong "
-      "usage.\n"
-      "From 512 MiB on digests are the product's own: its programs have stored them, other programs do not agree.\n\n"
-      "  zelctl digest *.cfg > sums\n"
-      "  zelctl digest --check sums");
-  command->callback([arguments, &terminal] {
-    if (arguments->check) return Check(*arguments, terminal);
-    Print(*arguments, terminal);
-  });
+  return {
+      "digest",
+      "Compute or check RIPEMD-256 checksums",
+      [arguments](Terminal& terminal) { arguments->check ? Check(*arguments, terminal) : Print(*arguments, terminal); },
+      {Argument("FILE", &arguments->files, "Files; \"-\" or no FILE for standard input"),
+       Flag("-c,--check", &arguments->check, "Verify the checksums listed in FILE"),
+       add("--ignore-missing", arguments->ignoreMissing, "With --check: skip missing files"),
+       add("--quiet", arguments->quiet, "With --check: do not print OK lines"),
+       add("--status", arguments->status, "With --check: print nothing, set only the exit code"),
+       add("--strict", arguments->strict, "With --check: exit with 1 for malformed lines"),
+       add("-w,--warn", arguments->warn, "With --check: report malformed lines")},
+      "Output: one line per file, digest, two spaces and name, like the usual checksum tools. If a name contains a "
+      "line feed, carriage return or backslash, it is escaped and the line starts with a backslash. Files that cannot "
+      "be read are reported on standard error; the others are still processed. Exit codes: 0 success, 1 failure, 2 "
+      "usage error. For files of 512 MiB or more the digest differs from standard RIPEMD-256: the programs have stored "
+      "such digests.",
+      {"zelctl digest *.cfg > sums", "zelctl digest --check sums"}};
 }

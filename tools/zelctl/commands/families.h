@@ -1,34 +1,32 @@
-// The families of commands. Each adds one subcommand with its own below it; main.cpp lists them.
+// The commands, a family or a command in each source of this directory; main.cpp puts them together.
 #ifndef ZELVANE_TOOLS_ZELCTL_COMMANDS_FAMILIES_H
 #define ZELVANE_TOOLS_ZELCTL_COMMANDS_FAMILIES_H
 
-namespace CLI {
-class App;
-}
-struct Terminal;
+#include "commands/command.h"
 
-void AddShutdown(CLI::App& app, Terminal& terminal);
-void AddCfg(CLI::App& app, Terminal& terminal);
-void AddB64(CLI::App& app, Terminal& terminal);
-void AddUps(CLI::App& app, Terminal& terminal);
-void AddType(CLI::App& app, Terminal& terminal);
-void AddServer(CLI::App& app, Terminal& terminal);
-void AddClient(CLI::App& app, Terminal& terminal);
-void AddInfo(CLI::App& app, Terminal& terminal);
-void AddPorts(CLI::App& app, Terminal& terminal);
-void AddDigest(CLI::App& app, Terminal& terminal);
-void AddCipher(CLI::App& app, Terminal& terminal);
-void AddProc(CLI::App& app, Terminal& terminal);
-void AddSvc(CLI::App& app, Terminal& terminal);
-void AddLog(CLI::App& app, Terminal& terminal);
-// Below the family of `log`.
-void AddFollow(CLI::App* log, Terminal& terminal);
-void AddOutages(CLI::App* log, Terminal& terminal);
-void AddSchedule(CLI::App& app, Terminal& terminal);
-void AddLang(CLI::App& app, Terminal& terminal);
-void AddBrowse(CLI::App& app, Terminal& terminal);
-void AddStatus(CLI::App& app, Terminal& terminal);
-void AddReport(CLI::App& app, Terminal& terminal);
-void AddHelp(CLI::App& app, Terminal& terminal);
+Command ShutdownCommands();
+Command CfgCommands();
+Command B64Commands();
+Command UpsCommands();
+Command TypeCommands();
+Command ServerCommands();
+Command ClientCommands();
+Command InfoCommand();
+Command PortsCommand();
+Command DigestCommand();
+Command CipherCommands();
+Command ProcCommands();
+Command SvcCommands();
+Command LogCommands();
+// Of the family of `log`.
+Command FollowCommand();
+Command OutagesCommand();
+Command ScheduleCommands();
+Command LangCommands();
+Command BrowseCommands();
+Command StatusCommand();
+Command ReportCommand();
+// It shows the commands of the root, which must outlive it.
+Command HelpCommand(Command const& root);
 
 #endif

@@ -3,7 +3,6 @@
 #include <signal.h>
 #include <time.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <deque>
 #include <fstream>
@@ -34,7 +33,7 @@ struct Arguments {
 };
 
 // Where one is in a log that others write. A log that has reached its bound loses its oldest records, and the others
-// move to the front of the file: the last ones that were seen tell where to go on.
+// move to the front of the file: the last ones that were seen tell where to continue.
 class Follower {
  public:
   Follower(std::string path, std::uint64_t payloadSize) : path_(std::move(path)), payload_(payloadSize) {}
@@ -89,7 +88,7 @@ class Follower {
     return same;
   }
 
-  // Behind the place where the most of what was seen stands; the last one of such places.
+  // After the place where the most of what was seen stands; the last one of such places.
   std::uint64_t Found(RecordLog const& log) const {
     std::uint64_t position = 0;
     std::size_t best = 0;
@@ -149,21 +148,14 @@ void Follow(Arguments const& arguments, Terminal const& terminal) {
 
 }  // namespace
 
-void AddFollow(CLI::App* log, Terminal& terminal) {
-  CLI::App* const command = AddCommand(log, terminal, "follow", "The last records, and then those that come");
-  AddCsv(command, terminal);
+Command FollowCommand() {
   auto const arguments = std::make_shared<Arguments>();
-  command->add_option("FILE", arguments->file, "The log")->required()->type_name("");
-  command->add_option("--last", arguments->last, "How many of those that are there")
-      ->type_name("N")
-      ->capture_default_str();
-  arguments->choice.AddCodes(command);
-  arguments->choice.AddText(command);
-  command->add_option("--size", arguments->size, "Bytes of payload behind each date-time, if not 64")->type_name("N");
-  command->footer(
-      "Ends with Ctrl+C. When the programs cut a log that has reached its bound, the numbers of its records begin "
-      "anew,\n"
-      "and no record is shown twice.\n\n"
-      "  zelctl log follow logevt.rgt --code 1,2");
-  command->callback([arguments, &terminal] { Follow(*arguments, terminal); });
+  return {"follow", "Show the last records, then new ones as they come", On(arguments, Follow),
+          Joined({{Argument("FILE", &arguments->file, "The log").Required(),
+                   Value("--last", &arguments->last, "N", "Existing records to show first").ShowingDefault()},
+                  arguments->choice.Code(),
+                  arguments->choice.Grep(),
+                  {Value("--size", &arguments->size, "N", "Payload size in bytes; default 64")}}),
+          "Ends with Ctrl+C. When the programs truncate a log that has reached its limit, the record numbers start "
+          "again; no record is shown twice."};
 }

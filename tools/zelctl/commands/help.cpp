@@ -1,69 +1,75 @@
 // zelctl help: every command by family, and the words that the completion of the shell asks for.
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iomanip>
 #include <iostream>
 
+#include "commands/commandline.h"
+#include "commands/completion.h"
 #include "commands/families.h"
+#include "commands/manual.h"
 #include "terminal/terminal.h"
 
 namespace {
 
-std::vector<CLI::App const*> Commands(CLI::App const& parent) {
-  return parent.get_subcommands([](CLI::App const*) { return true; });
-}
+struct Arguments {
+  std::vector<std::string> path;
+  bool words = false;
+  bool manual = false;
+};
 
-// The family or command that the path names, with `arguments` behind it or without; null when there is none.
-CLI::App const* Named(CLI::App const& root, std::vector<std::string> const& path, bool arguments) {
-  CLI::App const* found = &root;
+// The family or command that the path names; null when there is none.
+Command const* Named(Command const& root, std::vector<std::string> const& path) {
+  Command const* found = &root;
   for (std::string const& name : path) {
-    std::vector<CLI::App const*> const below = Commands(*found);
-    auto const match = std::find_if(below.begin(), below.end(), [&](auto each) { return each->get_name() == name; });
-    if (match == below.end()) return arguments && below.empty() ? found : nullptr;
-    found = *match;
+    std::vector<Command> const& below = found->commands;
+    auto const match = std::find_if(below.begin(), below.end(), [&](Command const& each) { return each.name == name; });
+    if (match == below.end()) return nullptr;
+    found = &*match;
   }
   return found;
 }
 
-void PrintLine(std::string const& indent, CLI::App const& app) {
-  std::cout << indent << std::left << std::setw(static_cast<int>(12 - indent.size())) << app.get_name() << ' '
-            << app.get_description() << '\n';
+void PrintLine(std::string const& indent, Command const& command) {
+  std::cout << indent << std::left << std::setw(static_cast<int>(12 - indent.size())) << command.name << ' '
+            << command.help << '\n';
 }
 
-void PrintOverview(CLI::App const& root) {
-  for (CLI::App const* family : Commands(root)) {
-    if (family->get_name() == "help") continue;
-    PrintLine("", *family);
-    for (CLI::App const* command : Commands(*family)) PrintLine("  ", *command);
+void PrintOverview(Command const& root) {
+  for (Command const& family : root.commands) {
+    if (family.name == "help") continue;
+    PrintLine("", family);
+    for (Command const& command : family.commands) PrintLine("  ", command);
     std::cout << '\n';
   }
   std::cout << "See `zelctl help FAMILY COMMAND`.\n";
 }
 
-void PrintWords(CLI::App const& app) {
-  for (CLI::App const* command : Commands(app)) std::cout << command->get_name() << '\n';
-  for (CLI::Option const* option : app.get_options([](CLI::Option const* each) { return !each->get_group().empty(); }))
-    for (std::string const& name : option->get_lnames()) std::cout << "--" << name << '\n';
+void Help(Command const& root, Arguments const& arguments) {
+  if (arguments.manual) {
+    std::cout << ManualText(root);
+  } else if (arguments.words) {
+    for (std::string const& word : Completions(root, arguments.path)) std::cout << word << '\n';
+  } else if (Named(root, arguments.path) == nullptr) {
+    throw WrongUsage("unknown command; see `zelctl help`");
+  } else if (arguments.path.empty()) {
+    PrintOverview(root);
+  } else {
+    std::cout << HelpText(root, arguments.path);
+  }
 }
 
 }  // namespace
 
-void AddHelp(CLI::App& app, Terminal&) {
-  CLI::App* const help = app.add_subcommand("help", "List all commands");
-  auto const path = std::make_shared<std::vector<std::string>>();
-  auto const words = std::make_shared<bool>(false);
-  help->add_option("COMMAND", *path, "Family, and command of it, to describe");
-  help->add_flag("--words", *words, "For shell completion: possible next words, one per line")->group("");
-  help->callback([&app, path, words] {
-    CLI::App const* const named = Named(app, *path, *words);
-    if (*words) {
-      if (named != nullptr) PrintWords(*named);
-    } else if (named == nullptr) {
-      throw WrongUsage("unknown command; see `zelctl help`");
-    } else if (path->empty()) {
-      PrintOverview(app);
-    } else {
-      std::cout << named->help(path->size() == 1 ? "zelctl" : "zelctl " + path->front());
-    }
-  });
+Command HelpCommand(Command const& root) {
+  auto const arguments = std::make_shared<Arguments>();
+  return {
+      "help",
+      "List all commands",
+      [&root, arguments](Terminal const&) { Help(root, *arguments); },
+      {Value("COMMAND", &arguments->path, "TEXT", "Family, and command of it, to describe"),
+       Flag("--words", &arguments->words, "For shell completion: what can stand in place of the last word").Hidden(),
+       Flag("--manual", &arguments->manual, "For zelctl(1): the commands in mdoc(7)").Hidden()},
+      "",
+      {"zelctl help log outages"},
+      Answers::kText};
 }

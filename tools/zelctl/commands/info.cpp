@@ -1,6 +1,4 @@
 // zelctl info: where the product is installed, and what of it.
-#include <CLI/CLI.hpp>
-
 #include "commands/families.h"
 #include "files/format.h"
 #include "records/fields.h"
@@ -66,12 +64,12 @@ void Show(Terminal const& terminal) {
 
 }  // namespace
 
-void AddInfo(CLI::App& app, Terminal& terminal) {
-  CLI::App* const command =
-      AddCommand(&app, terminal, "info", "Show the installation: root, version, installed programs");
-  command->footer(
-      "Values come from section [ZELVANE] of /etc/zelvane.conf. Without PATH there, the root is zelctl's own "
-      "directory.\n"
-      "Without a key for a module, it is present if its program is.");
-  command->callback([&terminal] { Show(terminal); });
+Command InfoCommand() {
+  return {"info",
+          "Show the installation: root, version, installed programs",
+          Show,
+          {},
+          "Values come from section [ZELVANE] of /etc/zelvane.conf. Without PATH there, the root is zelctl's own "
+          "directory. Without a key for a module, it is present if its program is.",
+          {"zelctl info --json"}};
 }

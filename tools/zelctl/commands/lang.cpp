@@ -1,7 +1,6 @@
 // zelctl lang: the texts of the programs in the users' languages, and this user's own wording of them.
 #include <errno.h>
 
-#include <CLI/CLI.hpp>
 #include <map>
 
 #include "commands/families.h"
@@ -128,7 +127,7 @@ void Get(Arguments const& arguments, Terminal& terminal) {
   terminal.json ? terminal.PrintJson(TextJson(number, lang, tables.get())) : terminal.PrintValue(text);
 }
 
-// A new section goes to the end of the file, behind a line at which the programs stop reading. The library would then
+// A new section goes to the end of the file, after a line at which the programs stop reading. The library would then
 // give the text to everybody, in the installed file.
 void RequireReach(std::string const& file, long lang) {
   FileState const state = InspectFile(file);
@@ -196,41 +195,29 @@ void Missing(Arguments const& arguments, Terminal& terminal) {
 
 }  // namespace
 
-void AddLang(CLI::App& app, Terminal& terminal) {
-  CLI::App* const family = app.add_subcommand("lang", "Message texts of the programs and the user's overrides");
-  family->require_subcommand(1);
-  family->footer(
-      "The installed texts lie in zellang.cfg of the installation root, the user's own in ~/.zellang.cfg. Without\n"
-      "--lang the language is the user's (LANGID in ~/.zelvane).\n\n"
-      "  zelctl lang get 12\n"
-      "  zelctl lang set 12 'Ligar o no-break' --lang 2 --utf8\n"
-      "  zelctl lang missing 1 2 && echo complete");
+Command LangCommands() {
   auto const arguments = std::make_shared<Arguments>();
-  auto const add = [&](char const* name, char const* description, void (*act)(Arguments const&, Terminal&)) {
-    CLI::App* const command = AddCommand(family, terminal, name, description);
-    command->callback([arguments, act, &terminal] { act(*arguments, terminal); });
-    return command;
+  auto const word = [](char const* name, std::string& target, char const* help) {
+    return Argument(name, &target, help).Required();
   };
-  auto const word = [](CLI::App* command, char const* name, std::string& target, char const* description) {
-    command->add_option(name, target, description)->required()->type_name("");
-  };
-  add("list", "The languages, with how many texts are installed and how many are the user's own", List);
-
-  CLI::App* const get = add("get", "Print one text: the user's own, else the installed one", Get);
-  CLI::App* const set = add("set", "Give one text the user's own wording; \"\" brings the installed one back", Set);
-  for (CLI::App* const command : {get, set}) {
-    word(command, "ID", arguments->number, "Number of the text");
-    command->add_option("--lang", arguments->language, "Number of the language")->type_name("N");
-  }
-  word(set, "TEXT", arguments->text, "The text");
-  set->footer(
-      "Only where ~/.zellang.cfg cannot be written the text goes to the installed ones.\n"
-      "Put \"--\" before an argument that starts with \"-\": zelctl lang set 12 -- -x");
-  AddWriting(set, arguments->writing);
-
-  CLI::App* const missing =
-      add("missing", "Texts that one of two languages lacks, and the user's own in both", Missing);
-  word(missing, "A", arguments->language, "Number of the one language");
-  word(missing, "B", arguments->other, "Number of the other");
-  missing->footer("A \"missing\" text is shown as the other language has it. Exit code 1 when one is missing.");
+  Options const text = {word("ID", arguments->number, "Number of the text"),
+                        Value("--lang", &arguments->language, "N", "Number of the language")};
+  return Family(
+      "lang", "Message texts of the programs and the user's overrides",
+      "Installed texts: zellang.cfg in the installation root. Overrides: ~/.zellang.cfg. Default language: LANGID in "
+      "~/.zelvane.",
+      {"zelctl lang list", "zelctl lang get 12", "zelctl lang set 12 'Ligar o no-break' --lang 2 --utf8",
+       "zelctl lang missing 1 2 && echo complete"},
+      {{"list", "List languages, with the number of installed texts and of overrides", On(arguments, List)},
+       {"get", "Print one text: the override if there is one, otherwise the installed text", On(arguments, Get), text},
+       {"set", "Override one text; \"\" restores the installed text", On(arguments, Set),
+        Joined({text, {word("TEXT", arguments->text, "New text")}, WritingOptions(arguments->writing)}),
+        "If ~/.zellang.cfg cannot be written, the installed file is changed instead. Put \"--\" before an argument "
+        "that starts with \"-\": zelctl lang set 12 -- -x"},
+       {"missing",
+        "List texts missing in one of two languages, and overrides in both",
+        On(arguments, Missing),
+        {word("A", arguments->language, "First language (number)"),
+         word("B", arguments->other, "Second language (number)")},
+        "A missing text is printed in the other language. Exit code 1 if a text is missing."}});
 }

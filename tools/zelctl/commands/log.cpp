@@ -1,7 +1,6 @@
 // zelctl log: what a record log holds, and what it says of the mains.
 #include <sys/stat.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <filesystem>
 #include <iostream>
@@ -10,6 +9,7 @@
 
 #include "commands/families.h"
 #include "files/damage.h"
+#include "files/edit.h"
 #include "files/input.h"
 #include "files/output.h"
 #include "files/picturefile.h"
@@ -36,20 +36,18 @@ constexpr std::int64_t kHighestEndCode = 32767;  // the library takes end codes 
 // The last day that a span of the library can end with: the last second of the next one is no date-time any more.
 char const kLastDay[] = "2038-01-18";
 
-using Option = std::optional<std::string>;
-
 struct Arguments {
   std::string file;
   std::string out;
-  Option size;
-  Option code;
+  std::optional<std::string> size;
+  std::optional<std::string> code;
   ChoiceOptions choice;
-  Option from;
-  Option to;
-  Option last;
-  Option start;
+  std::optional<std::string> from;
+  std::optional<std::string> to;
+  std::optional<std::string> last;
+  std::optional<std::string> start;
   std::vector<std::string> ends;
-  Option by;
+  std::optional<std::string> by;
   bool reverse = false;
   PictureFile picture;
   bool overwrite = false;
@@ -62,13 +60,13 @@ RecordLog OpenLog(Arguments const& arguments) {
   return {arguments.file, static_cast<std::uint64_t>(size)};
 }
 
-std::optional<std::uint16_t> CodeArgument(char const* name, Option const& code) {
+std::optional<std::uint16_t> CodeArgument(char const* name, std::optional<std::string> const& code) {
   if (!code) return std::nullopt;
   return static_cast<std::uint16_t>(NumberArgument(name, *code, 0, kHighestCode));
 }
 
 void RequireOrder(std::int32_t from, std::int32_t to) {
-  if (from > to) throw WrongUsage("--from must not be later than --to");
+  if (from > to) throw WrongUsage("--from is later than --to");
 }
 
 // ---- show ----
@@ -98,7 +96,13 @@ void Show(Arguments const& arguments, Terminal& terminal) {
     toShow--;
     listing.Row(record);
   };
-  arguments.reverse ? log.ForEachReversed(see) : log.ForEach(see);
+  // The rows show how far they are, on a terminal.
+  if (arguments.reverse)
+    log.ForEachReversed(see);
+  else if (IsOnTerminal())
+    log.ForEach(see, 0, log.Count());
+  else
+    log.ForEach(see);
   listing.End();
   log.NoteDamage(terminal);
 }
@@ -113,14 +117,14 @@ struct Days {
 void NoteOddDay(char const* name, std::int32_t day, Terminal const& terminal) {
   std::string const taken = DateTimeToStr("yyyy-mm-dd", day);
   if (taken != DayText(day))
-    terminal.Note(std::string(name) + ": the programs and the count take " + DayText(day) + " for " + taken);
+    terminal.Note(std::string(name) + ": " + DayText(day) + " counts as " + taken + " in the programs and here");
 }
 
 Days DaysOf(Arguments const& arguments, Terminal const& terminal) {
   std::int32_t const latest = ParseDay("", kLastDay).first;
   Days const days = {arguments.from ? ParseDay("--from", *arguments.from).first : 0,
                      arguments.to ? ParseDay("--to", *arguments.to).first : latest};
-  if (days.to > latest) throw WrongUsage(std::string("--to: a day up to ") + kLastDay + " is wanted");
+  if (days.to > latest) throw WrongUsage(std::string("--to: expected a day up to ") + kLastDay);
   RequireOrder(days.from, days.to);
   NoteOddDay("--from", days.from, terminal);
   NoteOddDay("--to", days.to, terminal);
@@ -138,11 +142,11 @@ std::vector<unsigned char> Load(RecordLog const& log, Terminal const& terminal) 
 std::unique_ptr<LogClass> HandleOf(std::vector<unsigned char>& bytes) {
   auto log = std::make_unique<LogClass>();
   if (!bytes.empty() && !log->SetBuffer(bytes.data(), static_cast<unsigned long>(bytes.size())))
-    throw Failed("the log is too big to be held in memory");
+    throw Failed("cannot load the log: not enough memory");
   return log;
 }
 
-Json DayJson(Option const& given, std::int32_t day) { return given ? Json(DayText(day)) : Json(); }
+Json DayJson(std::optional<std::string> const& given, std::int32_t day) { return given ? Json(DayText(day)) : Json(); }
 
 void Count(Arguments const& arguments, Terminal& terminal) {
   std::uint16_t const code = *CodeArgument("--code", arguments.code);
@@ -150,8 +154,10 @@ void Count(Arguments const& arguments, Terminal& terminal) {
   std::vector<unsigned char> bytes = Load(OpenLog(arguments), terminal);
   std::unique_ptr<LogClass> const log = HandleOf(bytes);
   unsigned long const count = LogReaderCountEvents(log.get(), code, days.from, days.to);
-  if (!PrintMachineRow(terminal, {{"code", 0}, {"from", 0}, {"to", 0}, {"count", 0}},
-                       {code, DayJson(arguments.from, days.from), DayJson(arguments.to, days.to), count}))
+  if (!PrintMachineRow(terminal, {{"code", code},
+                                  {"from", DayJson(arguments.from, days.from)},
+                                  {"to", DayJson(arguments.to, days.to)},
+                                  {"count", count}}))
     terminal.PrintText(std::to_string(count));
 }
 
@@ -207,12 +213,14 @@ void Time(Arguments const& arguments, Terminal& terminal) {
   condition.Disarm(bytes, log.RecordSize());
   std::int32_t const seconds = condition.Seconds(bytes);
   if (seconds != counted)
-    terminal.Note("the programs say " + std::to_string(counted) +
-                  " s: the first record behind --to begins the condition anew, and they take that off");
-  Json const shownEnds = terminal.json ? Json(condition.ends) : Json(list);
-  if (!PrintMachineRow(
-          terminal, {{"start", 0}, {"end", 0}, {"from", 0}, {"to", 0}, {"seconds", 0}},
-          {condition.start, shownEnds, DayJson(arguments.from, days.from), DayJson(arguments.to, days.to), seconds}))
+    terminal.Note("the programs compute " + std::to_string(counted) +
+                  " s: the first record after --to starts the condition again, and they subtract that time");
+  Json const shownEnds = terminal.json ? Json::ListOf(condition.ends) : Json(list);
+  if (!PrintMachineRow(terminal, {{"start", condition.start},
+                                  {"end", shownEnds},
+                                  {"from", DayJson(arguments.from, days.from)},
+                                  {"to", DayJson(arguments.to, days.to)},
+                                  {"seconds", seconds}}))
     terminal.PrintText(std::to_string(seconds) + " s" + (seconds < 0 ? "" : " (" + Clock(seconds) + ")"));
 }
 
@@ -221,19 +229,18 @@ void Time(Arguments const& arguments, Terminal& terminal) {
 Step StepOf(Arguments const& arguments, Chart const& chart) {
   if (!arguments.by) return chart.FittingStep();
   std::optional<Step> const step = StepNamed(*arguments.by);
-  if (!step) throw WrongUsage("--by: hour, day, week, month, year, weekday or hour-of-day");
+  if (!step) throw WrongUsage("--by: expected hour, day, week, month, year, weekday or hour-of-day");
   return *step;
 }
 
 void WriteChart(Arguments const& arguments, Chart const& chart, Step step, Terminal const& terminal) {
-  if (chart.IsEmpty()) return terminal.Note(arguments.picture.path + " is not written: there is nothing to draw");
+  if (chart.IsEmpty()) return terminal.Note(arguments.picture.path + " not written: no events");
   std::string const name = arguments.file.substr(arguments.file.rfind('/') + 1);
   std::string const svg = ChartPicture(chart, step, name);
   arguments.picture.Write(svg);
   std::uint64_t events = 0;
   for (ChartColumn const& column : chart.By(step)) events += column.events;
-  if (!PrintMachineRow(terminal, {{"file", 0}, {"events", 0}, {"bytes", 0}},
-                       {arguments.picture.path, events, svg.size()}))
+  if (!PrintMachineRow(terminal, {{"file", arguments.picture.path}, {"events", events}, {"bytes", svg.size()}}))
     terminal.PrintText(arguments.picture.path + ": " + Counted(events, "event") + ", " + Counted(svg.size(), "byte"));
 }
 
@@ -258,8 +265,7 @@ void DrawChart(Arguments const& arguments, Terminal& terminal) {
     WriteChart(arguments, chart, step, terminal);
   else
     chart.Print(step, arguments.choice.HasCodes(), terminal);
-  if (without > 0)
-    terminal.Note(std::to_string(without) + " of the records lack a date-time or a code: not in the chart");
+  if (without > 0) terminal.Note(Counted(without, "record") + " without a valid time or code not in the chart");
   log.NoteDamage(terminal);
 }
 
@@ -269,7 +275,7 @@ void DrawChart(Arguments const& arguments, Terminal& terminal) {
 struct Inspection {
   Fault outOfOrder = {"outOfOrder", "out of order"};
   Fault inFuture = {"inFuture", "in the future"};
-  Fault withoutTime = {"withoutTime", "no date-time"};
+  Fault withoutTime = {"withoutTime", "invalid time"};
   std::int32_t first = -1;
   std::int32_t last = -1;
 
@@ -288,22 +294,25 @@ struct Inspection {
 // What stands beside a damaged log, or one whose cut was interrupted.
 void NoteCopies(RecordLog const& log, Terminal const& terminal) {
   if (fs::exists(fs::symlink_status(log.Path() + ".bad")))
-    terminal.Note(log.Path() + ".bad holds what an earlier damaged file held");
+    terminal.Note(log.Path() + ".bad: copy of an earlier damaged file; see `zelctl log salvage`");
   if (fs::exists(fs::symlink_status(log.Path() + ".tmp")))
-    terminal.Note(log.Path() + ".tmp is the scratch file of a cut that was interrupted");
+    terminal.Note(log.Path() + ".tmp: left by an interrupted truncation; see `zelctl log salvage`");
 }
 
 void VerifyText(Arguments const& arguments, Terminal& terminal) {
   TextDamage const found = InspectText(ReadText(arguments.file));
-  if (!PrintMachineRow(terminal,
-                       {{"file", 0}, {"length", 0}, {"lines", 0}, {"nulRuns", 0}, {"nulBytes", 0}, {"tornBytes", 0}},
-                       {arguments.file, found.length, found.lines, found.nulRuns, found.nulBytes, found.tornBytes}))
+  if (!PrintMachineRow(terminal, {{"file", arguments.file},
+                                  {"length", found.length},
+                                  {"lines", found.lines},
+                                  {"nulRuns", found.nulRuns},
+                                  {"nulBytes", found.nulBytes},
+                                  {"tornBytes", found.tornBytes}}))
     terminal.PrintTable({{"CHECK", "FOUND", ""},
                          {"length", std::to_string(found.length), "bytes"},
                          {"lines", std::to_string(found.lines), ""},
                          {"runs of NUL", std::to_string(found.nulRuns),
                           found.nulRuns == 0 ? "" : std::to_string(found.nulBytes) + " bytes"},
-                         {"torn last line", std::to_string(found.tornBytes), found.tornBytes == 0 ? "" : "bytes"}});
+                         {"partial last line", std::to_string(found.tornBytes), found.tornBytes == 0 ? "" : "bytes"}});
   terminal.status = found.nulRuns == 0 && found.tornBytes == 0 ? 0 : 1;
 }
 
@@ -313,39 +322,30 @@ void Verify(Arguments const& arguments, Terminal& terminal) {
   Inspection const found(log);
   Damage const damage(LoadRecords(log), log.RecordSize());
   auto const time = [](std::int32_t stamp) { return stamp < 0 ? Json() : Json(TimeText(stamp)); };
-  std::vector<Column> columns = {{"file", 0},  {"length", 0}, {"recordSize", 0}, {"records", 0},
-                                 {"first", 0}, {"last", 0},   {"tornBytes", 0}};
-  std::vector<Json> cells = {log.Path(),        log.Length(),     log.RecordSize(), log.Count(),
-                             time(found.first), time(found.last), log.Torn()};
+  Json::Object row = {{"file", log.Path()},     {"length", log.Length()},     {"recordSize", log.RecordSize()},
+                      {"records", log.Count()}, {"first", time(found.first)}, {"last", time(found.last)},
+                      {"tornBytes", log.Torn()}};
   std::string const span =
       found.first < 0 || found.last < 0 ? "" : ", " + TimeText(found.first) + " to " + TimeText(found.last);
   std::vector<std::vector<std::string>> rows = {
       {"CHECK", "FOUND", ""},
       {"length", std::to_string(log.Length()), "bytes"},
       {"records", std::to_string(log.Count()), "of " + std::to_string(log.RecordSize()) + " bytes" + span},
-      {"torn tail", std::to_string(log.Torn()), log.Torn() == 0 ? "" : "bytes that are no whole record"}};
+      {"partial record", std::to_string(log.Torn()), log.Torn() == 0 ? "" : "bytes"}};
   bool sound = log.Torn() == 0;
   for (Fault const& fault :
        {found.outOfOrder, found.inFuture, found.withoutTime, damage.zero, damage.doubled, damage.mixed}) {
     sound = sound && fault.count == 0;
-    columns.push_back({fault.name, 0});
-    cells.emplace_back(fault.count);
+    row.push_back({fault.name, fault.count});
     rows.push_back({fault.shown, std::to_string(fault.count),
-                    fault.count == 0 ? "" : "the first: record " + std::to_string(fault.first)});
+                    fault.count == 0 ? "" : "first: record " + std::to_string(fault.first)});
   }
-  if (!PrintMachineRow(terminal, columns, cells)) terminal.PrintTable(rows);
+  if (!PrintMachineRow(terminal, row)) terminal.PrintTable(rows);
   NoteCopies(log, terminal);
   terminal.status = sound ? 0 : 1;
 }
 
 // ---- salvage ----
-
-void RequireOut(std::string const& in, Arguments const& arguments) {
-  std::error_code none;
-  if (fs::equivalent(in, arguments.out, none)) throw WrongUsage("OUT must not be FILE itself");
-  if (!arguments.overwrite && fs::symlink_status(arguments.out, none).type() != fs::file_type::not_found)
-    throw Failed(arguments.out + ": is there already; --overwrite replaces it");
-}
 
 struct stat StatusOf(std::string const& path) {
   struct stat status = {};
@@ -356,15 +356,15 @@ struct stat StatusOf(std::string const& path) {
 void SalvageText(Arguments const& arguments, Terminal& terminal) {
   std::string const text = ReadText(arguments.file);
   TextDamage const found = InspectText(text);
-  RequireOut(arguments.file, arguments);
-  Output file(arguments.out, StatusOf(arguments.file));
+  Output file(arguments.out, StatusOf(arguments.file), arguments.overwrite);
   std::string const kept = WithoutNul(text);
   file.Write(kept.data(), kept.size());
   file.Keep();
-  if (!PrintMachineRow(terminal, {{"file", 0}, {"lines", 0}, {"nulRuns", 0}, {"nulBytes", 0}},
-                       {arguments.out, found.lines, found.nulRuns, found.nulBytes}))
+  if (!PrintMachineRow(
+          terminal,
+          {{"file", arguments.out}, {"lines", found.lines}, {"nulRuns", found.nulRuns}, {"nulBytes", found.nulBytes}}))
     terminal.PrintText(std::to_string(found.lines) + " lines saved, " + std::to_string(found.nulBytes) +
-                       " NUL bytes left out");
+                       " NUL bytes removed");
 }
 
 // The records of the log, or those of its scratch file where a cut broke off half way and only that one has them all.
@@ -377,8 +377,8 @@ std::vector<unsigned char> Rescued(RecordLog const& log, Terminal const& termina
   std::vector<unsigned char> whole = copy.Torn() == 0 ? LoadRecords(copy) : std::vector<unsigned char>();
   std::uint64_t const lacking = RecordsLacking(bytes, whole, log.RecordSize());
   if (lacking == 0) return bytes;
-  terminal.Note(scratch + " has " + std::to_string(lacking) + " records that " + log.Path() +
-                " lacks, from a cut that was interrupted: the records are taken from it");
+  terminal.Note(scratch + " has " + Counted(lacking, "record") + " that " + log.Path() +
+                " lacks, left by an interrupted truncation; its records are saved");
   return whole;
 }
 
@@ -386,11 +386,11 @@ void Salvage(Arguments const& arguments, Terminal& terminal) {
   if (arguments.text) return SalvageText(arguments, terminal);
   std::string const& out = arguments.out;
   RecordLog const log = OpenLog(arguments);
-  RequireOut(log.Path(), arguments);
   struct stat const source = StatusOf(log.Path());
+  RequireWritable(out, source, arguments.overwrite);
   std::vector<unsigned char> const bytes = Rescued(log, terminal);
   Damage const damage(bytes, log.RecordSize());
-  Output file(out, source);
+  Output file(out, source, arguments.overwrite);
   std::uint64_t saved = 0;
   auto const length = static_cast<std::size_t>(log.RecordSize());
   for (std::size_t i = 0; i < damage.isLeftOut.size(); i++) {
@@ -399,158 +399,115 @@ void Salvage(Arguments const& arguments, Terminal& terminal) {
     saved++;
   }
   file.Keep();
-  std::vector<Column> columns = {{"file", 0}, {"records", 0}, {"leftBytes", 0}};
-  std::vector<Json> cells = {out, saved, log.Torn()};
+  Json::Object row = {{"file", out}, {"records", saved}, {"leftBytes", log.Torn()}};
   std::string leftOut;
   for (Fault const& fault : {damage.zero, damage.doubled, damage.mixed}) {
-    columns.push_back({fault.name, 0});
-    cells.emplace_back(fault.count);
+    row.push_back({fault.name, fault.count});
     if (fault.count > 0)
-      leftOut += std::string(leftOut.empty() ? ", records left out: " : ", ") + fault.shown + " " +
-                 std::to_string(fault.count);
+      leftOut +=
+          std::string(leftOut.empty() ? ", records skipped: " : ", ") + fault.shown + " " + std::to_string(fault.count);
   }
-  if (!PrintMachineRow(terminal, columns, cells))
+  if (!PrintMachineRow(terminal, row))
     terminal.PrintText(std::to_string(saved) + " records saved, " + std::to_string(log.Torn()) +
-                       " bytes behind them left out" + leftOut);
+                       " trailing bytes skipped" + leftOut);
 }
 
 // ---- The command line ----
 
-using Act = void (*)(Arguments const& arguments, Terminal& terminal);
+char const kCalendarHelp[] =
+    "--from and --to are whole days, inclusive; default: the whole log. As in the programs, 29 February counts as 1 "
+    "February, and 31 December of a leap year as 1 January of that year.";
 
-class Family {
- public:
-  Family(CLI::App& app, Terminal& terminal)
-      : terminal_(terminal), family_(app.add_subcommand("log", "Record logs (*.rgt): look into them, count, save")) {}
+// The options that several commands have.
+struct Asked {
+  Arguments& to;
 
-  CLI::App* Get() { return family_; }
-
-  CLI::App* Add(char const* name, char const* description, Act act, char const* footer) {
-    CLI::App* const command = AddCommand(family_, terminal_, name, description);
-    AddCsv(command, terminal_);
-    command->add_option("FILE", arguments_->file, "The log")->required()->type_name("");
-    command->footer(footer);
-    command->callback([arguments = arguments_, act, &terminal = terminal_] { act(*arguments, terminal); });
-    return command;
+  Options File() const { return {Argument("FILE", &to.file, "The log").Required()}; }
+  Option Size() const { return Value("--size", &to.size, "N", "Payload size in bytes; default 64"); }
+  Options Days() const {
+    return {Value("--from", &to.from, "DAY", "First day to include"),
+            Value("--to", &to.to, "DAY", "Last day to include")};
   }
-
-  template <class Target>
-  CLI::Option* Value(CLI::App* command, char const* name, Target Arguments::*target, char const* type,
-                     char const* description) {
-    return command->add_option(name, (*arguments_).*target, description)->type_name(type);
-  }
-
-  void Size(CLI::App* command) {
-    Value(command, "--size", &Arguments::size, "N", "Bytes of payload behind each date-time, if not 64");
-  }
-
-  void Span(CLI::App* command, char const* type) {
-    Value(command, "--from", &Arguments::from, type, "Only from then on");
-    Value(command, "--to", &Arguments::to, type, "Only up to then");
-  }
-
-  void Text(CLI::App* command) { command->add_flag("--text", arguments_->text, "FILE is a text log"); }
-  ChoiceOptions& Choices() { return arguments_->choice; }
-
-  void Picture(CLI::App* command) { arguments_->picture.AddTo(command, "Draw a picture instead, into this file"); }
-
-  bool& Get(bool Arguments::*target) { return (*arguments_).*target; }
-
-  void Overwrite(CLI::App* command) {
-    Value(command, "OUT", &Arguments::out, "", "Where the records go")->required();
-    command->add_flag("--overwrite", arguments_->overwrite, "Replace OUT if it is there");
-  }
-
- private:
-  Terminal& terminal_;
-  CLI::App* family_;
-  std::shared_ptr<Arguments> arguments_ = std::make_shared<Arguments>();
+  Option Text() const { return Flag("--text", &to.text, "FILE is a text log"); }
 };
 
-char const kCalendarHelp[] =
-    "Whole days, both included; without them all of the log. Counted as the programs count, whose calendar takes a\n"
-    "29 February for 1 February, and the 31 December of a leap year for 1 January of that year.";
-
-void AddViews(Family& family) {
-  CLI::App* const show = family.Add(
-      "show", "The records: time, code, printable and hexadecimal payload", Show,
-      "CODE is the first two bytes of the payload, TEXT the rest, with \".\" for what does not print. Zeros at the "
-      "end\n"
-      "of a payload are left out of the table, and on a terminal what is wider than it. A day or a minute is meant "
-      "from\n"
-      "its first to its last second.");
-  family.Choices().AddSpan(show);
-  family.Choices().AddCodes(show);
-  family.Choices().AddText(show);
-  show->add_flag("--reverse", family.Get(&Arguments::reverse), "The last one first");
-  family.Value(show, "--last", &Arguments::last, "N", "Only the last N of them");
-  family.Size(show);
-
-  CLI::App* const chart =
-      family.Add("chart", "Bars of the events by hour, day, week, month or year, for each code", DrawChart,
-                 "All bars have one scale, up to the width of the terminal. Rows without an event stand between the "
-                 "others, three\n"
-                 "and more of them as one line. The codes that --code names stand beside each other if they fit.\n\n"
-                 "  zelctl log chart logevt.rgt --code 1,3 --by weekday");
-  family.Value(chart, "--by", &Arguments::by, "hour|day|week|month|year|weekday|hour-of-day",
-               "What a bar stands for; if not given what fits a page");
-  family.Choices().AddSpan(chart);
-  family.Choices().AddCodes(chart);
-  family.Picture(chart);
-  family.Size(chart);
+std::vector<Command> Views(std::shared_ptr<Arguments> const& arguments) {
+  Asked const asked = {*arguments};
+  ChoiceOptions& choice = arguments->choice;
+  return {
+      {"show", "List records: time, code, text, payload in hexadecimal", On(arguments, Show),
+       Joined({asked.File(),
+               choice.Span(),
+               choice.Code(),
+               choice.Grep(),
+               {Flag("--reverse", &arguments->reverse, "Newest record first"),
+                Value("--last", &arguments->last, "N", "Only the last N records"), asked.Size()}}),
+       "CODE is the first two bytes of the payload, TEXT the rest (\".\" for unprintable bytes). Trailing zeros are "
+       "omitted; lines are cut at the terminal width. A day or a minute means from its first to its last second."},
+      {"chart", "Chart events by hour, day, week, month or year, for each code", On(arguments, DrawChart),
+       Joined({asked.File(),
+               {Value("--by", &arguments->by, "hour|day|week|month|year|weekday|hour-of-day",
+                      "What a bar stands for; default: what fits a page")},
+               choice.Span(),
+               choice.Code(),
+               arguments->picture.Asked("--svg", "Write an SVG picture to FILE instead"),
+               {asked.Size()}}),
+       "All bars have the same scale, up to the terminal width. Three or more empty rows in a row are one line. The "
+       "codes of --code are side by side if they fit."}};
 }
 
-void AddStatistics(Family& family) {
-  CLI::App* const count = family.Add("count", "How often an event happened", Count, kCalendarHelp);
-  family.Value(count, "--code", &Arguments::code, "N", "Code of the event")->required();
-  family.Span(count, "DAY");
-
-  CLI::App* const time = family.Add(
-      "time", "How long a condition lasted: from events that begin it to events that end it", Time, kCalendarHelp);
-  family.Value(time, "--start", &Arguments::start, "N", "Code that begins it")->required();
-  family.Value(time, "--end", &Arguments::ends, "A,B", "Codes that end it")
-      ->required()
-      ->delimiter(',')
-      ->allow_extra_args(false);  // FILE may stand behind it
-  family.Span(time, "DAY");
+std::vector<Command> Statistics(std::shared_ptr<Arguments> const& arguments) {
+  Asked const asked = {*arguments};
+  return {
+      {"count", "Count an event", On(arguments, Count),
+       Joined({asked.File(), {Value("--code", &arguments->code, "N", "Code of the event").Required()}, asked.Days()}),
+       kCalendarHelp},
+      {"time", "Add up how long a condition lasted, from start events to end events", On(arguments, Time),
+       Joined({asked.File(),
+               {Value("--start", &arguments->start, "N", "Code of the start event").Required(),
+                Value("--end", &arguments->ends, "A,B", "Codes of the end events").Separated().Required()},
+               asked.Days()}),
+       kCalendarHelp}};
 }
 
-void AddRescue(Family& family) {
-  CLI::App* const verify =
-      family.Add("verify", "Check the length and the order of the times", Verify,
-                 "Exit code 1 when bytes behind the last record are no whole one, or a record is stamped earlier than\n"
-                 "the one before it, later than now, or with no date-time at all; or when a power cut has left\n"
-                 "something: records of zeros at the end, records that stand twice in a row, a stamp out of order\n"
-                 "with the payload of the record beside it. In a text log: NUL bytes, a last line without its end.");
-  family.Text(verify);
-  family.Size(verify);
-
-  CLI::App* const salvage = family.Add(
-      "salvage", "Save the whole records of a damaged log, or of the scratch file of a cut", Salvage,
-      "  zelctl log salvage logevt.rgt.bad saved.rgt\n"
-      "  zelctl log salvage logevt.rgt.tmp saved.rgt\n\n"
-      "What a power cut has left is left out: see `verify`. When a cut was interrupted and only FILE.tmp has\n"
-      "all records, they are taken from there.");
-  family.Text(salvage);
-  family.Overwrite(salvage);
-  family.Size(salvage);
+std::vector<Command> Rescue(std::shared_ptr<Arguments> const& arguments) {
+  Asked const asked = {*arguments};
+  return {
+      {"verify", "Check the file length and the time stamps", On(arguments, Verify),
+       Joined({asked.File(), {asked.Text(), asked.Size()}}),
+       "Exit code 1 for a partial last record; for a time stamp that is out of order, in the future, or invalid; and "
+       "for what a power cut leaves: trailing records of zeros, a record repeated by the next one, a time stamp out of "
+       "order with the payload of the record beside it. In a text log: NUL bytes, a last line without a line end."},
+      {"salvage", "Copy the complete records of a damaged log, or of a leftover .tmp file, to a new log",
+       On(arguments, Salvage),
+       Joined({asked.File(),
+               {asked.Text(), Argument("OUT", &arguments->out, "Output file").Required(),
+                Overwrite(arguments->overwrite), asked.Size()}}),
+       "Skips what a power cut leaves: see `verify`. If a truncation was interrupted and only FILE.tmp has all "
+       "records, they are taken from there."}};
 }
 
 }  // namespace
 
-void AddLog(CLI::App& app, Terminal& terminal) {
-  Family family(app, terminal);
-  family.Get()->require_subcommand(1);
-  family.Get()->footer(
-      "Nothing but OUT of `salvage` is ever written. A damaged log, which the programs take for empty, is read as far\n"
-      "as its whole records go. Times are local, as the programs stamp them: 2005-03-07 10:06:40 or 07/03/2005 "
-      "10:06.\n\n"
-      "  zelctl log show logevt.rgt --last 20\n"
-      "  zelctl log chart logevt.rgt --from 2005-03-01 --to 2005-03-31\n"
-      "  zelctl log time logevt.rgt --start 1 --end 2,4 --from 2005-03-01 --to 2005-03-31");
-  AddViews(family);
-  AddFollow(family.Get(), terminal);
-  AddOutages(family.Get(), terminal);
-  AddStatistics(family);
-  AddRescue(family);
+Command LogCommands() {
+  auto const arguments = std::make_shared<Arguments>();
+  std::vector<Command> commands;
+  for (std::vector<Command> const& part :
+       {Views(arguments), {FollowCommand(), OutagesCommand()}, Statistics(arguments), Rescue(arguments)})
+    commands.insert(commands.end(), part.begin(), part.end());
+  for (Command& command : commands) command.answers = Answers::kJsonOrCsv;
+  return Family(
+      "log", "Show, chart, count, check and recover record logs (*.rgt)",
+      "These commands never change a log; only `salvage` writes a file, OUT. A damaged log counts as empty in the "
+      "programs; here its complete records are read. Times are local: 2005-03-07 10:06:40 or 07/03/2005 10:06.",
+      {"zelctl log show logevt.rgt --last 20", "zelctl log chart logevt.rgt --from 2005-03-01 --to 2005-03-31",
+       "zelctl log chart logevt.rgt --code 1,3 --by weekday", "zelctl log follow logevt.rgt --code 1,2",
+       "zelctl log outages logevt.rgt --start 1 --end 2",
+       "zelctl log outages logevt.rgt --start 1 --end 2 --by month --csv",
+       "zelctl log outages logevt.rgt --start 1 --end 2 --svg outages.svg",
+       "zelctl log count logevt.rgt --code 1 --from 2005-03-01",
+       "zelctl log time logevt.rgt --start 1 --end 2,4 --from 2005-03-01 --to 2005-03-31",
+       "zelctl log verify logevt.rgt && echo sound", "zelctl log salvage logevt.rgt.bad saved.rgt",
+       "zelctl log salvage logevt.rgt.tmp saved.rgt"},
+      std::move(commands));
 }

@@ -1,5 +1,4 @@
 // zelctl log outages: what the mains failures of a log were like.
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iostream>
 #include <memory>
@@ -22,23 +21,21 @@ namespace {
 constexpr std::size_t kNarrow = 62;      // below, the weekday and the end give way
 constexpr std::size_t kShortestBar = 6;  // of the longest outage, however narrow the terminal
 
-using Option = std::optional<std::string>;
-
 struct Arguments {
   std::string file;
   OutageOptions codes;
-  Option from;
-  Option to;
-  Option last;
-  Option by;
+  std::optional<std::string> from;
+  std::optional<std::string> to;
+  std::optional<std::string> last;
+  std::optional<std::string> by;
   PictureFile picture;
 };
 
 // Nothing: a row for each outage.
-std::optional<Period> PeriodOf(Option const& by) {
+std::optional<Period> PeriodOf(std::optional<std::string> const& by) {
   if (!by || *by == "outage") return std::nullopt;
   std::optional<Period> const period = PeriodNamed(*by);
-  if (!period || *period == Period::kHour) throw WrongUsage("--by: outage, day, week, month or year");
+  if (!period || *period == Period::kHour) throw WrongUsage("--by: expected outage, day, week, month or year");
   return period;
 }
 
@@ -46,7 +43,7 @@ std::optional<Period> PeriodOf(Option const& by) {
 std::vector<Outage> Chosen(std::vector<Outage> const& outages, Arguments const& arguments) {
   std::int32_t const first = arguments.from ? ParseMoment("--from", *arguments.from).first : 0;
   std::int32_t const last = arguments.to ? ParseMoment("--to", *arguments.to).last : INT32_MAX;
-  if (first > last) throw WrongUsage("--from must not be later than --to");
+  if (first > last) throw WrongUsage("--from is later than --to");
   std::vector<Outage> chosen;
   std::copy_if(outages.begin(), outages.end(), std::back_inserter(chosen),
                [&](Outage const& outage) { return outage.begin >= first && outage.begin <= last; });
@@ -206,24 +203,24 @@ void NoteOddities(History const& history, Terminal const& terminal) {
                                  [&](std::uint16_t end) { return history.byCode.count(end) != 0; });
   if (!known && history.records > 0)
     terminal.Note("no record has the code " + history.codes.Text() + "; `zelctl log chart " + history.path +
-                  "` shows which there are");
+                  "` lists the codes");
   if (history.setBack > 0)
     terminal.Note(Counted(history.setBack, "outage") + " left out, because the clock was set back meanwhile; `zelctl " +
                   "log time` counts otherwise");
   if (history.backwards > 0)
     terminal.Note("the times step back " + Counted(history.backwards, "time") + "; `zelctl log verify " + history.path +
-                  "` tells more");
+                  "` shows where");
 }
 
 void WritePicture(std::vector<Outage> const& outages, std::optional<Period> period, History const& history,
                   Arguments const& arguments, Terminal const& terminal) {
-  if (outages.empty()) return terminal.Note(arguments.picture.path + " is not written: there is nothing to draw");
+  if (outages.empty()) return terminal.Note(arguments.picture.path + " not written: no outages");
   Period const rows = period ? *period : RowPeriod(outages);
   std::string const svg = OutagePicture(outages, rows, history);
   arguments.picture.Write(svg);
   std::size_t const groups = GroupsOf(outages, rows).size();
-  if (!PrintMachineRow(terminal, {{"file", 0}, {"outages", 0}, {"bytes", 0}},
-                       {arguments.picture.path, outages.size(), svg.size()}))
+  if (!PrintMachineRow(terminal,
+                       {{"file", arguments.picture.path}, {"outages", outages.size()}, {"bytes", svg.size()}}))
     terminal.PrintText(arguments.picture.path + ": " + Counted(outages.size(), "outage") + " on " +
                        Counted(groups, NameOf(rows)) + ", " + Counted(svg.size(), "byte"));
 }
@@ -254,28 +251,19 @@ void ShowOutages(Arguments const& arguments, Terminal& terminal) {
 
 }  // namespace
 
-void AddOutages(CLI::App* log, Terminal& terminal) {
-  CLI::App* const command = AddCommand(log, terminal, "outages", "The mains failures: when, how long, how many");
-  AddCsv(command, terminal);
+Command OutagesCommand() {
   auto const arguments = std::make_shared<Arguments>();
-  auto const option = [&](char const* name, auto& target, char const* type, char const* description) {
-    return command->add_option(name, target, description)->type_name(type);
-  };
-  option("FILE", arguments->file, "", "The log")->required();
-  arguments->codes.AddTo(command, true);
-  option("--from", arguments->from, "TIME", "Only outages that begin then or later");
-  option("--to", arguments->to, "TIME", "Only outages that begin then or earlier");
-  option("--last", arguments->last, "N", "Only the last N rows; the sums are of all");
-  option("--by", arguments->by, "outage|day|week|month|year", "What a row stands for; an outage if not given");
-  arguments->picture.AddTo(command, "Draw a picture instead, into this file");
-  command->footer(
-      "An outage begins with the first record of --start and ends with the next one of --end, as in `log time`. One\n"
-      "without an end is open: its length is that until the last record, marked \"+\". The bar of the longest fills "
-      "the\n"
-      "width. By day, week, month and year OUTAGES and LONGEST are of those that begin then, TOTAL is the time that\n"
-      "falls there.\n\n"
-      "  zelctl log outages logevt.rgt --start 1 --end 2\n"
-      "  zelctl log outages logevt.rgt --start 1 --end 2 --by month --csv\n"
-      "  zelctl log outages logevt.rgt --start 1 --end 2 --svg outages.svg");
-  command->callback([arguments, &terminal] { ShowOutages(*arguments, terminal); });
+  return {
+      "outages", "List mains failures: begin, end, length, total", On(arguments, ShowOutages),
+      Joined({{Argument("FILE", &arguments->file, "The log").Required()},
+              arguments->codes.Asked(true),
+              {Value("--from", &arguments->from, "TIME", "First begin to include"),
+               Value("--to", &arguments->to, "TIME", "Last begin to include"),
+               Value("--last", &arguments->last, "N", "Only the last N rows; totals include all"),
+               Value("--by", &arguments->by, "outage|day|week|month|year", "What a row stands for; default: outage")},
+              arguments->picture.Asked("--svg", "Write an SVG picture to FILE instead")}),
+      "An outage begins with the first record of --start and ends with the next one of --end, as in `log time`. An "
+      "outage without an end is open: its length, marked \"+\", is measured to the last record. The longest bar fills "
+      "the width. By day, week, month or year, OUTAGES and LONGEST count the outages that begin in it; TOTAL is the "
+      "outage time in it."};
 }

@@ -1,6 +1,4 @@
 // zelctl ports: the serial ports that a UPS can be connected to.
-#include <CLI/CLI.hpp>
-
 #include "commands/families.h"
 #include "files/handle.h"
 #include "records/fields.h"
@@ -31,8 +29,11 @@ void List(Terminal const& terminal) {
 
 }  // namespace
 
-void AddPorts(CLI::App& app, Terminal& terminal) {
-  CLI::App* const command = AddCommand(&app, terminal, "ports", "List serial ports for a UPS");
-  command->footer("Ports are counted from 1, as in commPort of `zelctl ups`: port 1 is /dev/ttyS0.");
-  command->callback([&terminal] { List(terminal); });
+Command PortsCommand() {
+  return {"ports",
+          "List serial ports for a UPS",
+          List,
+          {},
+          "Ports count from 1, like commPort in `zelctl ups`: port 1 is /dev/ttyS0.",
+          {"zelctl ports"}};
 }

@@ -6,7 +6,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <fstream>
 #include <iterator>
@@ -31,7 +30,7 @@ constexpr char const* kLevels[] = {"low", "normal", "high", "highest"};
 
 char const* LevelName(int level) { return kLevels[std::clamp(level, 0, 3)]; }
 
-// Where the last column of a table begins, which is as wide as its other columns and two blanks behind each.
+// Where the last column of a table begins, which is as wide as its other columns and two blanks after each.
 std::size_t LastColumn(std::vector<std::vector<std::string>> const& rows) {
   std::size_t at = 0;
   for (std::size_t i = 0; i + 1 < rows[0].size(); i++) {
@@ -43,7 +42,7 @@ std::size_t LastColumn(std::vector<std::vector<std::string>> const& rows) {
 }
 
 void Print(Processes processes, Terminal const& terminal) {
-  Json json = Json::array();
+  Json::List json;
   std::vector<std::vector<std::string>> rows = {{"PID", "PARENT", "PRIORITY", "NAME", "COMMAND"}};
   for (ProcClass& process : processes) {
     std::string const level = LevelName(process.GetPriority());
@@ -159,7 +158,7 @@ Processes Victims(Arguments const& arguments) {
 }
 
 void Kill(Arguments const& arguments, Terminal const& terminal) {
-  Json json = Json::array();
+  Json::List json;
   Processes sent;
   std::string fault;
   for (ProcClass& victim : Victims(arguments)) {
@@ -201,51 +200,41 @@ void SetPriority(Arguments const& arguments, Terminal const& terminal) {
 
 }  // namespace
 
-void AddProc(CLI::App& app, Terminal& terminal) {
-  CLI::App* const family = app.add_subcommand("proc", "List, start and kill processes");
-  family->require_subcommand(1);
-  family->footer(
-      "The name of a process is the first 15 characters of its program's file name. NAME can be a path: only the part\n"
-      "after the last \"/\" is compared, case-sensitively.\n\n"
-      "  zelctl proc find zelsrv\n"
-      "  zelctl proc kill zelsrv\n"
-      "  zelctl proc priority 4711 high");
+Command ProcCommands() {
   auto const arguments = std::make_shared<Arguments>();
-  auto const add = [&](char const* name, char const* description, void (*act)(Arguments const&, Terminal const&),
-                       char const* footer) {
-    CLI::App* const command = AddCommand(family, terminal, name, description);
-    command->callback([arguments, act, &terminal] { act(*arguments, terminal); });
-    command->footer(footer);
-    return command;
-  };
-  auto const word = [](CLI::App* command, char const* name, std::string& target, char const* meaning) {
-    command->add_option(name, target, meaning)->required()->type_name("");
-  };
-  add("list", "List all processes, from `ps`", List, "On a terminal, lines are cut at its width.");
-  word(add("find", "List the processes with this name", Find,
-           "The programs use the first one. Exit code 1 if there is none."),
-       "NAME", arguments->name, "Name of the program");
-  word(add("start", "Start a command in the background", Start,
-           "COMMAND is one argument: a command line for /bin/sh. It runs in its own session, with zelctl's input and\n"
-           "output unless they are pipes. zelctl does not wait; it reports only a failure in the first 0.2 seconds\n"
-           "(exit code 1)."),
-       "COMMAND", arguments->command, "Command line, in quotes");
-
-  CLI::App* const kill =
-      add("kill", "Kill a process: SIGTERM, immediately followed by SIGKILL", Kill,
-          "Prints the process id. If several processes have the name, use --pid or --all; otherwise none is "
-          "killed. Process 1\nand zelctl itself are never killed. Exit code 1 if no process has the "
-          "name, or one is still there after two\nseconds.");
-  word(kill, "NAME", arguments->name, "Name of the program");
-  CLI::Option* const pid =
-      kill->add_option("--pid", arguments->pid, "Only the process with this id, if it has the name");
-  pid->type_name("PID");
-  kill->add_flag("--all", arguments->all, "All processes of that name")->excludes(pid);
-
-  CLI::App* const priority =
-      add("priority", "Set the priority of a process", SetPriority,
-          "LEVEL is low, normal, high or highest (0 to 3): nice 20, 0, -10, -20. Raising above normal, or another "
-          "user's\nprocess, requires root.");
-  word(priority, "PID", arguments->pid, "Id of the process");
-  word(priority, "LEVEL", arguments->level, "The new priority");
+  Option const name = Argument("NAME", &arguments->name, "Name of the program").Required();
+  return Family(
+      "proc", "List, start and kill processes",
+      "The name of a process is the first 15 characters of its program's file name. NAME can be a path: only the part "
+      "after the last \"/\" is compared, case-sensitively.",
+      {"zelctl proc list", "zelctl proc find zelsrv", "zelctl proc start 'sleep 60'", "zelctl proc kill zelsrv",
+       "zelctl proc priority 4711 high"},
+      {{"list", "List all processes, from `ps`", On(arguments, List), {}, "On a terminal, lines are cut at its width."},
+       {"find",
+        "List the processes with this name",
+        On(arguments, Find),
+        {name},
+        "The programs use the first one. Exit code 1 if there is none."},
+       {"start",
+        "Start a command in the background",
+        On(arguments, Start),
+        {Argument("COMMAND", &arguments->command, "Command line, in quotes").Required()},
+        "COMMAND is one argument: a command line for /bin/sh. It runs in its own session, with zelctl's input and "
+        "output unless they are pipes. zelctl does not wait; it reports only a failure in the first 0.2 seconds (exit "
+        "code 1)."},
+       {"kill",
+        "Kill a process: SIGTERM, immediately followed by SIGKILL",
+        On(arguments, Kill),
+        {name, Value("--pid", &arguments->pid, "PID", "Only the process with this id, if it has the name"),
+         Flag("--all", &arguments->all, "All processes of that name").Excludes("--pid")},
+        "Prints the process id. If several processes have the name, use --pid or --all; otherwise none is killed. "
+        "Process 1 and zelctl itself are never killed. Exit code 1 if no process has the name, or one is still there "
+        "after two seconds."},
+       {"priority",
+        "Set the priority of a process",
+        On(arguments, SetPriority),
+        {Argument("PID", &arguments->pid, "Id of the process").Required(),
+         Argument("LEVEL", &arguments->level, "The new priority").Required()},
+        "LEVEL is low, normal, high or highest (0 to 3): nice 20, 0, -10, -20. Raising above normal, or another user's "
+        "process, requires root."}});
 }

@@ -76,7 +76,7 @@ std::string IdsOf(Processes processes) {
 }
 
 Json JsonIdsOf(Processes processes) {
-  Json ids = Json::array();
+  Json::List ids;
   for (ProcClass& process : processes) ids.push_back(process.GetPID());
   return ids;
 }

@@ -1,5 +1,4 @@
 // zelctl report: one page for whoever answers for a site.
-#include <CLI/CLI.hpp>
 #include <filesystem>
 #include <memory>
 
@@ -39,7 +38,7 @@ std::string ValueText(Field const& field, void const* record) {
   return value;
 }
 
-// "timer: on battery, ms" is "Timer: on battery" here: the unit stands behind the value.
+// "timer: on battery, ms" is "Timer: on battery" here: the unit is after the value.
 std::string NameText(Field const& field) {
   std::string name = field.meaning;
   std::string const unit = ", ms";
@@ -79,7 +78,7 @@ ShownSettings ShutdownOf(std::string const& root) {
   ShutSrvConfig settings = {};
   if (GetShutSrvConfig(root.c_str(), &settings) == 0)
     return {"upscli.cfg: ZELSRV in [SHUTSRV] is not NAME;ADDRESS;PORT: nothing can be read.", {}};
-  return {"Settings of this computer, and where each stands in upscli.cfg or another file.",
+  return {"Settings of this computer, and the line of upscli.cfg or another file that each comes from.",
           Rows(ShutdownFields(), &settings, {root + "upscli.cfg", GetUserPath() + ".zelvane"})};
 }
 
@@ -119,25 +118,28 @@ void Report(Arguments const& arguments, Terminal const& terminal) {
   arguments.page.Write(page);
   std::uint64_t outages = 0;
   for (SiteEvents const& events : parts.site.events) outages += events.history ? events.history->outages.size() : 0;
-  if (!PrintMachineRow(terminal, {{"file", 0}, {"outages", 0}, {"findings", 0}, {"bytes", 0}},
-                       {arguments.page.path, outages, parts.site.findings.size(), page.size()}))
+  if (!PrintMachineRow(terminal, {{"file", arguments.page.path},
+                                  {"outages", outages},
+                                  {"findings", parts.site.findings.size()},
+                                  {"bytes", page.size()}}))
     terminal.PrintText(arguments.page.path + ": " + Counted(outages, "outage") + ", " +
                        Counted(parts.site.findings.size(), "finding") + ", " + Counted(page.size(), "byte"));
 }
 
 }  // namespace
 
-void AddReport(CLI::App& app, Terminal& terminal) {
-  CLI::App* const command = AddCommand(&app, terminal, "report", "A page for whoever answers for a site");
+Command ReportCommand() {
   auto const arguments = std::make_shared<Arguments>();
-  arguments->page.AddTo(command, "The page, one file of HTML", "--out")->required();
-  arguments->codes.AddTo(command, false);
-  command->add_option("--schedule", arguments->schedule, "A schedule, for the next planned moment")->type_name("FILE");
-  command->footer(
-      "The page tells what holds, what happened and what wants a look: settings with their origin, units and servers,\n"
-      "outages by day, month and hour, findings. It needs no script and no other file, and prints well. Passwords are\n"
-      "not in it.\n\n"
-      "  zelctl report --root /srv/site --out report.html\n"
-      "  zelctl report --out report.html --overwrite --schedule proglist.dat");
-  command->callback([arguments, &terminal] { Report(*arguments, terminal); });
+  Options page = arguments->page.Asked("--out", "Output file (HTML)");
+  page.back().required = true;
+  return {"report",
+          "Write a report of an installation as one HTML page",
+          On(arguments, Report),
+          Joined({page,
+                  arguments->codes.Asked(false),
+                  {Value("--schedule", &arguments->schedule, "FILE", "Schedule file, for the next planned time")}}),
+          "The page shows the settings with their origin, units and servers, outages by day, month and hour, and "
+          "findings. It needs no script and no other file, and can be printed. It contains no passwords.",
+          {"zelctl report --root /srv/site --out report.html",
+           "zelctl report --out report.html --overwrite --schedule proglist.dat"}};
 }

@@ -2,7 +2,6 @@
 #include <errno.h>
 #include <string.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <filesystem>
 #include <functional>
@@ -14,6 +13,7 @@
 #include "files/format.h"
 #include "terminal/listing.h"
 #include "terminal/moment.h"
+#include "terminal/progress.h"
 #include "terminal/terminal.h"
 #include "zelvane/core/datetime.h"
 #include "zelvane/logs/proglist.h"
@@ -41,6 +41,7 @@ void Load(ProgList& list, std::string const& file, bool required) {
   if (Exists(file) && TypeOf(file) != fs::file_type::regular) throw Failed(file + ": not a regular file");
   list.SetCached(true);
   list.SetFile(file);
+  Busy const busy("reading", {file});
   errno = 0;
   if (list.ReadFromFile()) return;
   if (Exists(file)) throw Failed(CannotRead(file, errno));
@@ -54,7 +55,7 @@ std::vector<reg_proglist> Entries(ProgList& list) {
   return entries;
 }
 
-// Bytes behind the last whole entry.
+// Bytes after the last whole entry.
 std::uintmax_t Torn(std::string const& file) {
   std::error_code none;
   std::uintmax_t const size = fs::file_size(file, none);
@@ -68,7 +69,7 @@ std::string Fault(std::vector<reg_proglist> const& entries, std::uintmax_t torn)
     if (entries[i].dateTime < 0) return entry + " is no date";
     if (i > 0 && entries[i].dateTime < entries[i - 1].dateTime) return entry + " is earlier than the one before it";
   }
-  return torn == 0 ? "" : "after its last entry come " + Counted(torn, "byte");
+  return torn == 0 ? "" : Counted(torn, "extra byte") + " after its last entry";
 }
 
 // What the save will replace is kept, if it must be.
@@ -78,8 +79,8 @@ void RequireSchedule(std::string const& file, Writing const& writing) {
   std::string const fault = Fault(Entries(list), Torn(file));
   if (fault.empty()) return;
   if (!writing.force)
-    throw Failed(file + ": not a schedule: " + fault + "; use --force to go on (the old file is copied to " + file +
-                 ".lost)");
+    throw Failed(file + ": not a schedule: " + fault + "; use --force to save it anyway (the old file is copied to " +
+                 file + ".lost)");
   if (!writing.dryRun) KeepAsLost(file);
 }
 
@@ -196,42 +197,30 @@ void Clear(Arguments const& arguments, Terminal const& terminal) {
     removed = Entries(list).size();
     list.ClearList();
   });
-  if (done) PrintMachineRow(terminal, {{"removed", 0}}, {removed});
+  if (done) PrintMachineRow(terminal, {{"removed", removed}});
 }
 
 }  // namespace
 
-void AddSchedule(CLI::App& app, Terminal& terminal) {
-  CLI::App* const family = app.add_subcommand("schedule", "Times at which the product acts");
-  family->require_subcommand(1);
-  family->footer(
-      "Times are local. Every write removes past entries.\n\n"
-      "  zelctl schedule add proglist.dat \"2030-03-07 22:30\"\n"
-      "  zelctl schedule remove proglist.dat 2030-03-07");
+Command ScheduleCommands() {
   auto const arguments = std::make_shared<Arguments>();
-  auto const add = [&](char const* name, char const* description, void (*act)(Arguments const&, Terminal const&)) {
-    CLI::App* const command = AddCommand(family, terminal, name, description);
-    AddCsv(command, terminal);
-    command->add_option("FILE", arguments->file, "The schedule")->required()->type_name("");
-    command->callback([arguments, act, &terminal] { act(*arguments, terminal); });
-    return command;
+  Options const file = {Argument("FILE", &arguments->file, "The schedule").Required()};
+  Options const writer = Joined({file,
+                                 {Flag("--force", &arguments->writing.force,
+                                       "Save even if the file is not a schedule; it is copied to FILE.lost first"),
+                                  DryRun(arguments->writing)}});
+  auto const when = [&](char const* help) {
+    return Joined({writer, {Argument("WHEN", &arguments->moments, help).Required()}});
   };
-  add("list", "List all entries, past ones too", List);
-  auto const addWriter = [&](char const* name, char const* description,
-                             void (*act)(Arguments const&, Terminal const&)) {
-    CLI::App* const command = add(name, description, act);
-    command->add_flag("--force", arguments->writing.force,
-                      "Go on although the file is not a schedule; it is copied to FILE.lost first");
-    AddDryRun(command, arguments->writing);
-    return command;
-  };
-  addWriter("add", "Add entries; create the file if it is missing", Add)
-      ->add_option("WHEN", arguments->moments, "Such as \"2030-03-07 22:30\" or \"07/03/2030 22:30:15\"")
-      ->required()
-      ->type_name("");
-  addWriter("remove", "Remove entries", Remove)
-      ->add_option("WHEN", arguments->moments, "A time, or a day to remove its first entry")
-      ->required()
-      ->type_name("");
-  addWriter("clear", "Remove all entries", Clear);
+  std::vector<Command> commands = {
+      {"list", "List all entries, past ones too", On(arguments, List), file},
+      {"add", "Add entries; create the file if it is missing", On(arguments, Add),
+       when("Such as \"2030-03-07 22:30\" or \"07/03/2030 22:30:15\"")},
+      {"remove", "Remove entries", On(arguments, Remove), when("A time, or a day to remove its first entry")},
+      {"clear", "Remove all entries", On(arguments, Clear), writer}};
+  for (Command& command : commands) command.answers = Answers::kJsonOrCsv;
+  return Family("schedule", "Times at which the product acts", "Times are local. Every write removes past entries.",
+                {"zelctl schedule list proglist.dat", "zelctl schedule add proglist.dat \"2030-03-07 22:30\"",
+                 "zelctl schedule remove proglist.dat 2030-03-07", "zelctl schedule clear proglist.dat --dry-run"},
+                std::move(commands));
 }

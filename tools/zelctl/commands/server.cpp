@@ -2,8 +2,6 @@
 #include <errno.h>
 #include <string.h>
 
-#include <CLI/CLI.hpp>
-
 #include "commands/families.h"
 #include "files/edit.h"
 #include "files/format.h"
@@ -141,36 +139,25 @@ std::string DefaultPort() {
 
 }  // namespace
 
-void AddServer(CLI::App& app, Terminal& terminal) {
-  CLI::App* const family = app.add_subcommand("server", "UPS servers known to the clients on this computer");
-  family->require_subcommand(1);
-  family->footer(
-      "Section [CLILIST] of upscli.cfg in the installation root, sorted by the text of the keys (\"10\" before "
-      "\"2\").\n"
-      "The first server is also the client's (`zelctl client`).\n\n"
-      "  zelctl server add ups-hall 192.168.0.10\n"
-      "  zelctl server remove 1");
+Command ServerCommands() {
   auto const arguments = std::make_shared<Arguments>();
-  auto const add = [&](char const* name, char const* description, void (*act)(Arguments const&, Terminal const&)) {
-    CLI::App* const command = AddCommand(family, terminal, name, description);
-    command->callback([arguments, act, &terminal] { act(*arguments, terminal); });
-    return command;
-  };
-  auto const word = [](CLI::App* command, Field const& field, std::string& target) {
-    return command->add_option(UpperCase(field.name), target, std::string(field.meaning) + ": " + Limits(field))
-        ->type_name("");
-  };
-  add("list", "All servers", List);
-
-  CLI::App* const adder = add("add", "Add a server with the smallest free key", Add);
-  word(adder, kName, arguments->name)->required();
-  word(adder, kAddress, arguments->address)->required();
   arguments->port = DefaultPort();
-  word(adder, kPort, arguments->port)->capture_default_str();
-
-  CLI::App* const remover = add("remove", "Remove the server with this key", Remove);
-  remover->add_option("KEY", arguments->key, "Key, as `zelctl server list` shows it")->required()->type_name("");
-  CLI::App* const clearer = add("clear", "Remove all servers", Clear);
-  for (CLI::App* const writer : {adder, remover, clearer}) AddWriting(writer, arguments->writing);
-  AddYes(clearer, arguments->writing);
+  auto const word = [](Field const& field, std::string& target) {
+    return Argument(UpperCase(field.name), &target, std::string(field.meaning) + ": " + Limits(field));
+  };
+  Options const writing = WritingOptions(arguments->writing);
+  return Family(
+      "server", "UPS servers known to the clients on this computer",
+      "Section [CLILIST] of upscli.cfg in the installation root, sorted by the text of the keys (\"10\" before \"2\"). "
+      "The first server is also the client's (`zelctl client`).",
+      {"zelctl server list", "zelctl server add ups-hall 192.168.0.10", "zelctl server remove 1",
+       "zelctl server clear --dry-run"},
+      {{"list", "All servers", On(arguments, List)},
+       {"add", "Add a server with the smallest free key", On(arguments, Add),
+        Joined({{word(kName, arguments->name).Required(), word(kAddress, arguments->address).Required(),
+                 word(kPort, arguments->port).ShowingDefault()},
+                writing})},
+       {"remove", "Remove the server with this key", On(arguments, Remove),
+        Joined({{Argument("KEY", &arguments->key, "Key, as `zelctl server list` shows it").Required()}, writing})},
+       {"clear", "Remove all servers", On(arguments, Clear), Joined({writing, {Yes(arguments->writing)}})}});
 }

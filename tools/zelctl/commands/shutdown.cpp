@@ -1,8 +1,6 @@
 // zelctl shutdown: what the shutdown service of this computer does.
-#include <CLI/CLI.hpp>
-
 #include "commands/families.h"
-#include "records/record.h"
+#include "commands/record.h"
 #include "records/tables.h"
 #include "zelvane/api/shutsrvconfig.h"
 #include "zelvane/config/paths.h"
@@ -17,25 +15,22 @@ std::vector<std::string> Files(std::string const& directory, void const*) {
 
 }  // namespace
 
-void AddShutdown(CLI::App& app, Terminal& terminal) {
-  CLI::App* const family =
-      app.add_subcommand("shutdown", "What this computer does when its UPS server orders a shutdown");
-  family->footer(
-      "Files: upscli.cfg in the installation root or --dir; ~/.zelvane for the language.\n"
-      "\n"
-      "  zelctl shutdown show --utf8\n"
-      "  zelctl shutdown set popup=on popupInterval=30 shutMessage='%c stops in %r s: %m'\n"
-      "  zelctl shutdown set mailPassword=- < password.txt");
-  AddRecordCommands(
-      family, terminal,
-      {ShutdownFields(), [] { return std::shared_ptr<void>(std::make_shared<ShutSrvConfig>()); }, Files,
-       [](char const* directory, void* record) {
-         return GetShutSrvConfig(directory, static_cast<ShutSrvConfig*>(record));
-       },
-       [](void* record) { return GetShutSrvDefConfig(static_cast<ShutSrvConfig*>(record)); },
-       [](char const* directory, void const* record) {
-         return SetShutSrvConfig(directory, static_cast<ShutSrvConfig const*>(record));
-       },
-       "[SHUTSRV] ZELSRV: expected NAME;ADDRESS;PORT",
-       "Texts marked * can contain %c (computer name), %i (its address), %r (seconds left), %m (reason).\n"});
+Command ShutdownCommands() {
+  return Family(
+      "shutdown", "What this computer does when its UPS server orders a shutdown",
+      "Files: upscli.cfg in the installation root or --dir; ~/.zelvane for the language.",
+      {"zelctl shutdown show --utf8",
+       "zelctl shutdown set popup=on popupInterval=30 shutMessage='%c stops in %r s: %m'",
+       "zelctl shutdown set mailPassword=- < password.txt", "zelctl shutdown defaults"},
+      RecordCommands(
+          {ShutdownFields(), [] { return std::shared_ptr<void>(std::make_shared<ShutSrvConfig>()); }, Files,
+           [](char const* directory, void* record) {
+             return GetShutSrvConfig(directory, static_cast<ShutSrvConfig*>(record));
+           },
+           [](void* record) { return GetShutSrvDefConfig(static_cast<ShutSrvConfig*>(record)); },
+           [](char const* directory, void const* record, Terminal const&) {
+             return SetShutSrvConfig(directory, static_cast<ShutSrvConfig const*>(record));
+           },
+           "[SHUTSRV] ZELSRV: expected NAME;ADDRESS;PORT",
+           "Texts marked * can contain %c (computer name), %i (its address), %r (seconds left), %m (reason).\n"}));
 }

@@ -1,5 +1,4 @@
 // zelctl status: how an installation is doing, on one screen.
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iostream>
 #include <memory>
@@ -34,7 +33,7 @@ std::string Span(std::int64_t seconds) {
   return counted(seconds / kDaySeconds, "day");
 }
 
-// The answer: lines with a mark in front of what wants a look, under a few names.
+// The answer: lines under a few names, marked where they need attention.
 class Screen {
  public:
   explicit Screen(Terminal const& terminal) : terminal_(terminal) {}
@@ -140,7 +139,7 @@ std::string UnitsText(Site const& site) {
   std::string text;
   for (SitePlace const& unit : site.units) text += (text.empty() ? "" : ", ") + unit.name;
   for (std::string const& unit : site.missing)
-    text += (text.empty() ? "" : "; ") + unit + " is listed and has no folder";
+    text += (text.empty() ? "" : "; ") + unit + " is listed and has no directory";
   return text.empty() ? "none listed" : text;
 }
 
@@ -206,34 +205,45 @@ Json JsonMoment(PlannedMoment const& moment) { return {{"time", TimeText(moment.
 Json JsonEvents(SiteEvents const& events) {
   static char const* const kMains[] = {"on", "off", "unknown", "no outage"};
   Mains const mains = MainsOf(events);
-  Json json = {{"file", events.file}, {"mains", kMains[static_cast<int>(mains)]}, {"since", nullptr}};
+  bool const isKnown = mains == Mains::kOn || mains == Mains::kOff;
+  Json::Object json = {{"file", events.file}, {"mains", kMains[static_cast<int>(mains)]}};
+  json.push_back({"since", isKnown ? Json(TimeText(Since(*events.history))) : Json()});
   if (!events.history) {
-    json["fault"] = ToUtf8(events.fault);
+    json.push_back({"fault", ToUtf8(events.fault)});
     return json;
   }
   History const& history = *events.history;
-  if (mains == Mains::kOn || mains == Mains::kOff) json["since"] = TimeText(Since(history));
   Totals const totals = TotalsOf(history.outages);
-  json["outages"] = totals.count;
-  json["seconds"] = totals.seconds;
-  json["last"] = totals.count == 0 ? Json() : Json(history.outages.back().Seconds());
-  json["records"] = history.records;
-  json["tornBytes"] = history.torn;
+  json.insert(json.end(), {{"outages", totals.count},
+                           {"seconds", totals.seconds},
+                           {"last", totals.count == 0 ? Json() : Json(history.outages.back().Seconds())},
+                           {"records", history.records},
+                           {"tornBytes", history.torn}});
   return json;
 }
 
+template <class Elements, class Make>
+Json ListOf(Elements const& elements, Make make) {
+  Json::List list;
+  for (auto const& element : elements) list.push_back(make(element));
+  return list;
+}
+
+Json JsonServices() { return {{"zelsrv", StateOf("zelsrv")}, {"shutsrv", StateOf("shutsrv")}}; }
+
 void ShowJson(Site const& site, bool isOther, Terminal const& terminal) {
-  Json json = {{"root", ToUtf8(site.root)}, {"logs", Json::array()},     {"planned", Json::array()},
-               {"passed", Json::array()},   {"units", Json::array()},    {"missingUnits", site.missing},
-               {"services", nullptr},       {"findings", Json::array()}, {"versions", VersionsText(isOther)}};
-  for (SiteEvents const& events : site.events) json["logs"].push_back(JsonEvents(events));
-  for (PlannedMoment const& moment : site.planned) json["planned"].push_back(JsonMoment(moment));
-  for (PlannedMoment const& moment : site.passed) json["passed"].push_back(JsonMoment(moment));
-  for (SitePlace const& unit : site.units) json["units"].push_back(unit.name);
-  for (SiteFinding const& finding : site.findings)
-    json["findings"].push_back({{"where", ToUtf8(finding.where)}, {"what", ToUtf8(finding.what)}});
-  if (!isOther) json["services"] = {{"zelsrv", StateOf("zelsrv")}, {"shutsrv", StateOf("shutsrv")}};
-  terminal.PrintJson(json);
+  auto const finding = [](SiteFinding const& each) -> Json {
+    return {{"where", ToUtf8(each.where)}, {"what", ToUtf8(each.what)}};
+  };
+  terminal.PrintJson({{"root", ToUtf8(site.root)},
+                      {"logs", ListOf(site.events, JsonEvents)},
+                      {"planned", ListOf(site.planned, JsonMoment)},
+                      {"passed", ListOf(site.passed, JsonMoment)},
+                      {"units", ListOf(site.units, [](SitePlace const& unit) { return Json(unit.name); })},
+                      {"missingUnits", Json::ListOf(site.missing)},
+                      {"services", isOther ? Json() : JsonServices()},
+                      {"findings", ListOf(site.findings, finding)},
+                      {"versions", VersionsText(isOther)}});
 }
 
 void Status(Arguments const& arguments, Terminal& terminal) {
@@ -250,15 +260,14 @@ void Status(Arguments const& arguments, Terminal& terminal) {
 
 }  // namespace
 
-void AddStatus(CLI::App& app, Terminal& terminal) {
-  CLI::App* const command = AddCommand(&app, terminal, "status", "How an installation is doing, on one screen");
+Command StatusCommand() {
   auto const arguments = std::make_shared<Arguments>();
-  arguments->codes.AddTo(command, false);
-  command->add_option("--schedule", arguments->schedule, "A schedule, for the next planned moment")->type_name("FILE");
-  command->footer(
-      "\"!\" stands before what wants a look. Exit code 1 when the mains are off, or a log is damaged so that nobody "
-      "can\n"
-      "tell. With --root nothing is said of the services of this computer.\n\n"
-      "  zelctl status --root /srv/site --start 1 --end 2,4");
-  command->callback([arguments, &terminal] { Status(*arguments, terminal); });
+  return {"status",
+          "Show the state of an installation on one screen",
+          On(arguments, Status),
+          Joined({arguments->codes.Asked(false),
+                  {Value("--schedule", &arguments->schedule, "FILE", "Schedule file, for the next planned time")}}),
+          "\"!\" marks lines that need attention. Exit code 1 if the mains are off, or if a damaged log hides it. With "
+          "--root, the services of this computer are not shown.",
+          {"zelctl status --root /srv/site --start 1 --end 2,4"}};
 }

@@ -7,7 +7,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iostream>
 
@@ -31,7 +30,7 @@ struct Service {
 
 constexpr char kNoScripts[] = "no init scripts found in /etc/init.d, /etc/rc.d or /usr/local/etc/rc.d";
 
-// The library looks at no run level; only scripts of this folder start by their being there.
+// The library looks at no run level; only scripts of this directory start by their being there.
 std::string AutomaticOf(SvcClass const& service) {
   static std::string const kFolder = "/usr/local/etc/rc.d/";
   if (service.GetFileName().compare(0, kFolder.size(), kFolder) != 0) return "unknown";
@@ -208,38 +207,37 @@ void Stop(std::string const& name, Terminal const& terminal) {
 
 }  // namespace
 
-void AddSvc(CLI::App& app, Terminal& terminal) {
-  CLI::App* const family = app.add_subcommand("svc", "Services with an init script");
-  family->require_subcommand(1);
-  family->footer(
-      "A service is a script in /etc/init.d; if there is none, in /etc/rc.d and /usr/local/etc/rc.d. Its name is the\n"
-      "script's, without a leading \"rc.\" and without the last dot and what follows. It counts as running if a "
-      "process\n"
-      "with that name runs. Names over 15 characters never match.\n\n"
-      "  zelctl svc status zelsrv\n"
-      "  zelctl svc restart zelsrv");
-  CLI::App* const list = AddCommand(family, terminal, "list", "All services");
-  list->footer("Run levels are not examined, so \"automatic\" is unknown for most services.");
-  list->callback([&terminal] { List(terminal); });
-
+Command SvcCommands() {
   auto const name = std::make_shared<std::string>();
-  auto const add = [&](char const* word, char const* description, void (*act)(std::string const&, Terminal const&),
-                       char const* footer) {
-    CLI::App* const command = AddCommand(family, terminal, word, description);
-    command->add_option("NAME", *name, "Name of the service")->required()->type_name("");
-    command->footer(footer);
-    command->callback([name, act, &terminal] { act(*name, terminal); });
+  auto const services = [](std::string const&) {
+    SvcManager manager;
+    std::vector<std::string> names;
+    for (unsigned long i = 0; i < manager.GetSvcCount(); i++) names.push_back(manager.GetSvcByIndex(i)->GetName());
+    return names;
   };
-  add("status", "Show one service, with its systemd state if there is one", Status,
-      "Also shows services known only to systemd; the other commands do not act on them. Exit code 1 if the service\n"
-      "does not exist.");
-  char const* const kStarted =
-      "Prints the process id. Exit code 1 if the script fails, or the process does not exist when it returns. With\n"
+  Options const named = {Argument("NAME", name.get(), "Name of the service").Required().Suggesting(services)};
+  char const* const started =
+      "Prints the process id. Exit code 1 if the script fails, or the process does not exist when it returns. With "
       "--json the script's output goes to standard error.";
-  add("start", "Run the script with \"start\"", Start, kStarted);
-  add("stop", "Run the script with \"stop\"; kill the process if it still runs", Stop,
-      "Prints the ids of the processes that ended. If a process still has the name when the script returns, the first\n"
-      "one is killed immediately (SIGTERM, then SIGKILL). Does nothing if process 1 or zelctl itself has that name.\n"
-      "Exit code 1 if the script fails, or a process with the name is left after two seconds.");
-  add("restart", "Run the script with \"restart\" if the service is running", Restart, kStarted);
+  return Family(
+      "svc", "Services with an init script",
+      "A service is a script in /etc/init.d; if there is none, in /etc/rc.d and /usr/local/etc/rc.d. Its name is the "
+      "script's, without a leading \"rc.\" and without the last dot and what follows. It counts as running if a "
+      "process with that name runs. Names over 15 characters never match.",
+      {"zelctl svc list", "zelctl svc status zelsrv", "zelctl svc start zelsrv", "zelctl svc stop zelsrv",
+       "zelctl svc restart zelsrv"},
+      {{"list",
+        "All services",
+        List,
+        {},
+        "Run levels are not examined, so \"automatic\" is unknown for most services."},
+       {"status", "Show one service, with its systemd state if there is one", On(name, Status), named,
+        "Also shows services known only to systemd; the other commands do not act on them. Exit code 1 if the service "
+        "does not exist."},
+       {"start", "Run the script with \"start\"", On(name, Start), named, started},
+       {"stop", "Run the script with \"stop\"; kill the process if it still runs", On(name, Stop), named,
+        "Prints the ids of the processes that ended. If a process still has the name when the script returns, the "
+        "first one is killed immediately (SIGTERM, then SIGKILL). Does nothing if process 1 or zelctl itself has that "
+        "name. Exit code 1 if the script fails, or a process with the name is left after two seconds."},
+       {"restart", "Run the script with \"restart\" if the service is running", On(name, Restart), named, started}});
 }

@@ -1,6 +1,4 @@
 // zelctl type: the table of UPS types.
-#include <CLI/CLI.hpp>
-
 #include "commands/families.h"
 #include "files/format.h"
 #include "files/handle.h"
@@ -52,17 +50,14 @@ void Show(Arguments const& arguments, Terminal const& terminal) {
 
 }  // namespace
 
-void AddType(CLI::App& app, Terminal& terminal) {
-  CLI::App* const family = app.add_subcommand("type", "UPS types supported by the product");
-  family->require_subcommand(1);
+Command TypeCommands() {
   auto const arguments = std::make_shared<Arguments>();
-  auto const add = [&](char const* name, char const* description, void (*act)(Arguments const&, Terminal const&)) {
-    CLI::App* const command = AddCommand(family, terminal, name, description);
-    command->add_option("--table", arguments->table, "Use FILE instead of upstype.cfg in the installation root")
-        ->type_name("FILE");
-    command->callback([arguments, act, &terminal] { act(*arguments, terminal); });
-    return command;
-  };
-  add("list", "All types of the table", List);
-  add("show", "One type", Show)->add_option("N", arguments->number, "Number of the type")->required()->type_name("");
+  Option const table =
+      Value("--table", &arguments->table, "FILE", "Use FILE instead of upstype.cfg in the installation root");
+  return Family("type", "UPS types supported by the product", "", {"zelctl type list", "zelctl type show 3"},
+                {{"list", "All types of the table", On(arguments, List), {table}},
+                 {"show",
+                  "One type",
+                  On(arguments, Show),
+                  {table, Argument("N", &arguments->number, "Number of the type").Required()}}});
 }

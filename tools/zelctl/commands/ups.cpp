@@ -3,15 +3,14 @@
 #include <stdlib.h>
 #include <string.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <filesystem>
 
 #include "commands/families.h"
+#include "commands/record.h"
 #include "files/edit.h"
 #include "files/format.h"
 #include "files/handle.h"
-#include "records/record.h"
 #include "records/tables.h"
 #include "terminal/latin1.h"
 #include "zelvane/api/serialports.h"
@@ -45,11 +44,17 @@ Unit UnitOf(std::string const& name) { return {name, GetZelvanePath() + name + "
 
 std::string ListFile() { return GetZelvanePath() + "srvlist.cfg"; }
 
+std::vector<std::string> UnitNames() {
+  std::vector<std::string> names;
+  char name[4];
+  for (unsigned int i = 0; GetUpsListItem(i, name) != 0; i++) names.emplace_back(name);
+  return names;
+}
+
 void List(Terminal const& terminal) {
   NoteState(ListFile(), "no units defined", terminal);
   std::vector<Unit> units;
-  char name[4];
-  for (unsigned int i = 0; GetUpsListItem(i, name) != 0; i++) units.push_back(UnitOf(name));
+  for (std::string const& name : UnitNames()) units.push_back(UnitOf(name));
   PrintRecords({String<&Unit::name>("unit"), String<&Unit::folder>("folder")}, units, terminal);
 }
 
@@ -169,8 +174,8 @@ struct ScratchFolder {
 };
 
 // Another type has its own model file, another line its own entry in usbhid.cfg. The settings there must not be
-// overwritten with those of the old type and line, so the library is asked for them: in a folder where the type and the
-// line are the new ones already, and links lead to all the rest.
+// overwritten with those of the old type and line, so the library is asked for them: in a directory where the type and
+// the line are the new ones already, and links lead to all the rest.
 void Reselect(Place const& place, UpsSrvConfig& cfg) {
   ScratchFolder const scratch;
   std::string const folder = scratch.path.string() + "/";
@@ -192,7 +197,7 @@ void Reselect(Place const& place, UpsSrvConfig& cfg) {
 UpsSrvConfig& Settings(void* record) { return *static_cast<UpsSrvConfig*>(record); }
 UpsSrvConfig const& Settings(void const* record) { return *static_cast<UpsSrvConfig const*>(record); }
 
-void AddSettings(CLI::App* family, Terminal& terminal) {
+std::vector<Command> Settings() {
   auto const own = std::make_shared<bool>(false);
   RecordFamily record = {};
   record.fields = UpsFields();
@@ -202,7 +207,7 @@ void AddSettings(CLI::App* family, Terminal& terminal) {
   };
   record.read = [own](char const* directory, void* r) { return Read(PlaceOf(directory, *own), Settings(r)); };
   record.defaults = [](void* r) { return GetUpsSrvDefConfig(&Settings(r)); };
-  record.write = [own, &terminal](char const* directory, void const* r) {
+  record.write = [own](char const* directory, void const* r, Terminal const& terminal) {
     return Write(PlaceOf(directory, *own), Settings(r), terminal);
   };
   record.reselect = [own](std::string const& directory, void* r) { Reselect(PlaceOf(directory, *own), Settings(r)); };
@@ -211,40 +216,37 @@ void AddSettings(CLI::App* family, Terminal& terminal) {
   };
   record.readFault = "cannot read";
   record.notes =
-      "Timers are rounded down to whole seconds. A date later than one dischargeInterval from now is moved to that.\n"
-      "Settings marked * are saved only if the model file upscfgNN.cfg in DIR already has them.\n";
+      "Timers are rounded down to whole seconds. A date later than one dischargeInterval from now is moved to "
+      "that.\nSettings marked * are saved only if the model file upscfgNN.cfg in DIR already has them.\n";
   record.folder = Folder::kArgument;
-  record.addOptions = [own](CLI::App* command) {
-    command->add_flag("--own-tables", *own, "Use upstype.cfg and usbhid.cfg in DIR instead of the installation root");
-  };
-  AddRecordCommands(family, terminal, record);
+  record.places = UnitNames;
+  record.options = {
+      Flag("--own-tables", own.get(), "Use upstype.cfg and usbhid.cfg in DIR instead of the installation root")};
+  return RecordCommands(record);
 }
 
 }  // namespace
 
-void AddUps(CLI::App& app, Terminal& terminal) {
-  CLI::App* const family = app.add_subcommand("ups", "UPS units of this installation and their settings");
-  family->footer(
-      "Units are listed in srvlist.cfg of the installation root. Settings are in upssrv.cfg of the unit's directory;\n"
-      "with a single UPS, in the root itself.\n\n"
-      "  zelctl ups add 7\n"
-      "  zelctl ups set 007 upsType=3 commType=1 timerOnBattery=120000\n"
-      "  zelctl ups show 007 tcpPort");
-  AddCommand(family, terminal, "list", "The units")->callback([&terminal] { List(terminal); });
+Command UpsCommands() {
   auto const arguments = std::make_shared<Arguments>();
-  auto const add = [&](char const* name, char const* description, char const* footer,
-                       void (*act)(Arguments const&, Terminal const&)) {
-    CLI::App* const command = AddCommand(family, terminal, name, description);
-    command->add_option("N", arguments->number, "Number of the unit")->required()->type_name("");
-    AddWriting(command, arguments->writing);
-    command->footer(footer);
-    command->callback([arguments, act, &terminal] { act(*arguments, terminal); });
-    return command;
-  };
-  add("add", "Add a unit (0 to 99); create its directory if it is missing",
-      "Copies the files named in default/zelcfg.cfg of the installation root into a new directory. Its mode is 01230,\n"
-      "so only root can use it; run as root.",
-      Add);
-  AddYes(add("remove", "Remove a unit from the list", "Its directory and files stay.", Remove), arguments->writing);
-  AddSettings(family, terminal);
+  Options const options =
+      Joined({{Argument("N", &arguments->number, "Number of the unit").Required().Suggesting([](std::string const&) {
+                return UnitNames();
+              })},
+              WritingOptions(arguments->writing)});
+  std::vector<Command> commands = {
+      {"list", "The units", List},
+      {"add", "Add a unit (0 to 99); create its directory if it is missing", On(arguments, Add), options,
+       "Copies the files named in default/zelcfg.cfg of the installation root into a new directory. Its mode is 01230, "
+       "so only root can use it; run as root."},
+      {"remove", "Remove a unit from the list", On(arguments, Remove), Joined({options, {Yes(arguments->writing)}}),
+       "Its directory and files stay."}};
+  std::vector<Command> const settings = Settings();
+  commands.insert(commands.end(), settings.begin(), settings.end());
+  return Family("ups", "UPS units of this installation and their settings",
+                "Units are listed in srvlist.cfg of the installation root. Settings are in upssrv.cfg of the unit's "
+                "directory; with a single UPS, in the root itself.",
+                {"zelctl ups list", "zelctl ups add 7", "zelctl ups remove 7 --dry-run", "zelctl ups show 007 tcpPort",
+                 "zelctl ups set 007 upsType=3 commType=1 timerOnBattery=120000", "zelctl ups defaults"},
+                std::move(commands));
 }

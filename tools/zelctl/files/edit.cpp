@@ -4,7 +4,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
@@ -18,6 +17,7 @@
 #include "files/input.h"
 #include "files/output.h"
 #include "terminal/latin1.h"
+#include "terminal/progress.h"
 #include "terminal/terminal.h"
 #include "zelvane/config/cfgclass.h"
 #include "zelvane/config/paths.h"
@@ -30,7 +30,7 @@ namespace fs = std::filesystem;
 
 // ---- Rehearsals ----
 
-// The folder of the copies while there is a rehearsal.
+// The directory of the copies while there is a rehearsal.
 std::string g_scratch;
 
 std::string HomeFolder() {
@@ -168,15 +168,18 @@ std::string Summary(std::vector<Changed> const& changes, Edit const& edit) {
 }
 
 void PrintDifferences(std::vector<Changed> const& changes, Edit const& edit, Terminal const& terminal) {
-  Json json = Json::array();
+  Json::List json;
   for (Changed const& change : changes) {
-    Json lines = Json::array();
+    Json::List lines;
     if (!terminal.json) std::cout << terminal.ShownName(change.file) << '\n';
     for (auto const& [sign, line] : Differences(LinesOf(change.before, edit), LinesOf(change.after, edit))) {
       if (sign == ' ') continue;
       std::string const open = WithoutPassword(line, terminal.showPasswords);
       std::string const text = sign + (" " + (open == Trim(line) ? line : open));  // with the blanks, which can be all
-      terminal.json ? lines.push_back(ToUtf8(text)) : void(std::cout << terminal.Shown(text) << '\n');
+      if (terminal.json)
+        lines.emplace_back(ToUtf8(text));
+      else
+        std::cout << terminal.Shown(text) << '\n';
     }
     json.push_back({{"file", change.file}, {"lines", lines}});
   }
@@ -210,22 +213,31 @@ void RequireReadable(std::string const& file) {
 
 }  // namespace
 
-void AddWriting(CLI::App* command, Writing& writing) {
-  command->add_flag("--force", writing.force, "Save even if the file has a syntax error and loses the lines below it");
-  AddDryRun(command, writing);
+Options WritingOptions(Writing& writing) {
+  return {Flag("--force", &writing.force, "Save even if the file has a syntax error and loses the lines below it"),
+          DryRun(writing)};
 }
 
-void AddDryRun(CLI::App* command, Writing& writing) {
-  command->add_flag("--dry-run", writing.dryRun, "Change nothing; show the lines that would differ");
+Option DryRun(Writing& writing) {
+  return Flag("--dry-run", &writing.dryRun, "Change nothing; show the lines that would differ");
 }
 
-void AddYes(CLI::App* command, Writing& writing) {
-  command->add_flag("--yes", writing.yes, "Do not ask; required where no terminal is there to ask on");
+Option Yes(Writing& writing) { return Flag("--yes", &writing.yes, "Do not ask; required without a terminal"); }
+
+Option Overwrite(bool& overwrite) { return Flag("--overwrite", &overwrite, "Replace OUT if it exists"); }
+
+Option DryOutput(bool& dryRun) {
+  return Flag("--dry-run", &dryRun, "Write nothing; show how many bytes OUT would have");
+}
+
+void TellOutput(std::string const& path, std::uint64_t bytes, bool dryRun, Terminal const& terminal) {
+  if (terminal.json) return terminal.PrintJson({{"file", path}, {"bytes", bytes}, {"written", !dryRun}});
+  terminal.PrintText(path + ": " + Counted(bytes, "byte") + (dryRun ? " would be written" : " written"));
 }
 
 void RequireConsent(std::string const& what, Writing const& writing) {
   if (writing.yes || writing.dryRun) return;
-  if (isatty(STDIN_FILENO) == 0 || isatty(STDERR_FILENO) == 0) throw WrongUsage(what + "; use --yes to go on");
+  if (isatty(STDIN_FILENO) == 0 || isatty(STDERR_FILENO) == 0) throw WrongUsage(what + "; use --yes to confirm");
   Complain(what);
   std::cerr << "Go on? [y/N] " << std::flush;
   std::string answer;
@@ -256,7 +268,7 @@ Rehearsal::~Rehearsal() { End(); }
 
 void Rehearsal::End() const {
   std::error_code ignored;
-  // A new unit's folder keeps its owner out.
+  // A new unit's directory keeps its owner out.
   for (fs::recursive_directory_iterator each(g_scratch, ignored), end; !ignored && each != end; each.increment(ignored))
     if (each->is_directory(ignored)) fs::permissions(each->path(), fs::perms::owner_all, ignored);
   fs::remove_all(g_scratch, ignored);
@@ -267,6 +279,7 @@ void Rehearsal::End() const {
 
 bool Make(Edit const& edit, Writing const& writing, Terminal const& terminal, std::function<void()> const& act) {
   RequireStatedRoot(edit.files, terminal);
+  std::optional<Busy> busy(std::in_place, "changing", edit.files);
   bool const isConfiguration = !edit.asLines;
   bool stops = false;
   std::vector<Changed> files;
@@ -292,6 +305,7 @@ bool Make(Edit const& edit, Writing const& writing, Terminal const& terminal, st
       if (isConfiguration) RequireReadable(change.file);
     }
     if (writing.dryRun) {
+      busy.reset();
       PrintDifferences(changed, edit, terminal);
       return false;
     }
@@ -303,7 +317,10 @@ bool Make(Edit const& edit, Writing const& writing, Terminal const& terminal, st
     if (!changed.empty()) Complain(Summary(changed, edit));
     throw;
   }
-  if (!terminal.json && !terminal.csv) std::cout << terminal.ShownName(Summary(changes(), edit)) << '\n';
+  if (terminal.json || terminal.csv) return true;
+  std::string const summary = Summary(changes(), edit);
+  busy.reset();
+  std::cout << terminal.ShownName(summary) << '\n';
   return true;
 }
 
@@ -313,24 +330,16 @@ bool IsWritable(std::string const& path) {
   return access(exists ? path.c_str() : folder.empty() ? "." : folder.c_str(), W_OK) == 0;
 }
 
-void RequireNew(std::string const& path, bool overwrite) {
-  if (!overwrite && fs::is_regular_file(path)) throw Failed(path + ": already exists; use --overwrite to replace it");
-}
-
 void KeepAsLost(std::string const& path) {
   std::string kept = path + ".lost";
   for (int i = 1; fs::exists(kept); i++) kept = path + ".lost." + std::to_string(i);
   Input in(path, path);
   struct stat source = {};
   if (fstat(in.Descriptor(), &source) != 0) throw FileFailed(path);
-  Output out(kept, source);
+  Output out(kept, source, false);
   char piece[65536];
   while (std::size_t const got = in.Fill(piece, sizeof piece)) out.Write(piece, got);
   out.Keep();
-}
-
-void AddOverwrite(CLI::App* command, bool& overwrite) {
-  command->add_flag("--overwrite", overwrite, "Replace OUT if it exists");
 }
 
 bool RemoveKey(std::string const& path, std::string const& section, std::string const& key, Writing const& writing,

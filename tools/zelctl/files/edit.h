@@ -3,13 +3,13 @@
 #ifndef ZELVANE_TOOLS_ZELCTL_FILES_EDIT_H
 #define ZELVANE_TOOLS_ZELCTL_FILES_EDIT_H
 
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
 
-namespace CLI {
-class App;
-}
+#include "terminal/option.h"
+
 struct Terminal;
 
 // What the caller allows.
@@ -19,18 +19,24 @@ struct Writing {
   bool yes = false;     // to remove without being asked
 };
 
-// Adds --force and --dry-run.
-void AddWriting(CLI::App* command, Writing& writing);
-void AddDryRun(CLI::App* command, Writing& writing);
-// Adds --yes, for a command that removes more than it was told by name.
-void AddYes(CLI::App* command, Writing& writing);
+// --force and --dry-run.
+Options WritingOptions(Writing& writing);
+Option DryRun(Writing& writing);
+// For a command that removes more than it was told by name.
+Option Yes(Writing& writing);
 
-// Tells what is about to be removed and asks whether to go on. Does not ask with --yes or --dry-run. Throws Failed when
-// the answer is no, and WrongUsage where nobody can be asked.
+// For a command that writes one file OUT.
+Option Overwrite(bool& overwrite);
+Option DryOutput(bool& dryRun);
+// How many bytes were, or would be, written.
+void TellOutput(std::string const& path, std::uint64_t bytes, bool dryRun, Terminal const& terminal);
+
+// Tells what is about to be removed and asks whether to continue. Does not ask with --yes or --dry-run. Throws Failed
+// when the answer is no, and WrongUsage where nobody can be asked.
 void RequireConsent(std::string const& what, Writing const& writing);
 
-// During a rehearsal the copy of that file or folder; otherwise the path itself. The installation root and the user's
-// home lead to the copies by themselves.
+// During a rehearsal the copy of that file or directory; otherwise the path itself. The installation root and the
+// user's home lead to the copies by themselves.
 std::string At(std::string const& path);
 
 struct Edit {
@@ -42,7 +48,8 @@ struct Edit {
   std::function<std::string(std::string const& bytes)> asLines = {};
 };
 
-// Copies of the files under a folder of their own, which the library and At() take for the originals while this lives.
+// Copies of the files under a directory of their own, which the library and At() take for the originals while this
+// lives.
 class Rehearsal {
  public:
   Rehearsal(Edit const& edit, Terminal const& terminal);
@@ -60,13 +67,9 @@ class Rehearsal {
 // Whether the file can be written or, where there is none, made.
 bool IsWritable(std::string const& path);
 
-// Throws Failed when the file exists, unless it may be replaced. Devices and pipes are written to.
-void RequireNew(std::string const& path, bool overwrite);
 // Copies the file to NAME.lost, or NAME.lost.1 and so on where that exists already, as the library names its copies.
 // Throws FileFailed.
 void KeepAsLost(std::string const& path);
-// Adds --overwrite.
-void AddOverwrite(CLI::App* command, bool& overwrite);
 
 // Lets `act` change the files, and says in one line how they changed (not with --json and --csv). `act` works on paths
 // from At(); it may be called twice, first for a rehearsal. Throws Failed when a file lies in an installation root that

@@ -17,7 +17,7 @@ bool IsPasswordKey(std::string const& key);
 std::string WithoutPassword(std::string const& line, bool showPasswords);
 
 // "FILE: cannot read: REASON", and the same for a write: the system's reason, or `error` where a look at the file and
-// its folder shows none.
+// its directory shows none.
 std::string CannotRead(std::string const& path, int error = 0);
 std::string CannotWrite(std::string const& path, int error = 0);
 

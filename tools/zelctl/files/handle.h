@@ -1,4 +1,4 @@
-// Lists of the library behind untyped handles.
+// Lists of the library, of which it gives untyped handles.
 #ifndef ZELVANE_TOOLS_ZELCTL_FILES_HANDLE_H
 #define ZELVANE_TOOLS_ZELCTL_FILES_HANDLE_H
 

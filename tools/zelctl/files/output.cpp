@@ -21,7 +21,7 @@ extern "C" void RemoveUnfinished(int number) {
   raise(number);
 }
 
-// Whoever ignores a signal (nohup) goes on ignoring it.
+// A signal that is ignored (nohup) stays ignored.
 void RemoveWhenStopped() {
   for (int const number : {SIGHUP, SIGINT, SIGTERM}) {
     struct sigaction action = {};
@@ -48,15 +48,36 @@ bool SyncFolderOf(std::string const& path) {
   return synced;
 }
 
+Failed AlreadyExists(std::string const& path) {
+  return Failed(path + ": already exists; use --overwrite to replace it");
+}
+
 }  // namespace
 
-Output::Output(std::string const& path, struct stat const& source) : path_(path), file_(nullptr, fclose) {
+void RequireNew(std::string const& path, bool overwrite) {
+  struct stat link = {};
+  struct stat file = {};
+  if (overwrite || lstat(path.c_str(), &link) != 0) return;
+  // A link that leads nowhere is there, too.
+  if (stat(path.c_str(), &file) != 0 || S_ISREG(file.st_mode)) throw AlreadyExists(path);
+}
+
+void RequireWritable(std::string const& path, struct stat const& source, bool overwrite) {
   struct stat old = {};
   bool const exists = stat(path.c_str(), &old) == 0;
   if (exists && old.st_dev == source.st_dev && old.st_ino == source.st_ino)
-    throw Failed("IN and OUT are the same file");
+    throw WrongUsage("IN and OUT must be different files");
+  RequireNew(path, overwrite);
   // It could be replaced without its owner's leave to write, which is not meant.
-  if (exists && access(path.c_str(), W_OK) != 0) throw FileFailed(path_);
+  std::string const folder = path.substr(0, path.rfind('/') + 1);
+  if (access(exists ? path.c_str() : folder.empty() ? "." : folder.c_str(), W_OK) != 0) throw FileFailed(path);
+}
+
+Output::Output(std::string const& path, struct stat const& source, bool overwrite)
+    : path_(path), overwrite_(overwrite), file_(nullptr, fclose) {
+  RequireWritable(path, source, overwrite);
+  struct stat old = {};
+  bool const exists = stat(path.c_str(), &old) == 0;
   int const fd = exists && !S_ISREG(old.st_mode) ? open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY)
                                                  : MakeBeside(exists ? &old : nullptr);
   if (fd >= 0) file_.reset(fdopen(fd, "wb"));
@@ -77,10 +98,22 @@ void Output::Keep() {
   if (!unfinished_.empty() && fsync(fileno(file_.get())) != 0 && !CannotSync(errno)) throw FileFailed(path_);
   if (fclose(file_.release()) != 0) throw FileFailed(path_);
   if (unfinished_.empty()) return;
-  if (rename(unfinished_.c_str(), target_.c_str()) != 0) throw FileFailed(path_);
+  TakeName();
   g_unfinished = nullptr;
   unfinished_.clear();
   if (!SyncFolderOf(target_)) throw FileFailed(path_);
+}
+
+// File systems differ in what they offer.
+void Output::TakeName() {
+  char const* const from = unfinished_.c_str();
+  char const* const to = target_.c_str();
+  if (!overwrite_) {
+    if (renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0) return;
+    if (errno != EEXIST && link(from, to) == 0) return static_cast<void>(unlink(from));
+    if (errno == EEXIST) throw AlreadyExists(path_);
+  }
+  if (rename(from, to) != 0) throw FileFailed(path_);
 }
 
 // With the owner and mode of the file that it will replace.

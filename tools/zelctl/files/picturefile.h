@@ -4,10 +4,7 @@
 
 #include <string>
 
-namespace CLI {
-class App;
-class Option;
-}  // namespace CLI
+#include "terminal/option.h"
 
 struct PictureFile {
   std::string path;  // "" when none was asked for
@@ -15,8 +12,8 @@ struct PictureFile {
 
   explicit operator bool() const { return !path.empty(); }
 
-  // Adds the option `name` and --overwrite.
-  CLI::Option* AddTo(CLI::App* command, std::string const& description, char const* name = "--svg");
+  // --overwrite and the option `name`.
+  Options Asked(char const* name, char const* help);
   // Throws Failed when the file is there and --overwrite was not given: to be called before the work is done.
   void RequireFree() const;
   // Whole or not at all. Throws Failed.

@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "terminal/progress.h"
 #include "terminal/terminal.h"
 #include "zelvane/core/fileutils.h"
 #include "zelvane/core/strutils.h"
@@ -61,17 +62,23 @@ std::string Record::Hex(bool whole) const {
 RecordLog::RecordLog(std::string path, std::uint64_t payloadSize)
     : path_(std::move(path)), recordSize_(kStampSize + payloadSize) {
   if (AnsiLowerCase(ExtractFileExt(path_)) == "cry")
-    throw Failed(path_ + ": a log of the product's earlier generation, in a form that is not known");
+    throw Failed(path_ + ": log of an earlier product generation, unknown format");
   std::error_code error;
   fs::file_status const status = fs::status(path_, error);
   if (status.type() == fs::file_type::not_found) throw Failed(path_ + ": no such file");
-  if (status.type() != fs::file_type::regular) throw Failed(path_ + ": not a file");
+  if (status.type() != fs::file_type::regular) throw Failed(path_ + ": not a regular file");
   length_ = fs::file_size(path_, error);
-  if (error || !std::ifstream(path_, std::ios::binary)) throw Failed(path_ + ": cannot be read");
+  if (error || !std::ifstream(path_, std::ios::binary)) throw Failed(path_ + ": cannot read");
 }
 
 void RecordLog::ForEachBlock(std::function<void(unsigned char const*, std::size_t)> const& see) const {
-  ForEachBlock(see, 0, Count());
+  Progress progress(Count() * recordSize_);
+  ForEachBlock(
+      [&](unsigned char const* bytes, std::size_t length) {
+        see(bytes, length);
+        progress.Advance(length);
+      },
+      0, Count());
 }
 
 void RecordLog::ForEachBlock(std::function<void(unsigned char const*, std::size_t)> const& see, std::uint64_t first,
@@ -85,20 +92,34 @@ void RecordLog::ForEachBlock(std::function<void(unsigned char const*, std::size_
     std::uint64_t const records = std::min(most, left);
     auto const size = static_cast<std::streamsize>(records * recordSize_);
     file.read(reinterpret_cast<char*>(block.data()), size);
-    if (file.gcount() != size) throw Failed(path_ + ": cannot be read to its end: it broke off, or was cut meanwhile");
+    if (file.gcount() != size)
+      throw Failed(path_ + ": cannot read to the end (read error, or the file became shorter)");
     see(block.data(), static_cast<std::size_t>(size));
     left -= records;
   }
 }
 
-void RecordLog::ForEach(std::function<void(Record const&)> const& see, std::uint64_t first, std::uint64_t count) const {
+void RecordLog::ForEachIn(unsigned char const* bytes, std::size_t length, std::uint64_t index,
+                          std::function<void(Record const&)> const& see) const {
   auto const size = static_cast<std::size_t>(recordSize_);
   auto const payload = static_cast<std::size_t>(recordSize_ - kStampSize);
-  std::uint64_t index = first;
+  for (std::size_t at = 0; at < length; at += size)
+    see({index++, StampOf(bytes + at), bytes + at + kStampSize, payload});
+}
+
+void RecordLog::ForEach(std::function<void(Record const&)> const& see) const {
+  std::uint64_t index = 0;
+  ForEachBlock([&](unsigned char const* bytes, std::size_t length) {
+    ForEachIn(bytes, length, index, see);
+    index += length / recordSize_;
+  });
+}
+
+void RecordLog::ForEach(std::function<void(Record const&)> const& see, std::uint64_t first, std::uint64_t count) const {
   ForEachBlock(
       [&](unsigned char const* bytes, std::size_t length) {
-        for (std::size_t at = 0; at < length; at += size)
-          see({index++, StampOf(bytes + at), bytes + at + kStampSize, payload});
+        ForEachIn(bytes, length, first, see);
+        first += length / recordSize_;
       },
       first, count);
 }
@@ -113,7 +134,7 @@ void RecordLog::ForEachReversed(std::function<void(Record const&)> const& see) c
     auto const size = static_cast<std::streamsize>(records * recordSize_);
     file.seekg(static_cast<std::streamoff>((left - records) * recordSize_));
     if (!file.read(reinterpret_cast<char*>(block.data()), size))
-      throw Failed(path_ + ": cannot be read to its end: it broke off, or was cut meanwhile");
+      throw Failed(path_ + ": cannot read to the end (read error, or the file became shorter)");
     for (std::uint64_t i = records; i-- > 0;) {
       unsigned char const* const record = &block[static_cast<std::size_t>(i * recordSize_)];
       see({--left, StampOf(record), record + kStampSize, payload});
@@ -123,7 +144,7 @@ void RecordLog::ForEachReversed(std::function<void(Record const&)> const& see) c
 
 void RecordLog::NoteDamage(Terminal const& terminal) const {
   if (Torn() == 0) return;
-  terminal.Note(path_ + ": damaged, the programs take it for empty: behind " + std::to_string(Count()) +
-                " whole records of " + std::to_string(recordSize_) + " bytes stand " + std::to_string(Torn()) +
-                " bytes; `zelctl log salvage` saves the records");
+  terminal.Note(path_ + ": damaged, counts as empty in the programs: " + std::to_string(Count()) +
+                " complete records of " + std::to_string(recordSize_) + " bytes and " + std::to_string(Torn()) +
+                " extra bytes; run `zelctl log salvage`");
 }

@@ -26,7 +26,7 @@ namespace {
 
 // ---- Records ----
 
-// A record as a program reads it from a folder that is root, home and folder of the settings in one.
+// A record as a program reads it from a directory that is root, home and directory of the settings in one.
 struct Kind {
   std::vector<Field> fields;
   std::shared_ptr<void> record;
@@ -211,7 +211,7 @@ void CheckValues(std::string const& path, KeyLines const& lines, Terminal const&
                  std::vector<Finding>& findings) {
   Checker checker(path, lines, terminal, findings);
   CheckLists(path, checker);
-  // A copy, in a folder where the programs find nothing else.
+  // A copy, in a directory where the programs find nothing else.
   Rehearsal const rehearsal({{path}, {}}, terminal);
   std::string const copy = At(path);
   std::string const folder = ExtractFilePath(copy);

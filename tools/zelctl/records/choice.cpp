@@ -1,7 +1,5 @@
 #include "records/choice.h"
 
-#include <CLI/CLI.hpp>
-
 #include "files/recordlog.h"
 #include "records/fields.h"
 #include "terminal/moment.h"
@@ -15,21 +13,16 @@ bool Choice::operator()(Record const& record) const {
   return !dated || (record.stamp >= first && record.stamp <= last);
 }
 
-void ChoiceOptions::AddCodes(CLI::App* command) {
-  CLI::Option* const option = command->add_option("--code", codes_, "Only these codes");
-  option->type_name("A,B")->delimiter(',')->allow_extra_args(false);
+Options ChoiceOptions::Code() { return {Value("--code", &codes_, "A,B", "Only records with these codes").Separated()}; }
+
+Options ChoiceOptions::Grep() {
+  return {Value("--grep", &text_, "TEXT", "Only records whose text contains this, case-insensitive")};
 }
 
-void ChoiceOptions::AddText(CLI::App* command) {
-  command->add_option("--grep", text_, "Only records whose text holds this, in any case")->type_name("TEXT");
-}
-
-void ChoiceOptions::AddSpan(CLI::App* command) {
-  CLI::Option* const from = command->add_option("--from", from_, "Only from then on")->type_name("TIME");
-  command->add_option("--to", to_, "Only up to then")->type_name("TIME");
-  command->add_option("--since", since_, "The same as --from, also today, yesterday or \"2 hours ago\"")
-      ->type_name("TIME")
-      ->excludes(from);
+Options ChoiceOptions::Span() {
+  return {
+      Value("--from", &from_, "TIME", "First time to include"), Value("--to", &to_, "TIME", "Last time to include"),
+      Value("--since", &since_, "TIME", "Like --from; also today, yesterday or \"2 hours ago\"").Excludes("--from")};
 }
 
 Choice ChoiceOptions::Get(Terminal const& terminal) const {
@@ -42,6 +35,6 @@ Choice ChoiceOptions::Get(Terminal const& terminal) const {
   if (from_) choice.first = ParseMoment("--from", *from_).first;
   if (since_) choice.first = ParseSince("--since", *since_);
   if (to_) choice.last = ParseMoment("--to", *to_).last;
-  if (choice.first > choice.last) throw WrongUsage("--from must not be later than --to");
+  if (choice.first > choice.last) throw WrongUsage("--from is later than --to");
   return choice;
 }

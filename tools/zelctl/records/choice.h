@@ -9,9 +9,8 @@
 #include <string>
 #include <vector>
 
-namespace CLI {
-class App;
-}
+#include "terminal/option.h"
+
 struct Record;
 struct Terminal;
 
@@ -28,9 +27,9 @@ struct Choice {
 
 class ChoiceOptions {
  public:
-  void AddCodes(CLI::App* command);  // --code
-  void AddText(CLI::App* command);   // --grep
-  void AddSpan(CLI::App* command);   // --from, --to, --since
+  Options Code();
+  Options Grep();
+  Options Span();  // --from, --to, --since
 
   bool HasCodes() const { return !codes_.empty(); }
   // Throws WrongUsage.

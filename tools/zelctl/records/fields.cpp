@@ -1,5 +1,6 @@
 #include "records/fields.h"
 
+#include <algorithm>
 #include <charconv>
 #include <system_error>
 
@@ -87,10 +88,32 @@ std::int64_t NumberArgument(std::string const& name, std::string const& text, st
   return std::stoll(text);
 }
 
-std::vector<std::string> ValuesOf(std::vector<Field> const& fields, void const* record) {
-  std::vector<std::string> values;
-  values.reserve(fields.size());
-  for (Field const& field : fields) values.push_back(field.get(record));
+Field const* FieldNamed(std::vector<Field> const& fields, std::string const& name) {
+  auto const found = std::find_if(fields.begin(), fields.end(), [&](Field const& field) { return name == field.name; });
+  return found == fields.end() ? nullptr : &*found;
+}
+
+std::vector<std::string> FieldNames(std::vector<Field> const& fields) {
+  std::vector<std::string> names;
+  names.reserve(fields.size());
+  for (Field const& field : fields) names.emplace_back(field.name);
+  return names;
+}
+
+std::vector<std::string> Assignments(std::vector<Field> const& fields, std::string const& begun) {
+  std::vector<std::string> offered;
+  std::string const name = begun.substr(0, begun.find('='));
+  Field const* const field = name == begun ? nullptr : FieldNamed(fields, name);
+  if (field != nullptr && field->kind == FieldKind::kFlag) return {name + "=on", name + "=off"};
+  if (name != begun) return {};
+  for (Field const& each : fields)
+    if (each.follows == nullptr) offered.push_back(std::string(each.name) + "=");
+  return offered;
+}
+
+Values ValuesOf(std::vector<Field> const& fields, void const* record) {
+  Values values;
+  for (Field const& field : fields) values[field.name] = field.get(record);
   return values;
 }
 
@@ -112,11 +135,11 @@ Json JsonOf(Field const& field, std::string const& value, Terminal const& termin
 
 void PrintRecord(std::vector<Field> const& fields, void const* record, Terminal const& terminal,
                  std::vector<std::string> const& origins) {
-  Json members = Json::object();
+  Json::Object members;
   std::vector<std::vector<std::string>> rows = {{"FIELD", "VALUE", "MEANING"}};
   for (Field const& field : fields) {
     std::string const value = field.get(record);
-    members[field.name] = JsonOf(field, value, terminal);
+    members.push_back({field.name, JsonOf(field, value, terminal)});
     rows.push_back({field.name, CellOf(field, value, terminal), field.meaning});
   }
   if (!origins.empty()) rows[0].insert(rows[0].begin() + 2, "ORIGIN");
@@ -125,18 +148,18 @@ void PrintRecord(std::vector<Field> const& fields, void const* record, Terminal 
 }
 
 void PrintRecords(std::vector<Field> const& fields, std::vector<void const*> const& records, Terminal const& terminal) {
-  Json list = Json::array();
+  Json::List list;
   std::vector<std::vector<std::string>> rows(1);
   for (Field const& field : fields) rows[0].push_back(UpperCase(field.name));
   for (void const* record : records) {
-    Json members = Json::object();
+    Json::Object members;
     rows.emplace_back();
     for (Field const& field : fields) {
       std::string const value = field.get(record);
-      members[field.name] = JsonOf(field, value, terminal);
+      members.push_back({field.name, JsonOf(field, value, terminal)});
       rows.back().push_back(CellOf(field, value, terminal));
     }
-    list.push_back(std::move(members));
+    list.emplace_back(std::move(members));
   }
   terminal.json ? terminal.PrintJson(list) : terminal.PrintTable(rows);
 }

@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -14,7 +15,7 @@
 
 enum class FieldKind {
   kText,
-  kListText,   // one of several texts that share a line, parted by ";"
+  kListText,   // one of several texts that share a line, separated by ";"
   kLowerText,  // read in lower case, however it was written
   kPassword,   // Base64 in the file, so it may hold anything; shown on request only
   kNumber,
@@ -40,7 +41,7 @@ struct Field {
   char const* file = nullptr;
   char const* section = nullptr;
   char const* key = nullptr;  // null: keyOf tells; kFirstKey: the first one of the section
-  int part = -1;              // of a value of several, parted by ";"
+  int part = -1;              // of a value of several, separated by ";"
   std::string (*keyOf)(void const* record) = nullptr;
   std::vector<std::string> words = {};  // what the file has for the numbers from 0 on, where those are words
 };
@@ -88,7 +89,7 @@ Field Text(char const* name, char const* meaning, FieldKind kind = FieldKind::kT
           [](void* record, std::string const& value) {
             char* const array = static_cast<Whole*>(record)->*Member;
             memset(array, 0, kWidth);
-            value.copy(array, kWidth - 1);
+            value.copy(array, kWidth - 1, 0);  // clang 14 takes a default argument here for a capture
           }};
 }
 
@@ -162,8 +163,16 @@ void PutArgument(Field const& field, void* record, std::string const& argument, 
 std::int64_t NumberArgument(std::string const& name, std::string const& text, std::int64_t lowest,
                             std::int64_t highest);
 
-// The values of all fields, in the table's order.
-std::vector<std::string> ValuesOf(std::vector<Field> const& fields, void const* record);
+// What a shell may offer for FIELD, and for FIELD=VALUE that has been begun.
+std::vector<std::string> FieldNames(std::vector<Field> const& fields);
+std::vector<std::string> Assignments(std::vector<Field> const& fields, std::string const& begun);
+
+// The field of that name; null when there is none.
+Field const* FieldNamed(std::vector<Field> const& fields, std::string const& name);
+
+// The values of all fields, by name.
+using Values = std::map<std::string, std::string>;
+Values ValuesOf(std::vector<Field> const& fields, void const* record);
 
 // A value for people and for programs; passwords only where the terminal wants them.
 std::string CellOf(Field const& field, std::string const& value, Terminal const& terminal);

@@ -18,7 +18,7 @@ std::string Element(char const* name, Attributes const& attributes, std::string 
 // <name attributes/>
 std::string Shape(char const* name, Attributes const& attributes);
 
-// With at most two digits behind the point.
+// With at most two digits after the point.
 std::string Coordinate(double number);
 
 #endif

@@ -3,20 +3,16 @@
 #include <errno.h>
 #include <sys/stat.h>
 
-#include <CLI/CLI.hpp>
-
 #include "files/input.h"
 #include "records/fields.h"
 #include "terminal/terminal.h"
 #include "zelvane/config/paths.h"
 
-void OutageOptions::AddTo(CLI::App* command, bool required) {
-  std::string const otherwise = required ? "" : "; 1 if not given";
-  CLI::Option* const start = command->add_option("--start", start_, "Code that begins an outage" + otherwise);
-  CLI::Option* const end =
-      command->add_option("--end", ends_, required ? "Codes that end it" : "Codes that end it; 2 if not given");
-  start->type_name("N")->required(required);
-  end->type_name("A,B")->required(required)->delimiter(',')->allow_extra_args(false);
+Options OutageOptions::Asked(bool required) {
+  char const* const end = required ? "Codes that end an outage" : "Codes that end an outage; default: 2";
+  char const* const start = required ? "Code that begins an outage" : "Code that begins an outage; default: 1";
+  return {Value("--start", &start_, "N", start).Required(required),
+          Value("--end", &ends_, "A,B", end).Separated().Required(required)};
 }
 
 OutageCodes OutageOptions::Codes() const {
@@ -31,7 +27,7 @@ OutageCodes OutageOptions::Codes() const {
 
 std::string RequireRoot() {
   std::string root = GetZelvanePath();
-  if (root.empty()) throw Failed("no installation root is known; --root names one");
+  if (root.empty()) throw Failed("installation root is unknown; use --root DIR");
   struct stat folder = {};
   if (stat(root.c_str(), &folder) != 0) throw FileFailed(root);
   if (!S_ISDIR(folder.st_mode)) throw FileFailed(root, ENOTDIR);

@@ -6,16 +6,13 @@
 #include <vector>
 
 #include "report/outages.h"
-
-namespace CLI {
-class App;
-}
+#include "terminal/option.h"
 
 // The codes that begin and end an outage: their meaning is the programs' own.
 class OutageOptions {
  public:
   // With `required` they must be given; otherwise they are 1 and 2.
-  void AddTo(CLI::App* command, bool required);
+  Options Asked(bool required);
   // Throws WrongUsage.
   OutageCodes Codes() const;
 
@@ -24,7 +21,7 @@ class OutageOptions {
   std::vector<std::string> ends_ = {"2"};
 };
 
-// The root that the library goes by. Throws Failed when there is none, or no such folder.
+// The root that the library goes by. Throws Failed when there is none, or no such directory.
 std::string RequireRoot();
 
 #endif

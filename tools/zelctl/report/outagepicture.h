@@ -41,7 +41,7 @@ std::string OutagePicture(std::vector<Outage> const& outages, Period period, His
 
 // "2005-03-17 Thu 15:14:10 to 15:33:19, 0:19:09"
 std::string OutageText(Outage const& outage);
-// The end as one reads it behind the beginning: the time alone on the same day; "still open".
+// The end as one reads it after the beginning: the time alone on the same day; "still open".
 std::string UntilText(Outage const& outage);
 
 #endif

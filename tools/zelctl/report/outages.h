@@ -3,7 +3,7 @@
 //
 // An outage goes from a record of the code that begins one to the next record of a code that ends one. A beginning
 // inside an outage and an end outside one count for nothing: that is the rule of the library's LogReaderTimeEvents, so
-// the lengths add up to its sum. An outage without an end is open: it is as long as the log goes on.
+// the lengths add up to its sum. An outage without an end is open: it lasts until the last record.
 #ifndef ZELVANE_TOOLS_ZELCTL_REPORT_OUTAGES_H
 #define ZELVANE_TOOLS_ZELCTL_REPORT_OUTAGES_H
 
@@ -54,9 +54,9 @@ struct History {
   std::string path;
   std::uint64_t records = 0;
   std::uint64_t recordSize = 0;
-  std::uint64_t torn = 0;       // bytes behind the last whole record
+  std::uint64_t torn = 0;       // bytes after the last whole record
   std::uint64_t early = 0;      // records stamped before 1990
-  std::uint64_t backwards = 0;  // records stamped before the one in front of them
+  std::uint64_t backwards = 0;  // records stamped before the one before them
   std::int32_t last = -1;       // stamp of the last record
   std::int32_t earliest = -1;   // of all that have a date-time; -1 when none has
   std::int32_t latest = -1;
@@ -102,7 +102,7 @@ std::vector<OutageGroup> GroupsOf(std::vector<Outage> const& outages, Period per
 // 'code 1, "Mains failed", to code 2, "Mains back"': with the texts of the last record of each, where there is one.
 std::string CodesText(History const& history);
 
-// "0:01:07", with "+" behind the length of an open one.
+// "0:01:07", with "+" after the length of an open one.
 std::string ClockText(std::int64_t seconds);
 std::string LengthText(Outage const& outage);
 

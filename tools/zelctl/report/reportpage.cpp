@@ -111,7 +111,7 @@ class EventsPart {
     if (!HasOutage(history_)) return "No outage in the log.";
     std::int32_t const since = history_.isOpen ? history_.current.begin : history_.current.end;
     return Element("strong", {}, history_.isOpen ? "The mains have been off" : "The mains have been on") + " since " +
-           DayTime(since) + ", as the log tells.";
+           DayTime(since) + ".";
   }
 
   std::string Lead() const {
@@ -173,10 +173,10 @@ class EventsPart {
     static char const* const kTold[] = {
         "Time without mains in each day, and how many outages began (5\xD7) if more than one. The log knows nothing of "
         "the days that are missing.",
-        "A row is a week from Monday to Sunday. Size and colour of a square tell the time without mains; a dot is a "
+        "A row is a week from Monday to Sunday. Size and colour of a square show the time without mains; a dot is a "
         "day "
         "without an outage.",
-        "How many outages began in each month; colour and line tell the time without mains."};
+        "How many outages began in each month; colour and line show the time without mains."};
     Calendar const calendar = CalendarOf(history_);
     auto const kind = static_cast<std::size_t>(calendar.kind);
     bool const byDay = RowPeriod(history_.outages) == Period::kDay;
@@ -186,7 +186,7 @@ class EventsPart {
         Heading("Hours" + Of()) + HoursPicture(history_.outages) +
         Paragraph(
             byDay ? "Each mark is an outage at its time of the day, as wide as it was long, but never too thin to see."
-                  : "A dot stands for the outages that began in that hour; the bigger it is, the longer they lasted.");
+                  : "A dot is the outages that began in that hour; a bigger dot is a longer time.");
     bool const beside = calendar.kind != CalendarKind::kSquares;
     return Element("section", {{"class", beside ? "two pics" : "pics"}},
                    Element("div", {}, left) + Element("div", {}, right));
@@ -268,10 +268,10 @@ std::string ServicesSections(std::vector<ShownSettings> const& services) {
         rows[row].push_back(ValueMarkup(setting) + " " + Element("span", {{"class", "m"}}, Escaped(setting.origin)));
       }
     }
-    sections +=
-        Section(Heading("UPS: " + names) +
-                Table("ups", "Settings of the UPS services, and where each stands in upssrv.cfg or another file.",
-                      heads, rows));
+    sections += Section(
+        Heading("UPS: " + names) +
+        Table("ups", "Settings of the UPS services, and the line of upssrv.cfg or another file that each comes from.",
+              heads, rows));
   }
   return sections;
 }

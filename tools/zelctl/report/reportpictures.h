@@ -1,4 +1,4 @@
-// The pictures of the report, inline SVG that the page's style sheet colours. A table stands behind each.
+// The pictures of the report, inline SVG that the page's style sheet colours. A table follows each.
 #ifndef ZELVANE_TOOLS_ZELCTL_REPORT_REPORTPICTURES_H
 #define ZELVANE_TOOLS_ZELCTL_REPORT_REPORTPICTURES_H
 

@@ -40,7 +40,7 @@ class Look {
   void Units() {
     char name[4];
     std::set<std::string> seen;
-    // The list is read anew for each: what comes after the hundredth is no unit.
+    // The list is read again for each: what comes after the hundredth is no unit.
     for (unsigned int i = 0; i < kMostUnits && GetUpsListItem(i, name) != 0; i++) {
       SitePlace const unit = {name, site_.root + name + "/"};
       bool const isName = unit.name.find('/') == std::string::npos && unit.name.find("..") == std::string::npos;
@@ -73,7 +73,7 @@ class Look {
     for (SiteEvents const& events : site_.events) FindInEvents(events);
     if (site_.events.empty()) Find("logevt.rgt", "There is no event log.", "");
     for (std::string const& unit : site_.missing)
-      Find("srvlist.cfg", "Unit " + unit + " is listed and has no folder.", "zelctl ups remove " + unit);
+      Find("srvlist.cfg", "Unit " + unit + " is listed and has no directory.", "zelctl ups remove " + unit);
     for (char const* const name : kRootSettings) LintFile(root_, name);
     for (SitePlace const& unit : site_.units) LintUnit(unit);
   }
@@ -111,8 +111,8 @@ class Look {
       Find(events.file, "The mains failed " + TimeText(history.current.begin) + " and are not back.", "");
     if (history.torn > 0)
       Find(events.file,
-           "Damaged: " + Counted(history.torn, "byte") + " after " + Counted(history.records, "whole record") +
-               ". The programs take the log for empty; here the whole records count.",
+           "Damaged: " + Counted(history.torn, "byte") + " after " + Counted(history.records, "complete record") +
+               ". The log counts as empty in the programs; here its complete records count.",
            "zelctl log salvage" + path + " OUT");
     if (history.setBack > 0)
       Find(events.file, Counted(history.setBack, "outage") + " left out: the clock was set back meanwhile.",

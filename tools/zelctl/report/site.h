@@ -11,7 +11,7 @@
 
 struct Terminal;
 
-// The root itself or the folder of a unit, where a service keeps its settings and logs.
+// The root itself or the directory of a unit, where a service keeps its settings and logs.
 struct SitePlace {
   std::string name;    // "" for the root
   std::string folder;  // ends in "/"
@@ -57,7 +57,7 @@ struct Site {
   std::string root;
   std::int32_t now = 0;
   OutageCodes codes = {};
-  std::vector<SitePlace> units;      // the listed ones that have a folder
+  std::vector<SitePlace> units;      // the listed ones that have a directory
   std::vector<std::string> missing;  // those that have none
   std::vector<SitePlace> services;   // the places with settings of a UPS service
   std::vector<SiteEvents> events;    // the places that have an event log

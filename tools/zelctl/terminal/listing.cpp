@@ -1,6 +1,5 @@
 #include "terminal/listing.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
@@ -11,12 +10,16 @@
 
 namespace {
 
-Json InUtf8(Json const& cell) { return cell.is_string() ? Json(ToUtf8(cell.get_ref<std::string const&>())) : cell; }
+Json InUtf8(Json const& cell) {
+  auto const* const text = cell.As<std::string>();
+  return text == nullptr ? cell : Json(ToUtf8(*text));
+}
 
 std::string CellText(Json const& cell, char const* whenNull) {
-  if (cell.is_null()) return whenNull;
-  if (cell.is_string()) return cell.get_ref<std::string const&>();
-  return cell.is_number_unsigned() ? std::to_string(cell.get<std::uint64_t>()) : cell.dump();
+  if (cell.IsNull()) return whenNull;
+  if (auto const* const text = cell.As<std::string>()) return *text;
+  if (auto const* const number = cell.As<std::int64_t>()) return std::to_string(*number);
+  return JsonText(cell, -1);
 }
 
 std::string CsvText(std::string const& whole) {
@@ -36,10 +39,23 @@ Listing::Listing(Terminal const& terminal, std::vector<Column> columns)
     names.emplace_back(terminal_.csv ? column.name : UpperCase(column.name));
     column.width = std::max(column.width, std::strlen(column.name));
   }
+  if (!terminal_.json && !terminal_.csv) LeaveOut();
   if (terminal_.json)
     out_ = "[";
   else
     terminal_.csv ? CsvRow(names) : TableRow(names);
+}
+
+// Once there is no room for a column, there is none for those after it. Long texts are cut.
+void Listing::LeaveOut() {
+  constexpr std::size_t kEnough = 20;
+  std::size_t at = 0;
+  for (Column& column : columns_) {
+    if (!column.inTable) continue;
+    column.inTable = screen_ == 0 || (left_.empty() && at + std::min(column.width, kEnough) <= screen_);
+    if (!column.inTable) left_ += (left_.empty() ? "" : ", ") + UpperCase(column.name);
+    at += column.width + 2;
+  }
 }
 
 void Listing::Row(std::vector<Json> const& cells) {
@@ -59,6 +75,7 @@ void Listing::Flush() {
 void Listing::End() {
   if (terminal_.json) out_ += empty_ ? "]\n" : "\n]\n";
   Write(true);
+  if (!left_.empty()) terminal_.NoteNoRoom(left_);
 }
 
 void Listing::JsonRow(std::vector<Json> const& cells) {
@@ -98,17 +115,18 @@ void Listing::Write(bool all) {
   out_.clear();
 }
 
-void AddCsv(CLI::App* command, Terminal& terminal) {
-  command->add_flag("--csv", terminal.csv, "Print CSV, with column names in the first line")
-      ->excludes(command->get_option("--json"));
-}
-
-bool PrintMachineRow(Terminal const& terminal, std::vector<Column> const& columns, std::vector<Json> const& cells) {
+bool PrintMachineRow(Terminal const& terminal, Json::Object const& row) {
   if (terminal.json) {
-    Json members = Json::object();
-    for (std::size_t i = 0; i < columns.size(); i++) members[columns[i].name] = InUtf8(cells[i]);
+    Json::Object members;
+    for (auto const& [name, value] : row) members.push_back({name, InUtf8(value)});
     terminal.PrintJson(members);
   } else if (terminal.csv) {
+    std::vector<Column> columns;
+    std::vector<Json> cells;
+    for (auto const& [name, value] : row) {
+      columns.push_back({name.c_str(), 0});
+      cells.push_back(value);
+    }
     Listing listing(terminal, columns);
     listing.Row(cells);
     listing.End();

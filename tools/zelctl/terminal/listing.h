@@ -14,7 +14,8 @@ struct Column {
   bool inTable = true;
 };
 
-// A table (on a terminal each line is cut at its width), JSON (a list of objects, as PrintJson would print it) or CSV,
+// A table (on a terminal each line is cut at its width, and columns for which there is no room are named on the error
+// stream instead), JSON (a list of objects, as PrintJson would print it) or CSV,
 // as the terminal wants it.
 class Listing {
  public:
@@ -24,9 +25,9 @@ class Listing {
 
   // A cell for every column: a text (Latin-1), a number or null.
   void Row(std::vector<Json> const& cells);
-  // Prints the rows so far: for answers that go on.
+  // Prints the rows so far: for answers that continue.
   void Flush();
-  // To be called behind the last row.
+  // To be called after the last row.
   void End();
 
  private:
@@ -34,19 +35,18 @@ class Listing {
   void CsvRow(std::vector<Json> const& cells);
   void TableRow(std::vector<Json> const& cells);
   void Write(bool all);
+  void LeaveOut();
 
   Terminal const& terminal_;
   std::size_t screen_;  // columns; 0 without a terminal
   std::vector<Column> columns_;
+  std::string left_;  // names of the columns for which there is no room
   bool empty_ = true;
   std::string out_;
 };
 
-// Adds --csv to a command that has --json.
-void AddCsv(CLI::App* command, Terminal& terminal);
-
 // The one row of a command that answers with one, for --json (the object itself, texts in UTF-8) and --csv. False when
 // neither was asked for.
-bool PrintMachineRow(Terminal const& terminal, std::vector<Column> const& columns, std::vector<Json> const& cells);
+bool PrintMachineRow(Terminal const& terminal, Json::Object const& row);
 
 #endif

@@ -18,13 +18,13 @@ struct Moment {
   bool isDay;
 };
 
-// Takes yyyy-mm-dd and dd/mm/yyyy, with "hh:mm" or "hh:mm:ss" behind either. Throws WrongUsage; `name` says in the
+// Takes yyyy-mm-dd and dd/mm/yyyy, with "hh:mm" or "hh:mm:ss" after either. Throws WrongUsage; `name` says in the
 // message what the text was given for.
 Moment ParseMoment(std::string const& name, std::string const& text);
 // The same for a day alone.
 Moment ParseDay(std::string const& name, std::string const& text);
 
-// The beginning of a time that goes on until now: a moment as above, "today", "yesterday", or such as "2 hours ago"
+// The beginning of a time that continues until now: a moment as above, "today", "yesterday", or such as "2 hours ago"
 // with minutes, hours, days or weeks. Throws WrongUsage.
 std::int32_t ParseSince(std::string const& name, std::string const& text);
 

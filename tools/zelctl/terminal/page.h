@@ -9,8 +9,8 @@
 // Columns of the terminal; elsewhere those that the variable COLUMNS names, or 80.
 std::size_t PageWidth();
 
-// The text in lines of that width, broken at single blanks, each with its line feed. `head` stands in front of the
-// first line, `indent` in front of the others; both are kept as they are.
+// The text in lines of that width, broken at single blanks, each with its line feed. `head` stands before the
+// first line, `indent` before the others; both are kept as they are.
 std::string Wrapped(std::string const& text, std::string const& head = "", std::string const& indent = "");
 
 // Length of a bar where the greatest number has `room`. The rest of a bar that would be shorter than one character is

@@ -15,7 +15,7 @@ class FileSecret {
   FileSecret& operator=(FileSecret const&) = delete;
 
   char const* Text() const { return text_; }
-  // Without the NUL behind it. The text may have NULs of its own.
+  // Without the NUL after it. The text may have NULs of its own.
   std::size_t Size() const { return size_; }
 
  private:

@@ -6,7 +6,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iostream>
 #include <numeric>
@@ -88,6 +87,25 @@ std::vector<std::string> FoldedRow(Row const& cells, std::vector<std::size_t> co
 
 char const kHiddenPassword[] = "(not shown)";
 
+void Terminal::SetRoot(std::string const& directory) {
+  root = directory;
+  struct stat found = {};
+  if (root.empty()) throw WrongUsage("--root: must not be empty");
+  if (stat(root.c_str(), &found) != 0) throw Failed(root + ": " + strerror(errno));
+  if (!S_ISDIR(found.st_mode)) throw Failed(root + ": " + strerror(ENOTDIR));
+  if (SetZelvanePath(root.c_str()) == 0) throw std::bad_alloc();
+}
+
+void Terminal::SetUtf8() {
+  utf8 = true;
+  g_charset = "UTF-8";
+}
+
+void Terminal::SetBytes() {
+  bytes = true;
+  g_charset = "";
+}
+
 std::string const& Terminal::Charset() const { return g_charset; }
 
 std::string Terminal::FromArgument(std::string const& name, std::string const& text) const {
@@ -130,7 +148,11 @@ void Terminal::PrintTable(std::vector<std::vector<std::string>> const& rows) con
   if (widths.size() == columns) return;
   std::string left;
   for (std::size_t i = widths.size(); i < columns; i++) left += (left.empty() ? "" : ", ") + rows[0][i];
-  Note("no room for " + left + "; use a wider terminal or --json");
+  NoteNoRoom(left);
+}
+
+void Terminal::NoteNoRoom(std::string const& columns) const {
+  Note("no room for " + columns + "; use a wider terminal or --json");
 }
 
 void Terminal::PrintJson(Json const& value) const { std::cout << JsonText(value, 2) << '\n'; }
@@ -158,24 +180,6 @@ void Complain(std::string const& text) {
 
 void HideInMessages(std::string const& text) { g_hidden = text; }
 
-std::string JsonText(Json const& value, int indent) {
-  // File names are bytes of any kind: what is not UTF-8 in them must not end the command.
-  std::string const text = value.dump(indent, ' ', false, Json::error_handler_t::replace);
-  // The other controls are escaped already. All of them are in strings.
-  static char const kHex[] = "0123456789abcdef";
-  std::string safe;
-  for (std::size_t i = 0; i < text.size(); i++) {
-    auto const next = static_cast<unsigned char>(i + 1 < text.size() ? text[i + 1] : 0);
-    bool const isC1 = text[i] == '\xC2' && next < 0xA0;
-    if (isC1 || text[i] == '\x7F')
-      safe.append("\\u00").append({kHex[isC1 ? next >> 4 : 7], kHex[isC1 ? next & 15 : 15]});
-    else
-      safe += text[i];
-    i += isC1 ? 1 : 0;
-  }
-  return safe;
-}
-
 std::string Counted(std::uint64_t number, std::string const& noun) {
   return std::to_string(number) + " " + noun + (number == 1 ? "" : "s");
 }
@@ -187,45 +191,6 @@ std::size_t TerminalColumns() {
 
 bool IsOnTerminal() { return TerminalColumns() > 0; }
 
-namespace {
-
-void SetRoot(Terminal& terminal, std::string const& root) {
-  terminal.root = root;
-  struct stat folder = {};
-  if (root.empty()) throw WrongUsage("--root: must not be empty");
-  if (stat(root.c_str(), &folder) != 0) throw Failed(root + ": " + strerror(errno));
-  if (!S_ISDIR(folder.st_mode)) throw Failed(root + ": " + strerror(ENOTDIR));
-  if (SetZelvanePath(root.c_str()) == 0) throw std::bad_alloc();
-}
-
-void AddCommon(CLI::App* app, Terminal& terminal, char const* group) {
-  auto const add = [&](CLI::Option* option) { return option->group(group); };
-  add(app->add_option_function<std::string>(
-          "--root", [&terminal](std::string const& root) { SetRoot(terminal, root); },
-          "Use the installation in DIR instead of this computer's"))
-      ->type_name("DIR");
-  add(app->add_flag("--json", terminal.json, "Print JSON (always UTF-8)"));
-  auto const encode = [&](char const* name, bool& flag, char const* charset, char const* meaning) {
-    return add(app->add_flag_function(
-        name, [&flag, charset](std::int64_t) { flag = true, g_charset = charset; }, meaning));
-  };
-  encode("--utf8", terminal.utf8, "UTF-8", "Treat the terminal as UTF-8, whatever the locale says")
-      ->excludes(encode("--bytes", terminal.bytes, "", "Show and take the files' Latin-1 bytes as they are"));
-}
-
-}  // namespace
-
-CLI::App* AddCommand(CLI::App* family, Terminal& terminal, char const* name, char const* description) {
-  CLI::App* const command = family->add_subcommand(name, description);
-  AddCommon(command, terminal, "Options");
-  return command;
-}
-
-void AddCommonOptions(CLI::App* app, Terminal& terminal, bool shown) {
-  AddCommon(app, terminal, shown ? "Options" : "");
-  app->add_flag("--csv", terminal.csv, "Print CSV, with column names in the first line")->group("");
-}
-
-void AddShowPassword(CLI::App* command, Terminal& terminal) {
-  command->add_flag("--show-password", terminal.showPasswords, "Show passwords instead of \"(not shown)\"");
+Option ShowPassword() {
+  return Flag("--show-password", &Terminal::showPasswords, "Show passwords instead of \"(not shown)\"");
 }

@@ -4,14 +4,12 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <nlohmann/json.hpp>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
-namespace CLI {
-class App;
-}
+#include "terminal/json.h"
+#include "terminal/option.h"
 
 // Ends the command with exit code 1: it could not do what it was asked.
 struct Failed : std::runtime_error {
@@ -23,9 +21,6 @@ struct WrongUsage : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// Members keep the order in which they are added.
-using Json = nlohmann::ordered_json;
-
 // The options that every command has, and the output that obeys them. Texts are Latin-1 inside the command.
 struct Terminal {
   bool json = false;
@@ -35,6 +30,11 @@ struct Terminal {
   bool showPasswords = false;
   std::string root;  // the installation that was asked for; "" for this computer's own
   int status = 0;    // exit code of a command that came to its end
+
+  // --root: throws Failed for what is no directory.
+  void SetRoot(std::string const& directory);
+  void SetUtf8();
+  void SetBytes();
 
   // What the terminal shows and takes: by the options, otherwise by the locale. "" for bytes as they are.
   std::string const& Charset() const;
@@ -48,8 +48,8 @@ struct Terminal {
   std::string ShownName(std::string const& name) const;
 
   // One row a line, columns aligned; the first row is the heading. A cell longer than 48 characters pushes aside the
-  // rest of its own row only. On a terminal no row is wider than that: long cells go on in the next line, and columns
-  // for which there is no room are named on the error stream instead.
+  // rest of its own row only. On a terminal no row is wider than that: long cells continue in the next line, and
+  // columns for which there is no room are named on the error stream instead.
   void PrintTable(std::vector<std::vector<std::string>> const& rows) const;
   // In UTF-8 whatever the terminal.
   void PrintJson(Json const& value) const;
@@ -58,7 +58,9 @@ struct Terminal {
   // A value for scripts, and a line feed: on a terminal as Shown() gives it, elsewhere the bytes as they are, converted
   // with --utf8 only.
   void PrintValue(std::string const& latin1) const;
-  // A remark on the error stream; the command goes on.
+  // Names the columns that a narrow terminal does not show.
+  void NoteNoRoom(std::string const& columns) const;
+  // A remark on the error stream; the command continues.
   void Note(std::string const& text) const;
 };
 
@@ -75,17 +77,9 @@ std::string Counted(std::uint64_t number, std::string const& noun);
 std::size_t TerminalColumns();
 bool IsOnTerminal();
 
-// JSON of which no byte drives a terminal. An indent of -1 gives one line.
-std::string JsonText(Json const& value, int indent);
-
 // What stands in place of a password that was not asked for.
 extern char const kHiddenPassword[];
 
-// Adds the command `name` to `family` with the options that all have.
-CLI::App* AddCommand(CLI::App* family, Terminal& terminal, char const* name, char const* description);
-// Adds the same options to what stands in front of a command; its help shows them or not.
-void AddCommonOptions(CLI::App* app, Terminal& terminal, bool shown);
-// Adds --show-password.
-void AddShowPassword(CLI::App* command, Terminal& terminal);
+Option ShowPassword();
 
 #endif

@@ -1,10 +1,9 @@
-#include "records/record.h"
+#include "commands/record.h"
 
 #include <errno.h>
 #include <string.h>
 #include <sys/stat.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <map>
 
@@ -19,8 +18,7 @@
 
 namespace {
 
-using Values = std::vector<std::string>;             // one a field, in the table's order
-using Changes = std::map<std::size_t, std::string>;  // by the field's place in the table
+using Changes = Values;
 
 struct Arguments {
   std::string directory;
@@ -30,17 +28,13 @@ struct Arguments {
   Writing writing;
 };
 
-std::size_t FindField(std::vector<Field> const& fields, std::string const& name) {
-  auto const found = std::find_if(fields.begin(), fields.end(), [&](Field const& field) { return name == field.name; });
-  if (found != fields.end()) return static_cast<std::size_t>(found - fields.begin());
-  std::vector<std::string> names;
-  names.reserve(fields.size());
-  for (Field const& field : fields) names.emplace_back(field.name);
-  throw WrongUsage("unknown field \"" + name + "\"" + DidYouMean(name, names));
+Field const& FindField(std::vector<Field> const& fields, std::string const& name) {
+  if (Field const* const found = FieldNamed(fields, name)) return *found;
+  throw WrongUsage("unknown field \"" + name + "\"" + DidYouMean(name, FieldNames(fields)));
 }
 
-void AddChange(Changes& changes, Field const& field, std::size_t place, std::string value) {
-  if (!changes.emplace(place, std::move(value)).second)
+void AddChange(Changes& changes, Field const& field, std::string value) {
+  if (!changes.emplace(field.name, std::move(value)).second)
     throw WrongUsage(std::string(field.name) + ": given more than once");
 }
 
@@ -49,17 +43,15 @@ Changes ParseChanges(std::vector<Field> const& fields, Arguments const& argument
   for (std::string const& item : arguments.items) {
     std::size_t const equals = item.find('=');
     if (equals == std::string::npos) throw WrongUsage("\"" + item + "\": expected FIELD=VALUE");
-    std::size_t const place = FindField(fields, item.substr(0, equals));
-    Field const& field = fields[place];
+    Field const& field = FindField(fields, item.substr(0, equals));
     std::string value = item.substr(equals + 1);
     if (field.kind == FieldKind::kPassword && value == "-") value = ReadSecretFromInput();
-    AddChange(changes, field, place, CheckedArgument(field, value, terminal));
+    AddChange(changes, field, CheckedArgument(field, value, terminal));
   }
   if (!arguments.passwordFile.empty()) {
     auto const field =
         std::find_if(fields.begin(), fields.end(), [](Field const& f) { return f.kind == FieldKind::kPassword; });
-    AddChange(changes, *field, static_cast<std::size_t>(field - fields.begin()),
-              CheckedArgument(*field, ReadSecretFromFile(arguments.passwordFile), terminal));
+    AddChange(changes, *field, CheckedArgument(*field, ReadSecretFromFile(arguments.passwordFile), terminal));
   }
   if (changes.empty()) throw WrongUsage("nothing to set; expected FIELD=VALUE");
   return changes;
@@ -68,38 +60,35 @@ Changes ParseChanges(std::vector<Field> const& fields, Arguments const& argument
 void PrintChanges(std::vector<Field> const& fields, Values const& before, Values const& after, Changes const& changes,
                   Terminal const& terminal) {
   if (!terminal.json) return;
-  Json members = Json::object();
-  for (auto const& [place, unused] : changes) {
-    Field const& field = fields[place];
-    members[field.name] = {{"before", JsonOf(field, before[place], terminal)},
-                           {"now", JsonOf(field, after[place], terminal)}};
+  Json::Object members;
+  for (Field const& field : fields) {
+    if (changes.count(field.name) == 0) continue;
+    members.push_back({field.name,
+                       {{"before", JsonOf(field, before.at(field.name), terminal)},
+                        {"now", JsonOf(field, after.at(field.name), terminal)}}});
   }
   terminal.PrintJson(members);
 }
 
 void Apply(Changes const& changes, std::vector<Field> const& fields, void* record) {
-  for (auto const& [place, value] : changes) fields[place].put(record, value);
+  for (auto const& [name, value] : changes) FindField(fields, name).put(record, value);
 }
 
-bool IsField(std::vector<Field> const& fields, std::string const& name) {
-  return std::any_of(fields.begin(), fields.end(), [&name](Field const& field) { return name == field.name; });
-}
-
-// The folder that a word names: a unit by its number, however many zeros it is written with, a bare name in the root, a
-// path as it is.
+// The directory that a word names: a unit by its number, however many zeros it is written with, a bare name in the
+// root, a path as it is.
 std::string InRoot(std::string const& word) {
   if (!ExtractFilePath(word).empty() || word == "." || word == "..") return IncludePathDelimiter(word);
   long const unit = word.find_first_not_of("0123456789") == std::string::npos ? StrToIntDef(word, -1) : -1;
   return GetZelvanePath() + (unit >= 0 ? IntToStr(unit, 3) : word);
 }
 
-// The folder of the settings; "" for the installation root. Takes the word that names it off the items.
+// The directory of the settings; "" for the installation root. Takes the word that names it off the items.
 std::string TakeDirectory(RecordFamily const& family, Arguments& arguments) {
   std::string directory = arguments.directory;
   if (family.folder == Folder::kArgument) {
     std::vector<std::string>& items = arguments.items;
     if (directory.empty() && !items.empty() && items[0].find('=') == std::string::npos &&
-        !IsField(family.fields, items[0])) {
+        FieldNamed(family.fields, items[0]) == nullptr) {
       directory = InRoot(items[0]);
       items.erase(items.begin());
     } else if (!directory.empty() && ExtractFilePath(directory).empty()) {
@@ -134,7 +123,7 @@ void PrintValues(std::vector<Field> const& fields, void const* record, Terminal 
 void Show(RecordFamily const& family, Arguments arguments, Terminal const& terminal) {
   std::string const directory = TakeDirectory(family, arguments);
   std::vector<Field> fields;
-  for (std::string const& name : arguments.items) fields.push_back(family.fields[FindField(family.fields, name)]);
+  for (std::string const& name : arguments.items) fields.push_back(FindField(family.fields, name));
   RequireDirectory(directory);
   std::shared_ptr<void> const record = ReadRecord(family, directory);
   std::vector<std::string> files = family.files(directory, record.get());
@@ -154,10 +143,10 @@ void ShowDefaults(RecordFamily const& family, Terminal const& terminal) {
 
 // The save writes every field, also one that the file holds in a form that would not come back.
 void RequireSavable(std::vector<Field> const& fields, Values const& values) {
-  for (std::size_t i = 0; i < fields.size(); i++) {
-    std::string const fault = fields[i].follows == nullptr ? FieldFault(fields[i], values[i]) : "";
+  for (Field const& field : fields) {
+    std::string const fault = field.follows == nullptr ? FieldFault(field, values.at(field.name)) : "";
     if (!fault.empty())
-      throw Failed(std::string(fields[i].name) + ": the value in the file cannot be saved again (" + fault +
+      throw Failed(std::string(field.name) + ": the value in the file cannot be saved again (" + fault +
                    "); set this field too");
   }
 }
@@ -165,10 +154,10 @@ void RequireSavable(std::vector<Field> const& fields, Values const& values) {
 // A save may keep something else than it was given: a model may lack a setting, a date may be too far away.
 void RequireKept(std::vector<Field> const& fields, Changes const& changes, Values const& saved, Values const& now,
                  Terminal const& terminal) {
-  for (auto const& [place, unused] : changes)
-    if (now[place] != saved[place])
-      throw Failed(std::string("saved, but ") + fields[place].name + " is now " +
-                   terminal.Shown(CellOf(fields[place], now[place], terminal)));
+  for (auto const& [name, unused] : changes)
+    if (now.at(name) != saved.at(name))
+      throw Failed("saved, but " + name + " is now " +
+                   terminal.Shown(CellOf(FindField(fields, name), now.at(name), terminal)));
 }
 
 // Of the files that a save writes, the first that cannot be.
@@ -190,8 +179,8 @@ void Set(RecordFamily const& family, Arguments arguments, Terminal const& termin
   Values const before = ValuesOf(fields, record.get());
   Apply(changes, fields, record.get());
   bool const reselect = std::any_of(changes.begin(), changes.end(), [&](auto const& change) {
-    Field const& field = fields[change.first];
-    return field.selects && field.get(record.get()) != before[change.first];
+    Field const& field = FindField(fields, change.first);
+    return field.selects && field.get(record.get()) != before.at(change.first);
   });
   if (reselect) {
     family.reselect(directory, record.get());
@@ -205,7 +194,7 @@ void Set(RecordFamily const& family, Arguments arguments, Terminal const& termin
   bool const done = Make(edit, arguments.writing, terminal, [&] {
     std::string const place = directory.empty() ? directory : At(directory);
     errno = 0;
-    if (family.write(place.c_str(), record.get()) == 0) throw Failed(WhyNotWritten(files, errno));
+    if (family.write(place.c_str(), record.get(), terminal) == 0) throw Failed(WhyNotWritten(files, errno));
   });
   if (!done) return;
   Values const now = ValuesOf(fields, ReadRecord(family, directory).get());
@@ -231,65 +220,63 @@ bool HasPassword(RecordFamily const& family) {
 }
 
 // What `show` and `set` have in common.
-void AddOptions(CLI::App* command, Terminal& terminal, RecordFamily const& family, Arguments& arguments) {
+Options CommonOptions(RecordFamily const& family, Arguments& arguments) {
+  Options options;
   if (family.folder != Folder::kRoot)
-    command->add_option("--dir", arguments.directory, "Directory of the settings; default: the installation root")
-        ->type_name("DIR");
-  if (family.addOptions) family.addOptions(command);
-  if (HasPassword(family)) AddShowPassword(command, terminal);
+    options.push_back(
+        Value("--dir", &arguments.directory, "DIR", "Directory of the settings; default: the installation root"));
+  options.insert(options.end(), family.options.begin(), family.options.end());
+  if (HasPassword(family)) options.push_back(ShowPassword());
+  return options;
 }
 
-// The words behind the command.
-void AddItems(CLI::App* command, RecordFamily const& family, Arguments& arguments, std::string const& name,
-              std::string const& description) {
-  bool const takesDirectory = family.folder == Folder::kArgument;
-  // Not `required`: `show` shows all fields, and for `set` a password file alone is enough.
-  command
-      ->add_option(
-          (takesDirectory ? "[DIR] " : "") + name, arguments.items,
-          description +
-              (takesDirectory ? ", after the directory DIR; a name without \"/\" is in the installation root" : ""))
-      ->type_name("");
+// The words after the command. Not required: `show` shows all fields, and for `set` a password file alone is enough.
+Option Items(std::shared_ptr<RecordFamily const> const& family, Arguments& arguments, bool assigns) {
+  std::string const name = assigns ? "FIELD=VALUE" : "FIELD";
+  std::string const help = assigns ? "Fields and their new values" : "Fields to show";
+  auto const suggest = [family, assigns](std::string const& begun) {
+    std::vector<std::string> offered = assigns ? Assignments(family->fields, begun) : FieldNames(family->fields);
+    std::vector<std::string> const places = family->places ? family->places() : std::vector<std::string>();
+    if (begun.find('=') == std::string::npos) offered.insert(offered.begin(), places.begin(), places.end());
+    return offered;
+  };
+  if (family->folder != Folder::kArgument) return Argument(name, &arguments.items, help).Suggesting(suggest);
+  return Argument("[DIR] " + name, &arguments.items,
+                  help + ", after the directory DIR; a name without \"/\" is in the installation root")
+      .Suggesting(suggest);
 }
 
-void AddSet(CLI::App* family, Terminal& terminal, std::shared_ptr<RecordFamily const> const& record) {
+Command SetCommand(std::shared_ptr<RecordFamily const> const& record) {
   auto const arguments = std::make_shared<Arguments>();
-  CLI::App* const set =
-      AddCommand(family, terminal, "set", "Set fields; every value is checked before anything is written");
-  AddOptions(set, terminal, *record, *arguments);
-  AddItems(set, *record, *arguments, "FIELD=VALUE", "Fields and their new values");
-  AddWriting(set, arguments->writing);
-  std::string footer = FieldList(record->fields) + record->notes +
-                       "Texts cannot contain '[', ']' or line feeds, nor start or end with a blank.\n"
-                       "The record is written whole: fields that the files lack are added with their defaults.\n";
+  Options options = Joined(
+      {CommonOptions(*record, *arguments), {Items(record, *arguments, true)}, WritingOptions(arguments->writing)});
+  std::string notes = FieldList(record->fields) + record->notes +
+                      "Texts cannot contain '[', ']' or line feeds, nor start or end with a blank. The record is "
+                      "written whole: fields that the files lack are added with their defaults.\n";
   if (HasPassword(*record)) {
-    set->add_option("--password-file", arguments->passwordFile, "Take the password from the first line of FILE")
-        ->type_name("FILE");
-    footer +=
-        "Other users can see a password on the command line. Use \"-\" to read it from standard input (not echoed), "
-        "or\n"
+    options.push_back(
+        Value("--password-file", &arguments->passwordFile, "FILE", "Take the password from the first line of FILE"));
+    notes +=
+        "Other users can see a password on the command line. Use \"-\" to read it from standard input (not echoed), or "
         "--password-file.\n";
   }
-  set->footer(footer);
-  set->callback([record, arguments, &terminal] { Set(*record, *arguments, terminal); });
+  return {"set", "Set fields; every value is checked before anything is written",
+          [record, arguments](Terminal const& terminal) { Set(*record, *arguments, terminal); }, std::move(options),
+          std::move(notes)};
 }
 
 }  // namespace
 
-void AddRecordCommands(CLI::App* family, Terminal& terminal, RecordFamily const& family_record) {
-  auto const record = std::make_shared<RecordFamily const>(family_record);
+std::vector<Command> RecordCommands(RecordFamily const& family) {
+  auto const record = std::make_shared<RecordFamily const>(family);
   auto const arguments = std::make_shared<Arguments>();
-  family->require_subcommand(1);
-
-  CLI::App* const show = AddCommand(family, terminal, "show", "Show all settings, or the named fields");
-  AddOptions(show, terminal, *record, *arguments);
-  AddItems(show, *record, *arguments, "FIELD", "Fields to show");
-  show->add_flag("--value", arguments->value, "Print the bare values, one per line");
-  show->footer(std::string(record->notes) + "ORIGIN is the file and line that a value comes from, or \"default\".\n");
-  show->callback([record, arguments, &terminal] { Show(*record, *arguments, terminal); });
-
-  AddSet(family, terminal, record);
-
-  CLI::App* const defaults = AddCommand(family, terminal, "defaults", "Show the defaults; reads no file");
-  defaults->callback([record, &terminal] { ShowDefaults(*record, terminal); });
+  return {{"show", "Show all settings, or the named fields",
+           [record, arguments](Terminal const& terminal) { Show(*record, *arguments, terminal); },
+           Joined({CommonOptions(*record, *arguments),
+                   {Items(record, *arguments, false),
+                    Flag("--value", &arguments->value, "Print the bare values, one per line")}}),
+           std::string(record->notes) + "ORIGIN is the file and line that a value comes from, or \"default\".\n"},
+          SetCommand(record),
+          {"defaults", "Show the defaults; reads no file",
+           [record](Terminal const& terminal) { ShowDefaults(*record, terminal); }}};
 }

@@ -1,0 +1,36 @@
+#include "commands/command.h"
+
+#include <sstream>
+
+#include "terminal/page.h"
+
+namespace {
+
+void Give(std::string const& notes, std::vector<std::string> const& examples, std::string const& path,
+          Command& command) {
+  if (command.notes.empty()) command.notes = notes;
+  for (std::string const& example : examples)
+    if ((example + " ").find(path + " ") != std::string::npos) command.examples.push_back(example);
+  for (Command& below : command.commands) Give(command.notes, examples, path + " " + below.name, below);
+}
+
+}  // namespace
+
+Command Family(char const* name, char const* help, std::string const& notes, std::vector<std::string> const& examples,
+               std::vector<Command> commands) {
+  Command family = {name, help, nullptr};
+  family.commands = std::move(commands);
+  Give(notes, examples, std::string("zelctl ") + name, family);
+  return family;
+}
+
+std::string FooterOf(Command const& command) {
+  std::istringstream lines(command.notes);
+  std::string text;
+  for (std::string line; std::getline(lines, line);)
+    text += line.compare(0, 2, "  ") == 0 ? line + "\n" : Wrapped(line);
+  if (!command.examples.empty()) text += text.empty() ? "Examples:\n" : "\nExamples:\n";
+  for (std::string const& example : command.examples) text += "  " + example + "\n";
+  if (!text.empty()) text.pop_back();
+  return text;
+}
