@@ -12,12 +12,15 @@ NANOSECONDS = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
 
 # The largest ratio per task, of the sizes in the order of the run or of all.
 LIMITS = {
-    "load": {"100": 1.0, "10000": 1.0, "1000000": 1.6},
-    "read-ten-keys": {"100": 1.0, "10000": 1.0},
-    "look-up-10000": {"100": 1.5, "10000": 1.5, "1000000": 2.0},
+    "load": {"100": 0.4, "10000": 0.3, "1000000": 0.45},
+    "read-ten-keys": {"100": 0.6, "10000": 0.4},
+    "look-up-10000": {"100": 0.8, "10000": 0.8, "1000000": 0.9},
+    "look-up-10000-strings": {"100": 0.8, "10000": 0.8, "1000000": 0.9},
     "change-to-text": {"100": 0.35, "10000": 0.35, "1000000": 0.6},
-    "walk-by-index": {"100": 1.0, "10000": 1.0, "1000000": 1.4},
-    "build": {"100": 1.0, "10000": 1.0, "1000000": 1.6},
+    "walk-by-index": {"100": 0.4, "10000": 0.5, "1000000": 0.7},
+    "build": {"100": 0.7, "10000": 0.6, "1000000": 0.65},
+    "memory-after-load": 1.1,
+    "memory-after-walk": 1.6,
     "browse-walk": 1.0,
     "browse-add-100": 1.0,
     "browse-remove-group": 1.5,
@@ -48,8 +51,6 @@ LIMITS = {
     "python-events": 5.0,
     "python-settings": 0.1,
 }
-
-MEMORY_LIMIT = 320  # bytes
 
 
 def medians(paths):
@@ -104,15 +105,11 @@ def rows(measured):
 
 
 def beside_itself(measured):
-    """The cost of loading one key of a million beside one of ten thousand, and the memory of one of ten thousand."""
+    """The cost of loading one key of a million beside one of ten thousand."""
     per_key = [measured.get(("load", size), {}).get("ours") for size in ("10000", "1000000")]
     if all(per_key):
         growth = per_key[1][0] / per_key[0][0] / 100
         yield "load a key", "1M/10k", "", "", "itself", f"{growth:.2f}", verdict(growth, 3.0)
-    memory = measured.get(("memory-a-key", "10000"), {}).get("ours")
-    if memory:
-        part = memory[1] / MEMORY_LIMIT
-        yield "memory of a key", "10000", human(memory), f"{MEMORY_LIMIT} bytes", "limit", f"{part:.2f}", verdict(part, 1.0)
 
 
 def main():
