@@ -119,19 +119,17 @@ bool CfgClass::LoadFile(bool noLines) try {
 
   state.textSize = text.size();
   state.parseSection = state.sections.end();
+  LineCutter lines(text);
+  BlockLoader loader(state);
   int number = 0;
-  for (char const *line = text.data(), *const end = line + text.size();;) {
-    char const* const feed = static_cast<char const*>(std::memchr(line, '\n', static_cast<std::size_t>(end - line)));
-    std::string_view const raw(line, static_cast<std::size_t>((feed == nullptr ? end : feed) - line));
-    number++;
-    if (!(state.usesOwnSteps || noLines ? ParseLine(std::string(raw), noLines) : TakeLine(state, raw))) {
-      state.errorLine = number;
-      state.dropsLines = noLines || feed != nullptr;
-      return false;
-    }
-    if (feed == nullptr) return SetError(CFG_OK);
-    line = feed + 1;
-  }
+  bool taken = true;
+  for (std::string_view line; taken && lines.Next(line); number++)
+    taken = state.usesOwnSteps || noLines ? ParseLine(std::string(line), noLines) : loader.Take(line);
+  loader.Finish();
+  if (taken) return SetError(CFG_OK);
+  state.errorLine = number;
+  state.dropsLines = noLines || !lines.IsAtEnd();
+  return false;
 } catch (...) {
   ForgetFile(*state_);
   throw;
@@ -139,7 +137,7 @@ bool CfgClass::LoadFile(bool noLines) try {
 
 bool CfgClass::ParseLine(std::string const& line, bool noLines) {
   CfgState& state = *state_;
-  IndexAllKeys(state);
+  ExpandAll(state);
   auto const position = noLines ? state.lines.end() : state.lines.insert(state.lines.end(), line);
   auto const give_up = [this] {
     ClearCaches();
@@ -200,9 +198,11 @@ bool CfgClass::SaveAs(char const* name) {
   std::string text;
   text.reserve(state_->textSize + state_->textSize / 8 + 256);
   for (auto& [section, record] : state_->sections) {
-    IndexKeys(*state_, record);
     if (!section.empty()) text.append("[").append(section).append("]\n");
-    for (auto const& [key, keyRecord] : *record.keys) text.append(Joined(key, keyRecord.value)).push_back('\n');
+    for (std::size_t n = 0; n < KeyCount(*state_, record); n++) {
+      KeyText const key = ReadKeyAt(*state_, record, n);
+      text.append(Joined(Upper(*state_, key.name), key.value)).push_back('\n');
+    }
     text.push_back('\n');
   }
   return SetError(SafeSave(name, text) ? CFG_OK : CFG_FILE_FAILED);
@@ -228,7 +228,7 @@ std::string CfgClass::GetFileName() {
 bool CfgClass::LocateSection(std::string const& name, SectionPosition* position) {
   SectionPosition const found = FindSection(*state_, name);
   if (position != nullptr) {
-    IndexAllKeys(*state_);
+    ExpandAll(*state_);
     *position = found;
   }
   SetError(CFG_OK);
@@ -322,27 +322,33 @@ std::string CfgClass::GetSectionName(unsigned long n) {
 
 // ---- Keys. ----
 
-// Finds the section and, where one is given, its key: by the object's own steps where those may be replaced.
-bool CfgClass::Find(char const* section, char const* key, SectionPosition* at, KeyPosition* position) {
+// Finds the section and, where one is given, its key, to be changed: by the object's own steps where those may be
+// replaced.
+bool CfgClass::Locate(char const* section, char const* key, SectionPosition* at, KeyPosition* position) {
   if (state_->usesOwnSteps) return LocateSection(section, at) && (key == nullptr || LocateKey(at, key, position));
   SetError(CFG_OK);
   *at = FindSection(*state_, section);
   if (key == nullptr || *at == state_->sections.end()) return *at != state_->sections.end();
+  Expand(*state_, (*at)->second);
   *position = FindKey(*state_, (*at)->second, key);
   return *position != (*at)->second.keys->end();
 }
 
-bool CfgClass::Find(char const* section, SectionPosition* at) { return Find(section, nullptr, at, nullptr); }
+bool CfgClass::Find(char const* section, SectionPosition* at) { return Locate(section, nullptr, at, nullptr); }
 
-bool CfgClass::Find(char const* section, char const* key, KeyPosition* position) {
+bool CfgClass::Find(char const* section, char const* key, KeyText* found) {
   SectionPosition at;
-  return Find(section, key, &at, position);
+  if (!state_->usesOwnSteps) return Find(section, &at) && ReadKey(*state_, at->second, key, found);
+  KeyPosition position;
+  if (!Locate(section, key, &at, &position)) return false;
+  *found = {position->first, position->second.value};
+  return true;
 }
 
-bool CfgClass::Find(char const* section, unsigned long n, KeyPosition* position) {
+bool CfgClass::Find(char const* section, unsigned long n, KeyText* found) {
   SectionPosition at;
-  if (!Find(section, &at) || n >= at->second.keys->size()) return false;
-  *position = KeyAt(*state_, at->second, n);
+  if (!Find(section, &at) || n >= KeyCount(*state_, at->second)) return false;
+  *found = ReadKeyAt(*state_, at->second, n);
   return true;
 }
 
@@ -358,10 +364,10 @@ bool CfgClass::FindAtOnce(char const* section, SectionPosition* at) {
   return SetError(CFG_OK);
 }
 
-bool CfgClass::FindAtOnce(char const* section, unsigned long n, KeyPosition* position) {
+bool CfgClass::FindAtOnce(char const* section, unsigned long n, KeyText* found) {
   SectionPosition at;
-  if (!FindAtOnce(section, &at) || n >= at->second.keys->size()) return false;
-  *position = KeyAt(*state_, at->second, n);
+  if (!FindAtOnce(section, &at) || n >= KeyCount(*state_, at->second)) return false;
+  *found = ReadKeyAt(*state_, at->second, n);
   return true;
 }
 
@@ -372,6 +378,9 @@ CfgError CfgClass::Refusal(char const* section, char const* key, bool writing) c
   return writing && state_->readOnly ? CFG_READ_ONLY : CFG_OK;
 }
 
+// Whether the operation by name would read the key, too: a name that begins with a NUL is empty to it.
+bool CfgClass::IsReadable(KeyText const& key) const { return key.name[0] != '\0' && !state_->fileName.empty(); }
+
 // After a change: saved at once, or left for a flush.
 bool CfgClass::SaveUnlessCached() {
   state_->modified = true;
@@ -379,7 +388,7 @@ bool CfgClass::SaveUnlessCached() {
 }
 
 bool CfgClass::KeyExists(char const* section, char const* key) {
-  KeyPosition found;
+  KeyText found;
   return SetError(Refusal(section, key, false)) && Find(section, key, &found);
 }
 
@@ -393,7 +402,7 @@ bool CfgClass::DeleteKey(char const* section, char const* key) {
   if (!SetError(Refusal(section, key, true))) return false;
   SectionPosition at;
   KeyPosition found;
-  if (!Find(section, key, &at, &found)) return true;
+  if (!Locate(section, key, &at, &found)) return true;
   RemoveKey(*state_, at->second, found);
   return SaveUnlessCached();
 }
@@ -407,8 +416,9 @@ bool CfgClass::DeleteKey(std::string const& key) { return DeleteKey(key.c_str())
 // By its position where that can be: the name of a key may hold a NUL, and would name another key then.
 bool CfgClass::DeleteKey(unsigned long n) {
   SectionPosition at;
-  if (!FindAtOnce(nullptr, &at) || n >= at->second.keys->size()) return DeleteKey(GetKeyName(n).c_str());
+  if (!FindAtOnce(nullptr, &at) || n >= KeyCount(*state_, at->second)) return DeleteKey(GetKeyName(n).c_str());
   if (state_->readOnly) return SetError(CFG_READ_ONLY);
+  Expand(*state_, at->second);
   RemoveKey(*state_, at->second, KeyAt(*state_, at->second, n));
   return SaveUnlessCached();
 }
@@ -416,47 +426,44 @@ bool CfgClass::DeleteKey(unsigned long n) {
 unsigned long CfgClass::GetKeyCount(char const* section) {
   if (section == nullptr) return SetError(CFG_BAD_ARGUMENT), 0;
   SectionPosition at;
-  return Find(section, &at) ? at->second.keys->size() : 0;
+  return Find(section, &at) ? KeyCount(*state_, at->second) : 0;
 }
 
 unsigned long CfgClass::GetKeyCount(std::string const& section) { return GetKeyCount(section.c_str()); }
 unsigned long CfgClass::GetKeyCount() {
   SectionPosition at;
-  return FindAtOnce(nullptr, &at) ? at->second.keys->size() : GetKeyCount(GetSection().c_str());
+  return FindAtOnce(nullptr, &at) ? KeyCount(*state_, at->second) : GetKeyCount(GetSection().c_str());
 }
 
 std::string CfgClass::GetKeyName(char const* section, unsigned long n) {
   if (section == nullptr) return SetError(CFG_BAD_ARGUMENT), "";
-  KeyPosition found;
-  return Find(section, n, &found) ? found->first : std::string();
+  KeyText found;
+  return Find(section, n, &found) ? std::string(Upper(*state_, found.name)) : std::string();
 }
 
 std::string CfgClass::GetKeyName(std::string const& section, unsigned long n) { return GetKeyName(section.c_str(), n); }
 std::string CfgClass::GetKeyName(unsigned long n) {
-  KeyPosition found;
-  return FindAtOnce(nullptr, n, &found) ? found->first : GetKeyName(GetSection().c_str(), n);
+  KeyText found;
+  return FindAtOnce(nullptr, n, &found) ? std::string(Upper(*state_, found.name)) : GetKeyName(GetSection().c_str(), n);
 }
 
 // ---- Values. ----
 
 std::string CfgClass::ReadStr(char const* section, char const* key, char const* def) {
-  KeyPosition found;
-  if (SetError(Refusal(section, key, false)) && Find(section, key, &found)) return std::string(found->second.value);
+  KeyText found;
+  if (SetError(Refusal(section, key, false)) && Find(section, key, &found)) return std::string(found.value);
   return def == nullptr ? "" : def;
 }
 
 std::string CfgClass::ReadStr(char const* section, unsigned long index, char const* def) {
-  KeyPosition found;
-  if (section != nullptr && FindAtOnce(section, index, &found) &&
-      Refusal(section, found->first.c_str(), false) == CFG_OK)
-    return std::string(found->second.value);
+  KeyText found;
+  if (section != nullptr && FindAtOnce(section, index, &found) && IsReadable(found)) return std::string(found.value);
   return ReadStr(section, GetKeyName(section, index).c_str(), def);
 }
 
 std::string CfgClass::ReadStr(unsigned long index, char const* def) {
-  KeyPosition found;
-  if (FindAtOnce(nullptr, index, &found) && Refusal("", found->first.c_str(), false) == CFG_OK)
-    return std::string(found->second.value);
+  KeyText found;
+  if (FindAtOnce(nullptr, index, &found) && IsReadable(found)) return std::string(found.value);
   return ReadStr(GetSection().c_str(), index, def);
 }
 
@@ -469,6 +476,7 @@ bool CfgClass::WriteStr(char const* section, char const* key, char const* value)
   SectionPosition at;
   if (!Find(section, &at) && (!InsertSection(section, nullptr, true) || !Find(section, &at))) return false;
   SectRec& record = at->second;
+  Expand(state, record);
   KeyPosition found;
   if (!state.usesOwnSteps) {
     auto const makeLine = [&](std::string_view upper) {

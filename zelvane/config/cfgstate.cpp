@@ -21,15 +21,19 @@ LinePosition MakeKeyLine(CfgState& state, SectRec const& section, std::string te
   return state.lines.insert(place == state.lines.end() ? state.lines.begin() : std::next(place), std::move(text));
 }
 
-constexpr std::size_t kManySections = 1000;  // together more than the caches hold
-
 std::string_view TailOf(std::string const& line, std::size_t length) {
   return std::string_view(line).substr(line.size() - length);
 }
 
 std::string_view Detach(CfgState& state, std::string_view value) { return state.detached.emplace_back(value); }
 
-bool IsNothing(std::string_view text) { return text.empty() || text[0] == ';' || text[0] == '#' || text[0] == '\''; }
+// One of the section's own lines, which have just been made from its block.
+void IndexLine(CfgState& state, SectRec& section, LinePosition line) {
+  std::string_view const text = TrimView(*line);
+  if (!IsKey(text)) return;
+  KeyText const key = KeyOf(text);
+  AddKey(state, section, key.name, section.keys->end(), [&](std::string_view) { return KeyLine{line, key.value}; });
+}
 
 KeyPosition Remember(CfgState& state, SectRec const& section, KeyPosition key) {
   state.recent.keyOwner = &section;
@@ -37,23 +41,6 @@ KeyPosition Remember(CfgState& state, SectRec const& section, KeyPosition key) {
 }
 
 }  // namespace
-
-LineKind KindOf(std::string_view text) {
-  if (IsNothing(text)) return LineKind::kNothing;
-  std::size_t const opening = text.find('[');
-  std::size_t const closing = text.find(']');
-  if (opening != std::string_view::npos || closing != std::string_view::npos)
-    return opening == 0 && closing == text.size() - 1 && text.size() > 2 ? LineKind::kHeader : LineKind::kBad;
-  return text.size() < 2 || text[0] == '=' ? LineKind::kBad : LineKind::kKey;
-}
-
-std::string_view HeaderName(std::string_view text) { return TrimView(text.substr(1, text.size() - 2)); }
-
-KeyText KeyOf(std::string_view text) {
-  std::size_t const equals = text.find('=');
-  if (equals == std::string_view::npos) return {text, text};
-  return {TrimView(text.substr(0, equals)), TrimView(text.substr(equals + 1))};
-}
 
 std::string_view Upper(CfgState& state, std::string_view name) {
   AnsiUpperInto(state.upper, name);
@@ -66,23 +53,30 @@ std::string TakeUpper(CfgState& state) {
   return fits && state.upper.size() > kLong ? std::exchange(state.upper, {}) : state.upper;
 }
 
-void IndexKeys(CfgState& state, SectRec& section) {
+void Expand(CfgState& state, SectRec& section) {
   SectKeys& keys = *section.keys;
-  while (keys.unread != state.lines.end()) {
-    LinePosition const line = keys.unread;
-    std::string_view const text = TrimView(*line);
-    if (!IsNothing(text)) {
-      KeyText const key = KeyOf(text);
-      AddKey(state, section, key.name, keys.end(), [&](std::string_view) { return KeyLine{line, key.value}; });
-    }
-    keys.unread = line == keys.lastUnread ? state.lines.end() : std::next(line);
+  LinePosition const block = keys.block;
+  if (block == state.lines.end()) return;
+  LineList lines(LineList::allocator_type(state.pool));
+  LineCutter cutter(*block);
+  try {
+    for (std::string_view line; cutter.Next(line);) IndexLine(state, section, lines.emplace(lines.end(), line));
+  } catch (...) {
+    keys.clear();
+    section.lastKey = keys.end();
+    throw;
   }
+  if (section.header == block) section.header = lines.begin();
+  state.lines.splice(block, lines);
+  state.lines.erase(block);
+  keys.block = state.lines.end();
+  keys.text = TextKeys();
 }
 
-void IndexAllKeys(CfgState& state) {
-  if (!state.hasUnread) return;
-  for (auto& [name, section] : state.sections) IndexKeys(state, section);
-  state.hasUnread = false;
+void ExpandAll(CfgState& state) {
+  if (!state.hasBlocks) return;
+  for (auto& [name, section] : state.sections) Expand(state, section);
+  state.hasBlocks = false;
 }
 
 SectionPosition FindSection(CfgState& state, std::string_view name) {
@@ -90,7 +84,6 @@ SectionPosition FindSection(CfgState& state, std::string_view name) {
   if (recent.section && name == recent.sectionName) return *recent.section;
   SectionPosition const found = state.sectionHashes.Find(state.sections, Upper(state, name));
   if (found != state.sections.end()) {
-    IndexKeys(state, found->second);
     recent.section.reset();  // the name below may not find memory
     recent.isCurrent = false;
     recent.sectionName = name;
@@ -99,10 +92,30 @@ SectionPosition FindSection(CfgState& state, std::string_view name) {
   return found;
 }
 
+bool ReadKey(CfgState& state, SectRec& section, std::string_view name, KeyText* found) {
+  SectKeys& keys = *section.keys;
+  if (keys.block != state.lines.end()) return keys.text.Find(Upper(state, name), found);
+  KeyPosition const position = FindKey(state, section, name);
+  if (position == keys.end()) return false;
+  *found = {position->first, position->second.value};
+  return true;
+}
+
+std::size_t KeyCount(CfgState& state, SectRec& section) {
+  SectKeys& keys = *section.keys;
+  return keys.block != state.lines.end() ? keys.text.Count() : keys.size();
+}
+
+KeyText ReadKeyAt(CfgState& state, SectRec& section, std::size_t n) {
+  SectKeys& keys = *section.keys;
+  if (keys.block != state.lines.end()) return keys.text.At(n);
+  KeyPosition const position = KeyAt(state, section, n);
+  return {position->first, position->second.value};
+}
+
 KeyPosition FindKey(CfgState& state, SectRec& section, std::string_view name) {
   if (state.recent.keyOwner == &section && name == state.recent.key->first) return state.recent.key;
-  KeyPosition const found =
-      section.keys->hashes.Find(*section.keys, Upper(state, name), state.sections.size() > kManySections);
+  KeyPosition const found = section.keys->hashes.Find(*section.keys, Upper(state, name));
   return found == section.keys->end() ? found : Remember(state, section, found);
 }
 
@@ -131,6 +144,7 @@ void RemoveKey(CfgState& state, SectRec& section, KeyPosition position) {
 
 void RemoveSection(CfgState& state, SectionPosition position) {
   SectRec& section = position->second;
+  Expand(state, section);
   bool headerIsKeyLine = false;
   for (auto const& [name, key] : *section.keys) {
     headerIsKeyLine = headerIsKeyLine || key.line == section.header;
@@ -151,11 +165,11 @@ void ForgetIndex(CfgState& state) {
   state.sectionHashes.Clear();
   state.detached.clear();
   state.parseSection = state.sections.end();
-  state.hasUnread = false;
+  state.hasBlocks = false;
 }
 
 void ForgetLines(CfgState& state) {
-  IndexAllKeys(state);
+  ExpandAll(state);
   std::list<std::string> values;  // all of them first: short of memory, nothing has changed
   for (auto const& [name, section] : state.sections)
     for (auto const& [key, record] : *section.keys) values.emplace_back(record.value);
@@ -194,25 +208,42 @@ void Rewrite(CfgState& state, KeyRec& key, std::string_view value) {
   key.value = TailOf(line, value.size());
 }
 
-bool TakeLine(CfgState& state, std::string_view raw) {
-  auto const line = state.lines.emplace(state.lines.end(), raw);
-  std::string_view const text = TrimView(*line);
-  auto const thisLine = [&](std::string_view) { return line; };
-  switch (KindOf(text)) {
-    case LineKind::kNothing: return true;
-    case LineKind::kBad: state.error = CFG_SYNTAX; return false;
-    case LineKind::kHeader:
-      state.parseSection = AddSection(state, HeaderName(text), thisLine).first;
-      IndexKeys(state, state.parseSection->second);  // of an earlier header of that name: those lines stand apart
-      return true;
-    case LineKind::kKey: break;
-  }
-  if (state.parseSection == state.sections.end()) AddSection(state, {}, thisLine);
-  SectKeys& keys = *state.parseSection->second.keys;
-  if (keys.unread == state.lines.end()) keys.unread = line;
-  keys.lastUnread = line;
-  state.hasUnread = true;
-  return true;
+bool BlockLoader::Take(std::string_view line) {
+  std::string_view const text = TrimView(line);
+  std::string_view name;
+  LineKind const kind = KindOf(text);
+  if (kind == LineKind::kHeader) name = HeaderName(text);
+  if (kind == LineKind::kHeader || (kind == LineKind::kKey && section_ == nullptr))
+    Begin(line, &name);
+  else if (kind == LineKind::kBad || start_ == nullptr)
+    Begin(line, nullptr);
+  end_ = line.data() + line.size();
+  if (kind == LineKind::kBad) state_.error = CFG_SYNTAX;
+  return kind != LineKind::kBad;
+}
+
+void BlockLoader::Begin(std::string_view line, std::string_view const* section) {
+  Finish();
+  start_ = line.data();
+  section_ = nullptr;
+  block_ = state_.lines.emplace(state_.lines.end());
+  if (section == nullptr) return;
+  auto const makeLine = [this](std::string_view) { return block_; };
+  auto const [position, added] = AddSection(state_, *section, makeLine);
+  state_.parseSection = position;
+  section_ = &position->second;
+  isContinued_ = !added;
+}
+
+void BlockLoader::Finish() {
+  if (start_ == nullptr) return;
+  block_->assign(start_, static_cast<std::size_t>(end_ - start_));
+  if (section_ == nullptr) return;
+  if (isContinued_) Expand(state_, *section_);
+  section_->keys->block = block_;
+  section_->keys->text = TextKeys(*block_);
+  state_.hasBlocks = true;
+  if (isContinued_ || !TextKeys::Serves(*block_)) Expand(state_, *section_);
 }
 
 LinePosition MakeHeader(CfgState& state, std::string_view name) {

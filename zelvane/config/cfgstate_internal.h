@@ -15,9 +15,11 @@
 #include <utility>
 
 #include "zelvane/config/cfgclass.h"
+#include "zelvane/config/cfgline_internal.h"
 #include "zelvane/config/hashindex_internal.h"
 #include "zelvane/config/nodepool_internal.h"
 #include "zelvane/config/rankindex_internal.h"
+#include "zelvane/config/textkeys_internal.h"
 
 namespace zelvane::internal {
 
@@ -36,14 +38,14 @@ static_assert(std::is_same_v<LinePosition, LineList::iterator>);
 static_assert(std::is_same_v<SectionPosition, SectionMap::iterator>);
 static_assert(std::is_same_v<KeyPosition, KeyMap::iterator>);
 
+// The keys of a section. A loaded section is one block: all its lines, joined by line feeds, are the string of one node
+// of the lines, and its keys are read there. Expand gives it lines and a key map of its own, for changes and positions.
 struct SectKeys : KeyMap {
-  SectKeys(NodePool& pool, LinePosition none) : KeyMap(KeyMap::allocator_type(pool)), unread(none), lastUnread(none) {}
+  SectKeys(NodePool& pool, LinePosition none) : KeyMap(KeyMap::allocator_type(pool)), block(none) {}
   HashIndex<KeyMap> hashes;
   RankIndex<KeyMap> ranks;
-  // The loaded lines whose keys are not indexed yet, up to the last of these keys; the end of the lines for none. All
-  // that removes or inserts lines among them asks for this section first.
-  LinePosition unread;
-  LinePosition lastUnread;
+  LinePosition block;  // the end of the lines once expanded; the map is empty before
+  TextKeys text;       // of the block
 };
 
 // What was found last: callers stay in a section for a while, and come back to the key that they have just seen.
@@ -78,24 +80,11 @@ struct CfgState {
   bool cached = false;
   void const* ownTable = nullptr;  // see RememberTable
   bool usesOwnSteps = false;       // a subclass may have replaced any step
-  bool hasUnread = false;          // some section may have lines whose keys are not indexed yet
+  bool hasBlocks = false;          // some section may be a block
   bool dropsLines = false;         // the load stopped at a syntax error, and the lines after it are not kept aside yet
   bool onlyNew = false;            // saves create the file, and fail where there is one
   int reason = 0;                  // errno of the last load that could not read the file
 };
-
-// ---- What a line says; `text` is trimmed. ----
-
-enum class LineKind { kNothing, kHeader, kKey, kBad };
-LineKind KindOf(std::string_view text);
-
-std::string_view HeaderName(std::string_view text);
-
-struct KeyText {
-  std::string_view name;
-  std::string_view value;
-};
-KeyText KeyOf(std::string_view text);
 
 // ---- The index. ----
 
@@ -104,17 +93,22 @@ std::string_view Upper(CfgState& state, std::string_view name);
 // The same name for the index, for the last time: a long one takes its memory along instead of being copied.
 std::string TakeUpper(CfgState& state);
 
-// A load enters the sections; the keys of one are indexed when it is asked for. Short of memory, what is indexed stays,
-// and the next call goes on from there.
-void IndexKeys(CfgState& state, SectRec& section);
+// Gives the section its lines and its key map. Out of memory, it stays a block.
+void Expand(CfgState& state, SectRec& section);
 // The same for all: whoever holds a position reaches every section, and every line.
-void IndexAllKeys(CfgState& state);
+void ExpandAll(CfgState& state);
 
-// The section or key of that name in any case, or the end. A section that is found has its keys indexed.
+// The section of that name in any case, or the end.
 SectionPosition FindSection(CfgState& state, std::string_view name);
-KeyPosition FindKey(CfgState& state, SectRec& section, std::string_view name);
 
+// The key of that name in any case, with its name upper-cased or as it is spelled in the file, or false.
+bool ReadKey(CfgState& state, SectRec& section, std::string_view name, KeyText* found);
+std::size_t KeyCount(CfgState& state, SectRec& section);
 // The n-th key in ascending order; n is below their number.
+KeyText ReadKeyAt(CfgState& state, SectRec& section, std::size_t n);
+
+// The same in a section that is no block, by position; the end of the keys for none.
+KeyPosition FindKey(CfgState& state, SectRec& section, std::string_view name);
 KeyPosition KeyAt(CfgState& state, SectRec& section, std::size_t n);
 
 // Where `upper` stands or belongs in `map`. Most files are written in ascending order or nearly so, and numbers in
@@ -212,9 +206,27 @@ void ForgetFile(CfgState& state);
 
 // ---- The lines. ----
 
-// Takes in one line, its key to be indexed later: what CfgClass::ParseLine does in steps for an object whose steps may
-// be replaced. False, with the error code set, when it is a syntax error.
-bool TakeLine(CfgState& state, std::string_view raw);
+// Takes in a file line by line, each section as a block: what CfgClass::ParseLine does in steps for an object whose
+// steps may be replaced.
+class BlockLoader {
+ public:
+  explicit BlockLoader(CfgState& state) : state_(state) {}
+
+  // False, with the error code set, when the line is a syntax error. The lines are parts of one text.
+  bool Take(std::string_view line);
+  // After the last line.
+  void Finish();
+
+ private:
+  void Begin(std::string_view line, std::string_view const* section);
+
+  CfgState& state_;
+  LinePosition block_;  // of the lines from start_ to end_, which it gets in Finish
+  char const* start_ = nullptr;
+  char const* end_ = nullptr;
+  SectRec* section_ = nullptr;  // null for the lines before the first section
+  bool isContinued_ = false;    // the section has had a block before
+};
 
 // A new header line at the end; the unnamed section's is `[ ]`, since `[]` would not load again.
 LinePosition MakeHeader(CfgState& state, std::string_view name);
