@@ -278,7 +278,7 @@ bool CfgClass::SetSection(char const* name) {
   if (state_->fileName.empty()) return SetError(CFG_NOT_OPEN);
   if (name == nullptr) return SetError(CFG_BAD_ARGUMENT);
   state_->section = name;
-  state_->recent.isCurrent = false;
+  state_->isRecentCurrent = false;
   return SetError(CFG_OK);
 }
 
@@ -356,11 +356,10 @@ bool CfgClass::Find(char const* section, unsigned long n, KeyText* found) {
 // section (null) no name is compared a second time. False: not found, or to be done the long way.
 bool CfgClass::FindAtOnce(char const* section, SectionPosition* at) {
   if (state_->usesOwnSteps) return false;
-  Recent& recent = state_->recent;
   if (section != nullptr) return Find(section, at);
-  if (!recent.isCurrent && !Find(state_->section.c_str(), at)) return false;
-  recent.isCurrent = true;
-  *at = *recent.section;
+  if (!state_->isRecentCurrent && !Find(state_->section.c_str(), at)) return false;
+  state_->isRecentCurrent = true;
+  *at = state_->recent;
   return SetError(CFG_OK);
 }
 
@@ -419,7 +418,7 @@ bool CfgClass::DeleteKey(unsigned long n) {
   if (!FindAtOnce(nullptr, &at) || n >= KeyCount(*state_, at->second)) return DeleteKey(GetKeyName(n).c_str());
   if (state_->readOnly) return SetError(CFG_READ_ONLY);
   Expand(*state_, at->second);
-  RemoveKey(*state_, at->second, KeyAt(*state_, at->second, n));
+  RemoveKey(*state_, at->second, KeyAt(at->second, n));
   return SaveUnlessCached();
 }
 

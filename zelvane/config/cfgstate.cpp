@@ -35,11 +35,6 @@ void IndexLine(CfgState& state, SectRec& section, LinePosition line) {
   AddKey(state, section, key.name, section.keys->end(), [&](std::string_view) { return KeyLine{line, key.value}; });
 }
 
-KeyPosition Remember(CfgState& state, SectRec const& section, KeyPosition key) {
-  state.recent.keyOwner = &section;
-  return state.recent.key = key;
-}
-
 }  // namespace
 
 std::string_view Upper(CfgState& state, std::string_view name) {
@@ -80,21 +75,15 @@ void ExpandAll(CfgState& state) {
 }
 
 SectionPosition FindSection(CfgState& state, std::string_view name) {
-  Recent& recent = state.recent;
-  if (recent.section && name == recent.sectionName) return *recent.section;
-  SectionPosition const found = state.sectionHashes.Find(state.sections, Upper(state, name));
-  if (found != state.sections.end()) {
-    recent.section.reset();  // the name below may not find memory
-    recent.isCurrent = false;
-    recent.sectionName = name;
-    recent.section = found;
-  }
-  return found;
+  if (state.recent != state.sections.end() && IsSameName(name, state.recent->first)) return state.recent;
+  AnsiUpperInto(state.upper, name);
+  state.isRecentCurrent = false;
+  return state.recent = state.sectionRanks.Find(state.sections, state.upper);
 }
 
 bool ReadKey(CfgState& state, SectRec& section, std::string_view name, KeyText* found) {
   SectKeys& keys = *section.keys;
-  if (keys.block != state.lines.end()) return keys.text.Find(Upper(state, name), found);
+  if (keys.block != state.lines.end()) return keys.text.Find(name, found);
   KeyPosition const position = FindKey(state, section, name);
   if (position == keys.end()) return false;
   *found = {position->first, position->second.value};
@@ -109,19 +98,16 @@ std::size_t KeyCount(CfgState& state, SectRec& section) {
 KeyText ReadKeyAt(CfgState& state, SectRec& section, std::size_t n) {
   SectKeys& keys = *section.keys;
   if (keys.block != state.lines.end()) return keys.text.At(n);
-  KeyPosition const position = KeyAt(state, section, n);
+  KeyPosition const position = KeyAt(section, n);
   return {position->first, position->second.value};
 }
 
 KeyPosition FindKey(CfgState& state, SectRec& section, std::string_view name) {
-  if (state.recent.keyOwner == &section && name == state.recent.key->first) return state.recent.key;
-  KeyPosition const found = section.keys->hashes.Find(*section.keys, Upper(state, name));
-  return found == section.keys->end() ? found : Remember(state, section, found);
+  AnsiUpperInto(state.upper, name);
+  return section.keys->ranks.Find(*section.keys, state.upper);
 }
 
-KeyPosition KeyAt(CfgState& state, SectRec& section, std::size_t n) {
-  return Remember(state, section, section.keys->ranks.At(*section.keys, n));
-}
+KeyPosition KeyAt(SectRec& section, std::size_t n) { return section.keys->ranks.At(*section.keys, n); }
 
 void RemoveKey(CfgState& state, SectRec& section, KeyPosition position) {
   KeyRec const& key = position->second;
@@ -136,9 +122,7 @@ void RemoveKey(CfgState& state, SectRec& section, KeyPosition position) {
   if (state.parseSection != state.sections.end() && &state.parseSection->second == &section &&
       state.parseKey == position)
     state.parseKey = none;
-  if (state.recent.keyOwner == &section && state.recent.key == position) state.recent.keyOwner = nullptr;
   section.keys->ranks.Erased(position);
-  section.keys->hashes.Erased();
   section.keys->erase(position);
 }
 
@@ -152,17 +136,17 @@ void RemoveSection(CfgState& state, SectionPosition position) {
   }
   if (!headerIsKeyLine && section.header != state.lines.end()) state.lines.erase(section.header);
   if (state.parseSection == position) state.parseSection = state.sections.end();
-  state.recent = Recent();
+  state.recent = state.sections.end();
+  state.isRecentCurrent = false;
   state.sectionRanks.Erased(position);
-  state.sectionHashes.Erased();
   state.sections.erase(position);
 }
 
 void ForgetIndex(CfgState& state) {
   state.sections.clear();
-  state.recent = Recent();
+  state.recent = state.sections.end();
+  state.isRecentCurrent = false;
   state.sectionRanks.Clear();
-  state.sectionHashes.Clear();
   state.detached.clear();
   state.parseSection = state.sections.end();
   state.hasBlocks = false;

@@ -7,7 +7,6 @@
 #include <iterator>
 #include <list>
 #include <map>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <tuple>
@@ -16,7 +15,6 @@
 
 #include "zelvane/config/cfgclass.h"
 #include "zelvane/config/cfgline_internal.h"
-#include "zelvane/config/hashindex_internal.h"
 #include "zelvane/config/nodepool_internal.h"
 #include "zelvane/config/rankindex_internal.h"
 #include "zelvane/config/textkeys_internal.h"
@@ -42,19 +40,9 @@ static_assert(std::is_same_v<KeyPosition, KeyMap::iterator>);
 // of the lines, and its keys are read there. Expand gives it lines and a key map of its own, for changes and positions.
 struct SectKeys : KeyMap {
   SectKeys(NodePool& pool, LinePosition none) : KeyMap(KeyMap::allocator_type(pool)), block(none) {}
-  HashIndex<KeyMap> hashes;
-  RankIndex<KeyMap> ranks;
   LinePosition block;  // the end of the lines once expanded; the map is empty before
   TextKeys text;       // of the block
-};
-
-// What was found last: callers stay in a section for a while, and come back to the key that they have just seen.
-struct Recent {
-  std::string sectionName;  // as it was asked for
-  std::optional<SectionPosition> section;
-  bool isCurrent = false;             // that section is the current one
-  SectRec const* keyOwner = nullptr;  // null: no key
-  KeyPosition key;
+  RankIndex<KeyMap> ranks;
 };
 
 struct CfgState {
@@ -64,9 +52,9 @@ struct CfgState {
   LineList lines;
   SectionMap sections;
   RankIndex<SectionMap> sectionRanks;
-  HashIndex<SectionMap> sectionHashes;
-  Recent recent;
-  std::list<std::string> detached;  // values that no line holds
+  SectionPosition recent = sections.end();  // what was found last: callers stay in a section for a while
+  bool isRecentCurrent = false;             // that section is the current one
+  std::list<std::string> detached;          // values that no line holds
   std::string fileName;
   std::string section;
   SectionPosition parseSection = sections.end();
@@ -109,7 +97,7 @@ KeyText ReadKeyAt(CfgState& state, SectRec& section, std::size_t n);
 
 // The same in a section that is no block, by position; the end of the keys for none.
 KeyPosition FindKey(CfgState& state, SectRec& section, std::string_view name);
-KeyPosition KeyAt(CfgState& state, SectRec& section, std::size_t n);
+KeyPosition KeyAt(SectRec& section, std::size_t n);
 
 // Where `upper` stands or belongs in `map`. Most files are written in ascending order or nearly so, and numbers in
 // theirs mostly follow each other as texts too: first the end is tried, then the place behind `latest`, the entry added
@@ -121,40 +109,23 @@ typename Map::iterator LowerBound(Map& map, std::string_view upper, typename Map
   return map.lower_bound(upper);
 }
 
-// Takes a line that was made for an entry away again if no memory was found for the entry itself: it would be saved,
-// and nobody could find or change it.
-class MadeLine {
- public:
-  explicit MadeLine(CfgState& state) : state_(state), before_(state.lines.size()) {}
-  MadeLine(MadeLine const&) = delete;
-  MadeLine& operator=(MadeLine const&) = delete;
-  ~MadeLine() {
-    if (state_.lines.size() > before_) state_.lines.erase(line_);
-  }
-
-  LinePosition Made(LinePosition line) { return line_ = line; }
-  void Keep() { before_ = state_.lines.size(); }
-
- private:
-  CfgState& state_;
-  std::size_t before_;
-  LinePosition line_;
-};
-
 // Enters the section unless it is there. `makeLine` gets the upper-cased name, gives the header's position and is
-// called only when it is needed.
+// called only when it is needed. Out of memory, neither the entry nor the line stays.
 template <class MakeLine>
 std::pair<SectionPosition, bool> AddSection(CfgState& state, std::string_view name, MakeLine makeLine) {
   std::string_view const upper = Upper(state, name);
-  auto const place = LowerBound(state.sections, upper, state.sections.end());
+  auto const place = LowerBound(state.sections, upper, state.parseSection);
   if (place != state.sections.end() && place->first == upper) return {place, false};
-  MadeLine header(state);
-  auto const line = header.Made(makeLine(upper));
-  auto const added = state.sections.emplace_hint(
-      place, std::piecewise_construct, std::forward_as_tuple(TakeUpper(state)), std::forward_as_tuple(state, line));
-  header.Keep();
+  auto const added =
+      state.sections.emplace_hint(place, std::piecewise_construct, std::forward_as_tuple(TakeUpper(state)),
+                                  std::forward_as_tuple(state, state.lines.end()));
+  try {
+    added->second.header = makeLine(added->first);
+  } catch (...) {
+    state.sections.erase(added);
+    throw;
+  }
   state.sectionRanks.Inserted(added);
-  state.sectionHashes.Inserted(state.sections, added);
   state.parseSection = added;
   state.parseKey = added->second.keys->end();
   return {added, true};
@@ -165,8 +136,7 @@ struct KeyLine {
   std::string_view value;
 };
 
-// Enters the key unless it is there, after `previous` in the order of writing. `makeLine` gets the upper-cased name,
-// gives the KeyLine and is called only when it is needed.
+// The same for a key, after `previous` in the order of writing. `makeLine` gives a KeyLine.
 template <class MakeLine>
 std::pair<KeyPosition, bool> AddKey(CfgState& state, SectRec& section, std::string_view key, KeyPosition previous,
                                     MakeLine makeLine) {
@@ -174,14 +144,16 @@ std::pair<KeyPosition, bool> AddKey(CfgState& state, SectRec& section, std::stri
   SectKeys& keys = *section.keys;
   auto const place = LowerBound(keys, upper, section.lastKey);
   if (place != keys.end() && place->first == upper) return {place, false};
-  MadeLine line(state);
-  KeyLine const made = makeLine(upper);
-  line.Made(made.line);
-  auto const added = keys.emplace_hint(place, std::piecewise_construct, std::forward_as_tuple(TakeUpper(state)),
-                                       std::forward_as_tuple(KeyRec{made.value, made.line, previous, keys.end()}));
-  line.Keep();
+  auto const added = keys.emplace_hint(place, TakeUpper(state), KeyRec{{}, state.lines.end(), previous, keys.end()});
+  try {
+    KeyLine const made = makeLine(added->first);
+    added->second.line = made.line;
+    added->second.value = made.value;
+  } catch (...) {
+    keys.erase(added);
+    throw;
+  }
   keys.ranks.Inserted(added);
-  keys.hashes.Inserted(keys, added);
   if (previous != keys.end()) {
     KeyPosition& next = previous->second.next;
     if (next != keys.end()) next->second.previous = keys.end();  // a key is followed by one other at most
