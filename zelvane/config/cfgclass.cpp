@@ -278,7 +278,7 @@ bool CfgClass::SetSection(char const* name) {
   if (state_->fileName.empty()) return SetError(CFG_NOT_OPEN);
   if (name == nullptr) return SetError(CFG_BAD_ARGUMENT);
   state_->section = name;
-  state_->isRecentCurrent = false;
+  state_->current = state_->sections.end();
   return SetError(CFG_OK);
 }
 
@@ -322,50 +322,41 @@ std::string CfgClass::GetSectionName(unsigned long n) {
 
 // ---- Keys. ----
 
-// Finds the section and, where one is given, its key, to be changed: by the object's own steps where those may be
-// replaced.
-bool CfgClass::Locate(char const* section, char const* key, SectionPosition* at, KeyPosition* position) {
-  if (state_->usesOwnSteps) return LocateSection(section, at) && (key == nullptr || LocateKey(at, key, position));
+// Finds the section and, where one is given, its key: by the object's own steps where those may be replaced. With
+// `position` the key is to be changed, otherwise it is read into `text`. The current section (null) is found only where
+// no step is replaced: otherwise an operation on it hands on to the one that names it.
+bool CfgClass::Find(char const* section, char const* key, SectionPosition* at, KeyPosition* position, KeyText* text) {
+  CfgState& state = *state_;
+  if (state.usesOwnSteps) {
+    if (section == nullptr || !LocateSection(section, at)) return false;
+    KeyPosition found;
+    if (key != nullptr && !LocateKey(at, key, &found)) return false;
+    if (position != nullptr) *position = found;
+    if (text != nullptr) *text = {found->first, found->second.value};
+    return true;
+  }
   SetError(CFG_OK);
-  *at = FindSection(*state_, section);
-  if (key == nullptr || *at == state_->sections.end()) return *at != state_->sections.end();
-  Expand(*state_, (*at)->second);
-  *position = FindKey(*state_, (*at)->second, key);
+  if (section == nullptr && state.current == state.sections.end())
+    state.current = FindSection(state, state.section.c_str());
+  *at = section == nullptr ? state.current : FindSection(state, section);
+  if (*at == state.sections.end()) return false;
+  if (key == nullptr) return true;
+  if (position == nullptr) return ReadKey(state, (*at)->second, key, text);
+  Expand(state, (*at)->second);
+  *position = FindKey(state, (*at)->second, key);
   return *position != (*at)->second.keys->end();
 }
 
-bool CfgClass::Find(char const* section, SectionPosition* at) { return Locate(section, nullptr, at, nullptr); }
+bool CfgClass::Find(char const* section, SectionPosition* at) { return Find(section, nullptr, at, nullptr, nullptr); }
 
 bool CfgClass::Find(char const* section, char const* key, KeyText* found) {
   SectionPosition at;
-  if (!state_->usesOwnSteps) return Find(section, &at) && ReadKey(*state_, at->second, key, found);
-  KeyPosition position;
-  if (!Locate(section, key, &at, &position)) return false;
-  *found = {position->first, position->second.value};
-  return true;
+  return Find(section, key, &at, nullptr, found);
 }
 
 bool CfgClass::Find(char const* section, unsigned long n, KeyText* found) {
   SectionPosition at;
   if (!Find(section, &at) || n >= KeyCount(*state_, at->second)) return false;
-  *found = ReadKeyAt(*state_, at->second, n);
-  return true;
-}
-
-// The shortcut past the operations that an operation by number hands on to, where no step is replaced. In the current
-// section (null) no name is compared a second time. False: not found, or to be done the long way.
-bool CfgClass::FindAtOnce(char const* section, SectionPosition* at) {
-  if (state_->usesOwnSteps) return false;
-  if (section != nullptr) return Find(section, at);
-  if (!state_->isRecentCurrent && !Find(state_->section.c_str(), at)) return false;
-  state_->isRecentCurrent = true;
-  *at = state_->recent;
-  return SetError(CFG_OK);
-}
-
-bool CfgClass::FindAtOnce(char const* section, unsigned long n, KeyText* found) {
-  SectionPosition at;
-  if (!FindAtOnce(section, &at) || n >= KeyCount(*state_, at->second)) return false;
   *found = ReadKeyAt(*state_, at->second, n);
   return true;
 }
@@ -376,9 +367,6 @@ CfgError CfgClass::Refusal(char const* section, char const* key, bool writing) c
   if (state_->fileName.empty()) return CFG_NOT_OPEN;
   return writing && state_->readOnly ? CFG_READ_ONLY : CFG_OK;
 }
-
-// Whether the operation by name would read the key, too: a name that begins with a NUL is empty to it.
-bool CfgClass::IsReadable(KeyText const& key) const { return key.name[0] != '\0' && !state_->fileName.empty(); }
 
 // After a change: saved at once, or left for a flush.
 bool CfgClass::SaveUnlessCached() {
@@ -401,7 +389,7 @@ bool CfgClass::DeleteKey(char const* section, char const* key) {
   if (!SetError(Refusal(section, key, true))) return false;
   SectionPosition at;
   KeyPosition found;
-  if (!Locate(section, key, &at, &found)) return true;
+  if (!Find(section, key, &at, &found, nullptr)) return true;
   RemoveKey(*state_, at->second, found);
   return SaveUnlessCached();
 }
@@ -415,10 +403,10 @@ bool CfgClass::DeleteKey(std::string const& key) { return DeleteKey(key.c_str())
 // By its position where that can be: the name of a key may hold a NUL, and would name another key then.
 bool CfgClass::DeleteKey(unsigned long n) {
   SectionPosition at;
-  if (!FindAtOnce(nullptr, &at) || n >= KeyCount(*state_, at->second)) return DeleteKey(GetKeyName(n).c_str());
+  if (!Find(nullptr, &at) || n >= KeyCount(*state_, at->second)) return DeleteKey(GetKeyName(n).c_str());
   if (state_->readOnly) return SetError(CFG_READ_ONLY);
   Expand(*state_, at->second);
-  RemoveKey(*state_, at->second, KeyAt(at->second, n));
+  RemoveKey(*state_, at->second, at->second.keys->ranks.At(*at->second.keys, n));
   return SaveUnlessCached();
 }
 
@@ -431,7 +419,7 @@ unsigned long CfgClass::GetKeyCount(char const* section) {
 unsigned long CfgClass::GetKeyCount(std::string const& section) { return GetKeyCount(section.c_str()); }
 unsigned long CfgClass::GetKeyCount() {
   SectionPosition at;
-  return FindAtOnce(nullptr, &at) ? KeyCount(*state_, at->second) : GetKeyCount(GetSection().c_str());
+  return Find(nullptr, &at) ? KeyCount(*state_, at->second) : GetKeyCount(GetSection().c_str());
 }
 
 std::string CfgClass::GetKeyName(char const* section, unsigned long n) {
@@ -443,7 +431,7 @@ std::string CfgClass::GetKeyName(char const* section, unsigned long n) {
 std::string CfgClass::GetKeyName(std::string const& section, unsigned long n) { return GetKeyName(section.c_str(), n); }
 std::string CfgClass::GetKeyName(unsigned long n) {
   KeyText found;
-  return FindAtOnce(nullptr, n, &found) ? std::string(Upper(*state_, found.name)) : GetKeyName(GetSection().c_str(), n);
+  return Find(nullptr, n, &found) ? std::string(Upper(*state_, found.name)) : GetKeyName(GetSection().c_str(), n);
 }
 
 // ---- Values. ----
@@ -454,15 +442,18 @@ std::string CfgClass::ReadStr(char const* section, char const* key, char const* 
   return def == nullptr ? "" : def;
 }
 
+// By number, the key is read at once where the operation by name would read it, too: not one that begins with a NUL.
 std::string CfgClass::ReadStr(char const* section, unsigned long index, char const* def) {
   KeyText found;
-  if (section != nullptr && FindAtOnce(section, index, &found) && IsReadable(found)) return std::string(found.value);
+  if (section != nullptr && !state_->usesOwnSteps && Find(section, index, &found) &&
+      Refusal("", found.name.data(), false) == CFG_OK)
+    return std::string(found.value);
   return ReadStr(section, GetKeyName(section, index).c_str(), def);
 }
 
 std::string CfgClass::ReadStr(unsigned long index, char const* def) {
   KeyText found;
-  if (FindAtOnce(nullptr, index, &found) && IsReadable(found)) return std::string(found.value);
+  if (Find(nullptr, index, &found) && Refusal("", found.name.data(), false) == CFG_OK) return std::string(found.value);
   return ReadStr(GetSection().c_str(), index, def);
 }
 

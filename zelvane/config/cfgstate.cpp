@@ -13,27 +13,11 @@ SectRec::~SectRec() = default;
 namespace zelvane::internal {
 namespace {
 
-// A new line directly behind the section's last key or else its header; a section with neither has its keys in front.
-LinePosition MakeKeyLine(CfgState& state, SectRec const& section, std::string text) {
-  auto place = section.header;
-  if (section.lastKey != section.keys->end() && section.lastKey->second.line != state.lines.end())
-    place = section.lastKey->second.line;
-  return state.lines.insert(place == state.lines.end() ? state.lines.begin() : std::next(place), std::move(text));
-}
-
 std::string_view TailOf(std::string const& line, std::size_t length) {
   return std::string_view(line).substr(line.size() - length);
 }
 
 std::string_view Detach(CfgState& state, std::string_view value) { return state.detached.emplace_back(value); }
-
-// One of the section's own lines, which have just been made from its block.
-void IndexLine(CfgState& state, SectRec& section, LinePosition line) {
-  std::string_view const text = TrimView(*line);
-  if (!IsKey(text)) return;
-  KeyText const key = KeyOf(text);
-  AddKey(state, section, key.name, section.keys->end(), [&](std::string_view) { return KeyLine{line, key.value}; });
-}
 
 }  // namespace
 
@@ -55,7 +39,13 @@ void Expand(CfgState& state, SectRec& section) {
   LineList lines(LineList::allocator_type(state.pool));
   LineCutter cutter(*block);
   try {
-    for (std::string_view line; cutter.Next(line);) IndexLine(state, section, lines.emplace(lines.end(), line));
+    for (std::string_view raw; cutter.Next(raw);) {
+      auto const line = lines.emplace(lines.end(), raw);
+      std::string_view const text = TrimView(*line);
+      if (!IsKey(text)) continue;
+      KeyText const key = KeyOf(text);
+      AddKey(state, section, key.name, keys.end(), [&](std::string_view) { return KeyLine{line, key.value}; });
+    }
   } catch (...) {
     keys.clear();
     section.lastKey = keys.end();
@@ -77,7 +67,6 @@ void ExpandAll(CfgState& state) {
 SectionPosition FindSection(CfgState& state, std::string_view name) {
   if (state.recent != state.sections.end() && IsSameName(name, state.recent->first)) return state.recent;
   AnsiUpperInto(state.upper, name);
-  state.isRecentCurrent = false;
   return state.recent = state.sectionRanks.Find(state.sections, state.upper);
 }
 
@@ -98,7 +87,7 @@ std::size_t KeyCount(CfgState& state, SectRec& section) {
 KeyText ReadKeyAt(CfgState& state, SectRec& section, std::size_t n) {
   SectKeys& keys = *section.keys;
   if (keys.block != state.lines.end()) return keys.text.At(n);
-  KeyPosition const position = KeyAt(section, n);
+  KeyPosition const position = keys.ranks.At(keys, n);
   return {position->first, position->second.value};
 }
 
@@ -106,8 +95,6 @@ KeyPosition FindKey(CfgState& state, SectRec& section, std::string_view name) {
   AnsiUpperInto(state.upper, name);
   return section.keys->ranks.Find(*section.keys, state.upper);
 }
-
-KeyPosition KeyAt(SectRec& section, std::size_t n) { return section.keys->ranks.At(*section.keys, n); }
 
 void RemoveKey(CfgState& state, SectRec& section, KeyPosition position) {
   KeyRec const& key = position->second;
@@ -136,16 +123,14 @@ void RemoveSection(CfgState& state, SectionPosition position) {
   }
   if (!headerIsKeyLine && section.header != state.lines.end()) state.lines.erase(section.header);
   if (state.parseSection == position) state.parseSection = state.sections.end();
-  state.recent = state.sections.end();
-  state.isRecentCurrent = false;
+  state.recent = state.current = state.sections.end();
   state.sectionRanks.Erased(position);
   state.sections.erase(position);
 }
 
 void ForgetIndex(CfgState& state) {
   state.sections.clear();
-  state.recent = state.sections.end();
-  state.isRecentCurrent = false;
+  state.recent = state.current = state.sections.end();
   state.sectionRanks.Clear();
   state.detached.clear();
   state.parseSection = state.sections.end();
@@ -194,13 +179,10 @@ void Rewrite(CfgState& state, KeyRec& key, std::string_view value) {
 
 bool BlockLoader::Take(std::string_view line) {
   std::string_view const text = TrimView(line);
-  std::string_view name;
   LineKind const kind = KindOf(text);
-  if (kind == LineKind::kHeader) name = HeaderName(text);
-  if (kind == LineKind::kHeader || (kind == LineKind::kKey && section_ == nullptr))
-    Begin(line, &name);
-  else if (kind == LineKind::kBad || start_ == nullptr)
-    Begin(line, nullptr);
+  std::string_view const name = kind == LineKind::kHeader ? HeaderName(text) : std::string_view();
+  bool const opens = kind == LineKind::kHeader || (kind == LineKind::kKey && section_ == nullptr);
+  if (opens || kind == LineKind::kBad || start_ == nullptr) Begin(line, opens ? &name : nullptr);
   end_ = line.data() + line.size();
   if (kind == LineKind::kBad) state_.error = CFG_SYNTAX;
   return kind != LineKind::kBad;
@@ -212,8 +194,7 @@ void BlockLoader::Begin(std::string_view line, std::string_view const* section) 
   section_ = nullptr;
   block_ = state_.lines.emplace(state_.lines.end());
   if (section == nullptr) return;
-  auto const makeLine = [this](std::string_view) { return block_; };
-  auto const [position, added] = AddSection(state_, *section, makeLine);
+  auto const [position, added] = AddSection(state_, *section, [this](std::string_view) { return block_; });
   state_.parseSection = position;
   section_ = &position->second;
   isContinued_ = !added;
@@ -227,7 +208,7 @@ void BlockLoader::Finish() {
   section_->keys->block = block_;
   section_->keys->text = TextKeys(*block_);
   state_.hasBlocks = true;
-  if (isContinued_ || !TextKeys::Serves(*block_)) Expand(state_, *section_);
+  if (isContinued_) Expand(state_, *section_);
 }
 
 LinePosition MakeHeader(CfgState& state, std::string_view name) {
@@ -238,7 +219,11 @@ LinePosition MakeHeader(CfgState& state, std::string_view name) {
 }
 
 KeyLine MakeKey(CfgState& state, SectRec const& section, std::string_view key, std::string_view value) {
-  auto const line = MakeKeyLine(state, section, Joined(key, value));
+  auto place = section.header;
+  if (section.lastKey != section.keys->end() && section.lastKey->second.line != state.lines.end())
+    place = section.lastKey->second.line;
+  place = place == state.lines.end() ? state.lines.begin() : std::next(place);
+  auto const line = state.lines.insert(place, Joined(key, value));
   return {line, TailOf(*line, value.size())};
 }
 

@@ -52,9 +52,9 @@ struct CfgState {
   LineList lines;
   SectionMap sections;
   RankIndex<SectionMap> sectionRanks;
-  SectionPosition recent = sections.end();  // what was found last: callers stay in a section for a while
-  bool isRecentCurrent = false;             // that section is the current one
-  std::list<std::string> detached;          // values that no line holds
+  SectionPosition recent = sections.end();   // what was found last: callers stay in a section for a while
+  SectionPosition current = sections.end();  // the current section, once found by number
+  std::list<std::string> detached;           // values that no line holds
   std::string fileName;
   std::string section;
   SectionPosition parseSection = sections.end();
@@ -95,9 +95,8 @@ std::size_t KeyCount(CfgState& state, SectRec& section);
 // The n-th key in ascending order; n is below their number.
 KeyText ReadKeyAt(CfgState& state, SectRec& section, std::size_t n);
 
-// The same in a section that is no block, by position; the end of the keys for none.
+// The same by position, in a section that is no block; the end of the keys for none.
 KeyPosition FindKey(CfgState& state, SectRec& section, std::string_view name);
-KeyPosition KeyAt(SectRec& section, std::size_t n);
 
 // Where `upper` stands or belongs in `map`. Most files are written in ascending order or nearly so, and numbers in
 // theirs mostly follow each other as texts too: first the end is tried, then the place behind `latest`, the entry added
@@ -178,8 +177,7 @@ void ForgetFile(CfgState& state);
 
 // ---- The lines. ----
 
-// Takes in a file line by line, each section as a block: what CfgClass::ParseLine does in steps for an object whose
-// steps may be replaced.
+// Takes in a file, each section as a block: CfgClass::ParseLine does it in steps, which a subclass may replace.
 class BlockLoader {
  public:
   explicit BlockLoader(CfgState& state) : state_(state) {}

@@ -1,6 +1,6 @@
-// Addressing an ordered map by number, and faster by name. A map reaches its n-th entry in n steps, which makes a walk
-// by number quadratic, and a name in log n steps, each a trip to memory. This goes on from the entry asked for last,
-// and for greater leaps and many questions keeps the map's positions in rows of a few hundred.
+// Addressing an ordered map by number, and faster by name. A map takes n steps to its n-th entry and log n to a name,
+// each of them a trip to memory. This goes on from the entry asked for last, and keeps the positions in rows of a few
+// hundred where that pays.
 #ifndef ZELVANE_CONFIG_RANKINDEX_INTERNAL_H
 #define ZELVANE_CONFIG_RANKINDEX_INTERNAL_H
 
@@ -13,15 +13,14 @@
 #include <utility>
 #include <vector>
 
-#include "zelvane/config/cfgnames_internal.h"
+#include "zelvane/config/cfgline_internal.h"
 
 namespace zelvane::internal {
 
-// The rows are kept up to date through Inserted and Erased. They are built at the first leap, or for questions by name:
-// they cost about 50 ns an entry, and in a map that is larger than the processor's caches save 500 ns a question, so
-// that they pay after n / 10 questions; at n / 32 they cost no more than a tenth of what the entries themselves cost.
-// A caller that reads a few names or walks over all never pays for them. `Map` is ordered by operator< of its keys,
-// which are upper-cased names.
+// The rows are built at the first leap, or for questions by name, then kept up to date through Inserted and Erased.
+// They cost 50 ns an entry, and save up to 500 ns a question in a map that is larger than the processor's caches: they
+// pay after n / 10 questions. At n / 32 they cost a tenth of what the entries have cost. `Map` is ordered by operator<
+// of its keys, which are upper-cased names.
 template <class Map>
 class RankIndex {
  public:

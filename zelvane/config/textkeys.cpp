@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "zelvane/config/cfgnames_internal.h"
-
 namespace zelvane::internal {
 bool TextKeys::FindInText(std::string_view name, KeyText* found) const {
   LineCutter lines(text_);
@@ -23,14 +21,12 @@ void TextKeys::List() {
   if (stage_ != Stage::kText) return;
   std::vector<Entry> keys;
   keys.reserve(static_cast<std::size_t>(std::count(text_.begin(), text_.end(), '\n')) + 1);
-  auto const place = [this](std::string_view part) { return static_cast<std::uint32_t>(part.data() - text_.data()); };
-  auto const size = [](std::string_view part) { return static_cast<std::uint32_t>(part.size()); };
   LineCutter lines(text_);
   for (std::string_view line; lines.Next(line);) {
     line = TrimView(line);
     if (!IsKey(line)) continue;
-    auto const [name, value] = KeyOf(line);
-    keys.push_back({Beginning(name), place(name), size(name), place(value), size(value)});
+    KeyText const key = KeyOf(line);
+    keys.push_back({Beginning(key.name), key});
   }
   keys_ = std::move(keys);
   stage_ = Stage::kListed;
@@ -39,13 +35,13 @@ void TextKeys::List() {
 void TextKeys::Sort() {
   if (stage_ == Stage::kSorted) return;
   List();
-  std::sort(keys_.begin(), keys_.end(), [this](Entry const& a, Entry const& b) {
+  std::sort(keys_.begin(), keys_.end(), [](Entry const& a, Entry const& b) {
     if (a.beginning != b.beginning) return a.beginning < b.beginning;
-    int const order = CompareNames(NameOf(a), NameOf(b));
-    return order < 0 || (order == 0 && a.name < b.name);
+    if (IsSameName(a.key.name, b.key.name)) return a.key.name.data() < b.key.name.data();
+    return IsNameBefore(a.key.name, b.key.name);
   });
-  auto const isSame = [this](Entry const& a, Entry const& b) {
-    return a.beginning == b.beginning && IsSameName(NameOf(a), NameOf(b));
+  auto const isSame = [](Entry const& a, Entry const& b) {
+    return a.beginning == b.beginning && IsSameName(a.key.name, b.key.name);
   };
   keys_.erase(std::unique(keys_.begin(), keys_.end(), isSame), keys_.end());
   stage_ = Stage::kSorted;
@@ -53,20 +49,19 @@ void TextKeys::Sort() {
 
 bool TextKeys::Find(std::string_view name, KeyText* found) {
   if (stage_ == Stage::kText && asked_++ < kQuestionsToText) return FindInText(name, found);
-  auto const nameOf = [this](Entry const& each) { return NameOf(each); };
   Entry const* entry = nullptr;
   if (stage_ != Stage::kSorted && asked_++ < kQuestionsToList) {
     List();
-    std::uint64_t const beginning = Beginning(name);
-    entry = std::find_if(keys_.data(), keys_.data() + keys_.size(), [&](Entry const& each) {
-      return each.beginning == beginning && IsSameName(NameOf(each), name);
-    });
+    entry =
+        std::find_if(keys_.data(), keys_.data() + keys_.size(), [name, beginning = Beginning(name)](Entry const& each) {
+          return each.beginning == beginning && IsSameName(each.key.name, name);
+        });
   } else {
     Sort();
-    entry = FirstNotBefore(keys_.data(), keys_.size(), name, nameOf);
+    entry = FirstNotBefore(keys_.data(), keys_.size(), name, [](Entry const& each) { return each.key.name; });
   }
-  if (entry == keys_.data() + keys_.size() || !IsSameName(NameOf(*entry), name)) return false;
-  *found = KeyIn(*entry);
+  if (entry == keys_.data() + keys_.size() || !IsSameName(entry->key.name, name)) return false;
+  *found = entry->key;
   return true;
 }
 
@@ -77,7 +72,7 @@ std::size_t TextKeys::Count() {
 
 KeyText TextKeys::At(std::size_t n) {
   Sort();
-  return KeyIn(keys_[n]);
+  return keys_[n].key;
 }
 
 }  // namespace zelvane::internal

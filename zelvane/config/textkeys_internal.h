@@ -4,7 +4,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <limits>
 #include <string_view>
 #include <vector>
 
@@ -25,11 +24,6 @@ class TextKeys {
   // No line of the text is a syntax error. The text outlives the object.
   explicit TextKeys(std::string_view text) : text_(text) {}
 
-  // Places in the text are noted in 32 bits.
-  static bool Serves(std::string_view text) {
-    return std::uint64_t{text.size()} <= std::numeric_limits<std::uint32_t>::max();
-  }
-
   // The key of that name, or false.
   bool Find(std::string_view name, KeyText* found);
 
@@ -40,7 +34,7 @@ class TextKeys {
  private:
   struct Entry {
     std::uint64_t beginning;  // of the name
-    std::uint32_t name, nameSize, value, valueSize;
+    KeyText key;
   };
   enum class Stage : unsigned char { kText, kListed, kSorted };
   static constexpr unsigned kQuestionsToText = 5;
@@ -49,8 +43,6 @@ class TextKeys {
   bool FindInText(std::string_view name, KeyText* found) const;
   void List();
   void Sort();
-  std::string_view NameOf(Entry const& entry) const { return text_.substr(entry.name, entry.nameSize); }
-  KeyText KeyIn(Entry const& entry) const { return {NameOf(entry), text_.substr(entry.value, entry.valueSize)}; }
 
   std::string_view text_;
   std::vector<Entry> keys_;  // in the order of the lines, or in that of the names and each once
