@@ -119,16 +119,16 @@ bool CfgClass::LoadFile(bool noLines) try {
 
   state.textSize = text.size();
   state.parseSection = state.sections.end();
-  LineCutter lines(text);
   BlockLoader loader(state);
+  std::string_view rest = text;
   int number = 0;
   bool taken = true;
-  for (std::string_view line; taken && lines.Next(line); number++)
+  for (std::string_view line; taken && CutLine(rest, line); number++)
     taken = state.usesOwnSteps || noLines ? ParseLine(std::string(line), noLines) : loader.Take(line);
   loader.Finish();
   if (taken) return SetError(CFG_OK);
   state.errorLine = number;
-  state.dropsLines = noLines || !lines.IsAtEnd();
+  state.dropsLines = noLines || rest.data() != nullptr;
   return false;
 } catch (...) {
   ForgetFile(*state_);

@@ -5,31 +5,20 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <string_view>
 
 #include "zelvane/core/strutils_internal.h"
 
 namespace zelvane::internal {
 
-// Takes a text apart at its line feeds. It has one line more than line feeds; the last may be empty.
-class LineCutter {
- public:
-  explicit LineCutter(std::string_view text) : next_(text.data()), end_(text.data() + text.size()) {}
-
-  bool Next(std::string_view& line) {
-    if (IsAtEnd()) return false;
-    auto const* const feed = static_cast<char const*>(std::memchr(next_, '\n', static_cast<std::size_t>(end_ - next_)));
-    line = std::string_view(next_, static_cast<std::size_t>((feed == nullptr ? end_ : feed) - next_));
-    next_ = feed == nullptr ? nullptr : feed + 1;
-    return true;
-  }
-  bool IsAtEnd() const { return next_ == nullptr; }
-
- private:
-  char const* next_;
-  char const* end_;
-};
+// Takes the next line off a text, which has one line more than line feeds; its data() is null after the last.
+inline bool CutLine(std::string_view& rest, std::string_view& line) {
+  if (rest.data() == nullptr) return false;
+  std::size_t const feed = rest.find('\n');
+  line = rest.substr(0, feed);
+  rest = feed == std::string_view::npos ? std::string_view() : rest.substr(feed + 1);
+  return true;
+}
 
 // ---- What a line says; `text` is trimmed. ----
 

@@ -37,9 +37,8 @@ void Expand(CfgState& state, SectRec& section) {
   LinePosition const block = keys.block;
   if (block == state.lines.end()) return;
   LineList lines(LineList::allocator_type(state.pool));
-  LineCutter cutter(*block);
   try {
-    for (std::string_view raw; cutter.Next(raw);) {
+    for (std::string_view rest = *block, raw; CutLine(rest, raw);) {
       auto const line = lines.emplace(lines.end(), raw);
       std::string_view const text = TrimView(*line);
       if (!IsKey(text)) continue;

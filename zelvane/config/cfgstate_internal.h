@@ -98,9 +98,8 @@ KeyText ReadKeyAt(CfgState& state, SectRec& section, std::size_t n);
 // The same by position, in a section that is no block; the end of the keys for none.
 KeyPosition FindKey(CfgState& state, SectRec& section, std::string_view name);
 
-// Where `upper` stands or belongs in `map`. Most files are written in ascending order or nearly so, and numbers in
-// theirs mostly follow each other as texts too: first the end is tried, then the place behind `latest`, the entry added
-// last.
+// Where `upper` is or belongs in `map`. Names mostly arrive in ascending order, numbers nearly so: first the end is
+// tried, then the place after `latest`, the entry added last.
 template <class Map>
 typename Map::iterator LowerBound(Map& map, std::string_view upper, typename Map::iterator latest) {
   if (map.empty() || std::prev(map.end())->first < upper) return map.end();

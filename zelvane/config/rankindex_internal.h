@@ -46,9 +46,8 @@ class RankIndex {
       Build(map);
     }
     Row const& row = rows_[RowOf(upper)];
-    Entry const* const found = FirstNotBefore(
-        row.data(), row.size(), upper, [](Entry const& each) -> auto& { return each.position->first; });
-    return found == row.data() + row.size() || found->position->first != upper ? map.end() : found->position;
+    auto const found = PlaceIn(row, upper);
+    return found == row.end() || found->position->first != upper ? map.end() : found->position;
   }
 
   // `position` has been inserted. Rows that find no memory for it go, to be built anew: nothing can fail here, with the
@@ -69,7 +68,7 @@ class RankIndex {
     if (rows_.empty()) return;
     std::size_t const at = RowOf(position->first);
     Row& row = rows_[at];
-    row.erase(PlaceIn(row, position));
+    row.erase(PlaceIn(row, position->first));
     if (at < row_) before_--;
     if (!row.empty()) return;
     rows_.erase(rows_.begin() + static_cast<std::ptrdiff_t>(at));
@@ -112,7 +111,7 @@ class RankIndex {
   void Enter(Position position) {
     std::size_t const at = RowOf(position->first);
     Row& row = rows_[at];
-    row.insert(PlaceIn(row, position), {Beginning(position->first), position});
+    row.insert(PlaceIn(row, position->first), {Beginning(position->first), position});
     if (at < row_) before_++;
     if (row.size() > 2 * kRow) Split(at);
   }
@@ -127,9 +126,9 @@ class RankIndex {
     return static_cast<std::size_t>(row - rows_.begin());
   }
 
-  static typename Row::iterator PlaceIn(Row& row, Position position) {
-    return std::lower_bound(row.begin(), row.end(), position,
-                            [](Entry const& a, Position b) { return a.position->first < b->first; });
+  static typename Row::const_iterator PlaceIn(Row const& row, std::string const& name) {
+    auto const nameOf = [](Entry const& entry) -> std::string const& { return entry.position->first; };
+    return row.begin() + (FirstNotBefore(row.data(), row.size(), name, nameOf) - row.data());
   }
 
   void Split(std::size_t at) {

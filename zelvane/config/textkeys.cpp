@@ -4,9 +4,9 @@
 #include <utility>
 
 namespace zelvane::internal {
+
 bool TextKeys::FindInText(std::string_view name, KeyText* found) const {
-  LineCutter lines(text_);
-  for (std::string_view line; lines.Next(line);) {
+  for (std::string_view rest = text_, line; CutLine(rest, line);) {
     if (!line.empty() && line[0] <= ' ') line = TrimView(line);
     if (!NameBegins(line, name) || !IsKey(line)) continue;
     KeyText const key = KeyOf(TrimView(line));
@@ -21,8 +21,7 @@ void TextKeys::List() {
   if (stage_ != Stage::kText) return;
   std::vector<Entry> keys;
   keys.reserve(static_cast<std::size_t>(std::count(text_.begin(), text_.end(), '\n')) + 1);
-  LineCutter lines(text_);
-  for (std::string_view line; lines.Next(line);) {
+  for (std::string_view rest = text_, line; CutLine(rest, line);) {
     line = TrimView(line);
     if (!IsKey(line)) continue;
     KeyText const key = KeyOf(line);
@@ -63,16 +62,6 @@ bool TextKeys::Find(std::string_view name, KeyText* found) {
   if (entry == keys_.data() + keys_.size() || !IsSameName(entry->key.name, name)) return false;
   *found = entry->key;
   return true;
-}
-
-std::size_t TextKeys::Count() {
-  Sort();
-  return keys_.size();
-}
-
-KeyText TextKeys::At(std::size_t n) {
-  Sort();
-  return keys_[n].key;
 }
 
 }  // namespace zelvane::internal

@@ -27,9 +27,9 @@ class TextKeys {
   // The key of that name, or false.
   bool Find(std::string_view name, KeyText* found);
 
-  std::size_t Count();
+  std::size_t Count() { return Sort(), keys_.size(); }
   // The n-th key in ascending order of the upper-cased names; n is below Count().
-  KeyText At(std::size_t n);
+  KeyText At(std::size_t n) { return Sort(), keys_[n].key; }
 
  private:
   struct Entry {
