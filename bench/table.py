@@ -89,19 +89,30 @@ def verdict(value, limit):
     return "" if limit is None else f"{limit:.2f}" + (" MISSED" if value > limit else "")
 
 
+def best_other(whos):
+    """Who is best beside ours, and the column that is compared: the time, or the memory where that is measured."""
+    column = 0 if whos["ours"][1] is None else 1
+    others = {who: value for who, value in whos.items() if who != "ours" and not who.startswith("ours-")}
+    who = "floor" if "floor" in others else min(others, key=lambda name: others[name][column], default=None)
+    return who, column
+
+
+def ratio(whos):
+    """Ours beside the best other; None where there is none."""
+    who, column = best_other(whos) if "ours" in whos else (None, 0)
+    return None if who is None else whos["ours"][column] / whos[who][column]
+
+
 def rows(measured):
     for (task, size), whos in measured.items():
-        ours = whos.pop("ours", None)
-        if ours is None:
+        if "ours" not in whos:
             continue
-        whos = {who: value for who, value in whos.items() if not who.startswith("ours-")}  # ours in another way
-        if not whos:
+        ours, part = whos["ours"], ratio(whos)
+        if part is None:
             yield task, size, human(ours), "", "", "", ""
             continue
-        column = 0 if ours[1] is None else 1
-        who = "floor" if "floor" in whos else min(whos, key=lambda name: whos[name][column])
-        ratio = ours[column] / whos[who][column]
-        yield task, size, human(ours), human(whos[who]), who, f"{ratio:.2f}", verdict(ratio, limit_of(task, size))
+        who = best_other(whos)[0]
+        yield task, size, human(ours), human(whos[who]), who, f"{part:.2f}", verdict(part, limit_of(task, size))
 
 
 def beside_itself(measured):

@@ -86,6 +86,7 @@ bool BrowseSection::Has(std::int32_t id) {
 
 std::vector<std::int32_t> BrowseSection::OwnedBy(std::int32_t owner) {
   if (!index_.owned) {
+    file_.PrepareChanges(shape_.section);
     Owned owned;
     ForEach([&](std::string_view key, std::int32_t id, Entry const& entry) {
       if (key == IntToStr(id)) owned.emplace(entry.owner, id);
@@ -100,6 +101,7 @@ std::vector<std::int32_t> BrowseSection::OwnedBy(std::int32_t owner) {
 
 std::int32_t BrowseSection::NewIdentifier(bool maxPlusOne) {
   if (!index_.identifiers) {
+    file_.PrepareChanges(shape_.section);
     Identifiers identifiers;
     ForEach([&](std::string_view, std::int32_t id, Entry const&) { identifiers.Take(id); });
     index_.identifiers = std::move(identifiers);

@@ -538,6 +538,12 @@ bool OptionalFile<Base>::IsMissing() const {
 }
 
 template <class Base>
+void OptionalFile<Base>::PrepareChanges(char const* section) {
+  CfgClass::SectionPosition at;
+  if (this->Find(section, &at)) Expand(*this->state_, at->second);
+}
+
+template <class Base>
 void OptionalFile<Base>::SaveOnlyNew() {
   this->state_->onlyNew = true;
 }

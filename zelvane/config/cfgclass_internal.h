@@ -35,6 +35,9 @@ class OptionalFile final : public Base {
   // case. Both are there until the section is changed.
   using CfgClass::Find;
 
+  // Before a walk over a section that will then be changed: what serves for reading alone is not made.
+  void PrepareChanges(char const* section);
+
   // Drops the mark of unsaved changes: a writer that fails half-way must not have its changes saved on destruction.
   void ForgetChanges();
 };

@@ -91,8 +91,7 @@ KeyText ReadKeyAt(CfgState& state, SectRec& section, std::size_t n) {
 }
 
 KeyPosition FindKey(CfgState& state, SectRec& section, std::string_view name) {
-  AnsiUpperInto(state.upper, name);
-  return section.keys->ranks.Find(*section.keys, state.upper);
+  return section.keys->find(Upper(state, name));
 }
 
 void RemoveKey(CfgState& state, SectRec& section, KeyPosition position) {

@@ -14,10 +14,9 @@ namespace zelvane::internal {
 // Names match without regard to case; of several keys with one name only the first is there. Out of memory, a question
 // throws, and the next one begins anew.
 //
-// A question by name costs, for each line or key before the one that is found, about 5 ns in the text and 1 ns in a
-// list of the keys; sorted, the list answers in 20 ns. Making the list costs 30 ns a line and sorting it 40 ns a key,
-// so that they pay after 8 and 50 questions. The next stage comes at about that number: then it has at most doubled the
-// cost.
+// A question by name costs about 5 ns for each line before the key, 1 ns for each key before it in a list, and 20 ns in
+// a sorted list. Listing takes 30 ns a line and sorting 40 ns a key: they pay after 8 and 50 questions. Each is done at
+// about that number, so that it at most doubles the cost so far.
 class TextKeys {
  public:
   TextKeys() = default;
