@@ -1,12 +1,17 @@
 #!/usr/bin/env python3
-"""plot.py bench_cfg.json: an SVG of the cost per key, from 100 to 1,000,000 keys, ours and the peers, on standard output."""
+"""plot.py RUNS.json: an SVG of the growth from 100 to 1,000,000 keys, ours and the peers, on standard output.
+
+plot.py --ratios RUNS.json: instead, the ratio of each row of the table as a bar to the left or right of 1."""
 import math
 import sys
 
-from table import medians
+from table import limit_of, medians, ratio
 
-TASKS = {"load": "load", "change-to-text": "change one key, text of the file", "walk-by-index": "walk over all",
-         "build": "build from nothing"}
+# Panel: its title, and how many things one run of the task does; None: one to each key.
+TASKS = {"load": ("load, per key", None), "look-up-10000": ("look up, per look-up", 10000),
+         "change-to-text": ("change one key, text of the file, per key", None),
+         "change-and-save": ("change one key and save, per key", None),
+         "walk-by-index": ("walk over all, per key", None), "build": ("build from nothing, per key", None)}
 COLOURS = {"ours": "#c0392b", "gkeyfile": "#2c6fbb", "simpleini": "#3a8f5d", "inih": "#8e6bbf"}
 WIDTH, HEIGHT, LEFT, TOP, GAP = 330, 220, 60, 40, 50
 
@@ -27,20 +32,51 @@ def panel(out, x0, y0, title, lines):
         out.append(f'<polyline points="{path}" fill="none" stroke="{COLOURS[who]}" stroke-width="2"/>')
 
 
-def main():
-    measured = medians(sys.argv[1:])
-    width, height = 2 * (LEFT + WIDTH) + GAP, 2 * (TOP + HEIGHT + GAP) + 20
-    out = [f'<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 {width} {height}" font-family="sans-serif" '
-           'font-size="11">', f'<rect width="{width}" height="{height}" fill="white"/>']
-    for i, (task, title) in enumerate(TASKS.items()):
+def growth(measured):
+    width, height = 2 * (LEFT + WIDTH) + GAP, 3 * (TOP + HEIGHT + GAP) + 20
+    out = []
+    for i, (task, (title, count)) in enumerate(TASKS.items()):
         lines = {}
         for (name, size), whos in measured.items():
             for who, (time, _) in whos.items() if name == task else ():
-                lines.setdefault(who, []).append((int(size), time / int(size)))
-        panel(out, LEFT + i % 2 * (LEFT + WIDTH), TOP + i // 2 * (TOP + HEIGHT + GAP), title + ", per key", lines)
+                lines.setdefault(who, []).append((int(size), time / (count or int(size))))
+        if lines:
+            panel(out, LEFT + i % 2 * (LEFT + WIDTH), TOP + i // 2 * (TOP + HEIGHT + GAP), title, lines)
     for i, (who, colour) in enumerate(COLOURS.items()):
         out.append(f'<text x="{LEFT + i * 110}" y="{height - 8}" fill="{colour}">&#9644; {who}</text>')
-    print("\n".join(out + ["</svg>"]))
+    return width, height, out
+
+
+def ratios(measured):
+    """One bar a row, on a logarithmic axis from a hundredth to ten times. A tick marks the row's limit, red a missed one."""
+    found = [(task, size, ratio(whos), limit_of(task, size)) for (task, size), whos in measured.items()]
+    rows = [row for row in found if row[2] is not None]
+    name, bar, line, top = 210, 420, 15, 30
+    width, height = name + bar + 110, top + line * len(rows) + 30
+    x = lambda value: name + (math.log10(min(max(value, 0.01), 10)) + 2) / 3 * bar
+    out = [f'<text x="{name}" y="14" font-weight="bold">Time or memory beside the best other: left of 1 is faster or '
+           'smaller</text>']
+    for mark in (0.01, 0.03, 0.1, 0.3, 1, 3, 10):
+        out.append(f'<path d="M{x(mark):.1f} {top - 4}V{height - 24}" stroke="{"#555" if mark == 1 else "#ddd"}"/>'
+                   f'<text x="{x(mark):.1f}" y="{height - 10}" text-anchor="middle">{mark:g}</text>')
+    for i, (task, size, value, limit) in enumerate(rows):
+        y = top + i * line
+        left, right = sorted((x(value), x(1)))
+        colour = "#aaa" if limit is None else "#c0392b" if value > limit else "#3a8f5d"
+        out.append(f'<text x="{name - 8}" y="{y + 10}" text-anchor="end">{task} {size}</text>'
+                   f'<rect x="{left:.1f}" y="{y + 1}" width="{max(right - left, 1):.1f}" height="10" fill="{colour}"/>'
+                   f'<text x="{name + bar + 8}" y="{y + 10}">{value:.2f}'
+                   f'{"" if limit is None else f" of {limit:.2f}"}</text>')
+        if limit is not None:
+            out.append(f'<path d="M{x(limit):.1f} {y}v12" stroke="black"/>')
+    return width, height, out
+
+
+def main():
+    wanted = sys.argv[1:2] == ["--ratios"]
+    width, height, out = (ratios if wanted else growth)(medians(sys.argv[1 + wanted:]))
+    print("\n".join([f'<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 {width} {height}" font-family="sans-serif" '
+                     'font-size="11">', f'<rect width="{width}" height="{height}" fill="white"/>', *out, "</svg>"]))
 
 
 if __name__ == "__main__":

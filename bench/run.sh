@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # run.sh BUILD [--quick] [--keep FOLDER]: runs every benchmark of the programs in BUILD/bench, each in a process of its
 # own (what one leaves of the heap would be the next one's luck), and prints the medians beside their peers. --keep also
-# writes the table and the plot of docs/performance.md there.
+# writes the table and the plots of docs/performance.md there.
 set -euo pipefail
 here=$(dirname "$0")
 build=$1
@@ -38,4 +38,5 @@ machine() {
 if [ -n "$keep" ]; then
   { machine; "$here/table.py" --markdown "$runs"/*.json; } > "$keep/performance-table.md"
   "$here/plot.py" "$runs"/bench_cfg-*.json > "$keep/performance.svg"
+  "$here/plot.py" --ratios "$runs"/*.json > "$keep/performance-ratios.svg"
 fi

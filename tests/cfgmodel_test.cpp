@@ -200,6 +200,49 @@ TEST(CfgModel, SameBytesAsANaiveList) {
   }
 }
 
+// A file that is read before it is changed, with few questions to each section, with many, and by number at first or
+// last: each is answered from another list. Names are repeated, spelled in several ways, and begin alike.
+TEST(CfgModel, ALoadedFile) {
+  test::Scratch scratch;
+  for (unsigned seed = 1; seed <= 60; seed++) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937 random(seed);
+    auto const below = [&random](std::size_t n) { return static_cast<std::size_t>(random() % n); };
+    auto const spelled = [&below](std::string const& name) { return below(2) == 0 ? AnsiUpperCase(name) : name; };
+    auto const name = [&] {
+      std::vector<std::string> const stems = {"k", "a name that begins as others do ", "\xE7\xFF", "a name t", "x y"};
+      return spelled(stems[below(stems.size())] + std::to_string(below(12)));
+    };
+    std::vector<std::string> const separators = {"=", " = ", "\t=", ""};
+    std::string text = seed % 2 == 0 ? "" : "; note\nfirst=1\n";
+    for (std::size_t i = below(300); i > 0; i--) {
+      if (below(20) == 0) text += "[" + spelled("section " + std::to_string(below(6))) + "]\r\n";
+      text += std::string(below(2), ' ') + name() + separators[below(4)] + std::to_string(below(9)) + "\n";
+    }
+    std::string const path = scratch.Write("loaded.cfg", text);
+    Model model(true);
+    model.Load(text);
+    CfgClass cfg;
+    ASSERT_TRUE(cfg.Open(path) && cfg.SetCached(true));
+    for (std::size_t i = 0; i < 30 * seed; i++) {
+      std::string const section = spelled("section " + std::to_string(below(7))), key = name();
+      ASSERT_EQ(cfg.ReadStr(section, key, "none"), model.Value(section, key, "none")) << section << "/" << key;
+      unsigned long const n = below(40);
+      if (i % 64 != 63) continue;
+      ASSERT_EQ(cfg.GetKeyName(section, n), model.Name(section, n)) << section << " at " << n;
+    }
+    if (seed % 3 != 0) {
+      ASSERT_EQ(Dump(cfg), model.Dump());
+    }
+    ASSERT_TRUE(cfg.WriteStr("section 3", "k3", "v") && cfg.DeleteKey("section 4", "x y1"));
+    model.Write("section 3", "k3", "v");
+    model.Delete("section 4", "x y1");
+    ASSERT_EQ(Dump(cfg), model.Dump());
+    ASSERT_TRUE(cfg.Close());
+    ASSERT_EQ(test::ReadFile(path), model.Text());
+  }
+}
+
 // Numbers in any order, with insertions and deletions between, on maps large enough for several rows of the index.
 TEST(CfgModel, AddressingByNumber) {
   test::Scratch scratch;

@@ -56,20 +56,21 @@ bool BrowseSection::Parse(std::string_view value, Entry& entry) const {
   return true;
 }
 
-bool BrowseSection::Parse(CfgClass::KeyPosition key, std::int32_t& id, Entry& entry) const {
-  if (!Parse(key->second.value, entry) || !StrIsInt(key->first)) return false;
-  id = static_cast<std::int32_t>(StrToIntDef(key->first, -1));
+bool BrowseSection::Parse(KeyText const& key, std::int32_t& id, Entry& entry) const {
+  std::string const name(key.name);
+  if (!Parse(key.value, entry) || !StrIsInt(name)) return false;
+  id = static_cast<std::int32_t>(StrToIntDef(name, -1));
   return true;
 }
 
 bool BrowseSection::At(unsigned long position, std::int32_t& id, Entry& entry) {
-  CfgClass::KeyPosition key;
+  KeyText key;
   return file_.Find(shape_.section, position, &key) && Parse(key, id, entry);
 }
 
 bool BrowseSection::Read(std::string const& key, Entry& entry) {
-  CfgClass::KeyPosition found;
-  return file_.Find(shape_.section, key.c_str(), &found) && Parse(found->second.value, entry);
+  KeyText found;
+  return file_.Find(shape_.section, key.c_str(), &found) && Parse(found.value, entry);
 }
 
 bool BrowseSection::HasKey(std::int32_t id) { return file_.KeyExists(shape_.section, IntToStr(id).c_str()); }
@@ -94,6 +95,7 @@ std::vector<std::int32_t> BrowseSection::OwnedBy(std::int32_t owner) {
     return ids;
   }
   if (!index_.owned) {
+    file_.PrepareChanges(shape_.section);
     Owned owned;
     ForEachOwned([&](std::int32_t id, std::int32_t itsOwner) { owned.emplace(itsOwner, id); });
     index_.owned = std::move(owned);
@@ -105,8 +107,9 @@ std::vector<std::int32_t> BrowseSection::OwnedBy(std::int32_t owner) {
 
 std::int32_t BrowseSection::NewIdentifier(bool maxPlusOne) {
   if (!index_.identifiers) {
+    file_.PrepareChanges(shape_.section);
     Identifiers identifiers;
-    ForEach([&](std::string const&, std::int32_t id, Entry const&) { identifiers.Take(id); });
+    ForEach([&](std::string_view, std::int32_t id, Entry const&) { identifiers.Take(id); });
     index_.identifiers = std::move(identifiers);
   }
   return maxPlusOne ? index_.identifiers->Next(shape_.beforeLargest) : index_.identifiers->Smallest();
@@ -158,16 +161,16 @@ void BrowseSection::ForEach(Take take) {
   Entry entry;
   unsigned long const count = Count();
   for (unsigned long i = 0; i < count; i++) {
-    CfgClass::KeyPosition key;
+    KeyText key;
     std::int32_t id = -1;
-    if (file_.Find(shape_.section, i, &key) && Parse(key, id, entry) && id >= 0) take(key->first, id, entry);
+    if (file_.Find(shape_.section, i, &key) && Parse(key, id, entry) && id >= 0) take(key.name, id, entry);
   }
 }
 
 // Calls `take(id, owner)` for each valid entry with an identifier that the operations on it reach.
 template <class Take>
 void BrowseSection::ForEachOwned(Take take) {
-  ForEach([&](std::string const& key, std::int32_t id, Entry const& entry) {
+  ForEach([&](std::string_view key, std::int32_t id, Entry const& entry) {
     if (key == IntToStr(id)) take(id, entry.owner);
   });
 }

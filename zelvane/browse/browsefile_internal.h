@@ -48,7 +48,7 @@ constexpr std::size_t kName = 0;
 constexpr std::size_t kAddress = 1;  // of computers and UPS units
 constexpr std::size_t kNumber = 2;   // of UPS units
 
-// An entry in the file. The fields are parts of its line, and valid until the line changes.
+// An entry in the file. The fields are parts of its line, and valid until the section changes.
 struct Entry {
   std::int32_t Number(std::size_t field) const;  // -1 if the field is not a number
 
@@ -105,7 +105,7 @@ class BrowseSection {
   };
 
   bool Parse(std::string_view value, Entry& entry) const;
-  bool Parse(CfgClass::KeyPosition key, std::int32_t& id, Entry& entry) const;
+  bool Parse(KeyText const& key, std::int32_t& id, Entry& entry) const;
   bool Read(std::string const& key, Entry& entry);
   template <class Take>
   void ForEach(Take take);

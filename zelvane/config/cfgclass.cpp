@@ -119,19 +119,17 @@ bool CfgClass::LoadFile(bool noLines) try {
 
   state.textSize = text.size();
   state.parseSection = state.sections.end();
+  BlockLoader loader(state);
+  std::string_view rest = text;
   int number = 0;
-  for (char const *line = text.data(), *const end = line + text.size();;) {
-    char const* const feed = static_cast<char const*>(std::memchr(line, '\n', static_cast<std::size_t>(end - line)));
-    std::string_view const raw(line, static_cast<std::size_t>((feed == nullptr ? end : feed) - line));
-    number++;
-    if (!(state.usesOwnSteps || noLines ? ParseLine(std::string(raw), noLines) : TakeLine(state, raw))) {
-      state.errorLine = number;
-      state.dropsLines = noLines || feed != nullptr;
-      return false;
-    }
-    if (feed == nullptr) return SetError(CFG_OK);
-    line = feed + 1;
-  }
+  bool taken = true;
+  for (std::string_view line; taken && CutLine(rest, line); number++)
+    taken = state.usesOwnSteps || noLines ? ParseLine(std::string(line), noLines) : loader.Take(line);
+  loader.Finish();
+  if (taken) return SetError(CFG_OK);
+  state.errorLine = number;
+  state.dropsLines = noLines || rest.data() != nullptr;
+  return false;
 } catch (...) {
   ForgetFile(*state_);
   throw;
@@ -139,7 +137,7 @@ bool CfgClass::LoadFile(bool noLines) try {
 
 bool CfgClass::ParseLine(std::string const& line, bool noLines) {
   CfgState& state = *state_;
-  IndexAllKeys(state);
+  ExpandAll(state);
   auto const position = noLines ? state.lines.end() : state.lines.insert(state.lines.end(), line);
   auto const give_up = [this] {
     ClearCaches();
@@ -200,9 +198,11 @@ bool CfgClass::SaveAs(char const* name) {
   std::string text;
   text.reserve(state_->textSize + state_->textSize / 8 + 256);
   for (auto& [section, record] : state_->sections) {
-    IndexKeys(*state_, record);
     if (!section.empty()) text.append("[").append(section).append("]\n");
-    for (auto const& [key, keyRecord] : *record.keys) text.append(Joined(key, keyRecord.value)).push_back('\n');
+    for (std::size_t n = 0; n < KeyCount(*state_, record); n++) {
+      KeyText const key = ReadKeyAt(*state_, record, n);
+      text.append(Joined(Upper(*state_, key.name), key.value)).push_back('\n');
+    }
     text.push_back('\n');
   }
   return SetError(SafeSave(name, text) ? CFG_OK : CFG_FILE_FAILED);
@@ -228,7 +228,7 @@ std::string CfgClass::GetFileName() {
 bool CfgClass::LocateSection(std::string const& name, SectionPosition* position) {
   SectionPosition const found = FindSection(*state_, name);
   if (position != nullptr) {
-    IndexAllKeys(*state_);
+    ExpandAll(*state_);
     *position = found;
   }
   SetError(CFG_OK);
@@ -278,7 +278,7 @@ bool CfgClass::SetSection(char const* name) {
   if (state_->fileName.empty()) return SetError(CFG_NOT_OPEN);
   if (name == nullptr) return SetError(CFG_BAD_ARGUMENT);
   state_->section = name;
-  state_->recent.isCurrent = false;
+  state_->current = state_->sections.end();
   return SetError(CFG_OK);
 }
 
@@ -322,46 +322,42 @@ std::string CfgClass::GetSectionName(unsigned long n) {
 
 // ---- Keys. ----
 
-// Finds the section and, where one is given, its key: by the object's own steps where those may be replaced.
-bool CfgClass::Find(char const* section, char const* key, SectionPosition* at, KeyPosition* position) {
-  if (state_->usesOwnSteps) return LocateSection(section, at) && (key == nullptr || LocateKey(at, key, position));
+// Finds the section and, where one is given, its key: by the object's own steps where those may be replaced. With
+// `position` the key is to be changed, otherwise it is read into `text`. The current section (null) is found only where
+// no step is replaced: otherwise an operation on it hands on to the one that names it.
+bool CfgClass::Find(char const* section, char const* key, SectionPosition* at, KeyPosition* position, KeyText* text) {
+  CfgState& state = *state_;
+  if (state.usesOwnSteps) {
+    if (section == nullptr || !LocateSection(section, at)) return false;
+    KeyPosition found;
+    if (key != nullptr && !LocateKey(at, key, &found)) return false;
+    if (position != nullptr) *position = found;
+    if (text != nullptr) *text = {found->first, found->second.value};
+    return true;
+  }
   SetError(CFG_OK);
-  *at = FindSection(*state_, section);
-  if (key == nullptr || *at == state_->sections.end()) return *at != state_->sections.end();
-  *position = FindKey(*state_, (*at)->second, key);
+  if (section == nullptr && state.current == state.sections.end())
+    state.current = FindSection(state, state.section.c_str());
+  *at = section == nullptr ? state.current : FindSection(state, section);
+  if (*at == state.sections.end()) return false;
+  if (key == nullptr) return true;
+  if (position == nullptr) return ReadKey(state, (*at)->second, key, text);
+  Expand(state, (*at)->second);
+  *position = FindKey(state, (*at)->second, key);
   return *position != (*at)->second.keys->end();
 }
 
-bool CfgClass::Find(char const* section, SectionPosition* at) { return Find(section, nullptr, at, nullptr); }
+bool CfgClass::Find(char const* section, SectionPosition* at) { return Find(section, nullptr, at, nullptr, nullptr); }
 
-bool CfgClass::Find(char const* section, char const* key, KeyPosition* position) {
+bool CfgClass::Find(char const* section, char const* key, KeyText* found) {
   SectionPosition at;
-  return Find(section, key, &at, position);
+  return Find(section, key, &at, nullptr, found);
 }
 
-bool CfgClass::Find(char const* section, unsigned long n, KeyPosition* position) {
+bool CfgClass::Find(char const* section, unsigned long n, KeyText* found) {
   SectionPosition at;
-  if (!Find(section, &at) || n >= at->second.keys->size()) return false;
-  *position = KeyAt(*state_, at->second, n);
-  return true;
-}
-
-// The shortcut past the operations that an operation by number hands on to, where no step is replaced. In the current
-// section (null) no name is compared a second time. False: not found, or to be done the long way.
-bool CfgClass::FindAtOnce(char const* section, SectionPosition* at) {
-  if (state_->usesOwnSteps) return false;
-  Recent& recent = state_->recent;
-  if (section != nullptr) return Find(section, at);
-  if (!recent.isCurrent && !Find(state_->section.c_str(), at)) return false;
-  recent.isCurrent = true;
-  *at = *recent.section;
-  return SetError(CFG_OK);
-}
-
-bool CfgClass::FindAtOnce(char const* section, unsigned long n, KeyPosition* position) {
-  SectionPosition at;
-  if (!FindAtOnce(section, &at) || n >= at->second.keys->size()) return false;
-  *position = KeyAt(*state_, at->second, n);
+  if (!Find(section, &at) || n >= KeyCount(*state_, at->second)) return false;
+  *found = ReadKeyAt(*state_, at->second, n);
   return true;
 }
 
@@ -379,7 +375,7 @@ bool CfgClass::SaveUnlessCached() {
 }
 
 bool CfgClass::KeyExists(char const* section, char const* key) {
-  KeyPosition found;
+  KeyText found;
   return SetError(Refusal(section, key, false)) && Find(section, key, &found);
 }
 
@@ -393,7 +389,7 @@ bool CfgClass::DeleteKey(char const* section, char const* key) {
   if (!SetError(Refusal(section, key, true))) return false;
   SectionPosition at;
   KeyPosition found;
-  if (!Find(section, key, &at, &found)) return true;
+  if (!Find(section, key, &at, &found, nullptr)) return true;
   RemoveKey(*state_, at->second, found);
   return SaveUnlessCached();
 }
@@ -407,56 +403,57 @@ bool CfgClass::DeleteKey(std::string const& key) { return DeleteKey(key.c_str())
 // By its position where that can be: the name of a key may hold a NUL, and would name another key then.
 bool CfgClass::DeleteKey(unsigned long n) {
   SectionPosition at;
-  if (!FindAtOnce(nullptr, &at) || n >= at->second.keys->size()) return DeleteKey(GetKeyName(n).c_str());
+  if (!Find(nullptr, &at) || n >= KeyCount(*state_, at->second)) return DeleteKey(GetKeyName(n).c_str());
   if (state_->readOnly) return SetError(CFG_READ_ONLY);
-  RemoveKey(*state_, at->second, KeyAt(*state_, at->second, n));
+  Expand(*state_, at->second);
+  RemoveKey(*state_, at->second, at->second.keys->ranks.At(*at->second.keys, n));
   return SaveUnlessCached();
 }
 
 unsigned long CfgClass::GetKeyCount(char const* section) {
   if (section == nullptr) return SetError(CFG_BAD_ARGUMENT), 0;
   SectionPosition at;
-  return Find(section, &at) ? at->second.keys->size() : 0;
+  return Find(section, &at) ? KeyCount(*state_, at->second) : 0;
 }
 
 unsigned long CfgClass::GetKeyCount(std::string const& section) { return GetKeyCount(section.c_str()); }
 unsigned long CfgClass::GetKeyCount() {
   SectionPosition at;
-  return FindAtOnce(nullptr, &at) ? at->second.keys->size() : GetKeyCount(GetSection().c_str());
+  return Find(nullptr, &at) ? KeyCount(*state_, at->second) : GetKeyCount(GetSection().c_str());
 }
 
 std::string CfgClass::GetKeyName(char const* section, unsigned long n) {
   if (section == nullptr) return SetError(CFG_BAD_ARGUMENT), "";
-  KeyPosition found;
-  return Find(section, n, &found) ? found->first : std::string();
+  KeyText found;
+  return Find(section, n, &found) ? std::string(Upper(*state_, found.name)) : std::string();
 }
 
 std::string CfgClass::GetKeyName(std::string const& section, unsigned long n) { return GetKeyName(section.c_str(), n); }
 std::string CfgClass::GetKeyName(unsigned long n) {
-  KeyPosition found;
-  return FindAtOnce(nullptr, n, &found) ? found->first : GetKeyName(GetSection().c_str(), n);
+  KeyText found;
+  return Find(nullptr, n, &found) ? std::string(Upper(*state_, found.name)) : GetKeyName(GetSection().c_str(), n);
 }
 
 // ---- Values. ----
 
 std::string CfgClass::ReadStr(char const* section, char const* key, char const* def) {
-  KeyPosition found;
-  if (SetError(Refusal(section, key, false)) && Find(section, key, &found)) return std::string(found->second.value);
+  KeyText found;
+  if (SetError(Refusal(section, key, false)) && Find(section, key, &found)) return std::string(found.value);
   return def == nullptr ? "" : def;
 }
 
+// By number, the key is read at once where the operation by name would read it, too: not one that begins with a NUL.
 std::string CfgClass::ReadStr(char const* section, unsigned long index, char const* def) {
-  KeyPosition found;
-  if (section != nullptr && FindAtOnce(section, index, &found) &&
-      Refusal(section, found->first.c_str(), false) == CFG_OK)
-    return std::string(found->second.value);
+  KeyText found;
+  if (section != nullptr && !state_->usesOwnSteps && Find(section, index, &found) &&
+      Refusal("", found.name.data(), false) == CFG_OK)
+    return std::string(found.value);
   return ReadStr(section, GetKeyName(section, index).c_str(), def);
 }
 
 std::string CfgClass::ReadStr(unsigned long index, char const* def) {
-  KeyPosition found;
-  if (FindAtOnce(nullptr, index, &found) && Refusal("", found->first.c_str(), false) == CFG_OK)
-    return std::string(found->second.value);
+  KeyText found;
+  if (Find(nullptr, index, &found) && Refusal("", found.name.data(), false) == CFG_OK) return std::string(found.value);
   return ReadStr(GetSection().c_str(), index, def);
 }
 
@@ -469,6 +466,7 @@ bool CfgClass::WriteStr(char const* section, char const* key, char const* value)
   SectionPosition at;
   if (!Find(section, &at) && (!InsertSection(section, nullptr, true) || !Find(section, &at))) return false;
   SectRec& record = at->second;
+  Expand(state, record);
   KeyPosition found;
   if (!state.usesOwnSteps) {
     auto const makeLine = [&](std::string_view upper) {
@@ -537,6 +535,12 @@ bool OptionalFile<Base>::OpenOrThrow(std::string const& path, bool readOnly) {
 template <class Base>
 bool OptionalFile<Base>::IsMissing() const {
   return this->state_->reason == ENOENT;
+}
+
+template <class Base>
+void OptionalFile<Base>::PrepareChanges(char const* section) {
+  CfgClass::SectionPosition at;
+  if (this->Find(section, &at)) Expand(*this->state_, at->second);
 }
 
 template <class Base>

@@ -92,6 +92,7 @@
 
 namespace zelvane::internal {
 struct CfgState;
+struct KeyText;
 struct SectKeys;
 template <class Base>
 class OptionalFile;
@@ -408,12 +409,11 @@ class ZELVANE_API CfgClass {
 
   ZELVANE_HIDDEN bool OpenAs(char const* name, bool readOnly);
   ZELVANE_HIDDEN CfgError Refusal(char const* section, char const* key, bool writing) const;
-  ZELVANE_HIDDEN bool Find(char const* section, char const* key, SectionPosition* at, KeyPosition* position);
+  ZELVANE_HIDDEN bool Find(char const* section, char const* key, SectionPosition* at, KeyPosition* position,
+                           zelvane::internal::KeyText* text);
   ZELVANE_HIDDEN bool Find(char const* section, SectionPosition* at);
-  ZELVANE_HIDDEN bool Find(char const* section, char const* key, KeyPosition* position);
-  ZELVANE_HIDDEN bool Find(char const* section, unsigned long n, KeyPosition* position);
-  ZELVANE_HIDDEN bool FindAtOnce(char const* section, SectionPosition* at);
-  ZELVANE_HIDDEN bool FindAtOnce(char const* section, unsigned long n, KeyPosition* position);
+  ZELVANE_HIDDEN bool Find(char const* section, char const* key, zelvane::internal::KeyText* found);
+  ZELVANE_HIDDEN bool Find(char const* section, unsigned long n, zelvane::internal::KeyText* found);
   ZELVANE_HIDDEN bool SaveUnlessCached();
   ZELVANE_HIDDEN bool SetError(CfgError code);
   ZELVANE_HIDDEN void RememberTable();

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "zelvane/config/cfgclass.h"
+#include "zelvane/config/cfgline_internal.h"
 
 namespace zelvane::internal {
 
@@ -30,8 +31,12 @@ class OptionalFile final : public Base {
   // From now on a save creates the file, and fails where there is one by then.
   void SaveOnlyNew();
 
-  // The position of a key by its section and its name or number: to look at a value without copying it.
+  // A key by its section and its name or number: to look at a value without copying it. The name is spelled in any
+  // case. Both are there until the section is changed.
   using CfgClass::Find;
+
+  // Before a walk over a section that will then be changed: what serves for reading alone is not made.
+  void PrepareChanges(char const* section);
 
   // Drops the mark of unsaved changes: a writer that fails half-way must not have its changes saved on destruction.
   void ForgetChanges();

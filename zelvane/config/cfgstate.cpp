@@ -13,47 +13,13 @@ SectRec::~SectRec() = default;
 namespace zelvane::internal {
 namespace {
 
-// A new line directly behind the section's last key or else its header; a section with neither has its keys in front.
-LinePosition MakeKeyLine(CfgState& state, SectRec const& section, std::string text) {
-  auto place = section.header;
-  if (section.lastKey != section.keys->end() && section.lastKey->second.line != state.lines.end())
-    place = section.lastKey->second.line;
-  return state.lines.insert(place == state.lines.end() ? state.lines.begin() : std::next(place), std::move(text));
-}
-
-constexpr std::size_t kManySections = 1000;  // together more than the caches hold
-
 std::string_view TailOf(std::string const& line, std::size_t length) {
   return std::string_view(line).substr(line.size() - length);
 }
 
 std::string_view Detach(CfgState& state, std::string_view value) { return state.detached.emplace_back(value); }
 
-bool IsNothing(std::string_view text) { return text.empty() || text[0] == ';' || text[0] == '#' || text[0] == '\''; }
-
-KeyPosition Remember(CfgState& state, SectRec const& section, KeyPosition key) {
-  state.recent.keyOwner = &section;
-  return state.recent.key = key;
-}
-
 }  // namespace
-
-LineKind KindOf(std::string_view text) {
-  if (IsNothing(text)) return LineKind::kNothing;
-  std::size_t const opening = text.find('[');
-  std::size_t const closing = text.find(']');
-  if (opening != std::string_view::npos || closing != std::string_view::npos)
-    return opening == 0 && closing == text.size() - 1 && text.size() > 2 ? LineKind::kHeader : LineKind::kBad;
-  return text.size() < 2 || text[0] == '=' ? LineKind::kBad : LineKind::kKey;
-}
-
-std::string_view HeaderName(std::string_view text) { return TrimView(text.substr(1, text.size() - 2)); }
-
-KeyText KeyOf(std::string_view text) {
-  std::size_t const equals = text.find('=');
-  if (equals == std::string_view::npos) return {text, text};
-  return {TrimView(text.substr(0, equals)), TrimView(text.substr(equals + 1))};
-}
 
 std::string_view Upper(CfgState& state, std::string_view name) {
   AnsiUpperInto(state.upper, name);
@@ -66,48 +32,66 @@ std::string TakeUpper(CfgState& state) {
   return fits && state.upper.size() > kLong ? std::exchange(state.upper, {}) : state.upper;
 }
 
-void IndexKeys(CfgState& state, SectRec& section) {
+void Expand(CfgState& state, SectRec& section) {
   SectKeys& keys = *section.keys;
-  while (keys.unread != state.lines.end()) {
-    LinePosition const line = keys.unread;
-    std::string_view const text = TrimView(*line);
-    if (!IsNothing(text)) {
+  LinePosition const block = keys.block;
+  if (block == state.lines.end()) return;
+  LineList lines(LineList::allocator_type(state.pool));
+  try {
+    for (std::string_view rest = *block, raw; CutLine(rest, raw);) {
+      auto const line = lines.emplace(lines.end(), raw);
+      std::string_view const text = TrimView(*line);
+      if (!IsKey(text)) continue;
       KeyText const key = KeyOf(text);
       AddKey(state, section, key.name, keys.end(), [&](std::string_view) { return KeyLine{line, key.value}; });
     }
-    keys.unread = line == keys.lastUnread ? state.lines.end() : std::next(line);
+  } catch (...) {
+    keys.clear();
+    section.lastKey = keys.end();
+    throw;
   }
+  if (section.header == block) section.header = lines.begin();
+  state.lines.splice(block, lines);
+  state.lines.erase(block);
+  keys.block = state.lines.end();
+  keys.text = TextKeys();
 }
 
-void IndexAllKeys(CfgState& state) {
-  if (!state.hasUnread) return;
-  for (auto& [name, section] : state.sections) IndexKeys(state, section);
-  state.hasUnread = false;
+void ExpandAll(CfgState& state) {
+  if (!state.hasBlocks) return;
+  for (auto& [name, section] : state.sections) Expand(state, section);
+  state.hasBlocks = false;
 }
 
 SectionPosition FindSection(CfgState& state, std::string_view name) {
-  Recent& recent = state.recent;
-  if (recent.section && name == recent.sectionName) return *recent.section;
-  SectionPosition const found = state.sectionHashes.Find(state.sections, Upper(state, name));
-  if (found != state.sections.end()) {
-    IndexKeys(state, found->second);
-    recent.section.reset();  // the name below may not find memory
-    recent.isCurrent = false;
-    recent.sectionName = name;
-    recent.section = found;
-  }
-  return found;
+  if (state.recent != state.sections.end() && IsSameName(name, state.recent->first)) return state.recent;
+  AnsiUpperInto(state.upper, name);
+  return state.recent = state.sectionRanks.Find(state.sections, state.upper);
+}
+
+bool ReadKey(CfgState& state, SectRec& section, std::string_view name, KeyText* found) {
+  SectKeys& keys = *section.keys;
+  if (keys.block != state.lines.end()) return keys.text.Find(name, found);
+  KeyPosition const position = FindKey(state, section, name);
+  if (position == keys.end()) return false;
+  *found = {position->first, position->second.value};
+  return true;
+}
+
+std::size_t KeyCount(CfgState& state, SectRec& section) {
+  SectKeys& keys = *section.keys;
+  return keys.block != state.lines.end() ? keys.text.Count() : keys.size();
+}
+
+KeyText ReadKeyAt(CfgState& state, SectRec& section, std::size_t n) {
+  SectKeys& keys = *section.keys;
+  if (keys.block != state.lines.end()) return keys.text.At(n);
+  KeyPosition const position = keys.ranks.At(keys, n);
+  return {position->first, position->second.value};
 }
 
 KeyPosition FindKey(CfgState& state, SectRec& section, std::string_view name) {
-  if (state.recent.keyOwner == &section && name == state.recent.key->first) return state.recent.key;
-  KeyPosition const found =
-      section.keys->hashes.Find(*section.keys, Upper(state, name), state.sections.size() > kManySections);
-  return found == section.keys->end() ? found : Remember(state, section, found);
-}
-
-KeyPosition KeyAt(CfgState& state, SectRec& section, std::size_t n) {
-  return Remember(state, section, section.keys->ranks.At(*section.keys, n));
+  return section.keys->find(Upper(state, name));
 }
 
 void RemoveKey(CfgState& state, SectRec& section, KeyPosition position) {
@@ -123,14 +107,13 @@ void RemoveKey(CfgState& state, SectRec& section, KeyPosition position) {
   if (state.parseSection != state.sections.end() && &state.parseSection->second == &section &&
       state.parseKey == position)
     state.parseKey = none;
-  if (state.recent.keyOwner == &section && state.recent.key == position) state.recent.keyOwner = nullptr;
   section.keys->ranks.Erased(position);
-  section.keys->hashes.Erased();
   section.keys->erase(position);
 }
 
 void RemoveSection(CfgState& state, SectionPosition position) {
   SectRec& section = position->second;
+  Expand(state, section);
   bool headerIsKeyLine = false;
   for (auto const& [name, key] : *section.keys) {
     headerIsKeyLine = headerIsKeyLine || key.line == section.header;
@@ -138,24 +121,22 @@ void RemoveSection(CfgState& state, SectionPosition position) {
   }
   if (!headerIsKeyLine && section.header != state.lines.end()) state.lines.erase(section.header);
   if (state.parseSection == position) state.parseSection = state.sections.end();
-  state.recent = Recent();
+  state.recent = state.current = state.sections.end();
   state.sectionRanks.Erased(position);
-  state.sectionHashes.Erased();
   state.sections.erase(position);
 }
 
 void ForgetIndex(CfgState& state) {
   state.sections.clear();
-  state.recent = Recent();
+  state.recent = state.current = state.sections.end();
   state.sectionRanks.Clear();
-  state.sectionHashes.Clear();
   state.detached.clear();
   state.parseSection = state.sections.end();
-  state.hasUnread = false;
+  state.hasBlocks = false;
 }
 
 void ForgetLines(CfgState& state) {
-  IndexAllKeys(state);
+  ExpandAll(state);
   std::list<std::string> values;  // all of them first: short of memory, nothing has changed
   for (auto const& [name, section] : state.sections)
     for (auto const& [key, record] : *section.keys) values.emplace_back(record.value);
@@ -194,25 +175,38 @@ void Rewrite(CfgState& state, KeyRec& key, std::string_view value) {
   key.value = TailOf(line, value.size());
 }
 
-bool TakeLine(CfgState& state, std::string_view raw) {
-  auto const line = state.lines.emplace(state.lines.end(), raw);
-  std::string_view const text = TrimView(*line);
-  auto const thisLine = [&](std::string_view) { return line; };
-  switch (KindOf(text)) {
-    case LineKind::kNothing: return true;
-    case LineKind::kBad: state.error = CFG_SYNTAX; return false;
-    case LineKind::kHeader:
-      state.parseSection = AddSection(state, HeaderName(text), thisLine).first;
-      IndexKeys(state, state.parseSection->second);  // of an earlier header of that name: those lines stand apart
-      return true;
-    case LineKind::kKey: break;
-  }
-  if (state.parseSection == state.sections.end()) AddSection(state, {}, thisLine);
-  SectKeys& keys = *state.parseSection->second.keys;
-  if (keys.unread == state.lines.end()) keys.unread = line;
-  keys.lastUnread = line;
-  state.hasUnread = true;
-  return true;
+bool BlockLoader::Take(std::string_view line) {
+  std::string_view const text = TrimView(line);
+  LineKind const kind = KindOf(text);
+  std::string_view const name = kind == LineKind::kHeader ? HeaderName(text) : std::string_view();
+  bool const opens = kind == LineKind::kHeader || (kind == LineKind::kKey && section_ == nullptr);
+  if (opens || kind == LineKind::kBad || start_ == nullptr) Begin(line, opens ? &name : nullptr);
+  end_ = line.data() + line.size();
+  if (kind == LineKind::kBad) state_.error = CFG_SYNTAX;
+  return kind != LineKind::kBad;
+}
+
+void BlockLoader::Begin(std::string_view line, std::string_view const* section) {
+  Finish();
+  start_ = line.data();
+  section_ = nullptr;
+  block_ = state_.lines.emplace(state_.lines.end());
+  if (section == nullptr) return;
+  auto const [position, added] = AddSection(state_, *section, [this](std::string_view) { return block_; });
+  state_.parseSection = position;
+  section_ = &position->second;
+  isContinued_ = !added;
+}
+
+void BlockLoader::Finish() {
+  if (start_ == nullptr) return;
+  block_->assign(start_, static_cast<std::size_t>(end_ - start_));
+  if (section_ == nullptr) return;
+  if (isContinued_) Expand(state_, *section_);
+  section_->keys->block = block_;
+  section_->keys->text = TextKeys(*block_);
+  state_.hasBlocks = true;
+  if (isContinued_) Expand(state_, *section_);
 }
 
 LinePosition MakeHeader(CfgState& state, std::string_view name) {
@@ -223,7 +217,11 @@ LinePosition MakeHeader(CfgState& state, std::string_view name) {
 }
 
 KeyLine MakeKey(CfgState& state, SectRec const& section, std::string_view key, std::string_view value) {
-  auto const line = MakeKeyLine(state, section, Joined(key, value));
+  auto place = section.header;
+  if (section.lastKey != section.keys->end() && section.lastKey->second.line != state.lines.end())
+    place = section.lastKey->second.line;
+  place = place == state.lines.end() ? state.lines.begin() : std::next(place);
+  auto const line = state.lines.insert(place, Joined(key, value));
   return {line, TailOf(*line, value.size())};
 }
 

@@ -7,7 +7,6 @@
 #include <iterator>
 #include <list>
 #include <map>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <tuple>
@@ -15,9 +14,10 @@
 #include <utility>
 
 #include "zelvane/config/cfgclass.h"
-#include "zelvane/config/hashindex_internal.h"
+#include "zelvane/config/cfgline_internal.h"
 #include "zelvane/config/nodepool_internal.h"
 #include "zelvane/config/rankindex_internal.h"
+#include "zelvane/config/textkeys_internal.h"
 
 namespace zelvane::internal {
 
@@ -36,23 +36,13 @@ static_assert(std::is_same_v<LinePosition, LineList::iterator>);
 static_assert(std::is_same_v<SectionPosition, SectionMap::iterator>);
 static_assert(std::is_same_v<KeyPosition, KeyMap::iterator>);
 
+// The keys of a section. A loaded section is one block: all its lines, joined by line feeds, are the string of one node
+// of the lines, and its keys are read there. Expand gives it lines and a key map of its own, for changes and positions.
 struct SectKeys : KeyMap {
-  SectKeys(NodePool& pool, LinePosition none) : KeyMap(KeyMap::allocator_type(pool)), unread(none), lastUnread(none) {}
-  HashIndex<KeyMap> hashes;
+  SectKeys(NodePool& pool, LinePosition none) : KeyMap(KeyMap::allocator_type(pool)), block(none) {}
+  LinePosition block;  // the end of the lines once expanded; the map is empty before
+  TextKeys text;       // of the block
   RankIndex<KeyMap> ranks;
-  // The loaded lines whose keys are not indexed yet, up to the last of these keys; the end of the lines for none. All
-  // that removes or inserts lines among them asks for this section first.
-  LinePosition unread;
-  LinePosition lastUnread;
-};
-
-// What was found last: callers stay in a section for a while, and come back to the key that they have just seen.
-struct Recent {
-  std::string sectionName;  // as it was asked for
-  std::optional<SectionPosition> section;
-  bool isCurrent = false;             // that section is the current one
-  SectRec const* keyOwner = nullptr;  // null: no key
-  KeyPosition key;
 };
 
 struct CfgState {
@@ -62,9 +52,9 @@ struct CfgState {
   LineList lines;
   SectionMap sections;
   RankIndex<SectionMap> sectionRanks;
-  HashIndex<SectionMap> sectionHashes;
-  Recent recent;
-  std::list<std::string> detached;  // values that no line holds
+  SectionPosition recent = sections.end();   // what was found last: callers stay in a section for a while
+  SectionPosition current = sections.end();  // the current section, once found by number
+  std::list<std::string> detached;           // values that no line holds
   std::string fileName;
   std::string section;
   SectionPosition parseSection = sections.end();
@@ -78,24 +68,11 @@ struct CfgState {
   bool cached = false;
   void const* ownTable = nullptr;  // see RememberTable
   bool usesOwnSteps = false;       // a subclass may have replaced any step
-  bool hasUnread = false;          // some section may have lines whose keys are not indexed yet
+  bool hasBlocks = false;          // some section may be a block
   bool dropsLines = false;         // the load stopped at a syntax error, and the lines after it are not kept aside yet
   bool onlyNew = false;            // saves create the file, and fail where there is one
   int reason = 0;                  // errno of the last load that could not read the file
 };
-
-// ---- What a line says; `text` is trimmed. ----
-
-enum class LineKind { kNothing, kHeader, kKey, kBad };
-LineKind KindOf(std::string_view text);
-
-std::string_view HeaderName(std::string_view text);
-
-struct KeyText {
-  std::string_view name;
-  std::string_view value;
-};
-KeyText KeyOf(std::string_view text);
 
 // ---- The index. ----
 
@@ -104,22 +81,25 @@ std::string_view Upper(CfgState& state, std::string_view name);
 // The same name for the index, for the last time: a long one takes its memory along instead of being copied.
 std::string TakeUpper(CfgState& state);
 
-// A load enters the sections; the keys of one are indexed when it is asked for. Short of memory, what is indexed stays,
-// and the next call goes on from there.
-void IndexKeys(CfgState& state, SectRec& section);
+// Gives the section its lines and its key map. Out of memory, it stays a block.
+void Expand(CfgState& state, SectRec& section);
 // The same for all: whoever holds a position reaches every section, and every line.
-void IndexAllKeys(CfgState& state);
+void ExpandAll(CfgState& state);
 
-// The section or key of that name in any case, or the end. A section that is found has its keys indexed.
+// The section of that name in any case, or the end.
 SectionPosition FindSection(CfgState& state, std::string_view name);
+
+// The key of that name in any case, with its name upper-cased or as it is spelled in the file, or false.
+bool ReadKey(CfgState& state, SectRec& section, std::string_view name, KeyText* found);
+std::size_t KeyCount(CfgState& state, SectRec& section);
+// The n-th key in ascending order; n is below their number.
+KeyText ReadKeyAt(CfgState& state, SectRec& section, std::size_t n);
+
+// The same by position, in a section that is no block; the end of the keys for none.
 KeyPosition FindKey(CfgState& state, SectRec& section, std::string_view name);
 
-// The n-th key in ascending order; n is below their number.
-KeyPosition KeyAt(CfgState& state, SectRec& section, std::size_t n);
-
-// Where `upper` stands or belongs in `map`. Most files are written in ascending order or nearly so, and numbers in
-// theirs mostly follow each other as texts too: first the end is tried, then the place behind `latest`, the entry added
-// last.
+// Where `upper` is or belongs in `map`. Names mostly arrive in ascending order, numbers nearly so: first the end is
+// tried, then the place after `latest`, the entry added last.
 template <class Map>
 typename Map::iterator LowerBound(Map& map, std::string_view upper, typename Map::iterator latest) {
   if (map.empty() || std::prev(map.end())->first < upper) return map.end();
@@ -127,40 +107,23 @@ typename Map::iterator LowerBound(Map& map, std::string_view upper, typename Map
   return map.lower_bound(upper);
 }
 
-// Takes a line that was made for an entry away again if no memory was found for the entry itself: it would be saved,
-// and nobody could find or change it.
-class MadeLine {
- public:
-  explicit MadeLine(CfgState& state) : state_(state), before_(state.lines.size()) {}
-  MadeLine(MadeLine const&) = delete;
-  MadeLine& operator=(MadeLine const&) = delete;
-  ~MadeLine() {
-    if (state_.lines.size() > before_) state_.lines.erase(line_);
-  }
-
-  LinePosition Made(LinePosition line) { return line_ = line; }
-  void Keep() { before_ = state_.lines.size(); }
-
- private:
-  CfgState& state_;
-  std::size_t before_;
-  LinePosition line_;
-};
-
 // Enters the section unless it is there. `makeLine` gets the upper-cased name, gives the header's position and is
-// called only when it is needed.
+// called only when it is needed. Out of memory, neither the entry nor the line stays.
 template <class MakeLine>
 std::pair<SectionPosition, bool> AddSection(CfgState& state, std::string_view name, MakeLine makeLine) {
   std::string_view const upper = Upper(state, name);
-  auto const place = LowerBound(state.sections, upper, state.sections.end());
+  auto const place = LowerBound(state.sections, upper, state.parseSection);
   if (place != state.sections.end() && place->first == upper) return {place, false};
-  MadeLine header(state);
-  auto const line = header.Made(makeLine(upper));
-  auto const added = state.sections.emplace_hint(
-      place, std::piecewise_construct, std::forward_as_tuple(TakeUpper(state)), std::forward_as_tuple(state, line));
-  header.Keep();
+  auto const added =
+      state.sections.emplace_hint(place, std::piecewise_construct, std::forward_as_tuple(TakeUpper(state)),
+                                  std::forward_as_tuple(state, state.lines.end()));
+  try {
+    added->second.header = makeLine(added->first);
+  } catch (...) {
+    state.sections.erase(added);
+    throw;
+  }
   state.sectionRanks.Inserted(added);
-  state.sectionHashes.Inserted(state.sections, added);
   state.parseSection = added;
   state.parseKey = added->second.keys->end();
   return {added, true};
@@ -171,8 +134,7 @@ struct KeyLine {
   std::string_view value;
 };
 
-// Enters the key unless it is there, after `previous` in the order of writing. `makeLine` gets the upper-cased name,
-// gives the KeyLine and is called only when it is needed.
+// The same for a key, after `previous` in the order of writing. `makeLine` gives a KeyLine.
 template <class MakeLine>
 std::pair<KeyPosition, bool> AddKey(CfgState& state, SectRec& section, std::string_view key, KeyPosition previous,
                                     MakeLine makeLine) {
@@ -180,14 +142,16 @@ std::pair<KeyPosition, bool> AddKey(CfgState& state, SectRec& section, std::stri
   SectKeys& keys = *section.keys;
   auto const place = LowerBound(keys, upper, section.lastKey);
   if (place != keys.end() && place->first == upper) return {place, false};
-  MadeLine line(state);
-  KeyLine const made = makeLine(upper);
-  line.Made(made.line);
-  auto const added = keys.emplace_hint(place, std::piecewise_construct, std::forward_as_tuple(TakeUpper(state)),
-                                       std::forward_as_tuple(KeyRec{made.value, made.line, previous, keys.end()}));
-  line.Keep();
+  auto const added = keys.emplace_hint(place, TakeUpper(state), KeyRec{{}, state.lines.end(), previous, keys.end()});
+  try {
+    KeyLine const made = makeLine(added->first);
+    added->second.line = made.line;
+    added->second.value = made.value;
+  } catch (...) {
+    keys.erase(added);
+    throw;
+  }
   keys.ranks.Inserted(added);
-  keys.hashes.Inserted(keys, added);
   if (previous != keys.end()) {
     KeyPosition& next = previous->second.next;
     if (next != keys.end()) next->second.previous = keys.end();  // a key is followed by one other at most
@@ -212,9 +176,26 @@ void ForgetFile(CfgState& state);
 
 // ---- The lines. ----
 
-// Takes in one line, its key to be indexed later: what CfgClass::ParseLine does in steps for an object whose steps may
-// be replaced. False, with the error code set, when it is a syntax error.
-bool TakeLine(CfgState& state, std::string_view raw);
+// Takes in a file, each section as a block: CfgClass::ParseLine does it in steps, which a subclass may replace.
+class BlockLoader {
+ public:
+  explicit BlockLoader(CfgState& state) : state_(state) {}
+
+  // False, with the error code set, when the line is a syntax error. The lines are parts of one text.
+  bool Take(std::string_view line);
+  // After the last line.
+  void Finish();
+
+ private:
+  void Begin(std::string_view line, std::string_view const* section);
+
+  CfgState& state_;
+  LinePosition block_;  // of the lines from start_ to end_, which it gets in Finish
+  char const* start_ = nullptr;
+  char const* end_ = nullptr;
+  SectRec* section_ = nullptr;  // null for the lines before the first section
+  bool isContinued_ = false;    // the section has had a block before
+};
 
 // A new header line at the end; the unnamed section's is `[ ]`, since `[]` would not load again.
 LinePosition MakeHeader(CfgState& state, std::string_view name);

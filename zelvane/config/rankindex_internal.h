@@ -1,6 +1,6 @@
-// Addressing an ordered map by number. A map reaches its n-th entry in n steps, which makes a walk by number quadratic;
-// this goes on from the entry asked for last, and for greater leaps keeps the map's positions in rows of a few hundred,
-// in which it finds the row by counting.
+// Addressing an ordered map by number, and faster by name. A map takes n steps to its n-th entry and log n to a name,
+// each of them a trip to memory. This goes on from the entry asked for last, and keeps the positions in rows of a few
+// hundred where that pays.
 #ifndef ZELVANE_CONFIG_RANKINDEX_INTERNAL_H
 #define ZELVANE_CONFIG_RANKINDEX_INTERNAL_H
 
@@ -9,13 +9,18 @@
 #include <iterator>
 #include <new>
 #include <optional>
+#include <string>
 #include <utility>
 #include <vector>
 
+#include "zelvane/config/cfgline_internal.h"
+
 namespace zelvane::internal {
 
-// The rows are built at the first leap, then kept up to date through Inserted and Erased; a caller that reads a few
-// names or walks over all never pays for them. `Map` is ordered by operator< of its keys.
+// The rows are built at the first leap, or for questions by name, then kept up to date through Inserted and Erased.
+// They cost 50 ns an entry, and save up to 500 ns a question in a map that is larger than the processor's caches: they
+// pay after n / 10 questions. At n / 32 they cost a tenth of what the entries have cost. `Map` is ordered by operator<
+// of its keys, which are upper-cased names.
 template <class Map>
 class RankIndex {
  public:
@@ -31,7 +36,18 @@ class RankIndex {
     }
     while (n < before_) before_ -= rows_[--row_].size();
     while (n - before_ >= rows_[row_].size()) before_ += rows_[row_++].size();
-    return rows_[row_][n - before_];
+    return rows_[row_][n - before_].position;
+  }
+
+  // The entry of that upper-cased name, or the end.
+  Position Find(Map& map, std::string const& upper) {
+    if (rows_.empty()) {
+      if (map.size() < kStepsCheaper || ++asked_ * kEntriesPerQuestion < map.size()) return map.find(upper);
+      Build(map);
+    }
+    Row const& row = rows_[RowOf(upper)];
+    auto const found = PlaceIn(row, upper);
+    return found == row.end() || found->position->first != upper ? map.end() : found->position;
   }
 
   // `position` has been inserted. Rows that find no memory for it go, to be built anew: nothing can fail here, with the
@@ -50,9 +66,9 @@ class RankIndex {
   void Erased(Position position) {
     here_.reset();
     if (rows_.empty()) return;
-    std::size_t const at = RowOf(position);
+    std::size_t const at = RowOf(position->first);
     Row& row = rows_[at];
-    row.erase(PlaceIn(row, position));
+    row.erase(PlaceIn(row, position->first));
     if (at < row_) before_--;
     if (!row.empty()) return;
     rows_.erase(rows_.begin() + static_cast<std::ptrdiff_t>(at));
@@ -62,13 +78,19 @@ class RankIndex {
   void Clear() {
     here_.reset();
     rows_.clear();
+    asked_ = 0;
     Restart();
   }
 
  private:
-  using Row = std::vector<Position>;
+  struct Entry {
+    std::uint64_t beginning;  // of the name
+    Position position;
+  };
+  using Row = std::vector<Entry>;
   static constexpr std::size_t kRow = 512;
   static constexpr std::size_t kStepsCheaper = 8;
+  static constexpr std::size_t kEntriesPerQuestion = 32;
 
   Position Remember(std::size_t n, Position position) {
     here_ = position;
@@ -80,31 +102,33 @@ class RankIndex {
     std::vector<Row> rows;
     for (Position position = map.begin(); position != map.end(); ++position) {
       if (rows.empty() || rows.back().size() == kRow) rows.emplace_back().reserve(kRow);
-      rows.back().push_back(position);
+      rows.back().push_back({Beginning(position->first), position});
     }
     rows_ = std::move(rows);
     Restart();
   }
 
   void Enter(Position position) {
-    std::size_t const at = RowOf(position);
+    std::size_t const at = RowOf(position->first);
     Row& row = rows_[at];
-    row.insert(PlaceIn(row, position), position);
+    row.insert(PlaceIn(row, position->first), {Beginning(position->first), position});
     if (at < row_) before_++;
     if (row.size() > 2 * kRow) Split(at);
   }
 
-  static bool Less(Position a, Position b) { return a->first < b->first; }
-
-  // The first row whose last entry is not before `position`, or the last row.
-  std::size_t RowOf(Position position) const {
-    auto const row = std::partition_point(rows_.begin(), rows_.end() - 1,
-                                          [position](Row const& each) { return Less(each.back(), position); });
+  // The first row whose last entry is not before `name`, or the last row.
+  std::size_t RowOf(std::string const& name) const {
+    std::uint64_t const beginning = Beginning(name);
+    auto const row = std::partition_point(rows_.begin(), rows_.end() - 1, [&](Row const& each) {
+      Entry const& last = each.back();
+      return last.beginning == beginning ? last.position->first < name : last.beginning < beginning;
+    });
     return static_cast<std::size_t>(row - rows_.begin());
   }
 
-  static typename Row::iterator PlaceIn(Row& row, Position position) {
-    return std::lower_bound(row.begin(), row.end(), position, Less);
+  static typename Row::const_iterator PlaceIn(Row const& row, std::string const& name) {
+    auto const nameOf = [](Entry const& entry) -> std::string const& { return entry.position->first; };
+    return row.begin() + (FirstNotBefore(row.data(), row.size(), name, nameOf) - row.data());
   }
 
   void Split(std::size_t at) {
@@ -119,6 +143,7 @@ class RankIndex {
 
   std::optional<Position> here_;  // the entry asked for last, while there are no rows
   std::size_t place_ = 0;         // its number
+  std::size_t asked_ = 0;         // by name, without rows
   std::vector<Row> rows_;
   std::size_t row_ = 0;     // the row used last
   std::size_t before_ = 0;  // the entries in the rows before it

@@ -8,6 +8,7 @@
 
 #include "zelvane/core/strutils_internal.h"
 
+using zelvane::internal::kAnsiUpper;
 using zelvane::internal::TrimView;
 using zelvane::internal::View;
 
@@ -33,7 +34,6 @@ constexpr ByteTable MakeCaseTable(bool upper) {
   return table;
 }
 
-constexpr ByteTable kAnsiUpper = MakeCaseTable(true);
 constexpr ByteTable kAnsiLower = MakeCaseTable(false);
 
 void TranslateInto(std::string& out, std::string_view text, ByteTable const& table) {
@@ -162,6 +162,8 @@ void Split(std::vector<std::string>& out, std::string_view text, Separators cons
 }  // namespace
 
 namespace zelvane::internal {
+
+constexpr ByteTable kAnsiUpper = MakeCaseTable(true);
 
 std::string_view TrimView(std::string_view text) { return TrimRightView(TrimLeftView(text)); }
 

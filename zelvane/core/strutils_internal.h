@@ -3,6 +3,7 @@
 #define ZELVANE_CORE_STRUTILS_INTERNAL_H
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstring>
 #include <string>
@@ -19,6 +20,9 @@ std::string_view TrimView(std::string_view text);
 
 // StrToIntDef for a part of a text.
 long ToInt(std::string_view text, long def);
+
+// Each byte as AnsiUpperCase writes it.
+extern std::array<unsigned char, 256> const kAnsiUpper;
 
 // Stores AnsiUpperCase of `text` in `out`, using the existing capacity of `out`. `text` must not be part of `out`.
 void AnsiUpperInto(std::string& out, std::string_view text);

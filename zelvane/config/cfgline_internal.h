@@ -1,0 +1,106 @@
+// The lines of a configuration file: what each of them says, and how the names in them match.
+#ifndef ZELVANE_CONFIG_CFGLINE_INTERNAL_H
+#define ZELVANE_CONFIG_CFGLINE_INTERNAL_H
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+#include "zelvane/core/strutils_internal.h"
+
+namespace zelvane::internal {
+
+// Takes the next line off a text, which has one line more than line feeds; its data() is null after the last.
+inline bool CutLine(std::string_view& rest, std::string_view& line) {
+  if (rest.data() == nullptr) return false;
+  std::size_t const feed = rest.find('\n');
+  line = rest.substr(0, feed);
+  rest = feed == std::string_view::npos ? std::string_view() : rest.substr(feed + 1);
+  return true;
+}
+
+// ---- What a line says; `text` is trimmed. ----
+
+enum class LineKind { kNothing, kHeader, kKey, kBad };
+
+inline bool IsNothing(std::string_view text) {
+  return text.empty() || text[0] == ';' || text[0] == '#' || text[0] == '\'';
+}
+
+// For a line that is not kBad.
+inline bool IsKey(std::string_view text) { return !IsNothing(text) && text[0] != '['; }
+
+inline LineKind KindOf(std::string_view text) {
+  if (IsNothing(text)) return LineKind::kNothing;
+  std::size_t const opening = text.find('[');
+  std::size_t const closing = text.find(']');
+  if (opening != std::string_view::npos || closing != std::string_view::npos)
+    return opening == 0 && closing == text.size() - 1 && text.size() > 2 ? LineKind::kHeader : LineKind::kBad;
+  return text.size() < 2 || text[0] == '=' ? LineKind::kBad : LineKind::kKey;
+}
+
+inline std::string_view HeaderName(std::string_view text) { return TrimView(text.substr(1, text.size() - 2)); }
+
+struct KeyText {
+  std::string_view name;
+  std::string_view value;
+};
+inline KeyText KeyOf(std::string_view text) {
+  std::size_t const equals = text.find('=');
+  if (equals == std::string_view::npos) return {text, text};
+  return {TrimView(text.substr(0, equals)), TrimView(text.substr(equals + 1))};
+}
+
+// ---- Names, without regard to case. ----
+
+inline unsigned char UpperAt(std::string_view text, std::size_t i) {
+  return kAnsiUpper[static_cast<unsigned char>(text[i])];
+}
+
+inline bool NameBegins(std::string_view text, std::string_view name) {
+  if (text.size() < name.size()) return false;
+  for (std::size_t i = 0; i < name.size(); i++)
+    if (text[i] != name[i] && UpperAt(text, i) != UpperAt(name, i)) return false;
+  return true;
+}
+
+inline bool IsSameName(std::string_view a, std::string_view b) {
+  return a.size() == b.size() && (a == b || NameBegins(a, b));  // most callers spell a name as the file does
+}
+
+// Whether the upper-cased `a` is before that of `b`, as memcmp sees it.
+inline bool IsNameBefore(std::string_view a, std::string_view b) {
+  std::size_t const common = std::min(a.size(), b.size());
+  for (std::size_t i = 0; i < common; i++)
+    if (UpperAt(a, i) != UpperAt(b, i)) return UpperAt(a, i) < UpperAt(b, i);
+  return a.size() < b.size();
+}
+
+// The first bytes of the upper-cased name as a number: where those of two names differ, they have the names' order.
+inline std::uint64_t Beginning(std::string_view name) {
+  std::uint64_t bytes = 0;
+  std::size_t const size = std::min(name.size(), sizeof bytes);
+  for (std::size_t i = 0; i < size; i++) bytes = bytes << 8 | UpperAt(name, i);
+  return size == 0 ? 0 : bytes << 8 * (sizeof bytes - size);
+}
+
+// The first of `count` entries in ascending order that is not before `name`; `nameOf` gives an entry's name.
+template <class Entry, class NameOf>
+Entry const* FirstNotBefore(Entry const* entry, std::size_t count, std::string_view name, NameOf nameOf) {
+  std::uint64_t const beginning = Beginning(name);
+  Entry const* const end = entry + count;
+  while (count > 0) {  // a branch on the comparison would be mispredicted every second time
+    std::size_t const half = count - count / 2;
+    entry += half & (std::size_t{0} - static_cast<std::size_t>(entry[half - 1].beginning < beginning));
+    count /= 2;
+  }
+  if (entry == end || IsSameName(nameOf(*entry), name)) return entry;
+  return std::lower_bound(entry, end, name, [&](Entry const& each, std::string_view) {  // several names begin so
+    return each.beginning == beginning && IsNameBefore(nameOf(each), name);
+  });
+}
+
+}  // namespace zelvane::internal
+
+#endif

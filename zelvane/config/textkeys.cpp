@@ -1,0 +1,65 @@
+#include "zelvane/config/textkeys_internal.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace zelvane::internal {
+
+bool TextKeys::FindInText(std::string_view name, KeyText* found) const {
+  for (std::string_view rest = text_, line; CutLine(rest, line);) {
+    if (!line.empty() && line[0] <= ' ') line = TrimView(line);
+    if (!NameBegins(line, name) || !IsKey(line)) continue;
+    KeyText const key = KeyOf(TrimView(line));
+    if (key.name.size() != name.size()) continue;
+    *found = key;
+    return true;
+  }
+  return false;
+}
+
+void TextKeys::List() {
+  if (stage_ != Stage::kText) return;
+  std::vector<Entry> keys;
+  keys.reserve(static_cast<std::size_t>(std::count(text_.begin(), text_.end(), '\n')) + 1);
+  for (std::string_view rest = text_, line; CutLine(rest, line);) {
+    line = TrimView(line);
+    if (!IsKey(line)) continue;
+    KeyText const key = KeyOf(line);
+    keys.push_back({Beginning(key.name), key});
+  }
+  keys_ = std::move(keys);
+  stage_ = Stage::kListed;
+}
+
+void TextKeys::Sort() {
+  if (stage_ == Stage::kSorted) return;
+  List();
+  std::stable_sort(keys_.begin(), keys_.end(), [](Entry const& a, Entry const& b) {  // the first of a name stays first
+    return a.beginning == b.beginning ? IsNameBefore(a.key.name, b.key.name) : a.beginning < b.beginning;
+  });
+  auto const isSame = [](Entry const& a, Entry const& b) {
+    return a.beginning == b.beginning && IsSameName(a.key.name, b.key.name);
+  };
+  keys_.erase(std::unique(keys_.begin(), keys_.end(), isSame), keys_.end());
+  stage_ = Stage::kSorted;
+}
+
+bool TextKeys::Find(std::string_view name, KeyText* found) {
+  if (stage_ == Stage::kText && asked_++ < kQuestionsToText) return FindInText(name, found);
+  Entry const* entry = nullptr;
+  if (stage_ != Stage::kSorted && asked_++ < kQuestionsToList) {
+    List();
+    entry =
+        std::find_if(keys_.data(), keys_.data() + keys_.size(), [name, beginning = Beginning(name)](Entry const& each) {
+          return each.beginning == beginning && IsSameName(each.key.name, name);
+        });
+  } else {
+    Sort();
+    entry = FirstNotBefore(keys_.data(), keys_.size(), name, [](Entry const& each) { return each.key.name; });
+  }
+  if (entry == keys_.data() + keys_.size() || !IsSameName(entry->key.name, name)) return false;
+  *found = entry->key;
+  return true;
+}
+
+}  // namespace zelvane::internal

@@ -1,0 +1,54 @@
+// The keys of a loaded section, read where they are in its text.
+#ifndef ZELVANE_CONFIG_TEXTKEYS_INTERNAL_H
+#define ZELVANE_CONFIG_TEXTKEYS_INTERNAL_H
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+#include "zelvane/config/cfgline_internal.h"
+
+namespace zelvane::internal {
+
+// Names match without regard to case; of several keys with one name only the first is there. Out of memory, a question
+// throws, and the next one begins anew.
+//
+// A question by name costs about 5 ns for each line before the key, 1 ns for each key before it in a list, and 20 ns in
+// a sorted list. Listing takes 30 ns a line and sorting 40 ns a key: they pay after 8 and 50 questions. Each is done at
+// about that number, so that it at most doubles the cost so far.
+class TextKeys {
+ public:
+  TextKeys() = default;
+  // No line of the text is a syntax error. The text outlives the object.
+  explicit TextKeys(std::string_view text) : text_(text) {}
+
+  // The key of that name, or false.
+  bool Find(std::string_view name, KeyText* found);
+
+  std::size_t Count() { return Sort(), keys_.size(); }
+  // The n-th key in ascending order of the upper-cased names; n is below Count().
+  KeyText At(std::size_t n) { return Sort(), keys_[n].key; }
+
+ private:
+  struct Entry {
+    std::uint64_t beginning;  // of the name
+    KeyText key;
+  };
+  enum class Stage : unsigned char { kText, kListed, kSorted };
+  static constexpr unsigned kQuestionsToText = 5;
+  static constexpr unsigned kQuestionsToList = 64;
+
+  bool FindInText(std::string_view name, KeyText* found) const;
+  void List();
+  void Sort();
+
+  std::string_view text_;
+  std::vector<Entry> keys_;  // in the order of the lines, or in that of the names and each once
+  Stage stage_ = Stage::kText;
+  unsigned asked_ = 0;
+};
+
+}  // namespace zelvane::internal
+
+#endif
