@@ -19,3 +19,4 @@ for page in man/*.[35]; do
 done
 
 ZELVANE_VERSION=$1 ZELVANE_DOCS=$out doxygen docs/doxygen/Doxyfile
+docs/doxygen/overviews.py "$out/html"

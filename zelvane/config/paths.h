@@ -1,6 +1,7 @@
-// The directories of the product's files: the installation root, and the symbolic file names in calls and settings. The
-// functions have C linkage, but two of them return strings: only C++ can call them. None throws; when memory runs out,
-// those that return a string return "".
+/// @file
+/// The directories of the product's files: the installation root, and the symbolic file names in calls and settings.
+/// The functions have C linkage, but two of them return strings: only C++ can call them. None throws; when memory runs
+/// out, those that return a string return "".
 #ifndef ZELVANE_CONFIG_PATHS_H
 #define ZELVANE_CONFIG_PATHS_H
 
@@ -17,37 +18,37 @@
 
 extern "C" {
 
-// Returns the installation root with its trailing "/": key PATH of section [ZELVANE] of /etc/zelvane.conf. If the file
-// is missing or cannot be read, for any reason, or the key is missing or empty, returns the directory of the running
-// program. Returns "" if neither is known. Every call reads the settings again.
-//
-// Every other function of the library distinguishes two cases. If the settings file is missing, or this user may not
-// read it, the root is the directory of the program. If it temporarily cannot be opened or read (no free descriptor, an
-// I/O error), the function fails: files of another directory are not what the caller asked for.
+/// Returns the installation root with its trailing "/": key PATH of section [ZELVANE] of /etc/zelvane.conf. If the file
+/// is missing or cannot be read, for any reason, or the key is missing or empty, returns the directory of the running
+/// program. Returns "" if neither is known. Every call reads the settings again.
+///
+/// Every other function of the library distinguishes two cases. If the settings file is missing, or this user may not
+/// read it, the root is the directory of the program. If it temporarily cannot be opened or read (no free descriptor,
+/// an I/O error), the function fails: files of another directory are not what the caller asked for.
 ZELVANE_API std::string GetZelvanePath();
 
-// For programs that work on another installation than this computer's own: from now on GetZelvanePath returns `path`,
-// with a trailing "/" added if it is missing, and so does every function of the library that uses the root. Null or ""
-// restores the rule above. The directory need not exist; the text is copied. The other keys of /etc/zelvane.conf
-// (version, product, modules) stay in effect. Returns 1, or 0 with nothing changed when memory runs out.
-//
-// The root is the library's only global state, and no lock protects it: call this before other threads run.
+/// For programs that work on another installation than this computer's own: from now on GetZelvanePath returns `path`,
+/// with a trailing "/" added if it is missing, and so does every function of the library that uses the root. Null or ""
+/// restores the rule above. The directory need not exist; the text is copied. The other keys of /etc/zelvane.conf
+/// (version, product, modules) stay in effect. Returns 1, or 0 with nothing changed when memory runs out.
+///
+/// The root is the library's only global state, and no lock protects it: call this before other threads run.
 ZELVANE_API int SetZelvanePath(char const* path);
 
-// Returns the file that a symbolic name means. Any other name is returned unchanged. Returns "" if an argument is null,
-// or if the root is temporarily unknown (see above).
-//
-//   //LOGEVTFILE// logevt.rgt    //LOGHISTHORA// loghora.rgt    //LOGHISTDIA// logdia.rgt    //LOGHISTMES// logmes.rgt
-//   //UPSPOWEROFFFILE// poweroff.rgt    //UPSPOWERONFILE// poweron.rgt    //UPSSRVCFG// upssrv.cfg
-//                                                                                       in the working directory
-//   //LOGDOCSAVE// logsave.rgt   //LOGDOCCLOSE// logclose.rgt   //UPSCLICFG// upscli.cfg   //USBHIDCFG// usbhid.cfg
-//                                                                                       in the root
-//   //BASEDIR//rest              the root, then the rest
-//   //UPSCONFIGDIR//rest         the working directory, then the rest
-//
-// Names match only as a whole (the last two: as a prefix) and only in upper case. The working directory is `directory`
-// as given; no "/" is added, so it must end in one. If `directory` is a decimal number of 0 or more within 32 bits, the
-// working directory is the directory of that unit in the root: "3" is ROOT3/.
+/// Returns the file that a symbolic name means. Any other name is returned unchanged. Returns "" if an argument is
+/// null, or if the root is temporarily unknown (see above).
+///
+///     //LOGEVTFILE// logevt.rgt  //LOGHISTHORA// loghora.rgt    //LOGHISTDIA// logdia.rgt    //LOGHISTMES// logmes.rgt
+///     //UPSPOWEROFFFILE// poweroff.rgt    //UPSPOWERONFILE// poweron.rgt    //UPSSRVCFG// upssrv.cfg
+///                                                                                         in the working directory
+///     //LOGDOCSAVE// logsave.rgt   //LOGDOCCLOSE// logclose.rgt   //UPSCLICFG// upscli.cfg   //USBHIDCFG// usbhid.cfg
+///                                                                                         in the root
+///     //BASEDIR//rest              the root, then the rest
+///     //UPSCONFIGDIR//rest         the working directory, then the rest
+///
+/// Names match only as a whole (the last two: as a prefix) and only in upper case. The working directory is `directory`
+/// as given; no "/" is added, so it must end in one. If `directory` is a decimal number of 0 or more within 32 bits,
+/// the working directory is the directory of that unit in the root: "3" is ROOT3/.
 ZELVANE_API std::string ParseMacroFileName(char const* name, char const* directory);
 }
 
@@ -55,7 +56,7 @@ ZELVANE_API std::string ParseMacroFileName(char const* name, char const* directo
 #pragma clang diagnostic pop
 #endif
 
-// Same as above.
+/// Same as above.
 ZELVANE_API std::string ParseMacroFileName(std::string const& name, std::string const& directory);
 
 #endif
