@@ -16,7 +16,7 @@ static int ChangeDelay(ShutSrvConfig* settings, char const* seconds) {
   char* end;
   settings->cmdDelay = (uint32_t)strtoul(seconds, &end, 10);
   if (seconds[0] < '0' || seconds[0] > '9' || *end != '\0') return 0;
-  /* Null is the installation root. Only lines with another value change. */
+  /* Null is the installation root. All keys of the struct are written. */
   if (!SetShutSrvConfig(NULL, settings)) return 0;
   printf("The command now waits %u seconds.\n", (unsigned)settings->cmdDelay);
   return 1;

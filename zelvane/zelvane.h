@@ -1,9 +1,9 @@
 /// @file
 /// The whole library. C programs get the plain C functions. C++ programs also get the core module and the classes.
 ///
-/// No plain C function throws, whatever its arguments. When memory runs out, each function returns its failure value.
-/// An output record may then be partly filled, and files are as after any other failure of that function. The two
-/// functions of config/paths.h that return strings return "".
+/// No plain C function throws, whatever its arguments. When memory runs out, each function returns its failure value
+/// (exception: LogReaderOpen). An output record may then be partly filled, and files are as after any other failure of
+/// that function. The two functions of config/paths.h that return strings return "".
 #ifndef ZELVANE_ZELVANE_H
 #define ZELVANE_ZELVANE_H
 

@@ -68,8 +68,7 @@ ZELVANE_API int GetClientDefConfig(ClientConfig* cfg);
 /// be read back until the bad line is corrected.
 ///
 /// The caller must refuse what the file cannot hold. ";" in the server's name or address shifts the fields of the
-/// entry.
-/// "[" or "]" in a text makes a line at which the next load stops.
+/// entry. "[" or "]" in a text makes a line at which the next load stops.
 ZELVANE_API int SetClientConfig(ClientConfig const* cfg);
 /// @}
 

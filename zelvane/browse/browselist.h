@@ -18,18 +18,16 @@
 /// Identifiers count from 0. In the last field -1 means "none". The address of a UPS unit is a copy of its computer's;
 /// the library keeps them equal.
 ///
-/// VALID ENTRIES have a key that is an integer and exactly 2, 3 or 4 fields. No field is empty, except the address of a
-/// UPS unit. Other entries are skipped: their identifiers count as free, and a new entry can replace them. A computer
-/// without an address is such an entry: it can be added, but is not read back and does not keep its identifier. Keys in
-/// a
-/// spelling that the library does not write ("007", "+2") are read by position and keep their number from being
-/// assigned again, but no function below finds, changes or removes them.
+/// VALID ENTRIES have an integer as key, and 2 fields (group), 3 (computer) or 4 (UPS unit). No field is empty, except
+/// the address of a UPS unit. Other entries are skipped: their identifiers count as free, and a new entry can replace
+/// them. A computer without an address is such an entry: it can be added, but is not read back and does not keep its
+/// identifier. Keys in a spelling that the library does not write ("007", "+2") are read by position and keep their
+/// number from being assigned again, but no function below finds, changes or removes them.
 ///
 /// CHANGES stay in the handle until a flush. With `flush` true the function flushes before it returns 1, which then
-/// means
-/// on disk. A flush replaces the whole file with the list in this handle: changes that another program has written
-/// since the list was opened are lost. The functions that remove an entry together with what belongs to it always
-/// flush, once, at the end. The first flush with something to write creates a missing file.
+/// means on disk. A flush replaces the whole file with the list in this handle: changes that another program has
+/// written since the list was opened are lost. The functions that remove an entry together with what belongs to it
+/// always flush, once, at the end. The first flush with something to write creates a missing file.
 ///
 /// RESULTS are 1 for success and 0 for failure. Every function fails for a null handle or record, when memory runs out,
 /// if the file could not be read when the list was opened (the list then has no entries and takes none), and if a flush

@@ -261,9 +261,8 @@ class ZELVANE_API CfgClass {
   virtual bool KeyExists(std::string const& key);
   /// Removes the key and its line. Kept: a key that does not exist is no error; returns true. No file: error 5;
   /// read-only: error 6. Without cached mode returns the result of the save. By number: the key GetKeyName(n); if there
-  /// is none: error 1, false.
-  /// Kept: after the last key of a section is deleted, the next new key goes after the header if that key was loaded
-  /// from the file, otherwise after the key before it.
+  /// is none: error 1, false. Kept: after the last key of a section is deleted, a new key goes right after the header
+  /// if the deleted key came from the file, otherwise after the key that preceded it.
   virtual bool DeleteKey(char const* section, char const* key);
   virtual bool DeleteKey(std::string const& section, std::string const& key);
   virtual bool DeleteKey(char const* key);

@@ -1,5 +1,5 @@
-// Reads and saves whole files. Every file of the product is read in one piece, and replaced so that a kill or a full
-// disk leaves either the whole old text or the whole new one.
+// Reads and saves whole files: all but the logs. A file is read in one piece, and replaced so that a kill or a full
+// disk leaves either the whole old text or the whole new one, with the exceptions below.
 #ifndef ZELVANE_CORE_SAFESAVE_INTERNAL_H
 #define ZELVANE_CORE_SAFESAVE_INTERNAL_H
 

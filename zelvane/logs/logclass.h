@@ -24,12 +24,14 @@
 /// CONCURRENCY: a file is open only during a call. Several processes can append to one log: each record is one write,
 /// so records do not mix, and only one process repairs a damaged file (flock). Only one process may append once the log
 /// has reached its maximum, because WriteReg then cuts it. A lock held by another process delays writers only briefly:
-/// a repair waits for one second, then WriteReg returns false; a cut waits for a tenth of a second, then continues.
+/// a repair waits for one second, then WriteReg returns false; a cut waits for a tenth of a second, then cuts without
+/// the lock.
 ///
 /// DURABILITY: when WriteReg returns true, the record and the name of a new file are on disk (if the disk honours a
-/// flush and the file system can sync). A power failure during WriteReg can leave that one record missing, partial (the
-/// file is then damaged) or as zeros, but no other. A power failure during a cut leaves NAME.tmp with all newest
-/// records; the next WriteReg finishes the cut before it appends. Until then readers can see records twice or mixed.
+/// flush and the file system can sync). A kill or a power failure during WriteReg can leave that one record missing,
+/// partial (the file is then damaged) or as zeros, but no other. A power failure during a cut leaves NAME.tmp with all
+/// newest records; the next WriteReg finishes the cut before it appends. Until then readers can see records twice or
+/// mixed.
 ///
 /// No operation throws. One thread at a time may use an object. The operations are virtual hooks: they call each other
 /// through the virtual table, and their order is part of the interface.
@@ -74,7 +76,7 @@ class ZELVANE_API LogClass {
   /// Appends a record with the low 32 bits of `when` as its time stamp, and cuts the log as LimitFile does. Creates a
   /// missing file. Copies a damaged file to NAME.bad and empties it first.
   ///
-  ///     true                     the record is on disk; if the cut failed, the next record repeats it
+  ///     true                     the record is on disk; a failed cut is not reported; the next WriteReg cuts again
   ///     false, file unchanged    no file name; `size` too large; null `data` with `size` above 0; the file cannot be
   ///                              opened, examined or written; a damaged file cannot be copied or locked; an
   ///                              interrupted cut cannot be finished; the directory of an empty file cannot be synced;
@@ -121,8 +123,8 @@ class ZELVANE_API LogClass {
   ///   1. finish an interrupted cut: if the log is a mixture of the records in NAME.tmp and its earlier contents, copy
   ///      them back once more; delete NAME.tmp
   ///   2. copy the newest records to NAME.tmp~, sync it, rename it to NAME.tmp, sync the directory
-  ///   3. copy them from there to the start of the log, sync
-  ///   4. truncate the log, sync, delete NAME.tmp
+  ///   3. copy them from there to the start of the log, sync (not if WriteReg removes one record)
+  ///   4. truncate the log, sync, delete NAME.tmp, sync the directory
   /// The log keeps its inode, owner and mode. Copies use blocks of 64 KiB with a pause of 1 ms before each. If step 2
   /// fails, the log is unchanged. If step 3 or 4 fails, NAME.tmp stays for the next cut.
   /// A kill or a power failure in step 3 leaves some records twice, or one record mixed from two where it crosses a

@@ -67,10 +67,10 @@ ZELVANE_API long LogReaderTimeEvents(void* log, short startCode, short endCodeA,
 /// - If the condition is still in force at the end of the scan, it counts up to the last record before that point,
 ///   provided that it was in force at some record inside the span. It does not count up to the end of the span or up to
 ///   now.
-/// - Nothing else is cut. Without such a record inside the span, an interval counts from its own beginning. An interval
-///   that begins with the very first record after the span counts its distance from the last second of the span as
-///   negative. In a log that is out of order or has negative time stamps, sums can leave the span in other ways, and
-///   wrap.
+/// - Nothing else is cut. Without such a record inside the span, an interval counts from its own beginning. If the
+///   interval begins with the very first record after the span, the result is reduced by the seconds between the end of
+///   the span and that record. In a log that is out of order or has negative time stamps, sums can leave the span in
+///   other ways, and wrap.
 ZELVANE_API long LogReaderTimeEvents2(void* log, short startCode, short const* endCodes, unsigned long count, long from,
                                       long to);
 
