@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# check.sh LIBRARY [--update]: the types and virtual tables of the built library (with debug information) compared with
-# those of the release in abi/libzelvane.abi. Any difference wants to be seen: --update writes the description anew.
+# check.sh LIBRARY [--update]: compares the types and virtual tables of the built library (with debug information) with
+# those of the release in abi/libzelvane.abi. Every difference must be reviewed: --update writes the description again.
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 describe() {

@@ -111,8 +111,8 @@ class BySimpleIni {
   CSimpleIniA list_;
 };
 
-// The same with what the list owes its callers when it saves: a file beside the old one, synced, with the old one's
-// mode, renamed over it, and the folder synced.
+// The same with the guarantees of the list's save: writes a temporary file in the same directory, syncs it, gives it
+// the old mode, renames it over the old file and syncs the directory.
 class BySyncedSimpleIni : public BySimpleIni {
  public:
   explicit BySyncedSimpleIni(ScratchFile const& file) : BySimpleIni(file), path_(file.Path()), made_(path_ + ".new") {}

@@ -70,8 +70,9 @@ void PeerAppend(benchmark::State& state) {
   for (auto _ : state) AppendPeer(path, when++, payload);
 }
 
-// The lower bound for a log that keeps its promises: the same calls, plus the number of records before and after, no
-// scratch file left by an earlier cut, a file whose name is on disk, and the record too.
+// The lower bound for a log with the same guarantees: the same calls, plus those that count the records before and
+// after, look for the scratch file of an earlier cut, examine the file (a new one needs a synced name) and sync the
+// record.
 void FloorAppend(benchmark::State& state) {
   ScratchFile const log("append");
   std::string const &path = log.Path(), scratch = path + ".tmp";
@@ -171,7 +172,7 @@ void FloorReadByIndex(benchmark::State& state) {
 
 // ---- Statistics ----
 
-// A record about every minute for two years, one in ten with the code that is searched.
+// A record about every minute for two years; one in ten has the code that is counted.
 struct Sample {
   std::string bytes;
   void* handle = nullptr;
@@ -205,7 +206,7 @@ struct Sample {
   }
 };
 
-// There is no leap day in the span, so a date is in it if its time is.
+// The span has no leap day, so a date is in it if its time stamp is.
 unsigned long CountPeer(Sample const& sample, std::uint16_t code) {
   unsigned long count = 0;
   char const* const end = sample.bytes.data() + sample.bytes.size();

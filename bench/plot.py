@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""plot.py RUNS.json: an SVG of the growth from 100 to 1,000,000 keys, ours and the peers, on standard output.
+"""plot.py RUNS.json: an SVG of the growth from 100 to 1,000,000 keys, ours and the others, on standard output.
 
 plot.py --ratios RUNS.json: instead, the ratio of each row of the table as a bar to the left or right of 1."""
 import math
@@ -7,7 +7,7 @@ import sys
 
 from table import limit_of, medians, ratio
 
-# Panel: its title, and how many things one run of the task does; None: one to each key.
+# Panel: its title, and the number of operations in one run of the task; None means one for each key.
 TASKS = {"load": ("load, per key", None), "look-up-10000": ("look up, per look-up", 10000),
          "change-to-text": ("change one key, text of the file, per key", None),
          "change-and-save": ("change one key and save, per key", None),
@@ -48,7 +48,7 @@ def growth(measured):
 
 
 def ratios(measured):
-    """One bar a row, on a logarithmic axis from a hundredth to ten times. A tick marks the row's limit, red a missed one."""
+    """Draws one bar for each row, on a logarithmic axis from 1/100 to 10. A tick marks the limit, red if missed."""
     found = [(task, size, ratio(whos), limit_of(task, size)) for (task, size), whos in measured.items()]
     rows = [row for row in found if row[2] is not None]
     name, bar, line, top = 210, 420, 15, 30

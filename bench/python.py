@@ -57,7 +57,7 @@ def theirs(path):
 
 
 def processor_time():
-    """Of this process and its finished children, in seconds."""
+    """Returns the time of this process and its finished children in seconds."""
     spent = [resource.getrusage(who) for who in (resource.RUSAGE_SELF, resource.RUSAGE_CHILDREN)]
     return sum(usage.ru_utime + usage.ru_stime for usage in spent)
 

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# run.sh BUILD [--quick] [--keep FOLDER]: runs every benchmark of the programs in BUILD/bench, each in a process of its
-# own (what one leaves of the heap would be the next one's luck), and prints the medians beside their peers. --keep also
-# writes the table and the plots of docs/performance.md there.
+# run.sh BUILD [--quick] [--keep FOLDER]: runs every benchmark of the programs in BUILD/bench and prints the medians
+# next to those of the comparison libraries. Each benchmark has its own process, so that the heap left by one does not
+# affect the next. --keep also writes the table and the plots of docs/performance.md to FOLDER.
 set -euo pipefail
 here=$(dirname "$0")
 build=$1

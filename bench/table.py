@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""Prints the medians of benchmark runs (Google Benchmark's JSON): ours, the best peer, their ratio, and what it must be.
+"""Prints the medians of benchmark runs (Google Benchmark's JSON): ours, the best other, their ratio and its limit.
 
-Ratios below 1 are faster. `floor` stands for the same work done with bare system calls or a bare loop; rows that miss
-their limit are marked. --markdown prints the table of docs/performance.md."""
+Ratios below 1 are faster. `floor` is the lower bound: the same work with bare system calls or a bare loop. Rows
+that miss their limit are marked. --markdown prints the table of docs/performance.md."""
 import collections
 import json
 import statistics
@@ -10,7 +10,7 @@ import sys
 
 NANOSECONDS = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
 
-# The largest ratio per task, of the sizes in the order of the run or of all.
+# The largest ratio per task, for the sizes in the order of the run, or for all sizes.
 LIMITS = {
     "load": {"100": 0.4, "10000": 0.3, "1000000": 0.45},
     "read-ten-keys": {"100": 0.6, "10000": 0.4},
@@ -62,7 +62,7 @@ def medians(paths):
                 if run.get("run_type") != "iteration" or run.get("error_occurred"):
                     continue
                 task, who, *size = run["name"].split("/")
-                waits = size[-1:] == ["real_time"]  # for the disk: the processor's time says nothing there
+                waits = size[-1:] == ["real_time"]  # on the disk: processor time means nothing there
                 if waits:
                     size.pop()
                 time = run["real_time" if waits else "cpu_time"] * NANOSECONDS[run["time_unit"]]
@@ -90,7 +90,7 @@ def verdict(value, limit):
 
 
 def best_other(whos):
-    """Who is best beside ours, and the column that is compared: the time, or the memory where that is measured."""
+    """Returns the best of the others and the column to compare: the time, or the memory where measured."""
     column = 0 if whos["ours"][1] is None else 1
     others = {who: value for who, value in whos.items() if who != "ours" and not who.startswith("ours-")}
     who = "floor" if "floor" in others else min(others, key=lambda name: others[name][column], default=None)
@@ -98,7 +98,7 @@ def best_other(whos):
 
 
 def ratio(whos):
-    """Ours beside the best other; None where there is none."""
+    """Returns ours divided by the best other; None if there is none."""
     who, column = best_other(whos) if "ours" in whos else (None, 0)
     return None if who is None else whos["ours"][column] / whos[who][column]
 
@@ -116,7 +116,7 @@ def rows(measured):
 
 
 def beside_itself(measured):
-    """The cost of loading one key of a million beside one of ten thousand."""
+    """Returns the cost of loading one key of a million, divided by that of one of ten thousand."""
     per_key = [measured.get(("load", size), {}).get("ours") for size in ("10000", "1000000")]
     if all(per_key):
         growth = per_key[1][0] / per_key[0][0] / 100

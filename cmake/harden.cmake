@@ -1,4 +1,4 @@
-# zelvane_hardened: what an exploit of a memory fault has to get past. Sanitizers bring checks of their own.
+# zelvane_hardened: protection against exploits of memory errors. Sanitizers have their own checks.
 include(CheckCXXCompilerFlag)
 
 add_library(zelvane_hardened INTERFACE)
@@ -10,7 +10,7 @@ if(ZELVANE_HARDEN AND NOT ZELVANE_SANITIZE)
       target_compile_options(zelvane_hardened INTERFACE ${flag})
     endif()
   endforeach()
-  # The checks of the C library need optimisation, and a compiler may define the macro itself.
+  # The C library's checks require optimisation. A compiler may already define the macro.
   target_compile_options(zelvane_hardened INTERFACE
     "$<$<NOT:$<CONFIG:Debug>>:SHELL:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2>")
   target_link_options(zelvane_hardened INTERFACE -Wl,-z,relro,-z,now)

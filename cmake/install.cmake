@@ -10,7 +10,7 @@ foreach(header ${zelvane_headers})
   install(FILES ${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/${folder})
 endforeach()
 
-# Only at installation the prefix is certain: `cmake --install` takes another one with --prefix.
+# The prefix is known only at installation: `cmake --install --prefix` can change it.
 set(zelvane_prefix "@CMAKE_INSTALL_PREFIX@")
 configure_file(${CMAKE_CURRENT_LIST_DIR}/zelvane.pc.in zelvane.pc.in @ONLY)
 install(CODE "configure_file(\"${CMAKE_BINARY_DIR}/zelvane.pc.in\" \"${CMAKE_BINARY_DIR}/zelvane.pc\" @ONLY)")

@@ -1,13 +1,13 @@
 #!/usr/bin/env bash
-# Runs every fuzzer for that many seconds, as many in parallel as there are processors:
-# fuzz/run.sh BUILD_DIRECTORY SECONDS [SEED]. With a seed, an empty corpus goes through the same inputs every time.
+# Runs every fuzzer for SECONDS, with as many in parallel as there are processors:
+# fuzz/run.sh BUILD_DIRECTORY SECONDS [SEED]. With a seed, an empty corpus always leads to the same inputs.
 # Findings stay in BUILD_DIRECTORY/found; the corpus stays in BUILD_DIRECTORY/corpus for the next run.
 set -euo pipefail
 build=$1
 seconds=$2
 seed=${3:-0}  # 0: a different one each time
 here=$(cd "$(dirname "$0")" && pwd)
-# The inputs are files that the library syncs: in memory, where programs can also be started there.
+# The library syncs the input files, so they are in memory if programs can be executed there.
 if [ -w /dev/shm ] && ! findmnt -no OPTIONS /dev/shm | grep -q noexec; then export TMPDIR=/dev/shm; fi
 export here build seconds seed
 one() {

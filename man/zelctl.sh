@@ -1,5 +1,5 @@
 #!/bin/sh
-# zelctl.sh ZELCTL TEMPLATE: the manual page of zelctl, with the commands that the built one has.
+# zelctl.sh ZELCTL TEMPLATE: prints the manual page of zelctl, with the commands of the built one.
 set -eu
 commands=$("$1" help --manual)
 [ -n "$commands" ]

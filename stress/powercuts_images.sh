@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
-# Power cuts of real file systems. Usage: powercuts_images.sh ZELVANE_STRESS
-# Each case runs on a mounted image of its own. The image file is copied, still mounted, 1 s and 7 s after the last
-# reported success, with no sync in between: the copy holds what the kernel has passed to the disk by then. The copies
-# are mounted and judged.
+# Power failures on real file systems. Usage: powercuts_images.sh ZELVANE_STRESS
+# Each case runs on its own mounted image. The image file is copied while mounted, 1 s and 7 s after the last reported
+# success, with no sync in between, so the copy contains what the kernel had written by then. The copies are then
+# mounted and checked.
 set -euo pipefail
 
 stress=$1

@@ -1,4 +1,4 @@
-// The loops for other instruction sets beside the plain one: not every machine that runs the tests chooses the same.
+// The Base64 loops for every instruction set, since each machine that runs the tests would use only one of them.
 #include "zelvane/crypto/base64_groups_internal.h"
 
 #include "support/test.h"
@@ -10,7 +10,7 @@ using zelvane::internal::Base64Loops;
 using zelvane::internal::kBase64Slack;
 using Bytes = std::vector<unsigned char>;
 
-constexpr size_t kGroups = 40;  // several vectors and a rest
+constexpr size_t kGroups = 40;  // several vectors and a remainder
 
 Bytes Encoded(Base64Loops const& loops, Bytes const& bytes, size_t count) {
   Bytes text(count * 4);

@@ -11,7 +11,7 @@ using Calls = std::vector<Call>;
 
 std::string const kAlphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
-// ---- The codec told again, group by group, with the calls that a progress object gets ----
+// ---- A model of the codec, group by group, with the calls to the progress object ----
 
 void Step(Calls& calls, size_t consumed, size_t total) {
   auto const percent = static_cast<unsigned>(std::lround(100.0 * static_cast<double>(consumed) / double(total)));
@@ -68,13 +68,13 @@ TEST(Base64, AgreesWithTheNaiveCodecInBytesAndCalls) {
   for (size_t round = 0; round < 600; round++) {
     std::string bytes(round < 200 ? 1 + round : 1 + pick(3000), '\0');
     for (char& byte : bytes) byte = static_cast<char>(pick(256));
-    Recorder recorder;  // each call costs a pause: watched now and then only
+    Recorder recorder;  // each call pauses, so only some rounds use it
     Calls calls;
     EncodeBase64 encoder;
     DecodeBase64 decoder;
     encoder.SetProgress(round % 10 == 0 ? &recorder : nullptr);
     decoder.SetProgress(round % 10 == 0 ? &recorder : nullptr);
-    std::vector<char> const exact(bytes.begin(), bytes.end());  // without a NUL behind it
+    std::vector<char> const exact(bytes.begin(), bytes.end());  // without a NUL after it
     ASSERT_TRUE(encoder.LoadFromBuf(exact.data(), exact.size()));
     std::string text = NaiveEncode(bytes, calls);
     ASSERT_EQ(Result(encoder), text) << "round " << round;
@@ -107,7 +107,7 @@ TEST(Base64, ABufferIsFilledToItsSize) {
 }
 
 TEST(Base64, EveryFormOfATextDoesTheSame) {
-  // "?": refused, the output is as it was.
+  // "?": fails, the output is unchanged.
   std::pair<char const*, char const*> const rows[] = {{"YWJjAA==", "abc"}, {"A", "?"}, {"!?", "?"}};
   for (auto const& [original, plain] : rows) {
     EncodeBase64 encoder;
@@ -145,7 +145,7 @@ TEST(Base64, Files) {
   EXPECT_TRUE(EncodeBase64().EncodeFile(plain, scratch.Path("new")));
   umask(mask);
   EXPECT_EQ(fs::status(scratch.Path("new")).permissions(), fs::perms(0644));
-  EXPECT_TRUE(DecodeBase64().DecodeFile(text.c_str(), text.c_str()));  // loaded before it is written
+  EXPECT_TRUE(DecodeBase64().DecodeFile(text.c_str(), text.c_str()));  // it is loaded before it is written
   std::pair<std::string, std::string> const refused[] = {
       {scratch.Path("missing"), text}, {scratch.Path(), text}, {plain, ""}, {plain, "/dev/full"}};
   for (auto const& [from, to] : refused) EXPECT_FALSE(EncodeBase64().EncodeFile(from, to)) << from << " to " << to;

@@ -1,4 +1,4 @@
-// The browse list: what is read, what each change writes, stamps and flushes, and what goes with a removed entry.
+// The browse list: what is read, what each change writes, stamps and flushes, and which entries a removal includes.
 #include "zelvane/browse/browselist.h"
 
 #include "support/settings.h"
@@ -16,7 +16,7 @@ constexpr std::array kRemoveOf = {RemoveBrwsGroupByGroup, RemoveBrwsComputerByGr
 constexpr std::array kClear = {ClearBrwsGroupsList, ClearBrwsComputersList, ClearBrwsNobreaksList};
 constexpr std::array kCount = {GetBrwsGroupsCount, GetBrwsComputersCount, GetBrwsNobreaksCount};
 
-// An entry as a record of each kind; texts of an array's width leave it without NUL.
+// An entry as a record of each kind. A text as long as its array gets no NUL.
 struct Records {
   Records(int32_t id, std::string const& name, int32_t owner, std::string const& address = "2.2.2.2") {
     group.id = computer.id = nobreak.id = id;
@@ -29,7 +29,7 @@ struct Records {
   BrwsNobreakRec nobreak = {0, "", 3000000000, 0};
 };
 
-// The record at a position as text, "" when there is none.
+// The record at a position as text; "" if there is none.
 std::string Read(void* list, Kind kind, unsigned long index) {
   Records r(77, std::string(256, 'x'), 77, std::string(16, 'x'));
   std::ostringstream read;
@@ -42,7 +42,7 @@ std::string Read(void* list, Kind kind, unsigned long index) {
   return read.str();
 }
 
-// One list in a scratch folder.
+// A list in a scratch directory.
 class BrowseList : public testing::Test {
  protected:
   ~BrowseList() override { CloseBrwsList(list_); }
@@ -51,7 +51,7 @@ class BrowseList : public testing::Test {
     list_ = OpenBrwsList(folder_.Write("list.cfg", bytes).c_str());
   }
   bool IsNow(long stamp) const { return stamp >= began_ && stamp <= GetDateTime(); }
-  // The whole file, with "now" for a stamp made since the test began.
+  // The whole file, with "now" for a time stamp set since the test began.
   std::string File() const {
     std::string bytes = folder_.Read("list.cfg");
     std::size_t const at = bytes.find("DATETIME = ");
@@ -62,7 +62,7 @@ class BrowseList : public testing::Test {
     EXPECT_EQ(CloseBrwsList(std::exchange(list_, nullptr)), 1);
     return File();
   }
-  // The changes in one form: (a)dd, (e)dit, (r)emove, remove those (o)f an owner, (c)lear, (s)tamp.
+  // The changes: (a)dd, (e)dit, (r)emove, remove those (o)f an owner, (c)lear, (s)tamp.
   int Do(char change, Kind kind, Records const& r, bool flush, bool plusOne = true, unsigned long* id = nullptr) {
     if (change == 's') return UpdateBrwsFileDate(list_, flush);
     if (change == 'c') return kClear[kind](list_, flush);
@@ -103,7 +103,7 @@ TEST_F(BrowseList, WritesWhatItIsGiven) {
                          "3000000000;1\n1 = x;127.0.0.1;3000000000;-1");
   Open("; \xE9\r\n[COMPUTERS]\n5 = broken\n-1 = odd;1.1.1.1;-1\n[NOBREAKS]\n0 = a;;007;+5\n1=" + n + "n;;x;5\n" + rest +
        "6 = f;;1;-1\n[GROUPS]\n2 = x;-1\n");
-  for (int32_t const group : {8, 9})  // it does not go with the group where it was before
+  for (int32_t const group : {8, 9})  // it moved, so removing its old group keeps it
     EXPECT_EACH((Do('e', kComputer, {5, "pc", group}, false), Do('o', kComputer, {17 - group, "", 0}, false)), 1);
   EXPECT_EACH((Do('e', kGroup, {2, "y", 2}, false), Do('e', kComputer, {-1, "pc", 9}, false)), 1);
   EXPECT_EQ(Do('e', kNobreak, {6, "f", 5}, false), 1);
@@ -174,7 +174,7 @@ TEST_F(BrowseList, ACircleDeeperThanAnyStack) {
   EXPECT_EQ(File(), "[GROUPS]\n[COMPUTERS]\n6 = other;1.1.1.1;-1\n\n[DATE]\nDATETIME = now");
 }
 
-// A naive list, which asks every entry again each time; its file has others besides, which no change reaches.
+// A naive list that searches all entries every time. The file also has other entries, which no change affects.
 struct Model {
   std::map<int64_t, int64_t> owners[3];  // by identifier
 

@@ -1,4 +1,4 @@
-// The configuration engine: what a file's lines mean, what each operation writes, error codes, replaced steps.
+// The configuration engine: the meaning of a file's lines, what each operation writes, error codes, overridden hooks.
 #include "zelvane/config/cfgclass.h"
 
 #include "support/records.h"
@@ -9,7 +9,7 @@ namespace {
 using test::Scratch;
 using test::Words;
 
-// The index as text: sections and keys in the order of the engine, "NAME{KEY=value|KEY=value}".
+// The index as text: sections and keys in the engine's order, "NAME{KEY=value|KEY=value}".
 std::string Dump(CfgClass& cfg) {
   std::string text;
   for (unsigned long s = 0; s < cfg.GetSectionCount(); s++) {
@@ -32,7 +32,7 @@ TEST(CfgParse, LinesAndWhatTheyMean) {
   }
 }
 
-// Makes the changes of a row of the table, which says how they are written there.
+// Makes the changes of a table row; the table describes their notation.
 void Change(CfgClass& cfg, std::string const& changes) {
   std::istringstream in(changes);
   for (std::string change; std::getline(in, change, ',');) {
@@ -83,7 +83,7 @@ TEST(CfgErrors, ArgumentsThenFileThenMode) {
   EXPECT_NONE(open.LocateSection("none", &none), open.LocateKey(&none, "k", nullptr));
 #define ZELVANE_CALL(call) #call, [&](CfgClass & c) { return c.call; }
   struct {
-    char const* codes;  // of the closed object, the read-only one and the open one; "-" where it makes no sense
+    char const* codes;  // of the closed, the read-only and the open object; "-" if not applicable
     char const* name;
     std::function<bool(CfgClass&)> call;
   } const rows[] = {
@@ -135,7 +135,7 @@ TEST(CfgErrors, ArgumentsThenFileThenMode) {
       EXPECT_EQ(Words(cfg->GetErrorCode(), cfg->IsFail()), Words(code, code != '0')) << row.name;
     }
   }
-  // Flushing what cannot be written to is no failure, yet says why nothing happened.
+  // Flushing an object that cannot be written is no failure, but sets the error code.
   for (auto [cfg, code] : {std::pair(&closed, 5), {&readOnly, 6}, {&open, 0}})
     EXPECT_EACH((cfg->Flush(), cfg->GetErrorCode()), true, code) << code;
   EXPECT_EQ(test::ReadFile(path), "[S]\nk = 1") << "refused insertions leave the lines alone";
@@ -155,7 +155,7 @@ TEST(CfgFiles, WhatCannotBeReadWholeIsNotOpened) {
   std::string const path = scratch.Write("f.cfg", ""), pipe = scratch.Path("pipe");
   ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
   int const writer = open(pipe.c_str(), O_RDWR | O_NONBLOCK);
-  EXPECT_EQ(write(writer, "a=1\nb=2\nc", 9), 9);  // and the rest does not come
+  EXPECT_EQ(write(writer, "a=1\nb=2\nc", 9), 9);  // the remainder does not arrive
   using Row = std::pair<std::string, char const*>;
   for (auto const& [name, codeAndLine] :
        {Row("", "1 0 "), Row(scratch.Path("none.cfg"), "2 0 "), Row(scratch.Path("none/f.cfg"), "2 0 "),
@@ -211,7 +211,7 @@ TEST(CfgTyped, TextThatIsNoSuchValueGivesTheDefault) {
   Scratch scratch;
   CfgClass cfg;
   ASSERT_ALL(cfg.Open(scratch.Write("f.cfg", "")), cfg.SetCached(true));
-  for (char const* text : {"", "yes", "1,5", "07/03"}) {  // the last two are shorter than the format, too
+  for (char const* text : {"", "yes", "1,5", "07/03"}) {  // the last two are also shorter than the format
     ASSERT_TRUE(cfg.WriteStr("T", "k", text));
     EXPECT_EQ(Words(cfg.ReadInt("T", "k", -7), cfg.ReadBool("T", "k", true), cfg.ReadBool("T", "k", false)), "-7 1 0 ");
     EXPECT_EQ(Words(cfg.ReadFloat("T", "k", -7), cfg.ReadDateTime("T", "k", "dd/mm/yyyy", -1)), "-7 -1 ") << text;
@@ -220,7 +220,7 @@ TEST(CfgTyped, TextThatIsNoSuchValueGivesTheDefault) {
   EXPECT_EQ(cfg.ReadDateTime("T", "k", nullptr, -1), -1) << "shorter than the default format";
 }
 
-// Whether a call with such arguments compiles.
+// Whether a call with these arguments compiles.
 constexpr auto kRead = [](auto... args) -> decltype(std::declval<CfgClass&>().ReadBool(args...)) { return {}; };
 constexpr auto kWrite = [](auto... args) -> decltype(std::declval<CfgClass&>().WriteBool(args...)) { return {}; };
 template <auto& kCall, class... Args>
@@ -231,8 +231,8 @@ static_assert(kCompiles<kRead, Text, unsigned long, bool> && !kCompiles<kRead, u
 static_assert(kCompiles<kWrite, Text, int> && !kCompiles<kWrite, Text, Text> && !kCompiles<kWrite, Text, Text, Text>);
 static_assert(kCompiles<kWrite, std::string, std::string, bool> && !kCompiles<kWrite, std::string, Text>);
 
-// The forms of a family on key K: four that name section T, where it is number 0, and four that mean the current one,
-// S, where it is number 1. `texts` is `args` for the forms that take std::string.
+// The overloads of an operation on key K: four that name section T, where K is number 0, and four for the current
+// section S, where it is number 1. `texts` is `args` for the overloads with std::string.
 #define ZELVANE_TOLD(op, place, args) [](CfgClass& c) { return Words(c.op(ZELVANE_UNPACK place, ZELVANE_UNPACK args)); }
 #define ZELVANE_FORMS(op, args, texts)                                                                        \
 #op, {                                                                                                      \
@@ -248,8 +248,8 @@ TEST(CfgTyped, EveryFormOfAFamilyDoesTheSame) {
   struct {
     char const* name;
     string (*forms[8])(CfgClass&);
-    char const *inS, *inT;      // K there
-    char const *toldS, *toldT;  // by a form that works there: the result; for a writer, what K is then
+    char const *inS, *inT;      // the value of K there
+    char const *toldS, *toldT;  // by an overload for that section: the result; for a writer, the new value of K
     char const* closed;         // the result without a file
   } const rows[] = {
       {ZELVANE_FORMS(ReadStr, ("d"), (string("d"))), "a", "b", "a", "b", "d"},
@@ -281,18 +281,18 @@ TEST(CfgTyped, EveryFormOfAFamilyDoesTheSame) {
       EXPECT_EQ(Dump(cfg), "S{A=other|K=" + s + "}T{K=" + t + "}");
       EXPECT_EACH((cfg.ReadStr(0UL, ""), cfg.ReadStr("T", 0UL, ""), cfg.ReadStr(0UL, "")), "other", t, "other");
       ASSERT_ALL(cfg.DeleteKey("S", "K"), cfg.DeleteKey("T", "K"));
-      if (writes && form % 2 == 0) continue;  // by name it would make the key
+      if (writes && form % 2 == 0) continue;  // an overload by name would create the key
       EXPECT_EQ(row.forms[form](cfg), row.closed + string(" ")) << "no such key";
     }
   }
 }
 
-// A variant that notes which steps are taken, and does not insert one name.
+// A subclass that records the hooks called and refuses to insert one name.
 struct Steps : CfgClass {
   std::string taken, refused = "-";
   bool upper = true;
   bool GetUpperCaseWriteCache() override {
-    CfgClass::LocateSection("a look-up in between", nullptr);  // must not get into what is being inserted
+    CfgClass::LocateSection("a look-up in between", nullptr);  // must not affect the insertion
     return taken += 'U', upper;
   }
   bool LoadFile(bool n) override { return taken += 'L', CfgClass::LoadFile(n); }
@@ -362,7 +362,8 @@ TEST(CfgSteps, APositionReachesTheOtherSections) {
   ASSERT_ALL(cfg.Open(scratch.Write("f.cfg", "[A]\na=1\n[B]\nb=1\nc=2\n[A]\nd=3")), cfg.LocateSection("a", &a));
   CfgClass::SectionPosition const b = std::next(a);
   EXPECT_EQ(Words(*a->second.lastKey->second.line, *b->second.lastKey->second.line), Words("d=3", "c=2"));
-  // A section that is entered there has its keys among the lines of another, which does not take them for its own.
+  // A section that was inserted there has its keys among the lines of another one, which must not treat them as its
+  // own.
   CfgClass::LinePosition const inside = std::next(b->second.header);
   EXPECT_ALL(cfg.InsertSection("x", &inside, false), cfg.WriteStr("x", "k", "1"));
   EXPECT_EQ(Dump(cfg), "A{A=1|D=3}B{B=1|C=2}X{K=1}");

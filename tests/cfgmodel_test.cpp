@@ -1,11 +1,11 @@
-// The engine beside a naive model: the same seeded operations on both, every byte and every answer compared.
+// The engine against a naive model: the same seeded operations on both, every byte and every result compared.
 #include "support/test.h"
 #include "zelvane/config/cfgclass.h"
 #include "zelvane/core/strutils.h"
 
 namespace {
 
-// A list of lines, searched from the start for everything.
+// A list of lines, searched from the start every time.
 class Model {
  public:
   explicit Model(bool upper) : upper_(upper) {}
@@ -24,7 +24,7 @@ class Model {
         current = &sections_.try_emplace(name, Section{lines_.back(), {}, {}}).first->second;
       }
       if (header) continue;
-      std::size_t const equals = line.find('=');  // without one all of the line is the value, too
+      std::size_t const equals = line.find('=');  // without one the whole line is also the value
       auto const [key, first] = current->keys.try_emplace(AnsiUpperCase(Trim(line.substr(0, equals))),
                                                           Key{Trim(line.substr(equals + 1)), lines_.back()});
       if (first) current->written = {key->first};
@@ -98,10 +98,10 @@ class Model {
   struct Section {
     Line header;
     std::map<std::string, Key> keys;
-    test::Names written;  // the last loaded key, then those written, without the deleted ones
+    test::Names written;  // the last loaded key, then the written ones, without the deleted ones
   };
 
-  // An empty one when there is none.
+  // An empty section if there is none.
   Section& Find(std::string const& name) {
     auto const found = sections_.find(AnsiUpperCase(name));
     return found == sections_.end() ? none_ = Section() : found->second;
@@ -127,7 +127,7 @@ std::string Dump(CfgClass& cfg) {
   return text;
 }
 
-// Takes every step through the virtual table, so that the engine cannot take its short ways.
+// Calls every hook through the virtual table, so the engine cannot use its direct paths.
 class Stepwise : public CfgClass {};
 
 void Drive(CfgClass& cfg, bool upper, unsigned seed, int operations) {
@@ -153,7 +153,7 @@ void Drive(CfgClass& cfg, bool upper, unsigned seed, int operations) {
     std::string const section = one(sections), base = one(keys);
     std::string const key = base + (below(2) == 0 ? std::to_string(below(40)) : "");
     std::size_t choice = below(100);
-    // Now and then a stretch with few removals, in which enough is asked for the engine to build its tables.
+    // Some stretches have few removals and enough lookups for the engine to build its tables.
     if (i / 200 % 2 == 1 && choice >= 45 && choice < 73) choice = 80;
     if (choice < 45) {
       std::string const value = one(values);
@@ -165,7 +165,7 @@ void Drive(CfgClass& cfg, bool upper, unsigned seed, int operations) {
     } else if (choice < 76) {
       unsigned long const n = below(20);
       std::string name;
-      for (unsigned long k = seed % 2 * n; k <= n; k++) name = cfg.GetKeyName(section, k);  // at a leap or by a walk
+      for (unsigned long k = seed % 2 * n; k <= n; k++) name = cfg.GetKeyName(section, k);  // by a jump or step by step
       ASSERT_EQ(name, model.Name(section, n));
       cfg.SetSection(section);
       ASSERT_EQ(cfg.DeleteKey(n), !name.empty());
@@ -200,8 +200,8 @@ TEST(CfgModel, SameBytesAsANaiveList) {
   }
 }
 
-// A file that is read before it is changed, with few questions to each section, with many, and by number at first or
-// last: each is answered from another list. Names are repeated, spelled in several ways, and begin alike.
+// A file is read before it is changed: with few lookups in each section, with many, and by number first or last. Each
+// case uses another list. Names are repeated, in several spellings, with common beginnings.
 TEST(CfgModel, ALoadedFile) {
   test::Scratch scratch;
   for (unsigned seed = 1; seed <= 60; seed++) {
@@ -243,7 +243,7 @@ TEST(CfgModel, ALoadedFile) {
   }
 }
 
-// Numbers in any order, with insertions and deletions between, on maps large enough for several rows of the index.
+// Numbers in any order, between insertions and deletions, in maps large enough for several rows of the index.
 TEST(CfgModel, AddressingByNumber) {
   test::Scratch scratch;
   std::mt19937 random(7);

@@ -11,7 +11,7 @@ std::string const kKey = FromHex("e7b40ec21cad7be3");
 std::string g_iv = "initial.";
 
 bool Key(Cipher_Safer& cipher, std::string const& key, int mode, void* iv = nullptr) {
-  // A copy of exactly that size: a byte read beyond it is seen by the sanitizer.
+  // A copy of exactly that size, so that the sanitizer sees a read past its end.
   std::vector<char> const exact(key.begin(), key.end());
   return cipher.InitNew(exact.empty() ? "" : exact.data(), static_cast<long>(key.size()), iv, SaferMode(mode));
 }
@@ -30,14 +30,14 @@ std::string Code(CipherClass& cipher, Coder coder, std::string const& bytes) {
   return out;
 }
 
-// What a subclass may do: it says nothing new here, but the library cannot know.
+// A subclass: its override changes nothing, but the library cannot know that.
 struct Replaced : Cipher_Safer_SK64 {
   size_t blocks = 0;
   void Encode(void* block) override { blocks++, Cipher_Safer_SK64::Encode(block); }
   void Decode(void* block) override { blocks++, Cipher_Safer_SK64::Decode(block); }
 };
 
-// A key that another one and a rest went before, back at its initial block.
+// Sets the key after another key and a partial block; the cipher is back at its initial block.
 void Begin(Cipher_Safer& cipher, int mode) {
   for (CipherMode before : {CIPHER_CODE_BOOK, CIPHER_CHAINED}) {
     ASSERT_TRUE(Key(cipher, kKey, SAFER_SK64, g_iv.data()));
@@ -105,7 +105,7 @@ TEST(Cipher, WithoutAKeyOrABufferNothingHappens) {
   Cipher_Safer_K64 fresh, forgotten;
   Replaced keyed;
   fresh.InitEnd(nullptr);
-  fresh.Internal_InitTab(), fresh.Internal_InitKey(kKey.data(), 8);  // no room yet
+  fresh.Internal_InitTab(), fresh.Internal_InitKey(kKey.data(), 8);  // no buffer yet
   ASSERT_ALL(Key(forgotten, kKey, SAFER_SK64), Key(keyed, kKey, SAFER_SK64), forgotten.InitBegin(nullptr));
   keyed.Internal_InitKey(nullptr, 8);
   char text[] = "unchanged";
@@ -129,7 +129,7 @@ TEST(Cipher, KeysOfAnyLengthArePaddedOrCut) {
   std::string const key = FromHex("097d6dbf5689cd9201ccf5d7bcc7c674aa55");
   for (int mode : {0, 1, 2, 3, 4, 5, 6, 7, 8, -1}) {
     for (size_t length = 0; length <= key.size(); length++) {
-      // The family alone takes the variant by the length; an unknown one is K with eight rounds.
+      // A family without a variant takes the one for the length; an unknown one is K with eight rounds.
       int const byLength = length < 6 ? 1 : length <= 8 ? 2 : 3;
       int const variant = mode < 0 || mode > 7 ? byLength : mode % 4 == 0 ? mode + byLength : mode;
       std::string padded = key.substr(0, length);
@@ -147,9 +147,9 @@ TEST(Cipher, RoundsOnceTakenStay) {
     Cipher_Safer cipher, later, expected;
     cipher.SetRounds(asked);
     ASSERT_ALL(Key(cipher, kKey, SAFER_K128), Key(later, kKey, SAFER_K128));
-    later.SetRounds(taken);  // counts without a new key
+    later.SetRounds(taken);  // takes effect without a new key
     EXPECT_EQ(EncodeBlock(cipher), EncodeBlock(later)) << asked;
-    later.SetRounds(asked);  // with a key the default is the variant's
+    later.SetRounds(asked);  // with a key the default is that of the variant
     if (asked == taken) expected.SetRounds(asked);
     ASSERT_TRUE(Key(expected, kKey, SAFER_K128));
     EXPECT_EQ(EncodeBlock(later), EncodeBlock(expected)) << asked;
@@ -176,7 +176,7 @@ TEST(Cipher, APhraseGoesThroughTheVirtualSteps) {
   spy.SetHash(&hash);
   EXPECT_ALL(spy.InitKey("abc", g_iv.data()), spy.GetFlag(0));
   EXPECT_EQ(spy.seen, "Init Begin Rounds Tab Key End Encode Done ");
-  // The digest is hidden, and the stream begins at the initial block.
+  // The digest is hidden, and the stream starts at the initial block.
   Cipher_Safer told;
   ASSERT_TRUE(Key(told, FromHex(digest.substr(0, 16)), SAFER_SK64, g_iv.data()));
   EXPECT_EQ(Hex(std::string(static_cast<char const*>(hash.DigestKey()), 32)),
@@ -185,7 +185,7 @@ TEST(Cipher, APhraseGoesThroughTheVirtualSteps) {
   EXPECT_EQ(Code(spy, kCoders[0], "text"), Code(told, kCoders[0], "text"));
 }
 
-// A cipher with blocks of any size, as a subclass may bring one.
+// A cipher with any block size, as a subclass can have.
 struct Sized : CipherClass {
   long block, context;
   Sized(long blockSize, long contextSize) : block(blockSize), context(contextSize) {}
@@ -210,7 +210,7 @@ TEST(Cipher, NoKeyWithoutADigestOrABlock) {
     EXPECT_EACH((cipher.GetFlag(0), cipher.EncodeBuffer(bytes, bytes, 8)), keyed);
     if (keyed) EXPECT_EACH((cipher.Init("", 0, nullptr), cipher.GetFlag(0)), true, false) << "the flag is a phrase's";
     EXPECT_EQ(cipher.InitKey(std::string("phrase"), nullptr), keyed);
-    cipher.block += 8;  // the next key takes new room
+    cipher.block += 8;  // the next key needs a larger buffer
     if (keyed) EXPECT_ALL(cipher.InitKey("phrase", nullptr));
   }
 }

@@ -11,7 +11,7 @@ struct RipeManager : HashManager {
   HashClass* GetHashObject() override { return &hash; }
 };
 
-// With a hash and, unless the phrase is null, a key.
+// Has a hash and, unless the phrase is null, a key.
 struct Keyed : CipherManager {
   RipeManager hashes;
   explicit Keyed(char const* phrase = "open sesame") {
@@ -50,9 +50,9 @@ TEST(CipherManager, WhatCannotBeDoneFails) {
   for (auto const& [from, to] : refused)
     EXPECT_NONE(keyed.EncodeFile(from, to), keyed.DecodeFile(from, to)) << from << " to " << to;
   EXPECT_EACH((s.Read("source"), s.Read("kept"), bytes), text, "old", "12345678");
-  EXPECT_TRUE(keyed.EncodeFile(source, kept));  // what failed has not moved the stream
+  EXPECT_TRUE(keyed.EncodeFile(source, kept));  // a failed call does not advance the stream
   EXPECT_EQ(s.Read("kept"), Encoded(text));
-  keyed.SetAlgorithm(CipherAlgorithm(-1));  // a new cipher without a key, whatever the number
+  keyed.SetAlgorithm(CipherAlgorithm(-1));  // a new cipher without a key, for any number
   EXPECT_EACH((keyed.EncodeString("text").empty(), keyed.GetAlgorithm(), keyed.InitKey("phrase")), true, -1, true);
 }
 

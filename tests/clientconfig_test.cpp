@@ -49,7 +49,7 @@ TEST_F(Client, FreshFiles) {
   std::string const n(21, 'N'), a(16, 'N');
   EXPECT_EQ(at_.Read("home/.zelvane"), "[ZELVANE]\nLANGID = 2\nCOLORSCH = 4294967295");
   EXPECT_EQ(File(), "[CLILIST]\n0 = " + n + ";" + a + ";4294967295\n[UPSCLI]\nLIBNAME = " + n);
-  // 4294967295 does not fit a signed number.
+  // 4294967295 does not fit a signed 32-bit number.
   EXPECT_EQ(Get(), n.substr(1) + "|" + a.substr(1) + "|4375 " + std::string(20, 'n') + " 2 0 ");
 }
 
@@ -69,7 +69,7 @@ TEST_F(Client, EntryFields) {
   for (test::Case const& c : test::Cases("servers.txt", "entries")) {
     std::string const record = Get("[CLILIST]\n0 = " + c[0] + "\n[UPSCLI]\nLIBNAME = lib\n");
     EXPECT_EQ(record, c[1] == "refused" ? c[1] : c[1] + " lib 3 4 ") << c;
-    ClientConfig expected;  // of a refused entry: the user's fields alone are filled
+    ClientConfig expected;  // of a rejected entry only the user's fields are filled
     memset(&expected, 'x', sizeof expected);
     expected.langId = 3;
     expected.colorScheme = 4;
@@ -77,7 +77,7 @@ TEST_F(Client, EntryFields) {
   }
 }
 
-// The user's file, the entry and the module are saved one after the other.
+// The user's file, the entry and the module are saved one after another.
 TEST_F(Client, Failures) {
   auto const before = at_.List();
   setenv("HOME", at_.Path("missing").c_str(), 1);

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# completion.sh ZELCTL SCRIPTS: what the completion of the shell offers after some words. Of the shells that are
-# installed, fish is asked as well; the script for zsh is parsed.
+# completion.sh ZELCTL SCRIPTS: tests the candidates of shell completion after some words. Tests fish too if it is
+# installed; the script for zsh is only parsed.
 set -euo pipefail
 zelctl=$1 scripts=$2
 here=$(dirname "$(readlink -f "$0")")

@@ -1,4 +1,4 @@
-// Dates: every day beside the C library's calendar, with the peculiarities that are kept; text; the clock in zones.
+// Dates: every day against the C library's calendar, with the kept deviations; text; the clock in time zones.
 #include "zelvane/core/datetime.h"
 
 #include <sys/time.h>
@@ -10,8 +10,8 @@
 
 namespace {
 
-// What the machine's clock was asked to become: the test program has a settimeofday() of its own, which the library
-// finds before the C library's.
+// The calls that set the machine's clock. The test program has its own settimeofday(), which the library finds before
+// the C library's.
 std::string g_clock;
 bool g_clockRefuses = false;
 
@@ -49,7 +49,7 @@ Date Parsed(std::string const& date) {
 
 TEST(Calendar, EveryDayBesideTheCLibrary) {
   for (long day = 0; day <= kLast / kDay && !HasFailure(); day++) {
-    // The first and the last second, too; the last day's sum does not fit into 32 bits.
+    // Includes the first and the last second; the sum of the last day does not fit in 32 bits.
     auto const t = static_cast<std::time_t>(std::min<long long>(1LL * day * kDay + day * 7907 % kDay, kLast));
     std::tm tm = {};
     gmtime_r(&t, &tm);

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# examples.sh FOLDER REDIRECT [PACKAGES]: runs the built examples in an installation of their own; those in Python with
-# the folder of the Python package, if it was built.
+# examples.sh DIRECTORY REDIRECT [PACKAGES]: runs the built examples in an installation of their own, and the Python
+# ones if PACKAGES, the directory of the built Python package, is given.
 set -euo pipefail
 built=$1
 examples=$(cd "$(dirname "$0")/../examples" && pwd)
@@ -58,7 +58,7 @@ TEXT
 
 /usr/bin/python3 "$examples/watch.py" "$work/upscli.cfg" 0.01 >"$work/said" &
 watcher=$!
-# Whether a line comes within ten seconds.
+# Whether the line appears within ten seconds.
 says() {
   for _ in $(seq 100); do
     grep -qF "$1" "$work/said" && return

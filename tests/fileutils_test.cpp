@@ -12,7 +12,7 @@ namespace {
 using test::Scratch;
 using Text = char const*;
 
-// "-" leaves the variable unset; whoever keeps a test::Environment of it puts it back.
+// "-" unsets the variable. A test::Environment for it restores the old value.
 int Set(Text name, std::string const& value) { return value == "-" ? unsetenv(name) : setenv(name, value.c_str(), 1); }
 
 // ---- test::Names ----
@@ -64,7 +64,7 @@ TEST(Permissions, FoundByTryingWithoutTouching) {
   auto const rights = [](auto const& of) {
     return std::string(FilePermToRead(of) ? "r" : "") + (FilePermToWrite(of) ? "w" : "") + (DirExists(of) ? "d" : "");
   };
-  EXPECT_TRUE(test::AsOrdinaryUser([&] {  // who meets the modes
+  EXPECT_TRUE(test::AsOrdinaryUser([&] {  // a user who is subject to file modes
     std::string found, twins;
     for (Text name : {"file", "r", "w", "", "missing", "dangling", "file/x"}) {
       twins += name + ("=" + rights(scratch.Path(name)) + " ");
@@ -74,19 +74,19 @@ TEST(Permissions, FoundByTryingWithoutTouching) {
     EXPECT_EQ(twins, found);
     EXPECT_EQ(test::OpenDescriptors(), descriptors);
   }));
-  EXPECT_TRUE(test::AsOrdinaryUser([&] {  // in a directory that cannot be entered again, as daemons may be
+  EXPECT_TRUE(test::AsOrdinaryUser([&] {  // in a directory that cannot be entered again, as for some daemons
     std::string const closed = scratch.Path("closed");
     EXPECT_EACH((mkdir(closed.c_str(), 0700), chdir(closed.c_str()), chmod(".", 0)), 0);
     EXPECT_EACH((DirExists("/"), DirExists(closed), rmdir(closed.c_str())), true, false, 0);
   }));
-  EXPECT_FALSE(FilePermToWrite(scratch.Path("fifo")));  // and does not wait
+  EXPECT_FALSE(FilePermToWrite(scratch.Path("fifo")));  // and does not block
   EXPECT_EACH((rights(""), rights(Text(nullptr))), "");
   EXPECT_EQ(scratch.List(), (test::Names{"dangling", "fifo", "file", "r", "w"}));
 }
 
 // ---- Copying ----
 
-std::string g_calls;  // as the table shows them
+std::string g_calls;  // in the table's notation
 
 void Record(void const* context, unsigned long copied, unsigned long size, unsigned short percent, bool finished) {
   EXPECT_EQ(context, nullptr);
@@ -121,13 +121,13 @@ TEST(Copying, RefusalsAndFailures) {
   EXPECT_EACH((scratch.Read("from"), scratch.Read("to")), "new", "old");
   EXPECT_FALSE(CpFile(Record, from, "/dev/full", 0, true));
   EXPECT_EQ(g_calls, "0/3=0 3/3=100 ");
-  EXPECT_FALSE(CpFile(scratch.Path(), to, 0, true));  // a folder opens but cannot be read
+  EXPECT_FALSE(CpFile(scratch.Path(), to, 0, true));  // a directory opens but cannot be read
 }
 
 // ---- Ticks and the system ----
 
 TEST(System, TicksAndDelays) {
-  Delay(4294968);  // 32 bits of microseconds: wraps to less than one millisecond, not more than an hour
+  Delay(4294968);  // wraps in 32 bits of microseconds to less than one millisecond, not over an hour
   unsigned long const milliseconds = GetSystemTick(), microseconds = usGetSystemTick();
   EXPECT_EQ((milliseconds | microseconds) >> 16 >> 16, 0U);
   Delay(3), usDelay(2500);

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# hardened.sh FILE...: whether each has its relocations read-only from the start and canaries on its stacks.
+# hardened.sh FILE...: checks that each file has relocations that are read-only from the start, and stack canaries.
 set -euo pipefail
 for file in "$@"; do
   readelf -dW "$file" | grep 'BIND_NOW\|Flags:.*NOW' >/dev/null || { echo "$file is bound lazily" && exit 1; }

@@ -11,7 +11,7 @@ std::string State(HashClass& hash, size_t size = 32) {
   return std::string(static_cast<char const*>(hash.DigestKey()), size);
 }
 
-// Hashes the message in two pieces, the second at that distance from an aligned address.
+// Hashes the message in two parts; the second starts `shift` bytes after an aligned address.
 std::string Digest(std::string message, size_t cut, size_t shift = 0) {
   Hash_RipeMD256 hash;
   message.insert(cut, shift, '?');
@@ -22,7 +22,7 @@ std::string Digest(std::string message, size_t cut, size_t shift = 0) {
   return Hex(State(hash));
 }
 
-// The frame with the blocks that reach Transform in hexadecimal, and the calls of Protect between them.
+// A hash that records the blocks passed to Transform in hexadecimal, and the calls of Protect between them.
 struct Spy : Hash_MD4 {
   test::Names seen;
   void Transform(long* block) override { seen.push_back(Hex(std::string(reinterpret_cast<char const*>(block), 64))); }

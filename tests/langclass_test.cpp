@@ -4,12 +4,13 @@
 
 namespace {
 
-// Kept by hand: comments, CR LF, odd spacing, a name in Latin-1, a language without a name, a name without texts.
+// A hand-written file: comments, CR LF, odd spacing, a name in Latin-1, a language without a name, a name without
+// texts.
 constexpr char kFile[] =
     "; textos \xE9\r\n[lang]\r\n 1 = English ; US\r\n2=Portugu\xEAs\n9 = Klingon\n\n[1]\n12 = Power on\r\n"
     "  13=Power  off\n# note\n[3]\n1 = one\n[2]\n12 = Ligar\n";
 
-// Tells its steps, and does not load where it is told to.
+// A subclass that records the hooks called and fails to load on request.
 struct Steps : LangClass {
   using LangClass::SetLangStr;
   bool LoadStrings(long lang) override { return Note("load"), LangClass::LoadStrings(lang) && result; }

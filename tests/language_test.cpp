@@ -77,12 +77,13 @@ TEST_F(UserLanguages, TheSystemsFileIsWrittenOnlyWhenTheUsersCannotBe) {
   EXPECT_EQ(SetLangStr(lang_, 13, "x"), 0);
 }
 
-// The user's text is written but cannot be read back, and the system's table takes over: by then the caller's text,
-// which stood in the user's table, is gone.
+// The user's text is written but cannot be read back, so the system's table is loaded. The caller's text was in the
+// user's table and no longer exists.
 TEST_F(UserLanguages, ATextWhoseTableIsGone) {
   std::string const text = "a text that is too long to stand in the string itself";
   Open(1, "", "[1]\n1 = " + text + "\n");
-  root_.Write("home/.zellang.cfg", "x\n");  // loading stops here; so the section is added behind it, out of reach
+  root_.Write("home/.zellang.cfg",
+              "x\n");  // the load stops here, so the section is added after it, where it is not read
   EXPECT_EQ(SetLangStr(lang_, 2, GetLangStr(lang_, 1)), 1);
   EXPECT_EACH((System(), GetLangStr(lang_, 2), root_.Read("home/.zellang.cfg.lost")), "[1]\n2 = " + text, text, "x\n");
 }

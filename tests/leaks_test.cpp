@@ -1,4 +1,4 @@
-// The test program's own checks: what is left behind fails the test, and a list of calls names those that differ.
+// The test program's own checks: leftovers fail the test, and EXPECT_EACH names the calls that differ.
 #include "support/leaks.h"
 
 #include <gtest/gtest-spi.h>

@@ -9,8 +9,8 @@
 #include "zelvane/core/fileutils.h"
 
 namespace {
-std::function<void()> g_inPause;  // what happens in the next pause
-timespec* g_asked = nullptr;      // has the length of the next pause, which is not made
+std::function<void()> g_inPause;  // called in the next pause
+timespec* g_asked = nullptr;      // gets the length of the next pause, which is skipped
 }  // namespace
 
 // The library pauses before each block that it copies.
@@ -30,7 +30,7 @@ constexpr unsigned long kSize = 4;
 
 std::string Bytes(std::uint32_t value) { return {reinterpret_cast<char const*>(&value), 4}; }
 
-// Records first to last: the stamp is the number, the payload its complement.
+// Records `first` to `last`: the time stamp is the number, the payload its complement.
 std::string Records(std::uint32_t first, std::uint32_t last) {
   std::string bytes;
   for (std::uint32_t i = first; i <= last; i++) bytes += Bytes(i) + Bytes(~i);
@@ -41,7 +41,7 @@ bool Append(LogClass& log, std::uint32_t number) {
   return log.WriteReg(static_cast<long>(number), Bytes(~number).data(), kSize);
 }
 
-// Notes the steps that a subclass may replace: C counts the records of the file, U unloads, W writes.
+// A subclass that records the hooks called: C counts the records of the file, U unloads, W writes.
 struct Replaced : LogClass {
   unsigned long GetFileRegCount(unsigned long size) override {
     seen += "C", meanwhile();
@@ -109,7 +109,7 @@ TEST_F(RecordLog, ADamagedFileIsKeptAndBegunAnew) {
     EXPECT_EQ(ReadFile(path), Records(2, 3));
   }
   EXPECT_EACH((ReadFile(path + ".bad"), ReadFile(path + ".bad.1")), "torn!", "again") << "each is kept";
-  std::string const name(255, 'n');  // no room for ".bad"
+  std::string const name(255, 'n');  // too long for ".bad"
   log.SetFile(scratch.Write(name, "torn!"));
   EXPECT_FALSE(Append(log, 1));
   EXPECT_EQ(scratch.Read(name), "torn!");
@@ -117,13 +117,13 @@ TEST_F(RecordLog, ADamagedFileIsKeptAndBegunAnew) {
 
 TEST_F(RecordLog, OnlyTheNewestStayBeyondTheBound) {
   struct {
-    std::uint32_t before, most, first;  // `first` of the records then in the file, up to before + 1
+    std::uint32_t before, most, first;  // `first` of the records that remain, up to before + 1
   } const rows[] = {{1024, 1024, 2}, {0, 0, 2},       {0, 1, 1},       {3, 4, 1},         {4, 4, 2},
                     {8191, 8192, 1}, {8192, 8192, 2}, {8193, 8193, 2}, {20000, 0, 20002}, {20000, 16384, 3618}};
   for (auto const& row : rows) {
     WriteFile(path, Records(1, row.before));
     fs::create_hard_link(path, scratch.Path("same"));
-    if (row.most != 1024) log.SetMaxLines(row.most);  // the bound of a log that has not been given any
+    if (row.most != 1024) log.SetMaxLines(row.most);  // the default maximum
     EXPECT_TRUE(Append(log, row.before + 1)) << row.before;
     EXPECT_TRUE(scratch.Read("same") == Records(row.first, row.before + 1)) << row.before << " bound " << row.most;
     EXPECT_EQ(scratch.List(), (test::Names{"log", "same"})) << row.before;
@@ -134,7 +134,7 @@ TEST_F(RecordLog, OnlyTheNewestStayBeyondTheBound) {
 TEST_F(RecordLog, ACutThatCannotBeginLeavesTheLog) {
   WriteFile(path, Records(1, 10));
   log.SetMaxLines(6);
-  // The copy of 48 bytes ends in the middle of a record.
+  // The copy of 48 bytes ends inside a record.
   EXPECT_TRUE(test::WithShortFiles(37, [&] { log.LimitFile(kSize); }));
   EXPECT_EQ(ReadFile(path), Records(1, 10));
   EXPECT_EQ(scratch.List(), test::Names{"log"});
@@ -149,19 +149,19 @@ TEST_F(RecordLog, TheScratchFileLeadsNowhere) {
   std::string const link = path + ".tmp", victim = scratch.Write("victim", "mine");
   WriteFile(path, Records(1, 2));
   log.SetMaxLines(1);
-  // Somebody places a link between the removal of the scratch file and the copy.
+  // Another process creates a link between the removal of the scratch file and the copy.
   std::error_code there;
   log.meanwhile = [&] { fs::create_symlink(victim, link, there); };
   EXPECT_TRUE(Append(log, 3));
   fs::create_symlink(victim, link + "~");
-  log.meanwhile = [] {};  // leftovers: they go
+  log.meanwhile = [] {};  // leftovers are removed
   EXPECT_TRUE(Append(log, 4));
   EXPECT_EACH((ReadFile(path), scratch.Read("victim")), Records(4, 4), "mine");
   EXPECT_EQ(scratch.List(), (test::Names{"log", "victim"}));
 }
 
-// What power can leave of a cut while its records are copied back: sectors of the old and of the new log in any
-// mixture, and of the last record, which had not been synced, anything.
+// What a power failure can leave while the records of a cut are copied back: any mixture of sectors of the old and the
+// new log, and anything in the last record, which was not synced.
 TEST_F(RecordLog, ACutThatBrokeOffIsFinished) {
   std::mt19937 random(16);
   auto const any = [&](std::uint32_t n) { return static_cast<std::uint32_t>(random() % n); };
@@ -175,7 +175,7 @@ TEST_F(RecordLog, ACutThatBrokeOffIsFinished) {
       case 1: left.replace(settled, 8, std::string(8, '\0')); break;
       default: left.resize(settled + (tail == 2 ? 0 : 1 + any(7)));
     }
-    if (round % 4 == 0) {  // the power went before the scratch file was whole: nothing of it counts
+    if (round % 4 == 0) {  // the power failed before the scratch file was complete, so it does not count
       left = expected = Records(1, all);
       if (any(2) == 0) scratchFile.resize(any(static_cast<std::uint32_t>(whole.size())));
       std::size_t const hole = any(static_cast<std::uint32_t>(scratchFile.size() / 512 + 1)) * 512;
@@ -198,7 +198,7 @@ TEST_F(RecordLog, ACutThatBrokeOffIsFinished) {
   }
 }
 
-// A leftover of another cut, or of one that was through, must not undo what has been written since.
+// The leftover of another cut, or of a finished one, must not undo later appends.
 TEST_F(RecordLog, AScratchFileThatIsNotNeededIsOnlyRemoved) {
   std::pair<std::string, std::string> const rows[] = {{Records(2, 11), Records(2, 11)},
                                                       {Records(3, 13), Records(2, 11)},
@@ -225,7 +225,7 @@ TEST_F(RecordLog, ALogThatLeadsToItsScratchFileIsNotRemoved) {
   for (std::uint32_t i = 1; i <= 5; i++) EXPECT_TRUE(Append(log, i)) << i;
   EXPECT_EQ(scratch.Read("log.tmp"), Records(3, 5));
   EXPECT_EQ(scratch.List(), (test::Names{"log", "log.tmp"}));
-  fs::remove(scratch.Path("log.tmp"));  // no leftover but the log
+  fs::remove(scratch.Path("log.tmp"));  // the log is not a leftover
 }
 
 TEST_F(RecordLog, ALinkToALogHasAScratchFileOfItsOwn) {
@@ -236,7 +236,7 @@ TEST_F(RecordLog, ALinkToALogHasAScratchFileOfItsOwn) {
   EXPECT_EQ(scratch.List(), (test::Names{"log", "real"})) << "the leftover goes";
 }
 
-// Another program may finish its own cut between the look at its scratch file and the lock.
+// Another program can finish its own cut between the check for its scratch file and the lock.
 TEST_F(RecordLog, AScratchFileThatGoesMeanwhileIsNoFailure) {
   WriteFile(path, Records(2, 4));
   WriteFile(path + ".tmp", Records(2, 4));
@@ -251,7 +251,7 @@ TEST_F(RecordLog, AScratchFileThatGoesMeanwhileIsNoFailure) {
   EXPECT_EQ(ReadFile(path), Records(2, 5));
 }
 
-// A subclass that says twice that there are no records is taken at its word; a failure that passes is not its word.
+// If a subclass returns twice that there are no records, that counts. A single failure does not.
 TEST_F(RecordLog, ASubclassMayDisownTheRecords) {
   for (int const denials : {1, 2}) {
     WriteFile(path, Records(1, 1));
@@ -262,7 +262,7 @@ TEST_F(RecordLog, ASubclassMayDisownTheRecords) {
   }
 }
 
-// The first name settles the scratch file; later ones remove what has its name, unless it is the log.
+// The first name determines the scratch file. Later names delete that file, unless it is the log.
 TEST_F(RecordLog, TheScratchFileKeepsItsName) {
   for (auto const& [name, gone] : {std::pair("other", "log.tmp"), {"log.tmp", "none"}, {"other", "log.tmp.tmp"}}) {
     test::Names files = {"log.tmp", "log.tmp.tmp", "other.tmp"};
@@ -271,7 +271,7 @@ TEST_F(RecordLog, TheScratchFileKeepsItsName) {
     files.erase(std::remove(files.begin(), files.end(), gone), files.end());
     EXPECT_EQ(scratch.List(), files) << name;
   }
-  // Files are compared, not spellings, whether the log is there by then or not.
+  // Files are compared, not spellings, whether or not the log exists yet.
   for (bool const there : {false, true}) {
     LogClass other;
     fs::remove(path + ".tmp");
@@ -290,7 +290,7 @@ TEST_F(RecordLog, RecordsAreReadByIndex) {
   ASSERT_TRUE(log.SetBuffer(bytes.data(), bytes.size()));
   EXPECT_NONE(log.SetBuffer(nullptr, 10), log.SetBuffer(bytes.data(), 0));
   for (auto const read : {&LogClass::ReadFileReg, &LogClass::ReadReg}) {
-    long when = 0x55555555;  // every bit of it is replaced, whatever the width of a long
+    long when = 0x55555555;  // every bit is replaced, whatever the width of a long
     char data[6] = ".....";
     EXPECT_TRUE((log.*read)(2, &when, data + 1, kSize));
     EXPECT_EQ(when, -2147483647L - 1);
@@ -316,7 +316,7 @@ TEST_F(RecordLog, OperationsCallEachOtherVirtually) {
       {"CU", [&] { return log.LoadFile(kSize) == 1; }},
       {"", [&] { return log.ReadReg(0, &when, data, kSize) && log.GetRegCount(kSize) == 1; }},
       {"U", [&] { return log.SetBuffer(data, 4); }},
-      {"C", [&] { return log.LimitFile(kSize), log.more = 1; }},  // a record that is not there: nothing is made up
+      {"C", [&] { return log.LimitFile(kSize), log.more = 1; }},  // a record that does not exist: nothing is invented
       {"C", [&] { return !log.ReadFileReg(1, &when, data, kSize); }},
       {"CUU", [&] { return log.UnloadFile(), log.seen.clear(), log.LoadFile(kSize) == 0; }}};
   for (auto const& [calls, operation] : rows) {

@@ -4,7 +4,7 @@
 
 namespace {
 
-using Event = std::pair<std::int32_t, std::uint16_t>;  // the stamp and the code
+using Event = std::pair<std::int32_t, std::uint16_t>;  // the time stamp and the code
 
 std::string FileOf(std::vector<Event> const& events) {
   std::string bytes;
@@ -15,7 +15,7 @@ std::string FileOf(std::vector<Event> const& events) {
   return bytes;
 }
 
-// An open log with these events; its file is gone already.
+// An open log with these events. Its file is already deleted.
 std::shared_ptr<void> EventLog(std::vector<Event> const& events) {
   return {LogReaderOpen(test::Scratch().Write("log.rgt", FileOf(events)).c_str()), LogReaderClose};
 }
@@ -61,7 +61,7 @@ TEST(LogReader, RecordsComeAsTheyStand) {
 }
 
 TEST(LogStatistics, TimedFromStartToEnd) {
-  // 1: start, 2 and 3: ends; day 8 is the span.
+  // 1 starts, 2 and 3 end; the span is day 8.
   std::pair<std::vector<Event>, long> const rows[] = {
       {{{At(8, 10), 1}, {At(8, 11), 2}, {At(8, 12), 1}, {At(8, 12, 5), 3}}, 3900},
       {{{At(7, 20), 1}, {At(8, 8), 9}, {At(8, 9), 2}}, 3600},
@@ -71,7 +71,7 @@ TEST(LogStatistics, TimedFromStartToEnd) {
     EXPECT_EQ(LogReaderTimeEvents(EventLog(events).get(), 1, 2, 3, At(8, 13), At(8, 2)), seconds);
 }
 
-// The statistics as plain prose has them, record by record and in 64 bits.
+// A direct model of the statistics, record by record and in 64 bits.
 struct Model {
   std::vector<Event> events;
   static long Bound(long t, int hour, int minute, int second) {
@@ -111,8 +111,8 @@ TEST(LogStatistics, AgreeWithTheModel) {
   for (unsigned seed = 0; seed < 300; seed++) {
     std::mt19937 random(seed);
     auto const below = [&](unsigned n) { return static_cast<int>(random() % n); };
-    // Two months around the end of a leap year or its February, in steps from seconds to days; one log in four is
-    // damaged: out of order, stamped before 1970 or at the end of time.
+    // Two months around the end of a leap year or its February, in steps from seconds to days. One log in four is
+    // damaged: out of order, with time stamps before 1970 or at the end of time.
     auto const begin = static_cast<std::int32_t>(EncodeProgDateTime(2004, seed % 2 == 0 ? 12 : 2, 10, 0, 0, 0));
     std::int32_t when = begin;
     Model model;

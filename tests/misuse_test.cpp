@@ -1,5 +1,5 @@
-// Every exported plain function, and what of the toolkit its own tests leave out, with what it must refuse: null
-// pointers one by one, numbers out of range, char arrays without a NUL. Nothing may crash, change a file or keep a
+// Every plain C function, and the core functions that other tests omit, with arguments that it must reject: each
+// pointer null in turn, numbers out of range, char arrays without a NUL. No call may crash, change a file or leak a
 // descriptor.
 
 #include "support/settings.h"
@@ -22,7 +22,7 @@ class Misuse : public testing::Test {
   }
   ~Misuse() override { EXPECT_EQ(Files(), files_); }
 
-  // Each with what it holds.
+  // The files with their contents.
   test::Names Files() const {
     test::Names files = root_.List();
     for (std::string& file : files)

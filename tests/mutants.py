@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
 """Mutants of the library and the command: one small fault a time, and whether the tests see it.
 mutants.py BUILD [--count N] [--seed S] [--skip N] [--quick] [PATTERN ...]
-Each mutant changes one line of a copy in BUILD, compiles what depends on it and runs the tests of its part, the likeliest
-first, up to the first that fails. PATTERN chooses by a part of PATH:LINE. The order is random, so that an interrupted run
-is a sample of all modules, and --skip goes on with it. --quick leaves the stress tests out: try its survivors again
-without. A mutant is one line of output: verdict, place, line before and after, what failed. The last line has the sums.
+Each mutant changes one line of a copy in BUILD, compiles what depends on it and runs the tests of its module, the
+likeliest first, until one fails. PATTERN selects lines by a part of PATH:LINE. The order is random, so an interrupted
+run is a sample of all modules; --skip continues it. --quick omits the stress tests: try its survivors again without it.
+Each mutant prints one line: verdict, place, line before and after, failed test. The last line has the totals.
 """
 import argparse
 import os
@@ -18,10 +18,10 @@ from collections import Counter
 from contextlib import suppress
 from pathlib import Path
 
-# However busy the machine is, a mutant that loops is known by its processor time.
+# Processor time detects a mutant that loops, however busy the machine is.
 WALL_SECONDS, PROCESSOR_SECONDS, SWEEP_SECONDS = 240, 15, 150
 
-# What is found (outside comments, literals and template brackets) and what takes its place.
+# Patterns (outside comments, literals and template brackets) and their replacements.
 OPERATORS = [(r" == ", " != "), (r" != ", " == "), (r" < ", " <= "), (r" > ", " >= "), (r" <= ", " < "), (r" >= ", " > "),
              (r" && ", " || "), (r" \|\| ", " && "), (r" \+ ", " - "), (r" - ", " + "), (r" \* ", " / "), (r" % ", " * "),
              (r" \+= ", " -= "), (r" -= ", " += "), (r"\btrue\b", "false"), (r"\bfalse\b", "true"),
@@ -33,7 +33,7 @@ DECLARATION = re.compile(r"^\s+[\w:<>,]+( const)?[ *&]+\w+( =|\()")
 
 
 def blank_literals(line):
-    """The line with strings, characters and comments as blanks, so that nothing in them is changed."""
+    """Returns the line with strings, characters and comments as blanks, which then stay unchanged."""
     return re.sub(r'"(\\.|[^"\\])*"|(?<!\w)\'(\\.|[^\'\\])*\'|//.*', lambda found: "\0" * len(found[0]), line)
 
 
@@ -58,18 +58,18 @@ class Workshop:
         self.source, self.build, self.output, self.quick = build / "source", build / "objects", build / "output", quick
         names = subprocess.check_output(["git", "ls-files", "-z"], text=True).split("\0")[:-1]
         for name in filter(os.path.isfile, names):
-            copy = self.source / name  # what an interrupted run left is replaced
+            copy = self.source / name  # replaces what an interrupted run left
             if not copy.is_file() or copy.read_bytes() != Path(name).read_bytes():
                 copy.parent.mkdir(parents=True, exist_ok=True)
                 shutil.copy(name, copy)
-        launcher = ["-DCMAKE_CXX_COMPILER_LAUNCHER=ccache"] if shutil.which("ccache") else []  # for what was mutated last
+        launcher = ["-DCMAKE_CXX_COMPILER_LAUNCHER=ccache"] if shutil.which("ccache") else []  # for the file mutated last
         subprocess.run(["cmake", "-S", self.source, "-B", self.build, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Debug", *launcher,
                         "-DCMAKE_CXX_FLAGS_DEBUG=-O0", "-DZELVANE_STRESS=ON", "-DCMAKE_LINK_DEPENDS_NO_SHARED=ON"],
                        stdout=subprocess.DEVNULL, check=True)
         subprocess.run(["cmake", "--build", self.build, "--target", "zelvane_tests", "zelvane_tests_static", "zelvane_stress"],
                        stdout=subprocess.DEVNULL, check=True)
 
-    def run(self, command):  # whether it succeeds in time
+    def run(self, command):  # returns whether it succeeds in time
         seconds = SWEEP_SECONDS if "--brief" in command else PROCESSOR_SECONDS
         with open(self.output, "wb") as output:
             process = subprocess.Popen(
@@ -85,13 +85,13 @@ class Workshop:
                 process.wait()
 
     def suites(self, names, text=""):
-        """A filter of the suites in the test files of these names that hold the text."""
+        """Returns a filter for the suites in test files with these names that contain the text."""
         files = [file.read_text(encoding="utf-8") for file in (self.source / "tests").glob(names)]
         found = {name for file in files if text in file for name in re.findall(r"^TEST(?:_[FP])?\((\w+),", file, re.MULTILINE)}
         return ":".join(sorted(f"{name}.*:*/{name}.*" for name in found))
 
     def steps(self, path):
-        """What is built, and the tests that run then: first those that include a header of the same folder."""
+        """Returns the targets to build and the tests to run, first those with a header of the same directory."""
         shared, static = ([self.build / "tests" / name, "--gtest_brief=1", "--gtest_fail_fast"]
                           for name in ("zelvane_tests", "zelvane_tests_static"))
         command, internal = self.suites("zelctl*_test.cpp"), self.suites("*_internal_test.cpp")

@@ -23,7 +23,7 @@ TEST(ZelvanePath, ReadAnewFromTheSettingsFile) {
   EXPECT_EQ(scratch.List(), test::Names{"zelvane.conf"});
 }
 
-// Every function that uses the root follows, until null or "" brings the rule back.
+// Every function that uses the root uses the new one, until null or "" restores the rule.
 TEST(ZelvanePath, SetByAProgramForItself) {
   test::Installation const at;
   test::Scratch const other;
@@ -55,7 +55,7 @@ TEST(MacroFileName, NamesAndWorkingFolders) {
   EXPECT_EQ(ParseMacroFileName("//BASEDIR//x", "/w/"), "/w/r/x");
 }
 
-// What else fails then is the fault injection's.
+// The fault injection covers the other failures.
 TEST(ZelvanePath, NoDescriptorForTheSettingsFile) {
   test::Installation const at;
   std::string const settings = at.Path("zelvane.conf");

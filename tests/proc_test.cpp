@@ -16,7 +16,7 @@ using Signals = std::vector<std::pair<pid_t, int>>;
 
 // ---- Reading the table ----
 
-// Id, parent's id, priority, name and command line of every process that `ps` with that output lists.
+// Id, parent's id, priority, name and command line of every process that a `ps` with this output lists.
 std::string TableOf(std::string const& output) {
   FakePs const ps(output, 0);
   ProcManager table;
@@ -37,7 +37,7 @@ TEST(ProcTable, FieldsOfALine) {
   }
 }
 
-// A line counts up to its limit, and what it has behind that, forged rows at every place, is nothing.
+// A line counts up to its limit. Text after that, such as forged rows at any position, is ignored.
 TEST(ProcTable, ALineBeyondItsLimit) {
   for (size_t const length : {1022u, 1023u, 1024u, 2046u, 9000u, 30000u}) {
     std::string line = "9 1 0 sleep x";
@@ -49,7 +49,7 @@ TEST(ProcTable, ALineBeyondItsLimit) {
   }
 }
 
-// With the host's children at their default and ignored, whose ends are not to be learned.
+// With SIGCHLD at its default, and ignored: then the exit status is not available.
 TEST(ProcTable, WhenPsCannotBeRun) {
   std::tuple<char const*, int, bool, unsigned long> const cases[] = {
       {"9 1 0 a a", 127, true, 1}, {"", 126, true, 0}, {"", 0, true, 0}, {"usage\n", 127, false, 0}};
@@ -65,7 +65,7 @@ TEST(ProcTable, WhenPsCannotBeRun) {
   signal(SIGCHLD, SIG_DFL);
 }
 
-// The table waits for the first line when the signal comes, and has taken it before there is one.
+// The signal arrives and is handled while the table waits for the first line.
 TEST(ProcTable, InterruptedByASignal) {
   static std::string mark;
   struct sigaction interrupts = {}, before;
@@ -111,7 +111,7 @@ TEST(ProcLookup, TheFirstInATableThatIsReadOnce) {
 
 // ---- Acting on a process ----
 
-// Ids that the system would take for groups or for everybody, or that only their low 32 bits make a process.
+// Ids that the system would treat as groups or as all processes, or that match a process only in their low 32 bits.
 TEST(Proc, OnlyOneProcessIsEverMeant) {
   auto const self = static_cast<unsigned long>(getpid());
   std::vector<unsigned long> wrong = {0,        INT32_MAX + 1ul, UINT32_MAX, static_cast<std::uint32_t>(0 - self),
@@ -125,7 +125,7 @@ TEST(Proc, OnlyOneProcessIsEverMeant) {
   }
   EXPECT_EQ(test::TakeSignals(), (Signals()));
   EXPECT_EQ(getpriority(PRIO_PROCESS, 0), before);
-  // One that the system refuses gets no second signal.
+  // A process that the system refuses to signal gets no second signal.
   ProcClass refused(INT32_MAX, 1, "a", "a", 2);
   EXPECT_EACH((refused.Kill(), refused.SetPriority(0), refused.GetPriority()), false, false, 2);
   EXPECT_EQ(test::TakeSignals(), (Signals{{INT32_MAX, SIGTERM}}));
@@ -138,7 +138,7 @@ TEST(Proc, SetPriority) {
   for (auto const& [level, niceness, stored] :
        {std::tuple(1, 0, 1), {2, -10, 2}, {3, -20, 3}, {-1, 0, 1}, {0, 19, 0}, {4, 0, 1}}) {
     int const before = entry.GetPriority(), niceBefore = nice();
-    // Whether this user may do it shows on another process.
+    // Another process shows whether this user has the permission.
     bool const allowed = setpriority(PRIO_PROCESS, static_cast<id_t>(twin.Id()), niceness) == 0;
     EXPECT_EQ(entry.SetPriority(level), allowed) << level;
     EXPECT_EQ(nice(), allowed ? niceness : niceBefore) << level;
@@ -151,22 +151,23 @@ TEST(Proc, SetPriority) {
 TEST(ProcCreate, InASessionOfItsOwn) {
   ProcManager m;
   using S = std::string const&;
-  std::function<bool(S)> const forms[] = {[&](S c) { return m.CreateNew(c, 0); },  // the first two stay in the caller's
-                                          [&](S c) { return m.CreateNew(c.c_str(), 2); },
-                                          [&](S c) { return m.CreateNew(c); },
-                                          [&](S c) { return m.CreateNew(c, 1); },
-                                          [&](S c) { return m.CreateNewAndWait(c, 10000); },
-                                          [&](S c) { return m.CreateNewAndWait(c, -1, 7); },
-                                          [&](S c) { return CreateNewProc(c.c_str(), 0); }};
+  std::function<bool(S)> const forms[] = {
+      [&](S c) { return m.CreateNew(c, 0); },  // the first two stay in the caller's session
+      [&](S c) { return m.CreateNew(c.c_str(), 2); },
+      [&](S c) { return m.CreateNew(c); },
+      [&](S c) { return m.CreateNew(c, 1); },
+      [&](S c) { return m.CreateNewAndWait(c, 10000); },
+      [&](S c) { return m.CreateNewAndWait(c, -1, 7); },
+      [&](S c) { return CreateNewProc(c.c_str(), 0); }};
   for (auto const& create : forms) {
     Scratch const scratch;
-    // Nothing is waited for: the command ends after it was let go.
+    // The call does not wait: the command ends only after it is released.
     EXPECT_TRUE(
         create("cd '" + scratch.Path() +
                "'; until [ -e go ]; do sleep 0.01; done; read a b c d e sid g </proc/$$/stat; echo \"a  $sid\" >done"));
     EXPECT_FALSE(scratch.Exists("done"));
     scratch.Write("go", "");
-    pid_t const id = waitpid(-1, nullptr, 0);  // a child that nobody else waited for
+    pid_t const id = waitpid(-1, nullptr, 0);  // a child that nobody has waited for
     EXPECT_EQ(scratch.Read("done"), "a  " + std::to_string(&create - forms < 2 ? getsid(0) : id) + "\n")
         << &create - forms;
   }
@@ -174,7 +175,7 @@ TEST(ProcCreate, InASessionOfItsOwn) {
   EXPECT_NONE(m.CreateNew(null), m.CreateNew(null, 0), m.CreateNewAndWait(null, 0), m.CreateNewAndWait(null, 0, 0));
 }
 
-// A command longer than the system takes: the child comes back with false, the caller has true.
+// A command that is too long for the system: the child returns false, the caller true.
 TEST(ProcCreate, ChildOfAFailedStartGoesOn) {
   pid_t const self = getpid();
   bool const created = ProcManager().CreateNew(std::string(300000, ' '));
@@ -183,12 +184,12 @@ TEST(ProcCreate, ChildOfAFailedStartGoesOn) {
   EXPECT_EACH((created, waitpid(-1, &status, 0) > 0, WEXITSTATUS(status)), true, true, 42) << status;
 }
 
-// ---- The plain functions ----
+// ---- The plain C functions ----
 
 TEST(ProcFunctions, StatusAndKillOfTheFirstOfThatName) {
   std::string const name = UniqueName();
   auto const status = [&] {
-    int flags[3] = {7, 7, 7};  // only the one in the middle may change
+    int flags[3] = {7, 7, 7};  // only the middle one may change
     EXPECT_EACH((GetProcStatus(("/sbin/" + name).c_str(), &flags[1]), flags[0] + flags[2]), true, 14);
     return flags[1];
   };
@@ -196,7 +197,7 @@ TEST(ProcFunctions, StatusAndKillOfTheFirstOfThatName) {
   Sleeper first(name), second(name, true);
   EXPECT_FALSE(KillProc((name + "x").c_str()));
   bool const inOrder = first.Id() < second.Id();
-  Sleeper* const order[] = {inOrder ? &first : &second, inOrder ? &second : &first};  // of `ps`
+  Sleeper* const order[] = {inOrder ? &first : &second, inOrder ? &second : &first};  // the order of `ps`
   for (Sleeper* sleeper : order) {
     pid_t const id = sleeper->Id();
     test::TakeSignals();
@@ -209,7 +210,7 @@ TEST(ProcFunctions, StatusAndKillOfTheFirstOfThatName) {
   EXPECT_EQ(status(), 0);
 }
 
-// A user who may have no process more.
+// A user who may start no more processes.
 TEST(ProcFunctions, WhenNothingCanBeStarted) {
   Services services;
   services.Add("service");

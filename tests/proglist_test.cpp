@@ -8,7 +8,7 @@
 #include "zelvane/core/datetime.h"
 
 namespace {
-std::time_t g_clock = 0;  // what the library's clock shows; 0: the real time
+std::time_t g_clock = 0;  // the time of the library's clock; 0: the real time
 }
 
 extern "C" __attribute__((visibility("default"))) std::time_t time(std::time_t* out) noexcept {
@@ -26,14 +26,14 @@ constexpr std::int32_t kDay = 86400;
 
 std::string Bytes(Moments const& list) { return {reinterpret_cast<char const*>(list.data()), list.size() * 4}; }
 
-// At noon of a day in 2026, by a clock that stands still until a test moves it.
+// At noon of a day in 2026, with a clock that only the test advances.
 class Schedule : public testing::Test {
  protected:
   Schedule() { g_clock = 1772884800, now = static_cast<std::int32_t>(GetDateTime()); }
   ~Schedule() override { g_clock = 0; }
   void Pass(int seconds) { g_clock += seconds, now += seconds; }
 
-  // The entries as they stand, without a refresh.
+  // The entries without a refresh.
   static Moments Entries(void* list) {
     Moments entries;
     for (reg_proglist entry; GetProgListRegByIndex(list, static_cast<long>(entries.size()), &entry) == 1;)
@@ -55,7 +55,7 @@ TEST_F(Schedule, RemovalTakesTheFirstOfTheDay) {
       {day + kDay - 1, {day + 5, day, day + kDay}, {day, day + kDay}, {day, day + kDay}},
       {day + 5, {now, day + kDay, day - 1}, {now, day + kDay, day - 1}, {now, day - 1, day + kDay}},
       {9, {past, INT32_MAX, past, day, day, -1}, {past, INT32_MAX, past, day, day}, {day, day, INT32_MAX}},
-      {5, {-kDay, 1 - kDay, kDay - 1}, {-kDay, kDay - 1}, {}}};  // day 0 reaches a day to either side
+      {5, {-kDay, 1 - kDay, kDay - 1}, {-kDay, kDay - 1}, {}}};  // day 0 covers a day on either side
   for (auto const& [removed, read, left, written] : rows) {
     test::WriteFile(path, Bytes(read) + "xyz");
     void* const list = OpenProgList(path.c_str());
@@ -80,7 +80,7 @@ TEST_F(Schedule, UncachedChangesAreWrittenAtOnce) {
   EXPECT_EQ(test::ReadFile(path), Bytes({now + 60, now + kDay}));
 }
 
-// The next moment is the first after now in the order of the list, which a refresh changes.
+// The next entry is the first one after now in list order, which a refresh changes.
 TEST_F(Schedule, TheNextMoment) {
   ProgList list;
   reg_proglist next = {0};
@@ -93,7 +93,7 @@ TEST_F(Schedule, TheNextMoment) {
   EXPECT_FALSE(list.GetNextReg(&next));
 }
 
-// Beside a plain vector, with the clock moving on.
+// Against a plain vector, with a running clock.
 TEST_F(Schedule, AgreesWithAModel) {
   auto below = [random = std::mt19937()](int n) mutable { return static_cast<int>(random() % n); };
   Moments model;

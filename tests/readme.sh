@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# readme.sh ZELCTL LIBRARY [PACKAGES]: runs the blocks of README.md. The commands must give the answers shown, on a copy of
-# the demo's files; the programs in C, C++ and, with the directory of the built Python package, in Python must work.
+# readme.sh ZELCTL LIBRARY [PACKAGES]: runs the blocks of README.md. The commands must print the output shown, on a copy
+# of the demo's files. The programs in C, C++ and, with PACKAGES, the directory of the built Python package, in Python
+# must work.
 # readme.sh --install WORKDIR: runs the shell commands of README.md, with WORKDIR in place of the system.
 set -euo pipefail
 source=$(cd "$(dirname "$0")/.." && pwd)

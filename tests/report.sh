@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# report.sh ZELCTL ROOT PRELOAD: the page of `zelctl report`, in a real browser. It must hold the numbers of `log
-# outages` and no script, and fit windows of 1280, 390 and 320 pixels without scrolling sideways. Pictures of both
-# widths, light and dark, stay in the folder REPORT_PICTURES, if that is set.
+# report.sh ZELCTL ROOT PRELOAD: checks the page of `zelctl report` in a real browser. It must contain the numbers of
+# `log outages` and no script, and fit windows of 1280, 390 and 320 pixels without horizontal scrolling. Pictures of
+# both widths, light and dark, are kept in the directory REPORT_PICTURES, if that is set.
 set -euo pipefail
 zelctl=$1 root=$2 preload=$3
 work=$(mktemp -d)
@@ -15,9 +15,9 @@ browse() {
   HOME=$work chromium --headless --no-sandbox --disable-gpu --disable-dev-shm-usage --hide-scrollbars \
     --user-data-dir="$work/profile" "$@" 2>/dev/null
 }
-# What a reader sees, tags taken away.
+# The visible text, without tags.
 text_of() { sed -e 's/<style>.*//' -e '/^<\/style>/d' -e 's/<[^>]*>/ /g' -e 's/&#8211;/-/g' "$1" | tr -s ' \n' ' '; }
-# One log of many months, one of many years, one whose texts are hostile, one without records.
+# A log with many months, one with many years, one with hostile texts, one without records.
 site() {
   mkdir "$1"
   perl -e '
@@ -38,7 +38,7 @@ for name in demo-root months years hostile empty; do
   sed 's|</body>|<script>document.body.dataset.fits = document.documentElement.scrollWidth + " in " + document.documentElement.clientWidth</script></body>|' \
     "$name.html" >measured.html
   for width in 1280 390 320; do
-    # A window is at least 500 wide: the page stands in a frame that is as wide as is asked for.
+    # A browser window is at least 500 pixels wide, so the page is shown in a frame of the requested width.
     printf '<iframe width=%s height=900 srcdoc="%s"></iframe><script>onload = () => document.body.dataset.fits = frames[0].document.body.dataset.fits</script>' \
       "$width" "$(sed -e 's/&/\&amp;/g' -e 's/"/\&quot;/g' measured.html)" >frame.html
     fits=$(browse --dump-dom "file://$work/frame.html" | grep -o 'data-fits="[0-9]* in [0-9]*"' | tail -n 1 | tr -dc '0-9 ')

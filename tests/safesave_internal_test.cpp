@@ -6,13 +6,13 @@
 
 #include "support/test.h"
 
-// ---- System calls that fail when a test asks for it ----
+// ---- System calls that fail on request ----
 
 namespace {
 
-using Faults = std::map<std::string, int>;  // the call and its reason; each is met once
+using Faults = std::map<std::string, int>;  // the call and its error; each fails once
 Faults g_faults;
-mode_t g_firstMode = 0;     // of the file whose mode was last set, before that
+mode_t g_firstMode = 0;     // the mode of the last file whose mode was set, before the change
 bool g_sameNumber = false;  // the next random number is 0
 
 bool Fails(char const* call) {
@@ -36,7 +36,7 @@ extern "C" {
 EXPORTED ssize_t write(int fd, void const* bytes, size_t size) {
   auto* const real = Real<decltype(write)>("write");
   if (g_faults.empty()) return real(fd, bytes, size);
-  ssize_t const half = real(fd, bytes, size / 2);  // a failure comes in the middle
+  ssize_t const half = real(fd, bytes, size / 2);  // the failure comes in the middle
   if (half < 0 || Fails("write")) return -1;
   return half + real(fd, static_cast<char const*>(bytes) + half, size - static_cast<size_t>(half));
 }
@@ -109,11 +109,11 @@ TEST(SafeSave, KeepsModeOwnerAndHardLinks) {
     struct stat const now = Status(path);
     EXPECT_EQ(std::tuple(now.st_mode, now.st_uid, now.st_gid), std::tuple(old.st_mode, old.st_uid, old.st_gid)) << mode;
     if (!linked) EXPECT_EACH((g_firstMode), 0600) << mode << ": open to others for a moment";
-    EXPECT_EQ(old.st_ino == now.st_ino, linked) << mode;  // never emptied: another file takes the name
+    EXPECT_EQ(old.st_ino == now.st_ino, linked) << mode;  // never emptied: another file gets the name
   }
 }
 
-// With a list of its own, or in a folder that would give a new file one, the file itself is written.
+// A file with its own access list, or in a directory with a default one, is written in place.
 TEST(SafeSave, AccessListsStayAsTheyAre) {
   struct {
     std::uint16_t tag, rights;
@@ -141,7 +141,7 @@ TEST(SafeSave, FollowsLinksToTheirEnd) {
   EXPECT_ALL(fs::is_symlink(scratch.Path("chain")), fs::is_symlink(scratch.Path("dangling")));
 }
 
-// Of a killed program, or placed by somebody who knows the name.
+// Left by a killed program, or created by somebody who knows the name.
 TEST(SafeSave, WhatHasTheTemporarysNameIsLeftAlone) {
   Scratch scratch;
   fs::create_symlink(scratch.Write("victim", "mine"), scratch.Path(".zelvaaaaaaaa"));
@@ -158,9 +158,9 @@ TEST(SafeSave, FailingCallsLeaveOldOrNewAndNothingElse) {
   for (auto const& [name, failing, saved] : std::vector<std::tuple<std::string, Faults, bool>>{
            {"file", {{"write", ENOSPC}}, false},
            {"file", {{"fsync", EIO}}, false},
-           {"file", {{"fsync", EINVAL}}, true},  // a file system that cannot
+           {"file", {{"fsync", EINVAL}}, true},  // an unsupported operation
            {"file", {{"close", EDQUOT}}, false},
-           {"file", {{"fchmod", EPERM}}, true},  // then in place, and likewise below
+           {"file", {{"fchmod", EPERM}}, true},  // written in place, also in the next rows
            {"file", {{"rename", EBUSY}}, true},
            {"file", {{"rename", EBUSY}, {"fallocate", ENOSPC}}, false},
            {"linked", {{"fallocate", ENOSPC}}, false},
@@ -224,7 +224,7 @@ TEST(BackUp, TheFirstCopyStaysAndOpensToNobodyElse) {
   EXPECT_NONE(BackUp(scratch.Path("missing"), ".lost"), BackUp(scratch.Path(), ".lost"));
 }
 
-// Nothing that has the name already is taken for the copy but another file with these bytes.
+// Only another file with the same bytes counts as the backup.
 TEST(BackUp, NoCopyStandsForAnother) {
   Scratch scratch;
   std::string const path = scratch.Write("file", "now");

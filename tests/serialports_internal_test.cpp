@@ -8,8 +8,8 @@
 
 namespace {
 
-int g_lines = -1;  // what the driver of the test answers to TIOCMGET: the lines, or a failure when it is negative
-int g_flags = 0;   // of the descriptor that it was asked about
+int g_lines = -1;  // the result of TIOCMGET: the lines, or a failure if negative
+int g_flags = 0;   // of the descriptor passed to it
 
 TEST(SerialPortSearch, SixteenPortsInOrder) {
   std::string found, expected;
@@ -24,7 +24,7 @@ TEST(SerialPortSearch, SixteenPortsInOrder) {
 TEST(SerialPortSearch, TheDeviceMustAnswer) {
   test::Scratch scratch;
   scratch.Write("ttyS0", "untouched");
-  // A FIFO without a writer stands for a line without a carrier: only a non-blocking open() comes back.
+  // A FIFO without a writer acts as a line without a carrier: only a non-blocking open() returns.
   ASSERT_EQ(mkfifo(scratch.Path("ttyS1").c_str(), 0600), 0);
   auto const answers = [&](char const* name, int lines) {
     g_lines = lines;
@@ -38,7 +38,7 @@ TEST(SerialPortSearch, TheDeviceMustAnswer) {
 
 }  // namespace
 
-// The test program's own driver. No serial hardware can be counted on, so the library's question comes here.
+// The test's own driver. Tests cannot rely on serial hardware, so the library's ioctl() comes here.
 extern "C" __attribute__((visibility("default"))) int ioctl(int fd, unsigned long request, ...) noexcept {
   va_list arguments;
   va_start(arguments, request);

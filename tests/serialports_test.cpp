@@ -15,7 +15,7 @@ TEST(SerialPorts, NamesAndPositions) {
   EXPECT_EACH((GetEnumSerialPorts(&ports, 2, &number), GetEnumSerialPorts(&ports, 255, &number)), 0);
   EXPECT_EACH((GetEnumSerialPorts(&ports, 2, nullptr), GetEnumSerialPorts(nullptr, 0, &number)), 0);
   EXPECT_EQ(number, 16);
-  // Whatever ports this machine has: what a caller may rely on.
+  // What callers can rely on, whatever ports the machine has.
   void* handle = nullptr;
   int const count = OpenEnumSerialPorts(&handle);
   ASSERT_NE(handle, nullptr);
@@ -28,7 +28,7 @@ TEST(SystemFacts, AdminAndOsVersion) {
   EXPECT_EQ(CurrentUserIsAdmin(), getuid() == 0 || getgid() == 0 ? 1 : 0);
   std::string const whole = GetOSVersion();
   unsigned int const length = static_cast<unsigned int>(whole.size());
-  // Text that fills the buffer is not terminated, and nothing behind `size` bytes is touched.
+  // Text that fills the buffer has no NUL, and no byte after `size` changes.
   for (unsigned int const size : {0u, 1u, 2u, length - 1, length, length + 1, length + 2}) {
     std::string buffer(length + 8, '~');
     std::string const copied = (whole + '\0').substr(0, size);

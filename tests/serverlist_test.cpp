@@ -30,7 +30,7 @@ class ServerList : public testing::Test {
     if (operation == "remove") return RemServerListItem(list_, &item);
     return operation == "remove2" ? RemServerListItem2(list_, key) : ClearServerList(list_);
   }
-  // "key:name|address|port " of every position; "- " where nothing is read and no output touched.
+  // "key:name|address|port " for every position; "- " if nothing is read and no output changes.
   std::string Entries() {
     std::string all;
     for (unsigned int i = 0; i < static_cast<unsigned int>(GetServerListCount(list_)); i++) {
@@ -52,7 +52,7 @@ class ServerList : public testing::Test {
 TEST_F(ServerList, ReadsAHandMadeList) {
   std::string const old = test::Fixture("serverlist-old.cfg");
   Open(old);
-  // In ascending order of the keys' text; "2002 ; note" is no number, since what follows a value belongs to it.
+  // In ascending text order of the keys. "2002 ; note" is not a number, since text after a value belongs to it.
   EXPECT_EQ(Entries(), "0:first|10.0.0.1|4375 10:tenth|10.0.0.10|4375 2:second|10.0.0.2|4375 - - 0:named|10.0.0.7|7 ");
   ServerListItem item;
   unsigned int key = 0;
@@ -79,7 +79,7 @@ TEST_F(ServerList, Changes) {
 
 TEST_F(ServerList, ASaveThatFailsShowsInTheResult) {
   Open("[CLILIST]\n1 = a;b;1\n2 = c;d;2\n");
-  // A folder in the file's place can neither be replaced nor written.
+  // A directory in place of the file can be neither replaced nor written.
   fs::remove(at_.Root("upscli.cfg"));
   fs::create_directory(at_.Root("upscli.cfg"));
   auto const before = at_.List();

@@ -102,7 +102,7 @@ TEST_F(ShutSrv, WritesAnyRecord) {
     memcpy(&cfg_.actions, &byte, 1);
     ASSERT_EQ(Set(), 1);
     EXPECT_TRUE(test::Holds(File(), c[1])) << c;
-    memset(&cfg_.actions, 0, 1);  // the bits without a name, too
+    memset(&cfg_.actions, 0, 1);  // including the unnamed bits
     ASSERT_EQ(GetShutSrvConfig(nullptr, &cfg_), 1);
     EXPECT_EQ(memcmp(&cfg_.actions, &byte, 1), 0) << c;
   }
@@ -113,7 +113,7 @@ TEST_F(ShutSrv, WritesAnyRecord) {
     Get();
     EXPECT_EQ(cfg_.mailPassword, c[0]) << c;
   }
-  // Arrays without NUL end at their width, and all numbers are unsigned.
+  // Arrays without a NUL end at their width, and all numbers are unsigned.
   memset(&cfg_, 'z', sizeof cfg_);
   cfg_.serverPort = cfg_.langId = -1;
   ASSERT_EQ(Set(), 1);
@@ -130,7 +130,7 @@ TEST_F(ShutSrv, WritesAnyRecord) {
 TEST_F(ShutSrv, WhereTheFilesLie) {
   fs::create_directories(at_.Path("other"));
   test::InFolder const here(at_.Path());
-  unsetenv("HOME");  // the user's file is "~.zelvane" here then
+  unsetenv("HOME");  // the user's file is then "~.zelvane" here
   for (std::string const& folder : {at_.Path("other"), std::string("other"), std::string("./other/")}) {
     cfg_.langId++;
     EXPECT_EQ(SetShutSrvConfig(folder.c_str(), &cfg_), 1) << folder;
@@ -144,11 +144,11 @@ TEST_F(ShutSrv, WhereTheFilesLie) {
 }
 
 TEST_F(ShutSrv, Failures) {
-  // The old file stays whole, and the second is not reached.
+  // The old file is unchanged, and the second one is not written.
   std::string const old = "[SHUTSRV]\nZELSRV = a;b;1\n";
   at_.Write("root/upscli.cfg", old);
   for (test::Case const& c : test::Cases("shutsrv.txt", "texts")) {
-    if (c[1] == "password") continue;  // encoded, it has no line feed
+    if (c[1] == "password") continue;  // it is encoded, so it has no line feed
     memcpy(Field(c), "a\nb", 4);
     EXPECT_EQ(Set(), 0) << c;
     EXPECT_EQ(File(), old) << c;
@@ -158,7 +158,7 @@ TEST_F(ShutSrv, Failures) {
   for (std::string const folder : {"folder", "missing", "zelvane.conf"})
     EXPECT_EQ(SetShutSrvConfig(at_.Path(folder).c_str(), &cfg_), 0) << folder;
   EXPECT_NONE(at_.Exists("home/.zelvane"), at_.Exists("missing"));
-  // When the second fails, the first is saved.
+  // If the second file fails, the first is already saved.
   fs::create_directory(at_.Home(".zelvane"));
   EXPECT_EQ(Set(), 0);
   EXPECT_TRUE(test::Holds(File(), "TIMELIMIT = 60"));

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# stateless.sh LIBRARY: whether threads with objects of their own cannot meet in it. It has no variable but the root that a
-# program has set, and calls no function of the C library that answers all threads in one buffer.
+# stateless.sh LIBRARY: checks that threads with separate objects share no state. The library may have no variable
+# except the root that a program has set (an atomic pointer), and may call no C function that returns its result in a
+# static buffer.
 set -euo pipefail
 variables=$(nm -f sysv "$1" | awk -F'[ |]+' '$NF ~ /^\.t?(data|bss)$/ {print $1}' |
   grep -vE '^(DW\.ref\.|__dso_handle|__TMC_END__|completed\.|__(gcov|llvm)|_ZN12_GLOBAL__N_1L?6g_root(B5cxx11)?E$)' || true)

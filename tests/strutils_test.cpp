@@ -1,4 +1,4 @@
-// Text and numbers: every byte, splitting beside a literal model, numbers beside the C library.
+// Text and numbers: every byte, splitting against a direct model, numbers against the C library.
 #include "zelvane/core/strutils.h"
 
 #include <cfloat>
@@ -45,7 +45,7 @@ TEST(TextFunctions, FillUpToAWidth) {
   EXPECT_EACH((FillLeft(test::kNull, 3, '*'), FillRight(test::kNull, 3, '*'), FillLeft("", 2, '*')), "", "", "**");
 }
 
-// The rule as it reads, with the front of the text cut off after every piece.
+// The documented rule, literally: the text loses its front after every token.
 test::Names ModelTokenize(std::string rest, test::Names const& separators, unsigned long count) {
   test::Names out;
   while (!rest.empty() && (count == 0 || out.size() < count)) {
@@ -86,7 +86,7 @@ TEST(Tokenize, EveryFormLikeTheModel) {
 
 TEST(Tokenize, NullNulSharedArgumentsAndAMillionFields) {
   test::Names out = {"old"};
-  EXPECT_EQ((Tokenize(out, test::kNull, ";", ULONG_MAX), out), test::Names());  // nothing may be reserved for it
+  EXPECT_EQ((Tokenize(out, test::kNull, ";", ULONG_MAX), out), test::Names());  // must not reserve memory for it
   EXPECT_EQ((Tokenize(out, "a;b", test::kNull), out), test::Names{"a;b"});
   EXPECT_EQ((Tokenize(out, std::string("a\0b;c", 5), '\0'), out), (test::Names{"a", "b;c"}));
   out = {"a text in memory of its own; b"};
@@ -94,7 +94,7 @@ TEST(Tokenize, NullNulSharedArgumentsAndAMillionFields) {
   EXPECT_EQ((TrimTokenize(out, "a own b ", out = {"-", "own"}), out), (test::Names{"a", "b"}));
   std::string text;
   for (int i = 0; i < 1000000; i++) text += "x;";
-  test::Names separators(50, "=");  // each is looked for in the rest once, not once a field
+  test::Names separators(50, "=");  // each is searched for once, not once a field
   separators.emplace_back(";");
   EXPECT_TRUE((Tokenize(out, text, separators), out) == test::Names(1000000, "x")) << out.size();
 }
@@ -104,7 +104,7 @@ TEST(Numbers, IntegersToText) {
               "-2147483648");
   EXPECT_EACH((UIntToStr(4294967295ul), UIntToStr(static_cast<unsigned long>(-5l), 12, '_')), "4294967295",
               "__4294967291");
-  for (std::int64_t power = 1; power <= 10000000000; power *= 10) {  // the first and the last of each length
+  for (std::int64_t power = 1; power <= 10000000000; power *= 10) {  // the first and the last number of each length
     for (std::int64_t const number : {power - 1, power, power + power / 9 * 8}) {
       auto const whole = static_cast<std::int32_t>(number);
       EXPECT_EQ(IntToStr(whole), std::to_string(whole)) << number;
@@ -123,7 +123,7 @@ TEST(Numbers, IntegersToText) {
 }
 
 TEST(Numbers, FloatsToTextAsPrintfWritesThem) {
-  double const longest = 2.2250738585072009e-308;  // has all the 767 significant digits that a double can have
+  double const longest = 2.2250738585072009e-308;  // has 767 significant digits, the most that a double can have
   for (double const value : {0.0, -2.5, 99999.95, 0.0001, 0.00009999995, 1e22, 123456789e-200, longest, DBL_MAX,
                              DBL_TRUE_MIN, double{INFINITY}, double{NAN}}) {
     for (int const digits : {0, 1, 6, 17, 766, 767, 768, 1100}) {
@@ -132,7 +132,7 @@ TEST(Numbers, FloatsToTextAsPrintfWritesThem) {
       EXPECT_EQ(FloatToStr(value, 0, static_cast<unsigned>(digits)), text) << value << " digits " << digits;
     }
   }
-  // The last where printf itself may lose the zeros.
+  // In the last case printf itself can lose the zeros.
   EXPECT_EACH((FloatToStr(-1e20, 14), FloatToStr(0.25, 9, UINT_MAX, ' '), FloatToStr(999999.5)), "-001.00000e+20",
               " 0.250000", "1.00000e+06");
   EXPECT_EQ(FloatToStr(0.25, 0, 1000000), "0.25" + std::string(999998, '0'));
@@ -142,7 +142,7 @@ TEST(Numbers, TextToNumbersAsTheCLibraryReadsIt) {
   struct Comma : std::numpunct<char> {
     char do_decimal_point() const override { return ','; }
   };
-  std::locale const old = std::locale::global(std::locale(std::locale(), new Comma));  // has no part in it
+  std::locale const old = std::locale::global(std::locale(std::locale(), new Comma));  // must have no effect
   auto const fits = [](long long value) { return value == static_cast<std::int32_t>(value); };
   for (test::Case const& c : test::Table("core/numbers.txt", "texts")) {
     bool const isInt = strchr(c[1].c_str(), 'i'), isHex = strchr(c[1].c_str(), 'h'),
@@ -168,7 +168,7 @@ TEST(Numbers, TextToNumbersAsTheCLibraryReadsIt) {
     double const real = strtod(text.c_str(), nullptr), read = StrToFloatDef(text, -7);
     ASSERT_EACH((read, std::signbit(read)), real, std::signbit(real)) << text;
   }
-  for (int const zeros : {989, 1009, 70000}) {  // more than an exponent of three digits makes up for
+  for (int const zeros : {989, 1009, 70000}) {  // more than a three-digit exponent can offset
     std::string const text =
         "0." + std::string(static_cast<std::size_t>(zeros), '0') + "1E" + std::to_string(zeros + 1);
     EXPECT_EQ(StrToFloatDef(text, -7), 1) << zeros << " zeros after the point";

@@ -49,7 +49,7 @@ TEST(SvcManager, Descriptions) {
         {ZELVANE_FIXTURES "/initd/chkconfig", "Watches the line and the batteries,then shuts down "},
         {ZELVANE_FIXTURES "/initd/lsb", "Watches the units and tells the clients: batteries first."}})
     EXPECT_EQ(services.GetDaemonDescr(path), description) << path;
-  // What is not a regular file is not opened: that alone may do something, or take what is for others.
+  // Files that are not regular are not opened: opening alone can have effects, or take data meant for others.
   std::string const pipe = scratch.Path("pipe");
   ASSERT_EQ(mkfifo(pipe.c_str(), 0755), 0);
   int const fd = open(pipe.c_str(), O_RDWR);
@@ -61,7 +61,7 @@ TEST(SvcManager, Descriptions) {
   close(fd);
 }
 
-// A script is read no further than its description, and a line is not kept whatever its length.
+// A script is read only up to its description, and no line is kept in memory whole, whatever its length.
 TEST(SvcManager, DescriptionsOfHugeScripts) {
   Scratch const scratch;
   SvcManager services;
@@ -77,14 +77,14 @@ TEST(SvcManager, DescriptionsOfHugeScripts) {
   std::string const line(3 << 20, '#');
   EXPECT_EQ(services.GetDaemonDescr(scratch.Write("script", line + "\n# description: late\n")), "");
   EXPECT_EQ(services.GetDaemonDescr(scratch.Write("script", "# description: early \\\n" + line)), "early ");
-  std::string const block = "# description: " + std::string(4096 - 15, 'x');  // what is read at once
+  std::string const block = "# description: " + std::string(4096 - 15, 'x');  // read in one block
   EXPECT_EQ(services.GetDaemonDescr(scratch.Write("script", block + "z")).back(), 'z');
   std::string endless = "# description: ";
   for (int i = 0; i < 5000; i++) endless += std::string(1000, 'x') + "\\\n# ";
   EXPECT_LT(services.GetDaemonDescr(scratch.Write("script", endless)).size(), 2U << 20);
 }
 
-// The system's own folders, in a child process that has them to itself.
+// The system's own directories, in a child process that sees private ones.
 TEST(SvcManager, TheSystemsFolders) {
   auto const result = test::InChildWithEmptyFolders([] {
     SvcManager services;
@@ -116,11 +116,11 @@ TEST(SvcManager, TheSystemsFolders) {
   EXPECT_TRUE(*result);
 }
 
-// The file of that name is run, and nothing that a shell could make of it.
+// Runs the file with that exact name; the shell interprets no part of it.
 TEST(SvcHandle, AnyFileName) {
   for (char const* start : {"two words", "it's", "''", "a;touch hacked;", "$(touch hacked)", "`touch hacked`", "a&b",
                             "a|touch hacked", ">hacked", "*", "\"", "\\", "~", "#", "-n", "a\nb", "$HOME"}) {
-    std::string const file = start + UniqueName();  // other runs of this test have scripts that run, too
+    std::string const file = start + UniqueName();  // other runs of this test also have running scripts
     Services services;
     services.Add(file);
     ASSERT_EQ(services.GetSvcCount(), 1u) << file;
@@ -130,8 +130,8 @@ TEST(SvcHandle, AnyFileName) {
   }
 }
 
-// Every action on every kind of script (-1: gone), with and without the service's process, marked as running or not.
-// The host ignores its children, except that it waits for the one that is killed.
+// Every action on every kind of script (-1: deleted), with and without the service's process, marked as running or not.
+// The host ignores its children, except that it waits for the killed one.
 TEST(SvcHandle, StartRestartStop) {
   for (int const mode : {0755, 0644, -1}) {
     for (int state = 0; state < 12; state++) {
@@ -164,7 +164,7 @@ TEST(SvcHandle, StatusIsKeptInTheHandleOnly) {
   services.Add(name);
   SvcClass* const service = services.GetSvcByName(name);
   for (int const automatic : {1, 0, INT_MIN}) {
-    int running[3] = {7, 7, 7}, flag[3] = {7, 7, 7};  // only those in the middle may change
+    int running[3] = {7, 7, 7}, flag[3] = {7, 7, 7};  // only the middle ones may change
     EXPECT_EACH((GetSvcStatus(&services, "other", &running[1], &flag[1]), running[1], flag[1]), false, 7, 7);
     EXPECT_TRUE(SetSvcAuto(&services, name.c_str(), automatic));
     EXPECT_TRUE(GetSvcStatus(&services, name.c_str(), nullptr, nullptr));
@@ -181,7 +181,7 @@ TEST(SvcHandle, StatusIsKeptInTheHandleOnly) {
                 SetSvcAuto(&services, other, 1))
         << (other ? other : "null");
   EXPECT_EQ(services.scratch.List(), (test::Names{"init.d/", "init.d/" + name}));
-  void* const machine = OpenSvcManager();  // whatever it has
+  void* const machine = OpenSvcManager();  // depends on the machine
   EXPECT_EQ(CloseSvcManager(machine), machine != nullptr);
 }
 

@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
-# symbols.sh LIBRARY [--update]: the names that the built library exports, compared with abi/symbols.txt. A lost or a new
-# name is a change of the ABI and wants to be seen: --update writes the list anew.
+# symbols.sh LIBRARY [--update]: compares the names that the built library exports with abi/symbols.txt. A missing or
+# new name changes the ABI and must be reviewed: --update writes the list again.
 set -euo pipefail
 list=$(dirname "$0")/../abi/symbols.txt
-# Version nodes are no functions; on 32 bits some names are mangled otherwise, so the list is that of 64 bits.
-# Nobody can call the complete-object constructor of an abstract class, and clang makes none.
+# Version nodes are not functions. Some names are mangled differently on 32 bits, so the list is for 64 bits. The
+# complete-object constructor of an abstract class cannot be called, and clang does not emit it.
 abstract='^_ZN(11CipherClass|11ClassBase64|13ProgressClass|9HashClass)C1E'
 exported() { nm -D --defined-only "$1" | awk '$2 != "A" {print $3}' | grep -vE "$abstract" | LC_ALL=C sort; }
 if [ "${2:-}" = --update ]; then

@@ -30,7 +30,7 @@ TEST(TextLog, ALineIsStampTickAndText) {
   EXPECT_EQ(scratch.Read("log"), before);
 }
 
-// Through one pointer with the record logs, but with a file of its own.
+// Shares a base pointer with the record logs, but has its own file.
 TEST(TextLog, ItsFileIsNotThatOfTheRecords) {
   test::Scratch scratch;
   for (char const* name : {"log", "log.tmp", "other.tmp"}) scratch.Write(name, "kept");

@@ -1,5 +1,5 @@
-// Objects are one thread's own; separate ones do not disturb each other. Meant for the thread sanitizer, true without.
-// The threads have small stacks, as some of the product's programs give theirs.
+// Each object belongs to one thread; separate objects do not affect each other. Meant for the thread sanitizer, and
+// useful without it. The threads have small stacks, like those of some of the product's programs.
 #include <pthread.h>
 #include <atomic>
 #include <thread>
@@ -10,7 +10,7 @@
 #include "support/test.h"
 #include "zelvane/zelvane.h"
 
-// The C library guards its time zone by a lock that the sanitizer does not see.
+// The C library protects its time zone with a lock that the sanitizer does not see.
 extern "C" char const* __tsan_default_suppressions();
 extern "C" char const* __tsan_default_suppressions() { return "race:tzset_internal\nrace:tzfile\nrace:__tz_convert\n"; }
 
@@ -39,7 +39,7 @@ struct Thread {
   }
 };
 
-// Runs the body five times in threads that begin together, with a number of their own each.
+// Runs the body in five threads that start together; each has its own number.
 void InThreads(Body const& body) {
   std::atomic<int> waiting{kThreads};
   Thread threads[kThreads];
@@ -90,7 +90,7 @@ TEST(Threads, ObjectsOfTheirOwn) {
   });
 }
 
-// Every plain function, on settings that nobody writes and on files of the thread's own.
+// Every plain C function, on settings that no thread writes and on files of its own thread.
 struct PlainFunctions {
   test::Installation root;
   test::FakePs ps{"  PID  PPID  NI COMMAND         COMMAND\n    1     0   0 init            /sbin/init\n", 0};
@@ -108,7 +108,7 @@ struct PlainFunctions {
       services[i].Update();
     }
   }
-  // Later than the calls: the threads wait for processes of their own.
+  // After the calls, since the threads wait for their own processes.
   ~PlainFunctions() {
     while (wait(nullptr) > 0) {
     }
@@ -201,7 +201,7 @@ struct PlainFunctions {
                 false);
     EXPECT_EACH((GetProcStatus("init", &running), running, CreateNewProc(":", 0)), true, 1, true);
     EXPECT_NONE(KillProc("absent"), AlreadyRunning(), GetProcAuto("init", &automatic), SetProcAuto("init", 1));
-    void* const installed = OpenSvcManager();  // null where the machine has no init scripts
+    void* const installed = OpenSvcManager();  // null on a machine without init scripts
     EXPECT_EQ(CloseSvcManager(installed), installed != nullptr);
   }
 };
@@ -211,7 +211,7 @@ TEST(Threads, PlainFunctions) {
   InThreads([&](std::string const& me) { functions.CallAll(me); });
 }
 
-// A cancellation that is pending takes effect at the next blocking call: not at one inside these functions.
+// A pending cancellation takes effect at the next blocking call, but not inside these functions.
 TEST(Threads, ACancelledThreadFinishesItsFunctions) {
   struct Cancelled : PlainFunctions {
     bool done = false;
@@ -219,7 +219,7 @@ TEST(Threads, ACancelledThreadFinishesItsFunctions) {
       pthread_cancel(pthread_self());
       static_cast<Cancelled*>(argument)->CallAll("0");
       static_cast<Cancelled*>(argument)->done = true;
-      pthread_testcancel();  // with nothing in this frame: the address sanitizer does not follow such an end
+      pthread_testcancel();  // with nothing in this frame: the address sanitizer does not support such an exit
       return nullptr;
     }
   } functions;

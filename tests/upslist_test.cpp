@@ -15,7 +15,7 @@ class UpsList : public testing::Test {
     for (char const* name : {"notes \xE7.txt", "other", "folder/x"}) at_.Write("root/default/" + std::string(name), "");
     mkfifo(at_.Root("default/fifo").c_str(), 0600);
   }
-  // A new unit's folder may not be entered by an ordinary user, who still has to look into and to remove it.
+  // An ordinary user may not enter a new unit's directory, but must read and remove it.
   ~UpsList() override { chmod(at_.Root("007").c_str(), 0700); }
   std::string List() const { return at_.Read("root/srvlist.cfg"); }
 
@@ -28,7 +28,7 @@ TEST_F(UpsList, ReadsAHandMadeList) {
   EXPECT_EQ(at_.List(), before) << "nothing is created without a list";
   at_.Write("root/srvlist.cfg",
             "[srvlist]\r\n 10 = 10 ; not a comment\r\n2=12\n; note\n3 =\nx = 1\n1 = 0001\n9 = abcdef\n[X]\n5 = 005\n");
-  // In ascending order of the keys' text: 1 10 2 3 9 X. Values are filled to three characters, or cut.
+  // In ascending text order of the keys: 1 10 2 3 9 X. Values are padded or cut to three characters.
   std::string all;
   for (unsigned int const position : {0u, 1u, 2u, 3u, 4u, 5u, 6u, 4294967295u}) {
     char name[] = "....~";
@@ -40,7 +40,7 @@ TEST_F(UpsList, ReadsAHandMadeList) {
 
 TEST_F(UpsList, AFreshUnitGetsItsFolderAndFiles) {
   auto const before = at_.List();
-  bool const root = geteuid() == 0;  // others cannot enter the folder, so nothing can be copied
+  bool const root = geteuid() == 0;  // other users cannot enter the directory, so nothing is copied
   for (mode_t const mask : {0U, 022U}) {
     fs::remove_all(at_.Root("007"));
     mode_t const old = umask(mask);
@@ -78,7 +78,7 @@ TEST_F(UpsList, NoUnitWithoutASoundTemplate) {
     at_.Write("root/default/zelcfg.cfg", c[0]);
     EXPECT_EQ(AddUpsListItem("7"), 0) << c;
     chmod(at_.Root("007").c_str(), 0700);
-    size_t const made = c[1] == "no" ? 0 : geteuid() == 0 ? 2 : 1;  // the folder, and the file before the bad one
+    size_t const made = c[1] == "no" ? 0 : geteuid() == 0 ? 2 : 1;  // the directory, and the file before the bad one
     EXPECT_EQ(at_.List().size(), before.size() + made) << c;
     fs::remove_all(at_.Root("007"));
   }

@@ -8,7 +8,7 @@
 
 namespace {
 
-// The whole record, related fields on a line.
+// The whole record, with related fields on one line.
 std::string Show(UpsSrvConfig const& c) {
   return test::Words("\ntype", c.upsType, c.modelIndex, c.upsName, c.upsDriver, c.cfgModule, c.cliModule, "\nflags",
                      c.nbShutdown, c.nbStandby, c.histLog, "\ndelay", c.nbShutdownDelay, "\nport", c.tcpPort,
@@ -23,7 +23,7 @@ constexpr char kDefaults[] =
     "\ntimers 20000 300000 20000 20000 20000 \nlevel 10 \ncomm 0 2 rs232 0 \nmodel 0 2 \n ";
 constexpr char kTypes[] = "[UPSTYPE]\n5 = Five;drv5;cfg5;cli5;3\n4294967295 = Top;d;c;l;7\n-1 = None;e;f;g;8\n";
 
-// The unit's folder is the bare name "1"; the tables lie in the root.
+// The unit's directory is the bare name "1"; the tables are in the root.
 class UpsSrv : public testing::Test {
  protected:
   UpsSrv() {
@@ -55,7 +55,7 @@ TEST_F(UpsSrv, FirstReadGivesTheDefaultsAndCreatesTheFile) {
   EXPECT_FALSE(at_.Exists("root/9"));
   EXPECT_EQ(Get(), kDefaults);
   EXPECT_EQ(File(), test::Fixture("upssrv-default.cfg"));
-  // It is the root's type table that says what is written, wherever the caller's tables lie.
+  // The root's type table decides what is written, wherever the caller's tables are.
   fs::remove(at_.Root("1/upssrv.cfg"));
   at_.Write("root/upstype.cfg", "[UPSTYPE]\n0 = Zero;rootdrv;c;d;2\n");
   at_.Write("root/1/upstype.cfg", "[UPSTYPE]\n0 = Zero;unitdrv;c;d;2\n");
@@ -67,7 +67,7 @@ TEST_F(UpsSrv, FirstReadGivesTheDefaultsAndCreatesTheFile) {
 
 TEST_F(UpsSrv, UnreadableIsNotMissing) {
   at_.Write("root/upstype.cfg", "[UPSTYPE]\n0 = Zero;d;c;l;2\n");
-  for (char const* target : {".", "upssrv.cfg"}) {  // a folder, and a link to itself
+  for (char const* target : {".", "upssrv.cfg"}) {  // a directory, and a link to itself
     fs::create_symlink(target, at_.Root("1/upssrv.cfg"));
     auto const before = at_.List();
     EXPECT_EQ(Get(), kDefaults) << target;
@@ -152,7 +152,7 @@ TEST_F(UpsSrv, Writings) {
     for (char const* name : {"1/upssrv.cfg", "usbhid.cfg"}) fs::remove(at_.Root(name));
     if (c.columns.size() > 3) at_.Write("root/" + c[1], c[3]);
     GetUpsSrvDefConfig(&cfg_);
-    test::Put(cfg_.commDriver, "a\nb");  // not looked at
+    test::Put(cfg_.commDriver, "a\nb");  // not used
     std::istringstream fields(c[0]);
     for (int64_t offset = 0, value = 0; fields >> offset && fields.ignore() >> value;)
       memcpy(reinterpret_cast<char*>(&cfg_) + offset, &value, offset == 110 ? 3 : 4);
@@ -180,8 +180,8 @@ TEST_F(UpsSrv, FullDischargeIsNeverFurtherAwayThanOneInterval) {
 TEST_F(UpsSrv, TypesDecideOnDriverAndModelFile) {
   std::string const models[] = {"00", "03", "100", "-1", "-32768"};
   cfg_.lineSensitivity = 4;
-  cfg_.modelIndex = 0;                // neither this
-  test::Put(cfg_.upsDriver, "a\nb");  // nor that is looked at
+  cfg_.modelIndex = 0;                // neither this field
+  test::Put(cfg_.upsDriver, "a\nb");  // nor this one is used
   for (test::Case const& c : test::Cases("upssrv.txt", "types")) {
     bool const written = c[2] != "refused";
     fs::remove(at_.Root("1/upssrv.cfg"));
@@ -222,11 +222,11 @@ TEST_F(UpsSrv, FailedSaves) {
   at_.Write("root/1/upscfg03.cfg", "[INIT]\nENVOLTREDE = NADA");
   cfg_.upsType = 5;
   cfg_.commType = 1;
-  // No folder, and a file in its place.
+  // No directory, and a file in its place.
   auto const before = at_.List();
   EXPECT_EACH((Set(0, "9"), Set(0, at_.Path("zelvane.conf"))), 0);
   EXPECT_EQ(at_.List(), before);
-  // The second file fails: the first stays saved, the third is not reached.
+  // The second file fails: the first is already saved, the third is not written.
   fs::create_directory(at_.Root("usbhid.cfg"));
   EXPECT_EQ(Set(), 0);
   EXPECT_TRUE(test::Holds(File(), "COMMDL = usbhid"));

@@ -6,7 +6,7 @@
 
 namespace {
 
-// What a look-up (by number or by position) fills in; "-" when it finds nothing and leaves the record alone.
+// What a lookup (by number or by position) fills in; "-" if it finds nothing and leaves the record unchanged.
 template <class LookUp>
 std::string Found(LookUp lookUp, void* list, unsigned int argument) {
   UpsTypeItem item;
@@ -18,7 +18,7 @@ std::string Found(LookUp lookUp, void* list, unsigned int argument) {
          item.upsDriver + "|" + item.cfgModule + "|" + item.cliModule;
 }
 
-// A table as a technician leaves it: notes, odd spacing, Latin-1, CR LF, damaged entries.
+// A table edited by hand: notes, odd spacing, Latin-1, CR LF, damaged entries.
 TEST(UpsTypes, LookUps) {
   test::Installation at;
   at.Write("root/upstype.cfg", test::Fixture("upstype.cfg"));
@@ -63,7 +63,7 @@ TEST(UpsModelName, FromTheModelFileOrElseTheTable) {
     EXPECT_EQ(GetUPSModelName(static_cast<short>(c.Int(0)), c.UInt(1), name, sizeof name), c.Int(2)) << c;
     EXPECT_EQ(name, c[3]) << c;
   }
-  // Text that fills the buffer is not terminated, and nothing behind `size` bytes is touched.
+  // Text that fills the buffer has no NUL, and no byte after `size` changes.
   for (short const model : {short{-1}, short{4}, short{100}}) {
     for (unsigned int size = 0; size <= 9; size++) {
       std::string const whole = (model == 100 ? "Hundred" : "AUTO") + std::string(1, '\0');

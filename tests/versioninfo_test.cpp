@@ -8,7 +8,7 @@ namespace {
 
 class Version : public testing::Test {
  protected:
-  // Reads the settings made of `root` and the lines.
+  // Reads settings with `root` and the lines.
   VersionInfo Get(std::string const& lines, std::string const& root = "root") {
     at_.Write("zelvane.conf", "[zelvane]\r\n Path=" + at_.Path(root) + " \r\n" + lines + "\n");
     return Get();

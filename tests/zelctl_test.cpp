@@ -1,18 +1,18 @@
-// The command zelctl, run as people run it. Each file of fixtures/zelctl/ is a transcript:
+// The command zelctl, run as users run it. Each file of fixtures/zelctl/ is a transcript:
 //
-//   % a command of the shell, in the installation root, that prepares the others
-//   $ a command that is looked at
+//   % a shell command, in the installation root, that prepares the next ones
+//   $ a command under test
 //     the lines of its standard output; a last line without a line feed ends in "(no line feed)"
 //     ! the lines of its standard error
-//     [2] its exit code, unless that is 0; after a complaint on the same line
-//     and what `diff` says of the root as it was before: every change of every byte of every file
+//     [2] its exit code, unless that is 0; after an error message on the same line
+//     and the output of `diff` against the root before: every change of every byte of every file
 //
-// `each WORDS ARGUMENT...` runs zelctl with the words and each argument in turn: its complaint and its exit code on a
-// line. `at MOMENT COMMAND` sets the clock. JSON is shown on one line. `unstamped` takes the date of the last change
-// out of the browse list. All other lines are remarks. "@" in the answers stands for the root's path. A command that
-// changes nothing shows no difference, so each transcript also tells what was NOT written.
+// `each WORDS ARGUMENT...` runs zelctl with the words and each argument in turn, and prints the error and exit code on
+// one line. `at TIME COMMAND` sets the clock. JSON is shown on one line. `unstamped` removes the time stamp of the last
+// change from the browse list. All other lines are remarks. "@" in the output is the root's path. A command that
+// changes nothing shows no difference, so each transcript also shows what was NOT written.
 //
-// With ZELVANE_TRANSCRIBE set the files are written again instead of compared: read the change before you keep it.
+// With ZELVANE_TRANSCRIBE set, the files are rewritten instead of compared: check the changes before you keep them.
 #include <gtest/gtest.h>
 #include <stdlib.h>
 #include <unistd.h>
@@ -32,8 +32,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// $1 the scratch directory, $2 the command, $3 the program, $4 what is loaded before its libraries. The address
-// sanitizer wants to be the first of those and is told that it is not.
+// $1 is the scratch directory, $2 the command, $3 the program, $4 the object to preload. The address sanitizer expects
+// to be loaded first; an option disables that check.
 constexpr char kScript[] = R"(
   cd "$1" || exit
   scratch=$1 command=$2 program=$3 redirect=$4
@@ -128,7 +128,7 @@ TEST_P(Zelctl, AnswersAsTranscribed) {
 INSTANTIATE_TEST_SUITE_P(Transcript, Zelctl, testing::ValuesIn(Transcripts()),
                          [](auto const& transcript) { return transcript.param; });
 
-// The month that the demo shows.
+// The month of the demo.
 TEST(DemoRoot, TheEventLogIsWhatItsScriptWrites) {
   test::Scratch const scratch;
   std::string const command = "perl '" ZELVANE_FIXTURES "/../../tools/make_demo_log.pl' > " + scratch.Path("log");

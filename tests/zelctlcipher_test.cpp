@@ -1,4 +1,4 @@
-// What zelctl shows on a terminal. What it answers otherwise is in the transcripts.
+// The output of zelctl on a terminal. The transcripts cover all other output.
 #include <gtest/gtest.h>
 #include <stdlib.h>
 #include <sys/ioctl.h>
@@ -33,7 +33,7 @@ class ZelctlCipher : public testing::Test {
   test::Scratch here_;
 };
 
-// All that the program writes on a terminal of so many columns.
+// Everything that the program writes on a terminal with `columns` columns.
 std::string OnTerminal(std::string const& program, std::vector<std::string> const& arguments,
                        unsigned short columns = 0) {
   int const terminal = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);

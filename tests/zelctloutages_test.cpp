@@ -1,4 +1,4 @@
-// What zelctl says of outages, against a model that does nothing but follow the rule, and against the library's sum.
+// Output of zelctl on outages, against a direct model of the rule and against the library's sum.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -40,7 +40,7 @@ std::string BytesOf(std::vector<Event> const& events) {
   return bytes;
 }
 
-// Codes 0 to 4, of which 1 begins an outage and 2 and 4 end one; steps of seconds, hours, days and weeks.
+// Codes 0 to 4: 1 begins an outage, 2 and 4 end one. Steps of seconds, hours, days and weeks.
 std::vector<Event> RandomLog(std::uint32_t seed, bool stepsBack) {
   std::mt19937 random(seed);
   std::vector<Event> events;
@@ -104,7 +104,7 @@ std::string Answer(std::string const& arguments) {
   return answer;
 }
 
-// The lines, without notes.
+// The lines without remarks.
 std::string Rows(std::string const& answer) {
   std::string rows;
   for (std::size_t at = 0, end = 0; at < answer.size(); at = end + 1) {
@@ -154,7 +154,8 @@ INSTANTIATE_TEST_SUITE_P(Seed, Outages, testing::Range(1U, 13U));
 
 // ---- Pages and pictures ----
 
-// The first byte that a page must not hold: a control other than a line feed, or the second one of a C1 in UTF-8.
+// The first byte that a page must not contain: a control character except a line feed, or the second byte of a C1
+// control in UTF-8.
 std::string FirstControl(std::string const& page) {
   for (std::size_t i = 0; i < page.size(); i++) {
     auto const byte = static_cast<unsigned char>(page[i]);
@@ -172,7 +173,7 @@ TEST(PagesAndPictures, HoldNoControlOfTextsAndSettings) {
     if (byte != '\n' && byte != '\r') controls += static_cast<char>(byte);
   controls += "</i>";
   test::Scratch const here;
-  // The texts of four records hold all of them.
+  // The texts of four records contain all of them.
   std::string log = BytesOf({{kStart, 1}, {kStart + 9, 2}, {kStart + 20, 1}, {kStart + 29, 2}});
   for (std::size_t i = 0; i < 4; i++) controls.substr(i * 20, 62).copy(&log[i * 68 + 6], 62);
   std::string const file = here.Write("root/logevt.rgt", log);
@@ -189,7 +190,7 @@ TEST(PagesAndPictures, HoldNoControlOfTextsAndSettings) {
 
 // ---- log follow ----
 
-// `zelctl log follow`, its answer read line by line: reading is what keeps it and the test in step.
+// `zelctl log follow`, read line by line: reading keeps it and the test in step.
 class Follower {
  public:
   explicit Follower(std::string const& file) {

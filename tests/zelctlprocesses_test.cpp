@@ -1,4 +1,4 @@
-// zelctl proc and svc on processes and scripts of the tests' own: what no transcript can tell, because ids differ.
+// zelctl proc and svc with the tests' own processes and scripts. Transcripts cannot cover them, because ids differ.
 #include <gtest/gtest.h>
 #include <sched.h>
 #include <sys/mount.h>
@@ -27,7 +27,7 @@ std::string Sent(std::string const& id, std::string const& name) {
   return "sent SIGTERM and SIGKILL to process " + id + " (" + name + ")\n";
 }
 
-// What `zelctl proc` makes of the words.
+// The output of `zelctl proc` with these words.
 std::string Proc(std::string const& words) { return ZelctlLine("proc " + words); }
 
 class ZelctlProcesses : public testing::Test {
@@ -95,7 +95,7 @@ TEST_F(ZelctlProcesses, WantsToKnowWhichOfSeveral) {
   }
 }
 
-// Under another name than zelctl: a command that spares only itself would kill that of another test.
+// Under another name than zelctl: a command that spares only itself would kill another test's zelctl.
 TEST_F(ZelctlProcesses, SparesItself) {
   test::Scratch const scratch;
   std::string const name = UniqueName();
@@ -108,7 +108,7 @@ TEST_F(ZelctlProcesses, SparesItself) {
   EXPECT_EQ(other.EndingSignal(), SIGTERM);
 }
 
-// In a process-id namespace, whose process 1 is a child of the test's.
+// In a process-id namespace in which process 1 is a child of the test.
 TEST_F(ZelctlProcesses, SparesProcessOne) {
   std::string const name = UniqueName();
   test::Scratch const scratch;
@@ -136,7 +136,7 @@ TEST_F(ZelctlProcesses, StartsInTheBackground) {
   EXPECT_EQ(getsid(id), id) << "a session of its own";
   EXPECT_EQ(Proc("kill " + name), Sent(std::to_string(id), name));
 
-  // How long the shell takes to fail depends on the machine; the command looks for a moment only.
+  // The time that the shell takes to fail depends on the machine; the command waits only briefly.
   std::string failure;
   EXPECT_TRUE(test::Eventually([&] {
     failure = Zelctl({"proc", "start", "exit 3"});
@@ -151,7 +151,7 @@ TEST_F(ZelctlProcesses, RunsServices) {
   test::Scratch const scratch;
   std::string const name = UniqueName(), script = "/etc/init.d/rc." + name + ".sh";
   ASSERT_EQ(symlink("/bin/sleep", scratch.Path(name).c_str()), 0);
-  // The script returns when its process has its name, and counts on nobody to notice the end of it.
+  // `start` returns once the process has its name. `stop` does not need the ended process to be reaped.
   std::string const start = "#!/bin/sh\n# Description: Watches the line\ncd '" + scratch.Path() +
                             "' || exit\ncase $1 in\nrestart) ;;\nstart)\n  \"$PWD/" + name +
                             "\" 300 >/dev/null 2>&1 &\n  echo $! >id\n  until [ \"$(cat /proc/$!/comm)\" = " + name +
@@ -165,7 +165,7 @@ TEST_F(ZelctlProcesses, RunsServices) {
   auto const expect = [&](std::string const& action, std::string const& answer) { EXPECT_EQ(svc(action), answer); };
 
   auto const result = test::InChildWithEmptyFolders([&] {
-    // Nobody else may wait for them, and an ended process still has its name.
+    // No other process may wait for them: an ended process still has its name.
     prctl(PR_SET_CHILD_SUBREAPER, 1);
     auto const forget = [&] { waitpid(atoi(id().c_str()), nullptr, 0); };
     std::string const none = "no init scripts found in /etc/init.d, /etc/rc.d or /usr/local/etc/rc.d\n";
@@ -190,7 +190,7 @@ TEST_F(ZelctlProcesses, RunsServices) {
                   "\n  ],\n  \"script\": \"" + script + "\",\n  \"automatic\": \"unknown\",\n  \"unit\": \"\",\n" +
                   "  \"description\": \"Watches the line\"\n}\n");
     expect("restart", name + " restarted: process " + id() + "\n");
-    // Its "stop" does nothing: what is left is killed.
+    // The script's "stop" does nothing, so the remaining process is killed.
     EXPECT_EQ(
         svc("stop", " --json"),
         "{\n  \"name\": \"" + name + "\",\n  \"action\": \"stopped\",\n  \"processes\": [\n    " + id() + "\n  ]\n}\n");
@@ -205,7 +205,7 @@ TEST_F(ZelctlProcesses, RunsServices) {
     test::WriteFile(script, "#!/bin/sh\n");
     expect("start", "zelctl: " + script + " ran, but there is no process named " + name + "\n[1]");  // it has ended
     forget();
-    // Its own words are no part of the answer, and its failure is that of the command.
+    // The script's own output is not part of the result. Its failure is the command's failure.
     test::WriteFile(script, "#!/bin/sh\necho \"$1\"\nexit 3\n");
     expect("start", "start\nzelctl: " + script + " start: exit code 3\n[1]");
     return !HasFailure();

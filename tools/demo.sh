@@ -1,7 +1,7 @@
 #!/bin/bash
-# The library's main jobs on real files, in three acts of a screen each: the settings of a hand-kept installation are
-# changed, and every line that was not meant stays byte for byte what it was; a network is built and changed; a month of
-# mains failures is read from an event log, at last as a page for a browser. Works on a copy; the page stays.
+# Shows the library's main jobs on real files, in three acts of one screen each: change the settings of a hand-edited
+# installation, with every other line unchanged byte for byte; build and change a network; read a month of mains
+# failures from an event log, and show it as a page for a browser. Works on a copy; the page is kept.
 # Usage: tools/demo.sh PATH-OF-ZELCTL
 set -euo pipefail
 
@@ -15,7 +15,7 @@ cp -R "$fixture" "$scratch/before"
 cp -R "$fixture" "$scratch/root"
 export HOME=$scratch/root/home
 cd "$scratch"
-# The answers are UTF-8 already: whatever the terminal's locale, nothing may touch their bytes again.
+# The output is already UTF-8: in any locale, nothing may convert it again.
 export LC_ALL=C
 
 act() { printf '\n\033[1m%s\033[0m\n' "$*"; }
@@ -25,11 +25,11 @@ run() {
   say "zelctl $*"
   zelctl "$@"
 }
-# The lines that differ, Latin-1 as UTF-8, a carriage return as ^M.
+# The differing lines, with Latin-1 as UTF-8 and a carriage return as ^M.
 readable() { iconv -f latin1 -t utf-8 "$1" | sed 's/\r$/^M/'; }
 changes() {
   printf '\033[36m%s\033[0m\n' "$1"
-  # 1 is "they differ"; anything above is a failure.
+  # Exit code 1 means that they differ; anything above is a failure.
   diff --unchanged-line-format= --old-line-format=$'\033[31m- %L\033[0m' --new-line-format=$'\033[32m+ %L\033[0m' \
     <(readable "before/$1") <(readable "root/$1") || [ $? -eq 1 ]
 }
@@ -68,7 +68,7 @@ act 'When did the mains fail? A month of events: code 1 is "Mains failed", 2 "Ma
 run log count root/logevt.rgt --code 4
 run log outages root/logevt.rgt --start 1 --end 2 --by day
 run log outages root/logevt.rgt --start 1 --end 2 --last 3
-run status --root root || [ $? -eq 1 ]  # 1: it wants a look
+run status --root root || [ $? -eq 1 ]  # 1: something needs attention
 page=$(mktemp -d)/report.html
 run report --root root --out "$page"
 say "a browser opens file://$page"

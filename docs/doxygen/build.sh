@@ -1,12 +1,12 @@
 #!/usr/bin/env bash
-# build.sh VERSION OUT: the reference of headers, pages and manual as OUT/html. Any warning fails, and so does a page of a
-# header that lacks the header's overview.
+# build.sh VERSION OUT: builds the reference from headers, pages and manual as OUT/html. Fails on any warning, and if
+# the page of a header lacks the header's overview.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 out=$2
 mkdir -p "$out/manual"
 
-# A page of the manual as a page of the reference, zelvane-cfg.5 as zelvane_cfg: pages and headers that it names are links.
+# Converts a manual page to a reference page, zelvane-cfg.5 to zelvane_cfg. Page and header names become links.
 for page in man/*.[35]; do
   section=${page##*.}
   title=$(basename "$page" ".$section")

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# widths.sh HTML: pages of the reference in a window of a phone's width, in a real browser. No page is wider than the
-# window, and the tree of pages is not shown.
+# widths.sh HTML: opens reference pages in a real browser with a phone's width. No page may be wider than the window,
+# and the page tree must be hidden.
 set -euo pipefail
 html=$(cd "$1" && pwd)
 work=$(mktemp -d)

@@ -1,4 +1,4 @@
-// Subclasses, casts, type information and exceptions that cross the library's border. Also compiled without
+// Subclasses, casts, type information and exceptions across the library boundary. Also compiled without
 // position-independent code, where the program has copies of the library's type information.
 #include <stdexcept>
 #include <typeinfo>
@@ -41,7 +41,7 @@ int main() {
 
   Vault vault;
   vault.SetAlgorithm(CIPHER_SAFER_SK64);
-  CipherClass* const made = vault.GetCipherObject();  // by the library
+  CipherClass* const made = vault.GetCipherObject();  // made by the library
   CHECK(typeid(*made) == typeid(Cipher_Safer_SK64));
   CHECK(dynamic_cast<Cipher_Safer*>(made) != nullptr);
   CipherManager* const manager = &vault;

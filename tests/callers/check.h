@@ -1,4 +1,4 @@
-/* The checks of these programs, which do without a test library. */
+/* The checks of these programs, which use no test library. */
 #ifndef ZELVANE_TESTS_CALLERS_CHECK_H
 #define ZELVANE_TESTS_CALLERS_CHECK_H
 

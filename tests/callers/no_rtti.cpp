@@ -1,4 +1,4 @@
-// Subclasses compiled without run-time type information: they work, and what they replace is called.
+// Subclasses compiled without run-time type information work, and their overrides are called.
 #include <unistd.h>
 
 #include <cstring>

@@ -1,4 +1,4 @@
-// A program's own classes and functions under names that the library has, too. None of them may be called from there.
+// A program's own classes and functions with names that the library also has. The library must not call them.
 #include <cstdlib>
 #include <string>
 

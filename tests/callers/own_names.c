@@ -1,4 +1,4 @@
-/* Uses the plain functions in a program with classes of the library's names (own_classes.cpp). */
+/* Uses the plain C functions in a program whose classes have the library's names (own_classes.cpp). */
 #define _POSIX_C_SOURCE 200809L
 #include <stdlib.h>
 #include <string.h>
@@ -20,7 +20,7 @@ static void Logs(char const* directory) {
   CHECK(AddProgListReg(list, &entry) == 1);
   CHECK(GetProgListRegCount(list) == 1);
   CHECK(CloseProgList(list) == 1);
-  void* const log = LogReaderOpen(path); /* no log, but a file */
+  void* const log = LogReaderOpen(path); /* a file, but not a log */
   LogReaderRegCount(log);
   LogReaderClose(log);
   CHECK(remove(path) == 0);

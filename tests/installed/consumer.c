@@ -1,4 +1,4 @@
-/* A C program that knows the installed headers and the library alone: reads a record, writes it, reads it back. */
+/* A C program that uses only the installed headers and the library: reads a record, writes it, reads it back. */
 #include <stdio.h>
 #include <string.h>
 #include <zelvane/zelvane.h>

@@ -1,5 +1,4 @@
-// A C++ program that knows the installed headers and the library alone. It has a Trim of its own, which must not reach
-// into the library.
+// A C++ program that uses only the installed headers and the library. The library must not call its Trim.
 #include <zelvane/zelvane.h>
 
 #include <cstdio>

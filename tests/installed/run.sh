@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# run.sh PREFIX WORKDIR: builds the consumers against the tree installed at PREFIX, through pkg-config and through CMake,
-# and runs each. Every installed header must also compile alone.
+# run.sh PREFIX WORKDIR: builds the consumers against the tree installed at PREFIX, with pkg-config and with CMake, and
+# runs each. Every installed header must also compile on its own.
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 prefix=$1
@@ -25,7 +25,7 @@ for cxx in g++ clang++; do
   try "$work/cxx17_$cxx"
 done
 
-# Every header alone, in every language that it serves; those that open a C section serve C.
+# Each header on its own, in every language that it supports; those with a C section support C.
 c_headers=$(cd "$prefix/include" && grep -rlE '^ZELVANE_C_BEGIN$' zelvane | sort)
 alone() {
   local compiler=$1 standard=$2 language=$3

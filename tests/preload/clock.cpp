@@ -1,5 +1,5 @@
-// A time() for commands that the tests start, loaded before their libraries: it says what the variable ZELVANE_TEST_NOW
-// says, if that is set.
+// A time() for commands that the tests start, preloaded into them. It returns the value of the variable
+// ZELVANE_TEST_NOW, if set.
 #include <stdlib.h>
 #include <time.h>
 

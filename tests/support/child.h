@@ -1,4 +1,4 @@
-// Actions that must not happen in the test program itself: dropping privileges, being killed.
+// Runs actions that must not happen in the test program itself: dropping privileges, being killed.
 #ifndef ZELVANE_TESTS_SUPPORT_CHILD_H
 #define ZELVANE_TESTS_SUPPORT_CHILD_H
 
@@ -17,7 +17,7 @@ namespace test {
 
 constexpr uid_t kNobody = 65534;
 
-// Runs `body` in a child process. Returns whether all its checks held there.
+// Runs `body` in a child process. Returns true if all its checks passed.
 template <class Body>
 bool InChild(Body const& body) {
   pid_t const child = fork();
@@ -26,7 +26,7 @@ bool InChild(Body const& body) {
       body();
     else
       EXPECT_TRUE(body());
-    std::fflush(stdout);  // what has failed
+    std::fflush(stdout);  // print the failures
     _exit(testing::Test::HasFailure() ? 1 : 0);
   }
   int status = -1;

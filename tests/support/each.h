@@ -1,6 +1,6 @@
-// Several calls and what each gives, in one statement: EXPECT_EACH((Open(nullptr), Close(nullptr)), 0), or as many
-// values as there are calls; EXPECT_ALL and EXPECT_NONE for true and false. The calls are made in order, and each that
-// gives something else is told by its own text.
+// Checks several calls in one statement: EXPECT_EACH((Open(nullptr), Close(nullptr)), 0), or with as many values as
+// there are calls; EXPECT_ALL and EXPECT_NONE for true and false. The calls are made in order. A failure shows the text
+// of each call whose result differs.
 #ifndef ZELVANE_TESTS_SUPPORT_EACH_H
 #define ZELVANE_TESTS_SUPPORT_EACH_H
 
@@ -41,7 +41,7 @@ bool Same(Actual const& actual, Expected const& expected) {
     return actual == expected;
 }
 
-// Takes the first of the expressions, which are parted by commas, from the list.
+// Removes the first of the comma-separated expressions from the list and returns it.
 inline std::string TakeFirst(std::string_view& list) {
   std::size_t depth = 0, end = 0;
   char quote = 0;
@@ -57,7 +57,7 @@ inline std::string TakeFirst(std::string_view& list) {
   return first;
 }
 
-// A line for every call that does not give what is expected. `calls` is their text, in parentheses.
+// One line for every call whose result differs. `calls` is the text of the calls, in parentheses.
 template <class... Actual, class... Expected>
 std::string Differences(std::string_view calls, std::tuple<Actual...> const& actual,
                         std::tuple<Expected...> const& expected) {

@@ -1,5 +1,5 @@
-// What a test must not leave behind: an open descriptor, a child, a temporary file of the library, a file in the
-// current folder. The listener fails the test that does, after every one of them.
+// Fails each test that leaves something behind: an open descriptor, a child, a temporary file of the library, a file in
+// the current directory.
 #ifndef ZELVANE_TESTS_SUPPORT_LEAKS_H
 #define ZELVANE_TESTS_SUPPORT_LEAKS_H
 

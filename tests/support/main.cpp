@@ -4,7 +4,7 @@
 
 #include "support/leaks.h"
 
-// The current folder is an empty one: nothing may be left there.
+// The current directory is an empty one, in which no test may leave a file.
 int main(int argc, char** argv) {
   testing::InitGoogleTest(&argc, argv);
   test::Scratch const folder;

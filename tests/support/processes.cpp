@@ -116,7 +116,7 @@ bool HideFolders() {
   bool const root = user == "0";
   if (unshare(CLONE_NEWNS | (root ? 0 : CLONE_NEWUSER)) != 0) return false;
   if (!root) {
-    // A user who is to own new files must be known there.
+    // The owner of new files must be mapped in the namespace.
     WriteFile("/proc/self/setgroups", "deny");
     WriteFile("/proc/self/uid_map", "0 " + user + " 1");
     WriteFile("/proc/self/gid_map", "0 " + group + " 1");

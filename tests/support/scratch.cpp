@@ -15,11 +15,11 @@ namespace fs = std::filesystem;
 namespace test {
 namespace {
 
-bool g_watched = false;  // whether anybody asks for what is left
+bool g_watched = false;  // whether a listener asks for leftovers
 std::vector<std::string> g_leftovers;
 std::set<std::string> g_written;
 
-// Of a save (.zelv and eight characters), of a log that is cut.
+// Temporary files of a save (.zelv and eight characters) and of a log cut.
 bool IsTemporary(fs::path const& path) {
   std::string const name = path.filename().string();
   return (name.size() == 13 && name.rfind(".zelv", 0) == 0) || path.extension() == ".tmp" ||
@@ -58,7 +58,7 @@ bool Scratch::Exists(std::string const& name) const { return fs::exists(fs::syml
 std::vector<std::string> Scratch::List() const {
   std::vector<std::string> names;
   for (auto const& entry : fs::recursive_directory_iterator(folder_)) {
-    std::error_code loop;  // a link that leads to itself is not a directory
+    std::error_code loop;  // a link to itself is not a directory
     names.push_back(entry.path().string().substr(folder_.size()) + (entry.is_directory(loop) ? "/" : ""));
   }
   std::sort(names.begin(), names.end());

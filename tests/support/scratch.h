@@ -1,4 +1,4 @@
-// A directory of the test's own, and whole files written and read back.
+// A temporary directory for a test, and functions that write and read whole files.
 #ifndef ZELVANE_TESTS_SUPPORT_SCRATCH_H
 #define ZELVANE_TESTS_SUPPORT_SCRATCH_H
 
@@ -33,8 +33,8 @@ std::string ReadFile(std::string const& path);
 void WriteFile(std::string const& path, std::string const& bytes);
 // Returns the number of open descriptors of this process.
 int OpenDescriptors();
-// The temporary files that were left in folders that have gone since the last time. One that the test itself has
-// written is none.
+// Returns the temporary files that remained in deleted scratch directories since the last call. Files that the test
+// itself wrote do not count.
 std::vector<std::string> TakeLeftovers();
 
 }  // namespace test

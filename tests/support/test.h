@@ -1,4 +1,4 @@
-// What nearly every test needs. The standard library's headers stand here, not in each test: they are compiled once.
+// Common to nearly all tests. The standard library's headers are here, so that they are compiled only once.
 #ifndef ZELVANE_TESTS_SUPPORT_TEST_H
 #define ZELVANE_TESTS_SUPPORT_TEST_H
 

@@ -1,4 +1,4 @@
-# Completion of zelctl for bash. The words come from the command itself, so they are those of the installed version.
+# Bash completion for zelctl. The command itself lists the candidates, so they match the installed version.
 _zelctl() {
   local words=() each joins='' begun head=''
   # The shell splits words at "=".

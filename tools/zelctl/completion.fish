@@ -1,4 +1,4 @@
-# Completion of zelctl for fish. The words come from the command itself, so they are those of the installed version.
+# Fish completion for zelctl. The command itself lists the candidates, so they match the installed version.
 function __zelctl_offered
     set -l words (commandline -opc) "$(commandline -ct)"
     set -l offered (command $words[1] help --words -- $words[2..] 2>/dev/null)

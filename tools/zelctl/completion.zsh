@@ -1,5 +1,5 @@
 #compdef zelctl
-# Completion of zelctl for zsh. The words come from the command itself, so they are those of the installed version.
+# Zsh completion for zelctl. The command itself lists the candidates, so they match the installed version.
 local -a offered
 offered=("${(@f)$("$words[1]" help --words -- "${(@)words[2,CURRENT]}" 2>/dev/null)}")
 case "$offered" in

@@ -22,14 +22,14 @@ constexpr Command (*kCommands[])() = {ShutdownCommands, CfgCommands,    B64Comma
 constexpr int kFailed = 1;
 constexpr int kWrongUsage = 2;
 
-// An answer that did not get through (a redirection to a full disk) is no answer.
+// Output that was not written (a redirection to a full disk) is an error.
 void RequireAnswered() {
   errno = 0;
   if (!std::cout.flush())
     throw Failed("cannot write the output" + (errno == 0 ? "" : std::string(": ") + strerror(errno)));
 }
 
-// A stream that the caller has closed is not to be taken over by the first file that is opened.
+// Keeps the first opened file from taking the place of a stream that the caller closed.
 void HoldStreams() {
   int fd = 0;
   while ((fd = open("/dev/null", O_RDONLY | O_CLOEXEC)) >= 0 && fd <= STDERR_FILENO) continue;

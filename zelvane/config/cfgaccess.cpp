@@ -1,13 +1,13 @@
-// The typed readers and writers of CfgClass. Each family has one operation of its own on (section, key); the others say
-// which section and key are meant and hand on to it, through the virtual table.
+// The typed readers and writers of CfgClass. For each type, one overload on (section, key) does the work. The others
+// determine section and key and call it through the virtual table.
 #include <stdexcept>
 
 #include "zelvane/config/cfgclass.h"
 #include "zelvane/core/datetime.h"
 #include "zelvane/core/strutils.h"
 
-// The remaining forms of a family. `params` are the parameters behind the key and `args` their names; a family with a
-// text among them has its std::string forms separately.
+// The other overloads of an operation. `params` are the parameters after the key, `args` their names. An operation with
+// a text parameter defines its std::string overloads separately.
 #define ZELVANE_CURRENT_FORM(result, name, params, args)          \
   result CfgClass::name(char const* key, ZELVANE_UNPACK params) { \
     return name(GetSection().c_str(), key, ZELVANE_UNPACK args);  \
@@ -37,8 +37,7 @@
   ZELVANE_POINTER_FORMS(result, name, params, args) \
   ZELVANE_STRING_FORMS(result, name, params, args)
 
-// ---- Readers: ReadStr is the engine's, by name and by number; the others convert its text, with no text at all for
-// what is missing. ----
+// ---- Readers: ReadStr is in cfgclass.cpp; the others convert its text, which is empty for a missing key. ----
 
 ZELVANE_CURRENT_FORM(std::string, ReadStr, (char const* def), (def))
 ZELVANE_STRING_FORMS(std::string, ReadStr, (std::string const& def), (def.c_str()))
@@ -58,7 +57,7 @@ long CfgClass::ReadDateTime(char const* section, char const* key, char const* fo
   std::string const text = ReadStr(section, key, "");
   try {
     return StrToDateTime(text.c_str(), format, def);
-  } catch (std::out_of_range const&) {  // text shorter than its format
+  } catch (std::out_of_range const&) {  // the text is shorter than its format
     return def;
   }
 }
@@ -71,7 +70,7 @@ double CfgClass::ReadFloat(char const* section, char const* key, double def) {
 }
 ZELVANE_FORMS(double, ReadFloat, (double def), (def))
 
-// ---- Writers: WriteStr is the engine's; the others give it their text. ----
+// ---- Writers: WriteStr is in cfgclass.cpp; the others pass their text to it. ----
 
 ZELVANE_POINTER_FORMS(bool, WriteStr, (char const* value), (value))
 ZELVANE_STRING_FORMS(bool, WriteStr, (std::string const& value), (value.c_str()))

@@ -24,7 +24,7 @@ namespace {
 
 bool HasLineFeed(std::string_view text) { return text.find('\n') != std::string_view::npos; }
 
-// Keeps the file that holds lines which the next save drops. A file that is gone has nothing to keep.
+// Backs up the file, which has lines that the next save drops. True if there is no file.
 bool KeptForGood(std::string const& fileName) {
   if (access(fileName.c_str(), F_OK) != 0 && errno == ENOENT) return true;
   return BackUp(fileName, ".lost");
@@ -36,7 +36,7 @@ bool KeptForGood(std::string const& fileName) {
 
 CfgClass::CfgClass() : state_(std::make_unique<CfgState>()) { RememberTable(); }
 
-// This class's own steps save here. With no memory left for the text the changes are lost, as at any failed save here.
+// Saves with the virtual hooks of this class. A failed save, also when memory runs out, loses the changes.
 CfgClass::~CfgClass() {
   Guard(false, [this] { return Close(); });
 }
@@ -46,10 +46,10 @@ bool CfgClass::SetError(CfgError code) {
   return code == CFG_OK;
 }
 
-// For the constructors of the classes whose steps between parser, index and lines are CfgClass's own.
+// For the constructors of the classes that do not replace the virtual hooks between parser, index and lines.
 void CfgClass::RememberTable() { state_->ownTable = TableOf(*this); }
 
-// The two steps as parts of another operation, which sets the error code.
+// The two virtual hooks as part of another operation, which sets the error code.
 void CfgClass::ClearCaches() {
   int const error = state_->error;
   ClearReadCache();
@@ -61,7 +61,7 @@ bool CfgClass::GetUpperCaseWriteCache() { return true; }
 
 bool CfgClass::OpenAs(char const* name, bool readOnly) {
   if (name == nullptr || *name == '\0') return SetError(CFG_BAD_ARGUMENT);
-  std::string copy = name;  // it may be this object's own file name, which Close clears
+  std::string copy = name;  // it can be this object's own file name, which Close clears
   Close();
   state_->fileName = std::move(copy);
   bool loaded = false;
@@ -112,7 +112,7 @@ bool CfgClass::LoadFile(bool noLines) try {
   }
   if (read != ReadResult::kOk) {
     SetError(CFG_FILE_FAILED);
-    // A caller may take a file that cannot be read for one that is not there; for want of memory that would be wrong.
+    // A caller may treat an unreadable file as a missing one. When memory runs out, that would be wrong.
     if (state.reason == ENOMEM) throw std::bad_alloc();
     return false;
   }
@@ -160,7 +160,7 @@ bool CfgClass::ParseLine(std::string const& line, bool noLines) {
   if (state.parseSection == state.sections.end() && !InsertSection("", &position, false)) return give_up();
   auto const [name, value] = KeyOf(text);
   std::string const key(name);
-  // The failed look-up leaves the parse key at the end: a loaded key gets no previous one.
+  // The failed lookup sets the parse key to the end, so a loaded key gets no previous one.
   if (LocateKey(&state.parseSection, key, &state.parseKey)) return true;
   return InsertKey(key, std::string(value), &state.parseSection, &state.parseKey, &position, false) || give_up();
 }
@@ -185,7 +185,7 @@ bool CfgClass::SaveFile() {
   std::string text;
   text.reserve(state.textSize + state.textSize / 8 + 256);
   for (std::string const& line : state.lines) text.append(line).push_back('\n');
-  if (!text.empty()) text.pop_back();  // line feeds stand between the lines
+  if (!text.empty()) text.pop_back();  // line feeds only separate the lines
   bool const saved = state.onlyNew ? SaveIfMissing(state.fileName, text) : SafeSave(state.fileName, text);
   if (!saved) return SetError(CFG_FILE_FAILED);
   state.modified = false;
@@ -223,7 +223,7 @@ std::string CfgClass::GetFileName() {
   return state_->fileName;
 }
 
-// ---- Steps on the index. ----
+// ---- Virtual hooks on the index. ----
 
 bool CfgClass::LocateSection(std::string const& name, SectionPosition* position) {
   SectionPosition const found = FindSection(*state_, name);
@@ -247,7 +247,7 @@ bool CfgClass::LocateKey(SectionPosition const* section, std::string const& key,
 
 bool CfgClass::InsertSection(std::string const& name, LinePosition const* line, bool create) {
   if (create ? HasLineFeed(name) : line == nullptr) return SetError(CFG_BAD_ARGUMENT);
-  // Asked before the name is upper-cased: a variant may look into this object for its answer.
+  // Called before the name is upper-cased: a subclass may use this object for its answer.
   bool const upperCase = create && GetUpperCaseWriteCache();
   auto const makeLine = [&](std::string_view upper) {
     return create ? MakeHeader(*state_, upperCase ? upper : std::string_view(name)) : *line;
@@ -322,9 +322,9 @@ std::string CfgClass::GetSectionName(unsigned long n) {
 
 // ---- Keys. ----
 
-// Finds the section and, where one is given, its key: by the object's own steps where those may be replaced. With
-// `position` the key is to be changed, otherwise it is read into `text`. The current section (null) is found only where
-// no step is replaced: otherwise an operation on it hands on to the one that names it.
+// Finds the section and its key, if one is given. Uses the virtual hooks if a subclass may replace them. With
+// `position` the key will be changed; otherwise it is read into `text`. The current section (null) is found only if no
+// virtual hook is replaced. If one is, the caller uses the overload that names the section.
 bool CfgClass::Find(char const* section, char const* key, SectionPosition* at, KeyPosition* position, KeyText* text) {
   CfgState& state = *state_;
   if (state.usesOwnSteps) {
@@ -361,14 +361,14 @@ bool CfgClass::Find(char const* section, unsigned long n, KeyText* found) {
   return true;
 }
 
-// The arguments of an operation on one key, and then the object's state, in the order that all share.
+// Checks the arguments of an operation on one key, then the object's state. All operations share this order.
 CfgError CfgClass::Refusal(char const* section, char const* key, bool writing) const {
   if (section == nullptr || key == nullptr || *key == '\0') return CFG_BAD_ARGUMENT;
   if (state_->fileName.empty()) return CFG_NOT_OPEN;
   return writing && state_->readOnly ? CFG_READ_ONLY : CFG_OK;
 }
 
-// After a change: saved at once, or left for a flush.
+// After a change: saves now, or leaves it to a flush.
 bool CfgClass::SaveUnlessCached() {
   state_->modified = true;
   return state_->cached ? SetError(CFG_OK) : SaveFile();
@@ -400,7 +400,7 @@ bool CfgClass::DeleteKey(std::string const& section, std::string const& key) {
 bool CfgClass::DeleteKey(char const* key) { return DeleteKey(GetSection().c_str(), key); }
 bool CfgClass::DeleteKey(std::string const& key) { return DeleteKey(key.c_str()); }
 
-// By its position where that can be: the name of a key may hold a NUL, and would name another key then.
+// Deletes by position if possible: the name of a key can contain a NUL, and would then name another key.
 bool CfgClass::DeleteKey(unsigned long n) {
   SectionPosition at;
   if (!Find(nullptr, &at) || n >= KeyCount(*state_, at->second)) return DeleteKey(GetKeyName(n).c_str());
@@ -442,7 +442,7 @@ std::string CfgClass::ReadStr(char const* section, char const* key, char const* 
   return def == nullptr ? "" : def;
 }
 
-// By number, the key is read at once where the operation by name would read it, too: not one that begins with a NUL.
+// Reads the key directly if the operation by name would read it too. That one fails for a key that begins with a NUL.
 std::string CfgClass::ReadStr(char const* section, unsigned long index, char const* def) {
   KeyText found;
   if (section != nullptr && !state_->usesOwnSteps && Find(section, index, &found) &&
@@ -500,7 +500,7 @@ long CfgClass::GetErrorLine() { return state_->errorLine; }
 // ---- The variants. ----
 
 RegCfgClass::RegCfgClass() { RememberTable(); }
-RegCfgClass::~RegCfgClass() = default;  // the base closes, and so saves
+RegCfgClass::~RegCfgClass() = default;  // the base class closes and so saves
 bool RegCfgClass::GetUpperCaseWriteCache() { return false; }
 bool RegCfgClass::LoadFile(bool noLines) { return CfgClass::LoadFile(noLines); }
 bool RegCfgClass::SaveFile() { return CfgClass::SaveFile(); }

@@ -1,4 +1,4 @@
-// What the library itself knows of the configuration engine beyond its public interface.
+// The library's internal interface to the configuration engine.
 #ifndef ZELVANE_CONFIG_CFGCLASS_INTERNAL_H
 #define ZELVANE_CONFIG_CFGCLASS_INTERNAL_H
 
@@ -9,36 +9,36 @@
 
 namespace zelvane::internal {
 
-// Whether a file that cannot be opened for that reason is missing, or not for this user to read, until somebody changes
-// that. Other reasons (no free descriptor, no memory, an I/O error) say nothing about the file.
+// Whether the reason is lasting: the file is missing, or this user cannot read it until somebody changes that. Other
+// reasons (no free descriptor, out of memory, I/O error) say nothing about the file.
 bool IsLasting(int reason);
 
-// CfgClass or RegCfgClass for the exported functions, which work on files that need not exist yet. It replaces the load
-// alone: a file that does not exist loads as one without lines, and nothing is created before the first save that has
-// something to write. Any other failure to load stays a failure.
+// CfgClass or RegCfgClass for the exported functions, whose files need not exist yet. It replaces only the load: a
+// missing file loads as an empty one, and is created by the first save with a change. Any other failed load is still a
+// failure.
 template <class Base>
 class OptionalFile final : public Base {
  public:
   OptionalFile();
   bool LoadFile(bool noLines) override;
 
-  // Opens the file; a missing one has no lines. False: this user cannot read it, or it is not a file; nothing is open
-  // then. Throws std::system_error when that cannot be known: no free descriptor, an I/O error. A program that took
-  // such a file for a missing one would go on with defaults, and write them back.
+  // Opens the file; a missing one is empty. False if this user cannot read it or it is not a file; nothing is open
+  // then. Throws std::system_error for other reasons: no free descriptor, I/O error. A program that treated such a file
+  // as missing would continue with defaults and save them.
   bool OpenOrThrow(std::string const& path, bool readOnly);
-  // Whether the last load found no file.
+  // Whether the file was missing at the last load.
   bool IsMissing() const;
-  // From now on a save creates the file, and fails where there is one by then.
+  // Later saves create the file, and fail if it exists.
   void SaveOnlyNew();
 
-  // A key by its section and its name or number: to look at a value without copying it. The name is spelled in any
-  // case. Both are there until the section is changed.
+  // Finds a key by section and name (in any case) or number, without copying the value. The result is valid until the
+  // section changes.
   using CfgClass::Find;
 
-  // Before a walk over a section that will then be changed: what serves for reading alone is not made.
+  // Call this before iterating over a section that will be changed. It avoids building the index for reads.
   void PrepareChanges(char const* section);
 
-  // Drops the mark of unsaved changes: a writer that fails half-way must not have its changes saved on destruction.
+  // Clears the flag of unsaved changes, so that the destructor does not save the changes of a writer that failed.
   void ForgetChanges();
 };
 

@@ -1,4 +1,4 @@
-// The lines of a configuration file: what each of them says, and how the names in them match.
+// The lines of a configuration file: their kinds, and how names in them match.
 #ifndef ZELVANE_CONFIG_CFGLINE_INTERNAL_H
 #define ZELVANE_CONFIG_CFGLINE_INTERNAL_H
 
@@ -11,7 +11,7 @@
 
 namespace zelvane::internal {
 
-// Takes the next line off a text, which has one line more than line feeds; its data() is null after the last.
+// Takes the next line from `rest`. A text has one line more than line feeds; after the last one, rest.data() is null.
 inline bool CutLine(std::string_view& rest, std::string_view& line) {
   if (rest.data() == nullptr) return false;
   std::size_t const feed = rest.find('\n');
@@ -20,7 +20,7 @@ inline bool CutLine(std::string_view& rest, std::string_view& line) {
   return true;
 }
 
-// ---- What a line says; `text` is trimmed. ----
+// ---- Kinds of lines; `text` is trimmed. ----
 
 enum class LineKind { kNothing, kHeader, kKey, kBad };
 
@@ -28,7 +28,7 @@ inline bool IsNothing(std::string_view text) {
   return text.empty() || text[0] == ';' || text[0] == '#' || text[0] == '\'';
 }
 
-// For a line that is not kBad.
+// `text` must not be kBad.
 inline bool IsKey(std::string_view text) { return !IsNothing(text) && text[0] != '['; }
 
 inline LineKind KindOf(std::string_view text) {
@@ -52,7 +52,7 @@ inline KeyText KeyOf(std::string_view text) {
   return {TrimView(text.substr(0, equals)), TrimView(text.substr(equals + 1))};
 }
 
-// ---- Names, without regard to case. ----
+// ---- Names, ignoring case. ----
 
 inline unsigned char UpperAt(std::string_view text, std::size_t i) {
   return kAnsiUpper[static_cast<unsigned char>(text[i])];
@@ -66,10 +66,10 @@ inline bool NameBegins(std::string_view text, std::string_view name) {
 }
 
 inline bool IsSameName(std::string_view a, std::string_view b) {
-  return a.size() == b.size() && (a == b || NameBegins(a, b));  // most callers spell a name as the file does
+  return a.size() == b.size() && (a == b || NameBegins(a, b));  // most callers spell a name as in the file
 }
 
-// Whether the upper-cased `a` is before that of `b`, as memcmp sees it.
+// Whether the upper-cased `a` is less than the upper-cased `b`, by memcmp.
 inline bool IsNameBefore(std::string_view a, std::string_view b) {
   std::size_t const common = std::min(a.size(), b.size());
   for (std::size_t i = 0; i < common; i++)
@@ -77,7 +77,8 @@ inline bool IsNameBefore(std::string_view a, std::string_view b) {
   return a.size() < b.size();
 }
 
-// The first bytes of the upper-cased name as a number: where those of two names differ, they have the names' order.
+// The first bytes of the upper-cased name as a number. If the numbers of two names differ, they have the order of the
+// names.
 inline std::uint64_t Beginning(std::string_view name) {
   std::uint64_t bytes = 0;
   std::size_t const size = std::min(name.size(), sizeof bytes);
@@ -85,20 +86,21 @@ inline std::uint64_t Beginning(std::string_view name) {
   return size == 0 ? 0 : bytes << 8 * (sizeof bytes - size);
 }
 
-// The first of `count` entries in ascending order that is not before `name`; `nameOf` gives an entry's name.
+// The first of `count` sorted entries that is not less than `name`; `nameOf` returns the name of an entry.
 template <class Entry, class NameOf>
 Entry const* FirstNotBefore(Entry const* entry, std::size_t count, std::string_view name, NameOf nameOf) {
   std::uint64_t const beginning = Beginning(name);
   Entry const* const end = entry + count;
-  while (count > 0) {  // a branch on the comparison would be mispredicted every second time
+  while (count > 0) {  // without a branch, which would be mispredicted every second time
     std::size_t const half = count - count / 2;
     entry += half & (std::size_t{0} - static_cast<std::size_t>(entry[half - 1].beginning < beginning));
     count /= 2;
   }
   if (entry == end || IsSameName(nameOf(*entry), name)) return entry;
-  return std::lower_bound(entry, end, name, [&](Entry const& each, std::string_view) {  // several names begin so
-    return each.beginning == beginning && IsNameBefore(nameOf(each), name);
-  });
+  return std::lower_bound(entry, end, name,
+                          [&](Entry const& each, std::string_view) {  // several names have this beginning
+                            return each.beginning == beginning && IsNameBefore(nameOf(each), name);
+                          });
 }
 
 }  // namespace zelvane::internal

@@ -137,7 +137,7 @@ void ForgetIndex(CfgState& state) {
 
 void ForgetLines(CfgState& state) {
   ExpandAll(state);
-  std::list<std::string> values;  // all of them first: short of memory, nothing has changed
+  std::list<std::string> values;  // all copies first: if memory runs out, nothing has changed
   for (auto const& [name, section] : state.sections)
     for (auto const& [key, record] : *section.keys) values.emplace_back(record.value);
   auto value = values.begin();

@@ -1,5 +1,5 @@
-// The configuration engine's memory: the lines of a file, the index over them, and the operations that keep both in
-// step. CfgClass adds the order of its steps, the file and the error codes.
+// The state of the configuration engine: the lines of a file, the index over them, and the operations that keep the two
+// consistent. CfgClass adds the order of the virtual hooks, the file and the error codes.
 #ifndef ZELVANE_CONFIG_CFGSTATE_INTERNAL_H
 #define ZELVANE_CONFIG_CFGSTATE_INTERNAL_H
 
@@ -27,8 +27,8 @@ using SectionMap = NameMap<SectRec>;
 using KeyMap = NameMap<KeyRec>;
 using LineList = std::list<std::string, PoolAllocator<std::string>>;
 
-// The public position types name the plain containers; they fit the pooled ones because the standard library makes
-// iterators that do not depend on the allocator or the comparison.
+// The public position types are iterators of plain containers. They fit the pooled ones, because the standard library's
+// iterators do not depend on the allocator or the comparison.
 using LinePosition = CfgClass::LinePosition;
 using SectionPosition = CfgClass::SectionPosition;
 using KeyPosition = CfgClass::KeyPosition;
@@ -36,11 +36,11 @@ static_assert(std::is_same_v<LinePosition, LineList::iterator>);
 static_assert(std::is_same_v<SectionPosition, SectionMap::iterator>);
 static_assert(std::is_same_v<KeyPosition, KeyMap::iterator>);
 
-// The keys of a section. A loaded section is one block: all its lines, joined by line feeds, are the string of one node
-// of the lines, and its keys are read there. Expand gives it lines and a key map of its own, for changes and positions.
+// The keys of a section. A loaded section is a block: its lines, joined by line feeds, are one string in the list of
+// lines, and its keys are read there. Expand gives it separate lines and a key map, for changes and positions.
 struct SectKeys : KeyMap {
   SectKeys(NodePool& pool, LinePosition none) : KeyMap(KeyMap::allocator_type(pool)), block(none) {}
-  LinePosition block;  // the end of the lines once expanded; the map is empty before
+  LinePosition block;  // end() once expanded; before that the map is empty
   TextKeys text;       // of the block
   RankIndex<KeyMap> ranks;
 };
@@ -52,54 +52,54 @@ struct CfgState {
   LineList lines;
   SectionMap sections;
   RankIndex<SectionMap> sectionRanks;
-  SectionPosition recent = sections.end();   // what was found last: callers stay in a section for a while
+  SectionPosition recent = sections.end();   // the last one found: callers use one section for a while
   SectionPosition current = sections.end();  // the current section, once found by number
-  std::list<std::string> detached;           // values that no line holds
+  std::list<std::string> detached;           // values that are in no line
   std::string fileName;
   std::string section;
   SectionPosition parseSection = sections.end();
   KeyPosition parseKey;
-  std::string upper;         // the upper-cased name of the present look-up; kept for its memory
-  std::size_t textSize = 0;  // of the last load: what a save needs, roughly
+  std::string upper;         // the upper-cased name of the present lookup; keeps its memory
+  std::size_t textSize = 0;  // of the last load: about the size that a save needs
   int error = CFG_OK;
   int errorLine = 0;
   bool readOnly = false;
   bool modified = false;
   bool cached = false;
   void const* ownTable = nullptr;  // see RememberTable
-  bool usesOwnSteps = false;       // a subclass may have replaced any step
-  bool hasBlocks = false;          // some section may be a block
-  bool dropsLines = false;         // the load stopped at a syntax error, and the lines after it are not kept aside yet
-  bool onlyNew = false;            // saves create the file, and fail where there is one
-  int reason = 0;                  // errno of the last load that could not read the file
+  bool usesOwnSteps = false;       // a subclass may have replaced a virtual hook
+  bool hasBlocks = false;          // a section may be a block
+  bool dropsLines = false;         // the load stopped at a syntax error and the lines after it are not backed up yet
+  bool onlyNew = false;            // saves create the file and fail if it exists
+  int reason = 0;                  // errno of the last load if it failed to read the file
 };
 
 // ---- The index. ----
 
-// The upper-cased name, in the state's memory until the next call.
+// The upper-cased name. It is valid until the next call.
 std::string_view Upper(CfgState& state, std::string_view name);
-// The same name for the index, for the last time: a long one takes its memory along instead of being copied.
+// The same name, to store in the index. A long name is moved, not copied.
 std::string TakeUpper(CfgState& state);
 
-// Gives the section its lines and its key map. Out of memory, it stays a block.
+// Gives the section separate lines and a key map. When memory runs out, it stays a block.
 void Expand(CfgState& state, SectRec& section);
-// The same for all: whoever holds a position reaches every section, and every line.
+// The same for all sections: from a position, a caller can reach every section and line.
 void ExpandAll(CfgState& state);
 
-// The section of that name in any case, or the end.
+// The section with that name in any case, or the end.
 SectionPosition FindSection(CfgState& state, std::string_view name);
 
-// The key of that name in any case, with its name upper-cased or as it is spelled in the file, or false.
+// The key with that name in any case. `found` gets the name upper-cased or as in the file. False if it is missing.
 bool ReadKey(CfgState& state, SectRec& section, std::string_view name, KeyText* found);
 std::size_t KeyCount(CfgState& state, SectRec& section);
-// The n-th key in ascending order; n is below their number.
+// The n-th key in ascending order; n is less than the number of keys.
 KeyText ReadKeyAt(CfgState& state, SectRec& section, std::size_t n);
 
-// The same by position, in a section that is no block; the end of the keys for none.
+// The position of a key in an expanded section; the end of the keys if it is missing.
 KeyPosition FindKey(CfgState& state, SectRec& section, std::string_view name);
 
-// Where `upper` is or belongs in `map`. Names mostly arrive in ascending order, numbers nearly so: first the end is
-// tried, then the place after `latest`, the entry added last.
+// The position of `upper` in `map`, or where it belongs. Names mostly arrive in ascending order, and numbers nearly so:
+// first try the end, then the position after `latest`, the last entry added.
 template <class Map>
 typename Map::iterator LowerBound(Map& map, std::string_view upper, typename Map::iterator latest) {
   if (map.empty() || std::prev(map.end())->first < upper) return map.end();
@@ -107,8 +107,8 @@ typename Map::iterator LowerBound(Map& map, std::string_view upper, typename Map
   return map.lower_bound(upper);
 }
 
-// Enters the section unless it is there. `makeLine` gets the upper-cased name, gives the header's position and is
-// called only when it is needed. Out of memory, neither the entry nor the line stays.
+// Adds the section unless it exists. `makeLine` gets the upper-cased name and returns the position of the header. It is
+// called only if needed. When memory runs out, neither the entry nor the line remains.
 template <class MakeLine>
 std::pair<SectionPosition, bool> AddSection(CfgState& state, std::string_view name, MakeLine makeLine) {
   std::string_view const upper = Upper(state, name);
@@ -134,7 +134,7 @@ struct KeyLine {
   std::string_view value;
 };
 
-// The same for a key, after `previous` in the order of writing. `makeLine` gives a KeyLine.
+// The same for a key, after `previous` in writing order. `makeLine` returns a KeyLine.
 template <class MakeLine>
 std::pair<KeyPosition, bool> AddKey(CfgState& state, SectRec& section, std::string_view key, KeyPosition previous,
                                     MakeLine makeLine) {
@@ -154,59 +154,60 @@ std::pair<KeyPosition, bool> AddKey(CfgState& state, SectRec& section, std::stri
   keys.ranks.Inserted(added);
   if (previous != keys.end()) {
     KeyPosition& next = previous->second.next;
-    if (next != keys.end()) next->second.previous = keys.end();  // a key is followed by one other at most
+    if (next != keys.end()) next->second.previous = keys.end();  // at most one key follows another
     next = added;
   }
   section.lastKey = added;
   return {added, true};
 }
 
-// The key's line goes, its neighbours in the order of writing are joined.
+// Removes the key's line and joins its neighbours in writing order.
 void RemoveKey(CfgState& state, SectRec& section, KeyPosition position);
 
-// The lines of the header and of the indexed keys go.
+// Removes the lines of the header and of the indexed keys.
 void RemoveSection(CfgState& state, SectionPosition position);
 
-// Empties the index, or the lines; an index that outlives the lines keeps its values and points at no line.
+// Empties the index, or the lines. An index without lines keeps its values and refers to no line.
 void ForgetIndex(CfgState& state);
 void ForgetLines(CfgState& state);
-// Both, and the file's name: nothing stays of a file that was not taken in whole, by a variant's refusal or for want of
-// memory, since a later save would write the part.
+// Both, and the file name. Used if a file was loaded only in part, because a subclass refused or memory ran out: a
+// later save would write that part.
 void ForgetFile(CfgState& state);
 
 // ---- The lines. ----
 
-// Takes in a file, each section as a block: CfgClass::ParseLine does it in steps, which a subclass may replace.
+// Loads a file, each section as a block. CfgClass::ParseLine does the same through virtual hooks.
 class BlockLoader {
  public:
   explicit BlockLoader(CfgState& state) : state_(state) {}
 
-  // False, with the error code set, when the line is a syntax error. The lines are parts of one text.
+  // False, with the error code set, for a syntax error. All lines are parts of one text.
   bool Take(std::string_view line);
-  // After the last line.
+  // Call this after the last line.
   void Finish();
 
  private:
   void Begin(std::string_view line, std::string_view const* section);
 
   CfgState& state_;
-  LinePosition block_;  // of the lines from start_ to end_, which it gets in Finish
+  LinePosition block_;  // for the lines from start_ to end_; Finish stores them
   char const* start_ = nullptr;
   char const* end_ = nullptr;
   SectRec* section_ = nullptr;  // null for the lines before the first section
-  bool isContinued_ = false;    // the section has had a block before
+  bool isContinued_ = false;    // the section already has a block
 };
 
-// A new header line at the end; the unnamed section's is `[ ]`, since `[]` would not load again.
+// Appends a header line. The unnamed section gets `[ ]`, since `[]` would not load again.
 LinePosition MakeHeader(CfgState& state, std::string_view name);
 
-// A new line directly behind the section's last key or else its header; a section with neither has its keys in front.
+// Inserts a line directly after the section's last key, or else after its header. A section with neither gets its keys
+// at the start.
 KeyLine MakeKey(CfgState& state, SectRec const& section, std::string_view key, std::string_view value);
 
-// The key's line becomes `Key = value`, with the key as it is spelled there.
+// Changes the key's line to `Key = value`, with the name as in the file.
 void Rewrite(CfgState& state, KeyRec& key, std::string_view value);
 
-// Where `value` stands in a line that is there already; a copy kept by the state where it does not.
+// The part of an existing line with `value`; if there is none, a copy owned by the state.
 std::string_view ValueIn(CfgState& state, LinePosition line, std::string_view value);
 
 // `key = value`.

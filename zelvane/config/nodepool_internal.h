@@ -1,5 +1,5 @@
-// Memory for the nodes of one object's lists and maps: a file of a million keys makes three million of them, all gone
-// at once when the object goes.
+// Memory for the nodes of one object's lists and maps. A file with a million keys needs three million nodes, which are
+// freed together with the object.
 #ifndef ZELVANE_CONFIG_NODEPOOL_INTERNAL_H
 #define ZELVANE_CONFIG_NODEPOOL_INTERNAL_H
 
@@ -11,8 +11,8 @@
 
 namespace zelvane::internal {
 
-// Hands out pieces of a few sizes from large blocks and takes them back for the next request of their size. The memory
-// itself is freed with the pool.
+// Allocates parts of a few sizes from large blocks and reuses freed parts of the same size. The blocks are freed with
+// the pool.
 class NodePool {
  public:
   NodePool() = default;
@@ -32,7 +32,7 @@ class NodePool {
     free_[kind] = ::new (piece) Free{free_[kind]};
   }
 
-  // Whether pieces of this size come from the pool.
+  // Whether the pool serves this size.
   static constexpr bool Serves(std::size_t size) { return size <= kKinds * kUnit; }
 
  private:
@@ -42,7 +42,7 @@ class NodePool {
   static constexpr std::size_t kUnit = alignof(std::max_align_t);
   static constexpr std::size_t kKinds = 16;
   static constexpr std::size_t kFirstBlock = 2048;
-  static constexpr std::size_t kLargestBlock = 64 * 1024;  // larger ones the C library may map and unmap each time
+  static constexpr std::size_t kLargestBlock = 64 * 1024;  // larger blocks the C library may map and unmap each time
 
   static constexpr std::size_t Kind(std::size_t size) { return (size + kUnit - 1) / kUnit - 1; }
 

@@ -15,11 +15,11 @@ namespace {
 
 struct MacroName {
   std::string_view name;
-  bool inRoot;  // shared by all units; the others lie in the working directory
+  bool inRoot;  // shared by all units; the others are in the working directory
   char const* file;
 };
 
-// What SetZelvanePath was given; null without that. Never freed: functions may ask for it while the program ends.
+// The path from SetZelvanePath; null if not set. Never freed: functions may use it during program exit.
 std::string* g_root = nullptr;
 
 constexpr MacroName kMacros[] = {
@@ -36,7 +36,7 @@ void ReplacePrefix(std::string& text, std::string_view prefix, std::string const
 }
 
 std::string Expand(char const* name, char const* directory) {
-  if (name[0] != '/' || name[1] != '/') return name;  // no macro: the root is not asked for
+  if (name[0] != '/' || name[1] != '/') return name;  // not a macro: the root is not needed
   std::string const root = zelvane::internal::InstallationRoot();
   std::string const working =
       StrToIntDef(directory, -1) >= 0 ? IncludePathDelimiter(root + directory) : std::string(directory);
@@ -46,7 +46,7 @@ std::string Expand(char const* name, char const* directory) {
     text = (macro.inRoot ? root : working) + macro.file;
     break;
   }
-  // Both look at what has come out so far: a working directory may itself begin with a prefix.
+  // Both check the text expanded so far: a working directory can itself begin with a prefix.
   ReplacePrefix(text, "//BASEDIR//", root);
   ReplacePrefix(text, "//UPSCONFIGDIR//", working);
   return text;
@@ -71,7 +71,7 @@ std::string zelvane::internal::RootIn(CfgClass& settings) {
 std::string GetZelvanePath() {
   return Guard(std::string(), [] {
     RegCfgClass settings;
-    settings.OpenReadOnly(zelvane::internal::kSettingsFile);  // one that cannot be read has no key
+    settings.OpenReadOnly(zelvane::internal::kSettingsFile);  // an unreadable file has no keys
     return zelvane::internal::RootIn(settings);
   });
 }

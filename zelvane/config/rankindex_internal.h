@@ -1,6 +1,6 @@
-// Addressing an ordered map by number, and faster by name. A map takes n steps to its n-th entry and log n to a name,
-// each of them a trip to memory. This goes on from the entry asked for last, and keeps the positions in rows of a few
-// hundred where that pays.
+// Access to an ordered map by number, and faster access by name. A map needs n steps to its n-th entry and log n steps
+// to a name, each with a cache miss. This class continues from the last entry, and where it pays, keeps the positions
+// in rows of a few hundred.
 #ifndef ZELVANE_CONFIG_RANKINDEX_INTERNAL_H
 #define ZELVANE_CONFIG_RANKINDEX_INTERNAL_H
 
@@ -17,16 +17,16 @@
 
 namespace zelvane::internal {
 
-// The rows are built at the first leap, or for questions by name, then kept up to date through Inserted and Erased.
-// They cost 50 ns an entry, and save up to 500 ns a question in a map that is larger than the processor's caches: they
-// pay after n / 10 questions. At n / 32 they cost a tenth of what the entries have cost. `Map` is ordered by operator<
-// of its keys, which are upper-cased names.
+// The rows are built at the first jump, or for lookups by name, and then updated by Inserted and Erased. They cost 50
+// ns an entry and save up to 500 ns a lookup in a map larger than the processor's caches, so they pay after n / 10
+// lookups. Building them at n / 32 costs a tenth of what the entries cost. `Map` is sorted by operator< of its keys,
+// which are upper-cased names.
 template <class Map>
 class RankIndex {
  public:
   using Position = typename Map::iterator;
 
-  // The n-th position in ascending order, counted from 0; n is below map.size().
+  // The n-th position in ascending order, counted from 0; n is less than map.size().
   Position At(Map& map, std::size_t n) {
     if (rows_.empty()) {
       if (n < kStepsCheaper) return Remember(n, std::next(map.begin(), static_cast<std::ptrdiff_t>(n)));
@@ -39,7 +39,7 @@ class RankIndex {
     return rows_[row_][n - before_].position;
   }
 
-  // The entry of that upper-cased name, or the end.
+  // The entry with that upper-cased name, or the end.
   Position Find(Map& map, std::string const& upper) {
     if (rows_.empty()) {
       if (map.size() < kStepsCheaper || ++asked_ * kEntriesPerQuestion < map.size()) return map.find(upper);
@@ -50,8 +50,8 @@ class RankIndex {
     return found == row.end() || found->position->first != upper ? map.end() : found->position;
   }
 
-  // `position` has been inserted. Rows that find no memory for it go, to be built anew: nothing can fail here, with the
-  // entry in the map.
+  // Call this after `position` is inserted. The entry is already in the map, so this cannot fail: if memory runs out,
+  // the rows are dropped and built again later.
   void Inserted(Position position) {
     here_.reset();
     if (rows_.empty()) return;
@@ -62,7 +62,7 @@ class RankIndex {
     }
   }
 
-  // `position` is about to be erased.
+  // Call this before `position` is erased.
   void Erased(Position position) {
     here_.reset();
     if (rows_.empty()) return;
@@ -116,7 +116,7 @@ class RankIndex {
     if (row.size() > 2 * kRow) Split(at);
   }
 
-  // The first row whose last entry is not before `name`, or the last row.
+  // The first row whose last entry is not less than `name`, or the last row.
   std::size_t RowOf(std::string const& name) const {
     std::uint64_t const beginning = Beginning(name);
     auto const row = std::partition_point(rows_.begin(), rows_.end() - 1, [&](Row const& each) {
@@ -141,11 +141,11 @@ class RankIndex {
 
   void Restart() { row_ = before_ = 0; }
 
-  std::optional<Position> here_;  // the entry asked for last, while there are no rows
+  std::optional<Position> here_;  // the last entry returned, while there are no rows
   std::size_t place_ = 0;         // its number
-  std::size_t asked_ = 0;         // by name, without rows
+  std::size_t asked_ = 0;         // lookups by name without rows
   std::vector<Row> rows_;
-  std::size_t row_ = 0;     // the row used last
+  std::size_t row_ = 0;     // the last row used
   std::size_t before_ = 0;  // the entries in the rows before it
 };
 

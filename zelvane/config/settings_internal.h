@@ -1,4 +1,4 @@
-// The system-wide settings: where the product is installed, its version, which programs there are.
+// The system-wide settings: the installation root, the version and the installed programs.
 #ifndef ZELVANE_CONFIG_SETTINGS_INTERNAL_H
 #define ZELVANE_CONFIG_SETTINGS_INTERNAL_H
 
@@ -11,11 +11,11 @@ namespace zelvane::internal {
 inline constexpr char kSettingsFile[] = "/etc/zelvane.conf";
 inline constexpr char kSettingsSection[] = "ZELVANE";
 
-// GetZelvanePath for the library's own use. Throws when memory runs out, and std::system_error when it cannot be known
-// what the settings file says (OpenOrThrow): a function that went on would read and write files elsewhere.
+// GetZelvanePath for internal use. Throws when memory runs out, and std::system_error if the settings file cannot be
+// read for a passing reason (OpenOrThrow): a function that continued would use files elsewhere.
 std::string InstallationRoot();
 
-// The same from the settings file that is open, or could not be opened.
+// The same, from settings that are already open or failed to open.
 std::string RootIn(CfgClass& settings);
 
 }  // namespace zelvane::internal

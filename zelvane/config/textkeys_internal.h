@@ -1,4 +1,4 @@
-// The keys of a loaded section, read where they are in its text.
+// The keys of a loaded section, read directly from its text.
 #ifndef ZELVANE_CONFIG_TEXTKEYS_INTERNAL_H
 #define ZELVANE_CONFIG_TEXTKEYS_INTERNAL_H
 
@@ -11,23 +11,23 @@
 
 namespace zelvane::internal {
 
-// Names match without regard to case; of several keys with one name only the first is there. Out of memory, a question
-// throws, and the next one begins anew.
+// Names match ignoring case. Of several keys with one name only the first counts. When memory runs out, a lookup throws
+// and the next one starts again.
 //
-// A question by name costs about 5 ns for each line before the key, 1 ns for each key before it in a list, and 20 ns in
-// a sorted list. Listing takes 30 ns a line and sorting 40 ns a key: they pay after 8 and 50 questions. Each is done at
-// about that number, so that it at most doubles the cost so far.
+// A lookup by name costs about 5 ns for each line before the key in the text, 1 ns for each key before it in a list,
+// and 20 ns in a sorted list. Listing costs 30 ns a line and sorting 40 ns a key: they pay after 8 and 50 lookups. Each
+// is done at about that number, so it at most doubles the cost so far.
 class TextKeys {
  public:
   TextKeys() = default;
-  // No line of the text is a syntax error. The text outlives the object.
+  // No line of the text is a syntax error. The text must outlive the object.
   explicit TextKeys(std::string_view text) : text_(text) {}
 
-  // The key of that name, or false.
+  // Finds the key with that name. False if it is missing.
   bool Find(std::string_view name, KeyText* found);
 
   std::size_t Count() { return Sort(), keys_.size(); }
-  // The n-th key in ascending order of the upper-cased names; n is below Count().
+  // The n-th key in ascending order of the upper-cased names; n is less than Count().
   KeyText At(std::size_t n) { return Sort(), keys_[n].key; }
 
  private:
@@ -44,7 +44,7 @@ class TextKeys {
   void Sort();
 
   std::string_view text_;
-  std::vector<Entry> keys_;  // in the order of the lines, or in that of the names and each once
+  std::vector<Entry> keys_;  // in line order; after sorting, in the order of the names, each name once
   Stage stage_ = Stage::kText;
   unsigned asked_ = 0;
 };

@@ -1,4 +1,4 @@
-// zelctl b64: Base64 as the configuration files hold it, and of files and pipes.
+// zelctl b64: Base64 as in the configuration files, for values, files and pipes.
 #include <errno.h>
 #include <sys/stat.h>
 
@@ -59,7 +59,7 @@ void ConvertInput(ClassBase64& codec, bool encode, Terminal const& terminal) {
   if (terminal.json) {
     terminal.PrintJson({{"result", ToUtf8(result)}});
   } else {
-    // What was encoded may be anything.
+    // Decoded bytes can be anything.
     IsOnTerminal() && !encode ? terminal.PrintText(result) : void(std::cout << result << (encode ? "\n" : ""));
   }
 }

@@ -35,12 +35,12 @@ Handle Open(std::string const& file) { return OpenHandle(file, OpenBrwsList(file
 
 // ---- The kinds ----
 
-// A kind of entries with its functions, all of which flush at once. The field "id" comes first, then those that `add`
-// takes, in their order.
+// A kind of entry and its functions, all of which flush immediately. The first field is "id"; then come the fields that
+// `add` takes, in their order.
 struct Kind {
   BrowseKind kind;
   std::vector<Field> fields;
-  char const* owner;  // name of the field that names the owner
+  char const* owner;  // name of the field with the owner's number
   std::shared_ptr<void> (*make)();
   int (*get)(void* list, unsigned long index, void* record);
   int (*add)(void* list, void const* record, bool maxPlusOne, unsigned long* id);
@@ -91,7 +91,7 @@ std::vector<Kind> Kinds() {
 // ---- The tree ----
 
 std::string IndentedName(BrowseRow const& row) {
-  // Hand-made chains of groups may be as deep as the file is long.
+  // A hand-written chain of groups can be as deep as the file is long.
   constexpr std::size_t kDeepest = 20;
   std::string const deep = row.depth > kDeepest ? "(" + std::to_string(row.depth) + ") " : "";
   return std::string(2 * std::min(row.depth, kDeepest), ' ') + deep + row.entry->name;
@@ -170,7 +170,7 @@ void Put(Field const& field, void* record, std::string const& argument, Terminal
   field.put(record, value);
 }
 
-// The library would store the owner unseen, or -1 instead.
+// The library would store an unknown owner, or -1, without a check.
 void RequireOwner(Kind const& kind, void const* record, BrowseTree const& tree, std::string const& file) {
   Field const& field = kind[kind.owner];
   auto const owner = static_cast<std::int32_t>(std::stol(field.get(record)));
@@ -187,7 +187,7 @@ std::string Missing(std::string const& file, Kind const& kind, std::int32_t id) 
   return file + ": " + NameOf(kind.kind) + " " + std::to_string(id) + " does not exist";
 }
 
-// Lets `act` change the list. False when it was a dry run.
+// Lets `act` change the list. False after a dry run.
 bool Change(std::string const& file, Arguments const& arguments, Terminal const& terminal,
             std::function<int(void* list)> const& act) {
   return Make({{file}}, arguments.writing, terminal, [&] {
@@ -227,7 +227,7 @@ Field const& FindField(Kind const& kind, std::string const& name) {
   throw WrongUsage("unknown field \"" + name + "\"; fields of a " + NameOf(kind.kind) + ": " + names);
 }
 
-// The fields that `items` name, with their new values, into the record.
+// Puts the new values of the fields in `items` into the record.
 std::set<std::string> PutItems(Kind const& kind, void* record, std::vector<std::string> const& items,
                                Terminal const& terminal) {
   std::set<std::string> given;
@@ -246,7 +246,7 @@ std::int32_t IdArgument(Arguments const& arguments) {
   return static_cast<std::int32_t>(NumberArgument("ID", arguments.id, 0, kHighestNumber));
 }
 
-// The save writes every field, also one that the file holds in a form that a record cannot.
+// A save writes every field, even one whose value in the file does not fit a record.
 void RequireSavable(Kind const& kind, void const* record, BrowseEntry const& entry,
                     std::set<std::string> const& given) {
   for (Field const& field : kind.fields) {
@@ -263,7 +263,7 @@ void RequireSavable(Kind const& kind, void const* record, BrowseEntry const& ent
 void EditEntry(Kind const& kind, Arguments const& arguments, Terminal const& terminal) {
   std::string const file = arguments.File();
   std::int32_t const id = IdArgument(arguments);
-  PutItems(kind, kind.make().get(), arguments.items, terminal);  // refused before any file is looked at
+  PutItems(kind, kind.make().get(), arguments.items, terminal);  // fails before any file is read
   RequireWholeLoad(file, arguments.writing.force);
   Handle const list = Open(file);
   BrowseTree const tree(list.get(), file);
@@ -280,7 +280,7 @@ void EditEntry(Kind const& kind, Arguments const& arguments, Terminal const& ter
   if (done && terminal.json) PrintRecord(kind.fields, record.get(), terminal);
 }
 
-// Numbers of groups, computers and UPS units.
+// Counts of groups, computers and UPS units.
 using Gone = std::array<unsigned long, 3>;
 
 Gone CountsOf(void* list) {
@@ -312,7 +312,7 @@ void Remove(Kind const& kind, Arguments const& arguments, Terminal const& termin
   if (!HasKey(file, SectionOf(kind.kind), std::to_string(id))) throw Failed(Missing(file, kind, id));
   Gone gone;
   {
-    // Told before it is done: the list counts what goes while nothing is flushed, and is dropped then.
+    // Reported before the change: the list counts what it removes without a flush, and is then dropped.
     Rehearsal const rehearsal({{file}, {}}, terminal);
     gone = RemoveFrom(At(file), [&](void* list) { return kind.remove(list, id, true); });
   }
@@ -337,8 +337,8 @@ void Clear(Arguments const& arguments, Terminal const& terminal) {
 
 struct Action {
   char const* name;
-  char const* help;    // of a kind, which follows
-  char const* family;  // of all
+  char const* help;    // for one kind; the kind's name follows
+  char const* family;  // for the whole group
   void (*act)(Kind const&, Arguments const&, Terminal const&);
 };
 

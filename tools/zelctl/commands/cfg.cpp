@@ -1,4 +1,4 @@
-// zelctl cfg: any configuration file, as the engine reads and writes it.
+// zelctl cfg: any configuration file, read and written by the engine.
 #include <errno.h>
 
 #include <functional>
@@ -26,14 +26,14 @@ struct Arguments {
   Writing writing;
 };
 
-// The unnamed section as a header line would have it.
+// A header line for the section; the unnamed one is "[ ]".
 std::string Header(std::string const& section) { return "[" + (section.empty() ? " " : section) + "]"; }
 
 std::string NameOf(Arguments const& arguments) {
   return Header(*arguments.section) + (arguments.key ? " " + *arguments.key : "");
 }
 
-// What was typed, in the files' encoding.
+// The arguments in the encoding of the files.
 Arguments Converted(Arguments arguments, Terminal const& terminal) {
   if (arguments.section) arguments.section = terminal.FromArgument("SECTION", *arguments.section);
   if (arguments.key) arguments.key = terminal.FromArgument("KEY", *arguments.key);
@@ -57,7 +57,7 @@ std::unique_ptr<CfgClass> OpenToWrite(Arguments const& arguments) {
   return cfg;
 }
 
-// Lets `act` change the open file. False when it was a dry run.
+// Lets `act` change the open file. False after a dry run.
 bool Change(Arguments const& arguments, Terminal const& terminal, std::function<bool(CfgClass&)> const& act) {
   if (!InspectFile(arguments.file).exists) throw Failed(arguments.file + ": no such file");
   return Make({{arguments.file}}, arguments.writing, terminal, [&] {
@@ -146,7 +146,7 @@ void Unset(Arguments const& arguments, Terminal const& terminal) {
       throw Failed(arguments.file + ": " + (arguments.key ? "key " : "section ") + name + " does not exist");
     return arguments.key ? cfg.DeleteKey(*arguments.section, *arguments.key) : cfg.EraseSection(*arguments.section);
   });
-  // A line that repeated the removed one is read from now on.
+  // A later line with the same key is in effect now.
   CfgClass now;
   if (done && now.OpenReadOnly(arguments.file) && Exists(now, arguments))
     throw Failed(arguments.file + ": removed, but a repeated line of " + name +
@@ -174,7 +174,7 @@ void ReportLint(Arguments const& arguments, Terminal& terminal) {
   terminal.status = findings.empty() ? 0 : 1;
 }
 
-// The command with what was typed converted to the files' encoding.
+// The command, run on arguments converted to the encoding of the files.
 std::function<void(Terminal&)> OnConverted(std::shared_ptr<Arguments> const& arguments,
                                            void (*act)(Arguments const&, Terminal const&)) {
   return [arguments, act](Terminal const& terminal) { act(Converted(*arguments, terminal), terminal); };

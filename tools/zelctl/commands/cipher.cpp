@@ -1,4 +1,4 @@
-// zelctl cipher: files enciphered as the product's earlier generation did it.
+// zelctl cipher: files encrypted in the format of the product's earlier generation.
 #include <sys/stat.h>
 
 #include <cstdint>
@@ -75,7 +75,7 @@ void CodeFile(Arguments const& arguments, Code code, Terminal const& terminal) {
   std::uint64_t done = 0;
   {
     Progress progress(isFile ? static_cast<std::uint64_t>(source.st_size) : 0);
-    // Whole blocks, so that only the last piece can have a rest.
+    // A multiple of the block size, so that only the last part can have a partial block.
     char piece[65536];
     for (std::size_t got = 0; (got = in.Fill(piece, sizeof piece)) > 0; progress.Advance(got)) {
       if (!(*cipher.*code)(piece, piece, static_cast<long>(got))) throw Failed("cannot encrypt");

@@ -1,4 +1,4 @@
-// zelctl client: the settings of the client program of the calling user.
+// zelctl client: the current user's settings of the client program.
 #include "commands/families.h"
 #include "commands/record.h"
 #include "records/tables.h"

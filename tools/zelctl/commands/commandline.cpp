@@ -48,7 +48,7 @@ void AddOption(CLI::App& app, Option const& option, Terminal& terminal) {
   if (option.IsFlag()) return;
   added->required(option.required)->type_name(option.value);
   if (option.values.second > 0) added->expected(option.values.first, option.values.second);
-  if (option.separated) added->delimiter(',')->allow_extra_args(false);  // an argument may come after it
+  if (option.separated) added->delimiter(',')->allow_extra_args(false);  // an argument can follow
   if (!option.words.empty()) added->check(CLI::IsMember(option.words));
 }
 
@@ -63,7 +63,7 @@ void AddOptions(CLI::App& app, Options const& options, Terminal& terminal) {
 
 using Words = std::vector<std::string>;
 
-// Of the commands below, all are named; only those that the words name are parsed, and have options.
+// Names all subcommands. Only those on the command line are built in full, with their options.
 void AddCommand(CLI::App& app, Command const& command, Words const& words, Terminal& terminal) {
   AddOptions(app, Joined({CommonOptions(command), command.options}), terminal);
   app.footer(FooterOf(command));
@@ -80,7 +80,7 @@ void AddRoot(CLI::App& app, Command const& root, Words const& words, Terminal& t
   AddCommand(app, root, words, terminal);
 }
 
-// ---- What is wrong with a command line ----
+// ---- Errors on the command line ----
 
 // The command that was given, as far as it is known.
 CLI::App const& Given(CLI::App const& app, std::string& path) {
@@ -100,7 +100,7 @@ std::vector<std::string> NamesBelow(CLI::App const& app) {
   return names;
 }
 
-// --csv is accepted before any command; not every one has rows.
+// --csv is accepted before any command, but not every command prints rows.
 void RequireCsv(CLI::App const& app, Terminal const& terminal) {
   std::string path;
   CLI::App const& command = Given(app, path);
@@ -109,14 +109,14 @@ void RequireCsv(CLI::App const& app, Terminal const& terminal) {
   if (terminal.csv && terminal.json) throw WrongUsage("--csv excludes --json");
 }
 
-// "X is required" in the words of the other messages.
+// "X is required" in the wording of the other messages.
 std::string Missing(std::string const& what) {
   std::string const end = " is required";
   bool const required = what.size() > end.size() && what.compare(what.size() - end.size(), end.size(), end) == 0;
   return required ? "missing " + what.substr(0, what.size() - end.size()) : what;
 }
 
-// What is wrong and what is right, in one line.
+// The error and how to correct it, in one line.
 std::string Correction(CLI::App const& app, CLI::ParseError const& error) {
   std::string path;
   CLI::App const& command = Given(app, path);
@@ -146,7 +146,7 @@ Options CommonOptions(Command const& command) {
       Flag("--utf8", &Terminal::SetUtf8, "Treat the terminal as UTF-8, whatever the locale says").Excludes("--bytes"),
       Flag("--bytes", &Terminal::SetBytes, "Show and take the files' Latin-1 bytes as they are")};
   Option const csv = Flag("--csv", &Terminal::csv, "Print CSV, with column names in the first line");
-  // Accepted before the command, too; that it is wrong with some is said then.
+  // Also accepted before the command. A command that does not support the option reports that itself.
   bool const isFamily = !command.commands.empty();
   if (isFamily) options.push_back(Option(csv).Hidden());
   if (command.answers == Answers::kJsonOrCsv) options.push_back(Option(csv).Excludes("--json"));

@@ -1,4 +1,4 @@
-// The command line: turns the table of commands into a parser, and runs the command that was given.
+// The command line: makes a parser from the table of commands and runs the command that was given.
 #ifndef ZELVANE_TOOLS_ZELCTL_COMMANDS_COMMANDLINE_H
 #define ZELVANE_TOOLS_ZELCTL_COMMANDS_COMMANDLINE_H
 
@@ -7,13 +7,13 @@
 
 #include "commands/command.h"
 
-// Throws WrongUsage and what the command throws.
+// Throws WrongUsage, and everything that the command throws.
 void RunCommandLine(Command const& root, Terminal& terminal, int argc, char** argv);
 
-// What --help prints for the command below `root` that the path names.
+// The --help text of the command at `path` below `root`.
 std::string HelpText(Command const& root, std::vector<std::string> const& path);
 
-// The options that the parser gives the command beside its own.
+// The options that the parser adds to the command's own.
 Options CommonOptions(Command const& command);
 
 #endif

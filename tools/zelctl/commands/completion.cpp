@@ -15,7 +15,7 @@ std::vector<std::string> Parts(std::string const& text, char separator) {
   return parts;
 }
 
-// What the value of an option, or an argument, can be.
+// The possible values of an option or argument.
 std::vector<std::string> ValuesOf(Option const& option, std::string const& begun) {
   if (option.suggest) return option.suggest(begun);
   if (!option.words.empty()) return option.words;
@@ -26,13 +26,13 @@ std::vector<std::string> ValuesOf(Option const& option, std::string const& begun
   return name.find('|') == std::string::npos ? std::vector<std::string>() : Parts(name, '|');
 }
 
-// Where a command line has come to.
+// The state after the words so far.
 struct Place {
   Command const* command;
   Options options;
-  Option const* open = nullptr;  // whose value is next
-  int values = 0;                // how many of them are left
-  std::size_t arguments = 0;     // that have been given
+  Option const* open = nullptr;  // the option whose value is next
+  int values = 0;                // values that it can still take
+  std::size_t arguments = 0;     // arguments so far
   bool onlyArguments = false;    // after "--"
 
   explicit Place(Command const& root) { Enter(root); }
@@ -73,7 +73,7 @@ struct Place {
     return found == command->commands.end() ? nullptr : &*found;
   }
 
-  // The argument that is next; a list takes all that come.
+  // The next argument; a list takes all remaining ones.
   Option const* Argument() const {
     std::size_t place = 0;
     for (Option const& option : options) {
@@ -106,7 +106,7 @@ std::vector<std::string> Completions(Command const& root, std::vector<std::strin
   std::string const& begun = words.back();
   Place place(root);
   for (std::size_t i = isHelp ? 1 : 0; i + 1 < words.size(); i++) place.See(words[i]);
-  if (place.arguments > 0 && !place.command->commands.empty()) return {};  // no such command
+  if (place.arguments > 0 && !place.command->commands.empty()) return {};  // unknown command
   if (place.open != nullptr) return ValuesOf(*place.open, begun);
   std::vector<std::string> offered = Names(*place.command);
   Option const* const argument = isHelp ? nullptr : place.Argument();

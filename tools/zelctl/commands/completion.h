@@ -1,4 +1,4 @@
-// What the shells offer for the next word of a command line.
+// Shell completion: the candidates for the next word of a command line.
 #ifndef ZELVANE_TOOLS_ZELCTL_COMMANDS_COMPLETION_H
 #define ZELVANE_TOOLS_ZELCTL_COMMANDS_COMPLETION_H
 
@@ -7,9 +7,8 @@
 
 #include "commands/command.h"
 
-// The words that may stand in place of the last one, which may be begun or "". `words` are those after the command's
-// name. "<file>" stands for names of files, "<directory>" for those of directories; a word that ends with "=" is not
-// complete.
+// Candidates for the last word, which may be partial or "". `words` are the words after the command's name. "<file>"
+// means any file name, "<directory>" any directory name. A candidate that ends with "=" is not complete.
 std::vector<std::string> Completions(Command const& root, std::vector<std::string> const& words);
 
 #endif

@@ -1,4 +1,4 @@
-// zelctl digest: RIPEMD-256 of files, written and checked as the usual checksum tools do it.
+// zelctl digest: RIPEMD-256 of files, in the format of the usual checksum tools.
 #include <sys/stat.h>
 
 #include <iostream>
@@ -23,7 +23,7 @@ struct Arguments {
   bool warn = false;
 };
 
-// From here on the length that a digest takes in is no longer the message's (Hash_MD4::Done).
+// From this size on, the length that a digest includes is no longer the message's (Hash_MD4::Done).
 constexpr std::uint64_t kLongMessage = 512ULL * 1024 * 1024;
 constexpr std::size_t kHexDigits = 64;
 constexpr char kHex[] = "0123456789abcdef";
@@ -31,7 +31,7 @@ constexpr char kHex[] = "0123456789abcdef";
 constexpr char kEscaped[] = "\\\n\r";
 constexpr char kEscapes[] = "\\nr";
 
-// The name on one line.
+// The name on one line, with escapes.
 std::string Escaped(std::string const& name) {
   std::string escaped;
   for (char const c : name) {
@@ -44,12 +44,12 @@ std::string Escaped(std::string const& name) {
   return escaped;
 }
 
-// Checksum tools get every byte of a name, terminals none that drives them.
+// Checksum tools need every byte of a name; a terminal must not get control characters.
 std::string OnScreen(std::string const& name, Terminal const& terminal) {
   return IsOnTerminal() ? terminal.ShownName(name) : name;
 }
 
-// Nothing for a backslash that begins no escape.
+// Empty if a backslash starts no valid escape.
 std::optional<std::string> Unescaped(std::string const& text) {
   std::string name;
   for (std::size_t i = 0; i < text.size(); i++) {
@@ -116,7 +116,7 @@ struct Entry {
   std::string file;
 };
 
-// The entry that a line of a list holds, if it has the form of one.
+// Parses a line of a list; empty if it has another form.
 std::optional<Entry> ParseEntry(std::string line) {
   if (!line.empty() && line.back() == '\r') line.pop_back();
   line.erase(0, line.find_first_not_of(" \t"));
@@ -125,7 +125,7 @@ std::optional<Entry> ParseEntry(std::string line) {
   Entry entry = {LowerCase(line.substr(0, kHexDigits)), ""};
   if (entry.hex.size() != kHexDigits || entry.hex.find_first_not_of(kHex) != std::string::npos) return std::nullopt;
   if (line.size() < kHexDigits + 3 || (line[kHexDigits] != ' ' && line[kHexDigits] != '\t')) return std::nullopt;
-  // The asterisk: some tools mark files so that they read as binary ones.
+  // Some tools write an asterisk for files that they read in binary mode.
   if (line[kHexDigits + 1] != ' ' && line[kHexDigits + 1] != '*') return std::nullopt;
   std::optional<std::string> const name =
       escaped ? Unescaped(line.substr(kHexDigits + 2)) : line.substr(kHexDigits + 2);
@@ -134,7 +134,7 @@ std::optional<Entry> ParseEntry(std::string line) {
   return entry;
 }
 
-// What came of the lines of a list.
+// Counts over the lines of a list.
 struct Tally {
   long malformed = 0;
   long unreadable = 0;
@@ -143,7 +143,7 @@ struct Tally {
   bool anyEntry = false;
 };
 
-// The word of the usual tools for a checked file; "" when nothing is to be said.
+// The result for a checked file, in the words of the usual tools; "" if nothing is printed.
 std::string Verify(Entry const& entry, Arguments const& arguments, Tally& tally) {
   try {
     bool const matches = DigestOf(entry.file).hex == entry.hex;
@@ -162,7 +162,7 @@ void Warn(long count, char const* one, char const* many) {
   if (count > 0) Complain("WARNING: " + std::to_string(count) + " " + (count == 1 ? one : many));
 }
 
-// Whether the list is what it should be, after the remarks on it as a whole.
+// Reports on the list as a whole. True if everything is as it should be.
 bool Conclude(Tally const& tally, std::string const& list, Arguments const& arguments) {
   if (!tally.anyEntry) {
     Complain(list + ": no properly formatted checksum lines found");
@@ -178,7 +178,7 @@ bool Conclude(Tally const& tally, std::string const& list, Arguments const& argu
   return !idle && tally.unreadable + tally.mismatched == 0 && !(arguments.strict && tally.malformed > 0);
 }
 
-// Whether all is well with the list at `path`. Throws FileFailed when it cannot be read.
+// True if everything in the list at `path` is correct. Throws FileFailed if it cannot be read.
 bool CheckList(std::string const& path, Arguments const& arguments, Terminal const& terminal, Json::List& json) {
   Input in = OpenInput(path);
   std::string const list = path == "-" ? "standard input" : Escaped(path);
@@ -187,7 +187,7 @@ bool CheckList(std::string const& path, Arguments const& arguments, Terminal con
   for (long number = 1; in.Line(line); number++) {
     if (line.empty() || line[0] == '#') continue;
     std::optional<Entry> const entry = ParseEntry(line);
-    // A list that comes from standard input cannot name it.
+    // A list read from standard input cannot name standard input.
     if (!entry || (entry->file == "-" && path == "-")) {
       tally.malformed++;
       if (arguments.warn) Complain(list + ":" + std::to_string(number) + ": improperly formatted checksum line");

@@ -1,4 +1,4 @@
-// The commands, a family or a command in each source of this directory; main.cpp puts them together.
+// The commands: one source of this directory for each command or group. main.cpp puts them together.
 #ifndef ZELVANE_TOOLS_ZELCTL_COMMANDS_FAMILIES_H
 #define ZELVANE_TOOLS_ZELCTL_COMMANDS_FAMILIES_H
 
@@ -18,7 +18,7 @@ Command CipherCommands();
 Command ProcCommands();
 Command SvcCommands();
 Command LogCommands();
-// Of the family of `log`.
+// Part of the group `log`.
 Command FollowCommand();
 Command OutagesCommand();
 Command ScheduleCommands();
@@ -26,7 +26,7 @@ Command LangCommands();
 Command BrowseCommands();
 Command StatusCommand();
 Command ReportCommand();
-// It shows the commands of the root, which must outlive it.
+// Shows the commands of `root`, which must outlive it.
 Command HelpCommand(Command const& root);
 
 #endif

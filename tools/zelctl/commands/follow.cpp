@@ -1,4 +1,4 @@
-// zelctl log follow: the records of a log as they come.
+// zelctl log follow: new records of a log as they arrive.
 #include <errno.h>
 #include <signal.h>
 #include <time.h>
@@ -32,13 +32,13 @@ struct Arguments {
   ChoiceOptions choice;
 };
 
-// Where one is in a log that others write. A log that has reached its bound loses its oldest records, and the others
-// move to the front of the file: the last ones that were seen tell where to continue.
+// A position in a log that other processes write. A log at its maximum loses its oldest records, so the others move
+// toward the start of the file. The last records seen say where to continue.
 class Follower {
  public:
   Follower(std::string path, std::uint64_t payloadSize) : path_(std::move(path)), payload_(payloadSize) {}
 
-  // The records that have come since the last time. A log that is being replaced may be missing for a moment.
+  // The records since the last call. A log that is being replaced can be missing for a short time.
   template <class See>
   void Read(See see) {
     std::optional<RecordLog> const log = Opened();
@@ -54,7 +54,7 @@ class Follower {
           },
           from, log->Count() - from);
     } catch (Failed const&) {
-      // Cut while it was read: what is there now is looked at the next time.
+      // The log was cut during the read; the next call reads it again.
     }
   }
 
@@ -88,7 +88,7 @@ class Follower {
     return same;
   }
 
-  // After the place where the most of what was seen stands; the last one of such places.
+  // The position after the longest match with the records seen; the last one of several.
   std::uint64_t Found(RecordLog const& log) const {
     std::uint64_t position = 0;
     std::size_t best = 0;
@@ -122,7 +122,7 @@ void Follow(Arguments const& arguments, Terminal const& terminal) {
   auto const last = static_cast<std::size_t>(NumberArgument("--last", arguments.last, 0, kHighestNumber));
   auto const size = arguments.size ? NumberArgument("--size", *arguments.size, 0, kLargestPayload)
                                    : static_cast<std::int64_t>(kEventSize);
-  RecordLog const log(arguments.file, static_cast<std::uint64_t>(size));  // complains of a file that is none
+  RecordLog const log(arguments.file, static_cast<std::uint64_t>(size));  // reports a file that is not a log
   log.NoteDamage(terminal);
 
   struct sigaction action = {};

@@ -1,4 +1,4 @@
-// zelctl help: every command by family, and the words that the completion of the shell asks for.
+// zelctl help: all commands by group, and the candidates for shell completion.
 #include <algorithm>
 #include <iomanip>
 #include <iostream>
@@ -17,7 +17,7 @@ struct Arguments {
   bool manual = false;
 };
 
-// The family or command that the path names; null when there is none.
+// The group or command at the path; null if there is none.
 Command const* Named(Command const& root, std::vector<std::string> const& path) {
   Command const* found = &root;
   for (std::string const& name : path) {

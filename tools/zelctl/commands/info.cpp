@@ -1,4 +1,4 @@
-// zelctl info: where the product is installed, and what of it.
+// zelctl info: the installation directory, the version and the system.
 #include "commands/families.h"
 #include "files/format.h"
 #include "records/fields.h"
@@ -41,7 +41,7 @@ std::vector<Field> Fields() {
 void Show(Terminal const& terminal) {
   VersionInfo info = {};
   if (GetZelvaneVersionInfo(&info) == 0) throw Failed("installation root is unknown");
-  // One byte more than the library may fill: it leaves out the NUL of a text that fills the buffer.
+  // One byte more than the library may fill: it writes no NUL after a text that fills the buffer.
   char system[1025] = {};
   if (GetOSVersionInfo(system, sizeof system - 1) == 0) throw Failed("cannot get the system description");
   auto const has = [&info](ZelvaneModule module) { return (info.modules & module) != 0; };

@@ -1,4 +1,4 @@
-// zelctl lang: the texts of the programs in the users' languages, and this user's own wording of them.
+// zelctl lang: the programs' texts in each language, and the current user's overrides.
 #include <errno.h>
 
 #include <map>
@@ -47,11 +47,11 @@ long LanguageArgument(std::string const& name, std::string const& text) {
   return static_cast<long>(NumberArgument(name, text, 0, kHighestNumber));
 }
 
-// The language that was asked for, or the user's.
+// The requested language, or else the user's.
 long Language(Arguments const& arguments) {
   if (!arguments.language.empty()) return LanguageArgument("--lang", arguments.language);
   CfgClass cfg;
-  // A missing file is the usual case: the default is the library's own.
+  // The file is usually missing; the default comes from the library.
   ShutSrvConfig defaults;
   GetShutSrvDefConfig(&defaults);
   return cfg.OpenReadOnly(GetUserPath() + ".zelvane") ? cfg.ReadInt("ZELVANE", "LANGID", defaults.langId)
@@ -64,10 +64,10 @@ struct Listed {
   std::int32_t number;
   std::string name;
   std::int64_t texts;
-  std::int64_t own;  // in the user's file
+  std::int64_t own;  // from the user's file
 };
 
-// The number that a key or section is named by; -1 when it is none.
+// The number that a key or section names; -1 if it names none.
 long NumberOf(std::string const& name) {
   long const number = StrToIntDef(name, -1);
   return number >= 0 && IntToStr(number) == name ? number : -1;
@@ -127,8 +127,8 @@ void Get(Arguments const& arguments, Terminal& terminal) {
   terminal.json ? terminal.PrintJson(TextJson(number, lang, tables.get())) : terminal.PrintValue(text);
 }
 
-// A new section goes to the end of the file, after a line at which the programs stop reading. The library would then
-// give the text to everybody, in the installed file.
+// A new section goes to the end of the file, where programs do not read it after a bad line. The library would then
+// change the installed file, for all users.
 void RequireReach(std::string const& file, long lang) {
   FileState const state = InspectFile(file);
   CfgClass own;
@@ -146,7 +146,7 @@ void Set(Arguments const& arguments, Terminal& terminal) {
   RequireWholeLoad(UserFile(), arguments.writing.force);
   RequireReach(UserFile(), lang);
   Edit edit = {{UserFile()}, {SystemFile()}};
-  // The library writes the installed texts only where the user's file cannot be.
+  // The library writes the installed file only if the user's file cannot exist.
   if (!IsWritable(UserFile())) std::swap(edit.files, edit.reads);
   bool const done = Make(edit, arguments.writing, terminal, [&] {
     errno = 0;
@@ -159,7 +159,7 @@ void Set(Arguments const& arguments, Terminal& terminal) {
   if (terminal.json) terminal.PrintJson(TextJson(number, lang, Open(lang).get()));
 }
 
-// ---- What is not there ----
+// ---- Missing texts ----
 
 struct Finding {
   std::int32_t id;

@@ -1,4 +1,4 @@
-// zelctl log: what a record log holds, and what it says of the mains.
+// zelctl log: the records of a log, and what they say about mains failures.
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -30,10 +30,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::int64_t kLargestPayload = 4294967291;  // what LogClass takes
+constexpr std::int64_t kLargestPayload = 4294967291;  // the maximum of LogClass
 constexpr std::int64_t kHighestCode = 65535;
-constexpr std::int64_t kHighestEndCode = 32767;  // the library takes end codes as signed
-// The last day that a span of the library can end with: the last second of the next one is no date-time any more.
+constexpr std::int64_t kHighestEndCode = 32767;  // end codes are signed in the library
+// The last day that a span can end with: the end of the next day is past the last valid date-time.
 char const kLastDay[] = "2038-01-18";
 
 struct Arguments {
@@ -75,7 +75,7 @@ void Show(Arguments const& arguments, Terminal& terminal) {
   Choice const choice = arguments.choice.Get(terminal);
   auto const last = arguments.last ? NumberArgument("--last", *arguments.last, 1, kHighestNumber) : kHighestNumber;
   RecordLog const log = OpenLog(arguments);
-  // The records are read twice: the table must be as wide as its texts, and the last ones be known when they come.
+  // The records are read twice: to find the width of the table, and to find the last ones.
   constexpr std::size_t kWidest = 48;
   std::uint64_t chosen = 0;
   std::size_t width = 0;
@@ -96,7 +96,7 @@ void Show(Arguments const& arguments, Terminal& terminal) {
     toShow--;
     listing.Row(record);
   };
-  // The rows show how far they are, on a terminal.
+  // The rows themselves show progress on a terminal.
   if (arguments.reverse)
     log.ForEachReversed(see);
   else if (IsOnTerminal())
@@ -107,7 +107,7 @@ void Show(Arguments const& arguments, Terminal& terminal) {
   log.NoteDamage(terminal);
 }
 
-// ---- count and time: the library's own statistics ----
+// ---- count and time: the library's statistics ----
 
 struct Days {
   std::int32_t from;
@@ -131,14 +131,14 @@ Days DaysOf(Arguments const& arguments, Terminal const& terminal) {
   return days;
 }
 
-// The whole records, also those of a damaged file, which LogReaderOpen takes for empty.
+// The complete records, also of a damaged file, which LogReaderOpen treats as empty.
 std::vector<unsigned char> Load(RecordLog const& log, Terminal const& terminal) {
   std::vector<unsigned char> bytes = LoadRecords(log);
   log.NoteDamage(terminal);
   return bytes;
 }
 
-// For the library's statistics: the handle of an open log is a LogClass.
+// A handle for the library's statistics: the handle of an open log is a LogClass.
 std::unique_ptr<LogClass> HandleOf(std::vector<unsigned char>& bytes) {
   auto log = std::make_unique<LogClass>();
   if (!bytes.empty() && !log->SetBuffer(bytes.data(), static_cast<unsigned long>(bytes.size())))
@@ -181,8 +181,8 @@ struct Condition {
     return code == start || std::find(ends.begin(), ends.end(), static_cast<short>(code)) != ends.end();
   }
 
-  // The record that ends the library's scan must not begin the condition: the library would take its distance from the
-  // end of the span off the sum. As an event that has nothing to do with the condition it still ends the scan.
+  // The record that ends the library's scan must not begin the condition: the library would subtract its distance from
+  // the end of the span. Given an unrelated code, the record still ends the scan.
   void Disarm(std::vector<unsigned char>& bytes, std::uint64_t recordSize) const {
     std::int32_t const last = days.to + kDaySeconds - 1;
     int neutral = 0;
@@ -271,7 +271,7 @@ void DrawChart(Arguments const& arguments, Terminal& terminal) {
 
 // ---- verify ----
 
-// What is wrong with the date-times of a log.
+// Problems with the time stamps of a log.
 struct Inspection {
   Fault outOfOrder = {"outOfOrder", "out of order"};
   Fault inFuture = {"inFuture", "in the future"};
@@ -291,7 +291,7 @@ struct Inspection {
   }
 };
 
-// What stands beside a damaged log, or one whose cut was interrupted.
+// Reports files next to a damaged log, or next to one whose cut was interrupted.
 void NoteCopies(RecordLog const& log, Terminal const& terminal) {
   if (fs::exists(fs::symlink_status(log.Path() + ".bad")))
     terminal.Note(log.Path() + ".bad: copy of an earlier damaged file; see `zelctl log salvage`");
@@ -367,7 +367,7 @@ void SalvageText(Arguments const& arguments, Terminal& terminal) {
                        " NUL bytes removed");
 }
 
-// The records of the log, or those of its scratch file where a cut broke off half way and only that one has them all.
+// The records of the log, or of its scratch file if an interrupted cut left only that one complete.
 std::vector<unsigned char> Rescued(RecordLog const& log, Terminal const& terminal) {
   std::vector<unsigned char> bytes = LoadRecords(log);
   std::string const scratch = log.Path() + ".tmp";
@@ -418,7 +418,7 @@ char const kCalendarHelp[] =
     "--from and --to are whole days, inclusive; default: the whole log. As in the programs, 29 February counts as 1 "
     "February, and 31 December of a leap year as 1 January of that year.";
 
-// The options that several commands have.
+// Options that several commands share.
 struct Asked {
   Arguments& to;
 

@@ -4,7 +4,7 @@
 
 namespace {
 
-// A text of which nothing is a macro, an escape or a typographic hyphen.
+// Escapes macros, escapes and hyphens.
 std::string Escaped(std::string const& text) {
   std::string escaped = !text.empty() && (text[0] == '.' || text[0] == '\'') ? "\\&" : "";
   for (char const c : text) {
@@ -23,7 +23,7 @@ std::string Quoted(std::string const& text) {
   return quoted + '"';
 }
 
-// Filled text has each sentence on a line of its own.
+// Starts each sentence of filled text on its own line.
 std::string Filled(std::string const& line) {
   std::string text;
   std::size_t begin = 0;
@@ -62,7 +62,7 @@ std::string ValueOf(Option const& option) {
   return name.empty() ? "" : " Ar " + Quoted(name + (isList ? " ..." : ""));
 }
 
-// "-f", "--file" of "-f,--file"
+// "-f", "--file" for "-f,--file"
 std::string Flags(Option const& option) {
   if (option.IsArgument()) return ValueOf(option).substr(1);
   std::string flags;

@@ -6,8 +6,7 @@
 
 #include "commands/command.h"
 
-// In the language of mdoc(7): each family, and each command with its arguments, options and examples. The options that
-// all commands have are not repeated.
+// mdoc(7) text: each group, and each command with its arguments, options and examples. Common options are not repeated.
 std::string ManualText(Command const& root);
 
 #endif

@@ -1,4 +1,4 @@
-// zelctl log outages: what the mains failures of a log were like.
+// zelctl log outages: the mains failures in a log.
 #include <algorithm>
 #include <iostream>
 #include <memory>
@@ -18,8 +18,8 @@
 
 namespace {
 
-constexpr std::size_t kNarrow = 62;      // below, the weekday and the end give way
-constexpr std::size_t kShortestBar = 6;  // of the longest outage, however narrow the terminal
+constexpr std::size_t kNarrow = 62;      // below this width the weekday and the end are left out
+constexpr std::size_t kShortestBar = 6;  // of the longest outage, on any terminal
 
 struct Arguments {
   std::string file;
@@ -31,7 +31,7 @@ struct Arguments {
   PictureFile picture;
 };
 
-// Nothing: a row for each outage.
+// Empty: one row for each outage.
 std::optional<Period> PeriodOf(std::optional<std::string> const& by) {
   if (!by || *by == "outage") return std::nullopt;
   std::optional<Period> const period = PeriodNamed(*by);
@@ -39,7 +39,7 @@ std::optional<Period> PeriodOf(std::optional<std::string> const& by) {
   return period;
 }
 
-// Those that begin in the span.
+// Outages that begin in the span.
 std::vector<Outage> Chosen(std::vector<Outage> const& outages, Arguments const& arguments) {
   std::int32_t const first = arguments.from ? ParseMoment("--from", *arguments.from).first : 0;
   std::int32_t const last = arguments.to ? ParseMoment("--to", *arguments.to).last : INT32_MAX;
@@ -74,11 +74,11 @@ std::size_t RoomBehind(std::size_t taken) {
 
 std::string Bar(std::int64_t seconds, std::int64_t longest, std::size_t room) {
   auto const most = static_cast<std::uint64_t>(std::max<std::int64_t>(longest, 1));
-  // Also an outage of no length is seen.
+  // Even an outage of length 0 is visible.
   return std::string(BarLength(static_cast<std::uint64_t>(std::max<std::int64_t>(seconds, 1)), most, room), '#');
 }
 
-// The end of an outage, as one reads it beside its beginning.
+// The end of an outage, for display after its beginning.
 std::string EndText(Outage const& outage) {
   if (outage.open) return "open";
   std::string const end = TimeText(outage.end);
@@ -146,7 +146,7 @@ struct GroupTable {
     PrintLine(line + "  " + Bar(group.seconds, most, RoomBehind(taken)));
   }
 
-  // Up to two periods without an outage have a row, more are told in words.
+  // Up to two periods without an outage get a row each; more are summed up in words.
   void Gap(std::int64_t from, std::int64_t to) const {
     std::uint64_t count = 0;
     for (std::int64_t at = from; at < to; at = NextBegin(period, at)) count++;

@@ -1,4 +1,4 @@
-// zelctl proc: the processes of this machine, and starting and ending them.
+// zelctl proc: lists, starts and ends processes of this machine.
 #include <errno.h>
 #include <fcntl.h>
 #include <string.h>
@@ -30,7 +30,7 @@ constexpr char const* kLevels[] = {"low", "normal", "high", "highest"};
 
 char const* LevelName(int level) { return kLevels[std::clamp(level, 0, 3)]; }
 
-// Where the last column of a table begins, which is as wide as its other columns and two blanks after each.
+// The start of a table's last column. Each column before it is as wide as its cells plus two blanks.
 std::size_t LastColumn(std::vector<std::vector<std::string>> const& rows) {
   std::size_t at = 0;
   for (std::size_t i = 0; i + 1 < rows[0].size(); i++) {
@@ -55,7 +55,7 @@ void Print(Processes processes, Terminal const& terminal) {
                     process.GetFileName()});
   }
   if (terminal.json) return terminal.PrintJson(json);
-  // A command line may fill a page; `ps` cuts it there, too.
+  // A command line can fill a page, so it is cut here, as `ps` does.
   std::size_t const begin = LastColumn(rows);
   std::size_t const columns = TerminalColumns();
   if (columns > begin)
@@ -73,14 +73,14 @@ void Find(Arguments const& arguments, Terminal const& terminal) {
 
 // ---- Starting ----
 
-// The only child of this process; 0 when the system does not tell.
+// The only child of this process; 0 if the system does not report it.
 pid_t OnlyChild() {
   pid_t child = 0;
   std::ifstream("/proc/thread-self/children") >> child;
   return child;
 }
 
-// How a child that ends at once has ended, in words; "" when it runs or all is well.
+// How a child that ends immediately ended, in words; "" if it runs or succeeded.
 std::string EarlyFailure(pid_t child) {
   constexpr int kLooks = 20;
   constexpr unsigned long kPause = 10;  // milliseconds
@@ -93,8 +93,8 @@ std::string EarlyFailure(pid_t child) {
   return WEXITSTATUS(status) == 0 ? "" : "exit code " + std::to_string(WEXITSTATUS(status));
 }
 
-// While it lives, those of the three streams that are pipes lead to /dev/null: whoever reads the answer of this command
-// does not wait for the end of the one that it starts.
+// While it exists, those of the three streams that are pipes lead to /dev/null. So a reader of this command's output
+// does not wait for the end of the started program.
 class LetGo {
  public:
   LetGo() {
@@ -126,7 +126,7 @@ void Start(Arguments const& arguments, Terminal const& terminal) {
   {
     LetGo const pipes;
     started = CreateNewProc(arguments.command.c_str(), -1);
-    // The child itself comes back when there is no shell that takes the command.
+    // The child itself returns if the shell cannot be run.
     if (getpid() != self) _exit(127);
   }
   if (!started) throw Failed(std::string("cannot start a process: ") + strerror(errno));
@@ -139,7 +139,7 @@ void Start(Arguments const& arguments, Terminal const& terminal) {
 
 // ---- Killing ----
 
-// Those that are to be killed. Throws Failed when it is not clear which.
+// The processes to kill. Throws Failed if the choice is not clear.
 Processes Victims(Arguments const& arguments) {
   bool const one = !arguments.pid.empty();
   std::int64_t const pid = one ? NumberArgument("--pid", arguments.pid, 1, kHighestNumber) : 0;

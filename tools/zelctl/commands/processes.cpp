@@ -28,7 +28,7 @@ Processes AllProcesses() {
 
 Processes ProcessesNamed(std::string const& name) {
   std::string const wanted = ExtractFileName(name);
-  // The shell that runs `ps`, and `ps`; a parent is listed before its children.
+  // The shell that runs `ps`, and `ps` itself. A parent is listed before its children.
   std::set<unsigned long> own = {static_cast<unsigned long>(getpid())};
   Processes named;
   for (ProcClass& process : AllProcesses()) {
@@ -41,7 +41,7 @@ Processes ProcessesNamed(std::string const& name) {
 }
 
 bool HasEnded(ProcClass& process) {
-  // "PID (NAME) STATE ...", where the name may hold anything.
+  // "PID (NAME) STATE ...". The name can contain any character.
   std::string stat;
   std::getline(std::ifstream("/proc/" + std::to_string(process.GetPID()) + "/stat"), stat, '\0');
   std::size_t const name = stat.rfind(") ");

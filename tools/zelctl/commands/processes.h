@@ -1,4 +1,4 @@
-// The processes of this machine as the commands on them see them.
+// The processes of this machine.
 #ifndef ZELVANE_TOOLS_ZELCTL_COMMANDS_PROCESSES_H
 #define ZELVANE_TOOLS_ZELCTL_COMMANDS_PROCESSES_H
 
@@ -10,23 +10,24 @@
 
 using Processes = std::vector<ProcClass>;
 
-// Those of this moment, in the order of `ps`. Throws Failed when it cannot be run.
+// The current processes, in the order of `ps`. Throws Failed if `ps` cannot be run.
 Processes AllProcesses();
 
-// Those of that name, which may be a path; without the ones that this command has started to look at the others. The
-// first is the one that the programs find.
+// The processes with that name, which may be a path, without those that this command started to list processes. The
+// first one is the one that the library finds.
 Processes ProcessesNamed(std::string const& name);
 
-// This command itself, and process 1, without which nothing runs: they are never killed.
+// True for this command itself and for process 1, without which nothing runs. They are never killed.
 bool IsSpared(ProcClass& process);
 
-// It has ended, but its parent has not waited for it: it still has its name and id, and no signal reaches it.
+// True if the process has ended but its parent has not waited for it. It keeps its name and id, and no signal reaches
+// it.
 bool HasEnded(ProcClass& process);
 
-// Those of that name that have not ended.
+// The processes with that name that have not ended.
 Processes LivingNamed(std::string const& name);
 
-// What to say when no process has the name.
+// The message if no process has the name.
 std::string NobodyNamed(std::string const& name);
 
 // "process 12 (upssrv)"
@@ -35,7 +36,7 @@ std::string Shown(ProcClass& process);
 std::string IdsOf(Processes processes);
 Json JsonIdsOf(Processes processes);
 
-// Gives killed processes up to two seconds to go; those that are still there and have not ended.
+// Waits up to two seconds for killed processes to end. Returns those that remain.
 Processes WaitForEnd(Processes processes);
 
 #endif

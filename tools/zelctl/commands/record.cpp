@@ -22,7 +22,7 @@ using Changes = Values;
 
 struct Arguments {
   std::string directory;
-  std::vector<std::string> items;  // names of fields for show, assignments for set
+  std::vector<std::string> items;  // field names for show, assignments for set
   std::string passwordFile;
   bool value = false;
   Writing writing;
@@ -74,15 +74,15 @@ void Apply(Changes const& changes, std::vector<Field> const& fields, void* recor
   for (auto const& [name, value] : changes) FindField(fields, name).put(record, value);
 }
 
-// The directory that a word names: a unit by its number, however many zeros it is written with, a bare name in the
-// root, a path as it is.
+// The directory that a word names: a number, with any leading zeros, names a unit; a bare name is in the root; a path
+// is unchanged.
 std::string InRoot(std::string const& word) {
   if (!ExtractFilePath(word).empty() || word == "." || word == "..") return IncludePathDelimiter(word);
   long const unit = word.find_first_not_of("0123456789") == std::string::npos ? StrToIntDef(word, -1) : -1;
   return GetZelvanePath() + (unit >= 0 ? IntToStr(unit, 3) : word);
 }
 
-// The directory of the settings; "" for the installation root. Takes the word that names it off the items.
+// The directory of the settings; "" for the installation root. Removes the word that names it from the items.
 std::string TakeDirectory(RecordFamily const& family, Arguments& arguments) {
   std::string directory = arguments.directory;
   if (family.folder == Folder::kArgument) {
@@ -92,7 +92,7 @@ std::string TakeDirectory(RecordFamily const& family, Arguments& arguments) {
       directory = InRoot(items[0]);
       items.erase(items.begin());
     } else if (!directory.empty() && ExtractFilePath(directory).empty()) {
-      directory.insert(0, "./");  // the library looks for a bare name in the root
+      directory.insert(0, "./");  // the library searches the root for a bare name
     }
   }
   return directory;
@@ -141,7 +141,7 @@ void ShowDefaults(RecordFamily const& family, Terminal const& terminal) {
   PrintRecord(family.fields, record.get(), terminal);
 }
 
-// The save writes every field, also one that the file holds in a form that would not come back.
+// A save writes every field, even one whose value in the file would not read back.
 void RequireSavable(std::vector<Field> const& fields, Values const& values) {
   for (Field const& field : fields) {
     std::string const fault = field.follows == nullptr ? FieldFault(field, values.at(field.name)) : "";
@@ -151,7 +151,7 @@ void RequireSavable(std::vector<Field> const& fields, Values const& values) {
   }
 }
 
-// A save may keep something else than it was given: a model may lack a setting, a date may be too far away.
+// A save can store another value than requested: a model may lack a setting, or a date may be out of range.
 void RequireKept(std::vector<Field> const& fields, Changes const& changes, Values const& saved, Values const& now,
                  Terminal const& terminal) {
   for (auto const& [name, unused] : changes)
@@ -160,7 +160,7 @@ void RequireKept(std::vector<Field> const& fields, Changes const& changes, Value
                    terminal.Shown(CellOf(FindField(fields, name), now.at(name), terminal)));
 }
 
-// Of the files that a save writes, the first that cannot be.
+// Names the first file of the save that cannot be written, or else all files.
 std::string WhyNotWritten(std::vector<std::string> const& files, int error) {
   auto const barred = std::find_if_not(files.begin(), files.end(), IsWritable);
   if (barred != files.end()) return CannotWrite(*barred, error);
@@ -219,7 +219,7 @@ bool HasPassword(RecordFamily const& family) {
                      [](Field const& field) { return field.kind == FieldKind::kPassword; });
 }
 
-// What `show` and `set` have in common.
+// The options of both `show` and `set`.
 Options CommonOptions(RecordFamily const& family, Arguments& arguments) {
   Options options;
   if (family.folder != Folder::kRoot)
@@ -230,7 +230,8 @@ Options CommonOptions(RecordFamily const& family, Arguments& arguments) {
   return options;
 }
 
-// The words after the command. Not required: `show` shows all fields, and for `set` a password file alone is enough.
+// The words after the command. Optional: `show` without them shows all fields, and `set` can have a password file
+// alone.
 Option Items(std::shared_ptr<RecordFamily const> const& family, Arguments& arguments, bool assigns) {
   std::string const name = assigns ? "FIELD=VALUE" : "FIELD";
   std::string const help = assigns ? "Fields and their new values" : "Fields to show";

@@ -1,4 +1,4 @@
-// zelctl report: one page for whoever answers for a site.
+// zelctl report: one page for the person responsible for a site.
 #include <filesystem>
 #include <memory>
 
@@ -28,7 +28,7 @@ struct Arguments {
   PictureFile page;
 };
 
-// A value as people read it, with its unit.
+// A value with its unit, for people.
 std::string ValueText(Field const& field, void const* record) {
   std::string value = field.get(record);
   std::string const name = field.name;
@@ -38,7 +38,7 @@ std::string ValueText(Field const& field, void const* record) {
   return value;
 }
 
-// "timer: on battery, ms" is "Timer: on battery" here: the unit is after the value.
+// "timer: on battery, ms" becomes "Timer: on battery": the unit follows the value.
 std::string NameText(Field const& field) {
   std::string name = field.meaning;
   std::string const unit = ", ms";
@@ -48,7 +48,7 @@ std::string NameText(Field const& field) {
   return name;
 }
 
-// The settings with the places they come from: "line 12" of the first file, "upstype.cfg:3" of another one.
+// The settings and their origins: "line 12" in the first file, "upstype.cfg:3" in another one.
 std::vector<ShownSetting> Rows(std::vector<Field> const& fields, void const* record,
                                std::vector<std::string> const& files) {
   std::vector<std::string> const origins = Origins(fields, record, files);
@@ -64,7 +64,7 @@ std::vector<ShownSetting> Rows(std::vector<Field> const& fields, void const* rec
 
 ShownSettings ServiceOf(SitePlace const& place, std::string const& root) {
   UpsSrvConfig settings;
-  // The library would create the file if it were missing.
+  // The library would create a missing file.
   std::error_code none;
   bool const exists = fs::exists(place.folder + "upssrv.cfg", none);
   int const read = exists ? GetUpsSrvConfig(place.folder.c_str(), &settings, 0) : GetUpsSrvDefConfig(&settings);

@@ -1,4 +1,4 @@
-// zelctl schedule: the moments at which the product is to act.
+// zelctl schedule: the dates and times at which the product acts.
 #include <errno.h>
 #include <string.h>
 
@@ -35,8 +35,8 @@ fs::file_type TypeOf(std::string const& file) {
 
 bool Exists(std::string const& file) { return TypeOf(file) != fs::file_type::not_found; }
 
-// Loads a list that writes nothing before FlushCache. A file that is there but cannot be read is not gone on with:
-// with the first addition the list would replace it.
+// Loads a list that writes nothing before FlushCache. Throws if an existing file cannot be read: the first addition
+// would otherwise replace it.
 void Load(ProgList& list, std::string const& file, bool required) {
   if (Exists(file) && TypeOf(file) != fs::file_type::regular) throw Failed(file + ": not a regular file");
   list.SetCached(true);
@@ -55,14 +55,14 @@ std::vector<reg_proglist> Entries(ProgList& list) {
   return entries;
 }
 
-// Bytes after the last whole entry.
+// Bytes after the last complete entry.
 std::uintmax_t Torn(std::string const& file) {
   std::error_code none;
   std::uintmax_t const size = fs::file_size(file, none);
   return none ? 0 : size % sizeof(reg_proglist);
 }
 
-// Why the file is none that the programs have written: they save ascending dates. "" when it could be one.
+// Why the programs cannot have written this file: they save ascending dates. "" if they can have.
 std::string Fault(std::vector<reg_proglist> const& entries, std::uintmax_t torn) {
   for (std::size_t i = 0; i < entries.size(); i++) {
     std::string const entry = "entry " + std::to_string(i + 1);
@@ -72,7 +72,7 @@ std::string Fault(std::vector<reg_proglist> const& entries, std::uintmax_t torn)
   return torn == 0 ? "" : Counted(torn, "extra byte") + " after its last entry";
 }
 
-// What the save will replace is kept, if it must be.
+// Copies the contents that the save replaces, if required.
 void RequireSchedule(std::string const& file, Writing const& writing) {
   ProgList list;
   Load(list, file, false);
@@ -94,7 +94,7 @@ std::string AsLines(std::string const& bytes) {
   return lines;
 }
 
-// Lets `act` change the list. False when it was a dry run.
+// Lets `act` change the list. False after a dry run.
 bool Change(Arguments const& arguments, bool required, Terminal const& terminal,
             std::function<void(ProgList&)> const& act) {
   if (required && !Exists(arguments.file)) throw Failed(arguments.file + ": no such file");
@@ -118,7 +118,7 @@ void PrintMoments(std::vector<reg_proglist> const& entries, Terminal const& term
   listing.End();
 }
 
-// As the file has them: those whose moment has passed are dropped when the file is written next, not before.
+// Lists the file as it is. Past entries are dropped only by the next write.
 void List(Arguments const& arguments, Terminal const& terminal) {
   ProgList list;
   Load(list, arguments.file, false);
@@ -161,7 +161,7 @@ void Add(Arguments const& arguments, Terminal const& terminal) {
   if (done) PrintMoments(added, terminal);
 }
 
-// The library removes the first entry of a day, so those of the day that come before the meant one are put back.
+// The library removes the first entry of a day, so the entries of that day before the requested one are added again.
 reg_proglist RemoveMoment(ProgList& list, std::vector<reg_proglist> const& entries, Moment const& moment) {
   auto const meant = std::find_if(entries.begin(), entries.end(), [&moment](reg_proglist const& entry) {
     return entry.dateTime >= moment.first && entry.dateTime <= moment.last;

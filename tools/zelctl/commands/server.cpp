@@ -1,4 +1,4 @@
-// zelctl server: the UPS servers that the clients of this computer know.
+// zelctl server: the UPS servers that this computer's clients know.
 #include <errno.h>
 #include <string.h>
 
@@ -23,7 +23,7 @@ struct Arguments {
   Writing writing;
 };
 
-// The item comes first: a pointer to the whole is one to the item, as the fields of both want it.
+// The item is the first member, so a pointer to the whole also points to the item: the fields of both types work.
 struct Server {
   ServerListItem item;
   unsigned int key;
@@ -40,10 +40,10 @@ std::string File() { return GetZelvanePath() + "upscli.cfg"; }
 
 Handle Open() { return OpenHandle(File(), OpenServerList(), CloseServerList); }
 
-// The entries that are well formed; a remark on the others if a terminal is given.
+// The valid entries. Reports the others if a terminal is given.
 std::vector<Server> Servers(Handle const& list, Terminal const* terminal = nullptr) {
   std::vector<Server> servers;
-  CfgClass keys;  // the list tells no more of a malformed entry than that it is one
+  CfgClass keys;  // the list says only that an entry is malformed
   if (terminal != nullptr) keys.OpenReadOnly(File());
   auto const count = static_cast<unsigned int>(GetServerListCount(list.get()));
   for (unsigned int i = 0; i < count; i++) {
@@ -88,7 +88,7 @@ void Add(Arguments const& arguments, Terminal const& terminal) {
   if (done && terminal.json) PrintRecord(kFields, Find(Servers(Open()), item), terminal);
 }
 
-// The key that `list` shows as this number: "7" or else "007"; also "hall", which is shown as 0.
+// The key that `list` shows as this number: "7", otherwise "007". A key such as "hall" is shown as 0.
 std::string KeyShownAs(unsigned int number) {
   std::string key = std::to_string(number);
   CfgClass keys;
@@ -110,7 +110,7 @@ void Remove(Arguments const& arguments, Terminal const& terminal) {
   std::string const name = KeyShownAs(key);
   bool const done = RemoveKey(File(), kSection, name, arguments.writing, terminal, [&] {
     if (name == std::to_string(key)) return static_cast<void>(RemServerListItem2(Open().get(), key));
-    CfgClass file;  // the list removes by number only
+    CfgClass file;  // the list removes entries only by number
     if (file.Open(File())) file.DeleteKey(kSection, name);
   });
   if (done && terminal.json) terminal.PrintJson({{"key", key}});
@@ -130,7 +130,7 @@ void Clear(Arguments const& arguments, Terminal const& terminal) {
   if (done && terminal.json) terminal.PrintJson({{"removed", count}});
 }
 
-// The client's defaults name the port of a UPS server.
+// The port of a UPS server in the client's defaults.
 std::string DefaultPort() {
   ClientConfig defaults;
   GetClientDefConfig(&defaults);

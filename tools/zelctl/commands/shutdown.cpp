@@ -1,4 +1,4 @@
-// zelctl shutdown: what the shutdown service of this computer does.
+// zelctl shutdown: the settings of this computer's shutdown service.
 #include "commands/families.h"
 #include "commands/record.h"
 #include "records/tables.h"

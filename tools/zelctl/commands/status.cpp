@@ -1,4 +1,4 @@
-// zelctl status: how an installation is doing, on one screen.
+// zelctl status: the state of an installation on one screen.
 #include <algorithm>
 #include <iostream>
 #include <memory>
@@ -33,12 +33,12 @@ std::string Span(std::int64_t seconds) {
   return counted(seconds / kDaySeconds, "day");
 }
 
-// The answer: lines under a few names, marked where they need attention.
+// The answer: lines under a few names, with a mark on those that need attention.
 class Screen {
  public:
   explicit Screen(Terminal const& terminal) : terminal_(terminal) {}
 
-  // Following lines of the same name do not repeat it.
+  // Later lines under the same name do not repeat it.
   void Line(char const* name, std::string const& text, bool wantsLook = false) {
     bool const repeats = last_ == name;
     last_ = name;
@@ -69,7 +69,7 @@ class Screen {
 
 // ---- Mains ----
 
-// How the mains are, as the end of a log tells it.
+// The state of the mains at the end of a log.
 enum class Mains { kOn, kOff, kUnknown, kNoOutage };
 
 Mains MainsOf(SiteEvents const& events) {
@@ -107,7 +107,7 @@ std::string OutagesText(History const& history) {
          LengthText(history.outages.back());
 }
 
-// Several places have the name of each in front.
+// Names the place if there are several.
 std::string In(Site const& site, SiteEvents const& events) {
   return site.events.size() > 1 ? events.place.Title() + ": " : "";
 }
@@ -127,7 +127,7 @@ void ShowMains(Site const& site, Screen& screen) {
     if (events.history) screen.Line("outages", In(site, events) + OutagesText(*events.history));
 }
 
-// ---- The rest ----
+// ---- Other parts ----
 
 std::string PlannedText(Site const& site) {
   std::string text = site.planned.empty() ? "nothing" : TimeText(site.planned[0].when) + ", " + site.planned[0].what;
@@ -175,7 +175,7 @@ void ShowSettings(Site const& site, Screen& screen) {
 std::string VersionsText(bool isOther) {
   VersionInfo info = {};
   std::string const own = std::string("zelctl ") + ZELVANE_VERSION;
-  // Of another installation nothing says which it is.
+  // The version of another installation is unknown.
   return isOther || GetZelvaneVersionInfo(&info) == 0 ? own : own + ", " + info.product;
 }
 

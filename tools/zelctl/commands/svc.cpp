@@ -30,7 +30,7 @@ struct Service {
 
 constexpr char kNoScripts[] = "no init scripts found in /etc/init.d, /etc/rc.d or /usr/local/etc/rc.d";
 
-// The library looks at no run level; only scripts of this directory start by their being there.
+// The library does not read run levels. In this directory alone, a script starts because it exists.
 std::string AutomaticOf(SvcClass const& service) {
   static std::string const kFolder = "/usr/local/etc/rc.d/";
   if (service.GetFileName().compare(0, kFolder.size(), kFolder) != 0) return "unknown";
@@ -60,7 +60,7 @@ void List(Terminal const& terminal) {
 
 // ---- Status ----
 
-// What `systemctl show` says of a property.
+// The value of a property in the output of `systemctl show`.
 std::string Property(std::string const& answer, std::string const& name) {
   std::string const mark = "\n" + name + "=";
   std::size_t const at = answer.find(mark);
@@ -69,9 +69,9 @@ std::string Property(std::string const& answer, std::string const& name) {
   return answer.substr(begin, answer.find('\n', begin) - begin);
 }
 
-// The unit of that name as systemd sees it, in words; "" when there is none, or no systemd.
+// systemd's state of the unit, in words; "" if there is no such unit or no systemd.
 std::string UnitOf(std::string const& name) {
-  // Such names mean themselves, to the shell and to systemctl, which takes others as patterns or paths.
+  // Such a name has no special meaning to the shell or to systemctl, which treats other names as patterns or paths.
   bool const plain = !name.empty() && std::all_of(name.begin(), name.end(), [](unsigned char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || strchr("_-.:@", c) != nullptr;
   });
@@ -125,7 +125,7 @@ SvcClass& Find(SvcManager& manager, std::string const& name) {
   return *service;
 }
 
-// Why a script was not run, or else `otherwise`.
+// Why a script was not run; otherwise the text `otherwise`.
 std::string WhyNot(SvcClass const& service, std::string const& otherwise) {
   std::string const script = service.GetFileName();
   struct stat file = {};
@@ -134,7 +134,7 @@ std::string WhyNot(SvcClass const& service, std::string const& otherwise) {
   return otherwise;
 }
 
-// `processes` are those that run now, or did so before.
+// `processes` run now, or ran before.
 void Report(std::string const& name, char const* action, Processes const& processes, Terminal const& terminal) {
   if (terminal.json)
     return terminal.PrintJson({{"name", ToUtf8(name)}, {"action", action}, {"processes", JsonIdsOf(processes)}});
@@ -143,8 +143,8 @@ void Report(std::string const& name, char const* action, Processes const& proces
                      (processes.empty() ? "no process of that name" : noun + IdsOf(processes)));
 }
 
-// Runs a script as the library does, which does not tell how the script ended. With --json its output goes to the error
-// stream. What is wrong with it, "" when it succeeded.
+// Runs a script as the library does; the library does not return the script's exit status. With --json the script's
+// output goes to standard error. Returns the error, or "" on success.
 std::string RunScript(SvcClass const& service, char const* action, Terminal const& terminal) {
   std::string const script = service.GetFileName();
   std::string fault = WhyNot(service, "");
@@ -153,7 +153,7 @@ std::string RunScript(SvcClass const& service, char const* action, Terminal cons
   posix_spawn_file_actions_t streams;
   posix_spawn_file_actions_init(&streams);
   if (terminal.json) posix_spawn_file_actions_adddup2(&streams, STDERR_FILENO, STDOUT_FILENO);
-  // The shell takes scripts without a first line that names an interpreter, too.
+  // The shell also runs scripts without an interpreter line.
   char const* const words[] = {"sh", "-c", "\"$0\" \"$1\"", script.c_str(), action, nullptr};
   pid_t child = 0;
   int const error = posix_spawn(&child, "/bin/sh", &streams, nullptr, const_cast<char* const*>(words), environ);
@@ -165,7 +165,7 @@ std::string RunScript(SvcClass const& service, char const* action, Terminal cons
   return WEXITSTATUS(status) == 0 ? "" : script + " " + action + ": exit code " + std::to_string(WEXITSTATUS(status));
 }
 
-// Runs the script with an action after which the service should run.
+// Runs the script with an action that should leave the service running.
 void RunToRunning(SvcClass const& service, char const* action, char const* done, Terminal const& terminal) {
   std::string const name = service.GetName();
   std::string const fault = RunScript(service, action, terminal);
@@ -193,10 +193,10 @@ void Stop(std::string const& name, Terminal const& terminal) {
   Processes before = LivingNamed(name);
   if (std::any_of(before.begin(), before.end(), IsSpared))
     throw Failed("nothing stopped: process 1 or zelctl itself has the name " + name);
-  // As in the library, one that nobody may execute is none.
+  // The library, too, ignores a script that nobody may execute.
   bool const runs = access(service.GetFileName().c_str(), F_OK) != 0 || WhyNot(service, "").empty();
   std::string const fault = runs ? RunScript(service, "stop", terminal) : "";
-  // The library kills the first one that the script leaves.
+  // The library kills the first process that the script leaves running.
   Processes left = LivingNamed(name);
   if (!left.empty() && !left.front().Kill()) throw Failed(name + ": cannot stop: " + strerror(errno));
   left = WaitForEnd(LivingNamed(name));

@@ -24,7 +24,7 @@ Handle Open(std::string const& table, Terminal const& terminal) {
 void List(Arguments const& arguments, Terminal const& terminal) {
   std::string const table = arguments.Table();
   Handle const types = Open(table, terminal);
-  CfgClass keys;  // the table tells no more of a malformed entry than that it is one
+  CfgClass keys;  // the table says only that an entry is malformed
   keys.OpenReadOnly(table);
   std::vector<UpsTypeItem> items;
   auto const count = static_cast<unsigned int>(GetUPSTypeListCount(types.get()));

@@ -1,4 +1,4 @@
-// zelctl ups: the UPS units of this installation, and the settings of the service that watches one.
+// zelctl ups: the UPS units of this installation, and the settings of the service that monitors one.
 #include <errno.h>
 #include <stdlib.h>
 #include <string.h>
@@ -26,7 +26,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// ---- The units. ----
+// ---- The units ----
 
 constexpr std::int64_t kHighestUnit = 99;
 
@@ -58,7 +58,7 @@ void List(Terminal const& terminal) {
   PrintRecords({String<&Unit::name>("unit"), String<&Unit::folder>("folder")}, units, terminal);
 }
 
-// What a new unit gets.
+// The contents of a new unit.
 std::string Template() { return GetZelvanePath() + "default/zelcfg.cfg"; }
 
 std::vector<std::string> TemplateFiles() {
@@ -104,9 +104,9 @@ void Remove(Arguments const& arguments, Terminal const& terminal) {
   if (done && terminal.json) terminal.PrintJson({{"unit", unit}});
 }
 
-// ---- The settings. ----
+// ---- The settings ----
 
-// Where the settings and the tables lie.
+// The directories of the settings and of the tables.
 struct Place {
   std::string config;
   bool ownTables;
@@ -116,12 +116,12 @@ struct Place {
   std::string Types() const { return Table("upstype.cfg"); }
 };
 
-// A directory of "" is the installation root.
+// "" means the installation root.
 Place PlaceOf(std::string const& directory, bool ownTables) {
   return {directory.empty() ? GetZelvanePath() : IncludePathDelimiter(directory), ownTables};
 }
 
-// False when the table has no well-formed entry for the type.
+// False if the table has no valid entry for the type.
 bool FindType(Place const& place, std::int32_t type, UpsTypeItem& item) {
   Handle const types = OpenHandle(place.Types(), OpenUPSTypeList(place.Types().c_str()), CloseUPSTypeList);
   return GetUPSTypeListItemByType(types.get(), static_cast<unsigned int>(type), &item) != 0;
@@ -138,7 +138,7 @@ std::vector<std::string> Files(Place const& place, UpsSrvConfig const& cfg) {
 }
 
 int Read(Place const& place, UpsSrvConfig& cfg) {
-  // The library would give the defaults too, but create the file.
+  // The library would return the defaults too, but create the file.
   if (!InspectFile(place.Main()).exists) return GetUpsSrvDefConfig(&cfg);
   return GetUpsSrvConfig(place.config.c_str(), &cfg, place.ownTables ? 1 : 0);
 }
@@ -173,9 +173,9 @@ struct ScratchFolder {
   ScratchFolder& operator=(ScratchFolder const&) = delete;
 };
 
-// Another type has its own model file, another line its own entry in usbhid.cfg. The settings there must not be
-// overwritten with those of the old type and line, so the library is asked for them: in a directory where the type and
-// the line are the new ones already, and links lead to all the rest.
+// Another type has its own model file, and another line has its own entry in usbhid.cfg. The settings there must not be
+// overwritten with those of the old type and line. So the library reads them from a directory that already has the new
+// type and line, and links to everything else.
 void Reselect(Place const& place, UpsSrvConfig& cfg) {
   ScratchFolder const scratch;
   std::string const folder = scratch.path.string() + "/";

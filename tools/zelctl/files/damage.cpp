@@ -15,7 +15,7 @@
 
 namespace {
 
-// Records as texts.
+// Records as strings.
 class Records {
  public:
   Records(std::vector<unsigned char> const& bytes, std::uint64_t recordSize)
@@ -58,7 +58,7 @@ Damage::Damage(std::vector<unsigned char> const& bytes, std::uint64_t recordSize
   while (end > 0 && IsZero(records[end - 1])) end--;
   for (std::size_t i = end; i < records.Count(); i++) leaveOut(zero, i);
 
-  std::unordered_map<std::string_view, std::size_t> last;  // where a record was met last
+  std::unordered_map<std::string_view, std::size_t> last;  // last position of each record
   for (std::size_t i = 0; i < end;) {
     auto const [met, isNew] = last.try_emplace(records[i], i);
     std::size_t const run = i - met->second;
@@ -69,7 +69,7 @@ Damage::Damage(std::vector<unsigned char> const& bytes, std::uint64_t recordSize
     }
   }
 
-  std::size_t before = end;  // the one before that is not left out
+  std::size_t before = end;  // the last record that is kept
   for (std::size_t i = 0; i < end; i++) {
     if (isLeftOut[i]) continue;
     bool const isBack = before < end && records.Stamp(i) < records.Stamp(before);
@@ -87,7 +87,7 @@ std::uint64_t RecordsLacking(std::vector<unsigned char> const& log, std::vector<
                              std::uint64_t recordSize) {
   Records const old(log, recordSize), copy(scratch, recordSize);
   if (copy.Count() == 0 || copy.Count() > old.Count()) return 0;
-  // The record that was appended before the cut may be zeros.
+  // The record that was appended before the cut can be zeros.
   std::size_t end = old.Count();
   while (end > 1 && IsZero(old[end - 1])) end--;
   std::string_view const last = old[end - 1];

@@ -1,4 +1,4 @@
-// What a power cut leaves in logs that were written by versions that did not sync them.
+// Damage that a power failure left in logs of versions that did not sync them.
 #ifndef ZELVANE_TOOLS_ZELCTL_FILES_DAMAGE_H
 #define ZELVANE_TOOLS_ZELCTL_FILES_DAMAGE_H
 
@@ -19,21 +19,21 @@ struct Fault {
   }
 };
 
-// The whole records of a log. Throws Failed.
+// The complete records of a log. Throws Failed.
 std::vector<unsigned char> LoadRecords(RecordLog const& log);
 
-// Records that nobody has written in this form.
+// Records that no program wrote in this form.
 struct Damage {
   Fault zero = {"zeroRecords", "zeros at end"};
-  Fault doubled = {"doubledRecords", "doubled"};  // one or more records, and at once the same again
-  Fault mixed = {"mixedRecords", "mixed"};        // out of order, with the payload of the record beside it
+  Fault doubled = {"doubledRecords", "doubled"};  // one or more records, immediately repeated
+  Fault mixed = {"mixedRecords", "mixed"};        // out of order, with the payload of the record next to it
   std::vector<bool> isLeftOut;                    // per record
 
   Damage(std::vector<unsigned char> const& bytes, std::uint64_t recordSize);
 };
 
-// How many records of a scratch file the log lacks; 0 when the scratch file is not the whole copy that a cut of this
-// log has made: one that is no longer than the log and ends with the log's last record, or with the one after it.
+// The number of records in a scratch file that the log lacks. 0 if the scratch file is not the complete copy from a cut
+// of this log. A complete copy is no longer than the log and ends with the log's last record, or with the one after it.
 // Records of zeros at the end of the log do not count as its last.
 std::uint64_t RecordsLacking(std::vector<unsigned char> const& log, std::vector<unsigned char> const& scratch,
                              std::uint64_t recordSize);
@@ -45,7 +45,7 @@ struct TextDamage {
   std::uint64_t lines = 0;
   std::uint64_t nulRuns = 0;
   std::uint64_t nulBytes = 0;
-  std::uint64_t tornBytes = 0;  // of a last line that has no line feed
+  std::uint64_t tornBytes = 0;  // of a last line without a line feed
 };
 
 // Throws FileFailed.

@@ -30,7 +30,7 @@ namespace fs = std::filesystem;
 
 // ---- Rehearsals ----
 
-// The directory of the copies while there is a rehearsal.
+// The directory of the copies during a rehearsal.
 std::string g_scratch;
 
 std::string HomeFolder() {
@@ -46,7 +46,7 @@ void Copy(std::string const& file) {
 
 // ---- What changed ----
 
-using Bytes = std::optional<std::string>;  // nothing for a file that does not exist
+using Bytes = std::optional<std::string>;  // empty for a file that does not exist
 
 Bytes BytesOf(std::string const& path) {
   std::ifstream file(path, std::ios::binary);
@@ -63,11 +63,11 @@ std::vector<std::string> LinesOf(Bytes const& bytes, Edit const& edit) {
 }
 
 struct Difference {
-  char sign;  // '-' or '+'; ' ' between lines that are not beside each other
+  char sign;  // '-' or '+'; ' ' between lines that are not adjacent
   std::string line;
 };
 
-// Which of the lines have no partner in `others`.
+// Marks the lines without a counterpart in `others`.
 std::vector<bool> Lone(std::vector<std::string> const& lines, std::vector<std::string> const& others) {
   std::unordered_map<std::string, long> partners;
   for (std::string const& line : others) partners[line]++;
@@ -77,8 +77,8 @@ std::vector<bool> Lone(std::vector<std::string> const& lines, std::vector<std::s
   return lone;
 }
 
-// The engine adds, replaces and removes lines, and moves none: what both sides have, they have in one order. Where
-// lines are repeated, the rest may be told as replaced.
+// The engine adds, replaces and removes lines but moves none, so common lines have the same order. Some repeated lines
+// may be reported as replaced.
 std::vector<Difference> Differences(std::vector<std::string> before, std::vector<std::string> after) {
   auto const [b, a] = std::mismatch(before.begin(), before.end(), after.begin(), after.end());
   before.erase(before.begin(), b);
@@ -87,7 +87,7 @@ std::vector<Difference> Differences(std::vector<std::string> before, std::vector
   std::vector<bool> const gone = Lone(before, after);
   std::vector<bool> const come = Lone(after, before);
   std::vector<Difference> differences;
-  bool parted = false;  // kept lines that stand in another order
+  bool parted = false;  // common lines are in another order
   for (std::size_t i = 0, j = 0; i < before.size() || j < after.size();) {
     if (i < before.size() && (gone[i] || parted || j == after.size())) {
       differences.push_back({'-', before[i++]});
@@ -109,7 +109,7 @@ struct Counts {
   std::uint64_t removed = 0;
 };
 
-// A line that is removed where another one is added has changed.
+// A removed line next to an added one counts as changed.
 Counts CountsOf(std::vector<Difference> const& differences) {
   Counts counts;
   std::uint64_t gone = 0;
@@ -187,9 +187,9 @@ void PrintDifferences(std::vector<Changed> const& changes, Edit const& edit, Ter
   std::cout << (changes.empty() ? "nothing would change\n" : "");
 }
 
-// ---- What must not be written ----
+// ---- Changes that are refused ----
 
-// A root that is merely where the command lies is nobody's installation.
+// A root that is only the directory of the command is no installation.
 void RequireStatedRoot(std::vector<std::string> const& files, Terminal const& terminal) {
   if (!terminal.root.empty() || HasRootSetting()) return;
   std::string const root = GetZelvanePath();
@@ -200,7 +200,7 @@ void RequireStatedRoot(std::vector<std::string> const& files, Terminal const& te
                  " is only where zelctl is; use --root DIR");
 }
 
-// A save drops what is below a bad line; what is there afterwards was put there by the change.
+// A save drops all lines after a bad line. Lines that are there afterwards come from the change.
 void RequireReadable(std::string const& file) {
   long const badLine = InspectFile(At(file)).badLine;
   if (badLine == 0) return;
@@ -268,7 +268,7 @@ Rehearsal::~Rehearsal() { End(); }
 
 void Rehearsal::End() const {
   std::error_code ignored;
-  // A new unit's directory keeps its owner out.
+  // The owner may lack permissions on a new unit's directory.
   for (fs::recursive_directory_iterator each(g_scratch, ignored), end; !ignored && each != end; each.increment(ignored))
     if (each->is_directory(ignored)) fs::permissions(each->path(), fs::perms::owner_all, ignored);
   fs::remove_all(g_scratch, ignored);

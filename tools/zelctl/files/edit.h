@@ -1,5 +1,5 @@
-// Changes of files by the library's functions: refused before anything is lost, rehearsed when that was asked for, and
-// told when they are made.
+// Changes of files by the library's functions: refused before anything is lost, rehearsed on request, and reported when
+// made.
 #ifndef ZELVANE_TOOLS_ZELCTL_FILES_EDIT_H
 #define ZELVANE_TOOLS_ZELCTL_FILES_EDIT_H
 
@@ -12,44 +12,43 @@
 
 struct Terminal;
 
-// What the caller allows.
+// What the user allows.
 struct Writing {
-  bool force = false;   // to save a file whose load stops at a bad line
-  bool dryRun = false;  // nothing but telling what would change
-  bool yes = false;     // to remove without being asked
+  bool force = false;   // save a file whose load stops at a bad line
+  bool dryRun = false;  // only show what would change
+  bool yes = false;     // remove without asking
 };
 
 // --force and --dry-run.
 Options WritingOptions(Writing& writing);
 Option DryRun(Writing& writing);
-// For a command that removes more than it was told by name.
+// For a command that removes more than its arguments name.
 Option Yes(Writing& writing);
 
-// For a command that writes one file OUT.
+// For a command that writes a file OUT.
 Option Overwrite(bool& overwrite);
 Option DryOutput(bool& dryRun);
-// How many bytes were, or would be, written.
+// Reports how many bytes were written, or would be.
 void TellOutput(std::string const& path, std::uint64_t bytes, bool dryRun, Terminal const& terminal);
 
-// Tells what is about to be removed and asks whether to continue. Does not ask with --yes or --dry-run. Throws Failed
-// when the answer is no, and WrongUsage where nobody can be asked.
+// Reports what will be removed and asks whether to continue. Does not ask with --yes or --dry-run. Throws Failed if the
+// answer is no, and WrongUsage if there is no terminal to ask on.
 void RequireConsent(std::string const& what, Writing const& writing);
 
-// During a rehearsal the copy of that file or directory; otherwise the path itself. The installation root and the
-// user's home lead to the copies by themselves.
+// During a rehearsal the path of the copy; otherwise the path itself. The installation root and the user's home are
+// redirected to the copies without this.
 std::string At(std::string const& path);
 
 struct Edit {
-  std::vector<std::string> files;       // all that the change may write
-  std::vector<std::string> reads = {};  // what it only reads
-  std::string added = "added";          // what became of new lines
+  std::vector<std::string> files;       // every file that the change may write
+  std::vector<std::string> reads = {};  // files that it only reads
+  std::string added = "added";          // the word for new lines in the report
   std::string noun = "line";
-  // For files that are no lines of text: what they hold, a line each.
+  // For files that are not text: their contents, one line for each item.
   std::function<std::string(std::string const& bytes)> asLines = {};
 };
 
-// Copies of the files under a directory of their own, which the library and At() take for the originals while this
-// lives.
+// Copies of the files in a temporary directory. While this object exists, the library and At() use the copies.
 class Rehearsal {
  public:
   Rehearsal(Edit const& edit, Terminal const& terminal);
@@ -64,20 +63,20 @@ class Rehearsal {
   std::string home_;
 };
 
-// Whether the file can be written or, where there is none, made.
+// Whether the file can be written, or created if it is missing.
 bool IsWritable(std::string const& path);
 
-// Copies the file to NAME.lost, or NAME.lost.1 and so on where that exists already, as the library names its copies.
-// Throws FileFailed.
+// Copies the file to NAME.lost, or to NAME.lost.1 and so on if that exists, as the library names its copies. Throws
+// FileFailed.
 void KeepAsLost(std::string const& path);
 
-// Lets `act` change the files, and says in one line how they changed (not with --json and --csv). `act` works on paths
-// from At(); it may be called twice, first for a rehearsal. Throws Failed when a file lies in an installation root that
-// nobody stated, cannot be read, has a bad line and this is not forced, or would hold lines that are never read.
-// False when it was a dry run.
+// Lets `act` change the files and reports the changes in one line (not with --json or --csv). `act` uses paths from
+// At() and may be called twice, first for a rehearsal. Throws Failed if a file is in an installation root that was not
+// set explicitly, cannot be read, has a bad line without --force, or would contain lines that are never read. False
+// after a dry run.
 bool Make(Edit const& edit, Writing const& writing, Terminal const& terminal, std::function<void()> const& act);
 
-// Lets `remove` take a key away. Throws Failed when the file has no such key before it, or still has one after it.
+// Lets `remove` delete a key. Throws Failed if the file lacks the key before, or still has it after.
 bool RemoveKey(std::string const& path, std::string const& section, std::string const& key, Writing const& writing,
                Terminal const& terminal, std::function<void()> const& remove);
 

@@ -65,7 +65,7 @@ FileState InspectFile(std::string const& path) {
     throw Failed(CannotRead(path, errno));
   }
   if (S_ISDIR(file.st_mode)) throw Failed(CannotRead(path, EISDIR));
-  // Of pipes and devices the engine reads nothing.
+  // The engine reads nothing from pipes and devices.
   if (!S_ISREG(file.st_mode)) throw Failed(path + ": not a regular file");
   CfgClass cfg;
   errno = 0;

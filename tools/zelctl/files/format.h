@@ -1,4 +1,4 @@
-// What the configuration files can hold, and in what state a file is.
+// What configuration files can store, and the state of a file.
 #ifndef ZELVANE_TOOLS_ZELCTL_FILES_FORMAT_H
 #define ZELVANE_TOOLS_ZELCTL_FILES_FORMAT_H
 
@@ -6,44 +6,44 @@
 
 struct Terminal;
 
-// Why a text would not come back from a file as it was written, in words; "" when it would.
+// Why a text would not read back from a file unchanged, in words; "" if it would.
 std::string ValueFault(std::string const& value);
 std::string KeyFault(std::string const& key);
 std::string SectionFault(std::string const& section);
 
-// Whether a key of this name holds a password.
+// Whether a key with this name stores a password.
 bool IsPasswordKey(std::string const& key);
-// The line, trimmed, without the value of a key that holds a password.
+// The trimmed line, without the value if it is a password.
 std::string WithoutPassword(std::string const& line, bool showPasswords);
 
-// "FILE: cannot read: REASON", and the same for a write: the system's reason, or `error` where a look at the file and
-// its directory shows none.
+// "FILE: cannot read: REASON", and the same for a write. REASON is the system's, or that of `error` if a check of the
+// file and its directory finds none.
 std::string CannotRead(std::string const& path, int error = 0);
 std::string CannotWrite(std::string const& path, int error = 0);
 
 struct FileState {
   bool exists;
-  long badLine;  // the line that stops the parser; 0 when all lines load
+  long badLine;  // the line at which the load stops; 0 if all lines load
 };
 
-// Throws Failed when the file is there but cannot be read.
+// Throws Failed if the file exists but cannot be read.
 FileState InspectFile(std::string const& path);
 
-// The system's settings, and whether they name an installation root.
+// The system-wide settings, and whether they name an installation root.
 extern char const kSettingsFile[];
 bool HasRootSetting();
 
-// Whether the file, which need not exist, has the key.
+// Whether the file has the key. False if the file is missing.
 bool HasKey(std::string const& path, std::string const& section, std::string const& key);
 
-// For commands that write: throws Failed when the file cannot be read, or, unless `force`, when it has a line that
-// stops the parser, because a save would drop all lines below it.
+// For commands that write: throws Failed if the file cannot be read or, unless `force`, if its load stops at a bad
+// line. A save would drop all lines after that one.
 void RequireWholeLoad(std::string const& path, bool force);
 
-// For commands that read: a remark when the file does not exist, with what follows from that, or when its load stops.
+// For commands that read: a remark if the file is missing (with the consequence), or if its load stops.
 void NoteState(std::string const& path, std::string const& whenMissing, Terminal const& terminal);
 
-// What to tell a reader of a file whose load stops at `line`.
+// The message for a file whose load stops at `line`.
 std::string StoppedAt(std::string const& path, long line);
 
 #endif

@@ -1,4 +1,4 @@
-// Lists of the library, of which it gives untyped handles.
+// Lists of the library, for which it returns untyped handles.
 #ifndef ZELVANE_TOOLS_ZELCTL_FILES_HANDLE_H
 #define ZELVANE_TOOLS_ZELCTL_FILES_HANDLE_H
 
@@ -10,7 +10,7 @@
 
 using Handle = std::unique_ptr<void, int (*)(void*)>;
 
-// Takes over what the library opened from `file`. Throws Failed when that is nothing.
+// Takes ownership of the handle that the library returned for `file`. Throws Failed if it is null.
 inline Handle OpenHandle(std::string const& file, void* opened, int (*close)(void*)) {
   if (opened == nullptr) throw Failed(CannotRead(file));
   return {opened, close};

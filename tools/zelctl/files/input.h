@@ -1,4 +1,4 @@
-// Files that are read from start to end, whatever their size.
+// Files of any size, read from start to end.
 #ifndef ZELVANE_TOOLS_ZELCTL_FILES_INPUT_H
 #define ZELVANE_TOOLS_ZELCTL_FILES_INPUT_H
 
@@ -12,7 +12,7 @@
 
 #include "terminal/terminal.h"
 
-// The system refuses something that was to be done with a file.
+// A system call on a file failed.
 struct FileFailed : Failed {
   explicit FileFailed(std::string const& name, int error = errno)
       : Failed(name + ": " + strerror(error)), reason(error) {}
@@ -26,19 +26,19 @@ class Input {
   Input(std::string const& path, std::string name) : name_(std::move(name)), file_(fopen(path.c_str(), "rbe"), fclose) {
     if (file_ == nullptr) throw FileFailed(name_);
   }
-  // Standard input, which stays open.
+  // Standard input; it stays open.
   explicit Input(std::string name) : name_(std::move(name)), file_(stdin, [](FILE*) { return 0; }) { clearerr(stdin); }
 
   int Descriptor() const { return fileno(file_.get()); }
 
-  // Fills the buffer; fewer bytes than fit are the last ones.
+  // Fills the buffer. Fewer bytes than `size` means the end of the file.
   std::size_t Fill(char* buffer, std::size_t size) {
     std::size_t const got = fread(buffer, 1, size, file_.get());
     RequireNoError();
     return got;
   }
 
-  // The next line without its line feed; false at the end.
+  // The next line without its line feed. False at the end of the file.
   bool Line(std::string& line) {
     line.clear();
     int c = 0;

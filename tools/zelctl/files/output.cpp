@@ -12,16 +12,16 @@
 
 namespace {
 
-// The unfinished file, for the handler of signals, which takes no argument.
+// The unfinished file, for the signal handler, which has no argument.
 char const* volatile g_unfinished = nullptr;
 
 extern "C" void RemoveUnfinished(int number) {
-  // The signal has its default effect again, when this returns.
+  // On return the signal has its default action again.
   if (g_unfinished != nullptr) unlink(g_unfinished);
   raise(number);
 }
 
-// A signal that is ignored (nohup) stays ignored.
+// An ignored signal (nohup) stays ignored.
 void RemoveWhenStopped() {
   for (int const number : {SIGHUP, SIGINT, SIGTERM}) {
     struct sigaction action = {};
@@ -33,10 +33,10 @@ void RemoveWhenStopped() {
   }
 }
 
-// What a file system cannot do does not make a command fail.
+// A missing ability of the file system is not an error.
 bool CannotSync(int reason) { return reason == EINVAL || reason == ENOTSUP || reason == EROFS || reason == EACCES; }
 
-// Without this a power cut could bring back the old name.
+// Without this, a power failure could bring back the old name.
 bool SyncFolderOf(std::string const& path) {
   std::string const folder = path.substr(0, path.rfind('/') + 1);
   int const fd = open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
@@ -58,7 +58,7 @@ void RequireNew(std::string const& path, bool overwrite) {
   struct stat link = {};
   struct stat file = {};
   if (overwrite || lstat(path.c_str(), &link) != 0) return;
-  // A link that leads nowhere is there, too.
+  // A dangling link also counts as existing.
   if (stat(path.c_str(), &file) != 0 || S_ISREG(file.st_mode)) throw AlreadyExists(path);
 }
 
@@ -68,7 +68,7 @@ void RequireWritable(std::string const& path, struct stat const& source, bool ov
   if (exists && old.st_dev == source.st_dev && old.st_ino == source.st_ino)
     throw WrongUsage("IN and OUT must be different files");
   RequireNew(path, overwrite);
-  // It could be replaced without its owner's leave to write, which is not meant.
+  // A rename could replace a file that the user may not write. That is not intended.
   std::string const folder = path.substr(0, path.rfind('/') + 1);
   if (access(exists ? path.c_str() : folder.empty() ? "." : folder.c_str(), W_OK) != 0) throw FileFailed(path);
 }
@@ -104,7 +104,7 @@ void Output::Keep() {
   if (!SyncFolderOf(target_)) throw FileFailed(path_);
 }
 
-// File systems differ in what they offer.
+// Not every file system supports every call.
 void Output::TakeName() {
   char const* const from = unfinished_.c_str();
   char const* const to = target_.c_str();
@@ -116,9 +116,9 @@ void Output::TakeName() {
   if (rename(from, to) != 0) throw FileFailed(path_);
 }
 
-// With the owner and mode of the file that it will replace.
+// Creates the new file with the owner and mode of the one that it replaces.
 int Output::MakeBeside(struct stat const* old) {
-  // A link stays one.
+  // A link stays a link.
   target_ = old != nullptr ? std::filesystem::canonical(path_).string() : path_;
   unfinished_ = target_ + ".XXXXXX";
   int const fd = mkostemp(unfinished_.data(), O_CLOEXEC);
@@ -131,7 +131,7 @@ int Output::MakeBeside(struct stat const* old) {
   mode_t const mask = umask(0);
   umask(mask);
   mode_t mode = old != nullptr ? old->st_mode & 0777 : 0666 & ~mask;
-  // What the old group may do is not for another one.
+  // Another group must not get the old group's permissions.
   if (old != nullptr && fchown(fd, old->st_uid, old->st_gid) != 0) mode &= ~static_cast<mode_t>(S_IRWXG);
   fchmod(fd, mode);
   return fd;

@@ -1,4 +1,4 @@
-// Files that are written whole or not at all.
+// Output files that are replaced atomically.
 #ifndef ZELVANE_TOOLS_ZELCTL_FILES_OUTPUT_H
 #define ZELVANE_TOOLS_ZELCTL_FILES_OUTPUT_H
 
@@ -9,29 +9,29 @@
 #include <memory>
 #include <string>
 
-// Throws Failed when the file exists and is not to be replaced. Devices and pipes are written to.
+// Throws Failed if the file exists and must not be replaced. Devices and pipes are accepted.
 void RequireNew(std::string const& path, bool overwrite);
-// Throws what Output would.
+// Throws the errors of the constructor of Output.
 void RequireWritable(std::string const& path, struct stat const& source, bool overwrite);
 
-// The file that is made. Until Keep() it has another name beside its own, so that a failure, or somebody who
-// interrupts the command, leaves what was there before. Devices and pipes are written directly.
+// The output file. Until Keep() it has a temporary name in the same directory, so after a failure or an interrupt the
+// old file is unchanged. Devices and pipes are written directly.
 class Output {
  public:
-  // Throws FileFailed, and Failed when it is the file that is read, or exists and is not to be replaced.
+  // Throws FileFailed. Throws Failed if the path is the input file, or exists and must not be replaced.
   Output(std::string const& path, struct stat const& source, bool overwrite);
   ~Output();
   Output(Output const&) = delete;
   Output& operator=(Output const&) = delete;
 
-  // Not a device or a pipe.
+  // False for a device or a pipe.
   bool IsFile() const { return !target_.empty(); }
 
   // Throws FileFailed.
   void Write(void const* bytes, std::size_t size);
-  // All that was written, and its name, is on the disk then (a device or a pipe has just been written to). Throws
-  // FileFailed; when only the directory could not be synced, the file has its name, which a power cut can undo. Throws
-  // Failed when somebody else has made the file meanwhile, and it is not to be replaced.
+  // Makes the contents and the name durable (a device or a pipe is only written to). Throws FileFailed; if only the
+  // directory could not be synced, the file has its new name, but a power failure can undo that. Throws Failed if
+  // another process created the file meanwhile and it must not be replaced.
   void Keep();
 
  private:
@@ -41,7 +41,7 @@ class Output {
   std::string path_;
   bool overwrite_;
   std::string target_;
-  std::string unfinished_;  // "" when there is none
+  std::string unfinished_;  // "" if there is none
   std::unique_ptr<FILE, int (*)(FILE*)> file_;
 };
 

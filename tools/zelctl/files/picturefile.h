@@ -1,4 +1,4 @@
-// Files that a command makes for people: a picture, a page. They never replace a file that was not to be replaced.
+// Pictures and pages that a command writes. Existing files are replaced only with --overwrite.
 #ifndef ZELVANE_TOOLS_ZELCTL_FILES_PICTUREFILE_H
 #define ZELVANE_TOOLS_ZELCTL_FILES_PICTUREFILE_H
 
@@ -7,16 +7,16 @@
 #include "terminal/option.h"
 
 struct PictureFile {
-  std::string path;  // "" when none was asked for
+  std::string path;  // "" if not requested
   bool overwrite = false;
 
   explicit operator bool() const { return !path.empty(); }
 
-  // --overwrite and the option `name`.
+  // --overwrite, and the option `name`.
   Options Asked(char const* name, char const* help);
-  // Throws Failed when the file is there and --overwrite was not given: to be called before the work is done.
+  // Throws Failed if the file exists and --overwrite was not given. Call this before the work is done.
   void RequireFree() const;
-  // Whole or not at all. Throws Failed.
+  // Atomic. Throws Failed.
   void Write(std::string const& bytes) const;
 };
 

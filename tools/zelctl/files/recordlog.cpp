@@ -18,7 +18,7 @@ namespace fs = std::filesystem;
 constexpr std::size_t kCodeSize = 2;
 constexpr std::uint64_t kBlockSize = 1 << 20;
 
-// The length without the zeros at the end.
+// The length without trailing zeros.
 std::size_t Filled(unsigned char const* bytes, std::size_t size) {
   while (size > 0 && bytes[size - 1] == 0) size--;
   return size;

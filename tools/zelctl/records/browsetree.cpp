@@ -13,7 +13,7 @@ constexpr BrowseKind kKinds[] = {BrowseKind::kGroup, BrowseKind::kComputer, Brow
 
 std::size_t Place(BrowseKind kind) { return static_cast<std::size_t>(kind); }
 
-// The numbers of a valid entry; its texts may be longer in the file than in a record.
+// Reads the numbers of a valid entry, not its texts, which can be longer in the file than in a record.
 bool ReadEntry(void* list, BrowseKind kind, unsigned long index, BrowseEntry& entry) {
   BrwsGroupRec group;
   BrwsComputerRec computer;
@@ -29,14 +29,14 @@ bool ReadEntry(void* list, BrowseKind kind, unsigned long index, BrowseEntry& en
   return true;
 }
 
-// Why the library does not take the entry.
+// Why the library rejects the entry.
 std::string InvalidReason(BrowseKind kind, std::string const& key) {
   if (!StrIsInt(key)) return "key is not a number";
   static char const* const kShapes[] = {"NAME;PARENT", "NAME;ADDRESS;GROUP", "NAME;ADDRESS;NUMBER;COMPUTER"};
   return std::string("expected ") + kShapes[Place(kind)] + " with no empty field";
 }
 
-// Why the library reads the entry but never finds it again; "" when it does.
+// Why the library reads the entry but cannot find it again; "" if it can.
 std::string UnreachableReason(std::int32_t id, std::string const& key) {
   if (id < 0) return "key is not an identifier (0 to 2147483647)";
   return key == IntToStr(id) ? ""
@@ -65,7 +65,7 @@ BrowseTree::BrowseTree(void* list, std::string const& file) {
   Arrange();
 }
 
-// The file is looked at beside the list, which tells neither keys nor addresses of UPS units nor what it skips.
+// Reads the file in addition to the list. The list does not return keys, addresses of UPS units or skipped entries.
 void BrowseTree::Read(void* list, CfgClass& cfg, BrowseKind kind) {
   unsigned long const count = cfg.GetKeyCount(SectionOf(kind));
   for (unsigned long i = 0; i < count; i++) {
@@ -101,7 +101,7 @@ void BrowseTree::Connect() {
 
 void BrowseTree::Arrange() {
   std::vector<bool> seen(entries.size());
-  // What hangs on nothing by its own word, then what hangs on something that is not there, then circles.
+  // First entries that have no owner, then those whose owner does not exist, then cycles.
   for (auto const& places : places_)
     for (auto const& [id, place] : places)
       if (entries[place].owner == -1) Walk(place, "", rows, seen);
@@ -117,7 +117,7 @@ void BrowseTree::Arrange() {
       if (!seen[place]) Walk(place, "its groups form a cycle", orphans, seen);
 }
 
-// Chains can be deeper than the stack, so what is still to be visited stands in a list.
+// Chains can be deeper than the stack, so this uses a list of open entries instead of recursion.
 void BrowseTree::Walk(std::size_t top, std::string const& reason, std::vector<BrowseRow>& out,
                       std::vector<bool>& seen) const {
   std::vector<std::pair<std::size_t, std::size_t>> open = {{top, 0}};  // place, depth
@@ -139,7 +139,7 @@ BrowseEntry const* BrowseTree::Find(BrowseKind kind, std::int32_t id) const {
 }
 
 bool BrowseTree::IsWithin(std::int32_t group, std::int32_t id) const {
-  // As many steps as there are groups at most: a circle above must not hold the search.
+  // At most one step for each group, so that a cycle above ends the search.
   for (std::size_t i = 0; i <= places_[0].size() && group != id; i++) {
     BrowseEntry const* const entry = Find(BrowseKind::kGroup, group);
     if (entry == nullptr) return false;

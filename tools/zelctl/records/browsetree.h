@@ -1,4 +1,4 @@
-// The browse list read whole: who belongs to whom, and what is not right with the rest.
+// The complete browse list: the tree of owners, the orphans and the invalid entries.
 #ifndef ZELVANE_TOOLS_ZELCTL_RECORDS_BROWSETREE_H
 #define ZELVANE_TOOLS_ZELCTL_RECORDS_BROWSETREE_H
 
@@ -12,28 +12,28 @@ class CfgClass;
 
 enum class BrowseKind { kGroup, kComputer, kUps };
 
-// What the command line and the answers call it: "group", "computer", "ups".
+// The name in commands and output: "group", "computer", "ups".
 char const* NameOf(BrowseKind kind);
 char const* SectionOf(BrowseKind kind);
-// A group or computer hangs on a group, a UPS unit on a computer.
+// A group or computer belongs to a group, a UPS unit to a computer.
 BrowseKind OwnerKind(BrowseKind kind);
 
 struct BrowseEntry {
   BrowseKind kind;
-  unsigned long index;  // its position in the list
+  unsigned long index;  // position in the list
   std::int32_t id;
-  std::string name;     // as long as it is in the file
-  std::string address;  // the same; of a UPS unit its own copy
+  std::string name;     // not cut to the length of a record
+  std::string address;  // likewise; a UPS unit has its own copy
   std::uint32_t number;
   std::int32_t owner;
-  std::vector<std::size_t> below;  // places in BrowseTree::entries
+  std::vector<std::size_t> below;  // positions in BrowseTree::entries
 };
 
-// An entry as it is printed.
+// An entry for output.
 struct BrowseRow {
   BrowseEntry const* entry;
   std::size_t depth;
-  std::string reason;  // why it stands apart; "" for those of the tree and those below one that stands apart
+  std::string reason;  // why it is an orphan; "" in the tree, and for entries below an orphan
 };
 
 struct BrowseFault {
@@ -46,15 +46,16 @@ struct BrowseFault {
 struct BrowseTree {
   BrowseTree(void* list, std::string const& file);
 
-  // Null when no valid entry has that identifier.
+  // Null if no valid entry has that identifier.
   BrowseEntry const* Find(BrowseKind kind, std::int32_t id) const;
-  // Whether the group is `id` itself or somewhere below it.
+  // Whether the group is `id` or somewhere below it.
   bool IsWithin(std::int32_t group, std::int32_t id) const;
 
   std::vector<BrowseEntry> entries;
-  std::vector<BrowseRow> rows;      // the tree, top down
-  std::vector<BrowseRow> orphans;   // what hangs on nothing, each with what is below it
-  std::vector<BrowseFault> faults;  // what the library skips, or cannot reach
+  std::vector<BrowseRow> rows;  // the tree, top down
+  std::vector<BrowseRow>
+      orphans;  // entries without an owner that exists, or in a cycle, each followed by the entries below it
+  std::vector<BrowseFault> faults;  // entries that the library skips or cannot find
 
  private:
   void Read(void* list, CfgClass& cfg, BrowseKind kind);

@@ -26,7 +26,7 @@ namespace {
 
 // ---- Records ----
 
-// A record as a program reads it from a directory that is root, home and directory of the settings in one.
+// A settings record, read from a directory that is the root, the home and the settings directory at the same time.
 struct Kind {
   std::vector<Field> fields;
   std::shared_ptr<void> record;
@@ -49,7 +49,7 @@ std::vector<Kind> ReadKinds(std::string const& folder) {
   return kinds;
 }
 
-// What a text in the file should be for the field, in words; "" when it is read as it is meant.
+// What the file should contain for the field, in words; "" if the text is valid.
 std::string TextFault(Field field, std::string const& text) {
   if (!field.words.empty()) {
     std::string list;
@@ -68,7 +68,7 @@ std::string TextFault(Field field, std::string const& text) {
     field.lowest /= field.step;
     field.highest /= field.step;
     field.step = 1;
-    // The library's numbers may have blanks around them, a sign and leading zeros.
+    // The library accepts blanks around a number, a sign and leading zeros.
     long const number = StrToIntDef(text, 0);
     return FieldFault(field, number == StrToIntDef(text, 1) ? std::to_string(number) : "");
   }
@@ -82,7 +82,7 @@ class Checker {
 
   void Records(std::vector<Kind> const& kinds) {
     std::map<std::string, std::vector<std::string>> known;  // keys by section
-    std::set<std::pair<std::string, std::string>> seen;     // a key that two fields share is told once
+    std::set<std::pair<std::string, std::string>> seen;     // a key that two fields share is reported once
     for (Kind const& kind : kinds)
       for (Field const& field : kind.fields) {
         if (!IsIn(field, file_) || field.key == nullptr || field.key == std::string(kFirstKey)) continue;
@@ -98,7 +98,7 @@ class Checker {
     }
   }
 
-  // Entries of a list: numbered keys, and texts with so many fields.
+  // Entries of a list: numbered keys whose values have a fixed number of fields.
   void Entries(char const* file, std::string const& section, std::vector<Field> const& fields, char const* shape) {
     if (file_ != file) return;
     for (auto const& [place, line] : lines_) {
@@ -178,7 +178,7 @@ struct Entry {
 
 Field const Checker::kEntryKey = Number<&Entry::number>("key", "");
 
-// A field of an entry by its limits alone.
+// A field of an entry, described by its limits alone.
 Field LimitedText(char const* name, std::int64_t most) {
   Field field = Text<&Entry::text>(name, "");
   field.highest = most;
@@ -211,7 +211,7 @@ void CheckValues(std::string const& path, KeyLines const& lines, Terminal const&
                  std::vector<Finding>& findings) {
   Checker checker(path, lines, terminal, findings);
   CheckLists(path, checker);
-  // A copy, in a directory where the programs find nothing else.
+  // A copy, in a directory where the programs find no other file.
   Rehearsal const rehearsal({{path}, {}}, terminal);
   std::string const copy = At(path);
   std::string const folder = ExtractFilePath(copy);

@@ -1,4 +1,4 @@
-// Which records of a log are meant, by code, text and time.
+// Selects records of a log by code, text and time.
 #ifndef ZELVANE_TOOLS_ZELCTL_RECORDS_CHOICE_H
 #define ZELVANE_TOOLS_ZELCTL_RECORDS_CHOICE_H
 
@@ -14,10 +14,10 @@
 struct Record;
 struct Terminal;
 
-// Without any of the options it is all of them, also those without a date-time.
+// Without options it selects every record, even one without a valid time stamp.
 struct Choice {
-  std::set<std::uint16_t> codes;  // all when there is none
-  std::string text;               // what must stand in the record's text, in lower case
+  std::set<std::uint16_t> codes;  // empty: all codes
+  std::string text;               // part of the record's text, in lower case
   bool dated = false;
   std::int32_t first = 0;
   std::int32_t last = std::numeric_limits<std::int32_t>::max();

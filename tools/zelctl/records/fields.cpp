@@ -34,7 +34,7 @@ std::string NumberFault(std::string const& value, std::int64_t lowest, std::int6
 
 bool IsNumber(Field const& field) { return field.kind == FieldKind::kNumber || field.kind == FieldKind::kDate; }
 
-// "1 h 30 min"; "" for what is as short as it is written.
+// "1 h 30 min"; "" under one second, and under a minute for a field in seconds.
 std::string DurationText(std::int64_t number, std::int64_t millis) {
   if (millis == 0 || number < 1000 / millis || (millis == 1000 && number < 60)) return "";
   std::int64_t seconds = number * millis / 1000;

@@ -1,4 +1,4 @@
-// Fields of the library's records: how each is called, checked, put and shown. A record is a table of them.
+// Fields of the library's records: name, limits, and how to read, set and print them. A record is a table of fields.
 #ifndef ZELVANE_TOOLS_ZELCTL_RECORDS_FIELDS_H
 #define ZELVANE_TOOLS_ZELCTL_RECORDS_FIELDS_H
 
@@ -15,40 +15,40 @@
 
 enum class FieldKind {
   kText,
-  kListText,   // one of several texts that share a line, separated by ";"
-  kLowerText,  // read in lower case, however it was written
-  kPassword,   // Base64 in the file, so it may hold anything; shown on request only
+  kListText,   // one of several texts in a line, separated by ";"
+  kLowerText,  // read as lower case
+  kPassword,   // Base64 in the file, so any byte is allowed; shown on request only
   kNumber,
-  kDate,  // a number that is a date-time of the library's
+  kDate,  // a number that is a date-time of the library
   kFlag,
-  kAnswer,  // a flag that is only shown
+  kAnswer,  // a read-only flag
 };
 
 struct Field {
   char const* name;
   FieldKind kind;
   std::int64_t lowest;   // of a number
-  std::int64_t highest;  // of a number; of a text the most bytes
+  std::int64_t highest;  // of a number; for a text the maximum length in bytes
   char const* meaning;   // unit and meaning, for people
-  // The value as text: numbers in decimal, flags as "on" and "off". `put` takes what FieldFault() found no fault with.
+  // The value as text: numbers in decimal, flags as "on" and "off". `put` requires a value that FieldFault() accepts.
   std::string (*get)(void const* record);
   void (*put)(void* record, std::string const& value);
-  std::int64_t step = 1;          // of a number: the file keeps its multiples
-  char const* follows = nullptr;  // the field that decides on this one, which cannot be set then
-  bool selects = false;           // when it changes, other fields come from elsewhere (RecordFamily::reselect)
-  std::int64_t millis = 0;        // of a duration: one unit
-  // Where it is written; null for a field that is in no file. A file of "upscfg" is that of the model.
+  std::int64_t step = 1;          // of a number: the file stores multiples of it
+  char const* follows = nullptr;  // the field that determines this one, which cannot be set then
+  bool selects = false;           // a change reloads other fields (RecordFamily::reselect)
+  std::int64_t millis = 0;        // of a duration: milliseconds in one unit
+  // Where the field is stored; null if in no file. A file of "upscfg" is that of the model.
   char const* file = nullptr;
   char const* section = nullptr;
-  char const* key = nullptr;  // null: keyOf tells; kFirstKey: the first one of the section
-  int part = -1;              // of a value of several, separated by ";"
+  char const* key = nullptr;  // null: see keyOf; kFirstKey: the first key of the section
+  int part = -1;              // index in a value with several parts separated by ";"
   std::string (*keyOf)(void const* record) = nullptr;
-  std::vector<std::string> words = {};  // what the file has for the numbers from 0 on, where those are words
+  std::vector<std::string> words = {};  // the words in the file for the numbers 0, 1, ..., if it stores words
 };
 
 constexpr char kFirstKey[] = "*";
 
-// The field, with the place where it is written.
+// The field with its place in a file.
 inline Field In(char const* file, char const* section, char const* key, Field field, int part = -1) {
   field.file = file;
   field.section = section;
@@ -57,13 +57,13 @@ inline Field In(char const* file, char const* section, char const* key, Field fi
   return field;
 }
 
-// The field, as a duration in units of so many milliseconds.
+// The field as a duration; one unit is `millis` milliseconds.
 inline Field Duration(std::int64_t millis, Field field) {
   field.millis = millis;
   return field;
 }
 
-// The highest number that reads back: files are read as signed 32-bit numbers, whatever the field's type.
+// The highest number that reads back: files store signed 32-bit numbers, whatever the field's type.
 constexpr std::int64_t kHighestNumber = 2147483647;
 constexpr std::int64_t kHighestPort = 65535;
 
@@ -89,7 +89,7 @@ Field Text(char const* name, char const* meaning, FieldKind kind = FieldKind::kT
           [](void* record, std::string const& value) {
             char* const array = static_cast<Whole*>(record)->*Member;
             memset(array, 0, kWidth);
-            value.copy(array, kWidth - 1, 0);  // clang 14 takes a default argument here for a capture
+            value.copy(array, kWidth - 1, 0);  // clang 14 treats a default argument here as a capture
           }};
 }
 
@@ -120,13 +120,13 @@ Field Flag(char const* name, char const* meaning) {
           [](void* record, std::string const& value) { static_cast<Whole*>(record)->*Member = value == "on"; }};
 }
 
-// Bits have no address: the table's author gives the two accessors.
+// Bit-fields have no address, so the table passes two accessors.
 inline Field Flag(char const* name, char const* meaning, std::string (*get)(void const*),
                   void (*put)(void*, std::string const&)) {
   return {name, FieldKind::kFlag, 0, 1, meaning, get, put};
 }
 
-// A bool, only shown: "yes" or "no".
+// A read-only bool: "yes" or "no".
 template <auto Member>
 Field Answer(char const* name, char const* meaning) {
   return {name,
@@ -140,7 +140,7 @@ Field Answer(char const* name, char const* meaning) {
           nullptr};
 }
 
-// A std::string, only shown.
+// A read-only std::string.
 template <auto Member>
 Field String(char const* name, char const* meaning = "") {
   return {name,    FieldKind::kText,
@@ -149,40 +149,40 @@ Field String(char const* name, char const* meaning = "") {
           nullptr};
 }
 
-// What a value of the field may be, in words.
+// The allowed values of the field, in words.
 std::string Limits(Field const& field);
-// What is wrong with a value for the field, in words; "" when it would come back from the file as it is.
+// Why a value is invalid for the field, in words; "" if it would read back unchanged.
 std::string FieldFault(Field const& field, std::string const& value);
 
-// The value of an argument as the file will hold it. Throws WrongUsage with the field's name and limit.
+// The value of an argument in the encoding of the files. Throws WrongUsage with the field's name and limits.
 std::string CheckedArgument(Field const& field, std::string const& argument, Terminal const& terminal);
 
-// The same, put into its field.
+// The same, stored in the field.
 void PutArgument(Field const& field, void* record, std::string const& argument, Terminal const& terminal);
-// The number that `text` spells, in decimal. Throws WrongUsage that names the argument and its limits.
+// The decimal number in `text`. Throws WrongUsage with the argument's name and limits.
 std::int64_t NumberArgument(std::string const& name, std::string const& text, std::int64_t lowest,
                             std::int64_t highest);
 
-// What a shell may offer for FIELD, and for FIELD=VALUE that has been begun.
+// Shell completion for FIELD, and for a partial FIELD=VALUE.
 std::vector<std::string> FieldNames(std::vector<Field> const& fields);
 std::vector<std::string> Assignments(std::vector<Field> const& fields, std::string const& begun);
 
-// The field of that name; null when there is none.
+// The field with that name; null if there is none.
 Field const* FieldNamed(std::vector<Field> const& fields, std::string const& name);
 
 // The values of all fields, by name.
 using Values = std::map<std::string, std::string>;
 Values ValuesOf(std::vector<Field> const& fields, void const* record);
 
-// A value for people and for programs; passwords only where the terminal wants them.
+// A value for people and for programs; passwords only if the terminal shows them.
 std::string CellOf(Field const& field, std::string const& value, Terminal const& terminal);
 Json JsonOf(Field const& field, std::string const& value, Terminal const& terminal);
 
-// One record, a field a line; where each comes from, if that is given.
+// Prints one record, one field a line, with the origin of each if given.
 void PrintRecord(std::vector<Field> const& fields, void const* record, Terminal const& terminal,
                  std::vector<std::string> const& origins = {});
 
-// Records of one kind, one a line.
+// Prints records of one kind, one record a line.
 void PrintRecords(std::vector<Field> const& fields, std::vector<void const*> const& records, Terminal const& terminal);
 template <class Record>
 void PrintRecords(std::vector<Field> const& fields, std::vector<Record> const& records, Terminal const& terminal) {

@@ -8,7 +8,7 @@
 
 namespace {
 
-// Listens to the engine while it loads.
+// Watches the engine during a load.
 class Listener final : public CfgClass {
  public:
   bool ParseLine(std::string const& line, bool noLines) override {

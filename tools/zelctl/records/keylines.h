@@ -1,4 +1,4 @@
-// Where in a file each key stands that the programs read.
+// The line of each key that the programs read in a file.
 #ifndef ZELVANE_TOOLS_ZELCTL_RECORDS_KEYLINES_H
 #define ZELVANE_TOOLS_ZELCTL_RECORDS_KEYLINES_H
 
@@ -16,17 +16,17 @@ struct KeyLine {
 
 using KeyLines = std::map<std::pair<std::string, std::string>, KeyLine>;  // by section and key, both in capitals
 
-// None when the file cannot be read.
+// Empty if the file cannot be read.
 KeyLines ReadKeyLines(std::string const& path);
 
-// Where the value of each field comes from: "FILE:LINE", or "default". `files` are those that the record is read from.
+// The origin of each field's value: "FILE:LINE" or "default". `files` are the files of the record.
 std::vector<std::string> Origins(std::vector<Field> const& fields, void const* record,
                                  std::vector<std::string> const& files);
 
-// The key that a field is written under, among those of its file; "" when there is none.
+// The key of a field among those of its file; "" if there is none.
 std::string KeyOf(Field const& field, void const* record, KeyLines const& lines);
 
-// Whether the field is written in a file of that name.
+// Whether the field is stored in a file with that name.
 bool IsIn(Field const& field, std::string const& fileName);
 
 #endif

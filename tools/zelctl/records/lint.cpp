@@ -18,7 +18,7 @@
 
 namespace {
 
-// Why a line is neither blank, comment, header nor key.
+// Why a line is not blank, comment, header or key.
 char const* SyntaxFault(std::string const& line) {
   std::string const text = Trim(line);
   if (text.size() == 1) return "a single character";
@@ -32,8 +32,8 @@ std::string Where(std::string const& section) {
   return section.empty() ? "before the first header" : "[" + section + "]";
 }
 
-// Listens to the engine while it loads, so that what is reported is what the engine does and not a second opinion. The
-// parser looks every header and every key up; a look-up that succeeds during a load is a repetition.
+// Watches the engine during a load, so that the findings are the engine's own and not a second opinion. The parser
+// looks up every header and every key; a lookup that succeeds during a load is a repetition.
 class Listener final : public CfgClass {
  public:
   explicit Listener(bool showPasswords) : showPasswords_(showPasswords) {}
@@ -64,7 +64,7 @@ class Listener final : public CfgClass {
 
   bool LocateKey(SectionPosition const* section, std::string const& key, KeyPosition* position) override {
     bool const found = CfgClass::LocateKey(section, key, position);
-    // With the password out of reach the key's name is all that is said.
+    // Only the key's name is printed, so no password is shown.
     if (found)
       Add("repeated-key", "ignored: " + AnsiUpperCase(key) + " of " + Where(section_) + " is already in line " +
                               std::to_string(keys_[{section_, AnsiUpperCase(key)}].line));
@@ -102,7 +102,7 @@ class Listener final : public CfgClass {
   std::vector<Finding> findings_;
 };
 
-// The engine does not even look at what stands below the line that stopped it.
+// The engine does not read the lines after the one that stopped it.
 void AddDropped(std::string const& path, long badLine, bool showPasswords, std::vector<Finding>& findings) {
   std::ifstream file(path, std::ios::binary);
   std::string line;

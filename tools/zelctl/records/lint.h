@@ -1,4 +1,4 @@
-// What in a configuration file is not read as its author meant it.
+// Lines of a configuration file that the programs do not read as intended.
 #ifndef ZELVANE_TOOLS_ZELCTL_RECORDS_LINT_H
 #define ZELVANE_TOOLS_ZELCTL_RECORDS_LINT_H
 
@@ -11,11 +11,11 @@ struct Finding {
   long line;            // counted from 1
   char const* kind;     // "syntax-error", "dropped", "repeated-section", "repeated-key", "encoding", "value", "fields",
                         // "unknown-key"
-  std::string message;  // Latin-1, complete but for the file and the line
+  std::string message;  // Latin-1, without the file and the line
 };
 
-// In the order of the lines. Throws Failed when the file cannot be read. Values of password keys are left out of the
-// messages unless the terminal wants them.
+// Findings in line order. Throws Failed if the file cannot be read. Messages omit the values of password keys unless
+// the terminal shows passwords.
 std::vector<Finding> Lint(std::string const& path, Terminal const& terminal);
 
 #endif

@@ -12,7 +12,7 @@ struct Record;
 
 class RecordListing {
  public:
-  // Of a log of so many records, with texts of so many characters.
+  // For a log with `records` records and texts of `textWidth` characters.
   RecordListing(Terminal const& terminal, std::uint64_t records, std::size_t textWidth);
 
   void Row(Record const& record);

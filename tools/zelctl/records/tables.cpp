@@ -24,7 +24,7 @@ Field Selecting(Field field) {
 template <auto Member>
 Field Timer(char const* name, char const* meaning) {
   constexpr std::int64_t kMillis = 1000;
-  // Seconds in the file, and 32 bits of milliseconds in the record.
+  // Seconds in the file, milliseconds in 32 bits in the record.
   Field field = Number<Member>(name, meaning, UINT32_MAX / kMillis * kMillis);
   field.step = kMillis;
   field.millis = 1;

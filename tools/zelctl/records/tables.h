@@ -1,5 +1,5 @@
-// The records of the product's settings: for each, one table of its fields, with what they mean, what they may hold and
-// where they are written. The commands, their help, `cfg lint` and the manual go by them.
+// The product's settings records: one table of fields for each, with meanings, limits and places in the files. The
+// commands, their help, `cfg lint` and the manual use them.
 #ifndef ZELVANE_TOOLS_ZELCTL_RECORDS_TABLES_H
 #define ZELVANE_TOOLS_ZELCTL_RECORDS_TABLES_H
 

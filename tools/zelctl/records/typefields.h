@@ -1,4 +1,4 @@
-// The fields that the record of a type and the settings of the UPS service have in common.
+// Fields that a type record and the settings of the UPS service share.
 #ifndef ZELVANE_TOOLS_ZELCTL_RECORDS_TYPEFIELDS_H
 #define ZELVANE_TOOLS_ZELCTL_RECORDS_TYPEFIELDS_H
 

@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr double kLeft = 160;  // right of the names of the rows
+constexpr double kLeft = 160;  // the bars start right of the row names
 constexpr int kRowHeight = 20;
 constexpr int kHeadHeight = 26;
 constexpr std::size_t kMostCodes = 12;

@@ -1,5 +1,5 @@
-// HTML and SVG from pieces. Whatever comes from a file goes through Escaped(), here and nowhere else: a name or a text
-// of a record can neither end an element nor begin one.
+// Builds HTML and SVG. All text from files goes through Escaped(), here and nowhere else: a name or the text of a
+// record can neither end nor start an element.
 #ifndef ZELVANE_TOOLS_ZELCTL_REPORT_MARKUP_H
 #define ZELVANE_TOOLS_ZELCTL_REPORT_MARKUP_H
 
@@ -7,18 +7,18 @@
 #include <utility>
 #include <vector>
 
-// Latin-1 as text in UTF-8, safe between tags and in quoted attributes; control characters as \xNN.
+// Latin-1 to UTF-8 that is safe between tags and in quoted attributes. Control characters become \xNN.
 std::string Escaped(std::string const& latin1);
 
-// The values are escaped; an attribute with an empty name is left out.
+// Values are escaped. An attribute with an empty name is omitted.
 using Attributes = std::vector<std::pair<char const*, std::string>>;
 
-// <name attributes>content</name>; the content is markup already.
+// <name attributes>content</name>; `content` is markup.
 std::string Element(char const* name, Attributes const& attributes, std::string const& content);
 // <name attributes/>
 std::string Shape(char const* name, Attributes const& attributes);
 
-// With at most two digits after the point.
+// At most two digits after the decimal point.
 std::string Coordinate(double number);
 
 #endif

@@ -1,4 +1,4 @@
-// What `log outages`, `status` and `report` ask alike.
+// Options that `log outages`, `status` and `report` share.
 #ifndef ZELVANE_TOOLS_ZELCTL_REPORT_OPTIONS_H
 #define ZELVANE_TOOLS_ZELCTL_REPORT_OPTIONS_H
 
@@ -8,10 +8,10 @@
 #include "report/outages.h"
 #include "terminal/option.h"
 
-// The codes that begin and end an outage: their meaning is the programs' own.
+// The codes that begin and end an outage. Each program defines its own.
 class OutageOptions {
  public:
-  // With `required` they must be given; otherwise they are 1 and 2.
+  // With `required` both codes must be given; otherwise they default to 1 and 2.
   Options Asked(bool required);
   // Throws WrongUsage.
   OutageCodes Codes() const;
@@ -21,7 +21,7 @@ class OutageOptions {
   std::vector<std::string> ends_ = {"2"};
 };
 
-// The root that the library goes by. Throws Failed when there is none, or no such directory.
+// The library's installation root. Throws Failed if there is none or it is not a directory.
 std::string RequireRoot();
 
 #endif

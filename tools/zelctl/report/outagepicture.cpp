@@ -24,7 +24,7 @@ std::string ShortText(std::int64_t seconds) {
   return std::to_string(seconds / 3600) + " h";
 }
 
-// The outages of each row: by day all that touch it, otherwise those that begin there.
+// The outages of each row: by day all that overlap it, otherwise those that begin in it.
 using Members = std::map<std::int64_t, std::vector<Outage const*>>;
 
 Members MembersOf(std::vector<Outage> const& outages, Period period) {
@@ -79,7 +79,7 @@ class Drawing {
 
   void Marks(std::int64_t day, std::vector<Outage const*> const& members) {
     for (Outage const* outage : members) {
-      // One of no length is drawn as a second.
+      // An outage of length 0 is drawn as one second.
       std::int64_t const from = std::max<std::int64_t>(outage->begin - day, 0);
       std::int64_t const end = std::max<std::int64_t>(outage->end, static_cast<std::int64_t>(outage->begin) + 1);
       std::int64_t const to = std::min<std::int64_t>(end - day, kDaySeconds);
@@ -121,7 +121,7 @@ class Drawing {
   std::int64_t next_ = -1;
 };
 
-// ---- The picture of its own ----
+// ---- The stand-alone picture ----
 
 constexpr double kLeft = 136;
 constexpr double kRight = 560;

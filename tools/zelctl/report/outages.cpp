@@ -12,7 +12,7 @@ namespace {
 constexpr std::int32_t kYear1990 = 631152000;
 constexpr std::size_t kMostDuring = 12;
 
-// Reads on from record to record.
+// Processes the records in order.
 class Reader {
  public:
   explicit Reader(History& history) : history_(history) {}
@@ -133,7 +133,8 @@ Totals TotalsOf(std::vector<Outage> const& outages) {
 
 std::vector<OutageGroup> GroupsOf(std::vector<Outage> const& outages, Period period) {
   std::map<std::int64_t, OutageGroup> groups;
-  // How many outages more (or fewer) fill the periods from here on: long ones are not walked through one by one.
+  // Changes of the number of outages that fill a period completely, so that a long outage is not added period by
+  // period.
   std::map<std::int64_t, std::int64_t> filled;
   for (Outage const& outage : outages) {
     std::int64_t const home = BeginOf(period, outage.begin);

@@ -1,9 +1,8 @@
-// What a log says of the mains: when they failed, for how long, and what happened meanwhile. All commands that speak of
-// outages have their numbers from here.
+// The mains failures in a log: beginning, length, and the records meanwhile. All commands on outages use these numbers.
 //
-// An outage goes from a record of the code that begins one to the next record of a code that ends one. A beginning
-// inside an outage and an end outside one count for nothing: that is the rule of the library's LogReaderTimeEvents, so
-// the lengths add up to its sum. An outage without an end is open: it lasts until the last record.
+// An outage lasts from a record with a beginning code to the next record with an end code. A beginning inside an outage
+// and an end outside one are ignored. LogReaderTimeEvents has the same rule, so the lengths add up to its sum. An
+// outage without an end is open: it lasts until the last record.
 #ifndef ZELVANE_TOOLS_ZELCTL_REPORT_OUTAGES_H
 #define ZELVANE_TOOLS_ZELCTL_REPORT_OUTAGES_H
 
@@ -35,10 +34,10 @@ struct LogEvent {
 
 struct Outage {
   std::int32_t begin = 0;
-  std::int32_t end = 0;  // of an open one the stamp of the last record
+  std::int32_t end = 0;  // of an open outage: the time stamp of the last record
   bool open = false;
   std::vector<LogEvent> during;  // the last of the other records between begin and end
-  std::uint64_t passedOver = 0;  // those before them
+  std::uint64_t passedOver = 0;  // the number of earlier ones
 
   std::int64_t Seconds() const { return static_cast<std::int64_t>(end) - begin; }
 };
@@ -48,33 +47,34 @@ struct CodeSummary {
   LogEvent last = {};
 };
 
-// One log, read from its first record to its last.
+// One log, read from the first record to the last.
 struct History {
   OutageCodes codes;
   std::string path;
   std::uint64_t records = 0;
   std::uint64_t recordSize = 0;
-  std::uint64_t torn = 0;       // bytes after the last whole record
-  std::uint64_t early = 0;      // records stamped before 1990
-  std::uint64_t backwards = 0;  // records stamped before the one before them
-  std::int32_t last = -1;       // stamp of the last record
-  std::int32_t earliest = -1;   // of all that have a date-time; -1 when none has
+  std::uint64_t torn = 0;       // bytes after the last complete record
+  std::uint64_t early = 0;      // records with a time stamp before 1990
+  std::uint64_t backwards = 0;  // records with an earlier time stamp than the one before
+  std::int32_t last = -1;       // time stamp of the last record
+  std::int32_t earliest = -1;   // of all valid time stamps; -1 if there is none
   std::int32_t latest = -1;
   std::map<std::uint16_t, CodeSummary> byCode;
 
-  std::vector<Outage> outages;  // in the order of the log, but for those below
-  // With an end that is stamped before the beginning, or a beginning without a date-time: they have no length.
+  std::vector<Outage> outages;  // in the order of the log, without those in `setBack`
+  // Outages without a length: the end has an earlier time stamp than the beginning, or the beginning has no valid one.
   std::uint64_t setBack = 0;
   bool isOpen = false;  // the log ends inside an outage
-  Outage current;       // that one, whether or not it is among the outages
+  Outage current;       // the open outage, also if it is not in `outages`
 
-  // The programs stamp what they record: a file with more than half of its stamps before 1990 is something else.
+  // Programs write the current time into each record. A file with more than half of its time stamps before 1990 is not
+  // an event log.
   bool IsNoEventLog() const { return early > records / 2; }
 };
 
-// Throws Failed when the log cannot be read.
+// Throws Failed if the log cannot be read.
 History ReadHistory(RecordLog const& log, OutageCodes const& codes);
-// The same for an event log. Throws Failed, too, when the file's records cannot be events.
+// The same for an event log. Also throws Failed if the file cannot be one.
 History ReadEventHistory(std::string const& path, OutageCodes const& codes);
 // "is no event log: ..."
 std::string NoEventLogText(History const& history);
@@ -83,26 +83,26 @@ struct Totals {
   std::uint64_t count = 0;
   std::int64_t seconds = 0;
   std::int64_t longest = 0;
-  std::int64_t half = 0;      // the lower middle length: half of the outages are no longer
-  std::size_t longestAt = 0;  // the first of that length
+  std::int64_t half = 0;      // the lower median: at least half of the outages are no longer
+  std::size_t longestAt = 0;  // the first outage of that length
 };
 Totals TotalsOf(std::vector<Outage> const& outages);
 
-// What falls in one period. An outage over the end of a period begins in the first one only, and gives each its
-// seconds.
+// The outages of one period. An outage that crosses the end of a period counts as begun in the first one only; each
+// period gets its own seconds.
 struct OutageGroup {
   std::int64_t from = 0;  // first second of the period
   std::uint64_t begun = 0;
   std::int64_t seconds = 0;
-  std::int64_t longest = 0;  // of those that begin here, the whole length
+  std::int64_t longest = 0;  // of outages that begin here; the complete length
 };
-// In order of time, without empty ones.
+// In order of time, without empty groups.
 std::vector<OutageGroup> GroupsOf(std::vector<Outage> const& outages, Period period);
 
-// 'code 1, "Mains failed", to code 2, "Mains back"': with the texts of the last record of each, where there is one.
+// 'code 1, "Mains failed", to code 2, "Mains back"', with the text of the last record of each code, if any.
 std::string CodesText(History const& history);
 
-// "0:01:07", with "+" after the length of an open one.
+// "0:01:07"; with a trailing "+" for an open outage.
 std::string ClockText(std::int64_t seconds);
 std::string LengthText(Outage const& outage);
 

@@ -13,7 +13,7 @@
 namespace {
 
 constexpr std::size_t kMostRows = 100;
-constexpr std::size_t kMostColumns = 3;  // units beside each other in a table
+constexpr std::size_t kMostColumns = 3;  // units side by side in a table
 
 // "10,000"
 std::string Grouped(std::uint64_t number) {
@@ -66,7 +66,7 @@ class EventsPart {
   EventsPart(Site const& site, SiteEvents const& events)
       : site_(site), events_(events), history_(*events.history), totals_(TotalsOf(history_.outages)) {}
 
-  // Sentence, five numbers and pictures.
+  // A sentence, five numbers and pictures.
   std::string Overview() const {
     return Element("p", {{"class", "lead"}}, Lead()) + Element("dl", {{"class", "tiles"}}, Tiles()) + Pictures() + "\n";
   }
@@ -102,7 +102,7 @@ class EventsPart {
   }
 
  private:
-  // Where there are several logs.
+  // Names the log if there are several.
   std::string Of() const { return site_.events.size() > 1 ? " of " + events_.place.Title() : ""; }
 
   std::string Mains() const {
@@ -196,7 +196,7 @@ class EventsPart {
     std::string meanwhile = outage.passedOver > 0 ? Grouped(outage.passedOver) + " more; " : "";
     for (LogEvent const& event : outage.during)
       meanwhile += (&event == &outage.during.front() ? "" : "; ") + event.text;
-    // On a phone the end may stand below the beginning, but neither is broken.
+    // On a phone the end can wrap below the beginning, but neither is broken.
     std::string const times = Unbroken(TimeText(outage.begin).substr(11)) + " &#8211; " + Unbroken(UntilText(outage));
     return {Escaped(DayText(outage.begin)) + " " + WeekdayText(outage.begin) + " " + times, LengthText(outage),
             LengthBar(outage, totals_.longest) + (meanwhile.empty() ? "" : Muted(meanwhile))};
@@ -208,7 +208,7 @@ class EventsPart {
   Totals totals_;
 };
 
-// ---- What holds ----
+// ---- Settings and findings ----
 
 std::string FindingsSection(Site const& site) {
   std::vector<Cells> rows;
@@ -251,7 +251,7 @@ std::string ValueMarkup(ShownSetting const& setting) {
   return setting.value.empty() ? Muted("empty") : Escaped(setting.value);
 }
 
-// Services beside each other, a few at a time.
+// Services side by side, a few at a time.
 std::string ServicesSections(std::vector<ShownSettings> const& services) {
   std::string sections;
   for (std::size_t first = 0; first < services.size(); first += kMostColumns) {

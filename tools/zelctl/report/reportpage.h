@@ -1,4 +1,4 @@
-// The report: one page of HTML that needs nothing else, no script, no font and no other file.
+// The report: one self-contained HTML page, without scripts, fonts or other files.
 #ifndef ZELVANE_TOOLS_ZELCTL_REPORT_REPORTPAGE_H
 #define ZELVANE_TOOLS_ZELCTL_REPORT_REPORTPAGE_H
 
@@ -7,14 +7,14 @@
 
 #include "report/site.h"
 
-// A value with the place in the files that it comes from.
+// A value and its place in the files.
 struct ShownSetting {
   std::string name;
   std::string value;
   std::string origin;  // "line 12", "upstype.cfg:3" or "default"
 };
 
-// The settings of one service. All of one kind have the same names in the same order.
+// The settings of one service. All services of one kind have the same names in the same order.
 struct ShownSettings {
   std::string title;
   std::vector<ShownSetting> rows;
@@ -29,7 +29,7 @@ struct ShownServer {
 
 struct ReportParts {
   Site site;
-  std::string rootName;  // how the root was called
+  std::string rootName;  // the root as the user named it
   std::vector<ShownSettings> services;
   ShownSettings shutdown;
   std::vector<ShownServer> servers;

@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::size_t kMostDayMonths = 3;
 constexpr std::size_t kMostSquareMonths = 24;
-constexpr int kMonthFactor = 6;  // a month's steps are six times a day's
+constexpr int kMonthFactor = 6;  // the limits of a month are six times those of a day
 
 using Groups = std::map<std::int64_t, OutageGroup>;
 
@@ -65,7 +65,7 @@ std::string RoughText(std::int64_t seconds) {
 
 // ---- A month of days ----
 
-// A row is a week from Monday to Sunday. Days that the log knows nothing of are missing.
+// A row is a week from Monday to Sunday. Days outside the log are not drawn.
 class MonthPicture {
  public:
   MonthPicture(std::int64_t month, bool isBig) : month_(month), big_(isBig) {}
@@ -135,7 +135,7 @@ class MonthPicture {
   std::int64_t month_;
   bool big_;
   std::string svg_;
-  std::string free_;  // the days without, in one path
+  std::string free_;  // days without an outage, as one path
 };
 
 // ---- Years of months ----
@@ -210,7 +210,7 @@ Calendar CalendarOf(History const& history) {
 
 std::string HoursPicture(std::vector<Outage> const& outages) {
   RasterStyle style;
-  // Percentages: text keeps its size on a phone.
+  // Percentages: the text keeps its size on a phone.
   style.position = [](double hours) { return Coordinate(hours / 0.24) + "%"; };
   style.width = [](double hours) { return Coordinate(std::max(hours / 0.24, 0.01)) + "%"; };
   style.label = [](int y, std::string const& text) { return Text(-10, y, "t", "end", Escaped(text)); };

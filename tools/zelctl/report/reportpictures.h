@@ -1,4 +1,4 @@
-// The pictures of the report, inline SVG that the page's style sheet colours. A table follows each.
+// The pictures of the report: inline SVG, coloured by the page's style sheet. A table follows each.
 #ifndef ZELVANE_TOOLS_ZELCTL_REPORT_REPORTPICTURES_H
 #define ZELVANE_TOOLS_ZELCTL_REPORT_REPORTPICTURES_H
 
@@ -7,8 +7,8 @@
 
 #include "report/outages.h"
 
-// How the days of a log are drawn: a cell with text for each, a square for each, or a cell for each month. It depends
-// on how many months the log goes through.
+// How the days of a log are drawn: a cell with text for each day, a square for each day, or a cell for each month. The
+// number of months in the log decides.
 enum class CalendarKind { kDays, kSquares, kMonths };
 
 struct Calendar {
@@ -17,11 +17,11 @@ struct Calendar {
   std::string legend;  // the four steps
 };
 
-// Of a log with outages.
+// Requires a log with outages.
 Calendar CalendarOf(History const& history);
-// Each outage, or hour with outages, at its time of the day.
+// Each outage, or each hour with outages, at its time of day.
 std::string HoursPicture(std::vector<Outage> const& outages);
-// A bar that fills the cell in which the longest outage stands.
+// A bar; that of the longest outage fills its cell.
 std::string LengthBar(Outage const& outage, std::int64_t longest);
 
 #endif

@@ -1,4 +1,4 @@
-// The style sheet of the report: report.css, as the build has put it into the command.
+// The style sheet of the report: report.css, compiled into the command.
 #ifndef ZELVANE_TOOLS_ZELCTL_REPORT_REPORTSTYLE_H
 #define ZELVANE_TOOLS_ZELCTL_REPORT_REPORTSTYLE_H
 

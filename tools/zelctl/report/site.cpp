@@ -40,7 +40,7 @@ class Look {
   void Units() {
     char name[4];
     std::set<std::string> seen;
-    // The list is read again for each: what comes after the hundredth is no unit.
+    // Each call reads the list again. Entries after the hundredth are not units.
     for (unsigned int i = 0; i < kMostUnits && GetUpsListItem(i, name) != 0; i++) {
       SitePlace const unit = {name, site_.root + name + "/"};
       bool const isName = unit.name.find('/') == std::string::npos && unit.name.find("..") == std::string::npos;
@@ -121,7 +121,7 @@ class Look {
       Find(events.file, "The times step back " + Counted(history.backwards, "time") + ".", "zelctl log verify" + path);
   }
 
-  // Only what the moments are; nothing is written.
+  // Only reads the entries; nothing is written.
   void Schedule(std::string const& file) {
     site_.hasSchedule = true;
     ProgList list;
@@ -135,7 +135,7 @@ class Look {
   }
 
   void Discharge(SitePlace const& place) {
-    // The library would create the file if it were missing.
+    // The library would create a missing file.
     if (!IsThere(place.folder + "upssrv.cfg")) return;
     UpsSrvConfig settings;
     if (GetUpsSrvConfig(place.folder.c_str(), &settings, 0) == 0 || settings.fullDischargeDate < 0) return;

@@ -1,4 +1,4 @@
-// One installation root, looked at once: what `status` and `report` tell. Nothing in the root is changed.
+// A snapshot of one installation root for `status` and `report`. Nothing in the root is changed.
 #ifndef ZELVANE_TOOLS_ZELCTL_REPORT_SITE_H
 #define ZELVANE_TOOLS_ZELCTL_REPORT_SITE_H
 
@@ -11,12 +11,12 @@
 
 struct Terminal;
 
-// The root itself or the directory of a unit, where a service keeps its settings and logs.
+// The root itself or a unit's directory, where a service has its settings and logs.
 struct SitePlace {
   std::string name;    // "" for the root
   std::string folder;  // ends in "/"
 
-  // "logevt.rgt", "007/logevt.rgt": the file as one reads it from the root.
+  // "logevt.rgt", "007/logevt.rgt": the path relative to the root.
   std::string File(std::string const& name) const;
   // "root" or "007"
   std::string Title() const { return name.empty() ? "root" : name; }
@@ -25,12 +25,12 @@ struct SitePlace {
 // The event log of one place.
 struct SiteEvents {
   SitePlace place;
-  std::string file;                // as one reads it from the root
-  std::optional<History> history;  // none when the file cannot be an event log
-  std::string fault;               // why
+  std::string file;                // relative to the root
+  std::optional<History> history;  // empty if the file cannot be an event log
+  std::string fault;               // the reason
 };
 
-// Another log: nobody tells how long its records are, so nothing is checked.
+// Another log. Its record size is unknown, so nothing is checked.
 struct SiteLog {
   std::string file;
   std::uint64_t bytes;
@@ -44,7 +44,7 @@ struct SiteFinding {
 
 struct SiteLint {
   std::string file;
-  std::string path;  // for a command line
+  std::string path;  // for use on a command line
   std::size_t findings;
 };
 
@@ -57,24 +57,24 @@ struct Site {
   std::string root;
   std::int32_t now = 0;
   OutageCodes codes = {};
-  std::vector<SitePlace> units;      // the listed ones that have a directory
-  std::vector<std::string> missing;  // those that have none
-  std::vector<SitePlace> services;   // the places with settings of a UPS service
-  std::vector<SiteEvents> events;    // the places that have an event log
+  std::vector<SitePlace> units;      // listed units that have a directory
+  std::vector<std::string> missing;  // listed units that have none
+  std::vector<SitePlace> services;   // places with settings of a UPS service
+  std::vector<SiteEvents> events;    // places with an event log
   std::vector<SiteLog> otherLogs;
-  bool hasSchedule = false;            // a schedule was named
-  std::vector<PlannedMoment> planned;  // from now on, in order
-  std::vector<PlannedMoment> passed;   // full discharges that were due
+  bool hasSchedule = false;            // a schedule was given
+  std::vector<PlannedMoment> planned;  // from now on, in order of time
+  std::vector<PlannedMoment> passed;   // full discharges that are overdue
   std::vector<SiteLint> lint;          // files with findings
-  std::vector<SiteFinding> findings;   // all that wants a look, the most urgent first
+  std::vector<SiteFinding> findings;   // everything that needs attention, the most urgent first
 };
 
 // `schedule` may be "". Throws Failed when the schedule cannot be read.
 Site LookAtSite(OutageCodes const& codes, std::string const& schedule, Terminal const& terminal);
 
-// Whether the history is whole, so that its last outage says how the mains are now.
+// Whether the log is undamaged, so that its last outage shows the present state of the mains.
 bool TellsMains(History const& history);
-// Whether there was an outage at all, also one without a length.
+// Whether there was any outage, including outages without a length.
 bool HasOutage(History const& history);
 
 #endif

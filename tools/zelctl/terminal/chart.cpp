@@ -14,7 +14,7 @@ namespace {
 
 using Counts = std::map<std::int64_t, std::uint64_t>;
 
-constexpr std::size_t kShortestBar = 10;  // of the greatest number, however narrow the terminal
+constexpr std::size_t kShortestBar = 10;  // of the highest count, on any terminal
 constexpr std::size_t kShortestBeside = 6;
 constexpr std::int64_t kFewHours = 72;
 constexpr std::size_t kPageRows = 50;
@@ -46,7 +46,7 @@ std::string Head(ChartColumn const& column) {
   return column.text.empty() ? head : head + ", the last one: " + column.text;
 }
 
-// Calls `row` for each row of the range and `words` for what is told of several.
+// Calls `row` for each row of the range, and `words` for several rows that are summed up.
 template <class OnRow, class OnWords>
 void ForEachRow(Step step, Counts const& counts, OnRow row, OnWords words) {
   RowRange const range = RangeOf(step, counts);
@@ -88,7 +88,7 @@ void PrintBelow(std::vector<ChartColumn> const& columns, Step step, Terminal con
   }
 }
 
-// False when they do not fit.
+// False if they do not fit.
 bool PrintBeside(std::vector<ChartColumn> const& columns, Step step, Terminal const& terminal) {
   std::uint64_t const greatest = GreatestOf(columns);
   std::size_t const label = RowText(step, 0).size();

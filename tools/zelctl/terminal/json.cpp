@@ -17,7 +17,7 @@ Printed PrintedOf(Json const& json) {
   }
   auto const* members = json.As<Json::Object>();
   if (members == nullptr) return nullptr;
-  // Its own insertions look through all members.
+  // The library's own insertion searches all members.
   Printed::object_t printed;
   for (auto const& [name, value] : *members) printed.emplace_back(name, PrintedOf(value));
   return printed;
@@ -27,9 +27,9 @@ Printed PrintedOf(Json const& json) {
 
 std::string JsonText(Json const& json, int indent) {
   if (auto const* number = json.As<std::int64_t>()) return std::to_string(*number);  // most cells are numbers
-  // File names are bytes of any kind: what is not UTF-8 in them must not end the command.
+  // A file name can contain any bytes. Bytes that are not UTF-8 must not end the command.
   std::string const text = PrintedOf(json).dump(indent, ' ', false, Printed::error_handler_t::replace);
-  // The other controls are escaped already. All of them are in strings.
+  // The other control characters are already escaped. All of them are in strings.
   static char const kHex[] = "0123456789abcdef";
   std::string safe;
   for (std::size_t i = 0; i < text.size(); i++) {

@@ -1,5 +1,5 @@
-// Answers as JSON has them: cells of tables are numbers, texts and the like, whole answers are lists and objects of
-// them. Only json.cpp knows the library that prints them.
+// JSON values: cells of tables are numbers, texts and the like; complete answers are lists and objects. Only json.cpp
+// depends on the library that prints them.
 #ifndef ZELVANE_TOOLS_ZELCTL_TERMINAL_JSON_H
 #define ZELVANE_TOOLS_ZELCTL_TERMINAL_JSON_H
 
@@ -18,7 +18,7 @@ class Json {
   using List = std::vector<Json>;
   using Object = std::vector<Member>;
 
-  // Answers are written as they are printed: {{"file", name}, {"bytes", 12}}.
+  // Implicit conversions let a source show an answer as it is printed: {{"file", name}, {"bytes", 12}}.
   // NOLINTBEGIN(google-explicit-constructor)
   Json(std::nullptr_t = nullptr) {}
   Json(bool flag) : value_(flag) {}
@@ -36,7 +36,7 @@ class Json {
     return List(elements.begin(), elements.end());
   }
 
-  // One of the alternatives; null when it is another one.
+  // The value if it has this type, otherwise null.
   template <class Type>
   Type const* As() const {
     return std::get_if<Type>(&value_);
@@ -55,7 +55,7 @@ struct Json::Member {
 inline Json::Json(Object members) : value_(std::move(members)) {}
 inline Json::Json(std::initializer_list<Member> members) : value_(Object(members)) {}
 
-// The JSON, of which no byte drives a terminal. An indent of -1 gives one line.
+// JSON text without control characters that affect a terminal. An indent of -1 prints one line.
 std::string JsonText(Json const& json, int indent);
 
 #endif

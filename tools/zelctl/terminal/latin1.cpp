@@ -26,7 +26,7 @@ struct CloseConverter {
 };
 using Converter = std::unique_ptr<std::remove_pointer_t<iconv_t>, CloseConverter>;
 
-// Opening one means loading a module, so each is kept.
+// Opening a converter loads a module, so converters are kept.
 iconv_t ConverterOf(std::string const& from, std::string const& to) {
   static std::map<std::pair<std::string, std::string>, Converter> kept;
   auto const [place, isNew] = kept.try_emplace({from, to});
@@ -42,7 +42,7 @@ iconv_t ConverterOf(std::string const& from, std::string const& to) {
   return place->second.get();
 }
 
-// Converts the text up to the first place that cannot be; the number of bytes that were.
+// Converts the text up to the first character that cannot be converted. Returns the number of bytes converted.
 std::size_t Convert(std::string const& text, std::string const& from, std::string const& to, std::string& out) {
   auto* const converter = ConverterOf(from, to);
   std::string input = text;
@@ -59,10 +59,10 @@ std::size_t Convert(std::string const& text, std::string const& from, std::strin
   return text.size() - left;
 }
 
-// The first character of the text; 0 when there is none.
+// The first character of the text; 0 if there is none.
 char32_t FirstCharacter(std::string const& text, std::string const& charset) {
   std::string characters;
-  // No character of any set is longer.
+  // No character is longer in any character set.
   Convert(text.substr(0, 8), charset, "UTF-32LE", characters);
   if (characters.size() < 4) return 0;
   char32_t character = 0;
@@ -77,7 +77,7 @@ std::string Hex(unsigned char byte) {
   return {'\\', 'x', kHex[byte >> 4], kHex[byte & 0x0F]};
 }
 
-// Bytes of the UTF-8 character at `at`; 1 for a byte that begins none.
+// The length of the UTF-8 character at `at`; 1 if the byte starts none.
 std::size_t CharacterLength(std::string const& bytes, std::size_t at) {
   auto const lead = static_cast<unsigned char>(bytes[at]);
   std::size_t const length = lead < 0xC2 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : lead < 0xF5 ? 4 : 1;

@@ -46,7 +46,7 @@ Listing::Listing(Terminal const& terminal, std::vector<Column> columns)
     terminal_.csv ? CsvRow(names) : TableRow(names);
 }
 
-// Once there is no room for a column, there is none for those after it. Long texts are cut.
+// After the first column without space, the following ones are omitted too. Long texts are cut to fit.
 void Listing::LeaveOut() {
   constexpr std::size_t kEnough = 20;
   std::size_t at = 0;

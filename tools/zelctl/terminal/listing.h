@@ -1,4 +1,4 @@
-// Answers of many rows, printed as they come: those of a big log are never in memory together.
+// Output of many rows, printed as they come: a big log is never in memory as a whole.
 #ifndef ZELVANE_TOOLS_ZELCTL_TERMINAL_LISTING_H
 #define ZELVANE_TOOLS_ZELCTL_TERMINAL_LISTING_H
 
@@ -9,25 +9,24 @@
 #include "terminal/terminal.h"
 
 struct Column {
-  char const* name;   // of the member in JSON and in CSV; in capitals the heading in a table
-  std::size_t width;  // in a table; a longer cell pushes aside the rest of its row
+  char const* name;   // the member in JSON and CSV; in capitals the heading of a table
+  std::size_t width;  // in a table; a longer cell shifts the following ones
   bool inTable = true;
 };
 
-// A table (on a terminal each line is cut at its width, and columns for which there is no room are named on the error
-// stream instead), JSON (a list of objects, as PrintJson would print it) or CSV,
-// as the terminal wants it.
+// Prints a table, JSON (a list of objects, as PrintJson prints it) or CSV, as the terminal's options say. On a terminal
+// each line of a table is cut at its width; the columns without space are named on standard error.
 class Listing {
  public:
   Listing(Terminal const& terminal, std::vector<Column> columns);
   Listing(Listing const&) = delete;
   Listing& operator=(Listing const&) = delete;
 
-  // A cell for every column: a text (Latin-1), a number or null.
+  // One cell for every column: a text (Latin-1), a number or null.
   void Row(std::vector<Json> const& cells);
-  // Prints the rows so far: for answers that continue.
+  // Prints the rows so far, for output that continues.
   void Flush();
-  // To be called after the last row.
+  // Must be called after the last row.
   void End();
 
  private:
@@ -38,15 +37,14 @@ class Listing {
   void LeaveOut();
 
   Terminal const& terminal_;
-  std::size_t screen_;  // columns; 0 without a terminal
+  std::size_t screen_;  // columns; 0 if not a terminal
   std::vector<Column> columns_;
-  std::string left_;  // names of the columns for which there is no room
+  std::string left_;  // names of the columns without space
   bool empty_ = true;
   std::string out_;
 };
 
-// The one row of a command that answers with one, for --json (the object itself, texts in UTF-8) and --csv. False when
-// neither was asked for.
+// Prints the single row of a command for --json (the object, with texts in UTF-8) or --csv. False if neither was given.
 bool PrintMachineRow(Terminal const& terminal, Json::Object const& row);
 
 #endif

@@ -38,7 +38,7 @@ Moment ParseMoment(std::string const& name, std::string const& text) {
   int const month = field(2) + field(5);
   int const day = field(3) + field(4);
   auto const first = static_cast<std::int32_t>(EncodeDateTime(year, month, day, field(7), field(8), field(9)));
-  // The library lets the short months of a leap year run over.
+  // In a leap year the library accepts days past the end of a short month.
   tm const fields = Fields(first);
   if (first < 0 || fields.tm_year + 1900 != year || fields.tm_mon + 1 != month || fields.tm_mday != day)
     Refuse(name, wanted);

@@ -8,7 +8,7 @@
 
 namespace {
 
-// Steps of one character (added, taken away, replaced) from one word to the other.
+// The edit distance: characters added, removed or replaced.
 std::size_t Distance(std::string const& from, std::string const& to) {
   std::vector<std::size_t> row(to.size() + 1);
   std::iota(row.begin(), row.end(), std::size_t{0});

@@ -1,13 +1,13 @@
-// What somebody may have meant.
+// Suggestions for misspelled names.
 #ifndef ZELVANE_TOOLS_ZELCTL_TERMINAL_NEAREST_H
 #define ZELVANE_TOOLS_ZELCTL_TERMINAL_NEAREST_H
 
 #include <string>
 #include <vector>
 
-// The name that differs from `word` by the fewest steps, whatever its case; "" when all of it would be another one.
+// The name with the smallest edit distance to `word`, ignoring case; "" if more than half of it would change.
 std::string Nearest(std::string const& word, std::vector<std::string> const& names);
-// The same as the end of a message; "" without one.
+// The suggestion as the end of a message; "" if there is none.
 std::string DidYouMean(std::string const& word, std::vector<std::string> const& names);
 
 #endif

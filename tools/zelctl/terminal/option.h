@@ -1,4 +1,4 @@
-// What a command takes on its command line, as data.
+// The options and arguments of a command, as data.
 #ifndef ZELVANE_TOOLS_ZELCTL_TERMINAL_OPTION_H
 #define ZELVANE_TOOLS_ZELCTL_TERMINAL_OPTION_H
 
@@ -12,25 +12,25 @@
 
 struct Terminal;
 
-// What an option sets. The first three are of flags, which take no value.
+// The target of an option. The first three types are for flags, which have no value.
 using Target = std::variant<bool*, bool Terminal::*, void (Terminal::*)(), std::string*, std::optional<std::string>*,
                             std::vector<std::string>*, void (Terminal::*)(std::string const&)>;
 
-// An option or, without dashes in its name, an argument.
+// An option; without leading dashes in its name, an argument.
 struct Option {
   std::string name;  // "--size", "-f,--file", "FILE"
   Target target;
-  std::string value;  // what its value is in the help: "N"; "" of flags and arguments
+  std::string value;  // the value's name in the help: "N"; "" for flags and arguments
   std::string help;
   bool required = false;
-  bool hidden = false;                  // from the help of the command
-  bool separated = false;               // the values are one word, with commas
-  bool showDefault = false;             // what the target holds before
-  std::pair<int, int> values = {0, 0};  // the fewest and the most; 0, 0: one, or any number for a list
-  std::vector<std::string> words = {};  // what the value may be, if not anything
+  bool hidden = false;                  // not in the help of the command
+  bool separated = false;               // one word with values separated by commas
+  bool showDefault = false;             // the target's initial value
+  std::pair<int, int> values = {0, 0};  // minimum and maximum; 0, 0: one, or any number for a list
+  std::vector<std::string> words = {};  // the allowed values; empty: any
   std::string excludes = {};            // names of other options
   std::string needs = {};
-  std::function<std::vector<std::string>(std::string const& begun)> suggest = {};  // what a shell may offer
+  std::function<std::vector<std::string>(std::string const& begun)> suggest = {};  // candidates for shell completion
 
   bool IsFlag() const { return target.index() < 3; }
   bool IsArgument() const { return name[0] != '-'; }

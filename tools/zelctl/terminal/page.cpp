@@ -27,7 +27,7 @@ std::string Wrapped(std::string const& text, std::string const& head, std::strin
   std::string line = head;
   bool fresh = true;
   for (std::size_t from = 0; from <= text.size();) {
-    // Several blanks are part of what they stand before.
+    // Several blanks belong to the word after them.
     std::size_t const end = text.find(' ', text.find_first_not_of(' ', from));
     std::string const word = text.substr(from, end == std::string::npos ? end : end - from);
     if (fresh || line.size() + 1 + word.size() <= width) {

@@ -22,11 +22,11 @@ tm FieldsOf(std::int64_t dateTime) {
   return fields;
 }
 
-// The first second of a month, by arithmetic: the month after the last one of a record must be there for a time_t of 32
-// bits, too. Years are counted from 1900, and month 12 is January of the next one.
+// The first second of a month, calculated: the month after the last one of a record must also work where time_t has 32
+// bits. Years are counted from 1900; month 12 is January of the next year.
 std::int64_t FirstOf(int year, int month) {
   year += 1900 + month / 12;
-  month = (month + 10) % 12;  // from March: a leap day is then the last of its year
+  month = (month + 10) % 12;  // from March, so a leap day is the last of its year
   if (month >= 10) year--;
   return (365 * year + year / 4 - year / 100 + year / 400 + (153 * month + 2) / 5 - 719468) * kDay;
 }

@@ -10,7 +10,7 @@
 
 namespace {
 
-// From the cursor's line; what comes next begins there.
+// Clears the cursor's line; the next output starts there.
 void Erase() { std::cerr << "\r\033[K" << std::flush; }
 
 }  // namespace
@@ -25,7 +25,7 @@ Progress::~Progress() {
 void Progress::Advance(std::uint64_t bytes) {
   done_ += bytes;
   if (!shown_ || (total_ == 0 && done_ < kLittle)) return;
-  // A file may grow while it is read.
+  // A file can grow during the read.
   auto const step = static_cast<int>(total_ > 0 ? std::min<std::uint64_t>(done_ * 100 / total_, 100) : done_ >> 20);
   if (step == drawn_) return;
   drawn_ = step;

@@ -1,4 +1,4 @@
-// What somebody who waits sees: on the error stream, if that is a terminal. Less than kLittle bytes take no second.
+// Progress on standard error, if that is a terminal. Less than kLittle bytes take under a second and show none.
 #ifndef ZELVANE_TOOLS_ZELCTL_TERMINAL_PROGRESS_H
 #define ZELVANE_TOOLS_ZELCTL_TERMINAL_PROGRESS_H
 
@@ -8,10 +8,10 @@
 
 constexpr std::uint64_t kLittle = 16 << 20;
 
-// A bar, which goes away when all is done.
+// A progress bar, erased at the end.
 class Progress {
  public:
-  // `total` is 0 when it is not known.
+  // `total` is 0 if unknown.
   explicit Progress(std::uint64_t total);
   ~Progress();
   Progress(Progress const&) = delete;
@@ -27,10 +27,10 @@ class Progress {
   int drawn_ = -1;
 };
 
-// A line that goes away again, for work in one step: "reading upscli.cfg, 200 MiB".
+// A temporary line for work in one step: "reading upscli.cfg, 200 MiB".
 class Busy {
  public:
-  // Of files that need not exist.
+  // The files need not exist.
   Busy(std::string const& doing, std::vector<std::string> const& files);
   ~Busy();
   Busy(Busy const&) = delete;

@@ -15,7 +15,7 @@
 
 namespace {
 
-// Asks on the terminal, which shows nothing of the answer and is itself again however this ends. Null on failure.
+// Prompts on the terminal without echo and restores it in every case. Null on failure.
 char const* Ask(char const* prompt, char* text, std::size_t size) {
 #ifdef ZELVANE_READPASSPHRASE
   return readpassphrase(prompt, text, size, RPP_REQUIRE_TTY);
@@ -26,7 +26,8 @@ char const* Ask(char const* prompt, char* text, std::size_t size) {
 #endif
 }
 
-// Reads until the buffer is full, the file ends or a line feed is there. No stream: its buffer would not be wiped.
+// Reads until the buffer is full, the file ends or a line feed is read. Uses no stream, whose buffer could not be
+// wiped.
 bool ReadLine(char const* path, char* text, std::size_t most, std::size_t& size) {
   int const fd = open(path, O_RDONLY | O_CLOEXEC | O_NOCTTY);
   if (fd < 0) return false;

@@ -15,13 +15,13 @@
 
 namespace {
 
-// The character set of the terminal, as the options have it so far; messages want it before there is a Terminal.
+// The character set of the terminal, by the options so far. Messages need it before a Terminal exists.
 std::string g_charset = LocaleCharset();
 
 std::string g_hidden;
 
 constexpr std::size_t kWidest = 48;     // a longer cell does not widen its column
-constexpr std::size_t kNarrowest = 12;  // a column on a narrow terminal, unless it needs less
+constexpr std::size_t kNarrowest = 12;  // minimum of a column on a narrow terminal, unless it needs less
 constexpr std::size_t kBetween = 2;
 
 using Row = std::vector<std::string>;
@@ -30,7 +30,7 @@ std::size_t TotalWidth(std::vector<std::size_t> const& widths) {
   return std::accumulate(widths.begin(), widths.end(), kBetween * (widths.size() - 1));
 }
 
-// Narrows the widest columns, then takes the last ones away, until the table fits.
+// Narrows the widest columns, then removes the last ones, until the table fits.
 void FitInto(std::size_t screen, std::vector<std::size_t>& widths) {
   while (TotalWidth(widths) > screen) {
     auto const widest = std::max_element(widths.begin(), widths.end());
@@ -43,7 +43,7 @@ void FitInto(std::size_t screen, std::vector<std::size_t>& widths) {
   }
 }
 
-// The text in pieces of that width, parted at blanks where there are some.
+// Splits the text into parts of at most `width` characters, at blanks where possible.
 Row Folded(std::string const& text, std::size_t width) {
   Row pieces;
   std::size_t at = 0;
@@ -66,7 +66,7 @@ std::string Aligned(Row const& cells, std::vector<std::size_t> const& widths) {
   return line.erase(line.find_last_not_of(' ') + 1);
 }
 
-// The lines that a row takes where no cell may be wider than its column.
+// The lines of a row in which no cell is wider than its column.
 std::vector<std::string> FoldedRow(Row const& cells, std::vector<std::size_t> const& widths) {
   std::vector<Row> columns;
   std::size_t height = 0;
