@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # stateless.sh LIBRARY: checks that threads with separate objects share no state. The library may have no variable
-# except the root that a program has set (an atomic pointer), and may call no C function that returns its result in a
+# except the root that a program has set, and may call no C function that returns its result in a
 # static buffer.
 set -euo pipefail
 variables=$(nm -f sysv "$1" | awk -F'[ |]+' '$NF ~ /^\.t?(data|bss)$/ {print $1}' |
