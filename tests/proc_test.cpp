@@ -151,14 +151,13 @@ TEST(Proc, SetPriority) {
 TEST(ProcCreate, InASessionOfItsOwn) {
   ProcManager m;
   using S = std::string const&;
-  std::function<bool(S)> const forms[] = {
-      [&](S c) { return m.CreateNew(c, 0); },  // the first two stay in the caller's session
-      [&](S c) { return m.CreateNew(c.c_str(), 2); },
-      [&](S c) { return m.CreateNew(c); },
-      [&](S c) { return m.CreateNew(c, 1); },
-      [&](S c) { return m.CreateNewAndWait(c, 10000); },
-      [&](S c) { return m.CreateNewAndWait(c, -1, 7); },
-      [&](S c) { return CreateNewProc(c.c_str(), 0); }};
+  std::function<bool(S)> const forms[] = {[&](S c) { return m.CreateNew(c, 0); },  // the first two keep the session
+                                          [&](S c) { return m.CreateNew(c.c_str(), 2); },
+                                          [&](S c) { return m.CreateNew(c); },
+                                          [&](S c) { return m.CreateNew(c, 1); },
+                                          [&](S c) { return m.CreateNewAndWait(c, 10000); },
+                                          [&](S c) { return m.CreateNewAndWait(c, -1, 7); },
+                                          [&](S c) { return CreateNewProc(c.c_str(), 0); }};
   for (auto const& create : forms) {
     Scratch const scratch;
     // The call does not wait: the command ends only after it is released.

@@ -24,7 +24,7 @@ namespace {
 
 bool HasLineFeed(std::string_view text) { return text.find('\n') != std::string_view::npos; }
 
-// Backs up the file, which has lines that the next save drops. True if there is no file.
+// Backs up the file, because the next save drops some of its lines. Also true if there is no file.
 bool KeptForGood(std::string const& fileName) {
   if (access(fileName.c_str(), F_OK) != 0 && errno == ENOENT) return true;
   return BackUp(fileName, ".lost");

@@ -34,10 +34,9 @@ void TextKeys::List() {
 void TextKeys::Sort() {
   if (stage_ == Stage::kSorted) return;
   List();
-  std::stable_sort(
-      keys_.begin(), keys_.end(), [](Entry const& a, Entry const& b) {  // the first of equal names stays first
-        return a.beginning == b.beginning ? IsNameBefore(a.key.name, b.key.name) : a.beginning < b.beginning;
-      });
+  std::stable_sort(keys_.begin(), keys_.end(), [](Entry const& a, Entry const& b) {  // equal names keep their order
+    return a.beginning == b.beginning ? IsNameBefore(a.key.name, b.key.name) : a.beginning < b.beginning;
+  });
   auto const isSame = [](Entry const& a, Entry const& b) {
     return a.beginning == b.beginning && IsSameName(a.key.name, b.key.name);
   };

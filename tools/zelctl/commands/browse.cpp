@@ -263,7 +263,7 @@ void RequireSavable(Kind const& kind, void const* record, BrowseEntry const& ent
 void EditEntry(Kind const& kind, Arguments const& arguments, Terminal const& terminal) {
   std::string const file = arguments.File();
   std::int32_t const id = IdArgument(arguments);
-  PutItems(kind, kind.make().get(), arguments.items, terminal);  // fails before any file is read
+  PutItems(kind, kind.make().get(), arguments.items, terminal);  // reports errors before any file is read
   RequireWholeLoad(file, arguments.writing.force);
   Handle const list = Open(file);
   BrowseTree const tree(list.get(), file);

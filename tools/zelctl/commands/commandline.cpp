@@ -146,7 +146,7 @@ Options CommonOptions(Command const& command) {
       Flag("--utf8", &Terminal::SetUtf8, "Treat the terminal as UTF-8, whatever the locale says").Excludes("--bytes"),
       Flag("--bytes", &Terminal::SetBytes, "Show and take the files' Latin-1 bytes as they are")};
   Option const csv = Flag("--csv", &Terminal::csv, "Print CSV, with column names in the first line");
-  // Also accepted before the command. A command that does not support the option reports that itself.
+  // Also accepted before the command; RequireCsv then rejects it for a command without CSV.
   bool const isFamily = !command.commands.empty();
   if (isFamily) options.push_back(Option(csv).Hidden());
   if (command.answers == Answers::kJsonOrCsv) options.push_back(Option(csv).Excludes("--json"));

@@ -146,7 +146,7 @@ void Set(Arguments const& arguments, Terminal& terminal) {
   RequireWholeLoad(UserFile(), arguments.writing.force);
   RequireReach(UserFile(), lang);
   Edit edit = {{UserFile()}, {SystemFile()}};
-  // The library writes the installed file only if the user's file cannot exist.
+  // The library writes the installed file only if the user's file cannot be written.
   if (!IsWritable(UserFile())) std::swap(edit.files, edit.reads);
   bool const done = Make(edit, arguments.writing, terminal, [&] {
     errno = 0;

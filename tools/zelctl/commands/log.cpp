@@ -75,7 +75,7 @@ void Show(Arguments const& arguments, Terminal& terminal) {
   Choice const choice = arguments.choice.Get(terminal);
   auto const last = arguments.last ? NumberArgument("--last", *arguments.last, 1, kHighestNumber) : kHighestNumber;
   RecordLog const log = OpenLog(arguments);
-  // The records are read twice: to find the width of the table, and to find the last ones.
+  // The records are read twice: the first pass finds the width of the table and the number of chosen records.
   constexpr std::size_t kWidest = 48;
   std::uint64_t chosen = 0;
   std::size_t width = 0;

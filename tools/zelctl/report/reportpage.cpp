@@ -208,7 +208,7 @@ class EventsPart {
   Totals totals_;
 };
 
-// ---- Settings and findings ----
+// ---- Findings, logs, servers and settings ----
 
 std::string FindingsSection(Site const& site) {
   std::vector<Cells> rows;

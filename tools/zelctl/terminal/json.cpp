@@ -17,7 +17,7 @@ Printed PrintedOf(Json const& json) {
   }
   auto const* members = json.As<Json::Object>();
   if (members == nullptr) return nullptr;
-  // The library's own insertion searches all members.
+  // The JSON library's own insertion searches all members.
   Printed::object_t printed;
   for (auto const& [name, value] : *members) printed.emplace_back(name, PrintedOf(value));
   return printed;
