@@ -118,7 +118,10 @@ void Report(Arguments const& arguments, Terminal& terminal) {
   arguments.page.Write(page);
   if (!parts.site.unread.empty()) terminal.status = 1;
   std::uint64_t outages = 0;
-  for (SiteEvents const& events : parts.site.events) outages += events.history ? events.history->outages.size() : 0;
+  for (SiteEvents const& events : parts.site.events) {
+    if (!events.history) terminal.status = 1;
+    outages += events.history ? events.history->outages.size() : 0;
+  }
   if (!PrintMachineRow(terminal, {{"file", arguments.page.path},
                                   {"outages", outages},
                                   {"findings", parts.site.findings.size()},
