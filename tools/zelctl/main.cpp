@@ -6,6 +6,7 @@
 
 #include <exception>
 #include <iostream>
+#include <streambuf>
 #include <string>
 
 #include "commands/commandline.h"
@@ -22,12 +23,50 @@ constexpr Command (*kCommands[])() = {ShutdownCommands, CfgCommands,    B64Comma
 constexpr int kFailed = 1;
 constexpr int kWrongUsage = 2;
 
-// Output that was not written (a redirection to a full disk) is an error.
-void RequireAnswered() {
-  errno = 0;
-  if (!std::cout.flush())
-    throw Failed("cannot write the output" + (errno == 0 ? "" : std::string(": ") + strerror(errno)));
-}
+// Standard output that remembers why a write failed: the stream itself only remembers that one did.
+class Answer final : public std::streambuf {
+ public:
+  Answer() : to_(std::cout.rdbuf(this)) {}
+  Answer(Answer const&) = delete;
+  Answer& operator=(Answer const&) = delete;
+  ~Answer() override { std::cout.rdbuf(to_); }
+
+  // Output that was not written (a redirection to a full disk) is an error.
+  void RequireWritten() const {
+    if (!std::cout.flush())
+      throw Failed("cannot write the output" + (reason_ == 0 ? "" : std::string(": ") + strerror(reason_)));
+  }
+
+ protected:
+  int_type overflow(int_type c) override {
+    errno = 0;
+    int_type const put = to_->sputc(traits_type::to_char_type(c));
+    Remember(put != traits_type::eof());
+    return put;
+  }
+
+  std::streamsize xsputn(char const* text, std::streamsize size) override {
+    errno = 0;
+    std::streamsize const put = to_->sputn(text, size);
+    Remember(put == size);
+    return put;
+  }
+
+  int sync() override {
+    errno = 0;
+    int const result = to_->pubsync();
+    Remember(result == 0);
+    return result;
+  }
+
+ private:
+  void Remember(bool done) {
+    if (!done && reason_ == 0) reason_ = errno;
+  }
+
+  std::streambuf* to_;
+  int reason_ = 0;
+};
 
 // Keeps the first opened file from taking the place of a stream that the caller closed.
 void HoldStreams() {
@@ -42,8 +81,9 @@ int Run(int argc, char** argv) {
   for (Command (*const make)() : kCommands) root.commands.push_back(make());
   root.commands.push_back(HelpCommand(root));
   Terminal terminal;
+  Answer const answer;
   RunCommandLine(root, terminal, argc, argv);
-  RequireAnswered();
+  answer.RequireWritten();
   return terminal.status;
 }
 

@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <regex>
 #include <type_traits>
 
 #include "terminal/nearest.h"
@@ -50,6 +51,8 @@ void AddOption(CLI::App& app, Option const& option, Terminal& terminal) {
   if (option.values.second > 0) added->expected(option.values.first, option.values.second);
   if (option.separated) added->delimiter(',')->allow_extra_args(false);  // an argument can follow
   if (!option.words.empty()) added->check(CLI::IsMember(option.words));
+  if (option.filled)
+    added->check([](std::string const& text) { return std::string(text.empty() ? "must not be empty" : ""); }, "", "");
 }
 
 void AddOptions(CLI::App& app, Options const& options, Terminal& terminal) {
@@ -109,26 +112,54 @@ void RequireCsv(CLI::App const& app, Terminal const& terminal) {
   if (terminal.csv && terminal.json) throw WrongUsage("--csv excludes --json");
 }
 
-// "X is required" in the wording of the other messages.
-std::string Missing(std::string const& what) {
-  std::string const end = " is required";
-  bool const required = what.size() > end.size() && what.compare(what.size() - end.size(), end.size(), end) == 0;
-  return required ? "missing " + what.substr(0, what.size() - end.size()) : what;
+// The parser's message in the wording of the other messages.
+std::string Reworded(CLI::ParseError const& error) {
+  std::string const what = error.what();
+  // Other messages contain the user's words, of any length.
+  if (dynamic_cast<CLI::ArgumentMismatch const*>(&error) == nullptr &&
+      dynamic_cast<CLI::RequiredError const*>(&error) == nullptr)
+    return what;
+  static std::pair<std::regex, char const*> const kWordings[] = {
+      {std::regex("(.*) is required"), "missing $1"},
+      {std::regex("(.*): At Most 1 required but received .*"), "$1: given more than once"},
+      {std::regex("(.*): At Most (.*) required but received (.*)"), "$1: expected at most $2 values, not $3"},
+      {std::regex("(.*): At least (.*) required but received (.*)"), "$1: expected at least $2 values, not $3"},
+      {std::regex("(.*): 1 required (.*) missing"), "$1: missing $2"},
+      {std::regex("(.*): (.*) required (.*) missing"), "$1: expected at least $2 values of $3"}};
+  for (auto const& [pattern, wording] : kWordings)
+    if (std::regex_match(what, pattern)) return std::regex_replace(what, pattern, wording);
+  return what;
+}
+
+std::vector<std::string> OptionNames(CLI::App const& command) {
+  std::vector<std::string> names;
+  for (CLI::Option const* option : command.get_options())
+    for (std::string const& name : option->get_lnames())
+      if (!option->get_group().empty()) names.push_back("--" + name);
+  return names;
+}
+
+// A word that the command does not take.
+std::string Unexpected(std::string const& word, CLI::App const& command, std::string const& path) {
+  std::string const nearest = word[0] == '-' ? DidYouMean(word, OptionNames(command)) : "";
+  return "unexpected argument \"" + word + "\"" + nearest + (nearest.empty() ? "; see" : " See") + " `" + path +
+         " --help`";
 }
 
 // The error and how to correct it, in one line.
 std::string Correction(CLI::App const& app, CLI::ParseError const& error) {
   std::string path;
   CLI::App const& command = Given(app, path);
-  std::vector<std::string> const left = command.remaining();
+  std::vector<std::string> left = command.remaining();
+  if (left.empty()) left = app.remaining(true);  // words before the command
   std::vector<std::string> const names = NamesBelow(command);
   if (names.empty()) {
     bool const extra = dynamic_cast<CLI::ExtrasError const*>(&error) != nullptr && !left.empty();
-    return (extra ? "unexpected argument \"" + left.front() + "\"" : Missing(error.what())) + "; see `" + path +
-           " --help`";
+    return extra ? Unexpected(left.front(), command, path) : Reworded(error) + "; see `" + path + " --help`";
   }
   auto const word =
       std::find_if(left.begin(), left.end(), [](std::string const& each) { return each.empty() || each[0] != '-'; });
+  if (word == left.end() && !left.empty()) return Unexpected(left.front(), command, path);
   std::string list;
   for (std::string const& name : names) list += (list.empty() ? "" : ", ") + name;
   std::string const nearest = word == left.end() ? "" : DidYouMean(*word, names);

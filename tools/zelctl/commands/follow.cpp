@@ -12,6 +12,7 @@
 #include "commands/families.h"
 #include "files/recordlog.h"
 #include "records/choice.h"
+#include "records/eventcheck.h"
 #include "records/fields.h"
 #include "records/recordlisting.h"
 #include "terminal/terminal.h"
@@ -123,6 +124,13 @@ void Follow(Arguments const& arguments, Terminal const& terminal) {
   auto const size = arguments.size ? NumberArgument("--size", *arguments.size, 0, kLargestPayload)
                                    : static_cast<std::int64_t>(kEventSize);
   RecordLog const log(arguments.file, static_cast<std::uint64_t>(size));  // reports a file that is not a log
+  EventCheck check;
+  std::uint64_t chosen = 0;
+  log.ForEach([&](Record const& record) {
+    check.See(record);
+    chosen += choice(record) ? 1 : 0;
+  });
+  check.Require(log);
   log.NoteDamage(terminal);
 
   struct sigaction action = {};
@@ -130,8 +138,6 @@ void Follow(Arguments const& arguments, Terminal const& terminal) {
   for (int const number : {SIGINT, SIGTERM}) sigaction(number, &action, nullptr);
 
   Follower follower(arguments.file, static_cast<std::uint64_t>(size));
-  std::uint64_t chosen = 0;
-  log.ForEach([&](Record const& record) { chosen += choice(record) ? 1 : 0; });
   std::uint64_t toSkip = chosen - std::min<std::uint64_t>(chosen, last);
   RecordListing listing(terminal, log.Count() * 10, kTextWidth);
   while (g_stopped == 0) {

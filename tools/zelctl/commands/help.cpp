@@ -7,6 +7,7 @@
 #include "commands/completion.h"
 #include "commands/families.h"
 #include "commands/manual.h"
+#include "terminal/nearest.h"
 #include "terminal/terminal.h"
 
 namespace {
@@ -17,16 +18,21 @@ struct Arguments {
   bool manual = false;
 };
 
-// The group or command at the path; null if there is none.
-Command const* Named(Command const& root, std::vector<std::string> const& path) {
+// Throws WrongUsage unless there is a group or command at the path.
+void RequireNamed(Command const& root, std::vector<std::string> const& path) {
   Command const* found = &root;
   for (std::string const& name : path) {
     std::vector<Command> const& below = found->commands;
     auto const match = std::find_if(below.begin(), below.end(), [&](Command const& each) { return each.name == name; });
-    if (match == below.end()) return nullptr;
+    if (match == below.end()) {
+      std::vector<std::string> names;
+      for (Command const& each : below) names.push_back(each.name);
+      std::string const nearest = DidYouMean(name, names);
+      throw WrongUsage("unknown command \"" + name + "\"" + nearest + (nearest.empty() ? "; see" : " See") +
+                       " `zelctl help`");
+    }
     found = &*match;
   }
-  return found;
 }
 
 void PrintLine(std::string const& indent, Command const& command) {
@@ -49,11 +55,10 @@ void Help(Command const& root, Arguments const& arguments) {
     std::cout << ManualText(root);
   } else if (arguments.words) {
     for (std::string const& word : Completions(root, arguments.path)) std::cout << word << '\n';
-  } else if (Named(root, arguments.path) == nullptr) {
-    throw WrongUsage("unknown command; see `zelctl help`");
   } else if (arguments.path.empty()) {
     PrintOverview(root);
   } else {
+    RequireNamed(root, arguments.path);
     std::cout << HelpText(root, arguments.path);
   }
 }

@@ -15,6 +15,7 @@
 #include "files/picturefile.h"
 #include "files/recordlog.h"
 #include "records/choice.h"
+#include "records/eventcheck.h"
 #include "records/fields.h"
 #include "records/recordlisting.h"
 #include "report/chartpicture.h"
@@ -79,7 +80,9 @@ void Show(Arguments const& arguments, Terminal& terminal) {
   constexpr std::size_t kWidest = 48;
   std::uint64_t chosen = 0;
   std::size_t width = 0;
+  EventCheck check;
   log.ForEach([&](Record const& record) {
+    check.See(record);
     if (!choice(record)) return;
     chosen++;
     if (terminal.json || terminal.csv) return;
@@ -87,6 +90,7 @@ void Show(Arguments const& arguments, Terminal& terminal) {
     if (length <= kWidest) width = std::max(width, length);
   });
 
+  check.Require(log);
   std::uint64_t toSkip = chosen - std::min(chosen, static_cast<std::uint64_t>(last));
   std::uint64_t toShow = chosen - toSkip;
   if (arguments.reverse) toSkip = 0;
@@ -133,6 +137,9 @@ Days DaysOf(Arguments const& arguments, Terminal const& terminal) {
 
 // The complete records, also of a damaged file, which LogReaderOpen treats as empty.
 std::vector<unsigned char> Load(RecordLog const& log, Terminal const& terminal) {
+  EventCheck check;
+  log.ForEach([&check](Record const& record) { check.See(record); });
+  check.Require(log);
   std::vector<unsigned char> bytes = LoadRecords(log);
   log.NoteDamage(terminal);
   return bytes;
@@ -241,7 +248,7 @@ void WriteChart(Arguments const& arguments, Chart const& chart, Step step, Termi
   std::uint64_t events = 0;
   for (ChartColumn const& column : chart.By(step)) events += column.events;
   if (!PrintMachineRow(terminal, {{"file", arguments.picture.path}, {"events", events}, {"bytes", svg.size()}}))
-    terminal.PrintText(arguments.picture.path + ": " + Counted(events, "event") + ", " + Counted(svg.size(), "byte"));
+    terminal.PrintNames(arguments.picture.path + ": " + Counted(events, "event") + ", " + Counted(svg.size(), "byte"));
 }
 
 void DrawChart(Arguments const& arguments, Terminal& terminal) {
@@ -250,8 +257,10 @@ void DrawChart(Arguments const& arguments, Terminal& terminal) {
   if (arguments.picture) arguments.picture.RequireFree();
   RecordLog const log = OpenLog(arguments);
   Chart chart;
+  EventCheck check;
   std::uint64_t without = 0;
   log.ForEach([&](Record const& record) {
+    check.See(record);
     if (!choice(record)) return;
     std::optional<std::uint16_t> const code = record.Code();
     if (!code || record.stamp < 0) {
@@ -260,6 +269,7 @@ void DrawChart(Arguments const& arguments, Terminal& terminal) {
       chart.Add(*code, record.stamp, record.Text());
     }
   });
+  check.Require(log);
   Step const step = StepOf(arguments, chart);
   if (arguments.picture)
     WriteChart(arguments, chart, step, terminal);

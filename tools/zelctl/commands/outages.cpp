@@ -221,8 +221,8 @@ void WritePicture(std::vector<Outage> const& outages, std::optional<Period> peri
   std::size_t const groups = GroupsOf(outages, rows).size();
   if (!PrintMachineRow(terminal,
                        {{"file", arguments.picture.path}, {"outages", outages.size()}, {"bytes", svg.size()}}))
-    terminal.PrintText(arguments.picture.path + ": " + Counted(outages.size(), "outage") + " on " +
-                       Counted(groups, NameOf(rows)) + ", " + Counted(svg.size(), "byte"));
+    terminal.PrintNames(arguments.picture.path + ": " + Counted(outages.size(), "outage") + " on " +
+                        Counted(groups, NameOf(rows)) + ", " + Counted(svg.size(), "byte"));
 }
 
 void ShowOutages(Arguments const& arguments, Terminal& terminal) {
@@ -236,6 +236,8 @@ void ShowOutages(Arguments const& arguments, Terminal& terminal) {
   std::size_t const rows = period ? groups.size() : outages.size();
   std::size_t const toSkip = rows - std::min(rows, static_cast<std::size_t>(last));
   Totals const totals = TotalsOf(outages);
+  bool const isTable = !arguments.picture && !terminal.json && !terminal.csv;
+  bool const isCut = isTable && period && rows > 0 && PageWidth() < kNarrow;
   if (arguments.picture) {
     WritePicture(outages, period, history, arguments, terminal);
   } else if (terminal.json || terminal.csv) {
@@ -245,6 +247,7 @@ void ShowOutages(Arguments const& arguments, Terminal& terminal) {
     if (!period && rows > 0) PrintOutages(outages, toSkip);
     PrintSummary(outages, totals, history);
   }
+  if (isCut) terminal.NoteNoRoom("LONGEST");
   NoteOddities(history, terminal);
   RecordLog(arguments.file, kEventSize).NoteDamage(terminal);
 }

@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "commands/families.h"
+#include "files/format.h"
 #include "files/handle.h"
 #include "files/picturefile.h"
 #include "records/keylines.h"
@@ -65,10 +66,9 @@ std::vector<ShownSetting> Rows(std::vector<Field> const& fields, void const* rec
 ShownSettings ServiceOf(SitePlace const& place, std::string const& root) {
   UpsSrvConfig settings;
   // The library would create a missing file.
-  std::error_code none;
-  bool const exists = fs::exists(place.folder + "upssrv.cfg", none);
+  bool const exists = InspectFile(place.folder + "upssrv.cfg").exists;
   int const read = exists ? GetUpsSrvConfig(place.folder.c_str(), &settings, 0) : GetUpsSrvDefConfig(&settings);
-  if (read == 0) throw Failed(place.folder + "upssrv.cfg: cannot be read");
+  if (read == 0) throw Failed(CannotRead(place.folder + "upssrv.cfg"));
   std::vector<std::string> files = {place.folder + "upssrv.cfg", root + "upstype.cfg", root + "usbhid.cfg"};
   if (settings.modelIndex >= 0) files.push_back(place.folder + "upscfg" + IntToStr(settings.modelIndex, 2) + ".cfg");
   return {place.Title() + ": " + settings.upsName, Rows(UpsFields(), &settings, files)};
@@ -104,7 +104,7 @@ std::string NameOfRoot(std::string const& root) {
   return name.empty() ? root : name;
 }
 
-void Report(Arguments const& arguments, Terminal const& terminal) {
+void Report(Arguments const& arguments, Terminal& terminal) {
   OutageCodes const codes = arguments.codes.Codes();
   RequireRoot();
   arguments.page.RequireFree();
@@ -116,14 +116,18 @@ void Report(Arguments const& arguments, Terminal const& terminal) {
   parts.servers = Servers();
   std::string const page = ReportPage(parts);
   arguments.page.Write(page);
+  if (!parts.site.unread.empty()) terminal.status = 1;
   std::uint64_t outages = 0;
-  for (SiteEvents const& events : parts.site.events) outages += events.history ? events.history->outages.size() : 0;
+  for (SiteEvents const& events : parts.site.events) {
+    if (!events.history) terminal.status = 1;
+    outages += events.history ? events.history->outages.size() : 0;
+  }
   if (!PrintMachineRow(terminal, {{"file", arguments.page.path},
                                   {"outages", outages},
                                   {"findings", parts.site.findings.size()},
                                   {"bytes", page.size()}}))
-    terminal.PrintText(arguments.page.path + ": " + Counted(outages, "outage") + ", " +
-                       Counted(parts.site.findings.size(), "finding") + ", " + Counted(page.size(), "byte"));
+    terminal.PrintNames(arguments.page.path + ": " + Counted(outages, "outage") + ", " +
+                        Counted(parts.site.findings.size(), "finding") + ", " + Counted(page.size(), "byte"));
 }
 
 }  // namespace
@@ -139,7 +143,8 @@ Command ReportCommand() {
                   arguments->codes.Asked(false),
                   {Value("--schedule", &arguments->schedule, "FILE", "Schedule file, for the next planned time")}}),
           "The page shows the settings with their origin, units and servers, outages by day, month and hour, and "
-          "findings. It needs no script and no other file, and can be printed. It contains no passwords.",
+          "findings. It needs no script and no other file, and can be printed. It contains no passwords. Exit code 1 "
+          "if a file cannot be read.",
           {"zelctl report --root /srv/site --out report.html",
            "zelctl report --out report.html --overwrite --schedule proglist.dat"}};
 }

@@ -11,6 +11,7 @@
 #include "commands/families.h"
 #include "files/edit.h"
 #include "files/format.h"
+#include "records/schedulecheck.h"
 #include "terminal/listing.h"
 #include "terminal/moment.h"
 #include "terminal/progress.h"
@@ -62,21 +63,11 @@ std::uintmax_t Torn(std::string const& file) {
   return none ? 0 : size % sizeof(reg_proglist);
 }
 
-// Why the programs cannot have written this file: they save ascending dates. "" if they can have.
-std::string Fault(std::vector<reg_proglist> const& entries, std::uintmax_t torn) {
-  for (std::size_t i = 0; i < entries.size(); i++) {
-    std::string const entry = "entry " + std::to_string(i + 1);
-    if (entries[i].dateTime < 0) return entry + " is no date";
-    if (i > 0 && entries[i].dateTime < entries[i - 1].dateTime) return entry + " is earlier than the one before it";
-  }
-  return torn == 0 ? "" : Counted(torn, "extra byte") + " after its last entry";
-}
-
 // Copies the contents that the save replaces, if required.
 void RequireSchedule(std::string const& file, Writing const& writing) {
   ProgList list;
   Load(list, file, false);
-  std::string const fault = Fault(Entries(list), Torn(file));
+  std::string const fault = ScheduleFault(Entries(list), Torn(file));
   if (fault.empty()) return;
   if (!writing.force)
     throw Failed(file + ": not a schedule: " + fault + "; use --force to save it anyway (the old file is copied to " +
@@ -123,7 +114,7 @@ void List(Arguments const& arguments, Terminal const& terminal) {
   ProgList list;
   Load(list, arguments.file, false);
   std::vector<reg_proglist> entries = Entries(list);
-  std::string const fault = Fault(entries, 0);
+  std::string const fault = ScheduleFault(entries, 0);
   if (!fault.empty()) throw Failed(arguments.file + ": not a schedule: " + fault);
   std::stable_sort(entries.begin(), entries.end(), fcomp);
   auto const now = static_cast<std::int32_t>(GetDateTime());

@@ -40,15 +40,15 @@ class Screen {
 
   // Later lines under the same name do not repeat it.
   void Line(char const* name, std::string const& text, bool wantsLook = false) {
-    bool const repeats = last_ == name;
-    last_ = name;
-    std::string head = wantsLook ? "! " : "  ";
-    if (!repeats) head += name;
-    head.resize(kIndent, ' ');
-    std::cout << Wrapped(head, Indented(text));
+    ShownLine(name, terminal_.Shown(text), wantsLook);
   }
 
-  void Below(std::string const& text) const { std::cout << Wrapped(std::string(kIndent, ' '), Indented(text)); }
+  // The same for a text with path names, which are not Latin-1.
+  void PathLine(char const* name, std::string const& text, bool wantsLook = false) {
+    ShownLine(name, terminal_.ShownName(text), wantsLook);
+  }
+
+  void Below(std::string const& text) const { std::cout << Wrapped(std::string(kIndent, ' '), terminal_.Shown(text)); }
 
   void Footer(std::string const& text) {
     std::cout << (inFooter_ ? "" : "\n") << ::Wrapped(terminal_.Shown(text));
@@ -56,7 +56,14 @@ class Screen {
   }
 
  private:
-  std::string Indented(std::string const& text) const { return terminal_.Shown(text); }
+  void ShownLine(char const* name, std::string const& text, bool wantsLook) {
+    bool const repeats = last_ == name;
+    last_ = name;
+    std::string head = wantsLook ? "! " : "  ";
+    if (!repeats) head += name;
+    head.resize(kIndent, ' ');
+    std::cout << Wrapped(head, text);
+  }
 
   static std::string Wrapped(std::string const& head, std::string const& text) {
     return ::Wrapped(text, head, std::string(kIndent, ' '));
@@ -136,6 +143,8 @@ std::string PlannedText(Site const& site) {
 }
 
 std::string UnitsText(Site const& site) {
+  std::string const fault = UnitsFault(site);
+  if (!fault.empty()) return "not known: " + fault;
   std::string text;
   for (SitePlace const& unit : site.units) text += (text.empty() ? "" : ", ") + unit.name;
   for (std::string const& unit : site.missing)
@@ -167,9 +176,11 @@ std::string LogText(SiteEvents const& events) {
 
 void ShowSettings(Site const& site, Screen& screen) {
   for (SiteLint const& lint : site.lint)
-    screen.Line("settings",
-                lint.file + ": " + Counted(lint.findings, "finding") + " (zelctl cfg lint " + lint.path + ")", true);
-  if (site.lint.empty()) screen.Line("settings", "no findings");
+    screen.PathLine("settings",
+                    lint.file + ": " + Counted(lint.findings, "finding") + " (zelctl cfg lint " + lint.path + ")",
+                    true);
+  for (SiteUnread const& unread : site.unread) screen.PathLine("settings", unread.file + ": " + unread.reason, true);
+  if (site.lint.empty() && site.unread.empty()) screen.Line("settings", "no findings");
 }
 
 std::string VersionsText(bool isOther) {
@@ -183,16 +194,16 @@ void Show(Site const& site, bool isOther, Terminal const& terminal) {
   Screen screen(terminal);
   ShowMains(site, screen);
   screen.Line("planned", PlannedText(site));
-  screen.Line("units", UnitsText(site), !site.missing.empty());
+  screen.Line("units", UnitsText(site), !site.missing.empty() || !UnitsFault(site).empty());
   if (!isOther) {
     bool allRun = false;
     std::string const services = ServicesText(allRun);
     screen.Line("services", services, !allRun);
   }
   for (SiteEvents const& events : site.events)
-    screen.Line("logs", LogText(events), !events.history || events.history->torn > 0);
+    screen.PathLine("logs", LogText(events), !events.history || events.history->torn > 0);
   ShowSettings(site, screen);
-  screen.Line("root", site.root);
+  screen.PathLine("root", site.root);
   screen.Line("versions", VersionsText(isOther));
   for (SiteEvents const& events : site.events)
     if (events.history) screen.Footer(In(site, events) + "Outages run from " + CodesText(*events.history) + ".");
@@ -235,7 +246,7 @@ void ShowJson(Site const& site, bool isOther, Terminal const& terminal) {
   auto const finding = [](SiteFinding const& each) -> Json {
     return {{"where", ToUtf8(each.where)}, {"what", ToUtf8(each.what)}};
   };
-  terminal.PrintJson({{"root", ToUtf8(site.root)},
+  terminal.PrintJson({{"root", site.root},
                       {"logs", ListOf(site.events, JsonEvents)},
                       {"planned", ListOf(site.planned, JsonMoment)},
                       {"passed", ListOf(site.passed, JsonMoment)},
@@ -252,6 +263,7 @@ void Status(Arguments const& arguments, Terminal& terminal) {
   Site const site = LookAtSite(codes, arguments.schedule, terminal);
   bool const isOther = !terminal.root.empty();
   terminal.json ? ShowJson(site, isOther, terminal) : Show(site, isOther, terminal);
+  if (!site.unread.empty()) terminal.status = 1;
   for (SiteEvents const& events : site.events) {
     Mains const mains = MainsOf(events);
     if (mains == Mains::kOff || mains == Mains::kUnknown) terminal.status = 1;
@@ -267,7 +279,8 @@ Command StatusCommand() {
           On(arguments, Status),
           Joined({arguments->codes.Asked(false),
                   {Value("--schedule", &arguments->schedule, "FILE", "Schedule file, for the next planned time")}}),
-          "\"!\" marks lines that need attention. Exit code 1 if the mains are off, or if a damaged log hides it. With "
+          "\"!\" marks lines that need attention. Exit code 1 if the mains are off, or if a damaged log hides it, or "
+          "if a file cannot be read. With "
           "--root, the services of this computer are not shown.",
           {"zelctl status --root /srv/site --start 1 --end 2,4"}};
 }

@@ -6,7 +6,7 @@
 #include "terminal/terminal.h"
 
 Options PictureFile::Asked(char const* name, char const* help) {
-  return {Flag("--overwrite", &overwrite, "Replace the file if it exists"), Value(name, &path, "FILE", help)};
+  return {Flag("--overwrite", &overwrite, "Replace the file if it exists"), Value(name, &path, "FILE", help).Filled()};
 }
 
 void PictureFile::RequireFree() const { RequireNew(path, overwrite); }

@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "files/format.h"
 #include "terminal/progress.h"
 #include "terminal/terminal.h"
 #include "zelvane/core/fileutils.h"
@@ -66,9 +67,10 @@ RecordLog::RecordLog(std::string path, std::uint64_t payloadSize)
   std::error_code error;
   fs::file_status const status = fs::status(path_, error);
   if (status.type() == fs::file_type::not_found) throw Failed(path_ + ": no such file");
+  if (status.type() == fs::file_type::none) throw Failed(CannotRead(path_, error.value()));
   if (status.type() != fs::file_type::regular) throw Failed(path_ + ": not a regular file");
   length_ = fs::file_size(path_, error);
-  if (error || !std::ifstream(path_, std::ios::binary)) throw Failed(path_ + ": cannot read");
+  if (error || !std::ifstream(path_, std::ios::binary)) throw Failed(CannotRead(path_, error.value()));
 }
 
 void RecordLog::ForEachBlock(std::function<void(unsigned char const*, std::size_t)> const& see) const {

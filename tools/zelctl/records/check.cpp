@@ -89,7 +89,10 @@ class Checker {
         known[field.section].emplace_back(field.key);
         if (seen.insert({field.section, field.key + std::to_string(field.part)}).second) Value(kind, field);
       }
+    bool const isProducts = !known.empty() || isList_;
     for (auto const& [place, line] : lines_) {
+      if (isProducts && place.first.empty())
+        Add(line, "unknown-key", "no program reads " + place.second + " before the first header");
       auto const keys = known.find(place.first);
       if (keys == known.end()) continue;
       if (std::find(keys->second.begin(), keys->second.end(), place.second) == keys->second.end())
@@ -101,6 +104,7 @@ class Checker {
   // Entries of a list: numbered keys whose values have a fixed number of fields.
   void Entries(char const* file, std::string const& section, std::vector<Field> const& fields, char const* shape) {
     if (file_ != file) return;
+    isList_ = true;
     for (auto const& [place, line] : lines_) {
       if (place.first != section) continue;
       if (!TextFault(kEntryKey, place.second).empty())
@@ -134,6 +138,15 @@ class Checker {
     return parts;
   }
 
+  // A value of a record as the file would have it.
+  std::string InFile(Field const& field, std::string const& value) const {
+    if (field.kind == FieldKind::kNumber && !field.words.empty()) {
+      auto const number = static_cast<std::size_t>(std::stoull(value));
+      return number < field.words.size() ? field.words[number] : value;
+    }
+    return field.step > 1 ? std::to_string(std::stoll(value) / field.step) : CellOf(field, value, terminal_);
+  }
+
   std::string Assignment(std::string const& key, std::string const& value) const {
     return WithoutPassword(key + " = " + value, terminal_.showPasswords);
   }
@@ -158,7 +171,7 @@ class Checker {
     std::string const fault = TextFault(field, text);
     if (fault.empty()) return;
     std::string const taken = kind.read && field.kind != FieldKind::kPassword
-                                  ? "; the programs use " + CellOf(field, field.get(kind.record.get()), terminal_)
+                                  ? "; the programs use " + InFile(field, field.get(kind.record.get()))
                                   : "";
     Add(line, "value", Assignment(field.key, line.value) + ": " + fault + taken);
   }
@@ -166,6 +179,7 @@ class Checker {
   static Field const kEntryKey;
 
   std::string file_;
+  bool isList_ = false;
   KeyLines const& lines_;
   Terminal const& terminal_;
   std::vector<Finding>& findings_;

@@ -15,9 +15,11 @@ std::string Opened(char const* name, Attributes const& attributes) {
 
 }  // namespace
 
-std::string Escaped(std::string const& latin1) {
+std::string Escaped(std::string const& latin1) { return EscapedName(ToUtf8(Printable(latin1))); }
+
+std::string EscapedName(std::string const& name) {
   std::string escaped;
-  for (char const c : ToUtf8(Printable(latin1))) {
+  for (char const c : PrintableBytes(name, true)) {
     switch (c) {
       case '&': escaped += "&amp;"; break;
       case '<': escaped += "&lt;"; break;

@@ -9,6 +9,8 @@
 
 // Latin-1 to UTF-8 that is safe between tags and in quoted attributes. Control characters become \xNN.
 std::string Escaped(std::string const& latin1);
+// The same for the name of a file, which is UTF-8 or any bytes.
+std::string EscapedName(std::string const& name);
 
 // Values are escaped. An attribute with an empty name is omitted.
 using Attributes = std::vector<std::pair<char const*, std::string>>;

@@ -9,7 +9,6 @@
 
 namespace {
 
-constexpr std::int32_t kYear1990 = 631152000;
 constexpr std::size_t kMostDuring = 12;
 
 // Processes the records in order.
@@ -19,6 +18,7 @@ class Reader {
 
   void See(Record const& record) {
     Order(record.stamp);
+    history_.check.See(record);
     std::optional<std::uint16_t> const code = record.Code();
     if (!code) return;
     Count(*code, record);
@@ -44,7 +44,6 @@ class Reader {
  private:
   void Order(std::int32_t stamp) {
     if (history_.records++ > 0 && stamp < history_.last) history_.backwards++;
-    if (stamp < kYear1990) history_.early++;
     history_.last = stamp;
     if (stamp < 0) return;
     if (history_.earliest < 0 || stamp < history_.earliest) history_.earliest = stamp;
@@ -101,14 +100,10 @@ History ReadHistory(RecordLog const& log, OutageCodes const& codes) {
 }
 
 History ReadEventHistory(std::string const& path, OutageCodes const& codes) {
-  History history = ReadHistory(RecordLog(path, kEventSize), codes);
-  if (history.IsNoEventLog()) throw Failed(path + ": " + NoEventLogText(history));
+  RecordLog const log(path, kEventSize);
+  History history = ReadHistory(log, codes);
+  history.check.Require(log);
   return history;
-}
-
-std::string NoEventLogText(History const& history) {
-  return "is no event log: " + std::to_string(history.early) + " of its " + Counted(history.records, "record") +
-         " are stamped before 1990";
 }
 
 Totals TotalsOf(std::vector<Outage> const& outages) {

@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "records/eventcheck.h"
 #include "terminal/period.h"
 
 class RecordLog;
@@ -54,7 +55,6 @@ struct History {
   std::uint64_t records = 0;
   std::uint64_t recordSize = 0;
   std::uint64_t torn = 0;       // bytes after the last complete record
-  std::uint64_t early = 0;      // records with a time stamp before 1990
   std::uint64_t backwards = 0;  // records with an earlier time stamp than the one before
   std::int32_t last = -1;       // time stamp of the last record
   std::int32_t earliest = -1;   // of all valid time stamps; -1 if there is none
@@ -66,18 +66,13 @@ struct History {
   std::uint64_t setBack = 0;
   bool isOpen = false;  // the log ends inside an outage
   Outage current;       // the open outage, also if it is not in `outages`
-
-  // Programs write the current time into each record. A file with more than half of its time stamps before 1990 is not
-  // an event log.
-  bool IsNoEventLog() const { return early > records / 2; }
+  EventCheck check;     // whether the file can be an event log
 };
 
 // Throws Failed if the log cannot be read.
 History ReadHistory(RecordLog const& log, OutageCodes const& codes);
 // The same for an event log. Also throws Failed if the file cannot be one.
 History ReadEventHistory(std::string const& path, OutageCodes const& codes);
-// "is no event log: ..."
-std::string NoEventLogText(History const& history);
 
 struct Totals {
   std::uint64_t count = 0;

@@ -291,14 +291,14 @@ std::string FooterOf(ReportParts const& parts, std::vector<EventsPart> const& ev
   for (EventsPart const& part : events) rest += part.Footer();
   rest += "Times are local, as the programs stamp them. Nothing in the root was changed.";
   return Element("footer", {},
-                 Element("p", {}, Escaped(text) + Element("b", {}, Escaped(parts.rootName)) + Escaped(rest)));
+                 Element("p", {}, Escaped(text) + Element("b", {}, EscapedName(parts.rootName)) + Escaped(rest)));
 }
 
 std::string Head(ReportParts const& parts) {
   std::string const title = "UPS report " + DayText(parts.site.now) + ", " + parts.rootName;
   return "<head><meta charset=\"utf-8\"><meta name=\"viewport\" content=\"width=device-width,initial-scale=1\">"
          "<meta name=\"color-scheme\" content=\"light dark\">" +
-         Element("title", {}, Escaped(title)) + "\n" + Element("style", {}, std::string("\n") + kReportStyle) +
+         Element("title", {}, EscapedName(title)) + "\n" + Element("style", {}, std::string("\n") + kReportStyle) +
          "</head>\n";
 }
 
@@ -311,10 +311,12 @@ std::string ReportPage(ReportParts const& parts) {
     if (each.history) events.emplace_back(site, each);
   std::string body = Element("header", {},
                              Element("h1", {},
-                                     Escaped("UPS report: " + parts.rootName + " ") +
+                                     EscapedName("UPS report: " + parts.rootName + " ") +
                                          Element("span", {}, Escaped(TimeText(site.now).substr(0, 16))))) +
                      "\n";
-  if (events.empty()) body += Element("p", {{"class", "lead"}}, "There is no event log.");
+  if (events.empty())
+    body += Element("p", {{"class", "lead"}},
+                    site.events.empty() ? "There is no event log." : "No event log could be read.");
   for (EventsPart const& part : events) body += part.Overview();
   body += FindingsSection(site);
   std::string tables;

@@ -1,11 +1,17 @@
 #include "report/site.h"
 
+#include <errno.h>
+#include <string.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <filesystem>
 #include <set>
 
+#include "files/format.h"
 #include "files/recordlog.h"
 #include "records/lint.h"
+#include "records/schedulecheck.h"
 #include "terminal/moment.h"
 #include "terminal/terminal.h"
 #include "zelvane/api/upslist.h"
@@ -23,9 +29,25 @@ constexpr char const* kOtherLogs[] = {"loghora.rgt", "logdia.rgt",  "logmes.rgt"
                                       "poweron.rgt", "logsave.rgt", "logclose.rgt"};
 constexpr char const* kRootSettings[] = {"srvlist.cfg", "upscli.cfg", "upssrv.cfg", "upstype.cfg", "usbhid.cfg"};
 
+// Also true of a file whose directory does not let us look.
 bool IsThere(std::string const& path) {
   std::error_code none;
-  return fs::exists(fs::status(path, none));
+  return fs::status(path, none).type() != fs::file_type::not_found;
+}
+
+bool IsReadable(std::string const& path) {
+  try {
+    return InspectFile(path).exists;
+  } catch (Failed const&) {
+    return false;
+  }
+}
+
+// A message on the file without its path.
+std::string ReasonOf(Failed const& error, std::string const& path) {
+  std::string const text = error.what();
+  std::string const head = path + ": ";
+  return text.compare(0, head.size(), head) == 0 ? text.substr(head.size()) : text;
 }
 
 bool IsFolder(std::string const& path) {
@@ -89,16 +111,19 @@ class Look {
     site_.findings.push_back({std::move(where), std::move(what), std::move(advice)});
   }
 
+  void Unread(std::string const& file, std::string const& reason) {
+    Find(file, reason, "");
+    site_.unread.push_back({file, reason});
+  }
+
   SiteEvents EventsOf(SitePlace const& place) const {
     SiteEvents events = {place, place.File("logevt.rgt"), std::nullopt, ""};
     try {
       History history = ReadHistory(RecordLog(place.folder + "logevt.rgt", kEventSize), site_.codes);
-      if (history.IsNoEventLog())
-        events.fault = NoEventLogText(history);
-      else
-        events.history = std::move(history);
+      events.fault = history.check.Fault();
+      if (events.fault.empty()) events.history = std::move(history);
     } catch (Failed const& error) {
-      events.fault = error.what();
+      events.fault = ReasonOf(error, place.folder + "logevt.rgt");
     }
     return events;
   }
@@ -128,15 +153,20 @@ class Look {
     list.SetCached(true);
     list.SetFile(file);
     if (!IsThere(file)) throw Failed(file + ": no such file");
-    if (!list.ReadFromFile()) throw Failed(file + ": cannot be read");
-    reg_proglist entry = {};
-    for (long i = 0; list.GetRegByIndex(i, &entry); i++)
+    errno = 0;
+    if (!list.ReadFromFile()) throw Failed(CannotRead(file, errno));
+    std::vector<reg_proglist> entries;
+    reg_proglist next = {};
+    for (long i = 0; list.GetRegByIndex(i, &next); i++) entries.push_back(next);
+    std::string const fault = ScheduleFault(entries, 0);
+    if (!fault.empty()) throw Failed(file + ": not a schedule: " + fault);
+    for (reg_proglist const& entry : entries)
       if (entry.dateTime >= site_.now) site_.planned.push_back({entry.dateTime, "schedule"});
   }
 
   void Discharge(SitePlace const& place) {
     // The library would create a missing file.
-    if (!IsThere(place.folder + "upssrv.cfg")) return;
+    if (!IsReadable(place.folder + "upssrv.cfg")) return;
     UpsSrvConfig settings;
     if (GetUpsSrvConfig(place.folder.c_str(), &settings, 0) == 0 || settings.fullDischargeDate < 0) return;
     PlannedMoment const moment = {settings.fullDischargeDate, "full discharge of " + place.Title()};
@@ -152,8 +182,7 @@ class Look {
       for (Finding const& finding : found) Find(file + ":" + std::to_string(finding.line), finding.message, "");
       if (!found.empty()) site_.lint.push_back({file, path, found.size()});
     } catch (Failed const& error) {
-      Find(file, error.what(), "");
-      site_.lint.push_back({file, path, 1});
+      Unread(file, ReasonOf(error, path));
     }
   }
 
@@ -165,6 +194,7 @@ class Look {
       std::string const name = entry.path().filename();
       if (name.compare(0, 6, "upscfg") == 0 && entry.path().extension() == ".cfg") models.push_back(name);
     }
+    if (none) Unread(unit.name, none.message());
     std::sort(models.begin(), models.end());
     for (std::string const& model : models) LintFile(unit, model);
   }
@@ -181,6 +211,8 @@ std::string SitePlace::File(std::string const& file) const { return name.empty()
 Site LookAtSite(OutageCodes const& codes, std::string const& schedule, Terminal const& terminal) {
   Site site;
   site.root = GetZelvanePath();
+  // Every file in it would look missing.
+  if (access(site.root.c_str(), X_OK) != 0) throw Failed(site.root + ": cannot read: " + strerror(errno));
   site.now = static_cast<std::int32_t>(GetDateTime());
   site.codes = codes;
   Look look(site, terminal);
@@ -192,5 +224,11 @@ Site LookAtSite(OutageCodes const& codes, std::string const& schedule, Terminal 
 }
 
 bool TellsMains(History const& history) { return history.torn == 0; }
+
+std::string UnitsFault(Site const& site) {
+  for (SiteUnread const& unread : site.unread)
+    if (unread.file == "srvlist.cfg") return unread.file + ": " + unread.reason;
+  return "";
+}
 
 bool HasOutage(History const& history) { return !history.outages.empty() || history.setBack > 0; }

@@ -42,6 +42,12 @@ struct SiteFinding {
   std::string advice;  // a command, or ""
 };
 
+// A file or directory that exists and cannot be read.
+struct SiteUnread {
+  std::string file;  // relative to the root
+  std::string reason;
+};
+
 struct SiteLint {
   std::string file;
   std::string path;  // for use on a command line
@@ -66,14 +72,17 @@ struct Site {
   std::vector<PlannedMoment> planned;  // from now on, in order of time
   std::vector<PlannedMoment> passed;   // full discharges that are overdue
   std::vector<SiteLint> lint;          // files with findings
+  std::vector<SiteUnread> unread;      // settings that hide what they say
   std::vector<SiteFinding> findings;   // everything that needs attention, the most urgent first
 };
 
-// `schedule` may be "". Throws Failed when the schedule cannot be read.
+// `schedule` may be "". Throws Failed when the root or the schedule cannot be read.
 Site LookAtSite(OutageCodes const& codes, std::string const& schedule, Terminal const& terminal);
 
 // Whether the log is undamaged, so that its last outage shows the present state of the mains.
 bool TellsMains(History const& history);
+// Why the list of units is not known; "" if it is.
+std::string UnitsFault(Site const& site);
 // Whether there was any outage, including outages without a length.
 bool HasOutage(History const& history);
 

@@ -24,6 +24,7 @@ struct Option {
   std::string help;
   bool required = false;
   bool hidden = false;                  // not in the help of the command
+  bool filled = false;                  // an empty value is refused
   bool separated = false;               // one word with values separated by commas
   bool showDefault = false;             // the target's initial value
   std::pair<int, int> values = {0, 0};  // minimum and maximum; 0, 0: one, or any number for a list
@@ -36,6 +37,7 @@ struct Option {
   bool IsArgument() const { return name[0] != '-'; }
 
   Option Required(bool isRequired = true) && { return With(&Option::required, isRequired); }
+  Option Filled() && { return With(&Option::filled, true); }
   Option Hidden() && { return With(&Option::hidden, true); }
   Option Separated() && { return With(&Option::separated, true); }
   Option ShowingDefault() && { return With(&Option::showDefault, true); }

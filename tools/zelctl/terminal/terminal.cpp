@@ -128,21 +128,22 @@ std::string Terminal::Shown(std::string const& latin1) const { return FromLatin1
 std::string Terminal::ShownName(std::string const& name) const { return PrintableBytes(name, g_charset == "UTF-8"); }
 
 void Terminal::PrintTable(std::vector<std::vector<std::string>> const& rows) const {
+  std::size_t const screen = TerminalColumns();
   std::vector<std::size_t> widths;
   for (auto const& row : rows) {
     widths.resize(std::max(widths.size(), row.size()));
     for (std::size_t i = 0; i < row.size(); i++) {
       std::size_t const width = Printable(row[i]).size();
-      if (width <= kWidest || IsOnTerminal()) widths[i] = std::max(widths[i], std::min(width, kWidest));
+      if (width <= kWidest || screen > 0) widths[i] = std::max(widths[i], std::min(width, kWidest));
     }
   }
   std::size_t const columns = widths.size();
-  if (IsOnTerminal()) FitInto(TerminalColumns(), widths);
+  if (screen > 0) FitInto(screen, widths);
   for (auto const& row : rows) {
     Row cells;
     for (std::string const& cell : row) cells.push_back(Printable(cell));
-    if (!IsOnTerminal()) cells = {Aligned(cells, widths)};
-    for (std::string const& line : IsOnTerminal() ? FoldedRow(cells, widths) : cells)
+    if (screen == 0) cells = {Aligned(cells, widths)};
+    for (std::string const& line : screen > 0 ? FoldedRow(cells, widths) : cells)
       std::cout << FromLatin1(line, g_charset) << '\n';
   }
   if (widths.size() == columns) return;
@@ -164,6 +165,8 @@ void Terminal::PrintText(std::string const& latin1) const {
     at = end + 1;
   }
 }
+
+void Terminal::PrintNames(std::string const& text) const { std::cout << ShownName(text) << '\n'; }
 
 void Terminal::PrintValue(std::string const& latin1) const {
   std::cout << (IsOnTerminal() ? Shown(latin1) : utf8 ? ToUtf8(latin1) : latin1) << '\n';
@@ -189,7 +192,7 @@ std::size_t TerminalColumns() {
   return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
 }
 
-bool IsOnTerminal() { return TerminalColumns() > 0; }
+bool IsOnTerminal() { return isatty(STDOUT_FILENO) == 1; }
 
 Option ShowPassword() {
   return Flag("--show-password", &Terminal::showPasswords, "Show passwords instead of \"(not shown)\"");

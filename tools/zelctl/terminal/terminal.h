@@ -55,6 +55,8 @@ struct Terminal {
   void PrintJson(Json const& value) const;
   // A line for people.
   void PrintText(std::string const& latin1) const;
+  // The same for a line that begins with the name of a file.
+  void PrintNames(std::string const& text) const;
   // A value for scripts, and a line feed. On a terminal it is printed as by Shown(); otherwise the bytes are unchanged,
   // or converted with --utf8.
   void PrintValue(std::string const& latin1) const;
