@@ -312,7 +312,9 @@ std::string At(std::string const& path) {
 
 Rehearsal::Rehearsal(Edit const& edit, Terminal const& terminal) : root_(terminal.root), home_(Home()) {
   std::string const installation = GetZelvanePath();
-  g_directory = fs::current_path();
+  std::error_code removed;
+  g_directory = fs::current_path(removed);
+  if (removed) g_directory = "/";
   g_scratch = MakeScratchFolder();
   HideInMessages(g_scratch);
   try {

@@ -49,10 +49,10 @@ bool SyncFolderOf(std::string const& path) {
 }
 
 // Does not wait for a reader of a pipe, which may never come.
-int OpenDevice(std::string const& path) {
+int OpenDevice(std::string const& path, bool isPipe) {
   int const fd = open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
   if (fd >= 0) fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) & ~O_NONBLOCK);
-  if (fd < 0 && errno == ENXIO) throw Failed(path + ": no program reads this pipe");
+  if (fd < 0 && errno == ENXIO && isPipe) throw Failed(path + ": no program reads this pipe");
   return fd;
 }
 
@@ -88,7 +88,8 @@ Output::Output(std::string const& path, struct stat const& source, bool overwrit
   RequireWritable(path, source, overwrite);
   struct stat old = {};
   bool const exists = stat(path.c_str(), &old) == 0;
-  int const fd = exists && !S_ISREG(old.st_mode) ? OpenDevice(path) : MakeBeside(exists ? &old : nullptr);
+  int const fd =
+      exists && !S_ISREG(old.st_mode) ? OpenDevice(path, S_ISFIFO(old.st_mode)) : MakeBeside(exists ? &old : nullptr);
   if (fd >= 0) file_.reset(fdopen(fd, "wb"));
   if (file_ == nullptr) throw FileFailed(path_);
 }
