@@ -158,6 +158,7 @@ struct Changed {
   std::string file;
   Bytes before;
   Bytes after;
+  std::string copy;  // the name that the library gives to a copy of the old file
 };
 
 std::string Summary(std::vector<Changed> const& changes, Edit const& edit) {
@@ -358,7 +359,7 @@ bool Make(Edit const& edit, Writing const& writing, Terminal const& terminal, st
   for (std::string const& file : edit.files) {
     if (isConfiguration) RequireWholeLoad(file, writing.force);
     stops = stops || (isConfiguration && InspectFile(file).badLine != 0);
-    files.push_back({file, BytesOf(file), std::nullopt});
+    files.push_back({file, BytesOf(file), std::nullopt, FreeLostName(file)});
   }
   auto const changes = [&files] {
     std::vector<Changed> changed;
@@ -385,8 +386,6 @@ bool Make(Edit const& edit, Writing const& writing, Terminal const& terminal, st
       return false;
     }
   }
-  std::vector<std::string> copies;
-  for (Changed const& each : files) copies.push_back(FreeLostName(each.file));
   try {
     act();
   } catch (Failed const&) {
@@ -394,11 +393,11 @@ bool Make(Edit const& edit, Writing const& writing, Terminal const& terminal, st
     if (!changed.empty()) Complain(Summary(changed, edit));
     throw;
   }
-  for (std::size_t i = 0; i < files.size(); i++)
-    if (std::error_code none; fs::exists(copies[i], none)) terminal.Note(OldFileIn(files[i].file, copies[i]));
-  if (terminal.json || terminal.csv) return true;
   std::string const summary = Summary(changes(), edit);
   busy.reset();
+  for (Changed const& each : files)
+    if (std::error_code none; fs::exists(each.copy, none)) terminal.Note(OldFileIn(each.file, each.copy));
+  if (terminal.json || terminal.csv) return true;
   std::cout << terminal.ShownName(summary) << '\n';
   return true;
 }
