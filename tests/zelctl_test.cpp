@@ -8,7 +8,7 @@
 //     and the output of `diff` against the root before: every change of every byte of every file
 //
 // `each WORDS ARGUMENT...` runs zelctl with the words and each argument in turn, and prints the error and exit code on
-// one line. `at TIME COMMAND` sets the clock. JSON is shown on one line. `unstamped` removes the time stamp of the last
+// one line. `tries` does that for whole argument lines. `at TIME COMMAND` sets the clock. JSON is shown on one line. `unstamped` removes the time stamp of the last
 // change from the browse list. All other lines are remarks. "@" in the output is the root's path. A command that
 // changes nothing shows no difference, so each transcript also shows what was NOT written.
 //
@@ -45,6 +45,12 @@ constexpr char kScript[] = R"(
     shift
     for last in "$@"; do
       said=$(zelctl $words "$last" 2>&1)
+      echo "$said [$?]"
+    done
+  }
+  tries() {
+    for line in "$@"; do
+      said=$(eval "zelctl $line" 2>&1)
       echo "$said [$?]"
     done
   }

@@ -204,6 +204,7 @@ void Add(Kind const& kind, Arguments const& arguments, Terminal const& terminal)
   kind[kind.owner].put(record.get(), "-1");
   for (std::size_t i = 0; i < arguments.items.size(); i++)
     Put(kind.fields[i + 1], record.get(), arguments.items[i], terminal);
+  if (!arguments.writing.dryRun) LockFoldersOf({file});
   RequireWholeLoad(file, arguments.writing.force);
   RequireOwner(kind, record.get(), BrowseTree(Open(file).get(), file), file);
   unsigned long id = 0;
@@ -264,6 +265,7 @@ void EditEntry(Kind const& kind, Arguments const& arguments, Terminal const& ter
   std::string const file = arguments.File();
   std::int32_t const id = IdArgument(arguments);
   PutItems(kind, kind.make().get(), arguments.items, terminal);  // reports errors before any file is read
+  if (!arguments.writing.dryRun) LockFoldersOf({file});
   RequireWholeLoad(file, arguments.writing.force);
   Handle const list = Open(file);
   BrowseTree const tree(list.get(), file);

@@ -156,6 +156,7 @@ void Unset(Arguments const& arguments, Terminal const& terminal) {
 }
 
 void ReportLint(Arguments const& arguments, Terminal& terminal) {
+  RequireName("FILE", arguments.file);
   std::optional<Busy> busy(std::in_place, "reading", std::vector<std::string>{arguments.file});
   std::vector<Finding> const findings = Lint(arguments.file, terminal);
   busy.reset();
@@ -177,7 +178,10 @@ void ReportLint(Arguments const& arguments, Terminal& terminal) {
 // The command, run on arguments converted to the encoding of the files.
 std::function<void(Terminal&)> OnConverted(std::shared_ptr<Arguments> const& arguments,
                                            void (*act)(Arguments const&, Terminal const&)) {
-  return [arguments, act](Terminal const& terminal) { act(Converted(*arguments, terminal), terminal); };
+  return [arguments, act](Terminal const& terminal) {
+    RequireName("FILE", arguments->file);
+    act(Converted(*arguments, terminal), terminal);
+  };
 }
 
 }  // namespace

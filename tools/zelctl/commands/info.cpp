@@ -1,4 +1,7 @@
 // zelctl info: the installation directory, the version and the system.
+#include <errno.h>
+#include <string.h>
+
 #include "commands/families.h"
 #include "files/format.h"
 #include "records/fields.h"
@@ -58,7 +61,8 @@ void Show(Terminal const& terminal) {
                        has(ZELVANE_MODULE_BROWSER),
                        system,
                        CurrentUserIsAdmin() != 0};
-  if (!DirExists(facts.root)) terminal.Note(facts.root + ": no such directory");
+  int const fault = FolderFault(facts.root);
+  if (fault != 0) terminal.Note(facts.root + ": " + (fault == ENOENT ? "no such directory" : strerror(fault)));
   PrintRecord(Fields(), &facts, terminal);
 }
 

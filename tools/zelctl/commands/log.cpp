@@ -254,7 +254,7 @@ void WriteChart(Arguments const& arguments, Chart const& chart, Step step, Termi
 void DrawChart(Arguments const& arguments, Terminal& terminal) {
   Choice const choice = arguments.choice.Get(terminal);
   if (arguments.by) StepOf(arguments, Chart());
-  if (arguments.picture) arguments.picture.RequireFree();
+  if (arguments.picture) arguments.picture.RequireFree(arguments.file);
   RecordLog const log = OpenLog(arguments);
   Chart chart;
   EventCheck check;

@@ -229,7 +229,7 @@ void ShowOutages(Arguments const& arguments, Terminal& terminal) {
   OutageCodes const codes = arguments.codes.Codes();
   std::optional<Period> const period = PeriodOf(arguments.by);
   auto const last = arguments.last ? NumberArgument("--last", *arguments.last, 1, kHighestNumber) : kHighestNumber;
-  if (arguments.picture) arguments.picture.RequireFree();
+  if (arguments.picture) arguments.picture.RequireFree(arguments.file);
   History const history = ReadEventHistory(arguments.file, codes);
   std::vector<Outage> const outages = Chosen(history.outages, arguments);
   std::vector<OutageGroup> const groups = period ? GroupsOf(outages, *period) : std::vector<OutageGroup>();

@@ -45,6 +45,8 @@ Changes ParseChanges(std::vector<Field> const& fields, Arguments const& argument
     if (equals == std::string::npos) throw WrongUsage("\"" + item + "\": expected FIELD=VALUE");
     Field const& field = FindField(fields, item.substr(0, equals));
     std::string value = item.substr(equals + 1);
+    if (field.kind == FieldKind::kPassword && !arguments.passwordFile.empty())
+      throw WrongUsage(std::string(field.name) + ": given more than once");
     if (field.kind == FieldKind::kPassword && value == "-") value = ReadSecretFromInput();
     AddChange(changes, field, CheckedArgument(field, value, terminal));
   }
@@ -91,10 +93,11 @@ std::string TakeDirectory(RecordFamily const& family, Arguments& arguments) {
         FieldNamed(family.fields, items[0]) == nullptr) {
       directory = InRoot(items[0]);
       items.erase(items.begin());
-    } else if (!directory.empty() && ExtractFilePath(directory).empty()) {
-      directory.insert(0, "./");  // the library searches the root for a bare name
     }
   }
+  if (directory == "." || directory == "..") directory = IncludePathDelimiter(directory);
+  // The library searches the root for a bare name.
+  if (!arguments.directory.empty() && ExtractFilePath(directory).empty()) directory.insert(0, "./");
   return directory;
 }
 
@@ -169,11 +172,20 @@ std::string WhyNotWritten(std::vector<std::string> const& files, int error) {
   return CannotWrite(names, error);
 }
 
+// The change can select other files of the record, but none in other directories.
+void LockPlace(RecordFamily const& family, std::string const& directory) {
+  std::vector<std::string> files = family.files(directory, family.make().get());
+  if (family.tables)
+    for (std::string const& file : family.tables(directory)) files.push_back(file);
+  LockFoldersOf(files);
+}
+
 void Set(RecordFamily const& family, Arguments arguments, Terminal const& terminal) {
   std::vector<Field> const& fields = family.fields;
   std::string const directory = TakeDirectory(family, arguments);
   Changes const changes = ParseChanges(fields, arguments, terminal);
   RequireDirectory(directory);
+  if (!arguments.writing.dryRun) LockPlace(family, directory);
 
   std::shared_ptr<void> const record = ReadRecord(family, directory);
   Values const before = ValuesOf(fields, record.get());

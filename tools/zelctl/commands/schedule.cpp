@@ -29,9 +29,13 @@ struct Arguments {
   Writing writing;
 };
 
+// Throws Failed if that is unknown.
 fs::file_type TypeOf(std::string const& file) {
-  std::error_code none;
-  return fs::status(file, none).type();
+  RequireName("FILE", file);
+  std::error_code error;
+  fs::file_type const type = fs::status(file, error).type();
+  if (type == fs::file_type::none) throw Failed(CannotRead(file, error.value()));
+  return type;
 }
 
 bool Exists(std::string const& file) { return TypeOf(file) != fs::file_type::not_found; }
@@ -63,16 +67,17 @@ std::uintmax_t Torn(std::string const& file) {
   return none ? 0 : size % sizeof(reg_proglist);
 }
 
-// Copies the contents that the save replaces, if required.
-void RequireSchedule(std::string const& file, Writing const& writing) {
+// False for a file that is not a schedule; its contents are copied then. Throws Failed without --force.
+bool RequireSchedule(std::string const& file, Writing const& writing, Terminal const& terminal) {
   ProgList list;
   Load(list, file, false);
   std::string const fault = ScheduleFault(Entries(list), Torn(file));
-  if (fault.empty()) return;
+  if (fault.empty()) return true;
   if (!writing.force)
     throw Failed(file + ": not a schedule: " + fault + "; use --force to save it anyway (the old file is copied to " +
                  file + ".lost)");
-  if (!writing.dryRun) KeepAsLost(file);
+  if (!writing.dryRun) terminal.Note(OldFileIn(file, KeepAsLost(file)));
+  return false;
 }
 
 std::string AsLines(std::string const& bytes) {
@@ -85,18 +90,20 @@ std::string AsLines(std::string const& bytes) {
   return lines;
 }
 
-// Lets `act` change the list. False after a dry run.
+// Lets `act` change the list. `isSchedule` is false if the file was something else, so that its entries are noise.
+// False after a dry run.
 bool Change(Arguments const& arguments, bool required, Terminal const& terminal,
-            std::function<void(ProgList&)> const& act) {
+            std::function<void(ProgList&, bool isSchedule)> const& act) {
   if (required && !Exists(arguments.file)) throw Failed(arguments.file + ": no such file");
-  RequireSchedule(arguments.file, arguments.writing);
+  if (!arguments.writing.dryRun) LockFoldersOf({arguments.file});
+  bool const isSchedule = RequireSchedule(arguments.file, arguments.writing, terminal);
   Edit edit = {{arguments.file}};
   edit.noun = "date";
   edit.asLines = AsLines;
   return Make(edit, arguments.writing, terminal, [&] {
     ProgList list;
     Load(list, At(arguments.file), required);
-    act(list);
+    act(list, isSchedule);
     errno = 0;
     if (!list.FlushCache()) throw Failed(CannotWrite(arguments.file, errno));
   });
@@ -129,19 +136,24 @@ void List(Arguments const& arguments, Terminal const& terminal) {
   }
   listing.End();
   if (!Exists(arguments.file)) return terminal.Note(arguments.file + ": no such file; nothing is scheduled");
-  if (Torn(arguments.file) != 0) terminal.Note(arguments.file + ": trailing bytes after the last entry are ignored");
+  std::string const tail = ScheduleFault({}, Torn(arguments.file));
+  if (!tail.empty()) throw Failed(arguments.file + ": not a schedule: " + tail);
 }
 
 void Add(Arguments const& arguments, Terminal const& terminal) {
   std::vector<reg_proglist> added;
+  std::set<std::int32_t> given;
   for (std::string const& text : arguments.moments) {
     Moment const moment = ParseMoment("WHEN", text);
     if (moment.isDay) throw WrongUsage("WHEN: expected a day and a time, such as \"" + text + " 22:30\"");
     reg_proglist const entry = {moment.first};
     if (folddatetime(entry)) throw WrongUsage("WHEN: " + TimeText(entry.dateTime) + " is in the past");
+    if (!given.insert(entry.dateTime).second)
+      throw WrongUsage("WHEN: " + TimeText(entry.dateTime) + " is given more than once");
     added.push_back(entry);
   }
-  bool const done = Change(arguments, false, terminal, [&](ProgList& list) {
+  bool const done = Change(arguments, false, terminal, [&](ProgList& list, bool isSchedule) {
+    if (!isSchedule) list.ClearList();
     std::set<std::int32_t> listed;
     for (reg_proglist const& entry : Entries(list)) listed.insert(entry.dateTime);
     for (reg_proglist& entry : added) {
@@ -173,7 +185,7 @@ void Remove(Arguments const& arguments, Terminal const& terminal) {
   std::vector<Moment> moments;
   for (std::string const& text : arguments.moments) moments.push_back(ParseMoment("WHEN", text));
   std::vector<reg_proglist> removed;
-  bool const done = Change(arguments, true, terminal, [&](ProgList& list) {
+  bool const done = Change(arguments, true, terminal, [&](ProgList& list, bool) {
     for (Moment const& moment : moments) {
       list.RefreshList();
       removed.push_back(RemoveMoment(list, Entries(list), moment));
@@ -184,7 +196,7 @@ void Remove(Arguments const& arguments, Terminal const& terminal) {
 
 void Clear(Arguments const& arguments, Terminal const& terminal) {
   std::size_t removed = 0;
-  bool const done = Change(arguments, true, terminal, [&removed](ProgList& list) {
+  bool const done = Change(arguments, true, terminal, [&removed](ProgList& list, bool) {
     removed = Entries(list).size();
     list.ClearList();
   });
@@ -196,10 +208,12 @@ void Clear(Arguments const& arguments, Terminal const& terminal) {
 Command ScheduleCommands() {
   auto const arguments = std::make_shared<Arguments>();
   Options const file = {Argument("FILE", &arguments->file, "The schedule").Required()};
-  Options const writer = Joined({file,
-                                 {Flag("--force", &arguments->writing.force,
-                                       "Save even if the file is not a schedule; it is copied to FILE.lost first"),
-                                  DryRun(arguments->writing)}});
+  Options const writer =
+      Joined({file,
+              {Flag("--force", &arguments->writing.force,
+                    "Save even if the file is not a schedule; it is copied to FILE.lost first, and add starts an "
+                    "empty list"),
+               DryRun(arguments->writing)}});
   auto const when = [&](char const* help) {
     return Joined({writer, {Argument("WHEN", &arguments->moments, help).Required()}});
   };

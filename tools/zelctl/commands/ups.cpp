@@ -73,10 +73,13 @@ std::vector<std::string> TemplateFiles() {
 void Add(Arguments const& arguments, Terminal const& terminal) {
   Unit const unit = UnitOf(IntToStr(static_cast<long>(NumberArgument("N", arguments.number, 0, kHighestUnit)), 3));
   Edit edit = {{ListFile()}, {Template()}};
-  bool const isNew = !DirExists(unit.folder);
+  int const fault = FolderFault(unit.folder);
+  if (fault != 0 && fault != ENOENT) throw Failed(unit.folder + ": " + strerror(fault));
+  bool const isNew = fault != 0;
   std::string const source = isNew ? ExtractFilePath(Template()) : unit.folder;
   if (isNew && !FilePermToRead(Template()))
     throw Failed(unit.folder + ": no such directory, and it cannot be created: " + CannotRead(Template()));
+  if (!isNew) edit.reads.push_back(unit.folder);
   std::string missing;
   for (std::string const& name : TemplateFiles()) {
     if (!FilePermToRead(source + name)) missing += (missing.empty() ? "" : ", ") + name;
@@ -158,13 +161,9 @@ int Write(Place const& place, UpsSrvConfig const& cfg, Terminal const& terminal)
 }
 
 struct ScratchFolder {
-  fs::path path;
+  fs::path path = MakeScratchFolder();
 
-  ScratchFolder() {
-    std::string pattern = fs::temp_directory_path() / "zelctl-XXXXXX";
-    if (mkdtemp(pattern.data()) == nullptr) throw Failed(CannotWrite(pattern, errno));
-    path = pattern;
-  }
+  ScratchFolder() = default;
   ~ScratchFolder() {
     std::error_code ignored;
     fs::remove_all(path, ignored);

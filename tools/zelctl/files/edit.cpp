@@ -1,6 +1,9 @@
 #include "files/edit.h"
 
+#include <errno.h>
+#include <fcntl.h>
 #include <stdlib.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -9,6 +12,7 @@
 #include <fstream>
 #include <iostream>
 #include <iterator>
+#include <map>
 #include <optional>
 #include <sstream>
 #include <unordered_map>
@@ -30,18 +34,19 @@ namespace fs = std::filesystem;
 
 // ---- Rehearsals ----
 
-// The directory of the copies during a rehearsal.
+// The directory of the copies during a rehearsal, and the current directory before it.
 std::string g_scratch;
+std::string g_directory;
 
-std::string HomeFolder() {
+std::optional<std::string> Home() {
   char const* const home = getenv("HOME");
-  return home == nullptr ? "" : home;
+  return home == nullptr ? std::nullopt : std::optional<std::string>(home);
 }
 
 void Copy(std::string const& file) {
   std::string const folder = ExtractFilePath(file);
   if (fs::is_directory(folder.empty() ? "." : folder)) fs::create_directories(fs::path(At(file)).parent_path());
-  if (fs::exists(file)) fs::copy_file(file, At(file));
+  if (fs::exists(file) && !fs::is_directory(file)) fs::copy_file(file, At(file));
 }
 
 // ---- What changed ----
@@ -153,6 +158,7 @@ struct Changed {
   std::string file;
   Bytes before;
   Bytes after;
+  std::string copy;  // the name that the library gives to a copy of the old file
 };
 
 std::string Summary(std::vector<Changed> const& changes, Edit const& edit) {
@@ -187,6 +193,14 @@ void PrintDifferences(std::vector<Changed> const& changes, Edit const& edit, Ter
   std::cout << (changes.empty() ? "nothing would change\n" : "");
 }
 
+// The name that the next copy of the file gets.
+std::string FreeLostName(std::string const& path) {
+  std::string name = path + ".lost";
+  std::error_code none;
+  for (int i = 1; fs::exists(name, none); i++) name = path + ".lost." + std::to_string(i);
+  return name;
+}
+
 // ---- Changes that are refused ----
 
 // A root that is only the directory of the command is no installation.
@@ -200,6 +214,14 @@ void RequireStatedRoot(std::vector<std::string> const& files, Terminal const& te
                  " is only where zelctl is; use --root DIR");
 }
 
+// As IsWritable; a missing directory counts as created by the change.
+bool CanBeWritten(std::string const& file) {
+  std::string folder = ExtractFilePath(file);
+  if (!folder.empty()) folder.pop_back();
+  std::error_code none;
+  return IsWritable(folder.empty() || fs::exists(folder, none) ? file : folder);
+}
+
 // A save drops all lines after a bad line. Lines that are there afterwards come from the change.
 void RequireReadable(std::string const& file) {
   long const badLine = InspectFile(At(file)).badLine;
@@ -211,11 +233,51 @@ void RequireReadable(std::string const& file) {
                    "\" would be one of them. Correct that line first");
 }
 
+// ---- One writer at a time ----
+
+constexpr int kLockTries = 1000;
+constexpr useconds_t kLockPause = 10000;  // in all 10 s: a process that hangs must not block the administrator
+
+// The locked directories, by device and inode. The lock ends with the process.
+std::map<std::pair<dev_t, ino_t>, int> g_locked;
+
+void Lock(int directory) {
+  for (int i = 0; i < kLockTries && flock(directory, LOCK_EX | LOCK_NB) != 0; i++) {
+    if (errno != EWOULDBLOCK && errno != EINTR) return;
+    usleep(kLockPause);
+  }
+}
+
 }  // namespace
+
+void LockFoldersOf(std::vector<std::string> const& files) {
+  std::map<std::pair<dev_t, ino_t>, int> found;
+  for (std::string const& file : files) {
+    std::string const folder = ExtractFilePath(file);
+    int const directory = open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    struct stat status = {};
+    if (directory < 0) continue;
+    bool const isNew = fstat(directory, &status) == 0 && g_locked.count({status.st_dev, status.st_ino}) == 0 &&
+                       found.emplace(std::pair(status.st_dev, status.st_ino), directory).second;
+    if (!isNew) close(directory);
+  }
+  // In the order of the map, so that two processes cannot wait for each other.
+  for (auto const& [identity, directory] : found) Lock(directory);
+  g_locked.insert(found.begin(), found.end());
+}
 
 Options WritingOptions(Writing& writing) {
   return {Flag("--force", &writing.force, "Save even if the file has a syntax error and loses the lines below it"),
           DryRun(writing)};
+}
+
+std::string MakeScratchFolder() {
+  std::error_code error;
+  fs::path const place = fs::temp_directory_path(error);
+  if (error) throw Failed("no directory for temporary files (TMPDIR): " + error.message());
+  std::string pattern = place / "zelctl-XXXXXX";
+  if (mkdtemp(pattern.data()) == nullptr) throw Failed(CannotWrite(pattern, errno));
+  return pattern;
 }
 
 Option DryRun(Writing& writing) {
@@ -245,40 +307,51 @@ void RequireConsent(std::string const& what, Writing const& writing) {
   if (answer != "y" && answer != "Y" && answer != "yes") throw Failed("nothing changed");
 }
 
-std::string At(std::string const& path) { return g_scratch.empty() ? path : g_scratch + fs::absolute(path).string(); }
+std::string At(std::string const& path) {
+  return g_scratch.empty() ? path : g_scratch + (fs::path(g_directory) / path).string();
+}
 
-Rehearsal::Rehearsal(Edit const& edit, Terminal const& terminal) : root_(terminal.root), home_(HomeFolder()) {
-  std::string pattern = fs::temp_directory_path() / "zelctl-XXXXXX";
-  if (mkdtemp(pattern.data()) == nullptr) throw Failed(CannotWrite(pattern));
+Rehearsal::Rehearsal(Edit const& edit, Terminal const& terminal) : root_(terminal.root), home_(Home()) {
   std::string const installation = GetZelvanePath();
-  g_scratch = pattern;
+  std::error_code removed;
+  g_directory = fs::current_path(removed);
+  if (removed) g_directory = "/";
+  g_scratch = MakeScratchFolder();
   HideInMessages(g_scratch);
   try {
+    fs::create_directories(At("."));
     for (std::string const& file : edit.files) Copy(file);
     for (std::string const& file : edit.reads) Copy(file);
     if (SetZelvanePath(At(installation).c_str()) == 0) throw std::bad_alloc();
+    // The library names the user's files in the current directory if HOME is not set.
+    std::string const user = GetUserPath();
+    if (user.compare(0, 1, "/") == 0)
+      setenv("HOME", At(user).c_str(), 1);
+    else
+      fs::current_path(At("."));
   } catch (...) {
     End();
     throw;
   }
-  if (!home_.empty()) setenv("HOME", At(home_).c_str(), 1);
 }
 
 Rehearsal::~Rehearsal() { End(); }
 
 void Rehearsal::End() const {
   std::error_code ignored;
+  fs::current_path(g_directory, ignored);
   // The owner may lack permissions on a new unit's directory.
   for (fs::recursive_directory_iterator each(g_scratch, ignored), end; !ignored && each != end; each.increment(ignored))
     if (each->is_directory(ignored)) fs::permissions(each->path(), fs::perms::owner_all, ignored);
   fs::remove_all(g_scratch, ignored);
   g_scratch.clear();
   SetZelvanePath(root_.c_str());
-  if (!home_.empty()) setenv("HOME", home_.c_str(), 1);
+  if (home_) setenv("HOME", home_->c_str(), 1);
 }
 
 bool Make(Edit const& edit, Writing const& writing, Terminal const& terminal, std::function<void()> const& act) {
   RequireStatedRoot(edit.files, terminal);
+  if (!writing.dryRun) LockFoldersOf(edit.files);
   std::optional<Busy> busy(std::in_place, "changing", edit.files);
   bool const isConfiguration = !edit.asLines;
   bool stops = false;
@@ -286,7 +359,7 @@ bool Make(Edit const& edit, Writing const& writing, Terminal const& terminal, st
   for (std::string const& file : edit.files) {
     if (isConfiguration) RequireWholeLoad(file, writing.force);
     stops = stops || (isConfiguration && InspectFile(file).badLine != 0);
-    files.push_back({file, BytesOf(file), std::nullopt});
+    files.push_back({file, BytesOf(file), std::nullopt, FreeLostName(file)});
   }
   auto const changes = [&files] {
     std::vector<Changed> changed;
@@ -297,13 +370,16 @@ bool Make(Edit const& edit, Writing const& writing, Terminal const& terminal, st
     return changed;
   };
   if (writing.dryRun || stops) {
-    Rehearsal const rehearsal(edit, terminal);
-    act();
-    std::vector<Changed> const changed = changes();
-    for (Changed const& change : changed) {
-      if (!IsWritable(change.file)) throw Failed(CannotWrite(change.file));
-      if (isConfiguration) RequireReadable(change.file);
+    std::vector<Changed> changed;
+    {
+      Rehearsal const rehearsal(edit, terminal);
+      act();
+      changed = changes();
+      for (Changed const& change : changed)
+        if (isConfiguration) RequireReadable(change.file);
     }
+    for (Changed const& change : changed)
+      if (!CanBeWritten(change.file)) throw Failed(CannotWrite(change.file));
     if (writing.dryRun) {
       busy.reset();
       PrintDifferences(changed, edit, terminal);
@@ -317,9 +393,11 @@ bool Make(Edit const& edit, Writing const& writing, Terminal const& terminal, st
     if (!changed.empty()) Complain(Summary(changed, edit));
     throw;
   }
-  if (terminal.json || terminal.csv) return true;
   std::string const summary = Summary(changes(), edit);
   busy.reset();
+  for (Changed const& each : files)
+    if (std::error_code none; fs::exists(each.copy, none)) terminal.Note(OldFileIn(each.file, each.copy));
+  if (terminal.json || terminal.csv) return true;
   std::cout << terminal.ShownName(summary) << '\n';
   return true;
 }
@@ -330,9 +408,12 @@ bool IsWritable(std::string const& path) {
   return access(exists ? path.c_str() : folder.empty() ? "." : folder.c_str(), W_OK) == 0;
 }
 
-void KeepAsLost(std::string const& path) {
-  std::string kept = path + ".lost";
-  for (int i = 1; fs::exists(kept); i++) kept = path + ".lost." + std::to_string(i);
+std::string OldFileIn(std::string const& path, std::string const& copy) {
+  return path + ": the old file is copied to " + copy;
+}
+
+std::string KeepAsLost(std::string const& path) {
+  std::string kept = FreeLostName(path);
   Input in(path, path);
   struct stat source = {};
   if (fstat(in.Descriptor(), &source) != 0) throw FileFailed(path);
@@ -340,6 +421,7 @@ void KeepAsLost(std::string const& path) {
   char piece[65536];
   while (std::size_t const got = in.Fill(piece, sizeof piece)) out.Write(piece, got);
   out.Keep();
+  return kept;
 }
 
 bool RemoveKey(std::string const& path, std::string const& section, std::string const& key, Writing const& writing,
@@ -347,8 +429,14 @@ bool RemoveKey(std::string const& path, std::string const& section, std::string 
   std::string const name = "[" + section + "] " + key;
   RequireWholeLoad(path, writing.force);
   if (!HasKey(path, section, key)) throw Failed(path + ": key " + name + " does not exist");
-  bool const done = Make({{path}}, writing, terminal, remove);
+  bool const done = Make({{path}}, writing, terminal, [&] {
+    Bytes const before = BytesOf(At(path));
+    errno = 0;
+    remove();
+    int const error = errno;
+    if (BytesOf(At(path)) == before) throw Failed(CannotWrite(path, error));
+  });
   if (done && HasKey(path, section, key))
-    throw Failed(path + ": " + name + " is still there: cannot write the file, or a repeated line now counts");
+    throw Failed(path + ": " + name + " is still there: a repeated line now counts");
   return done;
 }

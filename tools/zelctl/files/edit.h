@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -60,15 +61,25 @@ class Rehearsal {
   void End() const;
 
   std::string root_;
-  std::string home_;
+  std::optional<std::string> home_;
 };
+
+// A new empty directory for temporary files. Throws Failed.
+std::string MakeScratchFolder();
+
+// Waits until no other zelctl changes files in the directories of these files, at most 10 s each; others wait until
+// this process ends. A directory that cannot be locked is left out. For everything that a change reads before it
+// writes.
+void LockFoldersOf(std::vector<std::string> const& files);
 
 // Whether the file can be written, or created if it is missing.
 bool IsWritable(std::string const& path);
 
-// Copies the file to NAME.lost, or to NAME.lost.1 and so on if that exists, as the library names its copies. Throws
-// FileFailed.
-void KeepAsLost(std::string const& path);
+// Copies the file to NAME.lost, or to NAME.lost.1 and so on if that exists, as the library names its copies. Returns
+// the copy's name. Throws FileFailed.
+std::string KeepAsLost(std::string const& path);
+// The message about a copy.
+std::string OldFileIn(std::string const& path, std::string const& copy);
 
 // Lets `act` change the files and reports the changes in one line (not with --json or --csv). `act` uses paths from
 // At() and may be called twice, first for a rehearsal. Throws Failed if a file is in an installation root that was not

@@ -58,6 +58,17 @@ std::string CannotWrite(std::string const& path, int error) {
   return path + ": cannot write" + (error == 0 ? "" : std::string(": ") + strerror(error));
 }
 
+void RequireName(std::string const& argument, std::string const& path) {
+  if (path.empty()) throw WrongUsage("missing " + argument + ": the name is empty");
+}
+
+int FolderFault(std::string const& path) {
+  struct stat folder = {};
+  if (stat(path.c_str(), &folder) != 0) return errno;
+  if (!S_ISDIR(folder.st_mode)) return ENOTDIR;
+  return access(path.c_str(), X_OK) == 0 ? 0 : errno;
+}
+
 FileState InspectFile(std::string const& path) {
   struct stat file = {};
   if (stat(path.c_str(), &file) != 0) {

@@ -48,6 +48,14 @@ bool SyncFolderOf(std::string const& path) {
   return synced;
 }
 
+// Does not wait for a reader of a pipe, which may never come.
+int OpenDevice(std::string const& path, bool isPipe) {
+  int const fd = open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
+  if (fd >= 0) fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) & ~O_NONBLOCK);
+  if (fd < 0 && errno == ENXIO && isPipe) throw Failed(path + ": no program reads this pipe");
+  return fd;
+}
+
 Failed AlreadyExists(std::string const& path) {
   return Failed(path + ": already exists; use --overwrite to replace it");
 }
@@ -57,6 +65,8 @@ Failed AlreadyExists(std::string const& path) {
 void RequireNew(std::string const& path, bool overwrite) {
   struct stat link = {};
   struct stat file = {};
+  if (stat(path.c_str(), &file) == 0 && S_ISDIR(file.st_mode)) throw FileFailed(path, EISDIR);
+  if (S_ISBLK(file.st_mode)) throw Failed(path + ": is a block device");
   if (overwrite || lstat(path.c_str(), &link) != 0) return;
   // A dangling link also counts as existing.
   if (stat(path.c_str(), &file) != 0 || S_ISREG(file.st_mode)) throw AlreadyExists(path);
@@ -78,8 +88,8 @@ Output::Output(std::string const& path, struct stat const& source, bool overwrit
   RequireWritable(path, source, overwrite);
   struct stat old = {};
   bool const exists = stat(path.c_str(), &old) == 0;
-  int const fd = exists && !S_ISREG(old.st_mode) ? open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY)
-                                                 : MakeBeside(exists ? &old : nullptr);
+  int const fd =
+      exists && !S_ISREG(old.st_mode) ? OpenDevice(path, S_ISFIFO(old.st_mode)) : MakeBeside(exists ? &old : nullptr);
   if (fd >= 0) file_.reset(fdopen(fd, "wb"));
   if (file_ == nullptr) throw FileFailed(path_);
 }

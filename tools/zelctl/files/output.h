@@ -9,7 +9,8 @@
 #include <memory>
 #include <string>
 
-// Throws Failed if the file exists and must not be replaced. Devices and pipes are accepted.
+// Throws Failed if the file exists and must not be replaced, or is a directory or a block device. Other devices and
+// pipes are accepted.
 void RequireNew(std::string const& path, bool overwrite);
 // Throws the errors of the constructor of Output.
 void RequireWritable(std::string const& path, struct stat const& source, bool overwrite);

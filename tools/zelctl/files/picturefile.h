@@ -14,8 +14,9 @@ struct PictureFile {
 
   // --overwrite, and the option `name`.
   Options Asked(char const* name, char const* help);
-  // Throws Failed if the file exists and --overwrite was not given. Call this before the work is done.
-  void RequireFree() const;
+  // Throws Failed if the file exists and --overwrite was not given, and WrongUsage if it is `source`, the file that the
+  // picture shows ("" for none). Call this before the work is done.
+  void RequireFree(std::string const& source) const;
   // Atomic. Throws Failed.
   void Write(std::string const& bytes) const;
 };
