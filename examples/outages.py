@@ -1,4 +1,4 @@
-#!/ usr / bin / env python3
+#!/usr/bin/env python3
 """A month's mains failures: outages.py LOG YEAR-MONTH. Event 1 begins one, event 2 ends it."""
 import sys
 import zelvane

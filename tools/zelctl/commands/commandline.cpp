@@ -114,7 +114,7 @@ void RequireCsv(CLI::App const& app, Terminal const& terminal) {
 
 // The parser's message in the wording of the other messages.
 std::string Reworded(CLI::ParseError const& error) {
-  std::string const what = error.what();
+  std::string what = error.what();
   // Other messages contain the user's words, of any length.
   if (dynamic_cast<CLI::ArgumentMismatch const*>(&error) == nullptr &&
       dynamic_cast<CLI::RequiredError const*>(&error) == nullptr)

@@ -26,10 +26,13 @@ void RequireNamed(Command const& root, std::vector<std::string> const& path) {
     auto const match = std::find_if(below.begin(), below.end(), [&](Command const& each) { return each.name == name; });
     if (match == below.end()) {
       std::vector<std::string> names;
+      names.reserve(below.size());
       for (Command const& each : below) names.push_back(each.name);
       std::string const nearest = DidYouMean(name, names);
-      throw WrongUsage("unknown command \"" + name + "\"" + nearest + (nearest.empty() ? "; see" : " See") +
-                       " `zelctl help`");
+      std::string text = "unknown command \"";
+      text.append(name).append("\"").append(nearest).append(nearest.empty() ? "; see `zelctl help`"
+                                                                            : " See `zelctl help`");
+      throw WrongUsage(text);
     }
     found = &*match;
   }
