@@ -8,9 +8,10 @@
 //     and the output of `diff` against the root before: every change of every byte of every file
 //
 // `each WORDS ARGUMENT...` runs zelctl with the words and each argument in turn, and prints the error and exit code on
-// one line. `tries` does that for whole argument lines. `at TIME COMMAND` sets the clock. JSON is shown on one line. `unstamped` removes the time stamp of the last
-// change from the browse list. All other lines are remarks. "@" in the output is the root's path. A command that
-// changes nothing shows no difference, so each transcript also shows what was NOT written.
+// one line. `tries` does that for whole argument lines. `at TIME COMMAND` sets the clock. JSON is shown on one line.
+// `unstamped` removes the time stamp of the last change from the browse list. All other lines are remarks. "@" in the
+// output is the root's path. A command that changes nothing shows no difference, so each transcript also shows what was
+// NOT written.
 //
 // With ZELVANE_TRANSCRIBE set, the files are rewritten instead of compared: check the changes before you keep them.
 #include <gtest/gtest.h>
