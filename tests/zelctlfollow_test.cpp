@@ -78,6 +78,9 @@ TEST(LogFollow, ShowsEachRecordOnceAlsoWhenTheLogIsCutAtItsBound) {
   EXPECT_EQ(follower.Codes(3), "4 5 6 ") << "beyond the bound of 4";
   for (int code = 7; code <= 9; code++) WriteEvent(log, code);
   EXPECT_EQ(follower.Codes(3), "7 8 9 ") << "beyond the bound again";
+  log.ClearFile();
+  for (int code = 11; code <= 13; code++) WriteEvent(log, code);
+  EXPECT_EQ(follower.Codes(3), "11 12 13 ") << "none of which was there before";
   follower.Stop();
   EXPECT_EQ(follower.Line(), "(end)") << "nothing twice";
 }

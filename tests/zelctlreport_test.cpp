@@ -42,7 +42,7 @@ std::string Log(int outages, std::int32_t apart) {
   return log;
 }
 
-class ReportFiles : public testing::TestWithParam<std::pair<char const*, char const*>> {
+class ReportFiles : public testing::TestWithParam<std::pair<std::string, std::string>> {
  protected:
   void SetUp() override {
     if (*ZELVANE_ZELCTL == '\0') GTEST_SKIP() << "built without the command";
@@ -71,7 +71,7 @@ std::vector<std::string> Elements(std::string const& page) {
 
 TEST_P(ReportFiles, AreTheExpectedOnes) {
   auto const& [file, command] = GetParam();
-  std::string const expected = std::string(ZELVANE_FIXTURES "/pictures/") + file;
+  std::string const expected = ZELVANE_FIXTURES "/pictures/" + file;
   std::string const script = "cd '" + here_.Path() +
                              "' && TZ=UTC0 ZELVANE_TEST_NOW=1111910400 LD_PRELOAD=" ZELVANE_TEST_REDIRECT
                              " ASAN_OPTIONS=$ASAN_OPTIONS:verify_asan_link_order=0 " ZELVANE_ZELCTL " " +
@@ -97,7 +97,7 @@ INSTANTIATE_TEST_SUITE_P(
                     std::pair("outages-year.svg", "log outages years/logevt.rgt --start 1 --end 4 --by year --svg"),
                     std::pair("chart-day.svg", "log chart demo/logevt.rgt --code 1,3 --by day --svg"),
                     std::pair("chart-hour.svg", "log chart years/logevt.rgt --by hour-of-day --svg")),
-    [](auto const& row) { return std::regex_replace(std::string(row.param.first), std::regex("\\W"), "_"); });
+    [](auto const& row) { return std::regex_replace(row.param.first, std::regex("\\W"), "_"); });
 
 // The first byte that a page must not contain: a control character except a line feed, or the second byte of a C1
 // control in UTF-8.
