@@ -169,7 +169,7 @@ TEST(CfgFiles, WhatCannotBeReadWholeIsNotOpened) {
   EXPECT_EQ(scratch.List(), (test::Names{"f.cfg", "pipe"}));
 }
 
-TEST(CfgFiles, WhatLastsFromOneFileToTheNext) {
+TEST(CfgFiles, WhatIsKeptFromOneFileToTheNext) {
   Scratch scratch;
   CfgClass cfg;
   std::string const old = "[S]\nk=1\nbad]\nx=2\n", path = scratch.Write("f.cfg", old), other = scratch.Path("h.cfg");
@@ -204,7 +204,7 @@ TEST(CfgFiles, WhatLastsFromOneFileToTheNext) {
   EXPECT_EACH((cfg.LoadFile(false), cfg.GetErrorLine()), true, 0);
 }
 
-TEST(CfgFiles, AnObjectThatGoesSavesItsChanges) {
+TEST(CfgFiles, TheDestructorSavesChanges) {
   Scratch scratch;
   for (bool const reg : {false, true}) {
     std::string const path = scratch.Write("f.cfg", "[S]\nk=1\n");
@@ -327,7 +327,7 @@ struct Steps : CfgClass {
   std::string Take() { return std::exchange(taken, ""); }
 };
 
-TEST(CfgSteps, AVariantMayReplaceAny) {
+TEST(CfgHooks, ASubclassMayReplaceEach) {
   Scratch scratch;
   Steps cfg;
   ASSERT_TRUE(cfg.Open(scratch.Write("f.cfg", "[S]\na=1\na=2\n[s]")));
@@ -344,7 +344,7 @@ TEST(CfgSteps, AVariantMayReplaceAny) {
   EXPECT_EQ(scratch.Read("f.cfg"), "[S]\na=2\n[s]\n[New]\nKey = v");
 }
 
-TEST(CfgSteps, ARefusedInsertionChangesNothing) {
+TEST(CfgHooks, ARefusedInsertionChangesNothing) {
   Scratch scratch;
   std::string const path = scratch.Write("f.cfg", "a=1\n[s]\nk=1");
   for (char const* refused : {"s", "k", "", "k=1"}) {
@@ -364,7 +364,7 @@ TEST(CfgSteps, ARefusedInsertionChangesNothing) {
   }
 }
 
-TEST(CfgSteps, AnEntryWhoseLineSaysSomethingElseKeepsItsValue) {
+TEST(CfgHooks, AnEntryWhoseLineSaysSomethingElseKeepsItsValue) {
   Scratch scratch;
   CfgClass cfg;
   CfgClass::SectionPosition at;
@@ -374,7 +374,7 @@ TEST(CfgSteps, AnEntryWhoseLineSaysSomethingElseKeepsItsValue) {
   EXPECT_EQ(Dump(cfg), "S{K=1|X=other}");
 }
 
-TEST(CfgSteps, APositionReachesTheOtherSections) {
+TEST(CfgHooks, APositionReachesTheOtherSections) {
   Scratch scratch;
   CfgClass cfg;
   CfgClass::SectionPosition a;
@@ -388,7 +388,7 @@ TEST(CfgSteps, APositionReachesTheOtherSections) {
   EXPECT_EQ(Dump(cfg), "A{A=1|D=3}B{B=1|C=2}X{K=1}");
 }
 
-TEST(CfgSteps, AnIndexWithoutLinesCanBeRead) {
+TEST(CfgHooks, AnIndexWithoutLinesCanBeRead) {
   Scratch scratch;
   for (bool const anew : {false, true}) {
     RegCfgClass cfg;

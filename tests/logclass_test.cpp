@@ -178,7 +178,7 @@ TEST_F(RecordLog, TheScratchFileLeadsNowhere) {
 
 // What a power failure can leave while the records of a cut are copied back: any mixture of sectors of the old and the
 // new log, and anything in the last record, which was not synced.
-TEST_F(RecordLog, ACutThatBrokeOffIsFinished) {
+TEST_F(RecordLog, AnInterruptedCutIsFinished) {
   std::mt19937 random(16);
   auto const any = [&](std::uint32_t n) { return static_cast<std::uint32_t>(random() % n); };
   for (int round = 0; round < 120; round++) {

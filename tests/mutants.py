@@ -112,7 +112,7 @@ class Workshop:
                 if not self.run(["cmake", "--build", self.build, "--target", target]):
                     return "no program", ""
                 if not all(self.run(test) for test in tests):
-                    failed = re.search(r"\[  FAILED  \] ([\w.]+)", self.output.read_text(encoding="latin-1"))
+                    failed = re.search(r"\[  FAILED  \] ([\w./]+)", self.output.read_text(encoding="latin-1"))
                     return "killed", failed[1] if failed else ""
             return "survived", ""
         finally:

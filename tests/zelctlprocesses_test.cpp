@@ -78,7 +78,7 @@ TEST_F(ZelctlProcesses, KillsWhatIsNamedAndNothingElse) {
   EXPECT_EQ(stubborn.EndingSignal(), SIGKILL);
 }
 
-TEST_F(ZelctlProcesses, WantsToKnowWhichOfSeveral) {
+TEST_F(ZelctlProcesses, KillsNoneOfSeveralUnlessTold) {
   std::string const name = UniqueName();
   Sleeper first(name), second(name), third(name);
   EXPECT_EQ(Proc("kill " + name + " --pid " + Id(second)), Sent(Id(second), name));

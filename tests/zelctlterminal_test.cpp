@@ -1,4 +1,4 @@
-// The output of zelctl on a terminal. The transcripts cover all other output.
+// The output of zelctl on a terminal, and what a stopped command leaves. The transcripts cover all other output.
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <stdlib.h>
@@ -82,7 +82,7 @@ TEST_F(ZelctlCipher, LeavesNoOutputWhenStopped) {
   EXPECT_EQ(here_.List(), (std::vector<std::string>{"phrase", "pipe"}));
 }
 
-TEST(ZelctlTerminal, NamesWhatHasNoRoomAndEscapesControls) {
+TEST(ZelctlTerminal, FoldsCellsNamesColumnsWithoutRoomAndEscapesControls) {
   if (*ZELVANE_ZELCTL == '\0') GTEST_SKIP() << "built without the command";
   struct {
     char const* command;
