@@ -318,6 +318,11 @@ TEST_F(RecordLog, RecordsAreReadByIndex) {
     EXPECT_EQ((log.*read)(0, nullptr, data, kSize), mayBeNull);
     EXPECT_EQ((log.*read)(0, &when, nullptr, kSize), mayBeNull);
   }
+  bytes = Bytes(7) + "x";
+  long when = 0;
+  char byte = '.';
+  ASSERT_TRUE(log.SetBuffer(bytes.data(), bytes.size()));
+  EXPECT_EACH((log.ReadReg(0, &when, &byte, 1), when, byte), true, 7, 'x') << "a payload of one byte";
   log.UnloadFile();
   EXPECT_EACH((log.LoadFile(kSize), log.GetRegCount(kSize)), 3);
   EXPECT_EACH((log.LoadFile(kSize), log.GetRegCount(kSize)), 3, 0) << "a second load in a row loads nothing";
