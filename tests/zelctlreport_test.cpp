@@ -80,7 +80,7 @@ TEST_P(ReportFiles, AreTheExpectedOnes) {
   std::string page = here_.Read("made");
   Cut(page, "<style>", "</style>");
   Cut(page, "by zelctl ", " from");
-  if (expected.find("demo") == std::string::npos) Cut(page, "<tbody>", "</tbody>");
+  if (file != "demo.html") Cut(page, "<tbody>", "</tbody>");
   if (getenv("ZELVANE_TRANSCRIBE") != nullptr) return test::WriteFile(expected, page);
   std::vector<std::string> const made = Elements(page), elements = Elements(test::ReadFile(expected));
   auto const [one, other] = std::mismatch(made.begin(), made.end() - 1, elements.begin(), elements.end() - 1);
