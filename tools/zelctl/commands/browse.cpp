@@ -98,7 +98,7 @@ std::string IndentedName(BrowseRow const& row) {
 }
 
 void PrintRows(std::vector<BrowseRow> const& rows, bool reasons, Terminal const& terminal) {
-  std::vector<std::vector<std::string>> table = {{"NAME", "KIND", "ID", "ADDRESS", "NUMBER"}};
+  Table table = {{"NAME", "KIND", "ID", "ADDRESS", "NUMBER"}};
   if (reasons) table[0].emplace_back("REASON");
   table.reserve(rows.size() + 1);
   for (BrowseRow const& row : rows) {
@@ -132,7 +132,7 @@ void PrintTreeJson(std::string const& file, long date, BrowseTree const& tree, T
                        {"key", ToUtf8(fault.key)},
                        {"value", ToUtf8(fault.value)},
                        {"reason", fault.reason}});
-  terminal.PrintJson({{"file", ToUtf8(file)},
+  terminal.PrintJson({{"file", FileName{file}},
                       {"changed", date},
                       {"tree", RowsJson(tree.rows, false)},
                       {"orphans", RowsJson(tree.orphans, true)},
@@ -154,7 +154,7 @@ void ShowTree(Arguments const& arguments, Terminal const& terminal) {
   }
   if (tree.faults.empty()) return;
   std::cout << "\nInvalid entries:\n";
-  std::vector<std::vector<std::string>> table = {{"SECTION", "KEY", "VALUE", "REASON"}};
+  Table table = {{"SECTION", "KEY", "VALUE", "REASON"}};
   for (BrowseFault const& fault : tree.faults)
     table.push_back({SectionOf(fault.kind), fault.key, fault.value, fault.reason});
   terminal.PrintTable(table);

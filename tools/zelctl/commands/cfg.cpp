@@ -86,7 +86,7 @@ void List(Arguments const& arguments, Terminal const& terminal) {
   }
 
   Json::Object json;
-  std::vector<std::vector<std::string>> rows = {{"SECTION", "KEY", "VALUE"}};
+  Table rows = {{"SECTION", "KEY", "VALUE"}};
   for (std::string const& section : sections) {
     Json::Object members;
     unsigned long const count = cfg.GetKeyCount(section);
@@ -96,7 +96,7 @@ void List(Arguments const& arguments, Terminal const& terminal) {
       std::string const value = cfg.ReadStr(section, i, "");
       bool const hide = IsPasswordKey(key) && !value.empty() && !terminal.showPasswords;
       members.push_back({ToUtf8(key), hide ? Json() : Json(ToUtf8(value))});
-      rows.push_back({Header(section), key, hide ? kHiddenPassword : value});
+      rows.push_back({Header(section), key, hide ? Cell(kHiddenPassword) : Cell(value)});
     }
     json.push_back({ToUtf8(section), std::move(members)});
   }
@@ -163,7 +163,7 @@ void ReportLint(Arguments const& arguments, Terminal& terminal) {
   Json::List json;
   for (Finding const& finding : findings) {
     if (terminal.json)
-      json.push_back({{"file", arguments.file},
+      json.push_back({{"file", FileName{arguments.file}},
                       {"line", finding.line},
                       {"kind", finding.kind},
                       {"message", ToUtf8(finding.message)}});

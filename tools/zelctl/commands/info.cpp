@@ -27,7 +27,7 @@ struct Facts {
 
 std::vector<Field> Fields() {
   return {
-      String<&Facts::root>("root", "installation root"),
+      Path<&Facts::root>("root", "installation root"),
       String<&Facts::rootFrom>("rootFrom", "what names the root"),
       String<&Facts::version>("version", "version of the product"),
       String<&Facts::product>("product", "name of the product"),

@@ -247,7 +247,8 @@ void WriteChart(Arguments const& arguments, Chart const& chart, Step step, Termi
   arguments.picture.Write(svg);
   std::uint64_t events = 0;
   for (ChartColumn const& column : chart.By(step)) events += column.events;
-  if (!PrintMachineRow(terminal, {{"file", arguments.picture.path}, {"events", events}, {"bytes", svg.size()}}))
+  if (!PrintMachineRow(terminal,
+                       {{"file", FileName{arguments.picture.path}}, {"events", events}, {"bytes", svg.size()}}))
     terminal.PrintNames(arguments.picture.path + ": " + Counted(events, "event") + ", " + Counted(svg.size(), "byte"));
 }
 
@@ -311,7 +312,7 @@ void NoteCopies(RecordLog const& log, Terminal const& terminal) {
 
 void VerifyText(Arguments const& arguments, Terminal& terminal) {
   TextDamage const found = InspectText(ReadText(arguments.file));
-  if (!PrintMachineRow(terminal, {{"file", arguments.file},
+  if (!PrintMachineRow(terminal, {{"file", FileName{arguments.file}},
                                   {"length", found.length},
                                   {"lines", found.lines},
                                   {"nulRuns", found.nulRuns},
@@ -332,16 +333,15 @@ void Verify(Arguments const& arguments, Terminal& terminal) {
   Inspection const found(log);
   Damage const damage(LoadRecords(log), log.RecordSize());
   auto const time = [](std::int32_t stamp) { return stamp < 0 ? Json() : Json(TimeText(stamp)); };
-  Json::Object row = {{"file", log.Path()},     {"length", log.Length()},     {"recordSize", log.RecordSize()},
-                      {"records", log.Count()}, {"first", time(found.first)}, {"last", time(found.last)},
+  Json::Object row = {{"file", FileName{log.Path()}}, {"length", log.Length()},     {"recordSize", log.RecordSize()},
+                      {"records", log.Count()},       {"first", time(found.first)}, {"last", time(found.last)},
                       {"tornBytes", log.Torn()}};
   std::string const span =
       found.first < 0 || found.last < 0 ? "" : ", " + TimeText(found.first) + " to " + TimeText(found.last);
-  std::vector<std::vector<std::string>> rows = {
-      {"CHECK", "FOUND", ""},
-      {"length", std::to_string(log.Length()), "bytes"},
-      {"records", std::to_string(log.Count()), "of " + std::to_string(log.RecordSize()) + " bytes" + span},
-      {"partial record", std::to_string(log.Torn()), log.Torn() == 0 ? "" : "bytes"}};
+  Table rows = {{"CHECK", "FOUND", ""},
+                {"length", std::to_string(log.Length()), "bytes"},
+                {"records", std::to_string(log.Count()), "of " + std::to_string(log.RecordSize()) + " bytes" + span},
+                {"partial record", std::to_string(log.Torn()), log.Torn() == 0 ? "" : "bytes"}};
   bool sound = log.Torn() == 0;
   for (Fault const& fault :
        {found.outOfOrder, found.inFuture, found.withoutTime, damage.zero, damage.doubled, damage.mixed}) {
@@ -370,9 +370,10 @@ void SalvageText(Arguments const& arguments, Terminal& terminal) {
   std::string const kept = WithoutNul(text);
   file.Write(kept.data(), kept.size());
   file.Keep();
-  if (!PrintMachineRow(
-          terminal,
-          {{"file", arguments.out}, {"lines", found.lines}, {"nulRuns", found.nulRuns}, {"nulBytes", found.nulBytes}}))
+  if (!PrintMachineRow(terminal, {{"file", FileName{arguments.out}},
+                                  {"lines", found.lines},
+                                  {"nulRuns", found.nulRuns},
+                                  {"nulBytes", found.nulBytes}}))
     terminal.PrintText(std::to_string(found.lines) + " lines saved, " + std::to_string(found.nulBytes) +
                        " NUL bytes removed");
 }
@@ -409,7 +410,7 @@ void Salvage(Arguments const& arguments, Terminal& terminal) {
     saved++;
   }
   file.Keep();
-  Json::Object row = {{"file", out}, {"records", saved}, {"leftBytes", log.Torn()}};
+  Json::Object row = {{"file", FileName{out}}, {"records", saved}, {"leftBytes", log.Torn()}};
   std::string leftOut;
   for (Fault const& fault : {damage.zero, damage.doubled, damage.mixed}) {
     row.push_back({fault.name, fault.count});

@@ -219,8 +219,8 @@ void WritePicture(std::vector<Outage> const& outages, std::optional<Period> peri
   std::string const svg = OutagePicture(outages, rows, history);
   arguments.picture.Write(svg);
   std::size_t const groups = GroupsOf(outages, rows).size();
-  if (!PrintMachineRow(terminal,
-                       {{"file", arguments.picture.path}, {"outages", outages.size()}, {"bytes", svg.size()}}))
+  if (!PrintMachineRow(
+          terminal, {{"file", FileName{arguments.picture.path}}, {"outages", outages.size()}, {"bytes", svg.size()}}))
     terminal.PrintNames(arguments.picture.path + ": " + Counted(outages.size(), "outage") + " on " +
                         Counted(groups, NameOf(rows)) + ", " + Counted(svg.size(), "byte"));
 }

@@ -142,7 +142,7 @@ void Report(Arguments const& arguments, Terminal& terminal) {
     if (!events.history) terminal.status = 1;
     outages += events.history ? events.history->outages.size() : 0;
   }
-  if (!PrintMachineRow(terminal, {{"file", arguments.page.path},
+  if (!PrintMachineRow(terminal, {{"file", FileName{arguments.page.path}},
                                   {"outages", outages},
                                   {"findings", parts.site.findings.size()},
                                   {"bytes", page.size()}}))

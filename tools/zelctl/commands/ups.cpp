@@ -55,7 +55,7 @@ void List(Terminal const& terminal) {
   NoteState(ListFile(), "no units defined", terminal);
   std::vector<Unit> units;
   for (std::string const& name : UnitNames()) units.push_back(UnitOf(name));
-  PrintRecords({String<&Unit::name>("unit"), String<&Unit::folder>("folder")}, units, terminal);
+  PrintRecords({String<&Unit::name>("unit"), Path<&Unit::folder>("directory")}, units, terminal);
 }
 
 // The contents of a new unit.
@@ -93,7 +93,7 @@ void Add(Arguments const& arguments, Terminal const& terminal) {
                    Template() + ", or " + ListFile() + (errno == 0 ? "" : std::string(": ") + strerror(errno)) +
                    (CurrentUserIsAdmin() != 0 ? "" : " (root is required)"));
   });
-  if (done && terminal.json) terminal.PrintJson({{"unit", unit.name}, {"folder", ToUtf8(unit.folder)}});
+  if (done && terminal.json) terminal.PrintJson({{"unit", unit.name}, {"directory", FileName{unit.folder}}});
 }
 
 void Remove(Arguments const& arguments, Terminal const& terminal) {
