@@ -52,6 +52,7 @@ struct Arguments {
   bool reverse = false;
   PictureFile picture;
   bool overwrite = false;
+  bool dryRun = false;
   bool text = false;
 };
 
@@ -137,10 +138,12 @@ Days DaysOf(Arguments const& arguments, Terminal const& terminal) {
 
 // The complete records, also of a damaged file, which LogReaderOpen treats as empty.
 std::vector<unsigned char> Load(RecordLog const& log, Terminal const& terminal) {
-  EventCheck check;
-  log.ForEach([&check](Record const& record) { check.See(record); });
-  check.Require(log);
   std::vector<unsigned char> bytes = LoadRecords(log);
+  auto const size = static_cast<std::size_t>(log.RecordSize());
+  EventCheck check;
+  for (std::size_t at = 0; at < bytes.size(); at += size)
+    check.See({at / size, StampOf(&bytes[at]), &bytes[at] + kStampSize, size - kStampSize});
+  check.Require(log);
   log.NoteDamage(terminal);
   return bytes;
 }
@@ -247,9 +250,7 @@ void WriteChart(Arguments const& arguments, Chart const& chart, Step step, Termi
   arguments.picture.Write(svg);
   std::uint64_t events = 0;
   for (ChartColumn const& column : chart.By(step)) events += column.events;
-  if (!PrintMachineRow(terminal,
-                       {{"file", FileName{arguments.picture.path}}, {"events", events}, {"bytes", svg.size()}}))
-    terminal.PrintNames(arguments.picture.path + ": " + Counted(events, "event") + ", " + Counted(svg.size(), "byte"));
+  arguments.picture.Tell(Counted(events, "event"), {{"events", events}}, svg.size(), terminal);
 }
 
 void DrawChart(Arguments const& arguments, Terminal& terminal) {
@@ -363,19 +364,25 @@ struct stat StatusOf(std::string const& path) {
   return status;
 }
 
+char const* Saved(Arguments const& arguments) { return arguments.dryRun ? " would be saved, " : " saved, "; }
+
 void SalvageText(Arguments const& arguments, Terminal& terminal) {
   std::string const text = ReadText(arguments.file);
   TextDamage const found = InspectText(text);
-  Output file(arguments.out, StatusOf(arguments.file), arguments.overwrite);
-  std::string const kept = WithoutNul(text);
-  file.Write(kept.data(), kept.size());
-  file.Keep();
+  struct stat const source = StatusOf(arguments.file);
+  RequireWritable(arguments.out, source, arguments.overwrite);
+  if (!arguments.dryRun) {
+    Output file(arguments.out, source, arguments.overwrite);
+    std::string const kept = WithoutNul(text);
+    file.Write(kept.data(), kept.size());
+    file.Keep();
+  }
   if (!PrintMachineRow(terminal, {{"file", FileName{arguments.out}},
                                   {"lines", found.lines},
                                   {"nulRuns", found.nulRuns},
                                   {"nulBytes", found.nulBytes}}))
-    terminal.PrintText(std::to_string(found.lines) + " lines saved, " + std::to_string(found.nulBytes) +
-                       " NUL bytes removed");
+    terminal.PrintNames(arguments.out + ": " + Counted(found.lines, "line") + Saved(arguments) +
+                        Counted(found.nulBytes, "NUL byte") + " removed");
 }
 
 // The records of the log, or of its scratch file if an interrupted cut left only that one complete.
@@ -393,6 +400,15 @@ std::vector<unsigned char> Rescued(RecordLog const& log, Terminal const& termina
   return whole;
 }
 
+void WriteRecords(std::vector<unsigned char> const& bytes, Damage const& damage, std::uint64_t recordSize,
+                  struct stat const& source, Arguments const& arguments) {
+  auto const size = static_cast<std::size_t>(recordSize);
+  Output file(arguments.out, source, arguments.overwrite);
+  for (std::size_t i = 0; i < damage.isLeftOut.size(); i++)
+    if (!damage.isLeftOut[i]) file.Write(&bytes[i * size], size);
+  file.Keep();
+}
+
 void Salvage(Arguments const& arguments, Terminal& terminal) {
   if (arguments.text) return SalvageText(arguments, terminal);
   std::string const& out = arguments.out;
@@ -401,16 +417,9 @@ void Salvage(Arguments const& arguments, Terminal& terminal) {
   RequireWritable(out, source, arguments.overwrite);
   std::vector<unsigned char> const bytes = Rescued(log, terminal);
   Damage const damage(bytes, log.RecordSize());
-  Output file(out, source, arguments.overwrite);
-  std::uint64_t saved = 0;
-  auto const length = static_cast<std::size_t>(log.RecordSize());
-  for (std::size_t i = 0; i < damage.isLeftOut.size(); i++) {
-    if (damage.isLeftOut[i]) continue;
-    file.Write(&bytes[i * length], length);
-    saved++;
-  }
-  file.Keep();
-  Json::Object row = {{"file", FileName{out}}, {"records", saved}, {"leftBytes", log.Torn()}};
+  if (!arguments.dryRun) WriteRecords(bytes, damage, log.RecordSize(), source, arguments);
+  auto const saved = static_cast<std::uint64_t>(std::count(damage.isLeftOut.begin(), damage.isLeftOut.end(), false));
+  Json::Object row = {{"file", FileName{out}}, {"records", saved}, {"tornBytes", log.Torn()}};
   std::string leftOut;
   for (Fault const& fault : {damage.zero, damage.doubled, damage.mixed}) {
     row.push_back({fault.name, fault.count});
@@ -419,8 +428,8 @@ void Salvage(Arguments const& arguments, Terminal& terminal) {
           std::string(leftOut.empty() ? ", records skipped: " : ", ") + fault.shown + " " + std::to_string(fault.count);
   }
   if (!PrintMachineRow(terminal, row))
-    terminal.PrintText(std::to_string(saved) + " records saved, " + std::to_string(log.Torn()) +
-                       " trailing bytes skipped" + leftOut);
+    terminal.PrintNames(out + ": " + Counted(saved, "record") + Saved(arguments) +
+                        Counted(log.Torn(), "trailing byte") + " skipped" + leftOut);
 }
 
 // ---- The command line ----
@@ -458,7 +467,7 @@ std::vector<Command> Views(std::shared_ptr<Arguments> const& arguments) {
       {"chart", "Chart events by hour, day, week, month or year, for each code", On(arguments, DrawChart),
        Joined({asked.File(),
                {Value("--by", &arguments->by, "hour|day|week|month|year|weekday|hour-of-day",
-                      "What a bar stands for; default: what fits a page")},
+                      "Period of each bar; default: the finest that fits a page")},
                choice.Span(),
                choice.Code(),
                arguments->picture.Asked("--svg", "Write an SVG picture to FILE instead"),
@@ -488,12 +497,14 @@ std::vector<Command> Rescue(std::shared_ptr<Arguments> const& arguments) {
        Joined({asked.File(), {asked.Text(), asked.Size()}}),
        "Exit code 1 for a partial last record; for a time stamp that is out of order, in the future, or invalid; and "
        "for what a power cut leaves: trailing records of zeros, a record repeated by the next one, a time stamp out of "
-       "order with the payload of the record beside it. In a text log: NUL bytes, a last line without a line end."},
+       "order with the payload of the previous or next record. In a text log: NUL bytes, a last line without a line "
+       "end."},
       {"salvage", "Copy the complete records of a damaged log, or of a leftover .tmp file, to a new log",
        On(arguments, Salvage),
-       Joined({asked.File(),
-               {asked.Text(), Argument("OUT", &arguments->out, "Output file").Required(),
-                Overwrite(arguments->overwrite), asked.Size()}}),
+       Joined(
+           {asked.File(),
+            {asked.Text(), Argument("OUT", &arguments->out, "Output file").Required(), Overwrite(arguments->overwrite),
+             Flag("--dry-run", &arguments->dryRun, "Write nothing; show what would be saved"), asked.Size()}}),
        "Skips what a power cut leaves: see `verify`. If a truncation was interrupted and only FILE.tmp has all "
        "records, they are taken from there."}};
 }

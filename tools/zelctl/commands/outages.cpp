@@ -219,10 +219,8 @@ void WritePicture(std::vector<Outage> const& outages, std::optional<Period> peri
   std::string const svg = OutagePicture(outages, rows, history);
   arguments.picture.Write(svg);
   std::size_t const groups = GroupsOf(outages, rows).size();
-  if (!PrintMachineRow(
-          terminal, {{"file", FileName{arguments.picture.path}}, {"outages", outages.size()}, {"bytes", svg.size()}}))
-    terminal.PrintNames(arguments.picture.path + ": " + Counted(outages.size(), "outage") + " on " +
-                        Counted(groups, NameOf(rows)) + ", " + Counted(svg.size(), "byte"));
+  arguments.picture.Tell(Counted(outages.size(), "outage") + " on " + Counted(groups, NameOf(rows)),
+                         {{"outages", outages.size()}}, svg.size(), terminal);
 }
 
 void ShowOutages(Arguments const& arguments, Terminal& terminal) {
@@ -263,7 +261,8 @@ Command OutagesCommand() {
               {Value("--from", &arguments->from, "TIME", "First begin to include"),
                Value("--to", &arguments->to, "TIME", "Last begin to include"),
                Value("--last", &arguments->last, "N", "Only the last N rows; totals include all"),
-               Value("--by", &arguments->by, "outage|day|week|month|year", "What a row stands for; default: outage")},
+               Value("--by", &arguments->by, "outage|day|week|month|year",
+                     "Period of each row; default: one row for each outage")},
               arguments->picture.Asked("--svg", "Write an SVG picture to FILE instead")}),
       "An outage begins with the first record of --start and ends with the next one of --end, as in `log time`. An "
       "outage without an end is open: its length, marked \"+\", is measured to the last record. The longest bar fills "

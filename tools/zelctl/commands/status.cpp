@@ -174,6 +174,12 @@ std::string LogText(SiteEvents const& events) {
   return text + (history.torn == 0 ? "sound" : "damaged (zelctl log salvage " + history.path + " OUT)");
 }
 
+std::string OtherLogsText(Site const& site) {
+  std::string names;
+  for (SiteLog const& log : site.otherLogs) names += (names.empty() ? "" : ", ") + log.file;
+  return names + ": not checked";
+}
+
 void ShowSettings(Site const& site, Screen& screen) {
   for (SiteLint const& lint : site.lint)
     screen.PathLine("settings",
@@ -202,6 +208,7 @@ void Show(Site const& site, bool isOther, Terminal const& terminal) {
   }
   for (SiteEvents const& events : site.events)
     screen.PathLine("logs", LogText(events), !events.history || events.history->torn > 0);
+  if (!site.otherLogs.empty()) screen.PathLine("logs", OtherLogsText(site));
   ShowSettings(site, screen);
   screen.PathLine("root", site.root);
   screen.Line("versions", VersionsText(isOther));
@@ -220,7 +227,7 @@ Json JsonEvents(SiteEvents const& events) {
   Json::Object json = {{"file", events.file}, {"mains", kMains[static_cast<int>(mains)]}};
   json.push_back({"since", isKnown ? Json(TimeText(Since(*events.history))) : Json()});
   if (!events.history) {
-    json.push_back({"fault", ToUtf8(events.fault)});
+    json.push_back({"reason", ToUtf8(events.fault)});
     return json;
   }
   History const& history = *events.history;
@@ -246,8 +253,10 @@ void ShowJson(Site const& site, bool isOther, Terminal const& terminal) {
   auto const finding = [](SiteFinding const& each) -> Json {
     return {{"where", ToUtf8(each.where)}, {"what", ToUtf8(each.what)}};
   };
+  auto const otherLog = [](SiteLog const& log) -> Json { return {{"file", log.file}, {"bytes", log.bytes}}; };
   terminal.PrintJson({{"root", site.root},
                       {"logs", ListOf(site.events, JsonEvents)},
+                      {"otherLogs", ListOf(site.otherLogs, otherLog)},
                       {"planned", ListOf(site.planned, JsonMoment)},
                       {"passed", ListOf(site.passed, JsonMoment)},
                       {"units", ListOf(site.units, [](SitePlace const& unit) { return Json(unit.name); })},
