@@ -376,8 +376,9 @@ Command Change(Action const& action, Kind const& kind) {
   for (std::size_t i = 1; i < kind.fields.size(); i++)
     fields += "  " + FillRight(kind.fields[i].name, 12, ' ') + FillRight(Limits(kind.fields[i]), 34, ' ') +
               kind.fields[i].meaning + "\n";
+  char const* const below = action.act == Remove && kind.kind != BrowseKind::kUps ? " and everything below it" : "";
   bool const asks = action.act == Remove && kind.kind == BrowseKind::kGroup;
-  return {NameOf(kind.kind), std::string(action.help) + kWhat[static_cast<std::size_t>(kind.kind)],
+  return {NameOf(kind.kind), std::string(action.help) + kWhat[static_cast<std::size_t>(kind.kind)] + below,
           [arguments, kind, act = action.act](Terminal const& terminal) { act(kind, *arguments, terminal); },
           Joined({{File(*arguments)},
                   WritingOptions(arguments->writing),
@@ -401,10 +402,9 @@ Command BrowseCommands() {
       {"clear", "Remove all entries", On(arguments, Clear),
        Joined({{File(*arguments)}, WritingOptions(arguments->writing), {Yes(arguments->writing)}})}};
   std::vector<Kind> const kinds = Kinds();
-  for (Action const& action :
-       {Action{"add", "Add ", "Add an entry", Add},
-        Action{"edit", "Change fields of ", "Change fields of an entry", EditEntry},
-        Action{"remove", "Remove, with everything below it, ", "Remove an entry and everything below it", Remove}}) {
+  for (Action const& action : {Action{"add", "Add ", "Add an entry", Add},
+                               Action{"edit", "Change fields of ", "Change fields of an entry", EditEntry},
+                               Action{"remove", "Remove ", "Remove an entry and everything below it", Remove}}) {
     std::vector<Command> below;
     below.reserve(kinds.size());
     for (Kind const& kind : kinds) below.push_back(Change(action, kind));

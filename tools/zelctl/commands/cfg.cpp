@@ -222,7 +222,7 @@ Command CfgCommands() {
         Joined({{file, section, key("Key; without it, the whole section")}, writing}),
         "Comments and repeated lines stay. Exit code 1 if the name does not exist."},
        {"lint",
-        "Report lines that are ignored, cannot be parsed, or hold what the programs do not expect",
+        "Report lines that are ignored, cannot be parsed, or have unexpected values",
         On(arguments, ReportLint),
         {file, ShowPassword()},
         "Prints FILE:LINE: MESSAGE for a syntax error, each line below it (the next save drops them), repeated keys "

@@ -152,7 +152,7 @@ std::vector<unsigned char> Load(RecordLog const& log, Terminal const& terminal) 
 std::unique_ptr<LogClass> HandleOf(std::vector<unsigned char>& bytes) {
   auto log = std::make_unique<LogClass>();
   if (!bytes.empty() && !log->SetBuffer(bytes.data(), static_cast<unsigned long>(bytes.size())))
-    throw Failed("cannot load the log: not enough memory");
+    throw Failed("cannot load the log: out of memory");
   return log;
 }
 
@@ -472,14 +472,15 @@ std::vector<Command> Views(std::shared_ptr<Arguments> const& arguments) {
                choice.Code(),
                arguments->picture.Asked("--svg", "Write an SVG picture to FILE instead"),
                {asked.Size()}}),
-       "All bars have the same scale, up to the terminal width. Three or more empty rows in a row are one line. The "
+       "All bars have the same scale, up to the terminal width. Three or more consecutive empty rows are shown as one "
+       "line. The "
        "codes of --code are side by side if they fit."}};
 }
 
 std::vector<Command> Statistics(std::shared_ptr<Arguments> const& arguments) {
   Asked const asked = {*arguments};
   return {
-      {"count", "Count an event", On(arguments, Count),
+      {"count", "Count how often an event occurred", On(arguments, Count),
        Joined({asked.File(), {Value("--code", &arguments->code, "N", "Code of the event").Required()}, asked.Days()}),
        kCalendarHelp},
       {"time", "Add up how long a condition lasted, from start events to end events", On(arguments, Time),
@@ -496,7 +497,7 @@ std::vector<Command> Rescue(std::shared_ptr<Arguments> const& arguments) {
       {"verify", "Check the file length and the time stamps", On(arguments, Verify),
        Joined({asked.File(), {asked.Text(), asked.Size()}}),
        "Exit code 1 for a partial last record; for a time stamp that is out of order, in the future, or invalid; and "
-       "for what a power cut leaves: trailing records of zeros, a record repeated by the next one, a time stamp out of "
+       "for damage from a power cut: trailing records of zeros, a record repeated by the next one, a time stamp out of "
        "order with the payload of the previous or next record. In a text log: NUL bytes, a last line without a line "
        "end."},
       {"salvage", "Copy the complete records of a damaged log, or of a leftover .tmp file, to a new log",
@@ -505,7 +506,7 @@ std::vector<Command> Rescue(std::shared_ptr<Arguments> const& arguments) {
            {asked.File(),
             {asked.Text(), Argument("OUT", &arguments->out, "Output file").Required(), Overwrite(arguments->overwrite),
              Flag("--dry-run", &arguments->dryRun, "Write nothing; show what would be saved"), asked.Size()}}),
-       "Skips what a power cut leaves: see `verify`. If a truncation was interrupted and only FILE.tmp has all "
+       "Skips damage from a power cut; see `verify`. If a truncation was interrupted and only FILE.tmp has all "
        "records, they are taken from there."}};
 }
 

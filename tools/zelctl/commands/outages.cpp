@@ -205,8 +205,8 @@ void NoteOddities(History const& history, Terminal const& terminal) {
     terminal.Note("no record has the code " + history.codes.Text() + "; `zelctl log chart " + history.path +
                   "` lists the codes");
   if (history.setBack > 0)
-    terminal.Note(Counted(history.setBack, "outage") + " left out, because the clock was set back meanwhile; `zelctl " +
-                  "log time` counts otherwise");
+    terminal.Note(Counted(history.setBack, "outage") +
+                  " omitted, because the clock was set back during them; `zelctl " + "log time` counts otherwise");
   if (history.backwards > 0)
     terminal.Note("the times step back " + Counted(history.backwards, "time") + "; `zelctl log verify " + history.path +
                   "` shows where");
@@ -258,8 +258,8 @@ Command OutagesCommand() {
       "outages", "List mains failures: begin, end, length, total", On(arguments, ShowOutages),
       Joined({{Argument("FILE", &arguments->file, "The log").Required()},
               arguments->codes.Asked(true),
-              {Value("--from", &arguments->from, "TIME", "First begin to include"),
-               Value("--to", &arguments->to, "TIME", "Last begin to include"),
+              {Value("--from", &arguments->from, "TIME", "Only outages that begin at this time or later"),
+               Value("--to", &arguments->to, "TIME", "Only outages that begin at this time or earlier"),
                Value("--last", &arguments->last, "N", "Only the last N rows; totals include all"),
                Value("--by", &arguments->by, "outage|day|week|month|year",
                      "Period of each row; default: one row for each outage")},

@@ -180,7 +180,7 @@ void Kill(Arguments const& arguments, Terminal const& terminal) {
     }
   }
   if (terminal.json) terminal.PrintJson(json);
-  for (ProcClass& left : WaitForEnd(sent)) fault += (fault.empty() ? "" : "; ") + Shown(left) + " is still there";
+  for (ProcClass& left : WaitForEnd(sent)) fault += (fault.empty() ? "" : "; ") + Shown(left) + " still runs";
   if (!fault.empty()) throw Failed(fault);
 }
 
@@ -237,7 +237,7 @@ Command ProcCommands() {
         {name, Value("--pid", &arguments->pid, "PID", "Only the process with this id, if it has the name"),
          Flag("--all", &arguments->all, "All processes of that name").Excludes("--pid")},
         "Prints the process id. If several processes have the name, use --pid or --all; otherwise none is killed. "
-        "Process 1 and zelctl itself are never killed. Exit code 1 if no process has the name, or one is still there "
+        "Process 1 and zelctl itself are never killed. Exit code 1 if no process has the name, or one still runs "
         "after two seconds."},
        {"priority",
         "Set the priority of a process",

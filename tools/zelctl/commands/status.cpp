@@ -90,7 +90,7 @@ std::int32_t Since(History const& history) { return history.isOpen ? history.cur
 std::string MainsText(SiteEvents const& events, std::int32_t now) {
   Mains const mains = MainsOf(events);
   if (mains == Mains::kUnknown)
-    return "not known: " + events.file + (events.history ? " is damaged" : ": " + events.fault);
+    return "unknown: " + events.file + (events.history ? " is damaged" : ": " + events.fault);
   if (mains == Mains::kNoOutage) return "no outage in the log";
   std::int32_t const since = Since(*events.history);
   std::int64_t const seconds = static_cast<std::int64_t>(now) - since;
@@ -120,7 +120,7 @@ std::string In(Site const& site, SiteEvents const& events) {
 }
 
 void ShowMains(Site const& site, Screen& screen) {
-  if (site.events.empty()) screen.Line("mains", "not known: there is no event log", true);
+  if (site.events.empty()) screen.Line("mains", "unknown: there is no event log", true);
   for (SiteEvents const& events : site.events) {
     Mains const mains = MainsOf(events);
     screen.Line("mains", In(site, events) + MainsText(events, site.now),
@@ -144,11 +144,11 @@ std::string PlannedText(Site const& site) {
 
 std::string UnitsText(Site const& site) {
   std::string const fault = UnitsFault(site);
-  if (!fault.empty()) return "not known: " + fault;
+  if (!fault.empty()) return "unknown: " + fault;
   std::string text;
   for (SitePlace const& unit : site.units) text += (text.empty() ? "" : ", ") + unit.name;
   for (std::string const& unit : site.missing)
-    text += (text.empty() ? "" : "; ") + unit + " is listed and has no directory";
+    text += (text.empty() ? "" : "; ") + unit + " is listed but has no directory";
   return text.empty() ? "none listed" : text;
 }
 
@@ -283,13 +283,14 @@ void Status(Arguments const& arguments, Terminal& terminal) {
 
 Command StatusCommand() {
   auto const arguments = std::make_shared<Arguments>();
-  return {"status",
-          "Show the state of an installation on one screen",
-          On(arguments, Status),
-          Joined({arguments->codes.Asked(false),
-                  {Value("--schedule", &arguments->schedule, "FILE", "Schedule file, for the next planned time")}}),
-          "\"!\" marks lines that need attention. Exit code 1 if the mains are off, or if a damaged log hides it, or "
-          "if a file cannot be read. With "
-          "--root, the services of this computer are not shown.",
-          {"zelctl status --root /srv/site --start 1 --end 2,4"}};
+  return {
+      "status",
+      "Show the state of an installation on one screen",
+      On(arguments, Status),
+      Joined({arguments->codes.Asked(false),
+              {Value("--schedule", &arguments->schedule, "FILE", "Schedule file, for the next planned time")}}),
+      "\"!\" marks lines that need attention. Exit code 1 if the mains are off, if a damaged log hides their state, or "
+      "if a file cannot be read. With "
+      "--root, the services of this computer are not shown.",
+      {"zelctl status --root /srv/site --start 1 --end 2,4"}};
 }

@@ -234,7 +234,7 @@ Command UpsCommands() {
               })},
               WritingOptions(arguments->writing)});
   std::vector<Command> commands = {
-      {"list", "The units", List},
+      {"list", "List all units", List},
       {"add", "Add a unit (0 to 99); create its directory if it is missing", On(arguments, Add), options,
        "Copies the files named in default/zelcfg.cfg of the installation root into a new directory. Its mode is 01230, "
        "so only root can use it; run as root."},

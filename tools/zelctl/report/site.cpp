@@ -104,7 +104,7 @@ class Look {
     for (SiteEvents const& events : site_.events) FindInEvents(events);
     if (site_.events.empty()) Find(kEventLog, "There is no event log.", "");
     for (std::string const& unit : site_.missing)
-      Find("srvlist.cfg", "Unit " + unit + " is listed and has no directory.", "zelctl ups remove " + unit);
+      Find("srvlist.cfg", "Unit " + unit + " is listed but has no directory.", "zelctl ups remove " + unit);
     for (char const* const name : kRootSettings) LintFile(root_, name);
     for (SitePlace const& unit : site_.units) LintUnit(unit);
   }
@@ -142,14 +142,14 @@ class Look {
     History const& history = *events.history;
     std::string const path = " " + events.place.folder + kEventLog;
     if (history.isOpen && TellsMains(history))
-      Find(events.file, "The mains failed " + TimeText(history.current.begin) + " and are not back.", "");
+      Find(events.file, "The mains failed " + TimeText(history.current.begin) + " and have not returned.", "");
     if (history.torn > 0)
       Find(events.file,
            "Damaged: " + Counted(history.torn, "byte") + " after " + Counted(history.records, "complete record") +
                ". The log counts as empty in the programs; here its complete records count.",
            "zelctl log salvage" + path + " OUT");
     if (history.setBack > 0)
-      Find(events.file, Counted(history.setBack, "outage") + " left out: the clock was set back meanwhile.",
+      Find(events.file, Counted(history.setBack, "outage") + " omitted: the clock was set back meanwhile.",
            "zelctl log verify" + path);
     if (history.backwards > 0)
       Find(events.file, "The times step back " + Counted(history.backwards, "time") + ".", "zelctl log verify" + path);
