@@ -25,6 +25,7 @@ class Follower {
     if (pipe2(ends, O_CLOEXEC) != 0 || (child_ = fork()) < 0) return;
     if (child_ == 0) {
       dup2(ends[1], STDOUT_FILENO);
+      dup2(ends[1], STDERR_FILENO);
       execlp("timeout", "timeout", "60", ZELVANE_ZELCTL, "log", "follow", file.c_str(), "--last", "1", "--csv",
              nullptr);
       _exit(1);
@@ -78,6 +79,10 @@ TEST(LogFollow, ShowsEachRecordOnceWhateverHappensToTheLog) {
   EXPECT_EQ(follower.Codes(3), "4 5 6 ") << "beyond the bound of 4";
   for (int code = 7; code <= 9; code++) WriteEvent(log, code);
   EXPECT_EQ(follower.Codes(3), "7 8 9 ") << "beyond the bound again";
+  EXPECT_EQ(rename(here.Path("log.rgt").c_str(), here.Path("away").c_str()), 0);
+  EXPECT_EQ(follower.Line(), "zelctl: note: " + here.Path("log.rgt") + ": no such file; waiting for it\n");
+  EXPECT_EQ(rename(here.Path("away").c_str(), here.Path("log.rgt").c_str()), 0);
+  EXPECT_EQ(follower.Line(), "zelctl: note: " + here.Path("log.rgt") + ": can be read again\n");
   log.ClearFile();
   for (int code = 11; code <= 13; code++) WriteEvent(log, code);
   EXPECT_EQ(follower.Codes(3), "11 12 13 ") << "none of which was there before";

@@ -77,7 +77,7 @@ void HoldStreams() {
 
 int Run(int argc, char** argv) {
   Command root = {"zelctl", "Read and change the settings, logs and lists of the Zelvane UPS programs", nullptr};
-  root.notes = "See `zelctl FAMILY COMMAND --help`. Exit codes: 0 success, 1 failure, 2 usage error.";
+  root.notes = "See `zelctl GROUP COMMAND --help`. Exit codes: 0 success, 1 failure, 2 usage error.";
   for (Command (*const make)() : kCommands) root.commands.push_back(make());
   root.commands.push_back(HelpCommand(root));
   Terminal terminal;

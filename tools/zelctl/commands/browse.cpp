@@ -98,7 +98,7 @@ std::string IndentedName(BrowseRow const& row) {
 }
 
 void PrintRows(std::vector<BrowseRow> const& rows, bool reasons, Terminal const& terminal) {
-  std::vector<std::vector<std::string>> table = {{"NAME", "KIND", "ID", "ADDRESS", "NUMBER"}};
+  Table table = {{"NAME", "KIND", "ID", "ADDRESS", "NUMBER"}};
   if (reasons) table[0].emplace_back("REASON");
   table.reserve(rows.size() + 1);
   for (BrowseRow const& row : rows) {
@@ -132,7 +132,7 @@ void PrintTreeJson(std::string const& file, long date, BrowseTree const& tree, T
                        {"key", ToUtf8(fault.key)},
                        {"value", ToUtf8(fault.value)},
                        {"reason", fault.reason}});
-  terminal.PrintJson({{"file", ToUtf8(file)},
+  terminal.PrintJson({{"file", FileName{file}},
                       {"changed", date},
                       {"tree", RowsJson(tree.rows, false)},
                       {"orphans", RowsJson(tree.orphans, true)},
@@ -154,7 +154,7 @@ void ShowTree(Arguments const& arguments, Terminal const& terminal) {
   }
   if (tree.faults.empty()) return;
   std::cout << "\nInvalid entries:\n";
-  std::vector<std::vector<std::string>> table = {{"SECTION", "KEY", "VALUE", "REASON"}};
+  Table table = {{"SECTION", "KEY", "VALUE", "REASON"}};
   for (BrowseFault const& fault : tree.faults)
     table.push_back({SectionOf(fault.kind), fault.key, fault.value, fault.reason});
   terminal.PrintTable(table);
@@ -376,8 +376,9 @@ Command Change(Action const& action, Kind const& kind) {
   for (std::size_t i = 1; i < kind.fields.size(); i++)
     fields += "  " + FillRight(kind.fields[i].name, 12, ' ') + FillRight(Limits(kind.fields[i]), 34, ' ') +
               kind.fields[i].meaning + "\n";
+  char const* const below = action.act == Remove && kind.kind != BrowseKind::kUps ? " and everything below it" : "";
   bool const asks = action.act == Remove && kind.kind == BrowseKind::kGroup;
-  return {NameOf(kind.kind), std::string(action.help) + kWhat[static_cast<std::size_t>(kind.kind)],
+  return {NameOf(kind.kind), std::string(action.help) + kWhat[static_cast<std::size_t>(kind.kind)] + below,
           [arguments, kind, act = action.act](Terminal const& terminal) { act(kind, *arguments, terminal); },
           Joined({{File(*arguments)},
                   WritingOptions(arguments->writing),
@@ -401,10 +402,9 @@ Command BrowseCommands() {
       {"clear", "Remove all entries", On(arguments, Clear),
        Joined({{File(*arguments)}, WritingOptions(arguments->writing), {Yes(arguments->writing)}})}};
   std::vector<Kind> const kinds = Kinds();
-  for (Action const& action :
-       {Action{"add", "Add ", "Add an entry", Add},
-        Action{"edit", "Change fields of ", "Change fields of an entry", EditEntry},
-        Action{"remove", "Remove, with everything below it, ", "Remove an entry and everything below it", Remove}}) {
+  for (Action const& action : {Action{"add", "Add ", "Add an entry", Add},
+                               Action{"edit", "Change fields of ", "Change fields of an entry", EditEntry},
+                               Action{"remove", "Remove ", "Remove an entry and everything below it", Remove}}) {
     std::vector<Command> below;
     below.reserve(kinds.size());
     for (Kind const& kind : kinds) below.push_back(Change(action, kind));

@@ -86,7 +86,7 @@ void List(Arguments const& arguments, Terminal const& terminal) {
   }
 
   Json::Object json;
-  std::vector<std::vector<std::string>> rows = {{"SECTION", "KEY", "VALUE"}};
+  Table rows = {{"SECTION", "KEY", "VALUE"}};
   for (std::string const& section : sections) {
     Json::Object members;
     unsigned long const count = cfg.GetKeyCount(section);
@@ -96,7 +96,7 @@ void List(Arguments const& arguments, Terminal const& terminal) {
       std::string const value = cfg.ReadStr(section, i, "");
       bool const hide = IsPasswordKey(key) && !value.empty() && !terminal.showPasswords;
       members.push_back({ToUtf8(key), hide ? Json() : Json(ToUtf8(value))});
-      rows.push_back({Header(section), key, hide ? kHiddenPassword : value});
+      rows.push_back({Header(section), key, hide ? Cell(kHiddenPassword) : Cell(value)});
     }
     json.push_back({ToUtf8(section), std::move(members)});
   }
@@ -163,7 +163,7 @@ void ReportLint(Arguments const& arguments, Terminal& terminal) {
   Json::List json;
   for (Finding const& finding : findings) {
     if (terminal.json)
-      json.push_back({{"file", arguments.file},
+      json.push_back({{"file", FileName{arguments.file}},
                       {"line", finding.line},
                       {"kind", finding.kind},
                       {"message", ToUtf8(finding.message)}});
@@ -222,7 +222,7 @@ Command CfgCommands() {
         Joined({{file, section, key("Key; without it, the whole section")}, writing}),
         "Comments and repeated lines stay. Exit code 1 if the name does not exist."},
        {"lint",
-        "Report lines that are ignored, cannot be parsed, or hold what the programs do not expect",
+        "Report lines that are ignored, cannot be parsed, or have unexpected values",
         On(arguments, ReportLint),
         {file, ShowPassword()},
         "Prints FILE:LINE: MESSAGE for a syntax error, each line below it (the next save drops them), repeated keys "

@@ -43,6 +43,16 @@ CLI::Option* AddValue(CLI::App& app, Option const& option, Terminal& terminal) {
       option.name, [set, &terminal](std::string const& text) { (terminal.*set)(text); }, option.help);
 }
 
+CLI::Validator OneOf(std::vector<std::string> const& words) {
+  std::string list;
+  for (std::string const& word : words) list += (list.empty() ? "" : ", ") + word;
+  auto const check = [words, list](std::string const& text) {
+    if (std::find(words.begin(), words.end(), text) != words.end()) return std::string();
+    return "unknown value \"" + text + "\"; values: " + list;
+  };
+  return {check, "{" + list + "}"};
+}
+
 void AddOption(CLI::App& app, Option const& option, Terminal& terminal) {
   CLI::Option* const added = option.IsFlag() ? AddFlag(app, option, terminal) : AddValue(app, option, terminal);
   if (option.hidden) added->group("");
@@ -50,7 +60,7 @@ void AddOption(CLI::App& app, Option const& option, Terminal& terminal) {
   added->required(option.required)->type_name(option.value);
   if (option.values.second > 0) added->expected(option.values.first, option.values.second);
   if (option.separated) added->delimiter(',')->allow_extra_args(false);  // an argument can follow
-  if (!option.words.empty()) added->check(CLI::IsMember(option.words));
+  if (!option.words.empty()) added->check(OneOf(option.words));
   if (option.filled)
     added->check([](std::string const& text) { return std::string(text.empty() ? "must not be empty" : ""); }, "", "");
 }

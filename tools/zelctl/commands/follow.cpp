@@ -39,11 +39,12 @@ class Follower {
  public:
   Follower(std::string path, std::uint64_t payloadSize) : path_(std::move(path)), payload_(payloadSize) {}
 
-  // The records since the last call. A log that is being replaced can be missing for a short time.
+  // The records since the last call. Returns why the log cannot be opened, or "".
   template <class See>
-  void Read(See see) {
-    std::optional<RecordLog> const log = Opened();
-    if (!log) return;
+  std::string Read(See see) {
+    std::string fault;
+    std::optional<RecordLog> const log = Opened(fault);
+    if (!log) return fault;
     try {
       if (log->Count() < position_ || !IsAsBefore(*log)) position_ = Found(*log);
       std::uint64_t const from = position_;
@@ -57,13 +58,15 @@ class Follower {
     } catch (Failed const&) {
       // The log was cut during the read; the next call reads it again.
     }
+    return "";
   }
 
  private:
-  std::optional<RecordLog> Opened() const {
+  std::optional<RecordLog> Opened(std::string& fault) const {
     try {
       return RecordLog(path_, payload_);
-    } catch (Failed const&) {
+    } catch (Failed const& error) {
+      fault = error.what();
       return std::nullopt;
     }
   }
@@ -112,6 +115,21 @@ class Follower {
   std::deque<std::string> seen_;
 };
 
+// Reports once that the log is missing, and once that it is back.
+class Absence {
+ public:
+  void See(std::string const& fault, std::string const& path, Terminal const& terminal) {
+    constexpr int kReplaced = 2;  // a log that is being replaced can be missing for a short time
+    if (!fault.empty() && ++reads_ == kReplaced) terminal.Note(fault + "; waiting for it");
+    if (!fault.empty()) return;
+    if (reads_ >= kReplaced) terminal.Note(path + ": can be read again");
+    reads_ = 0;
+  }
+
+ private:
+  int reads_ = 0;  // in a row
+};
+
 void Wait() {
   timespec const pause = {0, 250000000};
   nanosleep(&pause, nullptr);
@@ -140,13 +158,15 @@ void Follow(Arguments const& arguments, Terminal const& terminal) {
   Follower follower(arguments.file, static_cast<std::uint64_t>(size));
   std::uint64_t toSkip = chosen - std::min<std::uint64_t>(chosen, last);
   RecordListing listing(terminal, log.Count() * 10, kTextWidth);
+  Absence absence;
   while (g_stopped == 0) {
-    follower.Read([&](Record const& record) {
+    std::string const fault = follower.Read([&](Record const& record) {
       if (!choice(record) || (toSkip > 0 && toSkip-- > 0)) return;
       listing.Row(record);
     });
     toSkip = 0;
     listing.Flush();
+    absence.See(fault, arguments.file, terminal);
     Wait();
   }
   listing.End();
@@ -163,5 +183,5 @@ Command FollowCommand() {
                   arguments->choice.Grep(),
                   {Value("--size", &arguments->size, "N", "Payload size in bytes; default 64")}}),
           "Ends with Ctrl+C. When the programs truncate a log that has reached its limit, the record numbers start "
-          "again; no record is shown twice."};
+          "again; no record is shown twice. If the file is removed, the command waits for a new one."};
 }

@@ -50,7 +50,7 @@ void PrintOverview(Command const& root) {
     for (Command const& command : family.commands) PrintLine("  ", command);
     std::cout << '\n';
   }
-  std::cout << "See `zelctl help FAMILY COMMAND`.\n";
+  std::cout << "See `zelctl help GROUP COMMAND`.\n";
 }
 
 void Help(Command const& root, Arguments const& arguments) {
@@ -74,7 +74,7 @@ Command HelpCommand(Command const& root) {
       "help",
       "List all commands",
       [&root, arguments](Terminal const&) { Help(root, *arguments); },
-      {Value("COMMAND", &arguments->path, "TEXT", "Family, and command of it, to describe"),
+      {Value("COMMAND", &arguments->path, "TEXT", "Group, and the command in it, to describe"),
        Flag("--words", &arguments->words, "For shell completion: what can stand in place of the last word").Hidden(),
        Flag("--manual", &arguments->manual, "For zelctl(1): the commands in mdoc(7)").Hidden()},
       "",

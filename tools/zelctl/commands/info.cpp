@@ -27,7 +27,7 @@ struct Facts {
 
 std::vector<Field> Fields() {
   return {
-      String<&Facts::root>("root", "installation root"),
+      Path<&Facts::root>("root", "installation root"),
       String<&Facts::rootFrom>("rootFrom", "what names the root"),
       String<&Facts::version>("version", "version of the product"),
       String<&Facts::product>("product", "name of the product"),
@@ -74,6 +74,6 @@ Command InfoCommand() {
           Show,
           {},
           "Values come from section [ZELVANE] of /etc/zelvane.conf. Without PATH there, the root is zelctl's own "
-          "directory. Without a key for a module, it is present if its program is.",
+          "directory. A module without a key counts as present if its program is.",
           {"zelctl info --json"}};
 }

@@ -52,6 +52,7 @@ struct Arguments {
   bool reverse = false;
   PictureFile picture;
   bool overwrite = false;
+  bool dryRun = false;
   bool text = false;
 };
 
@@ -137,10 +138,12 @@ Days DaysOf(Arguments const& arguments, Terminal const& terminal) {
 
 // The complete records, also of a damaged file, which LogReaderOpen treats as empty.
 std::vector<unsigned char> Load(RecordLog const& log, Terminal const& terminal) {
-  EventCheck check;
-  log.ForEach([&check](Record const& record) { check.See(record); });
-  check.Require(log);
   std::vector<unsigned char> bytes = LoadRecords(log);
+  auto const size = static_cast<std::size_t>(log.RecordSize());
+  EventCheck check;
+  for (std::size_t at = 0; at < bytes.size(); at += size)
+    check.See({at / size, StampOf(&bytes[at]), &bytes[at] + kStampSize, size - kStampSize});
+  check.Require(log);
   log.NoteDamage(terminal);
   return bytes;
 }
@@ -149,7 +152,7 @@ std::vector<unsigned char> Load(RecordLog const& log, Terminal const& terminal) 
 std::unique_ptr<LogClass> HandleOf(std::vector<unsigned char>& bytes) {
   auto log = std::make_unique<LogClass>();
   if (!bytes.empty() && !log->SetBuffer(bytes.data(), static_cast<unsigned long>(bytes.size())))
-    throw Failed("cannot load the log: not enough memory");
+    throw Failed("cannot load the log: out of memory");
   return log;
 }
 
@@ -247,8 +250,7 @@ void WriteChart(Arguments const& arguments, Chart const& chart, Step step, Termi
   arguments.picture.Write(svg);
   std::uint64_t events = 0;
   for (ChartColumn const& column : chart.By(step)) events += column.events;
-  if (!PrintMachineRow(terminal, {{"file", arguments.picture.path}, {"events", events}, {"bytes", svg.size()}}))
-    terminal.PrintNames(arguments.picture.path + ": " + Counted(events, "event") + ", " + Counted(svg.size(), "byte"));
+  arguments.picture.Tell(Counted(events, "event"), {{"events", events}}, svg.size(), terminal);
 }
 
 void DrawChart(Arguments const& arguments, Terminal& terminal) {
@@ -311,7 +313,7 @@ void NoteCopies(RecordLog const& log, Terminal const& terminal) {
 
 void VerifyText(Arguments const& arguments, Terminal& terminal) {
   TextDamage const found = InspectText(ReadText(arguments.file));
-  if (!PrintMachineRow(terminal, {{"file", arguments.file},
+  if (!PrintMachineRow(terminal, {{"file", FileName{arguments.file}},
                                   {"length", found.length},
                                   {"lines", found.lines},
                                   {"nulRuns", found.nulRuns},
@@ -332,16 +334,15 @@ void Verify(Arguments const& arguments, Terminal& terminal) {
   Inspection const found(log);
   Damage const damage(LoadRecords(log), log.RecordSize());
   auto const time = [](std::int32_t stamp) { return stamp < 0 ? Json() : Json(TimeText(stamp)); };
-  Json::Object row = {{"file", log.Path()},     {"length", log.Length()},     {"recordSize", log.RecordSize()},
-                      {"records", log.Count()}, {"first", time(found.first)}, {"last", time(found.last)},
+  Json::Object row = {{"file", FileName{log.Path()}}, {"length", log.Length()},     {"recordSize", log.RecordSize()},
+                      {"records", log.Count()},       {"first", time(found.first)}, {"last", time(found.last)},
                       {"tornBytes", log.Torn()}};
   std::string const span =
       found.first < 0 || found.last < 0 ? "" : ", " + TimeText(found.first) + " to " + TimeText(found.last);
-  std::vector<std::vector<std::string>> rows = {
-      {"CHECK", "FOUND", ""},
-      {"length", std::to_string(log.Length()), "bytes"},
-      {"records", std::to_string(log.Count()), "of " + std::to_string(log.RecordSize()) + " bytes" + span},
-      {"partial record", std::to_string(log.Torn()), log.Torn() == 0 ? "" : "bytes"}};
+  Table rows = {{"CHECK", "FOUND", ""},
+                {"length", std::to_string(log.Length()), "bytes"},
+                {"records", std::to_string(log.Count()), "of " + std::to_string(log.RecordSize()) + " bytes" + span},
+                {"partial record", std::to_string(log.Torn()), log.Torn() == 0 ? "" : "bytes"}};
   bool sound = log.Torn() == 0;
   for (Fault const& fault :
        {found.outOfOrder, found.inFuture, found.withoutTime, damage.zero, damage.doubled, damage.mixed}) {
@@ -363,18 +364,25 @@ struct stat StatusOf(std::string const& path) {
   return status;
 }
 
+char const* Saved(Arguments const& arguments) { return arguments.dryRun ? " would be saved, " : " saved, "; }
+
 void SalvageText(Arguments const& arguments, Terminal& terminal) {
   std::string const text = ReadText(arguments.file);
   TextDamage const found = InspectText(text);
-  Output file(arguments.out, StatusOf(arguments.file), arguments.overwrite);
-  std::string const kept = WithoutNul(text);
-  file.Write(kept.data(), kept.size());
-  file.Keep();
-  if (!PrintMachineRow(
-          terminal,
-          {{"file", arguments.out}, {"lines", found.lines}, {"nulRuns", found.nulRuns}, {"nulBytes", found.nulBytes}}))
-    terminal.PrintText(std::to_string(found.lines) + " lines saved, " + std::to_string(found.nulBytes) +
-                       " NUL bytes removed");
+  struct stat const source = StatusOf(arguments.file);
+  RequireWritable(arguments.out, source, arguments.overwrite);
+  if (!arguments.dryRun) {
+    Output file(arguments.out, source, arguments.overwrite);
+    std::string const kept = WithoutNul(text);
+    file.Write(kept.data(), kept.size());
+    file.Keep();
+  }
+  if (!PrintMachineRow(terminal, {{"file", FileName{arguments.out}},
+                                  {"lines", found.lines},
+                                  {"nulRuns", found.nulRuns},
+                                  {"nulBytes", found.nulBytes}}))
+    terminal.PrintNames(arguments.out + ": " + Counted(found.lines, "line") + Saved(arguments) +
+                        Counted(found.nulBytes, "NUL byte") + " removed");
 }
 
 // The records of the log, or of its scratch file if an interrupted cut left only that one complete.
@@ -392,6 +400,15 @@ std::vector<unsigned char> Rescued(RecordLog const& log, Terminal const& termina
   return whole;
 }
 
+void WriteRecords(std::vector<unsigned char> const& bytes, Damage const& damage, std::uint64_t recordSize,
+                  struct stat const& source, Arguments const& arguments) {
+  auto const size = static_cast<std::size_t>(recordSize);
+  Output file(arguments.out, source, arguments.overwrite);
+  for (std::size_t i = 0; i < damage.isLeftOut.size(); i++)
+    if (!damage.isLeftOut[i]) file.Write(&bytes[i * size], size);
+  file.Keep();
+}
+
 void Salvage(Arguments const& arguments, Terminal& terminal) {
   if (arguments.text) return SalvageText(arguments, terminal);
   std::string const& out = arguments.out;
@@ -400,16 +417,9 @@ void Salvage(Arguments const& arguments, Terminal& terminal) {
   RequireWritable(out, source, arguments.overwrite);
   std::vector<unsigned char> const bytes = Rescued(log, terminal);
   Damage const damage(bytes, log.RecordSize());
-  Output file(out, source, arguments.overwrite);
-  std::uint64_t saved = 0;
-  auto const length = static_cast<std::size_t>(log.RecordSize());
-  for (std::size_t i = 0; i < damage.isLeftOut.size(); i++) {
-    if (damage.isLeftOut[i]) continue;
-    file.Write(&bytes[i * length], length);
-    saved++;
-  }
-  file.Keep();
-  Json::Object row = {{"file", out}, {"records", saved}, {"leftBytes", log.Torn()}};
+  if (!arguments.dryRun) WriteRecords(bytes, damage, log.RecordSize(), source, arguments);
+  auto const saved = static_cast<std::uint64_t>(std::count(damage.isLeftOut.begin(), damage.isLeftOut.end(), false));
+  Json::Object row = {{"file", FileName{out}}, {"records", saved}, {"tornBytes", log.Torn()}};
   std::string leftOut;
   for (Fault const& fault : {damage.zero, damage.doubled, damage.mixed}) {
     row.push_back({fault.name, fault.count});
@@ -418,8 +428,8 @@ void Salvage(Arguments const& arguments, Terminal& terminal) {
           std::string(leftOut.empty() ? ", records skipped: " : ", ") + fault.shown + " " + std::to_string(fault.count);
   }
   if (!PrintMachineRow(terminal, row))
-    terminal.PrintText(std::to_string(saved) + " records saved, " + std::to_string(log.Torn()) +
-                       " trailing bytes skipped" + leftOut);
+    terminal.PrintNames(out + ": " + Counted(saved, "record") + Saved(arguments) +
+                        Counted(log.Torn(), "trailing byte") + " skipped" + leftOut);
 }
 
 // ---- The command line ----
@@ -457,19 +467,20 @@ std::vector<Command> Views(std::shared_ptr<Arguments> const& arguments) {
       {"chart", "Chart events by hour, day, week, month or year, for each code", On(arguments, DrawChart),
        Joined({asked.File(),
                {Value("--by", &arguments->by, "hour|day|week|month|year|weekday|hour-of-day",
-                      "What a bar stands for; default: what fits a page")},
+                      "Period of each bar; default: the finest that fits a page")},
                choice.Span(),
                choice.Code(),
                arguments->picture.Asked("--svg", "Write an SVG picture to FILE instead"),
                {asked.Size()}}),
-       "All bars have the same scale, up to the terminal width. Three or more empty rows in a row are one line. The "
+       "All bars have the same scale, up to the terminal width. Three or more consecutive empty rows are shown as one "
+       "line. The "
        "codes of --code are side by side if they fit."}};
 }
 
 std::vector<Command> Statistics(std::shared_ptr<Arguments> const& arguments) {
   Asked const asked = {*arguments};
   return {
-      {"count", "Count an event", On(arguments, Count),
+      {"count", "Count how often an event occurred", On(arguments, Count),
        Joined({asked.File(), {Value("--code", &arguments->code, "N", "Code of the event").Required()}, asked.Days()}),
        kCalendarHelp},
       {"time", "Add up how long a condition lasted, from start events to end events", On(arguments, Time),
@@ -486,14 +497,16 @@ std::vector<Command> Rescue(std::shared_ptr<Arguments> const& arguments) {
       {"verify", "Check the file length and the time stamps", On(arguments, Verify),
        Joined({asked.File(), {asked.Text(), asked.Size()}}),
        "Exit code 1 for a partial last record; for a time stamp that is out of order, in the future, or invalid; and "
-       "for what a power cut leaves: trailing records of zeros, a record repeated by the next one, a time stamp out of "
-       "order with the payload of the record beside it. In a text log: NUL bytes, a last line without a line end."},
+       "for damage from a power cut: trailing records of zeros, a record repeated by the next one, a time stamp out of "
+       "order with the payload of the previous or next record. In a text log: NUL bytes, a last line without a line "
+       "end."},
       {"salvage", "Copy the complete records of a damaged log, or of a leftover .tmp file, to a new log",
        On(arguments, Salvage),
-       Joined({asked.File(),
-               {asked.Text(), Argument("OUT", &arguments->out, "Output file").Required(),
-                Overwrite(arguments->overwrite), asked.Size()}}),
-       "Skips what a power cut leaves: see `verify`. If a truncation was interrupted and only FILE.tmp has all "
+       Joined(
+           {asked.File(),
+            {asked.Text(), Argument("OUT", &arguments->out, "Output file").Required(), Overwrite(arguments->overwrite),
+             Flag("--dry-run", &arguments->dryRun, "Write nothing; show what would be saved"), asked.Size()}}),
+       "Skips damage from a power cut; see `verify`. If a truncation was interrupted and only FILE.tmp has all "
        "records, they are taken from there."}};
 }
 

@@ -205,8 +205,8 @@ void NoteOddities(History const& history, Terminal const& terminal) {
     terminal.Note("no record has the code " + history.codes.Text() + "; `zelctl log chart " + history.path +
                   "` lists the codes");
   if (history.setBack > 0)
-    terminal.Note(Counted(history.setBack, "outage") + " left out, because the clock was set back meanwhile; `zelctl " +
-                  "log time` counts otherwise");
+    terminal.Note(Counted(history.setBack, "outage") +
+                  " omitted, because the clock was set back during them; `zelctl " + "log time` counts otherwise");
   if (history.backwards > 0)
     terminal.Note("the times step back " + Counted(history.backwards, "time") + "; `zelctl log verify " + history.path +
                   "` shows where");
@@ -219,10 +219,8 @@ void WritePicture(std::vector<Outage> const& outages, std::optional<Period> peri
   std::string const svg = OutagePicture(outages, rows, history);
   arguments.picture.Write(svg);
   std::size_t const groups = GroupsOf(outages, rows).size();
-  if (!PrintMachineRow(terminal,
-                       {{"file", arguments.picture.path}, {"outages", outages.size()}, {"bytes", svg.size()}}))
-    terminal.PrintNames(arguments.picture.path + ": " + Counted(outages.size(), "outage") + " on " +
-                        Counted(groups, NameOf(rows)) + ", " + Counted(svg.size(), "byte"));
+  arguments.picture.Tell(Counted(outages.size(), "outage") + " on " + Counted(groups, NameOf(rows)),
+                         {{"outages", outages.size()}}, svg.size(), terminal);
 }
 
 void ShowOutages(Arguments const& arguments, Terminal& terminal) {
@@ -260,10 +258,11 @@ Command OutagesCommand() {
       "outages", "List mains failures: begin, end, length, total", On(arguments, ShowOutages),
       Joined({{Argument("FILE", &arguments->file, "The log").Required()},
               arguments->codes.Asked(true),
-              {Value("--from", &arguments->from, "TIME", "First begin to include"),
-               Value("--to", &arguments->to, "TIME", "Last begin to include"),
+              {Value("--from", &arguments->from, "TIME", "Only outages that begin at this time or later"),
+               Value("--to", &arguments->to, "TIME", "Only outages that begin at this time or earlier"),
                Value("--last", &arguments->last, "N", "Only the last N rows; totals include all"),
-               Value("--by", &arguments->by, "outage|day|week|month|year", "What a row stands for; default: outage")},
+               Value("--by", &arguments->by, "outage|day|week|month|year",
+                     "Period of each row; default: one row for each outage")},
               arguments->picture.Asked("--svg", "Write an SVG picture to FILE instead")}),
       "An outage begins with the first record of --start and ends with the next one of --end, as in `log time`. An "
       "outage without an end is open: its length, marked \"+\", is measured to the last record. The longest bar fills "

@@ -13,6 +13,7 @@
 #include "commands/families.h"
 #include "commands/processes.h"
 #include "records/fields.h"
+#include "terminal/latin1.h"
 #include "zelvane/core/fileutils.h"
 #include "zelvane/system/procsvc.h"
 
@@ -31,19 +32,27 @@ constexpr char const* kLevels[] = {"low", "normal", "high", "highest"};
 char const* LevelName(int level) { return kLevels[std::clamp(level, 0, 3)]; }
 
 // The start of a table's last column. Each column before it is as wide as its cells plus two blanks.
-std::size_t LastColumn(std::vector<std::vector<std::string>> const& rows) {
+std::size_t LastColumn(Table const& rows) {
   std::size_t at = 0;
   for (std::size_t i = 0; i + 1 < rows[0].size(); i++) {
-    auto const widest = std::max_element(rows.begin(), rows.end(),
-                                         [i](auto const& a, auto const& b) { return a[i].size() < b[i].size(); });
-    at += (*widest)[i].size() + 2;
+    auto const widest = std::max_element(
+        rows.begin(), rows.end(), [i](auto const& a, auto const& b) { return a[i].text.size() < b[i].text.size(); });
+    at += (*widest)[i].text.size() + 2;
   }
   return at;
 }
 
+// The beginning of a cell, as it is shown.
+std::string CutTo(std::size_t columns, Cell const& cell, Terminal const& terminal) {
+  bool const isUtf8 = terminal.Charset() == "UTF-8";
+  std::string shown = terminal.ShownCell(cell);
+  if (WidthOf(shown, isUtf8) > columns) shown.resize(EndOf(shown, 0, columns, isUtf8));
+  return shown;
+}
+
 void Print(Processes processes, Terminal const& terminal) {
   Json::List json;
-  std::vector<std::vector<std::string>> rows = {{"PID", "PARENT", "PRIORITY", "NAME", "COMMAND"}};
+  Table rows = {{"PID", "PARENT", "PRIORITY", "NAME", "COMMAND"}};
   for (ProcClass& process : processes) {
     std::string const level = LevelName(process.GetPriority());
     json.push_back({{"pid", process.GetPID()},
@@ -51,15 +60,15 @@ void Print(Processes processes, Terminal const& terminal) {
                     {"priority", level},
                     {"name", process.GetName()},
                     {"command", process.GetFileName()}});
-    rows.push_back({std::to_string(process.GetPID()), std::to_string(process.GetPPID()), level, process.GetName(),
-                    process.GetFileName()});
+    rows.push_back({std::to_string(process.GetPID()), std::to_string(process.GetPPID()), level,
+                    FileName{process.GetName()}, FileName{process.GetFileName()}});
   }
   if (terminal.json) return terminal.PrintJson(json);
   // A command line can fill a page, so it is cut here, as `ps` does.
   std::size_t const begin = LastColumn(rows);
   std::size_t const columns = TerminalColumns();
   if (columns > begin)
-    for (auto& row : rows) row.back().resize(std::min(row.back().size(), columns - begin));
+    for (auto& row : rows) row.back() = FileName{CutTo(columns - begin, row.back(), terminal)};
   terminal.PrintTable(rows);
 }
 
@@ -171,7 +180,7 @@ void Kill(Arguments const& arguments, Terminal const& terminal) {
     }
   }
   if (terminal.json) terminal.PrintJson(json);
-  for (ProcClass& left : WaitForEnd(sent)) fault += (fault.empty() ? "" : "; ") + Shown(left) + " is still there";
+  for (ProcClass& left : WaitForEnd(sent)) fault += (fault.empty() ? "" : "; ") + Shown(left) + " still runs";
   if (!fault.empty()) throw Failed(fault);
 }
 
@@ -228,7 +237,7 @@ Command ProcCommands() {
         {name, Value("--pid", &arguments->pid, "PID", "Only the process with this id, if it has the name"),
          Flag("--all", &arguments->all, "All processes of that name").Excludes("--pid")},
         "Prints the process id. If several processes have the name, use --pid or --all; otherwise none is killed. "
-        "Process 1 and zelctl itself are never killed. Exit code 1 if no process has the name, or one is still there "
+        "Process 1 and zelctl itself are never killed. Exit code 1 if no process has the name, or one still runs "
         "after two seconds."},
        {"priority",
         "Set the priority of a process",

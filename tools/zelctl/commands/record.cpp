@@ -30,7 +30,8 @@ struct Arguments {
 
 Field const& FindField(std::vector<Field> const& fields, std::string const& name) {
   if (Field const* const found = FieldNamed(fields, name)) return *found;
-  throw WrongUsage("unknown field \"" + name + "\"" + DidYouMean(name, FieldNames(fields)));
+  std::string const nearest = DidYouMean(name, FieldNames(fields));
+  throw WrongUsage("unknown field \"" + name + "\"" + (nearest.empty() ? "; --help lists the fields" : nearest));
 }
 
 void AddChange(Changes& changes, Field const& field, std::string value) {
@@ -116,11 +117,10 @@ std::shared_ptr<void> ReadRecord(RecordFamily const& family, std::string const& 
 }
 
 void PrintValues(std::vector<Field> const& fields, void const* record, Terminal const& terminal) {
-  for (Field const& field : fields) {
+  for (Field const& field : fields)
     if (field.kind == FieldKind::kPassword && !terminal.showPasswords)
       throw WrongUsage(std::string(field.name) + " is a password; use --show-password");
-    terminal.PrintValue(field.get(record));
-  }
+  for (Field const& field : fields) terminal.PrintValue(field.get(record));
 }
 
 void Show(RecordFamily const& family, Arguments arguments, Terminal const& terminal) {

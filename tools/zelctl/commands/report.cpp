@@ -142,12 +142,9 @@ void Report(Arguments const& arguments, Terminal& terminal) {
     if (!events.history) terminal.status = 1;
     outages += events.history ? events.history->outages.size() : 0;
   }
-  if (!PrintMachineRow(terminal, {{"file", arguments.page.path},
-                                  {"outages", outages},
-                                  {"findings", parts.site.findings.size()},
-                                  {"bytes", page.size()}}))
-    terminal.PrintNames(arguments.page.path + ": " + Counted(outages, "outage") + ", " +
-                        Counted(parts.site.findings.size(), "finding") + ", " + Counted(page.size(), "byte"));
+  std::size_t const findings = parts.site.findings.size();
+  arguments.page.Tell(Counted(outages, "outage") + ", " + Counted(findings, "finding"),
+                      {{"outages", outages}, {"findings", findings}}, page.size(), terminal);
 }
 
 }  // namespace

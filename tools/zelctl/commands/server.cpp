@@ -148,11 +148,12 @@ Command ServerCommands() {
   Options const writing = WritingOptions(arguments->writing);
   return Family(
       "server", "UPS servers known to the clients on this computer",
-      "Section [CLILIST] of upscli.cfg in the installation root, sorted by the text of the keys (\"10\" before \"2\"). "
+      "The list is section [CLILIST] of upscli.cfg in the installation root, sorted by the text of the keys (\"10\" "
+      "before \"2\"). "
       "The first server is also the client's (`zelctl client`).",
       {"zelctl server list", "zelctl server add ups-hall 192.168.0.10", "zelctl server remove 1",
        "zelctl server clear --dry-run"},
-      {{"list", "All servers", On(arguments, List)},
+      {{"list", "List all servers", On(arguments, List)},
        {"add", "Add a server with the smallest free key", On(arguments, Add),
         Joined({{word(kName, arguments->name).Required(), word(kAddress, arguments->address).Required(),
                  word(kPort, arguments->port).ShowingDefault()},

@@ -90,7 +90,7 @@ std::int32_t Since(History const& history) { return history.isOpen ? history.cur
 std::string MainsText(SiteEvents const& events, std::int32_t now) {
   Mains const mains = MainsOf(events);
   if (mains == Mains::kUnknown)
-    return "not known: " + events.file + (events.history ? " is damaged" : ": " + events.fault);
+    return "unknown: " + events.file + (events.history ? " is damaged" : ": " + events.fault);
   if (mains == Mains::kNoOutage) return "no outage in the log";
   std::int32_t const since = Since(*events.history);
   std::int64_t const seconds = static_cast<std::int64_t>(now) - since;
@@ -120,7 +120,7 @@ std::string In(Site const& site, SiteEvents const& events) {
 }
 
 void ShowMains(Site const& site, Screen& screen) {
-  if (site.events.empty()) screen.Line("mains", "not known: there is no event log", true);
+  if (site.events.empty()) screen.Line("mains", "unknown: there is no event log", true);
   for (SiteEvents const& events : site.events) {
     Mains const mains = MainsOf(events);
     screen.Line("mains", In(site, events) + MainsText(events, site.now),
@@ -144,11 +144,11 @@ std::string PlannedText(Site const& site) {
 
 std::string UnitsText(Site const& site) {
   std::string const fault = UnitsFault(site);
-  if (!fault.empty()) return "not known: " + fault;
+  if (!fault.empty()) return "unknown: " + fault;
   std::string text;
   for (SitePlace const& unit : site.units) text += (text.empty() ? "" : ", ") + unit.name;
   for (std::string const& unit : site.missing)
-    text += (text.empty() ? "" : "; ") + unit + " is listed and has no directory";
+    text += (text.empty() ? "" : "; ") + unit + " is listed but has no directory";
   return text.empty() ? "none listed" : text;
 }
 
@@ -172,6 +172,12 @@ std::string LogText(SiteEvents const& events) {
   History const& history = *events.history;
   std::string const text = events.file + ": " + Counted(history.records, "record") + ", ";
   return text + (history.torn == 0 ? "sound" : "damaged (zelctl log salvage " + history.path + " OUT)");
+}
+
+std::string OtherLogsText(Site const& site) {
+  std::string names;
+  for (SiteLog const& log : site.otherLogs) names += (names.empty() ? "" : ", ") + log.file;
+  return names + ": not checked";
 }
 
 void ShowSettings(Site const& site, Screen& screen) {
@@ -202,6 +208,7 @@ void Show(Site const& site, bool isOther, Terminal const& terminal) {
   }
   for (SiteEvents const& events : site.events)
     screen.PathLine("logs", LogText(events), !events.history || events.history->torn > 0);
+  if (!site.otherLogs.empty()) screen.PathLine("logs", OtherLogsText(site));
   ShowSettings(site, screen);
   screen.PathLine("root", site.root);
   screen.Line("versions", VersionsText(isOther));
@@ -220,7 +227,7 @@ Json JsonEvents(SiteEvents const& events) {
   Json::Object json = {{"file", events.file}, {"mains", kMains[static_cast<int>(mains)]}};
   json.push_back({"since", isKnown ? Json(TimeText(Since(*events.history))) : Json()});
   if (!events.history) {
-    json.push_back({"fault", ToUtf8(events.fault)});
+    json.push_back({"reason", ToUtf8(events.fault)});
     return json;
   }
   History const& history = *events.history;
@@ -246,8 +253,10 @@ void ShowJson(Site const& site, bool isOther, Terminal const& terminal) {
   auto const finding = [](SiteFinding const& each) -> Json {
     return {{"where", ToUtf8(each.where)}, {"what", ToUtf8(each.what)}};
   };
+  auto const otherLog = [](SiteLog const& log) -> Json { return {{"file", log.file}, {"bytes", log.bytes}}; };
   terminal.PrintJson({{"root", site.root},
                       {"logs", ListOf(site.events, JsonEvents)},
+                      {"otherLogs", ListOf(site.otherLogs, otherLog)},
                       {"planned", ListOf(site.planned, JsonMoment)},
                       {"passed", ListOf(site.passed, JsonMoment)},
                       {"units", ListOf(site.units, [](SitePlace const& unit) { return Json(unit.name); })},
@@ -274,13 +283,14 @@ void Status(Arguments const& arguments, Terminal& terminal) {
 
 Command StatusCommand() {
   auto const arguments = std::make_shared<Arguments>();
-  return {"status",
-          "Show the state of an installation on one screen",
-          On(arguments, Status),
-          Joined({arguments->codes.Asked(false),
-                  {Value("--schedule", &arguments->schedule, "FILE", "Schedule file, for the next planned time")}}),
-          "\"!\" marks lines that need attention. Exit code 1 if the mains are off, or if a damaged log hides it, or "
-          "if a file cannot be read. With "
-          "--root, the services of this computer are not shown.",
-          {"zelctl status --root /srv/site --start 1 --end 2,4"}};
+  return {
+      "status",
+      "Show the state of an installation on one screen",
+      On(arguments, Status),
+      Joined({arguments->codes.Asked(false),
+              {Value("--schedule", &arguments->schedule, "FILE", "Schedule file, for the next planned time")}}),
+      "\"!\" marks lines that need attention. Exit code 1 if the mains are off, if a damaged log hides their state, or "
+      "if a file cannot be read. With "
+      "--root, the services of this computer are not shown.",
+      {"zelctl status --root /srv/site --start 1 --end 2,4"}};
 }

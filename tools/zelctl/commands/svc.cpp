@@ -100,7 +100,7 @@ void Status(std::string const& name, Terminal const& terminal) {
   status.running = !processes.empty();
   status.processes = IdsOf(processes);
   if (terminal.json)
-    return terminal.PrintJson({{"name", ToUtf8(name)},
+    return terminal.PrintJson({{"name", FileName{name}},
                                {"running", status.running},
                                {"processes", JsonIdsOf(processes)},
                                {"script", status.script},
@@ -137,10 +137,10 @@ std::string WhyNot(SvcClass const& service, std::string const& otherwise) {
 // `processes` run now, or ran before.
 void Report(std::string const& name, char const* action, Processes const& processes, Terminal const& terminal) {
   if (terminal.json)
-    return terminal.PrintJson({{"name", ToUtf8(name)}, {"action", action}, {"processes", JsonIdsOf(processes)}});
+    return terminal.PrintJson({{"name", FileName{name}}, {"action", action}, {"processes", JsonIdsOf(processes)}});
   char const* const noun = processes.size() > 1 ? "processes " : "process ";
-  terminal.PrintText(name + " " + action + ": " +
-                     (processes.empty() ? "no process of that name" : noun + IdsOf(processes)));
+  terminal.PrintNames(name + " " + action + ": " +
+                      (processes.empty() ? "no process of that name" : noun + IdsOf(processes)));
 }
 
 // Runs a script as the library does; the library does not return the script's exit status. With --json the script's
@@ -227,7 +227,7 @@ Command SvcCommands() {
       {"zelctl svc list", "zelctl svc status zelsrv", "zelctl svc start zelsrv", "zelctl svc stop zelsrv",
        "zelctl svc restart zelsrv"},
       {{"list",
-        "All services",
+        "List all services",
         List,
         {},
         "Run levels are not examined, so \"automatic\" is unknown for most services."},

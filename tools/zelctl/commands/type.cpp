@@ -55,9 +55,9 @@ Command TypeCommands() {
   Option const table =
       Value("--table", &arguments->table, "FILE", "Use FILE instead of upstype.cfg in the installation root");
   return Family("type", "UPS types supported by the product", "", {"zelctl type list", "zelctl type show 3"},
-                {{"list", "All types of the table", On(arguments, List), {table}},
+                {{"list", "List all types in the table", On(arguments, List), {table}},
                  {"show",
-                  "One type",
+                  "Show one type",
                   On(arguments, Show),
                   {table, Argument("N", &arguments->number, "Number of the type").Required()}}});
 }

@@ -55,7 +55,7 @@ void List(Terminal const& terminal) {
   NoteState(ListFile(), "no units defined", terminal);
   std::vector<Unit> units;
   for (std::string const& name : UnitNames()) units.push_back(UnitOf(name));
-  PrintRecords({String<&Unit::name>("unit"), String<&Unit::folder>("folder")}, units, terminal);
+  PrintRecords({String<&Unit::name>("unit"), Path<&Unit::folder>("directory")}, units, terminal);
 }
 
 // The contents of a new unit.
@@ -93,7 +93,7 @@ void Add(Arguments const& arguments, Terminal const& terminal) {
                    Template() + ", or " + ListFile() + (errno == 0 ? "" : std::string(": ") + strerror(errno)) +
                    (CurrentUserIsAdmin() != 0 ? "" : " (root is required)"));
   });
-  if (done && terminal.json) terminal.PrintJson({{"unit", unit.name}, {"folder", ToUtf8(unit.folder)}});
+  if (done && terminal.json) terminal.PrintJson({{"unit", unit.name}, {"directory", FileName{unit.folder}}});
 }
 
 void Remove(Arguments const& arguments, Terminal const& terminal) {
@@ -234,7 +234,7 @@ Command UpsCommands() {
               })},
               WritingOptions(arguments->writing)});
   std::vector<Command> commands = {
-      {"list", "The units", List},
+      {"list", "List all units", List},
       {"add", "Add a unit (0 to 99); create its directory if it is missing", On(arguments, Add), options,
        "Copies the files named in default/zelcfg.cfg of the installation root into a new directory. Its mode is 01230, "
        "so only root can use it; run as root."},

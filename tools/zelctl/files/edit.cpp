@@ -233,6 +233,47 @@ void RequireReadable(std::string const& file) {
                    "\" would be one of them. Correct that line first");
 }
 
+// ---- The steps of a change ----
+
+bool IsConfiguration(Edit const& edit) { return !edit.asLines; }
+
+// `stops` is set if the load of a file stops at a bad line.
+std::vector<Changed> FilesBefore(Edit const& edit, bool force, bool& stops) {
+  std::vector<Changed> files;
+  for (std::string const& file : edit.files) {
+    if (IsConfiguration(edit)) RequireWholeLoad(file, force);
+    stops = stops || (IsConfiguration(edit) && InspectFile(file).badLine != 0);
+    files.push_back({file, BytesOf(file), std::nullopt, FreeLostName(file)});
+  }
+  return files;
+}
+
+// The files that differ now.
+std::vector<Changed> ChangesOf(std::vector<Changed> const& files) {
+  std::vector<Changed> changed;
+  for (Changed const& each : files) {
+    Changed now = {each.file, each.before, BytesOf(At(each.file)), each.copy};
+    if (now.after != now.before) changed.push_back(std::move(now));
+  }
+  return changed;
+}
+
+// What the change does to copies of the files. Throws Failed if a file would lose lines or cannot be written.
+std::vector<Changed> Rehearsed(Edit const& edit, Terminal const& terminal, std::vector<Changed> const& files,
+                               std::function<void()> const& act) {
+  std::vector<Changed> changed;
+  {
+    Rehearsal const rehearsal(edit, terminal);
+    act();
+    changed = ChangesOf(files);
+    for (Changed const& change : changed)
+      if (IsConfiguration(edit)) RequireReadable(change.file);
+  }
+  for (Changed const& change : changed)
+    if (!CanBeWritten(change.file)) throw Failed(CannotWrite(change.file));
+  return changed;
+}
+
 // ---- One writer at a time ----
 
 constexpr int kLockTries = 1000;
@@ -301,7 +342,7 @@ void RequireConsent(std::string const& what, Writing const& writing) {
   if (writing.yes || writing.dryRun) return;
   if (isatty(STDIN_FILENO) == 0 || isatty(STDERR_FILENO) == 0) throw WrongUsage(what + "; use --yes to confirm");
   Complain(what);
-  std::cerr << "Go on? [y/N] " << std::flush;
+  std::cerr << "Continue? [y/N] " << std::flush;
   std::string answer;
   std::getline(std::cin, answer);
   if (answer != "y" && answer != "Y" && answer != "yes") throw Failed("nothing changed");
@@ -353,33 +394,10 @@ bool Make(Edit const& edit, Writing const& writing, Terminal const& terminal, st
   RequireStatedRoot(edit.files, terminal);
   if (!writing.dryRun) LockFoldersOf(edit.files);
   std::optional<Busy> busy(std::in_place, "changing", edit.files);
-  bool const isConfiguration = !edit.asLines;
   bool stops = false;
-  std::vector<Changed> files;
-  for (std::string const& file : edit.files) {
-    if (isConfiguration) RequireWholeLoad(file, writing.force);
-    stops = stops || (isConfiguration && InspectFile(file).badLine != 0);
-    files.push_back({file, BytesOf(file), std::nullopt, FreeLostName(file)});
-  }
-  auto const changes = [&files] {
-    std::vector<Changed> changed;
-    for (Changed& each : files) {
-      each.after = BytesOf(At(each.file));
-      if (each.after != each.before) changed.push_back(each);
-    }
-    return changed;
-  };
+  std::vector<Changed> files = FilesBefore(edit, writing.force, stops);
   if (writing.dryRun || stops) {
-    std::vector<Changed> changed;
-    {
-      Rehearsal const rehearsal(edit, terminal);
-      act();
-      changed = changes();
-      for (Changed const& change : changed)
-        if (isConfiguration) RequireReadable(change.file);
-    }
-    for (Changed const& change : changed)
-      if (!CanBeWritten(change.file)) throw Failed(CannotWrite(change.file));
+    std::vector<Changed> const changed = Rehearsed(edit, terminal, files, act);
     if (writing.dryRun) {
       busy.reset();
       PrintDifferences(changed, edit, terminal);
@@ -389,16 +407,15 @@ bool Make(Edit const& edit, Writing const& writing, Terminal const& terminal, st
   try {
     act();
   } catch (Failed const&) {
-    std::vector<Changed> const changed = changes();
+    std::vector<Changed> const changed = ChangesOf(files);
     if (!changed.empty()) Complain(Summary(changed, edit));
     throw;
   }
-  std::string const summary = Summary(changes(), edit);
+  std::string const summary = Summary(ChangesOf(files), edit);
   busy.reset();
   for (Changed const& each : files)
     if (std::error_code none; fs::exists(each.copy, none)) terminal.Note(OldFileIn(each.file, each.copy));
-  if (terminal.json || terminal.csv) return true;
-  std::cout << terminal.ShownName(summary) << '\n';
+  if (!terminal.json && !terminal.csv) terminal.PrintNames(summary);
   return true;
 }
 

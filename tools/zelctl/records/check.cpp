@@ -1,26 +1,33 @@
 #include "records/check.h"
 
 #include <stdlib.h>
+#include <string.h>
 
 #include <algorithm>
-#include <functional>
+#include <filesystem>
+#include <iterator>
 #include <memory>
+#include <optional>
 #include <set>
 
 #include "files/edit.h"
 #include "files/format.h"
 #include "files/handle.h"
 #include "records/browsetree.h"
+#include "records/listcheck.h"
 #include "records/tables.h"
+#include "records/valuecheck.h"
 #include "terminal/nearest.h"
 #include "zelvane/api/clientconfig.h"
 #include "zelvane/api/shutsrvconfig.h"
 #include "zelvane/api/upssrvconfig.h"
+#include "zelvane/api/upstypes.h"
+#include "zelvane/api/versioninfo.h"
 #include "zelvane/browse/browselist.h"
+#include "zelvane/config/cfgclass.h"
 #include "zelvane/config/paths.h"
 #include "zelvane/core/fileutils.h"
 #include "zelvane/core/strutils.h"
-#include "zelvane/crypto/base64.h"
 
 namespace {
 
@@ -49,40 +56,14 @@ std::vector<Kind> ReadKinds(std::string const& folder) {
   return kinds;
 }
 
-// What the file should contain for the field, in words; "" if the text is valid.
-std::string TextFault(Field field, std::string const& text) {
-  if (!field.words.empty()) {
-    std::string list;
-    for (std::string const& word : field.words) {
-      if (word == text) return "";
-      list += (list.empty() ? "" : ", ") + word;
-    }
-    return "expected one of " + list;
-  }
-  if (field.kind == FieldKind::kFlag) return text == "0" || text == "1" ? "" : "expected 0 or 1";
-  if (field.kind == FieldKind::kPassword) {
-    std::string encoded = text;
-    return FieldFault(field, text.empty() ? text : DecodeBase64ToStr(encoded));
-  }
-  if (field.kind == FieldKind::kNumber || field.kind == FieldKind::kDate) {
-    field.lowest /= field.step;
-    field.highest /= field.step;
-    field.step = 1;
-    // The library accepts blanks around a number, a sign and leading zeros.
-    long const number = StrToIntDef(text, 0);
-    return FieldFault(field, number == StrToIntDef(text, 1) ? std::to_string(number) : "");
-  }
-  return FieldFault(field, text);
-}
-
 class Checker {
  public:
   Checker(std::string const& path, KeyLines const& lines, Terminal const& terminal, std::vector<Finding>& findings)
       : file_(ExtractFileName(path)), lines_(lines), terminal_(terminal), findings_(findings) {}
 
-  void Records(std::vector<Kind> const& kinds) {
-    std::map<std::string, std::vector<std::string>> known;  // keys by section
-    std::set<std::pair<std::string, std::string>> seen;     // a key that two fields share is reported once
+  // `known` has more keys that programs read, by section.
+  void Records(std::vector<Kind> const& kinds, std::map<std::string, std::vector<std::string>> known) {
+    std::set<std::pair<std::string, std::string>> seen;  // a key that two fields share is reported once
     for (Kind const& kind : kinds)
       for (Field const& field : kind.fields) {
         if (!IsIn(field, file_) || field.key == nullptr || field.key == std::string(kFirstKey)) continue;
@@ -101,43 +82,22 @@ class Checker {
     }
   }
 
-  // Entries of a list: numbered keys whose values have a fixed number of fields.
-  void Entries(char const* file, std::string const& section, std::vector<Field> const& fields, char const* shape) {
-    if (file_ != file) return;
+  // The entries of a list, in the order of the library.
+  void Entries(EntryList const& list) {
     isList_ = true;
-    for (auto const& [place, line] : lines_) {
-      if (place.first != section) continue;
-      if (!TextFault(kEntryKey, place.second).empty())
-        Add(line, "value", place.second + " of [" + section + "]: expected a number as key; the programs use 0");
-      std::vector<std::string> const parts = Parts(line.value);
-      if (parts.size() != fields.size()) {
-        Add(line, "fields", Assignment(place.second, line.value) + ": expected " + shape);
-        continue;
-      }
-      for (std::size_t i = 0; i < fields.size(); i++) {
-        std::string const fault = TextFault(fields[i], parts[i]);
-        if (!fault.empty())
-          Add(line, "value", Assignment(place.second, line.value) + ": " + fields[i].name + ": " + fault);
-      }
-    }
+    unsigned int position = 0;
+    for (auto const& [place, line] : lines_)
+      if (place.first == list.section) Entry(list, place.second, line, position++);
   }
 
-  void Fault(std::string const& section, std::string const& key, std::string const& reason) {
+  // A value whose meaning depends on another file, or that breaks a rule of its own.
+  void Fault(char const* kind, std::string const& section, std::string const& key, std::string const& reason) {
     auto const line = lines_.find({section, key});
-    if (line != lines_.end()) Add(line->second, "fields", Assignment(key, line->second.value) + ": " + reason);
+    if (line != lines_.end() && !reason.empty())
+      Add(line->second, kind, Assignment(key, line->second.value) + ": " + reason);
   }
 
  private:
-  static std::vector<std::string> Parts(std::string const& value) {
-    std::vector<std::string> parts = {""};
-    for (char const c : value)
-      if (c == ';')
-        parts.emplace_back();
-      else
-        parts.back() += c;
-    return parts;
-  }
-
   // A value of a record as the file would have it.
   std::string InFile(Field const& field, std::string const& value) const {
     if (field.kind == FieldKind::kNumber && !field.words.empty()) {
@@ -155,6 +115,28 @@ class Checker {
     findings_.push_back({line.line, kind, std::move(message)});
   }
 
+  // How the programs read a value that has a fault.
+  static std::string Taken(std::string const& used, std::string const& text) {
+    bool const isKept = used == text && Trim(text) != text;  // the fault says so
+    return isKept ? "" : "; the programs use " + used;
+  }
+
+  void Entry(EntryList const& list, std::string const& key, KeyLine const& line, unsigned int position) {
+    std::string const start = Assignment(key, line.value) + ": ";
+    std::string const wrongKey = list.keyFault(key, line.value);
+    if (!wrongKey.empty()) Add(line, "value", start + wrongKey);
+    bool const isSingle = list.fields.size() == 1;
+    std::vector<std::string> const parts = isSingle ? std::vector<std::string>{line.value} : Parts(line.value);
+    std::optional<std::vector<std::string>> const read = list.read(position, key);
+    std::string const skipped = "; " + (position == 0 ? list.firstSkipped : list.skipped);
+    if (parts.size() != list.fields.size())
+      Add(line, "fields", start + "expected " + list.shape + (read ? kRestIgnored : skipped));
+    for (std::size_t i = 0; read && i < list.fields.size(); i++) {
+      std::string const fault = FileFault(list.fields[i], parts[i]);
+      if (!fault.empty()) Add(line, "value", start + list.fields[i].name + ": " + fault + Taken((*read)[i], parts[i]));
+    }
+  }
+
   void Value(Kind const& kind, Field const& field) {
     auto const found = lines_.find({field.section, field.key});
     if (found == lines_.end()) return;
@@ -164,19 +146,19 @@ class Checker {
       constexpr std::size_t kParts = 3;
       std::vector<std::string> const parts = Parts(text);
       if (parts.size() != kParts && field.part == 0)
-        Add(line, "fields", Assignment(field.key, text) + ": expected NAME;ADDRESS;PORT");
-      if (parts.size() != kParts) return;
+        Add(line, "fields",
+            Assignment(field.key, text) + ": expected NAME;ADDRESS;PORT" +
+                (kind.read ? kRestIgnored : "; the shutdown service reads no settings"));
+      if (parts.size() < kParts) return;
       text = parts[static_cast<std::size_t>(field.part)];
     }
-    std::string const fault = TextFault(field, text);
+    std::string const fault = FileFault(field, text);
     if (fault.empty()) return;
-    std::string const taken = kind.read && field.kind != FieldKind::kPassword
-                                  ? "; the programs use " + InFile(field, field.get(kind.record.get()))
-                                  : "";
+    std::string taken;
+    if (field.kind != FieldKind::kPassword)
+      taken = kind.read ? Taken(InFile(field, field.get(kind.record.get())), text) : "; it is not read";
     Add(line, "value", Assignment(field.key, line.value) + ": " + fault + taken);
   }
-
-  static Field const kEntryKey;
 
   std::string file_;
   bool isList_ = false;
@@ -185,38 +167,72 @@ class Checker {
   std::vector<Finding>& findings_;
 };
 
-struct Entry {
-  std::int32_t number;
-  char text[256];
-};
+// ---- Values that depend on other files ----
 
-Field const Checker::kEntryKey = Number<&Entry::number>("key", "");
-
-// A field of an entry, described by its limits alone.
-Field LimitedText(char const* name, std::int64_t most) {
-  Field field = Text<&Entry::text>(name, "");
-  field.highest = most;
-  return field;
+// The table of types of the service with these settings: in the same directory, or in the root above a unit.
+std::string TypeTable(std::string const& path) {
+  std::string const folder = ExtractFilePath(path);
+  for (std::string const& place : {folder, folder + "../", GetZelvanePath()}) {
+    std::string table = std::filesystem::path(place + "upstype.cfg").lexically_normal();
+    if (FilePermToRead(table)) return table;
+  }
+  return "";
 }
 
-Field LimitedNumber(char const* name, std::int64_t highest, std::int64_t lowest = 0) {
-  return Number<&Entry::number>(name, "", highest, lowest);
+// Without a table every type would be wrong: the file may be a copy.
+std::string TypeFault(std::string const& text, std::string const& table) {
+  long const type = StrToIntDef(text, 0);
+  UpsTypeItem item;
+  if (type == 0 || table.empty()) return "";
+  Handle const types(OpenUPSTypeList(table.c_str()), CloseUPSTypeList);
+  if (GetUPSTypeListItemByType(types.get(), static_cast<unsigned int>(type), &item) != 0) return "";
+  std::string const key = std::to_string(type);
+  return (HasKey(table, "UPSTYPE", key) ? "type " + key + " has fewer than five fields in "
+                                        : "there is no type " + key + " in ") +
+         table + "; the programs use Auto";
 }
 
-void CheckLists(std::string const& path, Checker& checker) {
-  checker.Entries("upscli.cfg", "CLILIST",
-                  {LimitedText("name", 20), LimitedText("address", 15), LimitedNumber("port", kHighestPort)},
-                  "NAME;ADDRESS;PORT");
-  checker.Entries("upstype.cfg", "UPSTYPE",
-                  {LimitedText("name", 40), LimitedText("driver", 20), LimitedText("module", 20),
-                   LimitedText("module", 20), LimitedNumber("model", INT16_MAX, -1)},
-                  "NAME;DRIVER;MODULE;MODULE;MODEL");
-  checker.Entries("usbhid.cfg", "USBHID", {LimitedNumber("device", kHighestNumber)}, "a number");
-  checker.Entries("srvlist.cfg", "SRVLIST", {LimitedNumber("unit", 99)}, "the number of a unit");
-  if (ExtractFileName(path) != "zelbrws.cfg") return;
+constexpr char kSettingsName[] = "zelvane.conf";
+constexpr char const* kModuleKeys[] = {"ZELSRV", "SHUTSRV", "ZELCLI", "ZELCFG", "ZELBRWS"};
+
+std::string RootFault(std::string const& root) {
+  if (root.empty()) return "empty; the programs use their own directory";
+  if (root[0] != '/') return "not an absolute path; the programs look for it in their current directory";
+  int const fault = FolderFault(root);
+  return fault == 0 ? "" : strerror(fault);
+}
+
+// zelvane.conf. The library reads only the one in /etc.
+Kind SettingsKind(std::string const& copy) {
+  auto const info = std::make_shared<VersionInfo>();
+  Kind kind = {{In(kSettingsName, "ZELVANE", "PATH", Text<&VersionInfo::installPath>("PATH", "")),
+                In(kSettingsName, "ZELVANE", "VERSION", Text<&VersionInfo::version>("VERSION", "")),
+                In(kSettingsName, "ZELVANE", "PRODUCT", Text<&VersionInfo::product>("PRODUCT", ""))},
+               info,
+               true};
+  CfgClass file;
+  file.OpenReadOnly(copy);
+  for (Field const& field : kind.fields) field.put(info.get(), file.ReadStr(field.section, field.key, ""));
+  return kind;
+}
+
+void CheckOtherFiles(std::string const& path, std::string const& typeTable, KeyLines const& lines, Checker& checker) {
+  auto const textOf = [&lines](char const* section, char const* key) {
+    auto const line = lines.find({section, key});
+    return line == lines.end() ? "0" : line->second.value;
+  };
+  std::string const name = ExtractFileName(path);
+  if (name == "upssrv.cfg") checker.Fault("value", "UPS", "UPSTYPE", TypeFault(textOf("UPS", "UPSTYPE"), typeTable));
+  if (name == kSettingsName) {
+    checker.Fault("value", "ZELVANE", "PATH", RootFault(textOf("ZELVANE", "PATH")));
+    for (char const* const key : kModuleKeys)
+      if (StrToIntDef(textOf("ZELVANE", key), -1) < 0)
+        checker.Fault("value", "ZELVANE", key, "expected 0 or 1; the programs look for the program's files");
+  }
+  if (name != "zelbrws.cfg") return;
   Handle const list = OpenHandle(path, OpenBrwsList(path.c_str()), CloseBrwsList);
   for (BrowseFault const& fault : BrowseTree(list.get(), path).faults)
-    checker.Fault(SectionOf(fault.kind), fault.key, fault.reason);
+    checker.Fault("fields", SectionOf(fault.kind), fault.key, fault.reason);
 }
 
 }  // namespace
@@ -224,12 +240,17 @@ void CheckLists(std::string const& path, Checker& checker) {
 void CheckValues(std::string const& path, KeyLines const& lines, Terminal const& terminal,
                  std::vector<Finding>& findings) {
   Checker checker(path, lines, terminal, findings);
-  CheckLists(path, checker);
+  CheckOtherFiles(path, TypeTable(path), lines, checker);
   // A copy, in a directory where the programs find no other file.
   Rehearsal const rehearsal({{path}, {}}, terminal);
   std::string const copy = At(path);
   std::string const folder = ExtractFilePath(copy);
   setenv("HOME", folder.c_str(), 1);
   if (SetZelvanePath(folder.c_str()) == 0) throw std::bad_alloc();
-  checker.Records(ReadKinds(folder));
+  std::string const name = ExtractFileName(path);
+  if (std::optional<EntryList> const list = ListIn(name)) checker.Entries(*list);
+  if (name == kSettingsName)
+    checker.Records({SettingsKind(copy)}, {{"ZELVANE", {std::begin(kModuleKeys), std::end(kModuleKeys)}}});
+  else
+    checker.Records(ReadKinds(folder), {});
 }

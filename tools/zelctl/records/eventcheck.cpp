@@ -20,8 +20,8 @@ void EventCheck::See(Record const& record) {
 
 std::string EventCheck::Fault() const {
   std::string const of = " of its " + Counted(records_, "record");
-  if (early_ > records_ / 2) return "is no event log: " + std::to_string(early_) + of + " are stamped before 1990";
-  if (text_ > records_ / 2) return "is no event log: " + std::to_string(text_) + of + " are lines of text";
+  if (early_ > records_ / 2) return "is not an event log: " + std::to_string(early_) + of + " have times before 1990";
+  if (text_ > records_ / 2) return "is not an event log: " + std::to_string(text_) + of + " are lines of text";
   return "";
 }
 

@@ -15,7 +15,7 @@ class EventCheck {
  public:
   void See(Record const& record);
 
-  // "is no event log: ..."; "" if it can be one.
+  // "is not an event log: ..."; "" if it can be one.
   std::string Fault() const;
   // Throws Failed if the log cannot be one.
   void Require(RecordLog const& log) const;

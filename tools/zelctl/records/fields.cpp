@@ -51,6 +51,10 @@ bool IsHidden(Field const& field, std::string const& value, Terminal const& term
   return field.kind == FieldKind::kPassword && !value.empty() && !terminal.showPasswords;
 }
 
+Cell TableCell(Field const& field, std::string const& value, Terminal const& terminal) {
+  return field.kind == FieldKind::kPath ? Cell(FileName{value}) : Cell(CellOf(field, value, terminal));
+}
+
 }  // namespace
 
 std::string Limits(Field const& field) {
@@ -130,17 +134,17 @@ Json JsonOf(Field const& field, std::string const& value, Terminal const& termin
   if (IsNumber(field)) return std::stoll(value);
   if (field.kind == FieldKind::kFlag) return value == "on";
   if (field.kind == FieldKind::kAnswer) return value == "yes";
-  return ToUtf8(value);
+  return field.kind == FieldKind::kPath ? Json(FileName{value}) : Json(ToUtf8(value));
 }
 
 void PrintRecord(std::vector<Field> const& fields, void const* record, Terminal const& terminal,
                  std::vector<std::string> const& origins) {
   Json::Object members;
-  std::vector<std::vector<std::string>> rows = {{"FIELD", "VALUE", "MEANING"}};
+  Table rows = {{"FIELD", "VALUE", "MEANING"}};
   for (Field const& field : fields) {
     std::string const value = field.get(record);
     members.push_back({field.name, JsonOf(field, value, terminal)});
-    rows.push_back({field.name, CellOf(field, value, terminal), field.meaning});
+    rows.push_back({field.name, TableCell(field, value, terminal), field.meaning});
   }
   if (!origins.empty()) rows[0].insert(rows[0].begin() + 2, "ORIGIN");
   for (std::size_t i = 0; i < origins.size(); i++) rows[i + 1].insert(rows[i + 1].begin() + 2, origins[i]);
@@ -149,15 +153,15 @@ void PrintRecord(std::vector<Field> const& fields, void const* record, Terminal 
 
 void PrintRecords(std::vector<Field> const& fields, std::vector<void const*> const& records, Terminal const& terminal) {
   Json::List list;
-  std::vector<std::vector<std::string>> rows(1);
-  for (Field const& field : fields) rows[0].push_back(UpperCase(field.name));
+  Table rows(1);
+  for (Field const& field : fields) rows[0].emplace_back(UpperCase(field.name));
   for (void const* record : records) {
     Json::Object members;
     rows.emplace_back();
     for (Field const& field : fields) {
       std::string const value = field.get(record);
       members.push_back({field.name, JsonOf(field, value, terminal)});
-      rows.back().push_back(CellOf(field, value, terminal));
+      rows.back().push_back(TableCell(field, value, terminal));
     }
     list.emplace_back(std::move(members));
   }

@@ -22,6 +22,7 @@ enum class FieldKind {
   kDate,  // a number that is a date-time of the library
   kFlag,
   kAnswer,  // a read-only flag
+  kPath,    // a read-only name of a file or directory
 };
 
 struct Field {
@@ -147,6 +148,14 @@ Field String(char const* name, char const* meaning = "") {
           0,       0,
           meaning, [](void const* record) { return static_cast<RecordOf<Member> const*>(record)->*Member; },
           nullptr};
+}
+
+// A read-only path in a std::string.
+template <auto Member>
+Field Path(char const* name, char const* meaning = "") {
+  Field field = String<Member>(name, meaning);
+  field.kind = FieldKind::kPath;
+  return field;
 }
 
 // The allowed values of the field, in words.

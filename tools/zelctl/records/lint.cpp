@@ -86,12 +86,12 @@ class Listener final : public CfgClass {
   void CheckEncoding(std::string const& line) {
     std::string const text = Trim(line);
     if (line_ == 1 && line.compare(0, 3, "\xEF\xBB\xBF") == 0)
-      return Add("encoding", "byte order mark: the programs take it for the beginning of the line");
+      return Add("encoding", "byte order mark: the programs read it as part of the line");
     if (text.empty() || strchr(";#'", text[0]) != nullptr) return;
     std::string lacking;
     std::optional<std::string> const latin1 = ToLatin1(text, "UTF-8", lacking);
     if (latin1 ? *latin1 != text : !lacking.empty())
-      Add("encoding", "UTF-8 text: the programs take it for Latin-1: " + WithoutPassword(line, showPasswords_));
+      Add("encoding", "UTF-8 text, which the programs read as Latin-1: " + WithoutPassword(line, showPasswords_));
   }
 
   bool showPasswords_;

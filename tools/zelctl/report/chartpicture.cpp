@@ -92,6 +92,6 @@ std::string ChartPicture(Chart const& chart, Step step, std::string const& name)
   Drawing drawing(columns, step);
   std::string const svg = drawing.Draw();
   std::string const title = std::string("Events by ") + kTitles[static_cast<std::size_t>(step)];
-  return FramedPicture({title, Counted(events, "event") + ": " + summary, name + ". All bars have one scale."},
+  return FramedPicture({title, Counted(events, "event") + ": " + summary, name, ". All bars have one scale."},
                        drawing.Height(), svg);
 }

@@ -200,8 +200,8 @@ std::string OutagePicture(std::vector<Outage> const& outages, Period period, His
   std::string const name = history.path.substr(history.path.rfind('/') + 1);
   std::string const heads = TextAt(16, 13, NameOf(period), "m") + TextAt(kRight + 76, 13, "begun", "m", true) +
                             TextAt(kRight + 150, 13, "total", "m", true);
-  std::string const foot = name + ", " + TimeText(history.earliest) + " to " + TimeText(history.latest) +
+  std::string const foot = ", " + TimeText(history.earliest) + " to " + TimeText(history.latest) +
                            (period == Period::kDay ? ". Marks: the outages at their times. Bars: the totals."
                                                    : ". Dots: the hours in which outages began. Bars: the totals.");
-  return FramedPicture({title, summary, foot}, raster.height, heads + raster.svg);
+  return FramedPicture({title, summary, name, foot}, raster.height, heads + raster.svg);
 }

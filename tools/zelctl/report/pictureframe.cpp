@@ -15,6 +15,15 @@ constexpr char kStyle[] =
     "@media (prefers-color-scheme:dark){text{fill:#e6edf3}.m{fill:#9aa7b4}.grid{stroke:#30363d}.o,.bar{fill:#f0a03c}"
     ".o{stroke:#f0a03c}.open{fill:#0f1419}.bg{fill:#0f1419}}";
 
+std::string MarkupAt(double x, int y, std::string const& markup, char const* type, bool endsThere = false) {
+  return Element("text",
+                 {{"x", Coordinate(x)},
+                  {"y", std::to_string(y)},
+                  {endsThere ? "text-anchor" : "", "end"},
+                  {*type != '\0' ? "class" : "", type}},
+                 markup);
+}
+
 }  // namespace
 
 void RequirePictureRows(std::size_t rows) {
@@ -32,7 +41,7 @@ std::string FramedPicture(PictureTexts const& texts, int height, std::string con
                            Shape("rect", {{"width", width}, {"height", std::to_string(whole)}, {"class", "bg"}}) +
                            "\n" + TextAt(16, 34, texts.title, "h") + TextAt(16, 58, texts.summary) + "\n" +
                            Element("g", {{"transform", "translate(0 " + std::to_string(kHead) + ")"}}, content) + "\n" +
-                           TextAt(16, whole - 16, texts.foot, "m") + "\n";
+                           MarkupAt(16, whole - 16, EscapedName(texts.file) + Escaped(texts.foot), "m") + "\n";
   return Element("svg",
                  {{"xmlns", "http://www.w3.org/2000/svg"},
                   {"width", width},
@@ -45,12 +54,7 @@ std::string FramedPicture(PictureTexts const& texts, int height, std::string con
 }
 
 std::string TextAt(double x, int y, std::string const& text, char const* type, bool endsThere) {
-  return Element("text",
-                 {{"x", Coordinate(x)},
-                  {"y", std::to_string(y)},
-                  {endsThere ? "text-anchor" : "", "end"},
-                  {*type != '\0' ? "class" : "", type}},
-                 Escaped(text));
+  return MarkupAt(x, y, Escaped(text), type, endsThere);
 }
 
 std::string BarAt(double x, int y, double width) {

@@ -13,6 +13,7 @@ void RequirePictureRows(std::size_t rows);
 struct PictureTexts {
   std::string title;
   std::string summary;  // the numbers in words, also for screen readers
+  std::string file;     // the name of the log, before the footer
   std::string foot;
 };
 

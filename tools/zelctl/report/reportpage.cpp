@@ -216,8 +216,9 @@ std::string FindingsSection(Site const& site) {
     rows.push_back({Escaped(finding.where), Escaped(Capitalised(finding.what)) +
                                                 (finding.advice.empty() ? "" : "<br>" + Muted(finding.advice))});
   return Element("section", {{"id", "findings"}},
-                 Heading("Findings") + (rows.empty() ? Element("p", {}, "None.")
-                                                     : Table("find", "What wants a look.", {"Where", "What"}, rows))) +
+                 Heading("Findings") + (rows.empty()
+                                            ? Element("p", {}, "None.")
+                                            : Table("find", "Items that need attention.", {"Where", "What"}, rows))) +
          "\n";
 }
 
@@ -235,7 +236,7 @@ std::string LogsTable(Site const& site) {
   }
   for (SiteLog const& log : site.otherLogs)
     rows.push_back({Escaped(log.file), Grouped(log.bytes), "size of its records unknown: not checked"});
-  return Heading("Logs") + Table("", "The logs that are there.", {"File", "Bytes", "State"}, rows);
+  return Heading("Logs") + Table("", "Logs found.", {"File", "Bytes", "State"}, rows);
 }
 
 std::string ServersTable(std::vector<ShownServer> const& servers) {

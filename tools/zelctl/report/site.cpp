@@ -25,8 +25,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr unsigned int kMostUnits = 100;
-constexpr char const* kOtherLogs[] = {"loghora.rgt", "logdia.rgt",  "logmes.rgt",  "poweroff.rgt",
-                                      "poweron.rgt", "logsave.rgt", "logclose.rgt"};
+constexpr char kEventLog[] = "logevt.rgt";
 constexpr char const* kRootSettings[] = {"srvlist.cfg", "upscli.cfg", "upssrv.cfg", "upstype.cfg", "usbhid.cfg"};
 
 // Also true of a file whose directory does not let us look.
@@ -55,6 +54,14 @@ bool IsFolder(std::string const& path) {
   return fs::is_directory(path, none);
 }
 
+// The names in the directory, in order. Sets `fault` if it cannot be read.
+std::vector<std::string> FilesIn(std::string const& folder, std::error_code& fault) {
+  std::vector<std::string> names;
+  for (auto const& entry : fs::directory_iterator(folder, fault)) names.push_back(entry.path().filename());
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
 class Look {
  public:
   Look(Site& site, Terminal const& terminal) : site_(site), terminal_(terminal), root_({"", site.root}) {}
@@ -75,8 +82,10 @@ class Look {
 
   void Logs() {
     for (SitePlace const& place : Places()) {
-      if (IsThere(place.folder + "logevt.rgt")) site_.events.push_back(EventsOf(place));
-      for (char const* const name : kOtherLogs) {
+      if (IsThere(place.folder + kEventLog)) site_.events.push_back(EventsOf(place));
+      std::error_code unread;
+      for (std::string const& name : FilesIn(place.folder, unread)) {
+        if (name == kEventLog || fs::path(name).extension() != ".rgt") continue;
         std::error_code none;
         auto const bytes = fs::file_size(place.folder + name, none);
         if (!none) site_.otherLogs.push_back({place.File(name), bytes});
@@ -93,9 +102,9 @@ class Look {
 
   void Findings() {
     for (SiteEvents const& events : site_.events) FindInEvents(events);
-    if (site_.events.empty()) Find("logevt.rgt", "There is no event log.", "");
+    if (site_.events.empty()) Find(kEventLog, "There is no event log.", "");
     for (std::string const& unit : site_.missing)
-      Find("srvlist.cfg", "Unit " + unit + " is listed and has no directory.", "zelctl ups remove " + unit);
+      Find("srvlist.cfg", "Unit " + unit + " is listed but has no directory.", "zelctl ups remove " + unit);
     for (char const* const name : kRootSettings) LintFile(root_, name);
     for (SitePlace const& unit : site_.units) LintUnit(unit);
   }
@@ -117,13 +126,13 @@ class Look {
   }
 
   SiteEvents EventsOf(SitePlace const& place) const {
-    SiteEvents events = {place, place.File("logevt.rgt"), std::nullopt, ""};
+    SiteEvents events = {place, place.File(kEventLog), std::nullopt, ""};
     try {
-      History history = ReadHistory(RecordLog(place.folder + "logevt.rgt", kEventSize), site_.codes);
+      History history = ReadHistory(RecordLog(place.folder + kEventLog, kEventSize), site_.codes);
       events.fault = history.check.Fault();
       if (events.fault.empty()) events.history = std::move(history);
     } catch (Failed const& error) {
-      events.fault = ReasonOf(error, place.folder + "logevt.rgt");
+      events.fault = ReasonOf(error, place.folder + kEventLog);
     }
     return events;
   }
@@ -131,16 +140,16 @@ class Look {
   void FindInEvents(SiteEvents const& events) {
     if (!events.history) return Find(events.file, events.fault, "");
     History const& history = *events.history;
-    std::string const path = " " + events.place.folder + "logevt.rgt";
+    std::string const path = " " + events.place.folder + kEventLog;
     if (history.isOpen && TellsMains(history))
-      Find(events.file, "The mains failed " + TimeText(history.current.begin) + " and are not back.", "");
+      Find(events.file, "The mains failed " + TimeText(history.current.begin) + " and have not returned.", "");
     if (history.torn > 0)
       Find(events.file,
            "Damaged: " + Counted(history.torn, "byte") + " after " + Counted(history.records, "complete record") +
                ". The log counts as empty in the programs; here its complete records count.",
            "zelctl log salvage" + path + " OUT");
     if (history.setBack > 0)
-      Find(events.file, Counted(history.setBack, "outage") + " left out: the clock was set back meanwhile.",
+      Find(events.file, Counted(history.setBack, "outage") + " omitted: the clock was set back meanwhile.",
            "zelctl log verify" + path);
     if (history.backwards > 0)
       Find(events.file, "The times step back " + Counted(history.backwards, "time") + ".", "zelctl log verify" + path);
@@ -188,15 +197,10 @@ class Look {
 
   void LintUnit(SitePlace const& unit) {
     LintFile(unit, "upssrv.cfg");
-    std::vector<std::string> models;
-    std::error_code none;
-    for (auto const& entry : fs::directory_iterator(unit.folder, none)) {
-      std::string const name = entry.path().filename();
-      if (name.compare(0, 6, "upscfg") == 0 && entry.path().extension() == ".cfg") models.push_back(name);
-    }
-    if (none) Unread(unit.name, none.message());
-    std::sort(models.begin(), models.end());
-    for (std::string const& model : models) LintFile(unit, model);
+    std::error_code fault;
+    for (std::string const& name : FilesIn(unit.folder, fault))
+      if (name.compare(0, 6, "upscfg") == 0 && fs::path(name).extension() == ".cfg") LintFile(unit, name);
+    if (fault) Unread(unit.name, fault.message());
   }
 
   Site& site_;

@@ -10,6 +10,7 @@ Printed PrintedOf(Json const& json) {
   if (auto const* flag = json.As<bool>()) return *flag;
   if (auto const* number = json.As<std::int64_t>()) return *number;
   if (auto const* text = json.As<std::string>()) return *text;
+  if (auto const* name = json.As<FileName>()) return name->bytes;
   if (auto const* list = json.As<Json::List>()) {
     Printed printed = Printed::array();
     for (Json const& element : *list) printed.push_back(PrintedOf(element));

@@ -12,6 +12,11 @@
 #include <variant>
 #include <vector>
 
+// The name of a file, or other text that is already in the terminal's encoding. Other texts are Latin-1.
+struct FileName {
+  std::string bytes;
+};
+
 class Json {
  public:
   struct Member;
@@ -26,6 +31,7 @@ class Json {
   Json(Number number) : value_(static_cast<std::int64_t>(number)) {}
   Json(char const* text) : value_(std::string(text)) {}
   Json(std::string text) : value_(std::move(text)) {}
+  Json(FileName name) : value_(std::move(name)) {}
   Json(List list) : value_(std::move(list)) {}
   Json(Object members);
   Json(std::initializer_list<Member> members);
@@ -44,7 +50,7 @@ class Json {
   bool IsNull() const { return value_.index() == 0; }
 
  private:
-  std::variant<std::monostate, bool, std::int64_t, std::string, List, Object> value_;
+  std::variant<std::monostate, bool, std::int64_t, std::string, FileName, List, Object> value_;
 };
 
 struct Json::Member {

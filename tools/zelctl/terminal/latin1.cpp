@@ -148,3 +148,16 @@ std::string PrintableBytes(std::string const& bytes, bool isUtf8) {
   }
   return shown;
 }
+
+std::size_t WidthOf(std::string const& shown, bool isUtf8) {
+  if (!isUtf8) return shown.size();
+  return static_cast<std::size_t>(std::count_if(shown.begin(), shown.end(), [](char c) { return (c & 0xC0) != 0x80; }));
+}
+
+std::size_t EndOf(std::string const& shown, std::size_t at, std::size_t columns, bool isUtf8) {
+  if (!isUtf8) return at + columns;
+  auto const isContinued = [&shown](std::size_t i) { return i < shown.size() && (shown[i] & 0xC0) == 0x80; };
+  for (; columns > 0; columns--)
+    for (at++; isContinued(at);) at++;
+  return at;
+}

@@ -2,6 +2,7 @@
 #ifndef ZELVANE_TOOLS_ZELCTL_TERMINAL_LATIN1_H
 #define ZELVANE_TOOLS_ZELCTL_TERMINAL_LATIN1_H
 
+#include <cstddef>
 #include <optional>
 #include <string>
 
@@ -25,5 +26,10 @@ std::string Printable(std::string const& latin1);
 // The same for bytes in the terminal's encoding, such as file names. UTF-8 characters are unchanged; control characters
 // and invalid bytes are shown as \xNN.
 std::string PrintableBytes(std::string const& bytes, bool isUtf8);
+
+// Columns of a text on the terminal.
+std::size_t WidthOf(std::string const& shown, bool isUtf8);
+// The position after the first `columns` columns from `at`, which the text must have.
+std::size_t EndOf(std::string const& shown, std::size_t at, std::size_t columns, bool isUtf8);
 
 #endif

@@ -22,8 +22,7 @@ std::string CellText(Json const& cell, char const* whenNull) {
   return JsonText(cell, -1);
 }
 
-std::string CsvText(std::string const& whole) {
-  std::string text = Printable(whole);
+std::string CsvText(std::string const& text) {
   if (text.find_first_of(",\"") == std::string::npos) return text;
   std::string quoted = "\"";
   for (char const c : text) quoted.append(c == '"' ? 2 : 1, c);
@@ -89,8 +88,10 @@ void Listing::JsonRow(std::vector<Json> const& cells) {
 
 void Listing::CsvRow(std::vector<Json> const& cells) {
   for (std::size_t i = 0; i < columns_.size(); i++) {
-    std::string const text = CsvText(CellText(cells[i], ""));
-    out_.append(i == 0 ? "" : ",").append(FromLatin1(text, terminal_.Charset()));
+    auto const* const name = cells[i].As<FileName>();
+    std::string const text =
+        name != nullptr ? terminal_.ShownName(name->bytes) : terminal_.Shown(CellText(cells[i], ""));
+    out_.append(i == 0 ? "" : ",").append(CsvText(text));
   }
   out_ += '\n';
 }

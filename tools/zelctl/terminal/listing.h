@@ -22,7 +22,7 @@ class Listing {
   Listing(Listing const&) = delete;
   Listing& operator=(Listing const&) = delete;
 
-  // One cell for every column: a text (Latin-1), a number or null.
+  // One cell for every column: a text (Latin-1), a number or null; in CSV and JSON also a FileName.
   void Row(std::vector<Json> const& cells);
   // Prints the rows so far, for output that continues.
   void Flush();

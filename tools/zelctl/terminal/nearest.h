@@ -5,7 +5,8 @@
 #include <string>
 #include <vector>
 
-// The name with the smallest edit distance to `word`, ignoring case; "" if more than half of it would change.
+// The name that `word` begins, or the one with the smallest edit distance, ignoring case and leading dashes; "" if more
+// than about a third of it would change.
 std::string Nearest(std::string const& word, std::vector<std::string> const& names);
 // The suggestion as the end of a message; "" if there is none.
 std::string DidYouMean(std::string const& word, std::vector<std::string> const& names);

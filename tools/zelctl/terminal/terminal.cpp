@@ -43,15 +43,19 @@ void FitInto(std::size_t screen, std::vector<std::size_t>& widths) {
   }
 }
 
+bool IsUtf8() { return g_charset == "UTF-8"; }
+
 // Splits the text into parts of at most `width` characters, at blanks where possible.
 Row Folded(std::string const& text, std::size_t width) {
   Row pieces;
   std::size_t at = 0;
-  while (text.size() - at > width) {
-    std::size_t const blank = text.rfind(' ', at + width);
-    std::size_t const end = blank == std::string::npos || blank <= at ? at + width : blank;
+  for (std::size_t left = WidthOf(text, IsUtf8()); left > width;) {
+    std::size_t const full = EndOf(text, at, width, IsUtf8());
+    std::size_t const blank = text.rfind(' ', full);
+    std::size_t const end = blank == std::string::npos || blank <= at ? full : blank;
     pieces.push_back(text.substr(at, end - at));
     at = end + (end == blank ? 1 : 0);
+    left -= WidthOf(pieces.back(), IsUtf8()) + (end == blank ? 1 : 0);
   }
   pieces.push_back(text.substr(at));
   return pieces;
@@ -61,7 +65,8 @@ std::string Aligned(Row const& cells, std::vector<std::size_t> const& widths) {
   std::string line;
   for (std::size_t i = 0; i < cells.size(); i++) {
     line.append(i == 0 ? 0 : kBetween, ' ').append(cells[i]);
-    if (cells[i].size() < widths[i]) line.append(widths[i] - cells[i].size(), ' ');
+    std::size_t const width = WidthOf(cells[i], IsUtf8());
+    if (width < widths[i]) line.append(widths[i] - width, ' ');
   }
   return line.erase(line.find_last_not_of(' ') + 1);
 }
@@ -125,15 +130,15 @@ std::string Terminal::FromArgument(std::string const& name, std::string const& t
 
 std::string Terminal::Shown(std::string const& latin1) const { return FromLatin1(Printable(latin1), g_charset); }
 
-std::string Terminal::ShownName(std::string const& name) const { return PrintableBytes(name, g_charset == "UTF-8"); }
+std::string Terminal::ShownName(std::string const& name) const { return PrintableBytes(name, IsUtf8()); }
 
-void Terminal::PrintTable(std::vector<std::vector<std::string>> const& rows) const {
+void Terminal::PrintTable(Table const& rows) const {
   std::size_t const screen = TerminalColumns();
   std::vector<std::size_t> widths;
   for (auto const& row : rows) {
     widths.resize(std::max(widths.size(), row.size()));
     for (std::size_t i = 0; i < row.size(); i++) {
-      std::size_t const width = Printable(row[i]).size();
+      std::size_t const width = WidthOf(ShownCell(row[i]), IsUtf8());
       if (width <= kWidest || screen > 0) widths[i] = std::max(widths[i], std::min(width, kWidest));
     }
   }
@@ -141,14 +146,13 @@ void Terminal::PrintTable(std::vector<std::vector<std::string>> const& rows) con
   if (screen > 0) FitInto(screen, widths);
   for (auto const& row : rows) {
     Row cells;
-    for (std::string const& cell : row) cells.push_back(Printable(cell));
+    for (Cell const& cell : row) cells.push_back(ShownCell(cell));
     if (screen == 0) cells = {Aligned(cells, widths)};
-    for (std::string const& line : screen > 0 ? FoldedRow(cells, widths) : cells)
-      std::cout << FromLatin1(line, g_charset) << '\n';
+    for (std::string const& line : screen > 0 ? FoldedRow(cells, widths) : cells) std::cout << line << '\n';
   }
   if (widths.size() == columns) return;
   std::string left;
-  for (std::size_t i = widths.size(); i < columns; i++) left += (left.empty() ? "" : ", ") + rows[0][i];
+  for (std::size_t i = widths.size(); i < columns; i++) left += (left.empty() ? "" : ", ") + rows[0][i].text;
   NoteNoRoom(left);
 }
 
@@ -178,7 +182,7 @@ void Complain(std::string const& text) {
   std::string shown = text;
   for (std::size_t at = 0; !g_hidden.empty() && (at = shown.find(g_hidden)) != std::string::npos;)
     shown.erase(at, g_hidden.size());
-  std::cerr << "zelctl: " << PrintableBytes(shown, g_charset == "UTF-8") << '\n';
+  std::cerr << "zelctl: " << PrintableBytes(shown, IsUtf8()) << '\n';
 }
 
 void HideInMessages(std::string const& text) { g_hidden = text; }

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "terminal/json.h"
@@ -20,6 +21,20 @@ struct Failed : std::runtime_error {
 struct WrongUsage : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
+
+// A cell of a table: a Latin-1 text, or the name of a file.
+struct Cell {
+  // NOLINTBEGIN(google-explicit-constructor)
+  Cell(std::string latin1) : text(std::move(latin1)) {}
+  Cell(char const* latin1) : text(latin1) {}
+  Cell(FileName name) : text(std::move(name.bytes)), isName(true) {}
+  // NOLINTEND(google-explicit-constructor)
+
+  std::string text;
+  bool isName = false;
+};
+
+using Table = std::vector<std::vector<Cell>>;
 
 // The common options, and the output that follows them. Texts inside the command are Latin-1.
 struct Terminal {
@@ -46,11 +61,12 @@ struct Terminal {
   std::string Shown(std::string const& latin1) const;
   // A file name, which is already in the terminal's encoding.
   std::string ShownName(std::string const& name) const;
+  std::string ShownCell(Cell const& cell) const { return cell.isName ? ShownName(cell.text) : Shown(cell.text); }
 
   // One row a line, with aligned columns; the first row is the heading. A cell longer than 48 characters shifts only
   // its own row. On a terminal no row is wider than the terminal: long cells continue on the next line, and columns
   // without space are named on standard error.
-  void PrintTable(std::vector<std::vector<std::string>> const& rows) const;
+  void PrintTable(Table const& rows) const;
   // Always UTF-8.
   void PrintJson(Json const& value) const;
   // A line for people.
