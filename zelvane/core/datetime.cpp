@@ -106,8 +106,8 @@ inline long Encode(int year, int month, int day, int hour, int minute, int secon
   return t > kLastDateTime ? kNoDate : static_cast<long>(t);
 }
 
-// Years of two digits are of this century up to 49, of the last one from 50 on. Apart from the others, which would pay
-// for its call of the clock with registers saved.
+// Years of two digits are of this century up to 49, of the last one from 50 on. A function of its own: with the call of
+// the clock in it, Encode would save registers for every year.
 __attribute__((noinline)) long EncodeShortYear(int year, int month, int day, int hour, int minute, int second) {
   Fields now;
   if (year < 1 || !Decode(GetDateTime(), now)) return kNoDate;
