@@ -180,7 +180,7 @@ TEST(CfgFiles, WhatLastsFromOneFileToTheNext) {
               false);
   EXPECT_ALL(cfg.SetCached(true), cfg.WriteStr("k", "2"));
   EXPECT_TRUE(cfg.Open(cfg.GetFileName())) << "opening anew saves first";
-  EXPECT_EQ(scratch.Read("f.cfg"), "[S]\nk = 2\nbad]") << "lines behind the bad one are dropped";
+  EXPECT_EQ(scratch.Read("f.cfg"), "[S]\nk = 2\nbad]") << "lines after the bad one are dropped";
   EXPECT_EQ(scratch.Read("f.cfg.lost"), old) << "but kept beside the file";
   EXPECT_EQ(cfg.GetSection(), "");
   EXPECT_ALL(cfg.WriteStr("S", "k", "3"), cfg.Close());
