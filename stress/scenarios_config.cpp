@@ -34,8 +34,8 @@ bool Change(World& world, char const* name, bool cached, Body&& body) {
 // An object that is destroyed saves the changes that it took before it ran out of memory, each of them complete.
 bool IsChangedInOrder(Files const& before, Files const& after, bool ok) {
   std::string file = before.at("root/a.cfg");
-  auto const insert = [&](std::string const& before, std::string const& line) {
-    file.insert(file.find(before) + before.size(), line);
+  auto const insert = [&](std::string const& anchor, std::string const& line) {
+    file.insert(file.find(anchor) + anchor.size(), line);
   };
   bool known = !ok && after.at("root/a.cfg") == file;
   auto const step = [&](bool last) { known = known || ((last || !ok) && after.at("root/a.cfg") == file); };
