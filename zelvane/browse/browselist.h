@@ -52,14 +52,14 @@
 
 #include "zelvane/export.h"
 
-/// @copydoc zelvane/browse/browselist.h
+/// A group.
 typedef struct BrwsGroupRec {
   int32_t id;      ///< from 0
   char name[256];  ///< not empty
   int32_t parent;  ///< identifier of a group, or -1
 } BrwsGroupRec;
 
-/// @copydoc zelvane/browse/browselist.h
+/// A computer.
 typedef struct BrwsComputerRec {
   int32_t id;        ///< from 0
   char name[256];    ///< not empty
@@ -67,7 +67,7 @@ typedef struct BrwsComputerRec {
   int32_t group;     ///< identifier of a group, or -1
 } BrwsComputerRec;
 
-/// @copydoc zelvane/browse/browselist.h
+/// A UPS unit ("nobreak").
 typedef struct BrwsNobreakRec {
   int32_t id;        ///< from 0
   char name[256];    ///< not empty
