@@ -27,9 +27,8 @@
 /// - for a null handle or record;
 /// - if the file could not be read when the list was opened: the list has no entries and takes none;
 /// - if a flush fails: the change stays in the handle, and the next flush tries again;
-/// - when memory runs out: a change can then be half done in the handle, which writes nothing more to the file and
-/// takes
-///   no more changes;
+/// - when memory runs out: a change can then be half done in the handle, which writes nothing more to the file
+///   and takes no more changes;
 /// - for a text that the file cannot hold: one with ";", "[", "]" or a line break, and a name or address of nothing but
 ///   blanks, tabs and carriage returns.
 ///
