@@ -65,6 +65,16 @@ std::vector<ShownSetting> Rows(std::vector<Field> const& fields, void const* rec
   return rows;
 }
 
+// Also true of a missing file. The findings name the others.
+bool CanBeRead(std::string const& path) {
+  try {
+    InspectFile(path);
+    return true;
+  } catch (Failed const&) {
+    return false;
+  }
+}
+
 ShownSettings ServiceOf(SitePlace const& place, std::string const& root) {
   UpsSrvConfig settings;
   // The library would create a missing file.
@@ -78,6 +88,7 @@ ShownSettings ServiceOf(SitePlace const& place, std::string const& root) {
 
 ShownSettings ShutdownOf(std::string const& root) {
   ShutSrvConfig settings = {};
+  if (!CanBeRead(root + "upscli.cfg")) return {"upscli.cfg cannot be read.", {}};
   if (GetShutSrvConfig(root.c_str(), &settings) == 0)
     return {"upscli.cfg: ZELSRV in [SHUTSRV] is not NAME;ADDRESS;PORT: nothing can be read.", {}};
   return {"Settings of this computer, and the line of upscli.cfg or another file that each comes from.",
@@ -131,7 +142,8 @@ void Report(Arguments const& arguments, Terminal& terminal) {
   ReportParts parts;
   parts.site = LookAtSite(codes, arguments.schedule, terminal);
   parts.rootName = NameOfRoot(parts.site.root);
-  for (SitePlace const& place : parts.site.services) parts.services.push_back(ServiceOf(place, parts.site.root));
+  for (SitePlace const& place : parts.site.services)
+    if (CanBeRead(place.folder + "upssrv.cfg")) parts.services.push_back(ServiceOf(place, parts.site.root));
   parts.shutdown = ShutdownOf(parts.site.root);
   parts.servers = Servers();
   std::string const page = ReportPage(parts);
@@ -153,15 +165,17 @@ Command ReportCommand() {
   auto const arguments = std::make_shared<Arguments>();
   Options page = arguments->page.Asked("--out", "Output file (HTML)");
   page.back().required = true;
-  return {"report",
-          "Write a report of an installation as one HTML page",
-          On(arguments, Report),
-          Joined({page,
-                  arguments->codes.Asked(false),
-                  {Value("--schedule", &arguments->schedule, "FILE", "Schedule file, for the next planned time")}}),
-          "The page shows the settings with their origin, units and servers, outages by day, month and hour, and "
-          "findings. It needs no script and no other file, and can be printed. It contains no passwords. Exit code 1 "
-          "if a file cannot be read.",
-          {"zelctl report --root /srv/site --out report.html",
-           "zelctl report --out report.html --overwrite --schedule proglist.dat"}};
+  return {
+      "report",
+      "Write a report of an installation as one HTML page",
+      On(arguments, Report),
+      Joined(
+          {page,
+           arguments->codes.Asked(false),
+           {Value("--schedule", &arguments->schedule, "FILE", "Schedule file, for the next planned time").Filled()}}),
+      "The page shows the settings with their origin, units and servers, outages by day, month and hour, and "
+      "findings. It needs no script and no other file, and can be printed. It contains no passwords. Exit code 1 "
+      "if a file cannot be read.",
+      {"zelctl report --root /srv/site --out report.html",
+       "zelctl report --out report.html --overwrite --schedule proglist.dat"}};
 }

@@ -189,7 +189,7 @@ std::string TypeFault(std::string const& text, std::string const& table) {
   std::string const key = std::to_string(type);
   return (HasKey(table, "UPSTYPE", key) ? "type " + key + " has fewer than five fields in "
                                         : "there is no type " + key + " in ") +
-         table + "; the programs use Auto";
+         ExtractFileName(table) + "; the programs use Auto";
 }
 
 constexpr char kSettingsName[] = "zelvane.conf";

@@ -1,0 +1,37 @@
+#include "files/scratch.h"
+
+#include <errno.h>
+#include <stdlib.h>
+
+#include <filesystem>
+
+#include "files/format.h"
+#include "terminal/terminal.h"
+
+namespace fs = std::filesystem;
+
+ScratchFolder::HeldSignals::HeldSignals() {
+  sigset_t ending;
+  sigemptyset(&ending);
+  for (int const number : {SIGHUP, SIGINT, SIGTERM}) sigaddset(&ending, number);
+  sigprocmask(SIG_BLOCK, &ending, &before_);
+}
+
+ScratchFolder::HeldSignals::~HeldSignals() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
+
+ScratchFolder::ScratchFolder() {
+  std::error_code error;
+  fs::path const place = fs::temp_directory_path(error);
+  if (error) throw Failed("no directory for temporary files (TMPDIR): " + error.message());
+  path_ = place / "zelctl-XXXXXX";
+  if (mkdtemp(path_.data()) == nullptr) throw Failed(CannotWrite(path_, errno));
+}
+
+ScratchFolder::~ScratchFolder() {
+  std::error_code ignored;
+  // The owner may lack permissions on a new unit's directory.
+  for (fs::recursive_directory_iterator each(path_, ignored), end; !ignored && each != end; each.increment(ignored))
+    if (each->is_directory(ignored) && !each->is_symlink(ignored))
+      fs::permissions(each->path(), fs::perms::owner_all, ignored);
+  fs::remove_all(path_, ignored);
+}
