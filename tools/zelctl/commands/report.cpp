@@ -117,28 +117,10 @@ std::string NameOfRoot(std::string const& root) {
   return name.empty() ? root : name;
 }
 
-bool IsProductFile(std::string const& name) {
-  std::string const end = fs::path(name).extension();
-  return end == ".cfg" || end == ".rgt" || end == ".dat" || name == ".zelvane";
-}
-
-// --overwrite is meant for an older page, not for the files that the page shows.
-void RequireNoSource(std::string const& path) {
-  std::error_code none;
-  fs::path const file = fs::canonical(path, none);
-  if (none || !IsProductFile(file.filename())) return;
-  std::vector<std::string> folders = {GetZelvanePath(), GetUserPath()};
-  char unit[4];
-  for (unsigned int i = 0; GetUpsListItem(i, unit) != 0; i++) folders.push_back(folders[0] + unit);
-  for (std::string const& folder : folders)
-    if (fs::equivalent(file.parent_path(), folder, none)) throw Failed(path + ": is a file of the installation");
-}
-
 void Report(Arguments const& arguments, Terminal& terminal) {
   OutageCodes const codes = arguments.codes.Codes();
   RequireRoot();
   arguments.page.RequireFree(arguments.schedule);
-  RequireNoSource(arguments.page.path);
   ReportParts parts;
   parts.site = LookAtSite(codes, arguments.schedule, terminal);
   parts.rootName = NameOfRoot(parts.site.root);
