@@ -169,7 +169,7 @@ std::string WhyNotWritten(std::vector<std::string> const& files, int error) {
   if (barred != files.end()) return CannotWrite(*barred, error);
   std::string names;
   for (std::string const& file : files) names += (names.empty() ? "" : ", ") + file;
-  return CannotWrite(names, error);
+  return names + ": cannot write" + (error == 0 ? "" : std::string(": ") + strerror(error));
 }
 
 // The change can select other files of the record, but none in other directories.

@@ -46,7 +46,9 @@ std::optional<std::string> Home() {
 void Copy(std::string const& file) {
   std::string const folder = ExtractFilePath(file);
   if (fs::is_directory(folder.empty() ? "." : folder)) fs::create_directories(fs::path(At(file)).parent_path());
-  if (fs::exists(file) && !fs::is_directory(file)) fs::copy_file(file, At(file));
+  std::error_code error;
+  if (fs::exists(file) && !fs::is_directory(file)) fs::copy_file(file, At(file), error);
+  if (error) throw Failed(file + ": cannot copy to " + fs::temp_directory_path().string() + ": " + error.message());
 }
 
 // ---- What changed ----
