@@ -71,7 +71,7 @@ void Count(std::string const& path) {
   close(file);
 }
 
-void CopyFloor(int from, int to, std::size_t piece) {
+void CopyBare(int from, int to, std::size_t piece) {
   static char block[kBlock];
   lseek(to, 0, SEEK_SET);
   for (ssize_t got = kBlock; got == static_cast<ssize_t>(kBlock);) {
@@ -82,7 +82,7 @@ void CopyFloor(int from, int to, std::size_t piece) {
   }
 }
 
-void CutFloor(Place const& place, std::string const& path, std::string const& scratch) {
+void CutBare(Place const& place, std::string const& path, std::string const& scratch) {
   struct stat status = {};
   std::string const unfinished = scratch + "~";
   int const log = open(path.c_str(), O_RDWR | O_CLOEXEC);
@@ -90,18 +90,18 @@ void CutFloor(Place const& place, std::string const& path, std::string const& sc
   fstat(log, &status);
   int const copy = open(unfinished.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
   lseek(log, kRecord, SEEK_SET);
-  CopyFloor(log, copy, kBlock);
+  CopyBare(log, copy, kBlock);
   Require(fsync(copy) == 0 && rename(unfinished.c_str(), scratch.c_str()) == 0 && fsync(folder) == 0, "scratch");
   flock(log, LOCK_EX | LOCK_NB);
   lseek(copy, 0, SEEK_SET);
-  CopyFloor(copy, log, kPage);  // a kill ends a write between two pages
+  CopyBare(copy, log, kPage);  // a kill ends a write between two pages
   Require(ftruncate(log, status.st_size - static_cast<off_t>(kRecord)) == 0 && fsync(log) == 0, "cut");
   Require(unlink(scratch.c_str()) == 0 && fsync(folder) == 0, "scratch gone");
   flock(log, LOCK_UN);
   close(copy), close(folder), close(log);
 }
 
-void FloorAppend(benchmark::State& state, bool disk, bool atBound) {
+void LowerBoundAppend(benchmark::State& state, bool disk, bool atBound) {
   Place const place(disk);
   std::string const path = place.Path("log"), scratch = place.Path("log.tmp");
   Fill(path, kBound);
@@ -115,7 +115,7 @@ void FloorAppend(benchmark::State& state, bool disk, bool atBound) {
     Require(write(file, record, kRecord) == static_cast<ssize_t>(kRecord), "write");
     Count(path);
     if (atBound) {
-      CutFloor(place, path, scratch);
+      CutBare(place, path, scratch);
     } else {
       Require(fdatasync(file) == 0, "sync");
     }
@@ -143,7 +143,7 @@ void OursSave(benchmark::State& state, bool disk) {
   Require(std::string(std::istreambuf_iterator<char>(in), {}) == Text(value), "saved text");
 }
 
-void FloorSave(benchmark::State& state, bool disk) {
+void LowerBoundSave(benchmark::State& state, bool disk) {
   Place const place(disk);
   std::string const path = place.Path("cfg"), made = place.Path("cfg.new");
   std::ofstream(path) << Text(0);
@@ -185,10 +185,11 @@ bool RegisterAll() {
     for (bool const atBound : {false, true}) {
       std::string const task = atBound ? "durable-append-at-bound" : "durable-append";
       Register((task + "/ours").c_str(), disk, [=](auto& state, bool on) { OursAppend(state, on, atBound); });
-      Register((task + "/floor").c_str(), disk, [=](auto& state, bool on) { FloorAppend(state, on, atBound); });
+      Register((task + "/lower-bound").c_str(), disk,
+               [=](auto& state, bool on) { LowerBoundAppend(state, on, atBound); });
     }
     Register("durable-save/ours", disk, [](auto& state, bool on) { OursSave(state, on); });
-    Register("durable-save/floor", disk, [](auto& state, bool on) { FloorSave(state, on); });
+    Register("durable-save/lower-bound", disk, [](auto& state, bool on) { LowerBoundSave(state, on); });
   }
   return true;
 }

@@ -276,7 +276,7 @@ void RemoveGroup(benchmark::State& state) {
     state.PauseTiming();
     CloseBrwsList(list);
     list = OpenBrwsList(file.Path().c_str());
-    Require(GetBrwsGroupsCount(list) + GetBrwsComputersCount(list) + GetBrwsNobreaksCount(list) == 0, "left behind");
+    Require(GetBrwsGroupsCount(list) + GetBrwsComputersCount(list) + GetBrwsNobreaksCount(list) == 0, "not removed");
     CloseBrwsList(list);
     state.ResumeTiming();
   }

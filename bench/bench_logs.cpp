@@ -73,7 +73,7 @@ void PeerAppend(benchmark::State& state) {
 // The lower bound for a log with the same guarantees: the same calls, plus those that count the records before and
 // after, look for the scratch file of an earlier cut, examine the file (a new one needs a synced name) and sync the
 // record.
-void FloorAppend(benchmark::State& state) {
+void LowerBoundAppend(benchmark::State& state) {
   ScratchFile const log("append");
   std::string const &path = log.Path(), scratch = path + ".tmp";
   char const payload[kPayload] = "mains failed";
@@ -125,7 +125,7 @@ void OursOpen(benchmark::State& state) {
   }
 }
 
-void FloorOpen(benchmark::State& state) {
+void LowerBoundOpen(benchmark::State& state) {
   ScratchFile const scratch("open");
   FillLog(scratch.Path(), static_cast<int>(state.range(0)));
   for (auto _ : state) {
@@ -155,7 +155,7 @@ void OursReadByIndex(benchmark::State& state) {
     }
 }
 
-void FloorReadByIndex(benchmark::State& state) {
+void LowerBoundReadByIndex(benchmark::State& state) {
   ScratchFile const scratch("read");
   FillLog(scratch.Path(), 10000);
   char record[kRecord];
@@ -271,14 +271,14 @@ void PeerTime(benchmark::State& state) {
 
 BENCHMARK(OursAppend)->Name("log-append/ours/68");
 BENCHMARK(PeerAppend)->Name("log-append/bare/68");
-BENCHMARK(FloorAppend)->Name("log-append/floor/68");
+BENCHMARK(LowerBoundAppend)->Name("log-append/lower-bound/68");
 BENCHMARK(OursOpen)->Name("log-open/ours")->Arg(10000)->Unit(benchmark::kMicrosecond);
-BENCHMARK(FloorOpen)->Name("log-open/floor")->Arg(10000)->Unit(benchmark::kMicrosecond);
+BENCHMARK(LowerBoundOpen)->Name("log-open/lower-bound")->Arg(10000)->Unit(benchmark::kMicrosecond);
 BENCHMARK(OursReadByIndex)->Name("log-read-by-index/ours")->Unit(benchmark::kMicrosecond);
-BENCHMARK(FloorReadByIndex)->Name("log-read-by-index/floor")->Unit(benchmark::kMicrosecond);
+BENCHMARK(LowerBoundReadByIndex)->Name("log-read-by-index/lower-bound")->Unit(benchmark::kMicrosecond);
 BENCHMARK(OursCount)->Name("count-events/ours/1000000")->Unit(benchmark::kMicrosecond);
-BENCHMARK(PeerCount)->Name("count-events/floor/1000000")->Unit(benchmark::kMicrosecond);
+BENCHMARK(PeerCount)->Name("count-events/lower-bound/1000000")->Unit(benchmark::kMicrosecond);
 BENCHMARK(OursTime)->Name("time-events/ours/1000000")->Unit(benchmark::kMicrosecond);
-BENCHMARK(PeerTime)->Name("time-events/floor/1000000")->Unit(benchmark::kMicrosecond);
+BENCHMARK(PeerTime)->Name("time-events/lower-bound/1000000")->Unit(benchmark::kMicrosecond);
 
 }  // namespace

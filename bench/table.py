@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """Prints the medians of benchmark runs (Google Benchmark's JSON): ours, the best other, their ratio and its limit.
 
-Ratios below 1 are faster. `floor` is the lower bound: the same work with bare system calls or a bare loop. Rows
-that miss their limit are marked. --markdown prints the table of docs/performance.md."""
+Ratios below 1 are faster. `lower-bound` is the same work with bare system calls or a bare loop. Rows that miss
+their limit are marked. --markdown prints the table of docs/performance.md."""
 import collections
 import json
 import statistics
@@ -93,7 +93,7 @@ def best_other(whos):
     """Returns the best of the others and the column to compare: the time, or the memory where measured."""
     column = 0 if whos["ours"][1] is None else 1
     others = {who: value for who, value in whos.items() if who != "ours" and not who.startswith("ours-")}
-    who = "floor" if "floor" in others else min(others, key=lambda name: others[name][column], default=None)
+    who = "lower-bound" if "lower-bound" in others else min(others, key=lambda name: others[name][column], default=None)
     return who, column
 
 

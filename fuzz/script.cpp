@@ -12,6 +12,6 @@ int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size) {
   std::string const description = services.GetDaemonDescr(disk.Path());
   fuzz::Check(description.size() <= bytes.size() && description.find('\n') == std::string::npos,
               "a part of the script");
-  if (!description.empty()) fuzz::Check(bytes.find(':') != std::string::npos, "behind a colon");
+  if (!description.empty()) fuzz::Check(bytes.find(':') != std::string::npos, "after a colon");
   return 0;
 }

@@ -214,7 +214,7 @@ void BindEventLog(py::module_& module) {
       "    for event in log:\n"
       "        print(event.time, event.code, event.text)\n\n"
       "The file is read once, and again after an append(). Iteration creates one Event at a time. A damaged\n"
-      "file (its length is not a multiple of 68) is treated as empty, with a RuntimeWarning.")
+      "file (its last record is partial) is treated as empty, with a RuntimeWarning.")
       .def(py::init<Path const&, bool, std::optional<std::uint32_t>>(), "path"_a, "create"_a = false,
            "limit"_a = py::none(),
            "create: a missing file is an empty log, and the first append() creates it. limit: append() keeps\n"

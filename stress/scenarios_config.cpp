@@ -97,8 +97,8 @@ Table ConfigScenarios() {
          bool done = false;
          for (int i = 0; i < 3 && !done; i++) {
            try {
-             done =
-                 file.GetKeyName("S", 30) != "" && file.WriteStr("S", "K15x", "1") && file.WriteStr("S", "K15y", "1");
+             done = file.GetKeyName("S", 30) != "" && file.WriteStr("S", "K15x", "1") &&
+                    file.WriteStr("S", "K15y", "1") && file.WriteStr("S", "K10", "11");
            } catch (std::bad_alloc const&) {
            }
          }

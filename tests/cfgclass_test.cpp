@@ -29,6 +29,7 @@ TEST(CfgParse, LinesAndWhatTheyMean) {
     ASSERT_TRUE(cfg.Open(scratch.Write("f.cfg", c[0]))) << c;
     EXPECT_EQ(Words(cfg.GetErrorCode(), cfg.GetErrorLine()), Words(c[2] == "0" ? 0 : 7, c[2])) << c;
     EXPECT_EQ(Dump(cfg), c[1]) << c;
+    EXPECT_EQ(cfg.GetSectionName(cfg.GetSectionCount()), "") << "after the last section of " << c;
   }
 }
 
@@ -168,7 +169,7 @@ TEST(CfgFiles, WhatCannotBeReadWholeIsNotOpened) {
   EXPECT_EQ(scratch.List(), (test::Names{"f.cfg", "pipe"}));
 }
 
-TEST(CfgFiles, WhatLastsFromOneFileToTheNext) {
+TEST(CfgFiles, WhatIsKeptFromOneFileToTheNext) {
   Scratch scratch;
   CfgClass cfg;
   std::string const old = "[S]\nk=1\nbad]\nx=2\n", path = scratch.Write("f.cfg", old), other = scratch.Path("h.cfg");
@@ -178,10 +179,11 @@ TEST(CfgFiles, WhatLastsFromOneFileToTheNext) {
   EXPECT_EQ(Words(cfg.GetSection(), cfg.GetErrorCode(), cfg.GetErrorLine()), "s 0 3 ") << "until the load after";
   EXPECT_EACH((cfg.SectionExists(), cfg.KeyExists(std::string("K")), cfg.KeyExists(std::string("x"))), true, true,
               false);
-  EXPECT_ALL(cfg.SetCached(true), cfg.WriteStr("k", "2"));
+  EXPECT_ALL(cfg.SetCached(true), cfg.WriteStr("k", "1"), cfg.Flush(), cfg.WriteStr("k", "2"));
   EXPECT_TRUE(cfg.Open(cfg.GetFileName())) << "opening anew saves first";
   EXPECT_EQ(scratch.Read("f.cfg"), "[S]\nk = 2\nbad]") << "lines behind the bad one are dropped";
   EXPECT_EQ(scratch.Read("f.cfg.lost"), old) << "but kept beside the file";
+  EXPECT_FALSE(scratch.Exists("f.cfg.lost.1")) << "the second save drops nothing";
   EXPECT_EQ(cfg.GetSection(), "");
   EXPECT_ALL(cfg.WriteStr("S", "k", "3"), cfg.Close());
   EXPECT_EQ(Words(cfg.GetErrorLine(), cfg.ReadStr("S", "k", "closed")), "0 closed ");
@@ -193,9 +195,16 @@ TEST(CfgFiles, WhatLastsFromOneFileToTheNext) {
   EXPECT_EQ(scratch.Read("h.cfg"), "[G]\nG = 1\n\n") << "cached mode does";
   EXPECT_TRUE(cfg.FlushCache());
   EXPECT_EQ(scratch.Read("h.cfg"), "[G]\nG = 2\n\n");
+
+  EXPECT_TRUE(cfg.Open(scratch.Write("h.cfg", old)));
+  fs::remove(other);
+  EXPECT_ALL(cfg.WriteStr("S", "k", "4"), cfg.Flush());
+  EXPECT_EQ(scratch.Read("h.cfg"), "[S]\nk = 4\nbad]") << "no file, so nothing to keep";
+  scratch.Write("h.cfg", "[S]");
+  EXPECT_EACH((cfg.LoadFile(false), cfg.GetErrorLine()), true, 0);
 }
 
-TEST(CfgFiles, AnObjectThatGoesSavesItsChanges) {
+TEST(CfgFiles, TheDestructorSavesChanges) {
   Scratch scratch;
   for (bool const reg : {false, true}) {
     std::string const path = scratch.Write("f.cfg", "[S]\nk=1\n");
@@ -287,7 +296,7 @@ TEST(CfgTyped, EveryFormOfAFamilyDoesTheSame) {
   }
 }
 
-// A subclass that records the hooks called and refuses to insert one name.
+// A subclass that records the hooks called and refuses to insert one name, or to take one line.
 struct Steps : CfgClass {
   std::string taken, refused = "-";
   bool upper = true;
@@ -299,7 +308,9 @@ struct Steps : CfgClass {
   bool SaveFile() override { return taken += 'S', CfgClass::SaveFile(); }
   void ClearReadCache() override { taken += 'r', CfgClass::ClearReadCache(); }
   void ClearWriteCache() override { taken += 'w', CfgClass::ClearWriteCache(); }
-  bool ParseLine(std::string const& line, bool n) override { return taken += 'P', CfgClass::ParseLine(line, n); }
+  bool ParseLine(std::string const& line, bool n) override {
+    return taken += 'P', (line.empty() || line != refused) && CfgClass::ParseLine(line, n);
+  }
   bool InsertSection(std::string const& name, LinePosition const* line, bool create) override {
     return taken += 'i', name != refused && CfgClass::InsertSection(name, line, create);
   }
@@ -316,7 +327,7 @@ struct Steps : CfgClass {
   std::string Take() { return std::exchange(taken, ""); }
 };
 
-TEST(CfgSteps, AVariantMayReplaceAny) {
+TEST(CfgHooks, ASubclassMayReplaceEach) {
   Scratch scratch;
   Steps cfg;
   ASSERT_TRUE(cfg.Open(scratch.Write("f.cfg", "[S]\na=1\na=2\n[s]")));
@@ -333,19 +344,27 @@ TEST(CfgSteps, AVariantMayReplaceAny) {
   EXPECT_EQ(scratch.Read("f.cfg"), "[S]\na=2\n[s]\n[New]\nKey = v");
 }
 
-TEST(CfgSteps, ARefusedInsertionChangesNothing) {
+TEST(CfgHooks, ARefusedInsertionChangesNothing) {
   Scratch scratch;
-  for (char const* refused : {"s", "k", ""}) {
+  std::string const path = scratch.Write("f.cfg", "a=1\n[s]\nk=1");
+  for (char const* refused : {"s", "k", "", "k=1"}) {
     Steps cfg;
     cfg.refused = refused;
-    EXPECT_FALSE(cfg.Open(scratch.Write("f.cfg", "a=1\n[s]\nk=1"))) << refused;
+    EXPECT_FALSE(cfg.Open(path)) << refused;
     EXPECT_EACH((cfg.GetFileName(), Dump(cfg)), "") << refused << ": nothing stays of half a file";
+  }
+  for (char const* refused : {"s", "k", ""}) {
+    Steps cfg;
+    ASSERT_TRUE(cfg.Open(path));
+    cfg.refused = refused;
+    EXPECT_FALSE(cfg.LoadFile(false)) << refused;
+    EXPECT_EQ(Dump(cfg), "") << refused << ": nor of half a reload";
     ASSERT_TRUE(cfg.Open(scratch.Write("g.cfg", "")));
     EXPECT_NONE(cfg.WriteStr(*refused == '\0' ? "" : "s", "k", "v"), cfg.KeyExists("s", "k")) << refused;
   }
 }
 
-TEST(CfgSteps, AnEntryWhoseLineSaysSomethingElseKeepsItsValue) {
+TEST(CfgHooks, AnEntryWhoseLineSaysSomethingElseKeepsItsValue) {
   Scratch scratch;
   CfgClass cfg;
   CfgClass::SectionPosition at;
@@ -355,7 +374,7 @@ TEST(CfgSteps, AnEntryWhoseLineSaysSomethingElseKeepsItsValue) {
   EXPECT_EQ(Dump(cfg), "S{K=1|X=other}");
 }
 
-TEST(CfgSteps, APositionReachesTheOtherSections) {
+TEST(CfgHooks, APositionReachesTheOtherSections) {
   Scratch scratch;
   CfgClass cfg;
   CfgClass::SectionPosition a;
@@ -369,7 +388,7 @@ TEST(CfgSteps, APositionReachesTheOtherSections) {
   EXPECT_EQ(Dump(cfg), "A{A=1|D=3}B{B=1|C=2}X{K=1}");
 }
 
-TEST(CfgSteps, AnIndexWithoutLinesCanBeRead) {
+TEST(CfgHooks, AnIndexWithoutLinesCanBeRead) {
   Scratch scratch;
   for (bool const anew : {false, true}) {
     RegCfgClass cfg;

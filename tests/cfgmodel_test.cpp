@@ -223,7 +223,7 @@ TEST(CfgModel, ALoadedFile) {
     Model model(true);
     model.Load(text);
     CfgClass cfg;
-    ASSERT_TRUE(cfg.Open(path) && cfg.SetCached(true));
+    ASSERT_ALL(cfg.Open(path), cfg.SetCached(true));
     for (std::size_t i = 0; i < 30 * seed; i++) {
       std::string const section = spelled("section " + std::to_string(below(7))), key = name();
       ASSERT_EQ(cfg.ReadStr(section, key, "none"), model.Value(section, key, "none")) << section << "/" << key;
@@ -234,7 +234,7 @@ TEST(CfgModel, ALoadedFile) {
     if (seed % 3 != 0) {
       ASSERT_EQ(Dump(cfg), model.Dump());
     }
-    ASSERT_TRUE(cfg.WriteStr("section 3", "k3", "v") && cfg.DeleteKey("section 4", "x y1"));
+    ASSERT_ALL(cfg.WriteStr("section 3", "k3", "v"), cfg.DeleteKey("section 4", "x y1"));
     model.Write("section 3", "k3", "v");
     model.Delete("section 4", "x y1");
     ASSERT_EQ(Dump(cfg), model.Dump());

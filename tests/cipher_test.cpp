@@ -156,7 +156,7 @@ TEST(Cipher, RoundsOnceTakenStay) {
   }
 }
 
-TEST(Cipher, APhraseGoesThroughTheVirtualSteps) {
+TEST(Cipher, InitKeyCallsTheVirtualHooks) {
   struct Spy : Cipher_Safer_SK64 {
     using Base = Cipher_Safer_SK64;
     std::string seen;

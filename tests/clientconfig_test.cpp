@@ -41,7 +41,7 @@ TEST_F(Client, Defaults) {
   EXPECT_EQ(at_.List(), before);
 }
 
-TEST_F(Client, FreshFiles) {
+TEST_F(Client, NewFiles) {
   memset(&cfg_, 'N', sizeof cfg_);  // arrays without NUL end at their width
   cfg_.langId = 2;
   cfg_.colorScheme = cfg_.serverPort = -1;
@@ -64,7 +64,7 @@ TEST_F(Client, FirstEntryAndModule) {
   EXPECT_EQ(at_.Read("home/.zelvane"), "# mine\r\n[Zelvane]\r\nLangid = 0\nNote = \xE9\r\nCOLORSCH = 0\n");
 }
 
-TEST_F(Client, EntryFields) {
+TEST_F(Client, HowAnEntryIsRead) {
   at_.Write("home/.zelvane", "[ZELVANE]\nLANGID = 3\nCOLORSCH = 4\n");
   for (test::Case const& c : test::Cases("servers.txt", "entries")) {
     std::string const record = Get("[CLILIST]\n0 = " + c[0] + "\n[UPSCLI]\nLIBNAME = lib\n");
@@ -78,7 +78,7 @@ TEST_F(Client, EntryFields) {
 }
 
 // The user's file, the entry and the module are saved one after another.
-TEST_F(Client, Failures) {
+TEST_F(Client, FailedSaves) {
   auto const before = at_.List();
   setenv("HOME", at_.Path("missing").c_str(), 1);
   EXPECT_EQ(SetClientConfig(&cfg_), 0);

@@ -1,7 +1,6 @@
 #include "zelvane/api/encoding.h"
 
 #include "support/test.h"
-#include "zelvane/version.h"
 
 namespace {
 
@@ -15,13 +14,6 @@ TEST(Encoding, BothWays) {
     EXPECT_EQ(buffer, expected) << c;
   }
   EXPECT_EACH((Latin1ToUtf8(nullptr, nullptr, 0), Utf8ToLatin1(nullptr, nullptr, 0)), -1);
-}
-
-TEST(LibraryVersion, IsThatOfTheHeaders) {
-  EXPECT_STREQ(ZelvaneVersion(), ZELVANE_VERSION);
-  std::string const numbers = std::to_string(ZELVANE_VERSION_MAJOR) + "." + std::to_string(ZELVANE_VERSION_MINOR) +
-                              "." + std::to_string(ZELVANE_VERSION_PATCH);
-  EXPECT_EQ(numbers, ZELVANE_VERSION);
 }
 
 }  // namespace

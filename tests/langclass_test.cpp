@@ -116,7 +116,7 @@ TEST_F(Languages, NumbersAre32BitsWide) {
               "Portugu\xEAs");
 }
 
-TEST_F(Languages, StepsGoThroughTheTable) {
+TEST_F(Languages, HooksAreCalledVirtually) {
   Load("[1]\n1 = one\n", 1);
   EXPECT_EQ(std::exchange(lang_.steps, ""), "load, clear, ");
   EXPECT_TRUE(lang_.SetLangStr(2, std::string("two")));

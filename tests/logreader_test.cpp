@@ -49,7 +49,7 @@ TEST(LogReader, NothingComesFromTheEarlierGeneration) {
   EXPECT_EQ(records, nullptr);
 }
 
-TEST(LogReader, RecordsComeAsTheyStand) {
+TEST(LogReader, RecordsComeInFileOrder) {
   std::vector<Event> const events = {{At(7, 8), 0x0102}, {-5, 0xFFFF}, {0, 0}};
   auto const log = EventLog(events);
   long when = 0;

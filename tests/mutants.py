@@ -4,7 +4,7 @@ mutants.py BUILD [--count N] [--seed S] [--skip N] [--quick] [PATTERN ...]
 Each mutant changes one line of a copy in BUILD, compiles what depends on it and runs the tests of its module, the
 likeliest first, until one fails. PATTERN selects lines by a part of PATH:LINE. The order is random, so an interrupted
 run is a sample of all modules; --skip continues it. --quick omits the stress tests: try its survivors again without it.
-Each mutant prints one line: verdict, place, line before and after, failed test. The last line has the totals.
+Each mutant prints a line: verdict, place, line before and after, failed test. The last line has totals.
 """
 import argparse
 import os
@@ -42,9 +42,7 @@ def mutants_of_line(line):
     if not text.strip("\0 ") or re.match(r"\s*(#|template|static_assert|using|namespace|extern)", text):
         return
     for pattern, instead in OPERATORS:
-        if pattern in (r" < ", r" > ") and "operator" in text:
-            continue
-        for found in re.finditer(pattern, text):
+        for found in () if pattern in (r" < ", r" > ") and "operator" in text else re.finditer(pattern, text):
             yield line[:found.start()] + instead + line[found.end():]
     for found in NUMBER.finditer(text):
         yield line[:found.start()] + str(int(found[1]) + 1) + line[found.end():]
@@ -96,7 +94,8 @@ class Workshop:
                           for name in ("zelvane_tests", "zelvane_tests_static"))
         command, internal = self.suites("zelctl*_test.cpp"), self.suites("*_internal_test.cpp")
         if "tools" in path.relative_to(self.source).parts:
-            return [("zelctl", [[*shared, f"--gtest_filter={command}"]])]
+            completion = [self.source / "tests/completion.sh", self.build / "tools/zelctl/zelctl", self.source / "tools/zelctl"]
+            return [("zelctl", [[*shared, f"--gtest_filter={command}"], completion])]
         near = self.suites("*_test.cpp", f'#include "{path.relative_to(self.source).parent}/')
         steps = [("zelvane", [[*shared, f"--gtest_filter={near}-{command}"], [*shared, f"--gtest_filter=-{near}:{command}"]]),
                  ("zelvane_tests_static", [[*static, f"--gtest_filter={internal}"]]),
@@ -113,7 +112,7 @@ class Workshop:
                 if not self.run(["cmake", "--build", self.build, "--target", target]):
                     return "no program", ""
                 if not all(self.run(test) for test in tests):
-                    failed = re.search(r"\[  FAILED  \] ([\w.]+)", self.output.read_text(encoding="latin-1"))
+                    failed = re.search(r"\[  FAILED  \] ([\w./]+)", self.output.read_text(encoding="latin-1"))
                     return "killed", failed[1] if failed else ""
             return "survived", ""
         finally:
@@ -135,7 +134,7 @@ def main():
                for number, line in enumerate(path.read_text(encoding="utf-8").split("\n"))
                if not choice.patterns or any(each in f"{place[path]}:{number + 1}:" for each in choice.patterns)
                for mutant in mutants_of_line(line)]
-    if not all(workshop.run(test) for _, tests in workshop.steps(mutants[0][0]) for test in tests):
+    if mutants and not all(workshop.run(test) for _, tests in workshop.steps(mutants[0][0]) for test in tests):
         sys.exit(f"the tests fail without a mutant: {workshop.output}")
     verdicts = Counter()
     chosen = random.Random(choice.seed).sample(mutants, min(choice.count, len(mutants)))

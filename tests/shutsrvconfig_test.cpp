@@ -78,7 +78,7 @@ TEST_F(ShutSrv, TouchesOnlyItsLinesOfOldFiles) {
   EXPECT_EQ(at_.Read("home/.zelvane"), "# mine\n[Zelvane]\nLangid = 2\nCOLORSCH = 2\n");
 }
 
-TEST_F(ShutSrv, Values) {
+TEST_F(ShutSrv, HowEachValueIsRead) {
   at_.Write("home/.zelvane", "[ZELVANE]\nLANGID = 3\n");
   for (test::Case const& c : test::Cases("servers.txt", "entries")) {
     std::string const record = Get("[SHUTSRV]\nZELSRV = " + c[0] + "\nPOPUP = 1\n");
@@ -127,7 +127,7 @@ TEST_F(ShutSrv, WritesAnyRecord) {
     }
 }
 
-TEST_F(ShutSrv, WhereTheFilesLie) {
+TEST_F(ShutSrv, WhichFoldersHoldTheFiles) {
   fs::create_directories(at_.Path("other"));
   test::InFolder const here(at_.Path());
   unsetenv("HOME");  // the user's file is then "~.zelvane" here
@@ -143,7 +143,7 @@ TEST_F(ShutSrv, WhereTheFilesLie) {
   EXPECT_EQ(at_.Read("~.zelvane"), "[ZELVANE]\nLANGID = 3");
 }
 
-TEST_F(ShutSrv, Failures) {
+TEST_F(ShutSrv, FailedSaves) {
   // The old file is unchanged, and the second one is not written.
   std::string const old = "[SHUTSRV]\nZELSRV = a;b;1\n";
   at_.Write("root/upscli.cfg", old);

@@ -49,10 +49,10 @@ void InThreads(Body const& body) {
   Thread threads[kThreads];
   pthread_attr_t attributes;
   pthread_attr_init(&attributes);
-  ASSERT_EQ(0, pthread_attr_setstacksize(&attributes, kStack));
+  ASSERT_EQ(pthread_attr_setstacksize(&attributes, kStack), 0);
   for (int i = 0; i < kThreads; i++) {
     threads[i] = {{}, std::to_string(i), &body, &waiting};
-    ASSERT_EQ(0, pthread_create(&threads[i].id, &attributes, Thread::Run, &threads[i]));
+    ASSERT_EQ(pthread_create(&threads[i].id, &attributes, Thread::Run, &threads[i]), 0) << i;
   }
   for (Thread const& thread : threads) pthread_join(thread.id, nullptr);
   pthread_attr_destroy(&attributes);
@@ -89,7 +89,7 @@ TEST(Threads, ObjectsOfTheirOwn) {
     EXPECT_EQ(FloatToStr(StrToFloatDef("1.5", 0), 0, 6), "1.50000");
     EXPECT_TRUE(CpFile(root.Path("cfg" + me), root.Path("copy" + me), 0, true));
     EXPECT_TRUE(codec.EncodeFile(root.Path("cfg" + me), root.Path("b64" + me)));
-    EXPECT_EQ(0, remove(GetTmpFileName().c_str()));
+    EXPECT_EQ(remove(GetTmpFileName().c_str()), 0);
     EXPECT_NONE(GetOSVersion().empty(), GetUserPath().empty());
   });
 }

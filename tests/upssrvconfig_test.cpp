@@ -120,7 +120,7 @@ TEST_F(UpsSrv, TouchesOnlyItsLinesOfAnOldFile) {
   EXPECT_EQ(File(), test::Fixture("upssrv-old-saved.cfg"));
 }
 
-TEST_F(UpsSrv, Folders) {
+TEST_F(UpsSrv, WhichFolderANameMeans) {
   fs::create_directories(at_.Path("far/unit"));
   test::InFolder const here(at_.Path("far"));
   std::string const far = at_.Path("far/unit");
@@ -136,7 +136,7 @@ TEST_F(UpsSrv, Folders) {
   }
 }
 
-TEST_F(UpsSrv, Readings) {
+TEST_F(UpsSrv, HowEachValueIsRead) {
   at_.Write("root/usbhid.cfg", "[USBHID]\n1 = 6\n-1 = 7\n2147483647 = 8\n0 = 4294967295");
   for (test::Case const& c : test::Cases("upssrv.txt", "readings")) {
     at_.Write("root/1/upssrv.cfg", "[UPS]\nUPSTYPE = 5\nUPSDL = mine\n");
@@ -146,7 +146,7 @@ TEST_F(UpsSrv, Readings) {
   }
 }
 
-TEST_F(UpsSrv, Writings) {
+TEST_F(UpsSrv, HowEachValueIsWritten) {
   at_.Write("root/upstype.cfg", kTypes);
   for (test::Case const& c : test::Cases("upssrv.txt", "writings")) {
     for (char const* name : {"1/upssrv.cfg", "usbhid.cfg"}) fs::remove(at_.Root(name));

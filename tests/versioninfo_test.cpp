@@ -3,6 +3,7 @@
 #include "support/records.h"
 #include "support/settings.h"
 #include "support/test.h"
+#include "zelvane/version.h"
 
 namespace {
 
@@ -80,6 +81,13 @@ TEST_F(Version, BitsOfTheCallerStay) {
     EXPECT_EACH((GetZelvaneVersionInfo(&info), GetZelvaneInstalledModules(&mask)), 1);
     EXPECT_EACH((info.modules, mask), mask, ((before & 0xFFE0) | 0x11)) << before;
   }
+}
+
+TEST(LibraryVersion, IsThatOfTheHeaders) {
+  EXPECT_STREQ(ZelvaneVersion(), ZELVANE_VERSION);
+  std::string const numbers = std::to_string(ZELVANE_VERSION_MAJOR) + "." + std::to_string(ZELVANE_VERSION_MINOR) +
+                              "." + std::to_string(ZELVANE_VERSION_PATCH);
+  EXPECT_EQ(numbers, ZELVANE_VERSION);
 }
 
 }  // namespace

@@ -55,8 +55,8 @@ TEST_F(ZelctlProcesses, FindsByNameAndSetsThePriority) {
       {Id(process) + " 0", "process " + Id(process) + " (" + name + "): priority low, was low\n"},
       {Id(process) + " lowest", "zelctl: LEVEL: expected low, normal, high, highest, or 0 to 3\n[2]"},
       {"0 low", "zelctl: PID: expected a number from 1 to 2147483647\n[2]"},
-      {"2147483647 low", "zelctl: process 2147483647 does not exist\n[1]"}};
-  for (auto const& [words, answer] : cases) EXPECT_EQ(Proc("priority " + words), answer);
+      {"2147483647 3", "zelctl: process 2147483647 does not exist\n[1]"}};
+  for (auto const& [words, answer] : cases) EXPECT_EQ(Proc("priority " + words), answer) << words;
 }
 
 TEST_F(ZelctlProcesses, KillsWhatIsNamedAndNothingElse) {
@@ -78,7 +78,7 @@ TEST_F(ZelctlProcesses, KillsWhatIsNamedAndNothingElse) {
   EXPECT_EQ(stubborn.EndingSignal(), SIGKILL);
 }
 
-TEST_F(ZelctlProcesses, WantsToKnowWhichOfSeveral) {
+TEST_F(ZelctlProcesses, KillsNoneOfSeveralUnlessTold) {
   std::string const name = UniqueName();
   Sleeper first(name), second(name), third(name);
   EXPECT_EQ(Proc("kill " + name + " --pid " + Id(second)), Sent(Id(second), name));
@@ -87,7 +87,7 @@ TEST_F(ZelctlProcesses, WantsToKnowWhichOfSeveral) {
   std::string const most = std::to_string(std::max(first.Id(), third.Id()));
   EXPECT_EQ(Proc("kill " + name), "zelctl: nothing killed: several processes have that name: " + least + ", " + most +
                                       "; use --pid or --all\n[1]");
-  EXPECT_TRUE(first.IsAlive() && third.IsAlive());
+  EXPECT_ALL(first.IsAlive(), third.IsAlive());
   std::string const answer = Proc("kill " + name + " --all");
   for (Sleeper* process : {&first, &third}) {
     EXPECT_NE(answer.find(Sent(Id(*process), name)), std::string::npos) << answer;

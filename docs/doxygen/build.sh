@@ -20,3 +20,7 @@ done
 
 ZELVANE_VERSION=$1 ZELVANE_DOCS=$out doxygen docs/doxygen/Doxyfile
 docs/doxygen/overviews.py "$out/html"
+if grep -l '@ref' "$out"/html/*.html; then
+  echo "build.sh: links.sed made a link where none is possible: in a block of code" >&2
+  exit 1
+fi

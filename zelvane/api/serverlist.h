@@ -1,7 +1,6 @@
 /// @file
 /// The UPS servers that the clients of this computer know: section [CLILIST] of upscli.cfg in the installation root,
-/// one server per key: `key number = name;address;port`. The first by position is also the client's own
-/// (clientconfig.h).
+/// one server per key (zelvane-cfg(5)). The first by position is also the client's own (clientconfig.h).
 ///
 ///     void* list = OpenServerList();
 ///     ServerListItem item;
@@ -64,9 +63,8 @@ ZELVANE_API int AddServerListItem(void* list, ServerListItem const* item);
 /// make a line at which the next load stops. A line feed fails. The port is written unsigned: a negative port is read
 /// back as 4375.
 ///
-/// Lines below a syntax error in upscli.cfg are dropped; the old file is first copied to upscli.cfg.lost
-/// (config/cfgclass.h). If [CLILIST] was not found above the error, it is added below it, where the next load does not
-/// reach. Its entries cannot be read back until the bad line is corrected.
+/// Lines below a syntax error in upscli.cfg are dropped, after a copy (config/cfgclass.h). If [CLILIST] was not found
+/// above the error, its entries cannot be read back until the bad line is corrected.
 ZELVANE_API int AddServerListItem2(void* list, ServerListItem const* item, unsigned int key);
 
 /// Removes the first entry with the same name, address and port, whatever its key. Returns 1 if it is removed and

@@ -121,9 +121,8 @@ ZELVANE_API int GetShutSrvDefConfig(ShutSrvConfig* cfg);
 /// Returns 0 if a text contains a line feed, a file cannot be read or written, or memory runs out. upscli.cfg is then
 /// unchanged, unless the failure was in the user's file: then upscli.cfg has the new settings.
 ///
-/// Lines below a syntax error in a file are dropped; the old file is first copied to NAME.lost (config/cfgclass.h). If
-/// a section was not found above the error, it is added below it, where the next load does not reach. Its keys cannot
-/// be read back until the bad line is corrected.
+/// Lines below a syntax error in a file are dropped, after a copy (config/cfgclass.h). If a section was not found above
+/// the error, its keys cannot be read back until the bad line is corrected.
 ///
 /// The caller must refuse what the file cannot hold. ";" in the server's name or address shifts the fields of ZELSRV.
 /// "[" or "]" in a text makes a line at which the next load stops. Base64 hides the password from a glance, not from

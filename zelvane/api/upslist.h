@@ -1,7 +1,7 @@
 /// @file
-/// The UPS units of one installation. A unit is a number from 0 to 99. It has a key `number = name` in section
-/// [SRVLIST] of srvlist.cfg in the installation root, and a directory `name` in that root with its own settings and
-/// logs. The name is the number with leading zeros to three digits: unit 7 is `7 = 007`, with the directory 007/.
+/// The UPS units of one installation. A unit is a number from 0 to 99. It is listed in srvlist.cfg of the installation
+/// root (zelvane-cfg(5)), and has a directory in that root with its own settings and logs. Its name, in the list and of
+/// the directory, is the number with leading zeros to three digits: unit 7 has the directory 007/.
 ///
 /// Every call reads the list again.
 #ifndef ZELVANE_API_UPSLIST_H
@@ -31,8 +31,7 @@ ZELVANE_API int GetUpsListItem(unsigned int position, char* name);
 /// and "007" are unit 7, "" is unit 0, and "+7" is not a number ("0+7"). The entry of a listed unit is written again.
 ///
 /// If the unit has no directory, creates it and copies the template's files into it. The template is the directory
-/// `default` of the root. The values of section [FILES] in its zelcfg.cfg name the files, in ascending order of the
-/// keys.
+/// `default` of the root; its zelcfg.cfg names the files (zelvane-cfg(5)).
 ///
 /// Returns 1 if the unit is listed and the list is on disk; the copied files are not synced. Returns 0 in these cases:
 ///

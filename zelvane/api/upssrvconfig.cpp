@@ -10,6 +10,7 @@
 #include "zelvane/config/settings_internal.h"
 #include "zelvane/core/barrier_internal.h"
 #include "zelvane/core/datetime.h"
+#include "zelvane/core/datetime_internal.h"
 #include "zelvane/core/fileutils.h"
 #include "zelvane/core/strutils.h"
 #include "zelvane/core/strutils_internal.h"
@@ -163,7 +164,7 @@ bool FindType(Folders const& folders, std::int32_t type, TypeEntry& entry) {
 std::int32_t NextDischarge(UpsSrvConfig const& cfg) {
   long const now = GetDateTime();
   if (now < 0) return cfg.fullDischargeDate;
-  std::int64_t const latest = now + std::int64_t{86400} * static_cast<std::uint32_t>(cfg.dischargeInterval);
+  std::int64_t const latest = now + std::int64_t{kDaySeconds} * static_cast<std::uint32_t>(cfg.dischargeInterval);
   return static_cast<std::int32_t>(std::min<std::int64_t>(cfg.fullDischargeDate, latest));
 }
 

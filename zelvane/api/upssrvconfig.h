@@ -127,9 +127,8 @@ ZELVANE_API int GetUpsSrvDefConfig(UpsSrvConfig* cfg);
 /// A fullDischargeDate above 0 is written as GetDateTime() + dischargeInterval days if it is later than that. The
 /// interval counts as unsigned: -1 is 4294967295 days. -1 and 0 are written as they are.
 ///
-/// Lines below a syntax error in a file are dropped; the old file is first copied to NAME.lost (config/cfgclass.h). If
-/// a section was not found above the error, it is added below it, where the next load does not reach. Its keys cannot
-/// be read back until the bad line is corrected.
+/// Lines below a syntax error in a file are dropped, after a copy (config/cfgclass.h). If a section was not found above
+/// the error, its keys cannot be read back until the bad line is corrected.
 ZELVANE_API int SetUpsSrvConfig(char const* cfgDir, UpsSrvConfig const* cfg, int tablesInCfgDir);
 /// @}
 

@@ -2,8 +2,8 @@
 /// The table of UPS types (upstype.cfg), the display names of UPS models, and the capabilities of each kind of
 /// communication.
 ///
-/// Section [UPSTYPE] has one type per key: `number = name;driver;configuration module;client module;model index`. The
-/// rows are product data that come with the installation. The library never writes them.
+/// Section [UPSTYPE] has one type per key (zelvane-cfg(5)). The types are product data that come with the installation.
+/// The library never writes them.
 #ifndef ZELVANE_API_UPSTYPES_H
 #define ZELVANE_API_UPSTYPES_H
 

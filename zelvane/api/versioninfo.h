@@ -32,19 +32,10 @@ ZELVANE_STATIC_ASSERT(offsetof(VersionInfo, product) == 272, "VersionInfo: produ
 
 ZELVANE_C_BEGIN
 
-/// Fills the record from section [ZELVANE] of /etc/zelvane.conf:
-///
-///     PATH     installation root; by default (also if empty) the directory of the running program
-///     VERSION  by default "4.0+"
-///     PRODUCT  by default "Zelvane " and the whole text of VERSION, even if its field cuts it
-///     ZELSRV SHUTSRV ZELCLI ZELCFG ZELBRWS
-///              whether the program is installed: 0 no, any number above 0 yes. If the key is missing, negative or not
-///              a 32-bit number, the program counts as installed if one of its files in the root can be read: zelsrv,
-///              shutsrv, zelvane or zelcliNN or czelcliNN, zelconfig or zelcfgNN or czelcfgNN, zelbrws (NN from 00 to
-///              15)
-///
-/// If the settings file is missing or unreadable, the defaults hold. Returns 1, or 0 with the record unchanged: null,
-/// no root is known, memory runs out, or a file temporarily cannot be opened (no free descriptor, I/O error).
+/// Fills the record from /etc/zelvane.conf. zelvane.conf(5) describes the keys, their defaults, and when a program
+/// counts as installed. If the file is missing or this user may not read it, the defaults hold. Returns 1, or 0 with
+/// the record unchanged: null, no root is known, memory runs out, or a file temporarily cannot be opened (no free
+/// descriptor, I/O error).
 ZELVANE_API int GetZelvaneVersionInfo(VersionInfo* info);
 
 /// Stores only the modules, in bits 0 to 4 of `*mask`; its other bits stay. Returns 1, or 0 with `*mask` unchanged for

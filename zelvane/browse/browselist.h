@@ -8,21 +8,14 @@
 ///       if (GetBrwsComputerByIndex(list, i, &computer)) Show(&computer);
 ///     if (!CloseBrwsList(list)) Complain();
 ///
-/// FILE FORMAT: a configuration file (cfgclass.h). An entry is one key; ";" separates the fields of its value:
+/// zelvane-browse(5) describes the file, a configuration file (cfgclass.h), and says which entries are valid.
+/// Identifiers count from 0; -1 is "none". The address of a UPS unit is a copy of its computer's; the library keeps
+/// them equal. The file date is the time of the last change: it tells a program whether its copy is current.
 ///
-///     [GROUPS]      identifier = name;parent group
-///     [COMPUTERS]   identifier = name;address;group
-///     [NOBREAKS]    identifier = name;address;number;computer
-///     [DATE]        DATETIME = seconds, GetDateTime() of the last change: the file date ("is my copy current?")
-///
-/// Identifiers count from 0. In the last field -1 means "none". The address of a UPS unit is a copy of its computer's;
-/// the library keeps them equal.
-///
-/// VALID ENTRIES have an integer as key, and 2 fields (group), 3 (computer) or 4 (UPS unit). No field is empty, except
-/// the address of a UPS unit. Other entries are skipped: their identifiers count as free, and a new entry can replace
-/// them. A computer without an address is such an entry: it can be added, but is not read back and does not keep its
-/// identifier. Keys in a spelling that the library does not write ("007", "+2") are read by position and keep their
-/// number from being assigned again, but no function below finds, changes or removes them.
+/// INVALID ENTRIES are skipped: their identifiers count as free, and a new entry can replace them. A computer without
+/// an address is one: it can be added, but is not read back and does not keep its identifier. Entries whose key is
+/// spelled as the library does not write it ("007") are read by position and keep their identifier, but no function
+/// below finds, changes or removes them.
 ///
 /// CHANGES stay in the handle until a flush. With `flush` true the function flushes before it returns 1, which then
 /// means on disk. A flush replaces the whole file with the list in this handle: changes that another program has
@@ -37,9 +30,8 @@
 /// and addresses of nothing but blanks, tabs and carriage returns, because a load drops those. Changes update the file
 /// date, with the exceptions named below.
 ///
-/// SYNTAX ERRORS: nothing below a syntax error is read. The next flush drops the lines below it, and first copies the
-/// file to NAME.lost (cfgclass.h). If a section was not found above the error, it is added below it: its entries are in
-/// the handle and in the file, but no load finds them until the bad line is corrected.
+/// SYNTAX ERRORS: nothing below a syntax error is read, and the next flush drops it (cfgclass.h). If a section was not
+/// found above the error, it is added below it: no load finds its entries until the bad line is corrected.
 ///
 /// Numbers have 32 bits: the low 32 bits of a wider `long` count. Arrays from the caller need no NUL: the library reads
 /// at most the array. Arrays that the library fills in are cut to fit, with NUL in the last byte. The next load drops

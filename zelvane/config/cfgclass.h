@@ -16,30 +16,15 @@
 /// Without cached mode each change saves the file before it returns. In cached mode changes stay in memory until Flush,
 /// SetCached(false), Close, Open of another file, or the destructor. The destructor saves, but cannot report a failure.
 ///
-/// FILE FORMAT (blanks, tabs and carriage returns at both ends of a line are ignored)
+/// FILES: zelvane-cfg(5) describes the lines of a file, where a new line goes, and which lines a removal keeps. A
+/// caller must know:
 ///
-///     (empty)                          kept, no meaning
-///     ; text    # text  ' text         comment; only the first character of the line counts
-///     [Name]                           header; the keys that follow belong to section NAME
-///     Key = value                      key; the first "=" is the separator. Without "=" the line is both key and value
-///     anything else                    syntax error: a single character, [], "[" or "]" elsewhere, "=" at the start
-///
+/// - Names match without regard to case (Latin-1, as in AnsiUpperCase). New ones are written upper-cased; RegCfgClass
+///   writes them as given.
 /// - Keys before the first header belong to the section with the empty name.
-/// - There is no quoting, no escape, no continuation line, and no comment after a value.
-/// - A repeated header continues the earlier section.
-/// - A repeated key stays in the file, but only the first one is read and written.
-/// - Names match without regard to case (Latin-1, as in AnsiUpperCase).
+/// - Of repeated keys only the first one is read and written. A repeated header continues the earlier section.
 /// - Access by index returns upper-cased names in ascending byte order, not in file order. Write index 0 as `0ul`: a
 ///   plain 0 is ambiguous where a name is also possible, and does not compile.
-///
-/// WHERE CHANGES GO
-///
-///     new key        after the last key of its section (DeleteKey has an exception), or after its header
-///     new section    at the end of the file, without a blank line before it
-///     changed key    its line becomes `Key = value`. The key keeps its spelling. Indentation, trailing blanks and the
-///                    carriage return of a CR LF line are lost
-///
-/// New names are written upper-cased; RegCfgClass writes them as given.
 ///
 /// NOT CHECKED: the caller must refuse these where people type.
 ///
@@ -53,17 +38,14 @@
 /// first NUL.
 ///
 /// SYNTAX ERRORS: Open returns true, GetErrorCode() is 7 and GetErrorLine() is the line. The object holds the lines up
-/// to and including that one. The next save drops all lines below it:
-///
-/// - A save that drops lines first copies the file to NAME.lost. If that name is taken by a file with other contents,
-///   the copy is NAME.lost.1, and so on to NAME.lost.9.
-/// - If the copy fails, or all ten names are taken, the save fails (error 2) and the file is unchanged.
-/// - The bad line itself stays. A new section goes after it, where the next load does not reach: correct it first.
+/// to and including that one. The next save drops all lines below it, but first copies the file to NAME.lost. If it
+/// cannot be copied, the save fails (error 2) and the file is unchanged. A new section goes after the bad line, where
+/// no load reaches it: correct the line first.
 ///
 /// SAVING is atomic: the new text is written to a temporary file in the same directory, synced, and renamed over the
 /// old one. Mode, owner and symbolic links are kept. When a save returns true, the text and its name are on disk: a
-/// power failure does not bring back the old text. zelvane-cfg(5) lists the details, and the cases that write in
-/// place instead.
+/// power failure does not bring back the old text. zelvane-cfg(5) lists the steps, and the cases that write in place
+/// instead.
 ///
 /// ERROR CODES: GetErrorCode() returns the code of the last operation (CfgError). IsFail, GetErrorCode and GetErrorLine
 /// leave it unchanged. An operation checks in this order: arguments (error 1), open file (error 5), read-only (error
@@ -261,8 +243,7 @@ class ZELVANE_API CfgClass {
   virtual bool KeyExists(std::string const& key);
   /// Removes the key and its line. Kept: a key that does not exist is no error; returns true. No file: error 5;
   /// read-only: error 6. Without cached mode returns the result of the save. By number: the key GetKeyName(n); if there
-  /// is none: error 1, false. Kept: after the last key of a section is deleted, a new key goes right after the header
-  /// if the deleted key came from the file, otherwise after the key that preceded it.
+  /// is none: error 1, false. Kept: where a new key goes after the last key of a section is deleted (zelvane-cfg(5)).
   virtual bool DeleteKey(char const* section, char const* key);
   virtual bool DeleteKey(std::string const& section, std::string const& key);
   virtual bool DeleteKey(char const* key);

@@ -11,8 +11,8 @@ namespace zelvane::internal {
 inline constexpr char kSettingsFile[] = "/etc/zelvane.conf";
 inline constexpr char kSettingsSection[] = "ZELVANE";
 
-// GetZelvanePath for internal use. Throws when memory runs out, and std::system_error if the settings file cannot be
-// read for a passing reason (OpenOrThrow): a function that continued would use files elsewhere.
+// GetZelvanePath for internal use. Throws when memory runs out, and std::system_error if the settings file temporarily
+// cannot be read (OpenOrThrow): a function that continued would use files elsewhere.
 std::string InstallationRoot();
 
 // The same, from settings that are already open or failed to open.

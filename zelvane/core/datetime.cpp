@@ -12,8 +12,10 @@
 #include <stdexcept>
 #include <string_view>
 
+#include "zelvane/core/datetime_internal.h"
 #include "zelvane/core/strutils_internal.h"
 
+using zelvane::internal::kDaySeconds;
 using zelvane::internal::ToInt;
 using zelvane::internal::View;
 
@@ -21,7 +23,6 @@ namespace {
 
 constexpr long kNoDate = -1;
 constexpr std::int64_t kLastDateTime = 2147483647;
-constexpr int kDaySeconds = 86400;
 constexpr int kYearDays = 365;
 constexpr std::string_view kDefaultFormat = "dd/mm/yyyy hh:nn:ss";
 

@@ -7,15 +7,10 @@
 ///     lang.LoadStrings(1);
 ///     Show(lang.GetLangStr(12));
 ///
-/// FILE FORMAT: a configuration file (cfgclass.h). Section [LANG] lists the languages, number = display name. The texts
-/// of a language are in the section with its number, text number = text:
-///
-///     [LANG]         [1]
-///     1 = English    12 = Power on
-///     2 = Deutsch    13 = Power off
-///
-/// Every operation that reads or writes the file opens it again. Only the texts of the loaded language stay in memory.
-/// A missing or unreadable file has no languages and no texts.
+/// zelvane-language(5) describes the file, a configuration file (cfgclass.h). Section [LANG] has the display names of
+/// the languages; the texts of a language are in the section with its number. Every operation that reads or writes the
+/// file opens it again. Only the texts of the loaded language stay in memory. A missing or unreadable file has no
+/// languages and no texts.
 ///
 /// Language and text numbers have 32 bits: the low 32 bits of a wider `long` count. The std::string overloads use their
 /// arguments up to the first NUL. Null counts as "" unless stated otherwise. One thread at a time may use an object.
@@ -48,8 +43,7 @@ class ZELVANE_API LangClass {
   /// Returns the display name of a language, loaded or not; "" if it has none or there is no file name.
   virtual std::string GetLangDesc(long lang);
 
-  /// Replaces the loaded texts with those of `lang`. Keys that are not numbers from 0 to 2147483647 are skipped. If a
-  /// number has two spellings ("7" and "007"), the first in ascending order of the keys' text counts.
+  /// Replaces the loaded texts with those of `lang`. Keys that are not numbers from 0 to 2147483647 are skipped.
   /// False, and nothing is loaded: no file name, or the file has no section with that number. In the second case `lang`
   /// is still the loaded language, so that SetLangStr can write its first text.
   virtual bool LoadStrings(long lang);

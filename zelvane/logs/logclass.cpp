@@ -21,6 +21,7 @@ using zelvane::internal::Descriptor;
 using zelvane::internal::FileLock;
 using zelvane::internal::Folder;
 using zelvane::internal::Guard;
+using zelvane::internal::kStampSize;
 using zelvane::internal::LoadLe32;
 using zelvane::internal::Open;
 using zelvane::internal::OpenToAppend;
@@ -36,7 +37,6 @@ using zelvane::internal::WriteAll;
 namespace {
 
 constexpr std::uint32_t kMost = std::numeric_limits<std::uint32_t>::max();
-constexpr std::uint64_t kStampSize = 4;
 constexpr std::uint64_t kCopyBlock = 65536;
 constexpr std::uint64_t kPage = 4096;
 constexpr int kLooks = 4;         // checks of a length that is not a multiple of the record length, 1 ms apart
@@ -104,8 +104,8 @@ bool IsDisowned(LogClass& log, unsigned long size) {
 // each write covers the records of one page. Only a record that crosses the end of a page can then be partial.
 bool WriteRecords(Descriptor const& to, std::uint64_t at, char const* bytes, std::uint64_t size, std::uint64_t length) {
   while (size > 0) {
-    std::uint64_t const room = kPage - at % kPage;
-    std::uint64_t const piece = std::min(size, std::max<std::uint64_t>(room / length, 1) * length);
+    std::uint64_t const toPageEnd = kPage - at % kPage;
+    std::uint64_t const piece = std::min(size, std::max<std::uint64_t>(toPageEnd / length, 1) * length);
     if (!WriteAll(to.Get(), bytes, static_cast<size_t>(piece))) return false;
     at += piece;
     bytes += piece;

@@ -6,18 +6,14 @@
 ///     log.SetMaxLines(4096);                          for (unsigned long i = 0; log.ReadReg(i, &when, event, 64); i++)
 ///     log.WriteReg(event, 64);                          Show(when, event);
 ///
-/// FILE FORMAT: records only, no header. A record has 4 + `size` bytes:
+/// RECORDS have a time stamp (a date-time of datetime.h, 32 bits) and `size` bytes of payload, stored unchanged.
+/// zelvane-log(5) describes the file. It does not store `size`: all calls on one file must pass the same value. The
+/// maximum is 4294967291; with more, counts are 0 and nothing is written. One write takes at most 2,147,479,552 bytes:
+/// for a longer record WriteReg returns false.
 ///
-///     4 bytes       time stamp: seconds since 1970 (datetime.h), signed 32 bits, little-endian
-///     `size` bytes  payload, stored unchanged
-///
-/// Record i starts at byte i * (4 + size). The file does not store `size`: every call names it, and all calls on one
-/// file must pass the same value. The maximum is 4294967291; with more, counts are 0 and nothing is written. One write
-/// takes at most 2,147,479,552 bytes: for a longer record WriteReg returns false.
-///
-/// DAMAGED FILES: a file whose length is not a multiple of 4 + `size` counts as empty. It is not repaired. The next
-/// WriteReg copies it to NAME.bad, empties it and appends the record. If NAME.bad already has other contents, the copy
-/// is NAME.bad.1, and so on to NAME.bad.9. If all ten are taken, WriteReg returns false and the file is unchanged.
+/// DAMAGED FILES: a file whose length is not a multiple of the record length counts as empty. Readers leave it as it
+/// is. The next WriteReg copies it to NAME.bad, empties it and appends the record. If it cannot be copied, WriteReg
+/// returns false and the file is unchanged.
 ///
 /// CUTS: a cut removes the oldest records of a log that has more than the maximum (LimitFile).
 ///
@@ -28,10 +24,8 @@
 /// the lock.
 ///
 /// DURABILITY: when WriteReg returns true, the record and the name of a new file are on disk (if the disk honours a
-/// flush and the file system can sync). A kill or a power failure during WriteReg can leave that one record missing,
-/// partial (the file is then damaged) or as zeros, but no other. A power failure during a cut leaves NAME.tmp with all
-/// newest records; the next WriteReg finishes the cut before it appends. Until then readers can see records twice or
-/// mixed.
+/// flush and the file system can sync). A kill or a power failure during WriteReg can damage that one record, but no
+/// other. If it interrupts a cut, readers can see records twice or mixed until the next WriteReg finishes the cut.
 ///
 /// No operation throws. One thread at a time may use an object. The operations are virtual hooks: they call each other
 /// through the virtual table, and their order is part of the interface.
@@ -95,7 +89,7 @@ class ZELVANE_API LogClass {
   /// Number of records in the file. 0 if the file is missing, unreadable, damaged, or not a regular file. If the length
   /// is not a multiple of the record length, it is checked again for 4 ms: an append may be in progress.
   virtual unsigned long GetFileRegCount(unsigned long size);
-  /// Number of records in the buffer. 0 without a buffer, or if its length is not a multiple of 4 + `size`.
+  /// Number of records in the buffer. 0 without a buffer, or if its length is not a multiple of the record length.
   virtual unsigned long GetRegCount(unsigned long size);
 
   /// Reads record `index` of the file, counted from 0: the time stamp into `*when`, `size` bytes into `data`.
@@ -119,16 +113,11 @@ class ZELVANE_API LogClass {
   /// the file cannot be opened for writing, or (it is then empty) cannot be synced or closed.
   virtual bool ClearFile();
 
-  /// Removes the oldest records until the file holds the maximum. Does nothing if it holds no more than that. Steps:
-  ///   1. finish an interrupted cut: if the log is a mixture of the records in NAME.tmp and its earlier contents, copy
-  ///      them back once more; delete NAME.tmp
-  ///   2. copy the newest records to NAME.tmp~, sync it, rename it to NAME.tmp, sync the directory
-  ///   3. copy them from there to the start of the log, sync (not if WriteReg removes one record)
-  ///   4. truncate the log, sync, delete NAME.tmp, sync the directory
-  /// The log keeps its inode, owner and mode. Copies use blocks of 64 KiB with a pause of 1 ms before each. If step 2
-  /// fails, the log is unchanged. If step 3 or 4 fails, NAME.tmp stays for the next cut.
-  /// A kill or a power failure in step 3 leaves some records twice, or one record mixed from two where it crosses a
-  /// 4 KiB page.
+  /// Removes the oldest records until the file holds the maximum. Finishes an interrupted cut first. Does nothing if
+  /// the file holds no more than the maximum. The newest records are copied to NAME.tmp, and from there to the start of
+  /// the log, which keeps its inode, owner and mode. Copies use blocks of 64 KiB with a pause of 1 ms before each. If
+  /// the first copy fails, the log is unchanged. If the second one fails, NAME.tmp stays for the next cut.
+  /// zelvane-log(5) has the steps.
   void LimitFile(unsigned long size);
 
   /// Same as SetFile(name.c_str()).

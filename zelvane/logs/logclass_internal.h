@@ -2,6 +2,7 @@
 #ifndef ZELVANE_LOGS_LOGCLASS_INTERNAL_H
 #define ZELVANE_LOGS_LOGCLASS_INTERNAL_H
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -9,6 +10,8 @@
 #include "zelvane/logs/logclass.h"
 
 namespace zelvane::internal {
+
+constexpr std::uint64_t kStampSize = 4;  // of a record, before its payload
 
 // Opens the file for appending; creates it if missing. Never waits for the other end of a FIFO. Also returns none if
 // the name of an empty file cannot be synced.

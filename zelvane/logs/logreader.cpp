@@ -11,6 +11,7 @@
 #include "zelvane/core/barrier_internal.h"
 #include "zelvane/core/bytes_internal.h"
 #include "zelvane/core/datetime.h"
+#include "zelvane/core/datetime_internal.h"
 #include "zelvane/core/fileutils.h"
 #include "zelvane/core/strutils.h"
 #include "zelvane/logs/logclass_internal.h"
@@ -18,16 +19,17 @@
 using zelvane::internal::Descriptor;
 using zelvane::internal::FileLock;
 using zelvane::internal::Guard;
+using zelvane::internal::kDaySeconds;
 using zelvane::internal::kLongestWait;
+using zelvane::internal::kStampSize;
 using zelvane::internal::LoadLe32;
 using zelvane::internal::LogRecords;
 using zelvane::internal::Open;
 
 namespace {
 
-constexpr unsigned long kEventSize = 64;
-constexpr unsigned long kRecordSize = 4 + kEventSize;
-constexpr std::int32_t kDaySeconds = 86400;
+constexpr unsigned long kEventSize = 64;  // of the payload
+constexpr unsigned long kRecordSize = kStampSize + kEventSize;
 constexpr std::int32_t kNoTime = -1;
 constexpr int kLoads = 100;  // attempts at a log that keeps changing
 
@@ -35,7 +37,9 @@ LogClass* Log(void* handle) { return static_cast<LogClass*>(handle); }
 
 std::int32_t TimeOf(unsigned char const* record) { return static_cast<std::int32_t>(LoadLe32(record)); }
 
-std::uint16_t CodeOf(unsigned char const* record) { return static_cast<std::uint16_t>(record[4] | record[5] << 8); }
+std::uint16_t CodeOf(unsigned char const* record) {
+  return static_cast<std::uint16_t>(record[kStampSize] | record[kStampSize + 1] << 8);
+}
 
 // Returns `t` with its time of day replaced; -1 if either is not valid.
 std::int32_t AtTimeOfDay(long t, int hour, int minute, int second) {

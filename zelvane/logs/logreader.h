@@ -6,8 +6,8 @@
 ///     long seconds = LogReaderTimeEvents(log, MAINS_FAILED, MAINS_BACK, SHUT_DOWN, from, to);
 ///     LogReaderClose(log);
 ///
-/// An event record (logclass.h has the file format) is a date-time and 64 bytes: the event code (16 bits,
-/// little-endian) and 62 bytes that only the programs interpret. A handle holds a snapshot of the whole log. One thread
+/// An event is a record (logclass.h) with a payload of 64 bytes, which begins with the event code: 16 bits,
+/// little-endian. Only the programs interpret the other bytes. A handle holds a snapshot of the whole log. One thread
 /// at a time may use a handle. It points to a LogClass.
 ///
 /// A SPAN OF DAYS is given by two date-times, of which only the dates count. It starts at the first second of the date
@@ -28,8 +28,8 @@ ZELVANE_C_BEGIN
 /// Loads a log and returns its handle; free it with LogReaderClose. A file with the extension "cry" (in upper or lower
 /// case) is treated as a log of the product's earlier generation: Load_Zelvane3x_Log reads it. Returns null if the path
 /// is null or empty, the file cannot be opened for reading, or memory for the handle runs out. Otherwise always returns
-/// a handle. It has no records if the length is not a multiple of 68 bytes, for a directory, after a read error, and if
-/// memory for the records runs out.
+/// a handle. It has no records for a damaged log (logclass.h) or a directory, after a read error, and if memory for the
+/// records runs out.
 ///
 /// While another process writes the log, the records are still a snapshot of one time. The call waits up to one second
 /// while the log is being cut (flock). It loads the log again, at most 100 times, if the log has changed meanwhile.
@@ -41,8 +41,8 @@ ZELVANE_API int LogReaderClose(void* log);
 /// Returns the number of records; 0 for a null handle.
 ZELVANE_API unsigned long LogReaderRegCount(void* log);
 
-/// Stores record `index`, counted from 0 in file order: the time stamp in `*when`, its 64 bytes at `data`. Returns 1.
-/// Returns 0 and writes nothing for a null argument, or if there is no such record.
+/// Stores record `index`, counted from 0 in file order: the time stamp in `*when`, the whole payload at `data`. Returns
+/// 1. Returns 0 and writes nothing for a null argument, or if there is no such record.
 ZELVANE_API int LogReaderReadReg(void* log, unsigned long index, long* when, void* data);
 
 /// Returns the number of records with event code `code` whose date is in the span of days, whatever their order in the
@@ -84,8 +84,8 @@ ZELVANE_API long EncodeProgDateTime(int year, int month, int day, int hour, int 
 /// @name Logs of the product's earlier generation
 /// @{
 
-/// Reads such a log into an array of event records, 68 bytes each as in a current log. Stores the address of the array
-/// in `*records` and returns its length in bytes. Free the array with Close_Zelvane3x_Log.
+/// Reads such a log into an array of event records as in a current log. Stores the address of the array in `*records`
+/// and returns its length in bytes. Free the array with Close_Zelvane3x_Log.
 ///
 /// Kept as a stub: the format of these encrypted files is not known to this library. Nothing is read; the result is
 /// always 0, and `*records` becomes null (unless `records` is null).

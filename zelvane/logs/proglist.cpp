@@ -8,10 +8,12 @@
 #include "zelvane/core/barrier_internal.h"
 #include "zelvane/core/bytes_internal.h"
 #include "zelvane/core/datetime.h"
+#include "zelvane/core/datetime_internal.h"
 #include "zelvane/core/safesave_internal.h"
 #include "zelvane/logs/schedule_internal.h"
 
 using zelvane::internal::Guard;
+using zelvane::internal::kDaySeconds;
 using zelvane::internal::LoadLe32;
 using zelvane::internal::ReadResult;
 using zelvane::internal::ReadWhole;
@@ -21,7 +23,6 @@ using zelvane::internal::StoreLe32;
 namespace {
 
 constexpr std::size_t kEntrySize = sizeof(reg_proglist);
-constexpr std::int32_t kDaySeconds = 86400;
 
 ProgList* List(void* handle) { return static_cast<ProgList*>(handle); }
 

@@ -7,9 +7,8 @@
 ///     AddProgListReg(list, &entry);
 ///     if (!CloseProgList(list)) Complain();
 ///
-/// FILE FORMAT: entries only. Each is a date-time (datetime.h) in 4 bytes, signed, little-endian. Bytes after the last
-/// complete entry are ignored. Every write of the file drops entries in the past and sorts the others in ascending
-/// order. A save is atomic; when it returns true, data and name are on disk.
+/// zelvane-schedule(5) describes the file. Every write drops entries in the past and sorts the others in ascending
+/// order. It is atomic; when it returns true, data and name are on disk.
 ///
 /// "Now" is GetDateTime(): local time, like the entries. One thread at a time may use a list. Programs that change the
 /// same file must do so one after the other: a save writes what its list holds, and the last one wins. Adding, removing
@@ -94,8 +93,8 @@ class ZELVANE_API ProgList {
 
   /// Appends the entry, even if it is in the list already or in the past.
   virtual bool AddReg(reg_proglist* entry);
-  /// Removes the first entry in list order with the same day number as the given one, whatever its time. The day number
-  /// is the date-time divided by 86400, truncated toward zero. Returns true even if there is none; the file is written
+  /// Removes the first entry in list order of the same day as the given one, whatever its time. A day is the date-time
+  /// divided by the seconds of a day, truncated toward zero. Returns true even if there is none; the file is written
   /// even then.
   virtual bool RemReg(reg_proglist const* entry);
   virtual bool ClearList();

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <limits>
 
+#include "zelvane/core/datetime_internal.h"
 #include "zelvane/logs/schedule_internal.h"
 
 namespace zelvane::internal {
@@ -10,18 +11,18 @@ constexpr long kNever = std::numeric_limits<long>::min();
 
 // Doubles the capacity of a full vector, so that the next push_back needs no memory.
 template <class Vector>
-void MakeRoom(Vector& vector) {
+void ReserveNext(Vector& vector) {
   if (vector.size() == vector.capacity()) vector.reserve(2 * vector.size() + 16);
 }
 
-std::int32_t DayOf(std::int32_t dateTime) { return dateTime / 86400; }
+std::int32_t DayOf(std::int32_t dateTime) { return dateTime / kDaySeconds; }
 
 }  // namespace
 
 void ScheduleEntries::Add(reg_proglist const& entry) {
   if (size_ == 0 || (places_.size() == places_.capacity() && size_ < places_.size() / 2)) Compact(kNever);
-  MakeRoom(places_);
-  MakeRoom(counts_);
+  ReserveNext(places_);
+  ReserveNext(counts_);
   std::size_t const place = places_.size();
   if (hasDays_) days_[DayOf(entry.dateTime)].places.push_back(place);
   sorted_ = place == 0 || (sorted_ && entry.dateTime >= places_.back().dateTime);
@@ -58,7 +59,7 @@ void ScheduleEntries::Refresh(long now) {
   sorted_ = true;
 }
 
-// Goes down the tree: where the entries of the next part are not enough, they are behind, and the place is further on.
+// Goes down the tree: if the next part has too few entries, skips it and counts them.
 std::size_t ScheduleEntries::PlaceOf(std::size_t index) const {
   if (size_ == places_.size()) return index;
   std::size_t place = 0;

@@ -1,10 +1,6 @@
 /// @file
-/// TextLogClass is a log for people: one line with a time stamp per message, in a file that is never cut.
-///
-///     05/03/2004 08:07:09 123456 UPS on battery
-///
-/// A line has the day, month, year and time; the tick count when it was written (GetSystemTick: milliseconds, 32 bits,
-/// unsigned), which orders lines of the same second; the text; a line feed.
+/// TextLogClass is a log for people: one line per message, in a file that is never cut. A line has the time stamp, the
+/// tick count at its writing (GetSystemTick) and the text; zelvane-log(5) describes it.
 ///
 /// It is a LogClass so that programs handle both kinds through one pointer, but it has a file of its own. SetFile,
 /// ClearFile and WriteLine work on that file. The record operations never touch it: they behave as those of a LogClass

@@ -71,11 +71,11 @@ ZELVANE_API bool CreateNewProc(char const* command, long timeout);
 ZELVANE_API bool GetProcAuto(char const* name, int* automatic);
 ZELVANE_API bool SetProcAuto(char const* name, int automatic);
 
-/// Returns whether another process has the same command line as this one, or the same command name (as `ps` shows it:
-/// 15 characters, so another program can have the same name). Copies started with other arguments count. So do zombies,
-/// and forked children of this process that have not executed another program: call this before forking. A child that
-/// another thread is just starting counts too. Returns false if the processes cannot be read, or when memory runs out.
-/// Nothing is locked: two copies that start together can each see the other.
+/// Returns whether another process has the same command line as this one, or the same name (proc.h; another program can
+/// have it, too). Copies started with other arguments count. So do zombies, and forked children of this process that
+/// have not executed another program: call this before forking. A child that another thread is just starting counts
+/// too. Returns false if the processes cannot be read, or when memory runs out. Nothing is locked: two copies that
+/// start together can each see the other.
 ZELVANE_API bool AlreadyRunning(void);
 /// @}
 

@@ -6,7 +6,7 @@
 ///     if (server != nullptr && !server->IsRunning()) server->Start(-1);
 ///
 /// A service has the name of its script. It counts as running if some process has that name. proc.h describes process
-/// names; a service whose name is longer than 15 characters never counts as running. A running script is itself a
+/// names; a service whose name is longer than they can be never counts as running. A running script is itself a
 /// process with the name of its file: if that is the bare name of its service, it counts as the service for callers
 /// that look meanwhile. Other service managers of the machine are not consulted.
 ///

@@ -1,7 +1,9 @@
-// The output of zelctl on a terminal. The transcripts cover all other output.
+// The output of zelctl on a terminal, and what a stopped command leaves. The transcripts cover all other output.
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <stdlib.h>
 #include <sys/ioctl.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 
@@ -64,7 +66,23 @@ TEST_F(ZelctlCipher, DrawsABarOnATerminalOnly) {
   EXPECT_EQ(test::Zelctl(Command("encode", "plain", "other")), here_.Path("other") + ": 19660800 bytes written\n");
 }
 
-TEST(ZelctlTerminal, NamesWhatHasNoRoomAndEscapesControls) {
+TEST_F(ZelctlCipher, LeavesNoOutputWhenStopped) {
+  std::string const pipe = here_.Path("pipe");
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  pid_t const child =
+      test::StartCommand(ZELVANE_ZELCTL, Command("encode", "pipe", "out"), STDOUT_FILENO, STDERR_FILENO);
+  int const writer = open(pipe.c_str(), O_WRONLY | O_CLOEXEC);  // once the command reads
+  for (int tries = 0; tries < 10000 && here_.List().size() == 2; tries++) usleep(1000);
+  EXPECT_EQ(here_.List().size(), 3U) << "a part of the output";
+  kill(child, SIGTERM);
+  int status = 0;
+  waitpid(child, &status, 0);
+  close(writer);
+  EXPECT_TRUE(WIFSIGNALED(status)) << status;
+  EXPECT_EQ(here_.List(), (std::vector<std::string>{"phrase", "pipe"}));
+}
+
+TEST(ZelctlTerminal, FoldsCellsNamesColumnsWithoutRoomAndEscapesControls) {
   if (*ZELVANE_ZELCTL == '\0') GTEST_SKIP() << "built without the command";
   struct {
     char const* command;
@@ -74,6 +92,9 @@ TEST(ZelctlTerminal, NamesWhatHasNoRoomAndEscapesControls) {
       {"log show logevt.rgt --last 1", 30, "no room for CODE, TEXT, PAYLOAD; use a wider terminal or --json\r\n"},
       {"log show logevt.rgt --last 1", 40, "no room for TEXT, PAYLOAD; use a wider terminal or --json\r\n"},
       {"b64 decode", 80, "\\x1B[31m\r\nb\r\n"},
+      {"--root . shutdown show shutMessage mailFrom", 56,
+       "\r\n             desligado em\r\n             %r s. (%m)\r\n"
+       "mailFrom     nobreak@exemp  upscli.cfg:37  mail: sender\r\n             lo.com.br\r\n"},
   };
   for (auto const& [command, columns, shown] : rows) {
     std::string const line = "cd " ZELVANE_FIXTURES "/demo-root; echo G1szMW0KYg== | " ZELVANE_ZELCTL " ";

@@ -1,4 +1,4 @@
-// The test program's own checks: leftovers fail the test, and EXPECT_EACH names the calls that differ.
+// The checks of support/: leftovers fail the test, and EXPECT_EACH names the calls that differ.
 #include "support/leaks.h"
 
 #include <gtest/gtest-spi.h>
