@@ -133,7 +133,8 @@ class Checker {
       Add(line, "fields", start + "expected " + list.shape + (read ? kRestIgnored : skipped));
     for (std::size_t i = 0; read && i < list.fields.size(); i++) {
       std::string const fault = FileFault(list.fields[i], parts[i]);
-      if (!fault.empty()) Add(line, "value", start + list.fields[i].name + ": " + fault + Taken((*read)[i], parts[i]));
+      std::string const place = start + list.fields[i].name + ": ";
+      if (!fault.empty()) Add(line, "value", place + fault + Taken((*read)[i], parts[i]));
     }
   }
 
