@@ -18,6 +18,7 @@
 #include <unordered_map>
 
 #include "files/format.h"
+#include "files/heldsignals.h"
 #include "files/input.h"
 #include "files/output.h"
 #include "terminal/latin1.h"
@@ -394,6 +395,7 @@ bool Make(Edit const& edit, Writing const& writing, Terminal const& terminal, st
       return false;
     }
   }
+  HeldSignals const held;  // until the change is complete and reported
   try {
     act();
   } catch (Failed const&) {
@@ -406,6 +408,7 @@ bool Make(Edit const& edit, Writing const& writing, Terminal const& terminal, st
   for (Changed const& each : files)
     if (std::error_code none; fs::exists(each.copy, none)) terminal.Note(OldFileIn(each.file, each.copy));
   if (!terminal.json && !terminal.csv) terminal.PrintNames(summary);
+  std::cout.flush();
   return true;
 }
 

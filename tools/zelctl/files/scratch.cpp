@@ -10,15 +10,6 @@
 
 namespace fs = std::filesystem;
 
-ScratchFolder::HeldSignals::HeldSignals() {
-  sigset_t ending;
-  sigemptyset(&ending);
-  for (int const number : {SIGHUP, SIGINT, SIGTERM}) sigaddset(&ending, number);
-  sigprocmask(SIG_BLOCK, &ending, &before_);
-}
-
-ScratchFolder::HeldSignals::~HeldSignals() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
-
 ScratchFolder::ScratchFolder() {
   std::error_code error;
   fs::path const place = fs::temp_directory_path(error);
