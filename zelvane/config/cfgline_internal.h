@@ -2,9 +2,12 @@
 #ifndef ZELVANE_CONFIG_CFGLINE_INTERNAL_H
 #define ZELVANE_CONFIG_CFGLINE_INTERNAL_H
 
+#include <endian.h>
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string_view>
 
 #include "zelvane/core/strutils_internal.h"
@@ -76,6 +79,19 @@ inline bool IsNameBefore(std::string_view a, std::string_view b) {
     if (UpperAt(a, i) != UpperAt(b, i)) return UpperAt(a, i) < UpperAt(b, i);
   return a.size() < b.size();
 }
+
+// operator< for upper-cased names. Most differ in their first bytes, which are compared as one number.
+struct NameLess {
+  using is_transparent = void;
+  bool operator()(std::string_view a, std::string_view b) const {
+    std::uint64_t x = 0;
+    std::uint64_t y = 0;
+    if (a.size() < sizeof x || b.size() < sizeof y) return a < b;
+    std::memcpy(&x, a.data(), sizeof x);
+    std::memcpy(&y, b.data(), sizeof y);
+    return x == y ? a < b : be64toh(x) < be64toh(y);
+  }
+};
 
 // The first bytes of the upper-cased name as a number. If the numbers of two names differ, they have the order of the
 // names.

@@ -32,7 +32,6 @@ void TextKeys::List() {
 }
 
 void TextKeys::Sort() {
-  if (stage_ == Stage::kSorted) return;
   List();
   std::stable_sort(keys_.begin(), keys_.end(), [](Entry const& a, Entry const& b) {  // equal names keep their order
     return a.beginning == b.beginning ? IsNameBefore(a.key.name, b.key.name) : a.beginning < b.beginning;
@@ -54,7 +53,7 @@ bool TextKeys::Find(std::string_view name, KeyText* found) {
           return each.beginning == beginning && IsSameName(each.key.name, name);
         });
   } else {
-    Sort();
+    Sorted();
     entry = FirstNotBefore(keys_.data(), keys_.size(), name, [](Entry const& each) { return each.key.name; });
   }
   if (entry == keys_.data() + keys_.size() || !IsSameName(entry->key.name, name)) return false;

@@ -38,9 +38,8 @@ constexpr ByteTable kAnsiLower = MakeCaseTable(false);
 
 void TranslateInto(std::string& out, std::string_view text, ByteTable const& table) {
   out.resize(text.size());
-  for (std::size_t i = 0; i < text.size(); i++) {
-    out[i] = static_cast<char>(table[static_cast<unsigned char>(text[i])]);
-  }
+  char* to = out.data();  // a pointer of its own: the loop does not load that of `out` again after each byte
+  for (char const c : text) *to++ = static_cast<char>(table[static_cast<unsigned char>(c)]);
 }
 
 std::string Translate(std::string_view text, ByteTable const& table) {

@@ -24,6 +24,13 @@ long ToInt(std::string_view text, long def);
 // Each byte as AnsiUpperCase writes it.
 extern std::array<unsigned char, 256> const kAnsiUpper;
 
+// AnsiUpperCase for a part of a text.
+inline std::string AnsiUpper(std::string_view text) {
+  std::string upper(text);
+  for (char& c : upper) c = static_cast<char>(kAnsiUpper[static_cast<unsigned char>(c)]);
+  return upper;
+}
+
 // Stores AnsiUpperCase of `text` in `out`, using the existing capacity of `out`. `text` must not be part of `out`.
 void AnsiUpperInto(std::string& out, std::string_view text);
 
