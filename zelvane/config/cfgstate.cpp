@@ -178,9 +178,10 @@ void ForgetFile(CfgState& state) {
 }
 
 std::string Joined(std::string_view key, std::string_view value) {
-  std::string line;
-  line.reserve(key.size() + 3 + value.size());
-  return line.append(key).append(" = ").append(value);
+  std::string line(key.size() + 3 + value.size(), ' ');
+  line[key.copy(line.data(), key.size()) + 1] = '=';
+  value.copy(line.data() + key.size() + 3, value.size());
+  return line;
 }
 
 void Rewrite(CfgState& state, KeyRec& key, std::string_view value) {
