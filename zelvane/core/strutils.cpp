@@ -164,7 +164,7 @@ namespace zelvane::internal {
 
 constexpr ByteTable kAnsiUpper = MakeCaseTable(true);
 
-std::string_view TrimView(std::string_view text) { return TrimRightView(TrimLeftView(text)); }
+std::string_view CutBlanks(std::string_view text) { return TrimRightView(TrimLeftView(text)); }
 
 void AnsiUpperInto(std::string& out, std::string_view text) { TranslateInto(out, text, kAnsiUpper); }
 

@@ -16,7 +16,11 @@ namespace zelvane::internal {
 inline std::string_view View(char const* text) { return text == nullptr ? std::string_view() : std::string_view(text); }
 
 // Removes the blanks that Trim removes; the result is a part of `text`.
-std::string_view TrimView(std::string_view text);
+std::string_view CutBlanks(std::string_view text);
+inline std::string_view TrimView(std::string_view text) {
+  bool const mayHaveBlanks = text.empty() || text.front() <= ' ' || text.back() <= ' ';  // few texts do
+  return mayHaveBlanks ? CutBlanks(text) : text;
+}
 
 // StrToIntDef for a part of a text.
 long ToInt(std::string_view text, long def);
