@@ -8,7 +8,8 @@ namespace zelvane::internal {
 bool TextKeys::FindInText(std::string_view name, KeyText* found) const {
   for (std::string_view rest = text_, line; CutLine(rest, line);) {
     if (!line.empty() && line[0] <= ' ') line = TrimView(line);
-    if (!NameBegins(line, name) || !IsKey(line)) continue;
+    bool const nameMayEnd = line.size() <= name.size() || line[name.size()] == '=' || line[name.size()] <= ' ';
+    if (!nameMayEnd || !NameBegins(line, name) || !IsKey(line)) continue;
     KeyText const key = KeyOf(TrimView(line));
     if (key.name.size() != name.size()) continue;
     *found = key;
