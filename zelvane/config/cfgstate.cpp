@@ -13,10 +13,6 @@ SectRec::~SectRec() = default;
 namespace zelvane::internal {
 namespace {
 
-std::string_view TailOf(std::string const& line, std::size_t length) {
-  return std::string_view(line).substr(line.size() - length);
-}
-
 // A map is searched in log n steps, each with a cache miss in a large one. A table of the names costs about as much as
 // n / 10 searches. It is built at n / 32, which costs a tenth of what the sections cost to load.
 constexpr std::size_t kSectionsPerQuestion = 32;
@@ -192,7 +188,7 @@ void Rewrite(CfgState& state, KeyRec& key, std::string_view value) {
   std::string& line = *key.line;
   std::string_view const text = TrimView(line);
   line = Joined(TrimView(text.substr(0, text.find('='))), value);
-  key.value = TailOf(line, value.size());
+  key.value = std::string_view(line).substr(line.size() - value.size());
 }
 
 bool BlockLoader::Take(std::string_view line) {
@@ -243,7 +239,7 @@ KeyLine MakeKey(CfgState& state, SectRec const& section, std::string_view key, s
   place = place == state.lines.end() ? state.lines.begin() : std::next(place);
   auto const line = state.lines.insert(place, Joined(key, value));
   state.textSize += line->size() + 1;
-  return {line, TailOf(*line, value.size())};
+  return {line, std::string_view(*line).substr(line->size() - value.size())};
 }
 
 std::string_view ValueIn(CfgState& state, LinePosition line, std::string_view value) {

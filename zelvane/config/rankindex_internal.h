@@ -39,7 +39,11 @@ class RankIndex {
     here_.reset();
     if (rows_.empty()) return;
     try {
-      Enter(position);
+      std::size_t const at = RowOf(position);
+      Row& row = rows_[at];
+      row.insert(PlaceIn(row, position), position);
+      if (at < row_) before_++;
+      if (row.size() > 2 * kRow) Split(at);
     } catch (std::bad_alloc const&) {
       Clear();
     }
@@ -83,14 +87,6 @@ class RankIndex {
     }
     rows_ = std::move(rows);
     Restart();
-  }
-
-  void Enter(Position position) {
-    std::size_t const at = RowOf(position);
-    Row& row = rows_[at];
-    row.insert(PlaceIn(row, position), position);
-    if (at < row_) before_++;
-    if (row.size() > 2 * kRow) Split(at);
   }
 
   static bool IsLess(Position a, Position b) { return a->first < b->first; }

@@ -47,6 +47,21 @@ void TextKeys::Sort() {
   stage_ = Stage::kSorted;
 }
 
+// The first key in the sorted list that is not less than `name`.
+TextKeys::Entry const* TextKeys::FirstNotBefore(std::string_view name) const {
+  std::uint64_t const beginning = Beginning(name);
+  Entry const* entry = keys_.data();
+  Entry const* const end = entry + keys_.size();
+  for (std::size_t half, count = keys_.size(); count > 0; count -= half) {
+    half = count - count / 2;  // without a branch, which would be mispredicted every second time
+    entry += half & (std::size_t{0} - static_cast<std::size_t>(entry[half - 1].beginning < beginning));
+  }
+  if (entry == end || IsSameName(entry->key.name, name)) return entry;
+  return std::lower_bound(entry, end, name, [beginning](Entry const& each, std::string_view other) {
+    return each.beginning == beginning && IsNameBefore(each.key.name, other);  // several names have this beginning
+  });
+}
+
 bool TextKeys::Find(std::string_view name, KeyText* found) {
   if (stage_ == Stage::kText && asked_++ < kQuestionsToText) return FindInText(name, found);
   Entry const* entry = nullptr;
@@ -58,7 +73,7 @@ bool TextKeys::Find(std::string_view name, KeyText* found) {
         });
   } else {
     Sorted();
-    entry = FirstNotBefore(keys_.data(), keys_.size(), name, [](Entry const& each) { return each.key.name; });
+    entry = FirstNotBefore(name);
   }
   if (entry == keys_.data() + keys_.size() || !IsSameName(entry->key.name, name)) return false;
   *found = entry->key;

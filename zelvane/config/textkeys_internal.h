@@ -43,6 +43,7 @@ class TextKeys {
   static constexpr unsigned kQuestionsToList = 64;
 
   bool FindInText(std::string_view name, KeyText* found) const;
+  Entry const* FirstNotBefore(std::string_view name) const;
   void List();
   void Sort();
 
