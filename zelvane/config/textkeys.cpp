@@ -34,11 +34,8 @@ void TextKeys::List() {
 
 void TextKeys::Sort() {
   List();
-  // Equal names keep their order, which is that of their places in the text.
-  std::sort(keys_.begin(), keys_.end(), [](Entry const& a, Entry const& b) {
-    if (a.beginning != b.beginning) return a.beginning < b.beginning;
-    if (IsSameName(a.key.name, b.key.name)) return a.key.name.data() < b.key.name.data();
-    return IsNameBefore(a.key.name, b.key.name);
+  std::stable_sort(keys_.begin(), keys_.end(), [](Entry const& a, Entry const& b) {  // equal names keep their order
+    return a.beginning == b.beginning ? IsNameBefore(a.key.name, b.key.name) : a.beginning < b.beginning;
   });
   auto const isSame = [](Entry const& a, Entry const& b) {
     return a.beginning == b.beginning && IsSameName(a.key.name, b.key.name);
