@@ -69,7 +69,7 @@ SectionPosition FindSection(CfgState& state, std::string_view name) {
   SectionMap& sections = state.sections;
   auto& names = state.sectionNames;
   if (names.empty() && ++state.sectionQuestions > sections.size() / kSectionsPerQuestion) {
-    std::remove_reference_t<decltype(names)> all(sections.size());
+    decltype(state.sectionNames) all(sections.size());
     for (auto at = sections.begin(); at != sections.end(); ++at) all.emplace(at->first, at);
     names.swap(all);
   }

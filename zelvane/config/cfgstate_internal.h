@@ -9,7 +9,6 @@
 #include <map>
 #include <string>
 #include <string_view>
-#include <tuple>
 #include <type_traits>
 #include <unordered_map>
 #include <utility>
@@ -118,9 +117,7 @@ std::pair<SectionPosition, bool> AddSection(CfgState& state, std::string_view na
   std::string_view const upper = Upper(state, name);
   auto const place = LowerBound(state.sections, upper, state.parseSection);
   if (place != state.sections.end() && place->first == upper) return {place, false};
-  auto const added =
-      state.sections.emplace_hint(place, std::piecewise_construct, std::forward_as_tuple(TakeUpper(state)),
-                                  std::forward_as_tuple(state, state.lines.end()));
+  auto const added = state.sections.try_emplace(place, TakeUpper(state), state, state.lines.end());
   try {
     if (!state.sectionNames.empty()) state.sectionNames.emplace(added->first, added);
     added->second.header = makeLine(added->first);
