@@ -15,7 +15,7 @@ namespace {
 
 // A map is searched in log n steps, each with a cache miss in a large one. A table of the names costs about as much as
 // n / 10 searches. It is built at n / 32, which costs a tenth of what the sections cost to load.
-constexpr std::size_t kSectionsPerQuestion = 32;
+constexpr std::size_t kFewSections = 8;
 
 std::string_view Detach(CfgState& state, std::string_view value) { return state.detached.emplace_back(value); }
 
@@ -68,13 +68,14 @@ SectionPosition FindSection(CfgState& state, std::string_view name) {
   std::string_view const upper = Upper(state, name);
   SectionMap& sections = state.sections;
   auto& names = state.sectionNames;
-  if (names.empty() && ++state.sectionQuestions > sections.size() / kSectionsPerQuestion) {
+  if (names.empty() && sections.size() > kFewSections && ++state.sectionQuestions > sections.size() / 32) {
     decltype(state.sectionNames) all(sections.size());
     for (auto at = sections.begin(); at != sections.end(); ++at) all.emplace(at->first, at);
     names.swap(all);
   }
+  if (names.empty()) return state.recent = sections.find(upper);
   auto const found = names.find(upper);
-  return state.recent = names.empty() ? sections.find(upper) : found == names.end() ? sections.end() : found->second;
+  return state.recent = found == names.end() ? sections.end() : found->second;
 }
 
 bool ReadKey(CfgState& state, SectRec& section, std::string_view name, KeyText* found) {

@@ -36,6 +36,11 @@ static_assert(std::is_same_v<LinePosition, LineList::iterator>);
 static_assert(std::is_same_v<SectionPosition, SectionMap::iterator>);
 static_assert(std::is_same_v<KeyPosition, KeyMap::iterator>);
 
+// With std::hash itself, the standard library compares the names one by one in a table of up to 20.
+struct NameHash {
+  std::size_t operator()(std::string_view name) const { return std::hash<std::string_view>()(name); }
+};
+
 // The keys of a section. A loaded section is a block: its lines, joined by line feeds, are one string in the list of
 // lines, and its keys are read there. Expand gives it separate lines and a key map, for changes and positions.
 struct SectKeys : KeyMap {
@@ -52,8 +57,8 @@ struct CfgState {
   LineList lines;
   SectionMap sections;
   RankIndex<SectionMap> sectionRanks;
-  std::unordered_map<std::string_view, SectionPosition> sectionNames;  // all or none: see FindSection
-  std::size_t sectionQuestions = 0;                                    // answered without sectionNames
+  std::unordered_map<std::string_view, SectionPosition, NameHash> sectionNames;  // all or none: see FindSection
+  std::size_t sectionQuestions = 0;                                              // answered without sectionNames
   SectionPosition recent = sections.end();   // the last one found: callers use one section for a while
   SectionPosition current = sections.end();  // the current section, once found by number
   std::list<std::string> detached;           // values that are in no line
