@@ -82,6 +82,26 @@ TEST_F(ZelctlCipher, LeavesNoOutputWhenStopped) {
   EXPECT_EQ(here_.List(), (std::vector<std::string>{"phrase", "pipe"}));
 }
 
+TEST(ZelctlStopped, CompletesASaveAndLeavesNoCopies) {
+  if (*ZELVANE_ZELCTL == '\0') GTEST_SKIP() << "built without the command";
+  test::Scratch const here;
+  ASSERT_EQ(mkdir(here.Path("tmp").c_str(), 0700), 0);
+  std::string const stopped = "cd " + here.Path("") + "; exec env TMPDIR=tmp ZELVANE_TEST_STOP=1 LD_PRELOAD=" +
+                              ZELVANE_TEST_REDIRECT " ASAN_OPTIONS=verify_asan_link_order=0 " ZELVANE_ZELCTL
+                                                    " cfg set a.cfg A k 2 ";
+  struct {
+    char const* option;
+    char const* answer;
+    char const* text;
+  } const rows[] = {{"", "a.cfg: 1 line changed\n[-15]", "[A]\nk = 2\n"}, {"--dry-run", "[-15]", "[A]\nk=1\n"}};
+  for (auto const& [option, answer, text] : rows) {
+    here.Write("a.cfg", "[A]\nk=1\n");
+    EXPECT_EQ(test::Answer("/bin/sh", {"-c", stopped + option}), answer) << option;
+    EXPECT_EQ(here.Read("a.cfg"), text) << option;
+    EXPECT_EQ(here.List(), (std::vector<std::string>{"a.cfg", "tmp/"})) << option;
+  }
+}
+
 TEST(ZelctlTerminal, FoldsCellsNamesColumnsWithoutRoomAndEscapesControls) {
   if (*ZELVANE_ZELCTL == '\0') GTEST_SKIP() << "built without the command";
   struct {

@@ -345,7 +345,7 @@ struct Action {
 };
 
 Option File(Arguments& arguments) {
-  return Value("--file", &arguments.file, "FILE", "Use FILE instead of zelbrws.cfg in the installation root");
+  return Value("--file", &arguments.file, "FILE", "Use FILE instead of zelbrws.cfg in the installation root").Filled();
 }
 
 Options EntryOptions(void (*act)(Kind const&, Arguments const&, Terminal const&), Kind const& kind,
@@ -398,7 +398,7 @@ Command BrowseCommands() {
        "Print the network as a tree, then orphans and invalid entries",
        On(arguments, ShowTree),
        {Argument("FILE", &arguments->file, File(*arguments).help).Excludes("--file"),
-        Value("--file", &arguments->file, "FILE", "The same")}},
+        Value("--file", &arguments->file, "FILE", "The same").Filled()}},
       {"clear", "Remove all entries", On(arguments, Clear),
        Joined({{File(*arguments)}, WritingOptions(arguments->writing), {Yes(arguments->writing)}})}};
   std::vector<Kind> const kinds = Kinds();

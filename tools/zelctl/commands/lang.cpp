@@ -150,8 +150,9 @@ void Set(Arguments const& arguments, Terminal& terminal) {
   if (!IsWritable(UserFile())) std::swap(edit.files, edit.reads);
   bool const done = Make(edit, arguments.writing, terminal, [&] {
     errno = 0;
-    if (SetLangStr(Open(lang).get(), number, text.c_str()) == 0)
-      throw Failed(CannotWrite(UserFile(), errno) + "; " + CannotWrite(SystemFile(), errno));
+    bool const isSet = SetLangStr(Open(lang).get(), number, text.c_str()) != 0;
+    int const error = errno;  // of the installed file, which is the last one tried
+    if (!isSet) throw Failed(CannotWrite(UserFile()) + "; " + CannotWrite(SystemFile(), error));
   });
   if (!done) return;
   if (Table(UserFile(), lang).GetLangStr(number) != text)

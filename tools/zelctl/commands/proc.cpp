@@ -211,7 +211,7 @@ void SetPriority(Arguments const& arguments, Terminal const& terminal) {
 
 Command ProcCommands() {
   auto const arguments = std::make_shared<Arguments>();
-  Option const name = Argument("NAME", &arguments->name, "Name of the program").Required();
+  Option const name = Argument("NAME", &arguments->name, "Name of the program").Required().Filled();
   return Family(
       "proc", "List, start and kill processes",
       "The name of a process is the first 15 characters of its program's file name. NAME can be a path: only the part "

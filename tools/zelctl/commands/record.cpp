@@ -169,7 +169,7 @@ std::string WhyNotWritten(std::vector<std::string> const& files, int error) {
   if (barred != files.end()) return CannotWrite(*barred, error);
   std::string names;
   for (std::string const& file : files) names += (names.empty() ? "" : ", ") + file;
-  return CannotWrite(names, error);
+  return names + ": cannot write" + (error == 0 ? "" : std::string(": ") + strerror(error));
 }
 
 // The change can select other files of the record, but none in other directories.
@@ -203,6 +203,9 @@ void Set(RecordFamily const& family, Arguments arguments, Terminal const& termin
   std::vector<std::string> const files = family.files(directory, record.get());
   Edit edit = {files, {}, "added with their defaults"};
   if (family.tables) edit.reads = family.tables(directory);
+  // The save would otherwise stop after the files before that one.
+  auto const barred = std::find_if_not(files.begin(), files.end(), CanBeWritten);
+  if (barred != files.end()) throw Failed(CannotWrite(*barred));
   bool const done = Make(edit, arguments.writing, terminal, [&] {
     std::string const place = directory.empty() ? directory : At(directory);
     errno = 0;
@@ -236,7 +239,8 @@ Options CommonOptions(RecordFamily const& family, Arguments& arguments) {
   Options options;
   if (family.folder != Folder::kRoot)
     options.push_back(
-        Value("--dir", &arguments.directory, "DIR", "Directory of the settings; default: the installation root"));
+        Value("--dir", &arguments.directory, "DIR", "Directory of the settings; default: the installation root")
+            .Filled());
   options.insert(options.end(), family.options.begin(), family.options.end());
   if (HasPassword(family)) options.push_back(ShowPassword());
   return options;

@@ -65,6 +65,16 @@ std::vector<ShownSetting> Rows(std::vector<Field> const& fields, void const* rec
   return rows;
 }
 
+// Also true of a missing file. The findings name the others.
+bool CanBeRead(std::string const& path) {
+  try {
+    InspectFile(path);
+    return true;
+  } catch (Failed const&) {
+    return false;
+  }
+}
+
 ShownSettings ServiceOf(SitePlace const& place, std::string const& root) {
   UpsSrvConfig settings;
   // The library would create a missing file.
@@ -78,6 +88,7 @@ ShownSettings ServiceOf(SitePlace const& place, std::string const& root) {
 
 ShownSettings ShutdownOf(std::string const& root) {
   ShutSrvConfig settings = {};
+  if (!CanBeRead(root + "upscli.cfg")) return {"upscli.cfg cannot be read.", {}};
   if (GetShutSrvConfig(root.c_str(), &settings) == 0)
     return {"upscli.cfg: ZELSRV in [SHUTSRV] is not NAME;ADDRESS;PORT: nothing can be read.", {}};
   return {"Settings of this computer, and the line of upscli.cfg or another file that each comes from.",
@@ -106,32 +117,15 @@ std::string NameOfRoot(std::string const& root) {
   return name.empty() ? root : name;
 }
 
-bool IsProductFile(std::string const& name) {
-  std::string const end = fs::path(name).extension();
-  return end == ".cfg" || end == ".rgt" || end == ".dat" || name == ".zelvane";
-}
-
-// --overwrite is meant for an older page, not for the files that the page shows.
-void RequireNoSource(std::string const& path) {
-  std::error_code none;
-  fs::path const file = fs::canonical(path, none);
-  if (none || !IsProductFile(file.filename())) return;
-  std::vector<std::string> folders = {GetZelvanePath(), GetUserPath()};
-  char unit[4];
-  for (unsigned int i = 0; GetUpsListItem(i, unit) != 0; i++) folders.push_back(folders[0] + unit);
-  for (std::string const& folder : folders)
-    if (fs::equivalent(file.parent_path(), folder, none)) throw Failed(path + ": is a file of the installation");
-}
-
 void Report(Arguments const& arguments, Terminal& terminal) {
   OutageCodes const codes = arguments.codes.Codes();
   RequireRoot();
   arguments.page.RequireFree(arguments.schedule);
-  RequireNoSource(arguments.page.path);
   ReportParts parts;
   parts.site = LookAtSite(codes, arguments.schedule, terminal);
   parts.rootName = NameOfRoot(parts.site.root);
-  for (SitePlace const& place : parts.site.services) parts.services.push_back(ServiceOf(place, parts.site.root));
+  for (SitePlace const& place : parts.site.services)
+    if (CanBeRead(place.folder + "upssrv.cfg")) parts.services.push_back(ServiceOf(place, parts.site.root));
   parts.shutdown = ShutdownOf(parts.site.root);
   parts.servers = Servers();
   std::string const page = ReportPage(parts);
@@ -153,15 +147,17 @@ Command ReportCommand() {
   auto const arguments = std::make_shared<Arguments>();
   Options page = arguments->page.Asked("--out", "Output file (HTML)");
   page.back().required = true;
-  return {"report",
-          "Write a report of an installation as one HTML page",
-          On(arguments, Report),
-          Joined({page,
-                  arguments->codes.Asked(false),
-                  {Value("--schedule", &arguments->schedule, "FILE", "Schedule file, for the next planned time")}}),
-          "The page shows the settings with their origin, units and servers, outages by day, month and hour, and "
-          "findings. It needs no script and no other file, and can be printed. It contains no passwords. Exit code 1 "
-          "if a file cannot be read.",
-          {"zelctl report --root /srv/site --out report.html",
-           "zelctl report --out report.html --overwrite --schedule proglist.dat"}};
+  return {
+      "report",
+      "Write a report of an installation as one HTML page",
+      On(arguments, Report),
+      Joined(
+          {page,
+           arguments->codes.Asked(false),
+           {Value("--schedule", &arguments->schedule, "FILE", "Schedule file, for the next planned time").Filled()}}),
+      "The page shows the settings with their origin, units and servers, outages by day, month and hour, and "
+      "findings. It needs no script and no other file, and can be printed. It contains no passwords. Exit code 1 "
+      "if a file cannot be read.",
+      {"zelctl report --root /srv/site --out report.html",
+       "zelctl report --out report.html --overwrite --schedule proglist.dat"}};
 }

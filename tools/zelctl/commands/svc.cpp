@@ -215,7 +215,7 @@ Command SvcCommands() {
     for (unsigned long i = 0; i < manager.GetSvcCount(); i++) names.push_back(manager.GetSvcByIndex(i)->GetName());
     return names;
   };
-  Options const named = {Argument("NAME", name.get(), "Name of the service").Required().Suggesting(services)};
+  Options const named = {Argument("NAME", name.get(), "Name of the service").Required().Filled().Suggesting(services)};
   char const* const started =
       "Prints the process id. Exit code 1 if the script fails, or the process does not exist when it returns. With "
       "--json the script's output goes to standard error.";

@@ -11,6 +11,7 @@
 #include "files/edit.h"
 #include "files/format.h"
 #include "files/handle.h"
+#include "files/scratch.h"
 #include "records/tables.h"
 #include "terminal/latin1.h"
 #include "zelvane/api/serialports.h"
@@ -100,8 +101,8 @@ void Remove(Arguments const& arguments, Terminal const& terminal) {
   std::string const number = std::to_string(NumberArgument("N", arguments.number, 0, kHighestNumber));
   std::string const unit = IntToStr(std::stol(number), 3);
   RequireWholeLoad(ListFile(), arguments.writing.force);
-  if (HasKey(ListFile(), "SRVLIST", number))
-    RequireConsent(ListFile() + ": removes unit " + unit + "; its directory and files stay", arguments.writing);
+  if (!HasKey(ListFile(), "SRVLIST", number)) throw Failed(ListFile() + ": unit " + unit + " is not listed");
+  RequireConsent(ListFile() + ": removes unit " + unit + "; its directory and files stay", arguments.writing);
   bool const done =
       RemoveKey(ListFile(), "SRVLIST", number, arguments.writing, terminal, [&] { RemUpsListItem(number.c_str()); });
   if (done && terminal.json) terminal.PrintJson({{"unit", unit}});
@@ -160,24 +161,12 @@ int Write(Place const& place, UpsSrvConfig const& cfg, Terminal const& terminal)
   return SetUpsSrvConfig(place.config.c_str(), &cfg, place.ownTables ? 1 : 0);
 }
 
-struct ScratchFolder {
-  fs::path path = MakeScratchFolder();
-
-  ScratchFolder() = default;
-  ~ScratchFolder() {
-    std::error_code ignored;
-    fs::remove_all(path, ignored);
-  }
-  ScratchFolder(ScratchFolder const&) = delete;
-  ScratchFolder& operator=(ScratchFolder const&) = delete;
-};
-
 // Another type has its own model file, and another line has its own entry in usbhid.cfg. The settings there must not be
 // overwritten with those of the old type and line. So the library reads them from a directory that already has the new
 // type and line, and links to everything else.
 void Reselect(Place const& place, UpsSrvConfig& cfg) {
   ScratchFolder const scratch;
-  std::string const folder = scratch.path.string() + "/";
+  std::string const folder = scratch.Path() + "/";
   bool const written = SetUpsSrvConfig(folder.c_str(), &cfg, 1) != 0;
   std::vector<std::string> files = Files(place, cfg);
   files[0] = place.Types();

@@ -18,6 +18,7 @@
 #include <unordered_map>
 
 #include "files/format.h"
+#include "files/heldsignals.h"
 #include "files/input.h"
 #include "files/output.h"
 #include "terminal/latin1.h"
@@ -46,7 +47,9 @@ std::optional<std::string> Home() {
 void Copy(std::string const& file) {
   std::string const folder = ExtractFilePath(file);
   if (fs::is_directory(folder.empty() ? "." : folder)) fs::create_directories(fs::path(At(file)).parent_path());
-  if (fs::exists(file) && !fs::is_directory(file)) fs::copy_file(file, At(file));
+  std::error_code error;
+  if (fs::exists(file) && !fs::is_directory(file)) fs::copy_file(file, At(file), error);
+  if (error) throw Failed(file + ": cannot copy to " + fs::temp_directory_path().string() + ": " + error.message());
 }
 
 // ---- What changed ----
@@ -214,12 +217,12 @@ void RequireStatedRoot(std::vector<std::string> const& files, Terminal const& te
                  " is only where zelctl is; use --root DIR");
 }
 
-// As IsWritable; a missing directory counts as created by the change.
-bool CanBeWritten(std::string const& file) {
-  std::string folder = ExtractFilePath(file);
-  if (!folder.empty()) folder.pop_back();
-  std::error_code none;
-  return IsWritable(folder.empty() || fs::exists(folder, none) ? file : folder);
+// Without HOME the library names the user's files in the current directory.
+void NoteHome(std::vector<std::string> const& files, Terminal const& terminal) {
+  std::string const user = GetUserPath();
+  for (std::string const& file : files)
+    if (user.compare(0, 1, "~") == 0 && file.compare(0, user.size(), user) == 0)
+      return terminal.Note("HOME is not set; the user's file is " + file + " in the current directory");
 }
 
 // A save drops all lines after a bad line. Lines that are there afterwards come from the change.
@@ -312,15 +315,6 @@ Options WritingOptions(Writing& writing) {
           DryRun(writing)};
 }
 
-std::string MakeScratchFolder() {
-  std::error_code error;
-  fs::path const place = fs::temp_directory_path(error);
-  if (error) throw Failed("no directory for temporary files (TMPDIR): " + error.message());
-  std::string pattern = place / "zelctl-XXXXXX";
-  if (mkdtemp(pattern.data()) == nullptr) throw Failed(CannotWrite(pattern, errno));
-  return pattern;
-}
-
 Option DryRun(Writing& writing) {
   return Flag("--dry-run", &writing.dryRun, "Change nothing; show the lines that would differ");
 }
@@ -357,7 +351,7 @@ Rehearsal::Rehearsal(Edit const& edit, Terminal const& terminal) : root_(termina
   std::error_code removed;
   g_directory = fs::current_path(removed);
   if (removed) g_directory = "/";
-  g_scratch = MakeScratchFolder();
+  g_scratch = folder_.Path();
   HideInMessages(g_scratch);
   try {
     fs::create_directories(At("."));
@@ -381,10 +375,6 @@ Rehearsal::~Rehearsal() { End(); }
 void Rehearsal::End() const {
   std::error_code ignored;
   fs::current_path(g_directory, ignored);
-  // The owner may lack permissions on a new unit's directory.
-  for (fs::recursive_directory_iterator each(g_scratch, ignored), end; !ignored && each != end; each.increment(ignored))
-    if (each->is_directory(ignored)) fs::permissions(each->path(), fs::perms::owner_all, ignored);
-  fs::remove_all(g_scratch, ignored);
   g_scratch.clear();
   SetZelvanePath(root_.c_str());
   if (home_) setenv("HOME", home_->c_str(), 1);
@@ -392,6 +382,7 @@ void Rehearsal::End() const {
 
 bool Make(Edit const& edit, Writing const& writing, Terminal const& terminal, std::function<void()> const& act) {
   RequireStatedRoot(edit.files, terminal);
+  NoteHome(edit.files, terminal);
   if (!writing.dryRun) LockFoldersOf(edit.files);
   std::optional<Busy> busy(std::in_place, "changing", edit.files);
   bool stops = false;
@@ -404,6 +395,7 @@ bool Make(Edit const& edit, Writing const& writing, Terminal const& terminal, st
       return false;
     }
   }
+  HeldSignals const held;  // until the change is complete and reported
   try {
     act();
   } catch (Failed const&) {
@@ -416,6 +408,7 @@ bool Make(Edit const& edit, Writing const& writing, Terminal const& terminal, st
   for (Changed const& each : files)
     if (std::error_code none; fs::exists(each.copy, none)) terminal.Note(OldFileIn(each.file, each.copy));
   if (!terminal.json && !terminal.csv) terminal.PrintNames(summary);
+  std::cout.flush();
   return true;
 }
 
@@ -423,6 +416,13 @@ bool IsWritable(std::string const& path) {
   std::string const folder = ExtractFilePath(path);
   bool const exists = access(path.c_str(), F_OK) == 0;
   return access(exists ? path.c_str() : folder.empty() ? "." : folder.c_str(), W_OK) == 0;
+}
+
+bool CanBeWritten(std::string const& file) {
+  std::string folder = ExtractFilePath(file);
+  if (!folder.empty()) folder.pop_back();
+  std::error_code none;
+  return IsWritable(folder.empty() || fs::exists(folder, none) ? file : folder);
 }
 
 std::string OldFileIn(std::string const& path, std::string const& copy) {

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "files/scratch.h"
 #include "terminal/option.h"
 
 struct Terminal;
@@ -60,12 +61,10 @@ class Rehearsal {
  private:
   void End() const;
 
+  ScratchFolder folder_;
   std::string root_;
   std::optional<std::string> home_;
 };
-
-// A new empty directory for temporary files. Throws Failed.
-std::string MakeScratchFolder();
 
 // Waits until no other zelctl changes files in the directories of these files, at most 10 s each; others wait until
 // this process ends. A directory that cannot be locked is left out. For everything that a change reads before it
@@ -74,6 +73,8 @@ void LockFoldersOf(std::vector<std::string> const& files);
 
 // Whether the file can be written, or created if it is missing.
 bool IsWritable(std::string const& path);
+// The same; a missing directory counts as created by the change.
+bool CanBeWritten(std::string const& path);
 
 // Copies the file to NAME.lost, or to NAME.lost.1 and so on if that exists, as the library names its copies. Returns
 // the copy's name. Throws FileFailed.

@@ -67,9 +67,10 @@ void RequireNew(std::string const& path, bool overwrite) {
   struct stat file = {};
   if (stat(path.c_str(), &file) == 0 && S_ISDIR(file.st_mode)) throw FileFailed(path, EISDIR);
   if (S_ISBLK(file.st_mode)) throw Failed(path + ": is a block device");
-  if (overwrite || lstat(path.c_str(), &link) != 0) return;
-  // A dangling link also counts as existing.
-  if (stat(path.c_str(), &file) != 0 || S_ISREG(file.st_mode)) throw AlreadyExists(path);
+  if (lstat(path.c_str(), &link) != 0) return;
+  if (stat(path.c_str(), &file) != 0)
+    throw errno == ENOENT ? Failed(path + ": is a link to a missing file") : FileFailed(path);
+  if (!overwrite && S_ISREG(file.st_mode)) throw AlreadyExists(path);
 }
 
 void RequireWritable(std::string const& path, struct stat const& source, bool overwrite) {

@@ -9,7 +9,8 @@
 #include <memory>
 #include <string>
 
-// Throws Failed if the file exists and must not be replaced, or is a directory or a block device. Other devices and
+// Throws Failed if the file exists and must not be replaced, or is a directory, a block device or a link that
+// leads nowhere. Other devices and
 // pipes are accepted.
 void RequireNew(std::string const& path, bool overwrite);
 // Throws the errors of the constructor of Output.

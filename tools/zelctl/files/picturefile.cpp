@@ -2,9 +2,25 @@
 
 #include <sys/stat.h>
 
+#include <filesystem>
+
 #include "files/output.h"
 #include "terminal/listing.h"
 #include "terminal/terminal.h"
+
+namespace {
+
+// --overwrite is meant for older pictures and pages, not for the files that they show.
+void RequireNoSource(std::string const& path) {
+  namespace fs = std::filesystem;
+  std::error_code none;
+  fs::path const file = fs::canonical(path, none);
+  std::string const end = file.extension();
+  if (!none && (end == ".cfg" || end == ".rgt" || end == ".dat" || file.filename() == ".zelvane"))
+    throw Failed(path + ": is a settings file or a log, not a picture or page");
+}
+
+}  // namespace
 
 Options PictureFile::Asked(char const* name, char const* help) {
   return {Flag("--overwrite", &overwrite, "Replace the file if it exists"),
@@ -16,6 +32,7 @@ void PictureFile::RequireFree(std::string const& source) const {
   struct stat from = {};
   if (!source.empty() && stat(source.c_str(), &from) == 0) RequireWritable(path, from, overwrite);
   RequireNew(path, overwrite);
+  RequireNoSource(path);
 }
 
 void PictureFile::Write(std::string const& bytes) const {

@@ -19,8 +19,8 @@ struct PictureFile {
 
   // --overwrite, --dry-run, and the option `name`.
   Options Asked(char const* name, char const* help);
-  // Throws Failed if the file exists and --overwrite was not given, and WrongUsage if it is `source`, the file that the
-  // picture shows ("" for none). Call this before the work is done.
+  // Throws Failed if the file exists and --overwrite was not given, or if it is a settings file or a log. Throws
+  // WrongUsage if it is `source`, the file that the picture shows ("" for none). Call this before the work is done.
   void RequireFree(std::string const& source) const;
   // Atomic; with --dry-run only checks that the file can be written. Throws Failed.
   void Write(std::string const& bytes) const;

@@ -133,7 +133,8 @@ class Checker {
       Add(line, "fields", start + "expected " + list.shape + (read ? kRestIgnored : skipped));
     for (std::size_t i = 0; read && i < list.fields.size(); i++) {
       std::string const fault = FileFault(list.fields[i], parts[i]);
-      if (!fault.empty()) Add(line, "value", start + list.fields[i].name + ": " + fault + Taken((*read)[i], parts[i]));
+      std::string const place = start + list.fields[i].name + ": ";
+      if (!fault.empty()) Add(line, "value", place + fault + Taken((*read)[i], parts[i]));
     }
   }
 
@@ -189,7 +190,7 @@ std::string TypeFault(std::string const& text, std::string const& table) {
   std::string const key = std::to_string(type);
   return (HasKey(table, "UPSTYPE", key) ? "type " + key + " has fewer than five fields in "
                                         : "there is no type " + key + " in ") +
-         table + "; the programs use Auto";
+         ExtractFileName(table) + "; the programs use Auto";
 }
 
 constexpr char kSettingsName[] = "zelvane.conf";
@@ -205,8 +206,7 @@ std::string RootFault(std::string const& root) {
 // zelvane.conf. The library reads only the one in /etc.
 Kind SettingsKind(std::string const& copy) {
   auto const info = std::make_shared<VersionInfo>();
-  Kind kind = {{In(kSettingsName, "ZELVANE", "PATH", Text<&VersionInfo::installPath>("PATH", "")),
-                In(kSettingsName, "ZELVANE", "VERSION", Text<&VersionInfo::version>("VERSION", "")),
+  Kind kind = {{In(kSettingsName, "ZELVANE", "VERSION", Text<&VersionInfo::version>("VERSION", "")),
                 In(kSettingsName, "ZELVANE", "PRODUCT", Text<&VersionInfo::product>("PRODUCT", ""))},
                info,
                true};
@@ -249,8 +249,8 @@ void CheckValues(std::string const& path, KeyLines const& lines, Terminal const&
   if (SetZelvanePath(folder.c_str()) == 0) throw std::bad_alloc();
   std::string const name = ExtractFileName(path);
   if (std::optional<EntryList> const list = ListIn(name)) checker.Entries(*list);
-  if (name == kSettingsName)
-    checker.Records({SettingsKind(copy)}, {{"ZELVANE", {std::begin(kModuleKeys), std::end(kModuleKeys)}}});
-  else
-    checker.Records(ReadKinds(folder), {});
+  if (name != kSettingsName) return checker.Records(ReadKinds(folder), {});
+  std::vector<std::string> others(std::begin(kModuleKeys), std::end(kModuleKeys));
+  others.emplace_back("PATH");
+  checker.Records({SettingsKind(copy)}, {{"ZELVANE", others}});
 }

@@ -16,6 +16,7 @@ using Read = std::optional<std::vector<std::string>>;
 
 std::vector<std::string> TextsOf(std::vector<Field> const& fields, void const* record) {
   std::vector<std::string> texts;
+  texts.reserve(fields.size());
   for (Field const& field : fields) texts.push_back(field.get(record));
   return texts;
 }

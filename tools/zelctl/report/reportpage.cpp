@@ -27,6 +27,8 @@ std::string GroupedNoun(std::uint64_t number, std::string const& noun) {
 }
 
 std::string Muted(std::string const& text) { return Element("span", {{"class", "m"}}, Escaped(text)); }
+// For texts with the name of a file.
+std::string MutedName(std::string const& text) { return Element("span", {{"class", "m"}}, EscapedName(text)); }
 std::string Unbroken(std::string const& text) { return Element("span", {{"class", "nb"}}, Escaped(text)); }
 std::string Paragraph(std::string const& text) { return Element("p", {{"class", "m"}}, Escaped(text)); }
 std::string Heading(std::string const& text) { return Element("h2", {}, Escaped(text)); }
@@ -214,7 +216,7 @@ std::string FindingsSection(Site const& site) {
   std::vector<Cells> rows;
   for (SiteFinding const& finding : site.findings)
     rows.push_back({Escaped(finding.where), Escaped(Capitalised(finding.what)) +
-                                                (finding.advice.empty() ? "" : "<br>" + Muted(finding.advice))});
+                                                (finding.advice.empty() ? "" : "<br>" + MutedName(finding.advice))});
   return Element("section", {{"id", "findings"}},
                  Heading("Findings") + (rows.empty()
                                             ? Element("p", {}, "None.")
@@ -235,7 +237,7 @@ std::string LogsTable(Site const& site) {
                     GroupedNoun(history.records, "record") + ", " + state});
   }
   for (SiteLog const& log : site.otherLogs)
-    rows.push_back({Escaped(log.file), Grouped(log.bytes), "size of its records unknown: not checked"});
+    rows.push_back({EscapedName(log.file), Grouped(log.bytes), "size of its records unknown: not checked"});
   return Heading("Logs") + Table("", "Logs found.", {"File", "Bytes", "State"}, rows);
 }
 
