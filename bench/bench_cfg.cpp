@@ -224,7 +224,7 @@ void ReadTen(benchmark::State& state) {
   }
 }
 
-// What a caller sees of a file that is open: pairs from all over it, spelled as there, the first question among them.
+// Look-ups in an open file, the first one included: pairs from all parts of it, spelled as in the file.
 template <class Engine, std::string (Engine::*Read)(Entry const&) = &Engine::Read>
 void LookUp(benchmark::State& state) {
   Sample const& sample = Sample::Of(state);
@@ -297,7 +297,7 @@ void Build(benchmark::State& state) {
   }
 }
 
-// Bytes a key on the heap, once the file is loaded or once all of it has been read.
+// Heap bytes per key, after the load or after everything has been read.
 template <class Engine, bool kWalk>
 void Memory(benchmark::State& state) {
   Sample const& sample = Sample::Of(state);

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# run.sh BUILD [--quick] [--keep FOLDER]: runs every benchmark of the programs in BUILD/bench and prints the medians
+# run.sh BUILD [--quick] [--keep DIRECTORY]: runs every benchmark of the programs in BUILD/bench and prints the medians
 # next to those of the comparison libraries. Each benchmark has its own process, so that the heap left by one does not
-# affect the next. --keep also writes the table and the plots of docs/performance.md to FOLDER.
+# affect the next. --keep also writes the table and the plots of docs/performance.md to DIRECTORY.
 set -euo pipefail
 here=$(dirname "$0")
 build=$1
@@ -12,7 +12,7 @@ while [ $# -gt 0 ]; do
   case "$1" in
     --quick) repetitions=1 ;;
     --keep) keep=$2 && shift ;;
-    *) echo "usage: $0 BUILD [--quick] [--keep FOLDER]" >&2 && exit 2 ;;
+    *) echo "usage: $0 BUILD [--quick] [--keep DIRECTORY]" >&2 && exit 2 ;;
   esac
   shift
 done

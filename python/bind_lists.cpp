@@ -126,7 +126,7 @@ void BindServers(py::module_& module) {
   module.def("servers", &Servers,
              "The servers in upscli.cfg of the installation root, in ascending order of their keys as text.");
   module.def("add_server", &AddServer, "server"_a,
-             "Adds a server under its key and saves. Error when the same server is in the list.");
+             "Adds a server under its key and saves. Error if the same server is in the list.");
   module.def(
       "remove_server",
       [](Server item) {

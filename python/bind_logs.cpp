@@ -96,7 +96,7 @@ void BindLogs(py::module_& module) {
 
   py::class_<Schedule>(module, "Schedule",
                        "The schedule of the product: a sequence of datetimes, local time, in ascending order.\n\n"
-                       "Past entries are removed. Every change is saved before it returns; OSError when it cannot be.")
+                       "Past entries are removed. Every change is saved before it returns; OSError if it cannot be.")
       .def(py::init<Path const&>(), "path"_a, "A missing file is an empty schedule. OSError: it cannot be read.")
       .def("__len__", On(&Schedule::Count))
       .def("__getitem__",

@@ -153,7 +153,7 @@ void BindShutdown(py::module_& module) {
       "Times are seconds. Texts may hold %c (computer), %i (address), %r (seconds left) and %m (reason).");
   DefineSave<ShutdownSettings>(
       type, [](ShutdownSettings const& record) { return SetShutSrvConfig(record.folder.c_str(), &record); },
-      "Writes upscli.cfg and the user's own file (lang_id). OSError when either cannot be written.");
+      "Writes upscli.cfg and the user's own file (lang_id). OSError if either cannot be written.");
   DefineDefaults<ShutdownSettings>(type, GetShutSrvDefConfig);
   Describe(type);
 #define ZELVANE_SHUT(name) ZELVANE_FIELD(ShutSrvConfig, name)
@@ -182,7 +182,7 @@ void BindClient(py::module_& module) {
   py::class_<ClientSettings> type(module, "ClientSettings", "The settings of the client, from client_settings().");
   DefineSave<ClientSettings>(
       type, [](ClientSettings const& record) { return SetClientConfig(&record); },
-      "Writes the user's own file and upscli.cfg. OSError when either cannot be written.");
+      "Writes the user's own file and upscli.cfg. OSError if either cannot be written.");
   Describe(type);
 #define ZELVANE_CLIENT(name) ZELVANE_FIELD(ClientConfig, name)
   Fields<decltype(type), ClientConfig> fields(type);
@@ -204,7 +204,7 @@ void BindRecords(py::module_& module) {
              "tables_in_folder: upstype.cfg and usbhid.cfg are in the directory too, not in the root.");
   module.def("shutdown_settings", &ReadShutdown, "folder"_a = py::none(),
              "The shutdown settings in upscli.cfg of the directory; None: the installation root.\n\n"
-             "A missing file or key has the defaults. Error when the entry of the server has fewer than three fields.");
+             "A missing file or key has the defaults. Error if the entry of the server has fewer than three fields.");
   module.def("client_settings", &ReadClient,
              "The client's settings: upscli.cfg of the installation root and the user's own file.");
   py::class_<Installation> type(module, "Installation", "The installed product, from installation().");

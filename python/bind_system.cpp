@@ -75,14 +75,14 @@ void BindSystem(py::module_& module) {
             errno = EINVAL;
             RequireSignal(level >= 0 && level <= 3 && process.SetPriority(level));
           },
-          "0 low, 1 normal, 2 high, 3 highest. OSError when it cannot be set.")
+          "0 low, 1 normal, 2 high, 3 highest. OSError if it cannot be set.")
       .def(
           "kill",
           [](ProcClass& process) {
             errno = ESRCH;
             RequireSignal(process.Kill());
           },
-          "Sends SIGTERM and immediately SIGKILL; OSError when SIGTERM cannot be sent.")
+          "Sends SIGTERM and immediately SIGKILL; OSError if SIGTERM cannot be sent.")
       .def("__repr__", [](ProcClass& process) {
         return py::str("Process({}, {!r})").format(process.GetPID(), Text{process.GetName()});
       });
@@ -107,8 +107,8 @@ void BindSystem(py::module_& module) {
       .def_property_readonly(
           "automatic", [](SvcClass const& service) { return service.GetAutomatic(); },
           "Whether the library sees that it starts with the system.")
-      .def("start", &Run<&SvcClass::Start>, "Runs the script. Error when no process has its name afterwards.")
-      .def("stop", &Run<&SvcClass::Stop>, "Runs the script, and kills remaining processes. Error when that fails.")
+      .def("start", &Run<&SvcClass::Start>, "Runs the script. Error if no process has its name afterwards.")
+      .def("stop", &Run<&SvcClass::Stop>, "Runs the script, and kills remaining processes. Error if that fails.")
       .def(
           "restart",
           [](SvcClass& service) {
@@ -117,7 +117,7 @@ void BindSystem(py::module_& module) {
               if (!copy.Restart(-1, -1)) throw Failure(0, copy.GetFileName(), "the service is not running");
             });
           },
-          "Runs the script of a running service. Error when it is not running before or afterwards.")
+          "Runs the script of a running service. Error if it is not running before or afterwards.")
       .def("__repr__", [](SvcClass const& service) {
         return py::str("Service({!r}, running={})").format(Text{service.GetName()}, service.IsRunning());
       });

@@ -1,14 +1,5 @@
 // A simulated disk that loses power: records what a scenario does to its files, and creates the states that a power cut
-// can leave.
-//
-// Assumptions (docs/reliability.md explains them):
-// - After a successful fsync or fdatasync of a file its bytes and its length are on disk. The disk honours a flush.
-// - Later writes may be on disk or not, independently for each page of 4,096 bytes and, within a page, each sector of
-//   512 bytes. A sector has its settled bytes or those of any time since.
-// - The length is any that the file has had since its last sync, whatever its bytes are. Bytes that never arrived are
-//   0.
-// - A name is certainly on disk only after a sync of its directory. Until then names are lost from the last one back,
-//   as with a journal, or each independently. A rename is done or not. A sync of a file settles no name.
+// can leave. docs/reliability.md has the model of the disk. "Settled" means: certainly on disk.
 #ifndef ZELVANE_STRESS_CRASHSTATES_H
 #define ZELVANE_STRESS_CRASHSTATES_H
 

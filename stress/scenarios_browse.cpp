@@ -68,6 +68,14 @@ Table BrowseScenarios() {
          bool const done = RemoveBrwsGroup(list, 0, true) == 1;
          return CloseBrwsList(list) == 1 && done;
        }},
+      {"browse list, a change after a cascade that ran out of memory", browse,
+       [](World& w) {
+         void* const list = OpenBrwsList(w.Root("zelbrws.cfg"));
+         bool const done = RemoveBrwsGroup(list, 0, true) == 1;
+         if (!done) UpdateBrwsFileDate(list, true);  // would save half of the cascade
+         return CloseBrwsList(list) == 1 && done;
+       },
+       kMemoryOnly},
   };
 }
 

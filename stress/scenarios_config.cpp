@@ -34,8 +34,8 @@ bool Change(World& world, char const* name, bool cached, Body&& body) {
 // An object that is destroyed saves the changes that it took before it ran out of memory, each of them complete.
 bool IsChangedInOrder(Files const& before, Files const& after, bool ok) {
   std::string file = before.at("root/a.cfg");
-  auto const insert = [&](std::string const& behind, std::string const& line) {
-    file.insert(file.find(behind) + behind.size(), line);
+  auto const insert = [&](std::string const& anchor, std::string const& line) {
+    file.insert(file.find(anchor) + anchor.size(), line);
   };
   bool known = !ok && after.at("root/a.cfg") == file;
   auto const step = [&](bool last) { known = known || ((last || !ok) && after.at("root/a.cfg") == file); };
@@ -182,7 +182,7 @@ Table ConfigScenarios() {
          return done;
        },
        kClass},
-      {"CfgClass: lines behind a syntax error are kept",
+      {"CfgClass: lines after a syntax error are kept",
        {{"root/a.cfg", "[A]\nk = 1\n=\nlost = 1\n"}},
        [](World& w) { return Change<CfgClass>(w, "a.cfg", false, [](auto& f) { return f.WriteStr("A", "k", "2"); }); },
        kClass},

@@ -27,7 +27,7 @@ TEST(Base64Loops, EncodeWhatThePlainOneEncodes) {
         Bytes bytes(count * 3 + more);
         for (unsigned char& byte : bytes) byte = static_cast<unsigned char>(random());
         EXPECT_EQ(Encoded(loops, bytes, count), Encoded(AllBase64Loops()[0], bytes, count))
-            << loops.name << ", " << count << " groups, " << more << " bytes behind";
+            << loops.name << ", " << count << " groups, " << more << " bytes after them";
       }
     }
   }

@@ -181,7 +181,7 @@ TEST(CfgFiles, WhatIsKeptFromOneFileToTheNext) {
               false);
   EXPECT_ALL(cfg.SetCached(true), cfg.WriteStr("k", "1"), cfg.Flush(), cfg.WriteStr("k", "2"));
   EXPECT_TRUE(cfg.Open(cfg.GetFileName())) << "opening anew saves first";
-  EXPECT_EQ(scratch.Read("f.cfg"), "[S]\nk = 2\nbad]") << "lines behind the bad one are dropped";
+  EXPECT_EQ(scratch.Read("f.cfg"), "[S]\nk = 2\nbad]") << "lines after the bad one are dropped";
   EXPECT_EQ(scratch.Read("f.cfg.lost"), old) << "but kept beside the file";
   EXPECT_FALSE(scratch.Exists("f.cfg.lost.1")) << "the second save drops nothing";
   EXPECT_EQ(cfg.GetSection(), "");

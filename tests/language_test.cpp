@@ -40,7 +40,7 @@ TEST_F(UserLanguages, TheUsersOwnWordingComesFirst) {
   EXPECT_EACH((User(), System()), kUser, kSystem);
 }
 
-TEST_F(UserLanguages, DescriptionsAreCutToTheirRoom) {
+TEST_F(UserLanguages, DescriptionsAreCutToFit) {
   Open(1, kSystem, kUser);
   for (std::string const c : {"1English", "2Portugu\xEAs do Brasil, longo", "3"})
     for (std::size_t length = 0; length < 30; length++) {

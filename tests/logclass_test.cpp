@@ -118,7 +118,7 @@ TEST_F(RecordLog, OnlyWholeRecordsCount) {
   }
 }
 
-TEST_F(RecordLog, ADamagedFileIsKeptAndBegunAnew) {
+TEST_F(RecordLog, ADamagedFileIsCopiedAndEmptied) {
   for (std::string const damaged : {"torn!", "again"}) {
     WriteFile(path, damaged);
     EXPECT_ALL(Append(log, 2), Append(log, 3));

@@ -1,10 +1,9 @@
 #!/usr/bin/env python3
 """Mutants of the library and the command: one small fault a time, and whether the tests see it.
 mutants.py BUILD [--count N] [--seed S] [--skip N] [--quick] [PATTERN ...]
-Each mutant changes one line of a copy in BUILD, compiles what depends on it and runs the tests of its module, the
-likeliest first, until one fails. PATTERN selects lines by a part of PATH:LINE. The order is random, so an interrupted
-run is a sample of all modules; --skip continues it. --quick omits the stress tests: try its survivors again without it.
-Each mutant prints a line: verdict, place, line before and after, failed test. The last line has totals.
+Each changes one line of a copy in BUILD, compiles and runs the tests of its module, the likeliest first, until one fails.
+PATTERN selects lines by a part of PATH:LINE. The order is random: a run that is interrupted, or continued with --skip, is
+a sample. --quick omits the stress tests: try its survivors again without it. Output: verdict, place, change, failed test.
 """
 import argparse
 import os
@@ -55,17 +54,19 @@ class Workshop:
     def __init__(self, build, quick):
         self.source, self.build, self.output, self.quick = build / "source", build / "objects", build / "output", quick
         names = subprocess.check_output(["git", "ls-files", "-z"], text=True).split("\0")[:-1]
+        for copy in filter(os.path.isfile, self.source.rglob("*")):
+            if str(copy.relative_to(self.source)) not in names:  # removed or renamed since the last run
+                copy.unlink()
         for name in filter(os.path.isfile, names):
             copy = self.source / name  # replaces what an interrupted run left
             if not copy.is_file() or copy.read_bytes() != Path(name).read_bytes():
                 copy.parent.mkdir(parents=True, exist_ok=True)
                 shutil.copy(name, copy)
         launcher = ["-DCMAKE_CXX_COMPILER_LAUNCHER=ccache"] if shutil.which("ccache") else []  # for the file mutated last
-        subprocess.run(["cmake", "-S", self.source, "-B", self.build, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Debug", *launcher,
-                        "-DCMAKE_CXX_FLAGS_DEBUG=-O0", "-DZELVANE_STRESS=ON", "-DCMAKE_LINK_DEPENDS_NO_SHARED=ON"],
-                       stdout=subprocess.DEVNULL, check=True)
-        subprocess.run(["cmake", "--build", self.build, "--target", "zelvane_tests", "zelvane_tests_static", "zelvane_stress"],
-                       stdout=subprocess.DEVNULL, check=True)
+        for command in (["-S", self.source, "-B", self.build, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Debug", *launcher,
+                         "-DCMAKE_CXX_FLAGS_DEBUG=-O0", "-DZELVANE_STRESS=ON", "-DCMAKE_LINK_DEPENDS_NO_SHARED=ON"],
+                        ["--build", self.build, "--target", "zelvane_tests", "zelvane_tests_static", "zelvane_stress"]):
+            subprocess.run(["cmake", *command], stdout=subprocess.DEVNULL, check=True)
 
     def run(self, command):  # returns whether it succeeds in time
         seconds = SWEEP_SECONDS if "--brief" in command else PROCESSOR_SECONDS
@@ -112,8 +113,8 @@ class Workshop:
                 if not self.run(["cmake", "--build", self.build, "--target", target]):
                     return "no program", ""
                 if not all(self.run(test) for test in tests):
-                    failed = re.search(r"\[  FAILED  \] ([\w./]+)", self.output.read_text(encoding="latin-1"))
-                    return "killed", failed[1] if failed else ""
+                    failed = re.findall(r"\[  FAILED  \] ([\w./]+)", self.output.read_text(encoding="latin-1"))
+                    return "killed", "".join(failed[:1])
             return "survived", ""
         finally:
             path.write_text(original, encoding="utf-8")

@@ -7,7 +7,7 @@
 
 namespace {
 
-TEST(ZelvanePath, ReadAnewFromTheSettingsFile) {
+TEST(ZelvanePath, ReadAgainFromTheSettingsFile) {
   std::string const own = test::ProgramFolder();
   test::Scratch scratch;
   test::SetSettingsFile(scratch.Path("zelvane.conf"));

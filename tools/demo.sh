@@ -71,4 +71,4 @@ run log outages root/logevt.rgt --start 1 --end 2 --last 3
 run status --root root || [ $? -eq 1 ]  # 1: something needs attention
 page=$(mktemp -d)/report.html
 run report --root root --out "$page"
-say "a browser opens file://$page"
+printf "\nOpen file://%s in a browser.\n" "$page"

@@ -9,8 +9,8 @@ Encoding    b64encode, b64decode, encode_password, decode_password, RipeMD256, C
 
 Texts are str, Latin-1 in the files; other characters raise UnicodeEncodeError. Times are naive datetimes of local time,
 from 1970 to 2038-01-19. Failures of the system raise OSError (FileNotFoundError ...), those of a settings file
-ConfigError, all others Error. Threads may share an object, but a BrowseList: one works, the others wait. Python runs
-other threads while the library works.
+ConfigError, all others Error. Threads may share an object: one works, the others wait. Only a BrowseList is for one
+thread at a time. Other Python threads run while the library works.
 """
 from ._browse import BrowseList, Computer, Group, Unit
 from ._config import Config, Section

@@ -61,7 +61,7 @@ class BrowseList:
             tower = network.add_computer("tower", "10.0.0.7", site)
             network.add_unit("UPS 1", 1, tower)
 
-    groups      the top groups: without a parent, with a missing parent, or the first of a circle
+    groups      the top groups: without a parent, with a missing parent, or the first of a cycle
     computers   computers without a group
     units       units without a computer
 
@@ -69,7 +69,7 @@ class BrowseList:
     block); remove() saves immediately. A save replaces the file: what another program has written since the list was
     opened is lost. A missing file is an empty list; OSError: the file cannot be read. Entries that the library cannot
     read (a missing field, a name of blanks) are omitted, as is everything after a line that cannot be parsed.
-    One thread at a time uses the tree.
+    One thread at a time may use the tree.
     """
 
     def __init__(self, path: FilePath | None = None) -> None:
@@ -151,11 +151,11 @@ class BrowseList:
         self.reload()
 
     def save(self) -> None:
-        """Saves the list with the time of the change. Error when it cannot be written; the changes stay in memory."""
+        """Saves the list with the time of the change. Error if it cannot be written; the changes stay in memory."""
         self._browse.save()
 
     def close(self) -> None:
-        """Saves pending changes. OSError when they cannot be written: they are lost."""
+        """Saves pending changes. OSError if they cannot be written: they are lost."""
         self._browse.close()
 
     def __enter__(self) -> BrowseList:

@@ -95,7 +95,7 @@ class Config(MutableMapping[str, Section]):
     cached      keeps changes in memory until save()
     keep_case   writes new names as given, not in upper case (for ~/.zelvane and /etc/zelvane.conf)
     strict      True: a line that cannot be parsed raises ConfigError with its number. False: reads the lines before
-                it; BEWARE: a save drops the lines after it (kept once as NAME.lost)
+                it; BEWARE: a save drops the lines after it (after a copy to NAME.lost)
 
     Texts are Latin-1 in the file; other characters raise UnicodeEncodeError. Brackets, line breaks, and blanks at the
     ends of a name raise ValueError; blanks at the ends of a value are lost in the file. A failed save raises OSError or
@@ -176,7 +176,7 @@ class Config(MutableMapping[str, Section]):
         return self.section(section).get_datetime(key, default, format)
 
     def save(self) -> None:
-        """Saves pending changes. OSError or ConfigError when they cannot be saved; they stay in memory."""
+        """Saves pending changes. OSError or ConfigError if they cannot be saved; they stay in memory."""
         self._file.save()
 
     def close(self) -> None:

@@ -1,10 +1,8 @@
 /// @file
 /// Settings of the client program: the server it connects to, the module it loads, and the preferences of its user.
 ///
-/// The server is the first entry of the server list: section [CLILIST] of upscli.cfg in the installation root
-/// (serverlist.h). The first is the first in ascending order of the keys' text, whatever the key: "10" comes before
-/// "2". The user's preferences are in ".zelvane" in the home directory. Without HOME the file is "~.zelvane" in the
-/// current directory.
+/// The server is the first entry by position of the server list, in upscli.cfg of the installation root (serverlist.h).
+/// The user's preferences are in ".zelvane" in the home directory. zelvane-cfg(5) describes both files.
 #ifndef ZELVANE_API_CLIENTCONFIG_H
 #define ZELVANE_API_CLIENTCONFIG_H
 

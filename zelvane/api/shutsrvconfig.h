@@ -3,10 +3,9 @@
 /// server orders a shutdown, and the language of the current user.
 ///
 ///     upscli.cfg             everything except the language; in the directory that the caller names
-///     .zelvane               the language: key LANGID of section [ZELVANE]; in the user's home directory. Without HOME
-///                            the file is "~.zelvane" in the current directory
+///     .zelvane               the language; in the user's home directory
 ///
-/// Both are configuration files (config/cfgclass.h).
+/// Both are configuration files (config/cfgclass.h); zelvane-cfg(5) describes their keys.
 #ifndef ZELVANE_API_SHUTSRVCONFIG_H
 #define ZELVANE_API_SHUTSRVCONFIG_H
 
@@ -31,8 +30,8 @@ typedef struct ShutSrvActions {
 /// Texts are Latin-1. Texts that the library fills in always end with NUL inside the array. Texts from the caller need
 /// no NUL: the library reads at most the array.
 ///
-/// The messages and subjects can contain `%c` (computer name), `%i` (its address), `%r` (seconds left) and `%m`
-/// (reason). The library stores them unchanged; the service substitutes them. Their defaults are in Portuguese.
+/// The messages and subjects can contain placeholders such as `%c` (zelvane-cfg(5)). The library stores them unchanged;
+/// the service replaces them. Their defaults are in Portuguese.
 typedef struct ShutSrvConfig {
   int32_t langId;               ///< language of the user, a number (.zelvane: ZELVANE/LANGID): 0
   char serverAddress[16];       ///< SHUTSRV/ZELSRV, second field: "127.0.0.1"

@@ -118,7 +118,7 @@ ZELVANE_API int GetUpsSrvDefConfig(UpsSrvConfig* cfg);
 ///
 /// Returns 0 at the first failure; files saved before it stay saved. Returns 0 with nothing written if the entry of
 /// upstype.cfg for upsType has fewer than five fields, or the table temporarily cannot be opened or read. A type that
-/// is not in the table, or a missing or unreadable table, counts as "Auto;autoups;zelcfg01;zelcli01;-1".
+/// is not in the table, or a missing or unreadable table, counts as the type "Auto" with the defaults above.
 ///
 /// The type decides which driver is written and which model file is changed. Set ignores upsDriver, upsName, cfgModule,
 /// cliModule, modelIndex and commDriver. It rounds milliseconds down to seconds. It treats batteryChargeMode as 0

@@ -22,13 +22,17 @@
 /// written since the list was opened are lost. The functions that remove an entry together with what belongs to it
 /// always flush, once, at the end. The first flush with something to write creates a missing file.
 ///
-/// RESULTS are 1 for success and 0 for failure. Every function fails for a null handle or record, when memory runs out,
-/// if the file could not be read when the list was opened (the list then has no entries and takes none), and if a flush
-/// fails (the change stays in the handle, and the next flush tries again). The functions name their other failures.
-/// When memory runs out, a change can be half done in the handle: the handle then writes nothing more to the file and
-/// takes no more changes. Texts with ";", "[", "]" or a line break fail, because the file cannot hold them. So do names
-/// and addresses of nothing but blanks, tabs and carriage returns, because a load drops those. Changes update the file
-/// date, with the exceptions named below.
+/// RESULTS are 1 for success and 0 for failure. The functions name failures of their own. Every function fails
+///
+/// - for a null handle or record;
+/// - if the file could not be read when the list was opened: the list has no entries and takes none;
+/// - if a flush fails: the change stays in the handle, and the next flush tries again;
+/// - when memory runs out: a change can then be half done in the handle, which writes nothing more to the file
+///   and takes no more changes;
+/// - for a text that the file cannot hold: one with ";", "[", "]" or a line break, and a name or address of nothing but
+///   blanks, tabs and carriage returns.
+///
+/// Changes update the file date, with the exceptions named below.
 ///
 /// SYNTAX ERRORS: nothing below a syntax error is read, and the next flush drops it (cfgclass.h). If a section was not
 /// found above the error, it is added below it: no load finds its entries until the bad line is corrected.
@@ -47,14 +51,14 @@
 
 #include "zelvane/export.h"
 
-/// @copydoc zelvane/browse/browselist.h
+/// A group.
 typedef struct BrwsGroupRec {
   int32_t id;      ///< from 0
   char name[256];  ///< not empty
   int32_t parent;  ///< identifier of a group, or -1
 } BrwsGroupRec;
 
-/// @copydoc zelvane/browse/browselist.h
+/// A computer.
 typedef struct BrwsComputerRec {
   int32_t id;        ///< from 0
   char name[256];    ///< not empty
@@ -62,7 +66,7 @@ typedef struct BrwsComputerRec {
   int32_t group;     ///< identifier of a group, or -1
 } BrwsComputerRec;
 
-/// @copydoc zelvane/browse/browselist.h
+/// A UPS unit ("nobreak").
 typedef struct BrwsNobreakRec {
   int32_t id;        ///< from 0
   char name[256];    ///< not empty

@@ -102,6 +102,7 @@ bool CfgClass::LoadFile(bool noLines) try {
   state.errorLine = 0;
   state.dropsLines = false;
   state.usesOwnSteps = TableOf(*this) != state.ownTable;
+  bool const direct = !state.usesOwnSteps && !noLines;
 
   std::string text;
   ReadResult const read = ReadWhole(state.fileName, text);
@@ -124,7 +125,7 @@ bool CfgClass::LoadFile(bool noLines) try {
   int number = 0;
   bool taken = true;
   for (std::string_view line; taken && CutLine(rest, line); number++)
-    taken = state.usesOwnSteps || noLines ? ParseLine(std::string(line), noLines) : loader.Take(line);
+    taken = direct ? loader.Take(line) : ParseLine(std::string(line), noLines);
   loader.Finish();
   if (taken) return SetError(CFG_OK);
   state.errorLine = number;
@@ -199,10 +200,9 @@ bool CfgClass::SaveAs(char const* name) {
   text.reserve(state_->textSize + state_->textSize / 8 + 256);
   for (auto& [section, record] : state_->sections) {
     if (!section.empty()) text.append("[").append(section).append("]\n");
-    for (std::size_t n = 0; n < KeyCount(*state_, record); n++) {
-      KeyText const key = ReadKeyAt(*state_, record, n);
+    KeyText key;
+    for (std::size_t n = 0; ReadKeyAt(*state_, record, n, &key); n++)
       text.append(Joined(Upper(*state_, key.name), key.value)).push_back('\n');
-    }
     text.push_back('\n');
   }
   return SetError(SafeSave(name, text) ? CFG_OK : CFG_FILE_FAILED);
@@ -240,7 +240,8 @@ bool CfgClass::LocateKey(SectionPosition const* section, std::string const& key,
   SetError(CFG_OK);
   if (*section == state_->sections.end()) return false;
   SectRec& record = (*section)->second;
-  KeyPosition const found = FindKey(*state_, record, key);
+  Expand(*state_, record);
+  KeyPosition const found = record.keys->find(Upper(*state_, key));
   if (position != nullptr) *position = found;
   return found != record.keys->end();
 }
@@ -322,43 +323,37 @@ std::string CfgClass::GetSectionName(unsigned long n) {
 
 // ---- Keys. ----
 
-// Finds the section and its key, if one is given. Uses the virtual hooks if a subclass may replace them. With
-// `position` the key will be changed; otherwise it is read into `text`. The current section (null) is found only if no
-// virtual hook is replaced. If one is, the caller uses the overload that names the section.
-bool CfgClass::Find(char const* section, char const* key, SectionPosition* at, KeyPosition* position, KeyText* text) {
+// Finds the section (null: the current one) without the virtual hooks. False if a subclass may replace them: the caller
+// then uses the hooks, and names the section. All operations that differ for such a subclass ask here.
+bool CfgClass::FindDirectly(char const* section, SectionPosition* at) {
   CfgState& state = *state_;
-  if (state.usesOwnSteps) {
-    if (section == nullptr || !LocateSection(section, at)) return false;
-    KeyPosition found;
-    if (key != nullptr && !LocateKey(at, key, &found)) return false;
-    if (position != nullptr) *position = found;
-    if (text != nullptr) *text = {found->first, found->second.value};
-    return true;
-  }
+  if (state.usesOwnSteps) return false;
   SetError(CFG_OK);
   if (section == nullptr && state.current == state.sections.end())
     state.current = FindSection(state, state.section.c_str());
   *at = section == nullptr ? state.current : FindSection(state, section);
-  if (*at == state.sections.end()) return false;
-  if (key == nullptr) return true;
-  if (position == nullptr) return ReadKey(state, (*at)->second, key, text);
-  Expand(state, (*at)->second);
-  *position = FindKey(state, (*at)->second, key);
-  return *position != (*at)->second.keys->end();
+  return true;
 }
 
-bool CfgClass::Find(char const* section, SectionPosition* at) { return Find(section, nullptr, at, nullptr, nullptr); }
+bool CfgClass::Find(char const* section, SectionPosition* at) {
+  if (FindDirectly(section, at)) return *at != state_->sections.end();
+  return section != nullptr && LocateSection(section, at);
+}
 
 bool CfgClass::Find(char const* section, char const* key, KeyText* found) {
   SectionPosition at;
-  return Find(section, key, &at, nullptr, found);
+  if (FindDirectly(section, &at)) return at != state_->sections.end() && ReadKey(*state_, at->second, key, found);
+  KeyPosition position;
+  if (!LocateSection(section, &at) || !LocateKey(&at, key, &position)) return false;
+  *found = {position->first, position->second.value};
+  return true;
 }
 
+// Finds a key that the operation by name finds too: that one fails for a key that begins with a NUL.
 bool CfgClass::Find(char const* section, unsigned long n, KeyText* found) {
   SectionPosition at;
-  if (!Find(section, &at) || n >= KeyCount(*state_, at->second)) return false;
-  *found = ReadKeyAt(*state_, at->second, n);
-  return true;
+  return FindDirectly(section, &at) && at != state_->sections.end() && ReadKeyAt(*state_, at->second, n, found) &&
+         Refusal("", found->name.data(), false) == CFG_OK;
 }
 
 // Checks the arguments of an operation on one key, then the object's state. All operations share this order.
@@ -389,7 +384,7 @@ bool CfgClass::DeleteKey(char const* section, char const* key) {
   if (!SetError(Refusal(section, key, true))) return false;
   SectionPosition at;
   KeyPosition found;
-  if (!Find(section, key, &at, &found, nullptr)) return true;
+  if (!Find(section, &at) || !LocateKey(&at, key, &found)) return true;
   RemoveKey(*state_, at->second, found);
   return SaveUnlessCached();
 }
@@ -424,14 +419,14 @@ unsigned long CfgClass::GetKeyCount() {
 
 std::string CfgClass::GetKeyName(char const* section, unsigned long n) {
   if (section == nullptr) return SetError(CFG_BAD_ARGUMENT), "";
-  KeyText found;
-  return Find(section, n, &found) ? std::string(Upper(*state_, found.name)) : std::string();
+  SectionPosition at;
+  return Find(section, &at) ? KeyNameAt(*state_, at->second, n) : std::string();
 }
 
 std::string CfgClass::GetKeyName(std::string const& section, unsigned long n) { return GetKeyName(section.c_str(), n); }
 std::string CfgClass::GetKeyName(unsigned long n) {
-  KeyText found;
-  return Find(nullptr, n, &found) ? std::string(Upper(*state_, found.name)) : GetKeyName(GetSection().c_str(), n);
+  SectionPosition at;
+  return Find(nullptr, &at) ? KeyNameAt(*state_, at->second, n) : GetKeyName(GetSection().c_str(), n);
 }
 
 // ---- Values. ----
@@ -442,40 +437,39 @@ std::string CfgClass::ReadStr(char const* section, char const* key, char const* 
   return def == nullptr ? "" : def;
 }
 
-// Reads the key directly if the operation by name would read it too. That one fails for a key that begins with a NUL.
 std::string CfgClass::ReadStr(char const* section, unsigned long index, char const* def) {
   KeyText found;
-  if (section != nullptr && !state_->usesOwnSteps && Find(section, index, &found) &&
-      Refusal("", found.name.data(), false) == CFG_OK)
-    return std::string(found.value);
+  if (section != nullptr && Find(section, index, &found)) return std::string(found.value);
   return ReadStr(section, GetKeyName(section, index).c_str(), def);
 }
 
 std::string CfgClass::ReadStr(unsigned long index, char const* def) {
   KeyText found;
-  if (Find(nullptr, index, &found) && Refusal("", found.name.data(), false) == CFG_OK) return std::string(found.value);
-  return ReadStr(GetSection().c_str(), index, def);
+  return Find(nullptr, index, &found) ? std::string(found.value) : ReadStr(GetSection().c_str(), index, def);
 }
 
 bool CfgClass::WriteStr(char const* section, char const* key, char const* value) {
-  if (section == nullptr || key == nullptr || value == nullptr || HasLineFeed(section) || HasLineFeed(key) ||
-      HasLineFeed(value))
-    return SetError(CFG_BAD_ARGUMENT);
+  if (section == nullptr || key == nullptr || value == nullptr) return SetError(CFG_BAD_ARGUMENT);
+  std::string_view const name = key;
+  std::string_view const text = value;
+  if (HasLineFeed(section) || HasLineFeed(name) || HasLineFeed(text)) return SetError(CFG_BAD_ARGUMENT);
   if (!SetError(Refusal(section, key, true))) return false;
   CfgState& state = *state_;
   SectionPosition at;
-  if (!Find(section, &at) && (!InsertSection(section, nullptr, true) || !Find(section, &at))) return false;
+  bool const direct = FindDirectly(section, &at);
+  bool const found = direct ? at != state.sections.end() : LocateSection(section, &at);
+  if (!found && (!InsertSection(section, nullptr, true) || !Find(section, &at))) return false;
   SectRec& record = at->second;
-  Expand(state, record);
-  KeyPosition found;
-  if (!state.usesOwnSteps) {
+  KeyPosition position;
+  if (direct) {
+    Expand(state, record);
     auto const makeLine = [&](std::string_view upper) {
-      return MakeKey(state, record, GetUpperCaseWriteCache() ? upper : std::string_view(key), value);
+      return MakeKey(state, record, GetUpperCaseWriteCache() ? upper : name, text);
     };
-    auto const [position, added] = AddKey(state, record, key, record.lastKey, makeLine);
-    if (!added) Rewrite(state, position->second, value);
-  } else if (LocateKey(&at, key, &found)) {
-    Rewrite(state, found->second, value);
+    auto const [place, added] = AddKey(state, record, name, record.lastKey, makeLine);
+    if (!added) Rewrite(state, place->second, text);
+  } else if (LocateKey(&at, key, &position)) {
+    Rewrite(state, position->second, text);
   } else if (!InsertKey(key, value, &at, &record.lastKey, nullptr, true)) {
     return false;
   }

@@ -415,8 +415,7 @@ class ZELVANE_API CfgClass {
 
   ZELVANE_HIDDEN bool OpenAs(char const* name, bool readOnly);
   ZELVANE_HIDDEN CfgError Refusal(char const* section, char const* key, bool writing) const;
-  ZELVANE_HIDDEN bool Find(char const* section, char const* key, SectionPosition* at, KeyPosition* position,
-                           zelvane::internal::KeyText* text);
+  ZELVANE_HIDDEN bool FindDirectly(char const* section, SectionPosition* at);
   ZELVANE_HIDDEN bool Find(char const* section, SectionPosition* at);
   ZELVANE_HIDDEN bool Find(char const* section, char const* key, zelvane::internal::KeyText* found);
   ZELVANE_HIDDEN bool Find(char const* section, unsigned long n, zelvane::internal::KeyText* found);

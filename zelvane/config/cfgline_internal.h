@@ -2,9 +2,12 @@
 #ifndef ZELVANE_CONFIG_CFGLINE_INTERNAL_H
 #define ZELVANE_CONFIG_CFGLINE_INTERNAL_H
 
+#include <endian.h>
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string_view>
 
 #include "zelvane/core/strutils_internal.h"
@@ -54,15 +57,11 @@ inline KeyText KeyOf(std::string_view text) {
 
 // ---- Names, ignoring case. ----
 
-inline unsigned char UpperAt(std::string_view text, std::size_t i) {
-  return kAnsiUpper[static_cast<unsigned char>(text[i])];
-}
+inline unsigned char UpperOf(char c) { return kAnsiUpper[static_cast<unsigned char>(c)]; }
 
 inline bool NameBegins(std::string_view text, std::string_view name) {
-  if (text.size() < name.size()) return false;
-  for (std::size_t i = 0; i < name.size(); i++)
-    if (text[i] != name[i] && UpperAt(text, i) != UpperAt(name, i)) return false;
-  return true;
+  auto const isSame = [](char a, char b) { return a == b || UpperOf(a) == UpperOf(b); };
+  return text.size() >= name.size() && std::equal(name.begin(), name.end(), text.begin(), isSame);
 }
 
 inline bool IsSameName(std::string_view a, std::string_view b) {
@@ -71,36 +70,30 @@ inline bool IsSameName(std::string_view a, std::string_view b) {
 
 // Whether the upper-cased `a` is less than the upper-cased `b`, by memcmp.
 inline bool IsNameBefore(std::string_view a, std::string_view b) {
-  std::size_t const common = std::min(a.size(), b.size());
-  for (std::size_t i = 0; i < common; i++)
-    if (UpperAt(a, i) != UpperAt(b, i)) return UpperAt(a, i) < UpperAt(b, i);
-  return a.size() < b.size();
+  auto const isLess = [](char x, char y) { return UpperOf(x) < UpperOf(y); };
+  return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end(), isLess);
 }
+
+// operator< for upper-cased names. Most differ in their first bytes, which are compared as one number.
+struct NameLess {
+  using is_transparent = void;
+  bool operator()(std::string_view a, std::string_view b) const {
+    std::uint64_t x = 0;
+    std::uint64_t y = 0;
+    if (a.size() < sizeof x || b.size() < sizeof y) return a < b;
+    std::memcpy(&x, a.data(), sizeof x);
+    std::memcpy(&y, b.data(), sizeof y);
+    return x == y ? a < b : be64toh(x) < be64toh(y);
+  }
+};
 
 // The first bytes of the upper-cased name as a number. If the numbers of two names differ, they have the order of the
 // names.
 inline std::uint64_t Beginning(std::string_view name) {
   std::uint64_t bytes = 0;
   std::size_t const size = std::min(name.size(), sizeof bytes);
-  for (std::size_t i = 0; i < size; i++) bytes = bytes << 8 | UpperAt(name, i);
+  for (std::size_t i = 0; i < size; i++) bytes = bytes << 8 | UpperOf(name[i]);
   return size == 0 ? 0 : bytes << 8 * (sizeof bytes - size);
-}
-
-// The first of `count` sorted entries that is not less than `name`; `nameOf` returns the name of an entry.
-template <class Entry, class NameOf>
-Entry const* FirstNotBefore(Entry const* entry, std::size_t count, std::string_view name, NameOf nameOf) {
-  std::uint64_t const beginning = Beginning(name);
-  Entry const* const end = entry + count;
-  while (count > 0) {  // without a branch, which would be mispredicted every second time
-    std::size_t const half = count - count / 2;
-    entry += half & (std::size_t{0} - static_cast<std::size_t>(entry[half - 1].beginning < beginning));
-    count /= 2;
-  }
-  if (entry == end || IsSameName(nameOf(*entry), name)) return entry;
-  return std::lower_bound(entry, end, name,
-                          [&](Entry const& each, std::string_view) {  // several names have this beginning
-                            return each.beginning == beginning && IsNameBefore(nameOf(each), name);
-                          });
 }
 
 }  // namespace zelvane::internal

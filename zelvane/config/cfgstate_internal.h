@@ -9,8 +9,8 @@
 #include <map>
 #include <string>
 #include <string_view>
-#include <tuple>
 #include <type_traits>
+#include <unordered_map>
 #include <utility>
 
 #include "zelvane/config/cfgclass.h"
@@ -22,7 +22,7 @@
 namespace zelvane::internal {
 
 template <class Record>
-using NameMap = std::map<std::string, Record, std::less<>, PoolAllocator<std::pair<std::string const, Record>>>;
+using NameMap = std::map<std::string, Record, NameLess, PoolAllocator<std::pair<std::string const, Record>>>;
 using SectionMap = NameMap<SectRec>;
 using KeyMap = NameMap<KeyRec>;
 using LineList = std::list<std::string, PoolAllocator<std::string>>;
@@ -35,6 +35,11 @@ using KeyPosition = CfgClass::KeyPosition;
 static_assert(std::is_same_v<LinePosition, LineList::iterator>);
 static_assert(std::is_same_v<SectionPosition, SectionMap::iterator>);
 static_assert(std::is_same_v<KeyPosition, KeyMap::iterator>);
+
+// With std::hash itself, the standard library compares the names one by one in a table of up to 20.
+struct NameHash {
+  std::size_t operator()(std::string_view name) const { return std::hash<std::string_view>()(name); }
+};
 
 // The keys of a section. A loaded section is a block: its lines, joined by line feeds, are one string in the list of
 // lines, and its keys are read there. Expand gives it separate lines and a key map, for changes and positions.
@@ -52,6 +57,8 @@ struct CfgState {
   LineList lines;
   SectionMap sections;
   RankIndex<SectionMap> sectionRanks;
+  std::unordered_map<std::string_view, SectionPosition, NameHash> sectionNames;  // all or none: see FindSection
+  std::size_t sectionQuestions = 0;                                              // answered without sectionNames
   SectionPosition recent = sections.end();   // the last one found: callers use one section for a while
   SectionPosition current = sections.end();  // the current section, once found by number
   std::list<std::string> detached;           // values that are in no line
@@ -60,7 +67,7 @@ struct CfgState {
   SectionPosition parseSection = sections.end();
   KeyPosition parseKey;
   std::string upper;         // the upper-cased name of the present lookup; keeps its memory
-  std::size_t textSize = 0;  // of the last load: about the size that a save needs
+  std::size_t textSize = 0;  // about the size that a save needs
   int error = CFG_OK;
   int errorLine = 0;
   bool readOnly = false;
@@ -92,18 +99,19 @@ SectionPosition FindSection(CfgState& state, std::string_view name);
 // The key with that name in any case. `found` gets the name upper-cased or as in the file. False if it is missing.
 bool ReadKey(CfgState& state, SectRec& section, std::string_view name, KeyText* found);
 std::size_t KeyCount(CfgState& state, SectRec& section);
-// The n-th key in ascending order; n is less than the number of keys.
-KeyText ReadKeyAt(CfgState& state, SectRec& section, std::size_t n);
-
-// The position of a key in an expanded section; the end of the keys if it is missing.
-KeyPosition FindKey(CfgState& state, SectRec& section, std::string_view name);
+// The n-th key in ascending order. False if there are no more than n keys.
+bool ReadKeyAt(CfgState& state, SectRec& section, std::size_t n, KeyText* found);
+// Its upper-cased name, or "".
+std::string KeyNameAt(CfgState& state, SectRec& section, std::size_t n);
 
 // The position of `upper` in `map`, or where it belongs. Names mostly arrive in ascending order, and numbers nearly so:
 // first try the end, then the position after `latest`, the last entry added.
 template <class Map>
 typename Map::iterator LowerBound(Map& map, std::string_view upper, typename Map::iterator latest) {
-  if (map.empty() || std::prev(map.end())->first < upper) return map.end();
-  if (latest != map.end() && latest->first < upper && !(std::next(latest)->first < upper)) return std::next(latest);
+  NameLess const isLess;
+  if (map.empty() || isLess(std::prev(map.end())->first, upper)) return map.end();
+  if (latest != map.end() && isLess(latest->first, upper) && !isLess(std::next(latest)->first, upper))
+    return std::next(latest);
   return map.lower_bound(upper);
 }
 
@@ -114,12 +122,12 @@ std::pair<SectionPosition, bool> AddSection(CfgState& state, std::string_view na
   std::string_view const upper = Upper(state, name);
   auto const place = LowerBound(state.sections, upper, state.parseSection);
   if (place != state.sections.end() && place->first == upper) return {place, false};
-  auto const added =
-      state.sections.emplace_hint(place, std::piecewise_construct, std::forward_as_tuple(TakeUpper(state)),
-                                  std::forward_as_tuple(state, state.lines.end()));
+  auto const added = state.sections.try_emplace(place, TakeUpper(state), state, state.lines.end());
   try {
+    if (!state.sectionNames.empty()) state.sectionNames.emplace(added->first, added);
     added->second.header = makeLine(added->first);
   } catch (...) {
+    state.sectionNames.erase(added->first);
     state.sections.erase(added);
     throw;
   }

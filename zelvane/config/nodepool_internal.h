@@ -65,6 +65,7 @@ class NodePool {
   std::size_t blockSize_ = kFirstBlock;
 };
 
+// For lists and maps, which allocate one node at a time.
 template <class T>
 class PoolAllocator {
  public:
@@ -75,15 +76,11 @@ class PoolAllocator {
   // NOLINTNEXTLINE(google-explicit-constructor): containers rebind it
   PoolAllocator(PoolAllocator<U> const& other) : pool_(other.pool_) {}
 
-  T* allocate(std::size_t count) {
-    static_assert(alignof(T) <= alignof(std::max_align_t));
-    if (count == 1 && NodePool::Serves(sizeof(T))) return static_cast<T*>(pool_->Take(sizeof(T)));
-    return std::allocator<T>().allocate(count);
+  T* allocate(std::size_t) {
+    static_assert(alignof(T) <= alignof(std::max_align_t) && NodePool::Serves(sizeof(T)));
+    return static_cast<T*>(pool_->Take(sizeof(T)));
   }
-  void deallocate(T* nodes, std::size_t count) {
-    if (count == 1 && NodePool::Serves(sizeof(T))) return pool_->Give(nodes, sizeof(T));
-    std::allocator<T>().deallocate(nodes, count);
-  }
+  void deallocate(T* node, std::size_t) { pool_->Give(node, sizeof(T)); }
 
   friend bool operator==(PoolAllocator const& a, PoolAllocator const& b) { return a.pool_ == b.pool_; }
   friend bool operator!=(PoolAllocator const& a, PoolAllocator const& b) { return !(a == b); }

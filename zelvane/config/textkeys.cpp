@@ -8,7 +8,8 @@ namespace zelvane::internal {
 bool TextKeys::FindInText(std::string_view name, KeyText* found) const {
   for (std::string_view rest = text_, line; CutLine(rest, line);) {
     if (!line.empty() && line[0] <= ' ') line = TrimView(line);
-    if (!NameBegins(line, name) || !IsKey(line)) continue;
+    bool const nameMayEnd = line.size() <= name.size() || line[name.size()] == '=' || line[name.size()] <= ' ';
+    if (!nameMayEnd || !NameBegins(line, name) || !IsKey(line)) continue;
     KeyText const key = KeyOf(TrimView(line));
     if (key.name.size() != name.size()) continue;
     *found = key;
@@ -32,7 +33,6 @@ void TextKeys::List() {
 }
 
 void TextKeys::Sort() {
-  if (stage_ == Stage::kSorted) return;
   List();
   std::stable_sort(keys_.begin(), keys_.end(), [](Entry const& a, Entry const& b) {  // equal names keep their order
     return a.beginning == b.beginning ? IsNameBefore(a.key.name, b.key.name) : a.beginning < b.beginning;
@@ -42,6 +42,21 @@ void TextKeys::Sort() {
   };
   keys_.erase(std::unique(keys_.begin(), keys_.end(), isSame), keys_.end());
   stage_ = Stage::kSorted;
+}
+
+// The first key in the sorted list that is not less than `name`.
+TextKeys::Entry const* TextKeys::FirstNotBefore(std::string_view name) const {
+  std::uint64_t const beginning = Beginning(name);
+  Entry const* entry = keys_.data();
+  Entry const* const end = entry + keys_.size();
+  for (std::size_t half, count = keys_.size(); count > 0; count -= half) {
+    half = count - count / 2;  // without a branch, which would be mispredicted every second time
+    entry += half & (std::size_t{0} - static_cast<std::size_t>(entry[half - 1].beginning < beginning));
+  }
+  if (entry == end || IsSameName(entry->key.name, name)) return entry;
+  return std::lower_bound(entry, end, name, [beginning](Entry const& each, std::string_view other) {
+    return each.beginning == beginning && IsNameBefore(each.key.name, other);  // several names have this beginning
+  });
 }
 
 bool TextKeys::Find(std::string_view name, KeyText* found) {
@@ -54,8 +69,8 @@ bool TextKeys::Find(std::string_view name, KeyText* found) {
           return each.beginning == beginning && IsSameName(each.key.name, name);
         });
   } else {
-    Sort();
-    entry = FirstNotBefore(keys_.data(), keys_.size(), name, [](Entry const& each) { return each.key.name; });
+    Sorted();
+    entry = FirstNotBefore(name);
   }
   if (entry == keys_.data() + keys_.size() || !IsSameName(entry->key.name, name)) return false;
   *found = entry->key;

@@ -19,6 +19,11 @@ namespace zelvane::internal {
 // is done at about that number, so it at most doubles the cost so far.
 class TextKeys {
  public:
+  struct Entry {
+    std::uint64_t beginning;  // of the name
+    KeyText key;
+  };
+
   TextKeys() = default;
   // No line of the text is a syntax error. The text must outlive the object.
   explicit TextKeys(std::string_view text) : text_(text) {}
@@ -26,20 +31,19 @@ class TextKeys {
   // Finds the key with that name. False if it is missing.
   bool Find(std::string_view name, KeyText* found);
 
-  std::size_t Count() { return Sort(), keys_.size(); }
-  // The n-th key in ascending order of the upper-cased names; n is less than Count().
-  KeyText At(std::size_t n) { return Sort(), keys_[n].key; }
+  // All keys in ascending order of the upper-cased names.
+  std::vector<Entry> const& Sorted() {
+    if (stage_ != Stage::kSorted) Sort();
+    return keys_;
+  }
 
  private:
-  struct Entry {
-    std::uint64_t beginning;  // of the name
-    KeyText key;
-  };
   enum class Stage : unsigned char { kText, kListed, kSorted };
   static constexpr unsigned kQuestionsToText = 5;
   static constexpr unsigned kQuestionsToList = 64;
 
   bool FindInText(std::string_view name, KeyText* found) const;
+  Entry const* FirstNotBefore(std::string_view name) const;
   void List();
   void Sort();
 

@@ -37,11 +37,11 @@ int DaysBefore(int month) {
 bool IsMonth(int month) { return month >= 1 && month <= 12; }
 
 int MonthLength(int year, int month) {
-  // 31 and 30 by turns, from July on again with 31.
+  // 31 and 30 alternate; August begins again with 31.
   return month != 2 ? 30 | (month ^ month >> 3) : IsLeapYear(year) ? 29 : 28;
 }
 
-// The number of the day, from 0 on 1 January 1970, for a year from there and a month. A day beyond the month counts on.
+// Days since 1 January 1970, from that year on. A day after the end of the month counts as one of the next months.
 std::int64_t DayNumber(int year, int month, int day) {
   bool const leapDayGone = IsLeapYear(year) && month > 2;
   return (year - std::int64_t{1970}) * kYearDays + (year - 1969) / 4 + DaysBefore(month) + leapDayGone + day - 1;
@@ -106,8 +106,8 @@ inline long Encode(int year, int month, int day, int hour, int minute, int secon
   return t > kLastDateTime ? kNoDate : static_cast<long>(t);
 }
 
-// Years of two digits are of this century up to 49, of the last one from 50 on. Apart from the others, which would pay
-// for its call of the clock with registers saved.
+// Years of two digits are of this century up to 49, of the last one from 50 on. A function of its own: with the call of
+// the clock in it, Encode would save registers for every year.
 __attribute__((noinline)) long EncodeShortYear(int year, int month, int day, int hour, int minute, int second) {
   Fields now;
   if (year < 1 || !Decode(GetDateTime(), now)) return kNoDate;

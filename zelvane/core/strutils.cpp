@@ -38,9 +38,8 @@ constexpr ByteTable kAnsiLower = MakeCaseTable(false);
 
 void TranslateInto(std::string& out, std::string_view text, ByteTable const& table) {
   out.resize(text.size());
-  for (std::size_t i = 0; i < text.size(); i++) {
-    out[i] = static_cast<char>(table[static_cast<unsigned char>(text[i])]);
-  }
+  char* to = out.data();  // a pointer of its own: the loop does not load that of `out` again after each byte
+  for (char const c : text) *to++ = static_cast<char>(table[static_cast<unsigned char>(c)]);
 }
 
 std::string Translate(std::string_view text, ByteTable const& table) {
@@ -165,7 +164,7 @@ namespace zelvane::internal {
 
 constexpr ByteTable kAnsiUpper = MakeCaseTable(true);
 
-std::string_view TrimView(std::string_view text) { return TrimRightView(TrimLeftView(text)); }
+std::string_view CutBlanks(std::string_view text) { return TrimRightView(TrimLeftView(text)); }
 
 void AnsiUpperInto(std::string& out, std::string_view text) { TranslateInto(out, text, kAnsiUpper); }
 

@@ -16,13 +16,24 @@ namespace zelvane::internal {
 inline std::string_view View(char const* text) { return text == nullptr ? std::string_view() : std::string_view(text); }
 
 // Removes the blanks that Trim removes; the result is a part of `text`.
-std::string_view TrimView(std::string_view text);
+std::string_view CutBlanks(std::string_view text);
+inline std::string_view TrimView(std::string_view text) {
+  bool const mayHaveBlanks = text.empty() || text.front() <= ' ' || text.back() <= ' ';  // few texts do
+  return mayHaveBlanks ? CutBlanks(text) : text;
+}
 
 // StrToIntDef for a part of a text.
 long ToInt(std::string_view text, long def);
 
 // Each byte as AnsiUpperCase writes it.
 extern std::array<unsigned char, 256> const kAnsiUpper;
+
+// AnsiUpperCase for a part of a text.
+inline std::string AnsiUpper(std::string_view text) {
+  std::string upper(text);
+  for (char& c : upper) c = static_cast<char>(kAnsiUpper[static_cast<unsigned char>(c)]);
+  return upper;
+}
 
 // Stores AnsiUpperCase of `text` in `out`, using the existing capacity of `out`. `text` must not be part of `out`.
 void AnsiUpperInto(std::string& out, std::string_view text);

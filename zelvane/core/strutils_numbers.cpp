@@ -194,13 +194,13 @@ __attribute__((noinline)) double ReadAnyFloat(std::string_view text, double def)
   return stream >> value ? value : def;
 }
 
-// Appends the digits at the front of the text to those of `value`. Where they end.
+// Appends the digits at the front of the text to those of `value`. Returns where they end.
 char const* TakeDigits(char const* at, char const* end, std::uint64_t& value) {
   for (; at != end && IsDigit(*at); at++) value = value * 10 + static_cast<std::uint64_t>(*at - '0');
   return at;
 }
 
-// Removes a sign. True when it was a minus.
+// Removes a sign. Returns true if it was a minus.
 bool TakeMinus(char const*& at, char const* end) {
   bool const minus = at != end && *at == '-';
   if (minus || (at != end && *at == '+')) at++;

@@ -88,7 +88,7 @@ class ZELVANE_API ClassBase64 {
   ProgressClass const* progress_ = nullptr;
 };
 
-/// @copydoc zelvane/crypto/base64.h
+/// A codec from bytes to Base64 text.
 class ZELVANE_API EncodeBase64 : public ClassBase64 {
  public:
   EncodeBase64();
@@ -110,7 +110,7 @@ class ZELVANE_API EncodeBase64 : public ClassBase64 {
   virtual bool EncodeFile(char const* source, char const* destination);
 };
 
-/// @copydoc zelvane/crypto/base64.h
+/// A codec from Base64 text to bytes.
 class ZELVANE_API DecodeBase64 : public ClassBase64 {
  public:
   DecodeBase64();

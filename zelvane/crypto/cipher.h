@@ -184,7 +184,7 @@ class ZELVANE_API Cipher_Safer_K64 : public Cipher_Safer {
   bool Init(void const* key, long length, void* iv) override;
 };
 
-/// SAFER SK-64, the cipher of the old files. Sizes as above.
+/// SAFER SK-64, the cipher of the old files. Its sizes are those of SAFER K-64.
 class ZELVANE_API Cipher_Safer_SK64 : public Cipher_Safer_K64 {
  public:
   Cipher_Safer_SK64();

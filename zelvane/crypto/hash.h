@@ -18,7 +18,7 @@
 
 #include "zelvane/export.h"
 
-/// @copydoc zelvane/crypto/hash.h
+/// The interface of every digest.
 class ZELVANE_API HashClass {
  public:
   /// The object has no data to copy.
@@ -75,7 +75,7 @@ class ZELVANE_API Hash_MD4 : public HashClass {
   std::uint32_t state_[10];                // chaining values; RIPEMD-256 uses eight
 };
 
-/// @copydoc zelvane/crypto/hash.h
+/// RIPEMD-256, the only digest that works.
 class ZELVANE_API Hash_RipeMD256 : public Hash_MD4 {
  public:
   /// No message until Init(). A copy continues from the same state.

@@ -124,7 +124,7 @@ struct State {
 
 // Where the bytes of a half are before a round, what they go through, and how the key after that is mixed in:
 //
-//   byte    enciphering                          deciphering
+//   byte    encryption                           decryption
 //   0  4    first, lane 0  2    exp  added       first, lane 0  2     log  late
 //   1  5    second      0  2    log  late        first       1  3     exp  added
 //   2  6    first       1  3    log  late        second      0  2     exp  added

@@ -6,10 +6,10 @@
 ///     puts(GetLangStr(lang, 12));
 ///     CloseLang(lang);
 ///
-/// A handle holds two tables, from files that zelvane-language(5) describes. The user's table comes from ".zellang.cfg"
-/// in the home directory; without HOME, from "~.zellang.cfg" in the current directory. The system's table comes from
-/// "zellang.cfg" in the installation root. OpenLang loads both. Later changes by other programs show
-/// only in GetLangCount and GetLangDesc. A missing file makes an empty table. A text that was set is on disk.
+/// A handle holds two tables, from files that zelvane-language(5) describes: the user's from ".zellang.cfg" in the home
+/// directory, the system's from "zellang.cfg" in the installation root. OpenLang loads both. Later changes by other
+/// programs show only in GetLangCount and GetLangDesc. A missing file makes an empty table. A text that was set is on
+/// disk.
 ///
 /// Language and text numbers have 32 bits: the low 32 bits of a wider `long` count. One thread at a time may use a
 /// handle. No function throws; when memory runs out, it returns its failure value.

@@ -59,7 +59,7 @@ void ScheduleEntries::Refresh(long now) {
   sorted_ = true;
 }
 
-// Goes down the tree: if the next part has too few entries, skips it and counts them.
+// Goes down the tree: skips each part that has too few entries, and subtracts them from `index`.
 std::size_t ScheduleEntries::PlaceOf(std::size_t index) const {
   if (size_ == places_.size()) return index;
   std::size_t place = 0;
