@@ -225,7 +225,7 @@ Field const& FindField(Kind const& kind, std::string const& name) {
   for (std::size_t i = 1; i < kind.fields.size(); i++) {
     names.append(i == 1 ? "" : ", ").append(kind.fields[i].name);
   }
-  throw WrongUsage("unknown field \"" + name + "\"; fields of a " + NameOf(kind.kind) + ": " + names);
+  throw WrongUsage("unknown field \"" + name + "\"; fields of kind " + NameOf(kind.kind) + ": " + names);
 }
 
 // Puts the new values of the fields in `items` into the record.
