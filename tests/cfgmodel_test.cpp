@@ -269,6 +269,10 @@ void DriveNames(bool sections) {
     if (!write) names.erase(name);
     if (write) names.insert(name);
     if (i % 8 == 0) check(random() % (names.size() + 2));
+    if (sections || i % 8 != 4 || names.empty()) continue;
+    unsigned long const n = random() % names.size();
+    ASSERT_TRUE(cfg.DeleteKey(n)) << n << " of " << names.size();
+    names.erase(std::next(names.begin(), static_cast<long>(n)));
   }
   for (unsigned long n = names.size() + 1; n-- > 0;) check(n);
 }
