@@ -112,6 +112,5 @@ Command B64Commands() {
                                "lines have 72 characters and end with CR LF, except the last one."),
        Direction<DecodeBase64>(false, "decode", "Decode TEXT, a file, or standard input",
                                "Characters that are not Base64 are skipped. A decoded TEXT is printed up to its first "
-                               "NUL, a file or standard "
-                               "input prints all bytes.")});
+                               "NUL, a file or standard input prints all bytes.")});
 }
