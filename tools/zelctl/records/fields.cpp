@@ -6,6 +6,7 @@
 
 #include "files/format.h"
 #include "terminal/latin1.h"
+#include "terminal/moment.h"
 #include "zelvane/core/datetime.h"
 #include "zelvane/core/strutils.h"
 
@@ -39,7 +40,7 @@ std::string DurationText(std::int64_t number, std::int64_t millis) {
   if (millis == 0 || number < 1000 / millis || (millis == 1000 && number < 60)) return "";
   std::int64_t seconds = number * millis / 1000;
   std::string text;
-  std::pair<std::int64_t, char const*> const units[] = {{86400, "d"}, {3600, "h"}, {60, "min"}, {1, "s"}};
+  std::pair<std::int64_t, char const*> const units[] = {{kDaySeconds, "d"}, {kHourSeconds, "h"}, {60, "min"}, {1, "s"}};
   for (auto const& [length, name] : units) {
     if (seconds >= length) text += (text.empty() ? "" : " ") + std::to_string(seconds / length) + " " + name;
     seconds %= length;

@@ -153,10 +153,10 @@ void Terminal::PrintTable(Table const& rows) const {
   if (widths.size() == columns) return;
   std::string left;
   for (std::size_t i = widths.size(); i < columns; i++) left += (left.empty() ? "" : ", ") + rows[0][i].text;
-  NoteNoRoom(left);
+  NoteLeftOut(left);
 }
 
-void Terminal::NoteNoRoom(std::string const& columns) const {
+void Terminal::NoteLeftOut(std::string const& columns) const {
   Note("no room for " + columns + "; use a wider terminal or --json");
 }
 
