@@ -383,10 +383,7 @@ Options EntryOptions(void (*act)(Kind const&, Arguments const&, Terminal const&)
 Command Change(Action const& action, Kind const& kind) {
   static char const* const kWhat[] = {"a group", "a computer", "a UPS unit"};
   auto const arguments = std::make_shared<Arguments>();
-  std::string fields = "Fields:\n";
-  for (std::size_t i = 1; i < kind.fields.size(); i++)
-    fields += "  " + FillRight(kind.fields[i].name, 12, ' ') + FillRight(Limits(kind.fields[i]), 34, ' ') +
-              kind.fields[i].meaning + "\n";
+  std::string const fields = "Fields:\n" + FieldTable({kind.fields.begin() + 1, kind.fields.end()});
   char const* const below = action.act == Remove && kind.kind != BrowseKind::kUps ? " and everything below it" : "";
   bool const asks = action.act == Remove && kind.kind == BrowseKind::kGroup;
   return {NameOf(kind.kind), std::string(action.help) + kWhat[static_cast<std::size_t>(kind.kind)] + below,

@@ -203,7 +203,7 @@ void NoteOddities(History const& history, Terminal const& terminal) {
     terminal.Note("no record has the code " + absent + "; `zelctl log chart " + history.path + "` lists the codes");
   if (history.setBack > 0)
     terminal.Note(Counted(history.setBack, "outage") +
-                  " omitted, because the clock was set back during them; `zelctl " + "log time` counts otherwise");
+                  " omitted, because the clock was set back meanwhile; `zelctl log time` counts otherwise");
   if (history.backwards > 0)
     terminal.Note("the times step back " + Counted(history.backwards, "time") + "; `zelctl log verify " + history.path +
                   "` shows where");

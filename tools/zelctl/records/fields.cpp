@@ -1,5 +1,7 @@
 #include "records/fields.h"
 
+#include <string.h>
+
 #include <algorithm>
 #include <charconv>
 #include <system_error>
@@ -65,6 +67,20 @@ std::string Limits(Field const& field) {
   std::string const characters = "up to " + std::to_string(field.highest) + " characters";
   if (field.kind == FieldKind::kListText) return characters + ", no ';'";
   return field.kind == FieldKind::kLowerText ? characters + ", lower case" : characters;
+}
+
+std::string FieldTable(std::vector<Field> const& fields) {
+  std::size_t names = 0;
+  std::size_t limits = 0;
+  for (Field const& field : fields) {
+    names = std::max(names, strlen(field.name) + 2);
+    limits = std::max(limits, Limits(field).size() + 2);
+  }
+  std::string table;
+  for (Field const& field : fields)
+    table += "  " + FillRight(std::string(field.name), static_cast<int>(names), ' ') +
+             FillRight(Limits(field), static_cast<int>(limits), ' ') + field.meaning + "\n";
+  return table;
 }
 
 std::string FieldFault(Field const& field, std::string const& value) {
