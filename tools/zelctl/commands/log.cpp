@@ -502,7 +502,7 @@ std::vector<Command> Rescue(std::shared_ptr<Arguments> const& arguments) {
        "out of "
        "order with the payload of the previous or next record. In a text log: NUL bytes, a last line without a line "
        "end."},
-      {"salvage", "Copy the complete records of a damaged log, or of a leftover .tmp file, to a new log",
+      {"salvage", "Copy the complete records of a damaged log or leftover .tmp file to a new log",
        On(arguments, Salvage),
        Joined(
            {asked.File(),
@@ -531,8 +531,7 @@ Command LogCommands() {
        "zelctl log outages logevt.rgt --start 1 --end 2 --by month --csv",
        "zelctl log outages logevt.rgt --start 1 --end 2 --svg outages.svg",
        "zelctl log count logevt.rgt --code 1 --from 2005-03-01",
-       "zelctl log time logevt.rgt --start 1 --end 2,4 --from 2005-03-01 --to 2005-03-31",
-       "zelctl log verify logevt.rgt && echo sound", "zelctl log salvage logevt.rgt.bad saved.rgt",
-       "zelctl log salvage logevt.rgt.tmp saved.rgt"},
+       "zelctl log time logevt.rgt --start 1 --end 2,4 --from 2005-03-01", "zelctl log verify logevt.rgt && echo sound",
+       "zelctl log salvage logevt.rgt.bad saved.rgt", "zelctl log salvage logevt.rgt.tmp saved.rgt"},
       std::move(commands));
 }
