@@ -92,6 +92,14 @@ void AddCommand(CLI::App& app, Command const& command, Words const& words, Termi
 // Wraps the descriptions, which start after the names, at 80 columns.
 class Wrapping : public CLI::Formatter {
  public:
+  std::string make_option_usage(CLI::Option const* option) const override {
+    return NamesEach(option) ? option->get_name(true) : CLI::Formatter::make_option_usage(option);
+  }
+
+  std::string make_option_opts(CLI::Option const* option) const override {
+    return NamesEach(option) ? "" : CLI::Formatter::make_option_opts(option);
+  }
+
   std::string make_option_desc(CLI::Option const* option) const override { return Folded(option->get_description()); }
 
   std::string make_subcommand(CLI::App const* command) const override {
@@ -101,6 +109,9 @@ class Wrapping : public CLI::Formatter {
   }
 
  private:
+  // "NAME ADDRESS [GROUP]" says which values can be left out.
+  static bool NamesEach(CLI::Option const* option) { return option->get_name(true).find(' ') != std::string::npos; }
+
   std::string Folded(std::string text) const {
     std::size_t const width = 80 - get_column_width();
     for (std::size_t from = 0; text.size() - from > width;) {
