@@ -31,7 +31,7 @@ constexpr Writer kWriters[] = {
     {"schedule", "schedule, removing at once", false, true},
     {"browse cascade", "browse list, cascade", false, true},
     {"log append", "record log, appending", true, true},
-    {"log at its bound", "record log at its bound", true, false},
+    {"log at its maximum", "record log at its maximum", true, false},
 };
 
 constexpr std::size_t kPayload = 64;

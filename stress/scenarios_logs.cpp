@@ -87,7 +87,7 @@ Table LogsScenarios() {
          return after == Files{{"root/logevt.rgt", Record(3, kPayload)}} ||
                 (!ok && (after.empty() || after == Files{{"root/logevt.rgt", ""}}));
        }},
-      {"record log at its bound",
+      {"record log at its maximum",
        {{"root/logevt.rgt", Log(9)}, {"root/other", ""}},
        [](World& w) { return Append(w, 9, 9); },
        kTwice | kForgives,  // a failed cut is no failure

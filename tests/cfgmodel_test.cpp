@@ -243,26 +243,43 @@ TEST(CfgModel, ALoadedFile) {
   }
 }
 
-// Numbers in any order, between insertions and deletions, in maps large enough for several rows of the index.
-TEST(CfgModel, AddressingByNumber) {
+// Numbers in any order, between insertions and deletions, in maps large enough for several rows of the index; names
+// that are shorter than eight bytes, or have the first eight in common.
+void DriveNames(bool sections) {
+  SCOPED_TRACE(sections ? "sections" : "keys");
   test::Scratch scratch;
   std::mt19937 random(7);
   CfgClass cfg;
   ASSERT_ALL(cfg.Open(scratch.Write("many.cfg", "")), cfg.SetCached(true), cfg.SetSection("S"));
-  std::set<std::string> keys;
+  test::Names const stems = {"", "LONG NAME ", "\xFFLONG NAME ", "00000"};
+  std::set<std::string> names;
   auto const check = [&](unsigned long n) {
-    std::string const expected = n < keys.size() ? *std::next(keys.begin(), static_cast<long>(n)) : "";
-    ASSERT_EQ(cfg.GetKeyName(n), expected) << n << " of " << keys.size();
+    std::string const expected = n < names.size() ? *std::next(names.begin(), static_cast<long>(n)) : "";
+    ASSERT_EQ(sections ? cfg.GetSectionName(n) : cfg.GetKeyName(n), expected) << n << " of " << names.size();
   };
   for (int i = 0; i < 6000; i++) {
-    std::string const key = std::to_string(random() % 9000);
+    std::string const name = stems[random() % 4] + std::to_string(random() % 2000);
+    bool const exists = sections ? cfg.SectionExists(name) : cfg.KeyExists(name);
+    ASSERT_EQ(exists, names.count(name) == 1) << name;
     bool const write = random() % 3 != 0;
-    ASSERT_TRUE(write ? cfg.WriteStr(key, "v") : cfg.DeleteKey(key));
-    if (!write) keys.erase(key);
-    if (write) keys.insert(key);
-    if (i % 8 == 0) check(random() % (keys.size() + 2));
+    if (sections)
+      ASSERT_TRUE(write ? cfg.WriteStr(name, "k", "v") : cfg.EraseSection(name)) << name;
+    else
+      ASSERT_TRUE(write ? cfg.WriteStr(name, "v") : cfg.DeleteKey(name)) << name;
+    if (!write) names.erase(name);
+    if (write) names.insert(name);
+    if (i % 8 == 0) check(random() % (names.size() + 2));
+    if (sections || i % 8 != 4 || names.empty()) continue;
+    unsigned long const n = random() % names.size();
+    ASSERT_TRUE(cfg.DeleteKey(n)) << n << " of " << names.size();
+    names.erase(std::next(names.begin(), static_cast<long>(n)));
   }
-  for (unsigned long n = keys.size() + 1; n-- > 0;) check(n);
+  for (unsigned long n = names.size() + 1; n-- > 0;) check(n);
+}
+
+TEST(CfgModel, AddressingByNumber) {
+  DriveNames(false);
+  DriveNames(true);
 }
 
 }  // namespace

@@ -49,8 +49,8 @@ class ReportFiles : public testing::TestWithParam<std::pair<std::string, std::st
     fs::copy(ZELVANE_FIXTURES "/demo-root", here_.Path("demo"), fs::copy_options::recursive);
     here_.Write("months/logevt.rgt", Log(104, kDay + 9000));
     here_.Write("years/logevt.rgt", Log(40, 60 * kDay + 5 * 3600));
-    here_.Write("years/srvlist.cfg", "[SRVLIST]\n7 = 007\n8 = 008\n");
-    here_.Write("years/008/upssrv.cfg", "");
+    here_.Write("years/srvlist.cfg", "[SRVLIST]\n7 = 007\n8 = 008\n9 = 009\n");
+    for (char const* unit : {"008", "009"}) here_.Write(std::string("years/") + unit + "/upssrv.cfg", "");
     here_.Write("years/007/logevt.rgt", Log(6, kDay / 2 + 500));
   }
 

@@ -111,6 +111,7 @@ TEST(ZelctlTerminal, FoldsCellsNamesColumnsWithoutRoomAndEscapesControls) {
   } const rows[] = {
       {"log show logevt.rgt --last 1", 30, "no room for CODE, TEXT, PAYLOAD; use a wider terminal or --json\r\n"},
       {"log show logevt.rgt --last 1", 40, "no room for TEXT, PAYLOAD; use a wider terminal or --json\r\n"},
+      {"--root . shutdown show shutMessage", 40, "  upscli.cfg:23\r\n"},
       {"b64 decode", 80, "\\x1B[31m\r\nb\r\n"},
       {"--root . shutdown show shutMessage mailFrom", 56,
        "\r\n             desligado em\r\n             %r s. (%m)\r\n"

@@ -124,8 +124,8 @@ ZELVANE_API int GetUpsSrvDefConfig(UpsSrvConfig* cfg);
 /// cliModule, modelIndex and commDriver. It rounds milliseconds down to seconds. It treats batteryChargeMode as 0
 /// unless it is 1, and lineSensitivity as 2 unless it is 0 to 4.
 ///
-/// A fullDischargeDate above 0 is written as GetDateTime() + dischargeInterval days if it is later than that. The
-/// interval counts as unsigned: -1 is 4294967295 days. -1 and 0 are written as they are.
+/// A fullDischargeDate of -1 or 0 is written unchanged. A later date is reduced to at most GetDateTime() +
+/// dischargeInterval days; dischargeInterval counts as unsigned: -1 is 4294967295 days.
 ///
 /// Lines below a syntax error in a file are dropped, after a copy (config/cfgclass.h). If a section was not found above
 /// the error, its keys cannot be read back until the bad line is corrected.

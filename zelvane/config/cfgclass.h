@@ -224,8 +224,9 @@ class ZELVANE_API CfgClass {
   virtual bool SectionExists(std::string const& name);
   virtual bool SectionExists();
   /// Removes the section: its header line and the lines of its indexed keys. Comments, repeated keys and repeated
-  /// headers stay. Kept: a section that does not exist is no error; returns true, and nothing changes. Null: error 1;
-  /// no file: error 5; read-only: error 6. Without cached mode returns the result of the save.
+  /// headers stay: a repeated key then belongs to the section above it. Kept: a section that does not exist is no
+  /// error; returns true, and nothing changes. Null: error 1; no file: error 5; read-only: error 6. Without cached mode
+  /// returns the result of the save.
   virtual bool EraseSection(char const* name);
   virtual bool EraseSection(std::string const& name);
   virtual bool EraseSection();
@@ -245,7 +246,8 @@ class ZELVANE_API CfgClass {
   virtual bool KeyExists(std::string const& key);
   /// Removes the key and its line. Kept: a key that does not exist is no error; returns true. No file: error 5;
   /// read-only: error 6. Without cached mode returns the result of the save. By number: the key GetKeyName(n); if there
-  /// is none: error 1, false. Kept: where a new key goes after the last key of a section is deleted (zelvane-cfg(5)).
+  /// is none: error 1, false. Kept: after the last key of a section is deleted, the next new key can go right after the
+  /// header (zelvane-cfg(5)).
   virtual bool DeleteKey(char const* section, char const* key);
   virtual bool DeleteKey(std::string const& section, std::string const& key);
   virtual bool DeleteKey(char const* key);

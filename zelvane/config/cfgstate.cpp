@@ -239,7 +239,6 @@ KeyLine MakeKey(CfgState& state, SectRec const& section, std::string_view key, s
     place = section.lastKey->second.line;
   place = place == state.lines.end() ? state.lines.begin() : std::next(place);
   auto const line = state.lines.insert(place, Joined(key, value));
-  state.textSize += line->size() + 1;
   return {line, std::string_view(*line).substr(line->size() - value.size())};
 }
 

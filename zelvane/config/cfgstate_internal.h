@@ -67,7 +67,7 @@ struct CfgState {
   SectionPosition parseSection = sections.end();
   KeyPosition parseKey;
   std::string upper;         // the upper-cased name of the present lookup; keeps its memory
-  std::size_t textSize = 0;  // about the size that a save needs
+  std::size_t textSize = 0;  // of the last load: about the size that a save needs
   int error = CFG_OK;
   int errorLine = 0;
   bool readOnly = false;

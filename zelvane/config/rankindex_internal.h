@@ -23,14 +23,18 @@ class RankIndex {
   // The n-th position in ascending order, counted from 0; n is less than map.size().
   Position At(Map& map, std::size_t n) {
     if (rows_.empty()) {
-      if (n < kStepsCheaper) return Remember(n, std::next(map.begin(), static_cast<std::ptrdiff_t>(n)));
-      if (here_ && n + kStepsCheaper > place_ && n < place_ + kStepsCheaper)
-        return Remember(n, std::next(*here_, static_cast<std::ptrdiff_t>(n) - static_cast<std::ptrdiff_t>(place_)));
+      bool const isNear = here_ && n + kStepsCheaper > place_ && n < place_ + kStepsCheaper;
+      if (isNear || n < kStepsCheaper) {
+        here_ = std::next(isNear ? *here_ : map.begin(), static_cast<std::ptrdiff_t>(n - (isNear ? place_ : 0)));
+        place_ = n;
+        return *here_;
+      }
       Build(map);
     }
     while (n < before_) before_ -= rows_[--row_].size();
     while (n - before_ >= rows_[row_].size()) before_ += rows_[row_++].size();
-    return rows_[row_][n - before_];
+    place_ = n - before_;
+    return rows_[row_][place_];
   }
 
   // Call this after `position` is inserted. The entry is already in the map, so this cannot fail: if memory runs out,
@@ -53,9 +57,10 @@ class RankIndex {
   void Erased(Position position) {
     here_.reset();
     if (rows_.empty()) return;
-    std::size_t const at = RowOf(position);
+    bool const isHere = place_ < rows_[row_].size() && rows_[row_][place_] == position;  // found by number just before
+    std::size_t const at = isHere ? row_ : RowOf(position);
     Row& row = rows_[at];
-    row.erase(PlaceIn(row, position));
+    row.erase(isHere ? row.begin() + static_cast<std::ptrdiff_t>(place_) : PlaceIn(row, position));
     if (at < row_) before_--;
     if (!row.empty()) return;
     rows_.erase(rows_.begin() + static_cast<std::ptrdiff_t>(at));
@@ -72,12 +77,6 @@ class RankIndex {
   using Row = std::vector<Position>;
   static constexpr std::size_t kRow = 512;
   static constexpr std::size_t kStepsCheaper = 8;
-
-  Position Remember(std::size_t n, Position position) {
-    here_ = position;
-    place_ = n;
-    return position;
-  }
 
   void Build(Map& map) {
     std::vector<Row> rows;
@@ -113,7 +112,7 @@ class RankIndex {
   void Restart() { row_ = before_ = 0; }
 
   std::optional<Position> here_;  // the last entry returned, while there are no rows
-  std::size_t place_ = 0;         // its number
+  std::size_t place_ = 0;         // the number of the last entry returned, in its row once there are rows
   std::vector<Row> rows_;
   std::size_t row_ = 0;     // the last row used
   std::size_t before_ = 0;  // the entries in the rows before it

@@ -127,10 +127,10 @@ ZELVANE_API std::string FloatToStr(double value, int width = 0, unsigned int dig
 /// @name Text to numbers
 /// @{
 
-/// Return the number in the whole of `text`, or `def`. The result is `def` if the text is null, empty or fails the test
-/// of the same name below, if it does not fit into a signed 32-bit integer ("FFFFFFFF" does not), or if it is too large
-/// for a double. Text too small for a double returns 0 or the nearest value. Blanks are not skipped. "+5" is 5; a lone
-/// sign returns `def`.
+/// Return the number in the whole of `text`, or `def`. The result is `def` if the text is null, empty or fails the
+/// matching test below (StrIsInt for StrToIntDef, and so on), if it does not fit into a signed 32-bit integer
+/// ("FFFFFFFF" does not), or if it is too large for a double. Text too small for a double returns 0 or the nearest
+/// value. Blanks are not skipped. "+5" is 5; a lone sign returns `def`.
 ZELVANE_API long StrToIntDef(char const* text, long def);
 ZELVANE_API long StrToIntDef(std::string const& text, long def);
 ZELVANE_API long HexToIntDef(char const* text, long def);

@@ -219,8 +219,8 @@ class ZELVANE_API CipherManager {
   virtual bool EncodeBuffer(void const* in, void* out, unsigned long length);
   virtual bool DecodeBuffer(void const* in, void* out, unsigned long length);
   /// Return the text encrypted, as raw bytes, or decrypted; then Done() is called. Kept: the result ends at its first
-  /// NUL. Of encrypted texts with n bytes, about n in 256 contain one and cannot be decrypted. Return "" for null or on
-  /// failure.
+  /// NUL. An encrypted text of n bytes contains one, and cannot be decrypted, in about n of 256 cases. Return "" for
+  /// null or on failure.
   virtual std::string EncodeString(char const* text);
   virtual std::string DecodeString(char const* text);
   /// Replaces the cipher with a new SAFER SK-64, with the mode set here and the hash of the hash manager (none without

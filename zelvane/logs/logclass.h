@@ -25,7 +25,8 @@
 ///
 /// DURABILITY: when WriteReg returns true, the record and the name of a new file are on disk (if the disk honours a
 /// flush and the file system can sync). A kill or a power failure during WriteReg can damage that one record, but no
-/// other. If it interrupts a cut, readers can see records twice or mixed until the next WriteReg finishes the cut.
+/// other. A partial record damages the file (above): readers see no records. While a cut is unfinished, readers can see
+/// records twice or mixed; the next WriteReg finishes it.
 ///
 /// No operation throws. One thread at a time may use an object. The operations are virtual hooks: they call each other
 /// through the virtual table, and their order is part of the interface.

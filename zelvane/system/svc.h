@@ -6,17 +6,17 @@
 ///     if (server != nullptr && !server->IsRunning()) server->Start(-1);
 ///
 /// A service has the name of its script. It counts as running if some process has that name. proc.h describes process
-/// names; a service whose name is longer than they can be never counts as running. A running script is itself a
-/// process with the name of its file: if that is the bare name of its service, it counts as the service for callers
-/// that look meanwhile. Other service managers of the machine are not consulted.
+/// names. They have at most 15 bytes, so a service with a longer name never counts as running. A running script is
+/// itself a process with the name of its file: if that is the bare name of its service, it counts as the service for
+/// callers that look meanwhile. Other service managers of the machine are not consulted.
 ///
 /// The shell runs the scripts, with the host's environment, streams and privileges. A script is run by its full path,
 /// whatever characters the path contains. An operation returns when the script has returned; the exit status of the
 /// script is ignored. While the script runs, the host ignores SIGINT and SIGQUIT, as with system(). Operations also
 /// work in a host that ignores SIGCHLD.
 ///
-/// Start, Stop and Restart look at the processes when the script has returned. They miss a service that takes the name
-/// of its process later.
+/// Start, Stop and Restart look at the processes when the script has returned. They miss a service whose process
+/// appears, or takes its name, after that.
 ///
 /// One thread at a time may use an object. Only operations that return a text throw (std::bad_alloc). When memory runs
 /// out, every other operation fails: it never reports that a service is not running.

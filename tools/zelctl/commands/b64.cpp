@@ -111,6 +111,6 @@ Command B64Commands() {
                                "it while the command runs. A file and standard input are encoded byte for byte. Output "
                                "lines have 72 characters and end with CR LF, except the last one."),
        Direction<DecodeBase64>(false, "decode", "Decode TEXT, a file, or standard input",
-                               "Other characters are skipped. TEXT prints up to the first NUL; a file or standard "
-                               "input prints all bytes.")});
+                               "Characters that are not Base64 are skipped. A decoded TEXT is printed up to its first "
+                               "NUL, a file or standard input prints all bytes.")});
 }

@@ -15,6 +15,7 @@
 #include "records/fields.h"
 #include "terminal/latin1.h"
 #include "zelvane/browse/browselist.h"
+#include "zelvane/config/cfgclass.h"
 #include "zelvane/config/paths.h"
 #include "zelvane/core/datetime.h"
 #include "zelvane/core/strutils.h"
@@ -187,9 +188,19 @@ std::string Missing(std::string const& file, Kind const& kind, std::int32_t id) 
   return file + ": " + NameOf(kind.kind) + " " + std::to_string(id) + " does not exist";
 }
 
+// Throws Failed if all sections are those of another file, which would get entries of a browse list.
+void RequireList(std::string const& file) {
+  CfgClass cfg;
+  if (!cfg.OpenReadOnly(file) || cfg.GetSectionCount() == 0 || cfg.SectionExists("DATE")) return;
+  for (Kind const& kind : Kinds())
+    if (cfg.SectionExists(SectionOf(kind.kind))) return;
+  throw Failed(file + ": not a browse list: expected a section GROUPS, COMPUTERS, NOBREAKS or DATE");
+}
+
 // Lets `act` change the list. False after a dry run.
 bool Change(std::string const& file, Arguments const& arguments, Terminal const& terminal,
             std::function<int(void* list)> const& act) {
+  RequireList(file);
   return Make({{file}}, arguments.writing, terminal, [&] {
     Handle const list = Open(At(file));
     errno = 0;
@@ -225,7 +236,7 @@ Field const& FindField(Kind const& kind, std::string const& name) {
   for (std::size_t i = 1; i < kind.fields.size(); i++) {
     names.append(i == 1 ? "" : ", ").append(kind.fields[i].name);
   }
-  throw WrongUsage("unknown field \"" + name + "\"; fields of a " + NameOf(kind.kind) + ": " + names);
+  throw WrongUsage("unknown field \"" + name + "\"; fields of kind " + NameOf(kind.kind) + ": " + names);
 }
 
 // Puts the new values of the fields in `items` into the record.
@@ -372,10 +383,7 @@ Options EntryOptions(void (*act)(Kind const&, Arguments const&, Terminal const&)
 Command Change(Action const& action, Kind const& kind) {
   static char const* const kWhat[] = {"a group", "a computer", "a UPS unit"};
   auto const arguments = std::make_shared<Arguments>();
-  std::string fields = "Fields:\n";
-  for (std::size_t i = 1; i < kind.fields.size(); i++)
-    fields += "  " + FillRight(kind.fields[i].name, 12, ' ') + FillRight(Limits(kind.fields[i]), 34, ' ') +
-              kind.fields[i].meaning + "\n";
+  std::string const fields = "Fields:\n" + FieldTable({kind.fields.begin() + 1, kind.fields.end()});
   char const* const below = action.act == Remove && kind.kind != BrowseKind::kUps ? " and everything below it" : "";
   bool const asks = action.act == Remove && kind.kind == BrowseKind::kGroup;
   return {NameOf(kind.kind), std::string(action.help) + kWhat[static_cast<std::size_t>(kind.kind)] + below,

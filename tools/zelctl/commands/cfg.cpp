@@ -3,8 +3,10 @@
 
 #include <functional>
 #include <iostream>
+#include <map>
 #include <memory>
 #include <optional>
+#include <utility>
 
 #include "commands/families.h"
 #include "files/edit.h"
@@ -14,6 +16,7 @@
 #include "terminal/progress.h"
 #include "terminal/terminal.h"
 #include "zelvane/config/cfgclass.h"
+#include "zelvane/core/strutils.h"
 
 namespace {
 
@@ -139,8 +142,41 @@ bool Exists(CfgClass& cfg, Arguments const& arguments) {
   return arguments.key ? cfg.KeyExists(*arguments.section, *arguments.key) : cfg.SectionExists(*arguments.section);
 }
 
+using Values = std::map<std::pair<std::string, std::string>, std::string>;
+
+// By section and key, as the programs read them.
+Values ValuesOutside(std::string const& section, std::string const& file) {
+  Values values;
+  CfgClass cfg;
+  if (!cfg.OpenReadOnly(file)) throw Failed(CannotRead(file, errno));
+  unsigned long const sections = cfg.GetSectionCount();
+  for (unsigned long i = 0; i < sections; i++) {
+    std::string const name = cfg.GetSectionName(i);
+    unsigned long const count = name == AnsiUpperCase(section) ? 0 : cfg.GetKeyCount(name);
+    for (unsigned long n = 0; n < count; n++) values[{name, cfg.GetKeyName(name, n)}] = cfg.ReadStr(name, n, "");
+  }
+  return values;
+}
+
+// Repeated keys stay when their section is removed. Without its header they would count in the section above.
+void RequireNoneMoves(Arguments const& arguments, Terminal const& terminal) {
+  FileState const state = InspectFile(arguments.file);
+  if (arguments.key || !state.exists || state.badLine != 0) return;
+  Rehearsal const rehearsal({{arguments.file}, {}}, terminal);
+  std::string const file = At(arguments.file);
+  Values const before = ValuesOutside(*arguments.section, file);
+  OpenToWrite(arguments)->EraseSection(*arguments.section);
+  for (auto const& [place, value] : ValuesOutside(*arguments.section, file)) {
+    if (before.count(place) != 0) continue;
+    std::string const key = terminal.Shown(place.second);
+    throw Failed(arguments.file + ": a repeated line of " + terminal.Shown(NameOf(arguments)) + " would become " +
+                 terminal.Shown(Header(place.first)) + " " + key + "; remove key " + key + " first");
+  }
+}
+
 void Unset(Arguments const& arguments, Terminal const& terminal) {
   std::string const name = terminal.Shown(NameOf(arguments));
+  RequireNoneMoves(arguments, terminal);
   bool const done = Change(arguments, terminal, [&](CfgClass& cfg) {
     if (!Exists(cfg, arguments))
       throw Failed(arguments.file + ": " + (arguments.key ? "key " : "section ") + name + " does not exist");
@@ -220,7 +256,9 @@ Command CfgCommands() {
         "an argument that starts with \"-\": zelctl cfg set x.cfg UPS NAME -- -x"},
        {"unset", "Remove a key or a whole section", OnConverted(arguments, Unset),
         Joined({{file, section, key("Key; without it, the whole section")}, writing}),
-        "Comments and repeated lines stay. Exit code 1 if the name does not exist."},
+        "Comments and repeated lines stay. Refused if a repeated key would then count in the section above it. Exit "
+        "code 1 "
+        "if the name does not exist."},
        {"lint",
         "Report lines that are ignored, cannot be parsed, or have unexpected values",
         On(arguments, ReportLint),

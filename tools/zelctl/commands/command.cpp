@@ -14,6 +14,15 @@ void Give(std::string const& notes, std::vector<std::string> const& examples, st
   for (Command& below : command.commands) Give(command.notes, examples, path + " " + below.name, below);
 }
 
+// Lines of a table begin with two blanks. Only their last column is wrapped, if the page has a place for it.
+std::string WrappedNote(std::string const& line) {
+  if (line.compare(0, 2, "  ") != 0) return Wrapped(line);
+  constexpr std::size_t kShortestText = 20;
+  std::size_t const column = line.rfind("  ") + 2;
+  if (line.size() <= PageWidth() || column + kShortestText > PageWidth()) return line + "\n";
+  return Wrapped(line.substr(column), line.substr(0, column), std::string(column, ' '));
+}
+
 }  // namespace
 
 Command Family(char const* name, char const* help, std::string const& notes, std::vector<std::string> const& examples,
@@ -27,8 +36,7 @@ Command Family(char const* name, char const* help, std::string const& notes, std
 std::string FooterOf(Command const& command) {
   std::istringstream lines(command.notes);
   std::string text;
-  for (std::string line; std::getline(lines, line);)
-    text += line.compare(0, 2, "  ") == 0 ? line + "\n" : Wrapped(line);
+  for (std::string line; std::getline(lines, line);) text += WrappedNote(line);
   if (!command.examples.empty()) text += text.empty() ? "Examples:\n" : "\nExamples:\n";
   for (std::string const& example : command.examples) text += "  " + example + "\n";
   if (!text.empty()) text.pop_back();

@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <regex>
+#include <sstream>
 #include <type_traits>
 
 #include "terminal/nearest.h"
@@ -88,7 +89,32 @@ void AddCommand(CLI::App& app, Command const& command, Words const& words, Termi
   }
 }
 
+// Wraps the descriptions, which start after the names, at 80 columns.
+class Wrapping : public CLI::Formatter {
+ public:
+  std::string make_option_desc(CLI::Option const* option) const override { return Folded(option->get_description()); }
+
+  std::string make_subcommand(CLI::App const* command) const override {
+    std::ostringstream text;
+    CLI::detail::format_help(text, command->get_name(), Folded(command->get_description()), get_column_width());
+    return text.str();
+  }
+
+ private:
+  std::string Folded(std::string text) const {
+    std::size_t const width = 80 - get_column_width();
+    for (std::size_t from = 0; text.size() - from > width;) {
+      std::size_t const blank = text.rfind(' ', from + width);
+      if (blank == std::string::npos || blank < from) break;
+      text[blank] = '\n';
+      from = blank + 1;
+    }
+    return text;
+  }
+};
+
 void AddRoot(CLI::App& app, Command const& root, Words const& words, Terminal& terminal) {
+  app.formatter(std::make_shared<Wrapping>());
   app.set_version_flag("--version", ZELVANE_VERSION);
   AddCommand(app, root, words, terminal);
 }
@@ -182,9 +208,9 @@ std::string Correction(CLI::App const& app, CLI::ParseError const& error) {
 Options CommonOptions(Command const& command) {
   if (command.answers == Answers::kText) return {};
   Options options = {
-      Value("--root", &Terminal::SetRoot, "DIR", "Use the installation in DIR instead of this computer's"),
+      Value("--root", &Terminal::SetRoot, "DIR", "Use the installation in DIR, not this computer's"),
       Flag("--json", &Terminal::json, "Print JSON (always UTF-8)"),
-      Flag("--utf8", &Terminal::SetUtf8, "Treat the terminal as UTF-8, whatever the locale says").Excludes("--bytes"),
+      Flag("--utf8", &Terminal::SetUtf8, "Treat the terminal as UTF-8, whatever the locale").Excludes("--bytes"),
       Flag("--bytes", &Terminal::SetBytes, "Show and take the files' Latin-1 bytes as they are")};
   Option const csv = Flag("--csv", &Terminal::csv, "Print CSV, with column names in the first line");
   // Also accepted before the command; RequireCsv then rejects it for a command without CSV.

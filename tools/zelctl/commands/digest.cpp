@@ -158,20 +158,20 @@ std::string Verify(Entry const& entry, Arguments const& arguments, Tally& tally)
   }
 }
 
-void Warn(long count, char const* one, char const* many) {
-  if (count > 0) Complain("WARNING: " + std::to_string(count) + " " + (count == 1 ? one : many));
+void Warn(std::string const& list, long count, char const* one, char const* many) {
+  if (count > 0) Complain(list + ": " + std::to_string(count) + " " + (count == 1 ? one : many));
 }
 
 // Reports on the list as a whole. True if everything is as it should be.
 bool Conclude(Tally const& tally, std::string const& list, Arguments const& arguments) {
   if (!tally.anyEntry) {
-    Complain(list + ": no properly formatted checksum lines found");
+    Complain(list + ": contains no checksum line");
     return false;
   }
   if (!arguments.status) {
-    Warn(tally.malformed, "line is improperly formatted", "lines are improperly formatted");
-    Warn(tally.unreadable, "listed file could not be read", "listed files could not be read");
-    Warn(tally.mismatched, "computed checksum did NOT match", "computed checksums did NOT match");
+    Warn(list, tally.malformed, "line without a checksum ignored", "lines without a checksum ignored");
+    Warn(list, tally.unreadable, "file cannot be read", "files cannot be read");
+    Warn(list, tally.mismatched, "checksum differs", "checksums differ");
   }
   bool const idle = arguments.ignoreMissing && tally.matched == 0;
   if (idle && !arguments.status) Complain(list + ": no file was verified");
@@ -190,7 +190,7 @@ bool CheckList(std::string const& path, Arguments const& arguments, Terminal con
     // A list read from standard input cannot name standard input.
     if (!entry || (entry->file == "-" && path == "-")) {
       tally.malformed++;
-      if (arguments.warn) Complain(list + ":" + std::to_string(number) + ": improperly formatted checksum line");
+      if (arguments.warn) Complain(list + ":" + std::to_string(number) + ": not a checksum line");
       continue;
     }
     tally.anyEntry = true;

@@ -182,6 +182,6 @@ Command FollowCommand() {
                   arguments->choice.Code(),
                   arguments->choice.Grep(),
                   {Value("--size", &arguments->size, "N", "Payload size in bytes; default 64")}}),
-          "Ends with Ctrl+C. When the programs truncate a log that has reached its limit, the record numbers start "
+          "Ends with Ctrl+C. When the programs cut a log that has reached its maximum, the record numbers start "
           "again; no record is shown twice. If the file is removed, the command waits for a new one."};
 }

@@ -1,6 +1,5 @@
 // zelctl help: all commands by group, and the candidates for shell completion.
 #include <algorithm>
-#include <iomanip>
 #include <iostream>
 
 #include "commands/commandline.h"
@@ -8,6 +7,7 @@
 #include "commands/families.h"
 #include "commands/manual.h"
 #include "terminal/nearest.h"
+#include "terminal/page.h"
 #include "terminal/terminal.h"
 
 namespace {
@@ -39,8 +39,10 @@ void RequireNamed(Command const& root, std::vector<std::string> const& path) {
 }
 
 void PrintLine(std::string const& indent, Command const& command) {
-  std::cout << indent << std::left << std::setw(static_cast<int>(12 - indent.size())) << command.name << ' '
-            << command.help << '\n';
+  constexpr std::size_t kHelpColumn = 13;
+  std::string head = indent + command.name;
+  head.resize(kHelpColumn, ' ');
+  std::cout << Wrapped(command.help, head, std::string(kHelpColumn, ' '));
 }
 
 void PrintOverview(Command const& root) {

@@ -74,6 +74,6 @@ Command InfoCommand() {
           Show,
           {},
           "Values come from section [ZELVANE] of /etc/zelvane.conf. Without PATH there, the root is zelctl's own "
-          "directory. A module without a key counts as present if its program is.",
+          "directory. A module without a key counts as installed if a file of its program is in the root.",
           {"zelctl info --json"}};
 }

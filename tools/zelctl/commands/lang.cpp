@@ -216,7 +216,7 @@ Command LangCommands() {
         "If ~/.zellang.cfg cannot be written, the installed file is changed instead. Put \"--\" before an argument "
         "that starts with \"-\": zelctl lang set 12 -- -x"},
        {"missing",
-        "List texts missing in one of two languages, and overrides in both",
+        "List texts that one of two languages lacks, and the user's overrides of either",
         On(arguments, Missing),
         {word("A", arguments->language, "First language (number)"),
          word("B", arguments->other, "Second language (number)")},

@@ -308,7 +308,7 @@ void NoteCopies(RecordLog const& log, Terminal const& terminal) {
   if (fs::exists(fs::symlink_status(log.Path() + ".bad")))
     terminal.Note(log.Path() + ".bad: copy of an earlier damaged file; see `zelctl log salvage`");
   if (fs::exists(fs::symlink_status(log.Path() + ".tmp")))
-    terminal.Note(log.Path() + ".tmp: left by an interrupted truncation; see `zelctl log salvage`");
+    terminal.Note(log.Path() + ".tmp: left by an interrupted cut; see `zelctl log salvage`");
 }
 
 void VerifyText(Arguments const& arguments, Terminal& terminal) {
@@ -396,7 +396,7 @@ std::vector<unsigned char> Rescued(RecordLog const& log, Terminal const& termina
   std::uint64_t const lacking = RecordsLacking(bytes, whole, log.RecordSize());
   if (lacking == 0) return bytes;
   terminal.Note(scratch + " has " + Counted(lacking, "record") + " that " + log.Path() +
-                " lacks, left by an interrupted truncation; its records are saved");
+                " lacks, left by an interrupted cut; its records are saved");
   return whole;
 }
 
@@ -463,7 +463,8 @@ std::vector<Command> Views(std::shared_ptr<Arguments> const& arguments) {
                {Flag("--reverse", &arguments->reverse, "Newest record first"),
                 Value("--last", &arguments->last, "N", "Only the last N records"), asked.Size()}}),
        "CODE is the first two bytes of the payload, TEXT the rest (\".\" for unprintable bytes). Trailing zeros are "
-       "omitted; lines are cut at the terminal width. A day or a minute means from its first to its last second."},
+       "omitted; lines are cut at the terminal width. --from starts at the first second of a day or minute, --to ends "
+       "at its last."},
       {"chart", "Chart events by hour, day, week, month or year, for each code", On(arguments, DrawChart),
        Joined({asked.File(),
                {Value("--by", &arguments->by, "hour|day|week|month|year|weekday|hour-of-day",
@@ -497,16 +498,17 @@ std::vector<Command> Rescue(std::shared_ptr<Arguments> const& arguments) {
       {"verify", "Check the file length and the time stamps", On(arguments, Verify),
        Joined({asked.File(), {asked.Text(), asked.Size()}}),
        "Exit code 1 for a partial last record; for a time stamp that is out of order, in the future, or invalid; and "
-       "for damage from a power cut: trailing records of zeros, a record repeated by the next one, a time stamp out of "
+       "for damage from a power failure: trailing records of zeros, a record repeated by the next one, a time stamp "
+       "out of "
        "order with the payload of the previous or next record. In a text log: NUL bytes, a last line without a line "
        "end."},
-      {"salvage", "Copy the complete records of a damaged log, or of a leftover .tmp file, to a new log",
+      {"salvage", "Copy the complete records of a damaged log or leftover .tmp file to a new log",
        On(arguments, Salvage),
        Joined(
            {asked.File(),
             {asked.Text(), Argument("OUT", &arguments->out, "Output file").Required(), Overwrite(arguments->overwrite),
              Flag("--dry-run", &arguments->dryRun, "Write nothing; show what would be saved"), asked.Size()}}),
-       "Skips damage from a power cut; see `verify`. If a truncation was interrupted and only FILE.tmp has all "
+       "Skips damage from a power failure; see `verify`. If a cut was interrupted and only FILE.tmp has all "
        "records, they are taken from there."}};
 }
 
@@ -529,8 +531,7 @@ Command LogCommands() {
        "zelctl log outages logevt.rgt --start 1 --end 2 --by month --csv",
        "zelctl log outages logevt.rgt --start 1 --end 2 --svg outages.svg",
        "zelctl log count logevt.rgt --code 1 --from 2005-03-01",
-       "zelctl log time logevt.rgt --start 1 --end 2,4 --from 2005-03-01 --to 2005-03-31",
-       "zelctl log verify logevt.rgt && echo sound", "zelctl log salvage logevt.rgt.bad saved.rgt",
-       "zelctl log salvage logevt.rgt.tmp saved.rgt"},
+       "zelctl log time logevt.rgt --start 1 --end 2,4 --from 2005-03-01", "zelctl log verify logevt.rgt && echo sound",
+       "zelctl log salvage logevt.rgt.bad saved.rgt", "zelctl log salvage logevt.rgt.tmp saved.rgt"},
       std::move(commands));
 }

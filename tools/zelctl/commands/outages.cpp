@@ -67,15 +67,15 @@ void PrintLine(std::string line) {
   std::cout << line << '\n';
 }
 
-std::size_t RoomBehind(std::size_t taken) {
+std::size_t WidthAfter(std::size_t taken) {
   std::size_t const width = PageWidth();
   return width < taken + kShortestBar ? kShortestBar : width - taken;
 }
 
-std::string Bar(std::int64_t seconds, std::int64_t longest, std::size_t room) {
+std::string Bar(std::int64_t seconds, std::int64_t longest, std::size_t width) {
   auto const most = static_cast<std::uint64_t>(std::max<std::int64_t>(longest, 1));
   // Even an outage of length 0 is visible.
-  return std::string(BarLength(static_cast<std::uint64_t>(std::max<std::int64_t>(seconds, 1)), most, room), '#');
+  return std::string(BarLength(static_cast<std::uint64_t>(std::max<std::int64_t>(seconds, 1)), most, width), '#');
 }
 
 // The end of an outage, for display after its beginning.
@@ -97,7 +97,7 @@ void PrintOutages(std::vector<Outage> const& outages, std::size_t toSkip) {
   }
   std::size_t const lengths = ClockText(longest).size();
   std::size_t const stamp = isWide ? 23 : 19;
-  std::size_t const room = RoomBehind(stamp + (isWide ? 2 + ends : 0) + 2 + lengths + mark + 2);
+  std::size_t const width = WidthAfter(stamp + (isWide ? 2 + ends : 0) + 2 + lengths + mark + 2);
   PrintLine(Left("BEGIN", stamp) + (isWide ? "  " + Left("END", ends) : "") + "  " + Right("LENGTH", lengths));
   for (std::size_t i = toSkip; i < outages.size(); i++) {
     Outage const& outage = outages[i];
@@ -106,7 +106,7 @@ void PrintOutages(std::vector<Outage> const& outages, std::size_t toSkip) {
                            : TimeText(outage.begin);
     if (isWide) line += "  " + Left(EndText(outage), ends);
     line += "  " + Right(ClockText(outage.Seconds()), lengths) + Left(outage.open ? "+" : "", mark) + "  ";
-    line += Bar(outage.Seconds(), longest, room);
+    line += Bar(outage.Seconds(), longest, width);
     if (outage.open) line.back() = '>';
     PrintLine(line);
   }
@@ -143,7 +143,7 @@ struct GroupTable {
     std::string const longest = group.begun == 0 ? "-" : ClockText(group.longest);
     line += "  " + Right(ClockText(group.seconds), total) + (isWide ? "  " + Right(longest, total) : "");
     std::size_t const taken = label + 2 + 7 + 2 + total + (isWide ? 2 + total : 0) + 2;
-    PrintLine(line + "  " + Bar(group.seconds, most, RoomBehind(taken)));
+    PrintLine(line + "  " + Bar(group.seconds, most, WidthAfter(taken)));
   }
 
   // Up to two periods without an outage get a row each; more are summed up in words.
@@ -198,15 +198,12 @@ void ListGroups(std::vector<OutageGroup> const& groups, Period period, std::size
 // ---- The command ----
 
 void NoteOddities(History const& history, Terminal const& terminal) {
-  bool const known = history.byCode.count(history.codes.start) != 0 ||
-                     std::any_of(history.codes.ends.begin(), history.codes.ends.end(),
-                                 [&](std::uint16_t end) { return history.byCode.count(end) != 0; });
-  if (!known && history.records > 0)
-    terminal.Note("no record has the code " + history.codes.Text() + "; `zelctl log chart " + history.path +
-                  "` lists the codes");
+  std::string const absent = AbsentCodes(history);
+  if (!absent.empty() && history.records > 0)
+    terminal.Note("no record has the code " + absent + "; `zelctl log chart " + history.path + "` lists the codes");
   if (history.setBack > 0)
     terminal.Note(Counted(history.setBack, "outage") +
-                  " omitted, because the clock was set back during them; `zelctl " + "log time` counts otherwise");
+                  " omitted, because the clock was set back meanwhile; `zelctl log time` counts otherwise");
   if (history.backwards > 0)
     terminal.Note("the times step back " + Counted(history.backwards, "time") + "; `zelctl log verify " + history.path +
                   "` shows where");
@@ -245,7 +242,7 @@ void ShowOutages(Arguments const& arguments, Terminal& terminal) {
     if (!period && rows > 0) PrintOutages(outages, toSkip);
     PrintSummary(outages, totals, history);
   }
-  if (isCut) terminal.NoteNoRoom("LONGEST");
+  if (isCut) terminal.NoteLeftOut("LONGEST");
   NoteOddities(history, terminal);
   RecordLog(arguments.file, kEventSize).NoteDamage(terminal);
 }

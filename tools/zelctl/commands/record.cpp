@@ -217,18 +217,6 @@ void Set(RecordFamily const& family, Arguments arguments, Terminal const& termin
   RequireKept(fields, changes, saved, now, terminal);
 }
 
-std::string FieldList(std::vector<Field> const& fields) {
-  std::string list = "Fields:\n";
-  for (Field const& field : fields) {
-    list += "  ";
-    list += FillRight(field.name, 20, ' ');
-    list += FillRight(Limits(field), 34, ' ');
-    list += field.meaning;
-    list += '\n';
-  }
-  return list;
-}
-
 bool HasPassword(RecordFamily const& family) {
   return std::any_of(family.fields.begin(), family.fields.end(),
                      [](Field const& field) { return field.kind == FieldKind::kPassword; });
@@ -267,7 +255,7 @@ Command SetCommand(std::shared_ptr<RecordFamily const> const& record) {
   auto const arguments = std::make_shared<Arguments>();
   Options options = Joined(
       {CommonOptions(*record, *arguments), {Items(record, *arguments, true)}, WritingOptions(arguments->writing)});
-  std::string notes = FieldList(record->fields) + record->notes +
+  std::string notes = "Fields:\n" + FieldTable(record->fields) + record->notes +
                       "Texts cannot contain '[', ']' or line feeds, nor start or end with a blank. The record is "
                       "written whole: fields that the files lack are added with their defaults.\n";
   if (HasPassword(*record)) {

@@ -19,8 +19,7 @@ Command ShutdownCommands() {
   return Family(
       "shutdown", "What this computer does when its UPS server orders a shutdown",
       "Files: upscli.cfg in the installation root or --dir; ~/.zelvane for the language.",
-      {"zelctl shutdown show --utf8",
-       "zelctl shutdown set popup=on popupInterval=30 shutMessage='%c stops in %r s: %m'",
+      {"zelctl shutdown show --utf8", "zelctl shutdown set popup=on popupInterval=30 shutMessage='%c stops in %r s'",
        "zelctl shutdown set mailPassword=- < password.txt", "zelctl shutdown defaults"},
       RecordCommands(
           {ShutdownFields(), [] { return std::shared_ptr<void>(std::make_shared<ShutSrvConfig>()); }, Files,

@@ -204,8 +204,9 @@ std::vector<Command> Settings() {
   };
   record.readFault = "cannot read";
   record.notes =
-      "Timers are rounded down to whole seconds. A date later than one dischargeInterval from now is moved to "
-      "that.\nSettings marked * are saved only if the model file upscfgNN.cfg in DIR already has them.\n";
+      "Timers are rounded down to whole seconds. A save brings the full discharge forward to at most "
+      "dischargeInterval days from now.\nSettings marked * are saved only if the model file upscfgNN.cfg in DIR "
+      "already has them.\n";
   record.folder = Folder::kArgument;
   record.places = UnitNames;
   record.options = {

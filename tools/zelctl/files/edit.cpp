@@ -251,6 +251,14 @@ std::vector<Changed> FilesBefore(Edit const& edit, bool force, bool& stops) {
   return files;
 }
 
+// With --force. The library itself copies a file whose load stops.
+void KeepBinary(Edit const& edit, std::vector<Changed> const& files) {
+  for (Changed const& each : files)
+    if (IsConfiguration(edit) && each.before && !BinaryFault(*each.before).empty() &&
+        InspectFile(each.file).badLine == 0)
+      KeepAsLost(each.file);
+}
+
 // The files that differ now.
 std::vector<Changed> ChangesOf(std::vector<Changed> const& files) {
   std::vector<Changed> changed;
@@ -311,7 +319,7 @@ void LockFoldersOf(std::vector<std::string> const& files) {
 }
 
 Options WritingOptions(Writing& writing) {
-  return {Flag("--force", &writing.force, "Save even if the file has a syntax error and loses the lines below it"),
+  return {Flag("--force", &writing.force, "Save even if the file is binary, or loses the lines below a syntax error"),
           DryRun(writing)};
 }
 
@@ -396,6 +404,7 @@ bool Make(Edit const& edit, Writing const& writing, Terminal const& terminal, st
     }
   }
   HeldSignals const held;  // until the change is complete and reported
+  KeepBinary(edit, files);
   try {
     act();
   } catch (Failed const&) {

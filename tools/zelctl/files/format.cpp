@@ -6,6 +6,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "files/damage.h"
+#include "terminal/moment.h"
 #include "terminal/terminal.h"
 #include "zelvane/config/cfgclass.h"
 #include "zelvane/core/fileutils.h"
@@ -96,8 +98,24 @@ bool HasKey(std::string const& path, std::string const& section, std::string con
   return cfg.OpenReadOnly(path) && cfg.KeyExists(section, key);
 }
 
+std::string BinaryFault(std::string const& bytes) {
+  if (bytes.find('\0') != std::string::npos) return "contains NUL bytes";
+  std::int32_t last = kYear1990;
+  std::int32_t entry = 0;
+  if (bytes.empty() || bytes.size() % sizeof entry != 0) return "";
+  for (std::size_t at = 0; at < bytes.size(); at += sizeof entry, last = entry) {
+    memcpy(&entry, bytes.data() + at, sizeof entry);
+    if (entry < last) return "";
+  }
+  return "contains the dates of a schedule";
+}
+
 void RequireWholeLoad(std::string const& path, bool force) {
   FileState const state = InspectFile(path);
+  std::string const fault = state.exists && !force ? BinaryFault(ReadText(path)) : "";
+  if (!fault.empty())
+    throw Failed(path + ": not a settings file: " + fault +
+                 "; use --force to save it anyway (the old file is copied to " + path + ".lost)");
   if (state.badLine != 0 && !force)
     throw Failed(StoppedAt(path, state.badLine) + ", and a save drops them. Run `zelctl cfg lint " + path +
                  "` to list them, or use --force (the old file is copied to " + path + ".lost)");

@@ -42,8 +42,11 @@ bool HasRootSetting();
 // Whether the file has the key. False if the file is missing.
 bool HasKey(std::string const& path, std::string const& section, std::string const& key);
 
-// For commands that write: throws Failed if the file cannot be read or, unless `force`, if its load stops at a bad
-// line. A save would drop all lines after that one.
+// Why the bytes are a log, a schedule or another binary file, which a change would damage; "" for text.
+std::string BinaryFault(std::string const& bytes);
+
+// For commands that write: throws Failed if the file cannot be read or, unless `force`, if it is binary or its load
+// stops at a bad line. A save would drop all lines after that one.
 void RequireWholeLoad(std::string const& path, bool force);
 
 // For commands that read: a remark if the file is missing (with the consequence), or if its load stops.

@@ -3,13 +3,8 @@
 #include <string.h>
 
 #include "files/recordlog.h"
+#include "terminal/moment.h"
 #include "terminal/terminal.h"
-
-namespace {
-
-constexpr std::int32_t kYear1990 = 631152000;
-
-}  // namespace
 
 void EventCheck::See(Record const& record) {
   records_++;

@@ -1,11 +1,14 @@
 #include "records/fields.h"
 
+#include <string.h>
+
 #include <algorithm>
 #include <charconv>
 #include <system_error>
 
 #include "files/format.h"
 #include "terminal/latin1.h"
+#include "terminal/moment.h"
 #include "zelvane/core/datetime.h"
 #include "zelvane/core/strutils.h"
 
@@ -39,7 +42,7 @@ std::string DurationText(std::int64_t number, std::int64_t millis) {
   if (millis == 0 || number < 1000 / millis || (millis == 1000 && number < 60)) return "";
   std::int64_t seconds = number * millis / 1000;
   std::string text;
-  std::pair<std::int64_t, char const*> const units[] = {{86400, "d"}, {3600, "h"}, {60, "min"}, {1, "s"}};
+  std::pair<std::int64_t, char const*> const units[] = {{kDaySeconds, "d"}, {kHourSeconds, "h"}, {60, "min"}, {1, "s"}};
   for (auto const& [length, name] : units) {
     if (seconds >= length) text += (text.empty() ? "" : " ") + std::to_string(seconds / length) + " " + name;
     seconds %= length;
@@ -64,6 +67,20 @@ std::string Limits(Field const& field) {
   std::string const characters = "up to " + std::to_string(field.highest) + " characters";
   if (field.kind == FieldKind::kListText) return characters + ", no ';'";
   return field.kind == FieldKind::kLowerText ? characters + ", lower case" : characters;
+}
+
+std::string FieldTable(std::vector<Field> const& fields) {
+  std::size_t names = 0;
+  std::size_t limits = 0;
+  for (Field const& field : fields) {
+    names = std::max(names, strlen(field.name) + 2);
+    limits = std::max(limits, Limits(field).size() + 2);
+  }
+  std::string table;
+  for (Field const& field : fields)
+    table += "  " + FillRight(std::string(field.name), static_cast<int>(names), ' ') +
+             FillRight(Limits(field), static_cast<int>(limits), ' ') + field.meaning + "\n";
+  return table;
 }
 
 std::string FieldFault(Field const& field, std::string const& value) {

@@ -160,6 +160,8 @@ Field Path(char const* name, char const* meaning = "") {
 
 // The allowed values of the field, in words.
 std::string Limits(Field const& field);
+// For help: a line for each field with its name, limits and meaning, after two blanks.
+std::string FieldTable(std::vector<Field> const& fields);
 // Why a value is invalid for the field, in words; "" if it would read back unchanged.
 std::string FieldFault(Field const& field, std::string const& value);
 

@@ -19,7 +19,7 @@ std::string FileFault(Field field, std::string const& text) {
   }
   bool const hasBlank = Trim(text) != text;
   if (field.kind == FieldKind::kNumber || field.kind == FieldKind::kDate) {
-    if (hasBlank) return "a blank makes it no number";
+    if (hasBlank) return "starts or ends with a blank, so it is not a number";
     field.lowest /= field.step;
     field.highest /= field.step;
     field.step = 1;

@@ -55,11 +55,11 @@ class Drawing {
 
   void Row(std::int64_t row) {
     svg_ += TextAt(16, y_ + 13, RowText(step_, row));
-    double const room = cell_ - 16 - 8 * static_cast<double>(std::to_string(greatest_).size() + 1);
+    double const longest = cell_ - 16 - 8 * static_cast<double>(std::to_string(greatest_).size() + 1);
     for (std::size_t i = 0; i < columns_.size(); i++) {
       auto const found = columns_[i].counts.find(row);
       std::uint64_t const count = found == columns_[i].counts.end() ? 0 : found->second;
-      double const width = static_cast<double>(count) / static_cast<double>(greatest_) * room;
+      double const width = static_cast<double>(count) / static_cast<double>(greatest_) * longest;
       if (count > 0) svg_ += BarAt(At(i), y_ + 3, width);
       svg_ += TextAt(At(i) + (count > 0 ? std::max(width, 1.0) + 6 : 0), y_ + 13, std::to_string(count), "m");
     }

@@ -80,13 +80,6 @@ class Reader {
 
 bool OutageCodes::IsEnd(std::uint16_t code) const { return std::find(ends.begin(), ends.end(), code) != ends.end(); }
 
-std::string OutageCodes::Text() const {
-  std::string text = std::to_string(start);
-  for (std::size_t i = 0; i < ends.size(); i++)
-    text += (i + 1 == ends.size() ? " or " : ", ") + std::to_string(ends[i]);
-  return text;
-}
-
 History ReadHistory(RecordLog const& log, OutageCodes const& codes) {
   History history;
   history.codes = codes;
@@ -165,14 +158,29 @@ std::string CodesText(History const& history) {
   auto const named = [&history](std::uint16_t code) {
     auto const found = history.byCode.find(code);
     std::string const text = "code " + std::to_string(code);
-    return found == history.byCode.end() || found->second.last.text.empty()
-               ? text
-               : text + ", \"" + found->second.last.text + "\",";
+    if (found == history.byCode.end()) return text + ", which no record has,";
+    return found->second.last.text.empty() ? text : text + ", \"" + found->second.last.text + "\",";
   };
   std::string text = named(history.codes.start) + " to ";
   for (std::size_t i = 0; i < history.codes.ends.size(); i++)
     text += (i == 0 ? "" : i + 1 == history.codes.ends.size() ? " or " : " ") + named(history.codes.ends[i]);
   if (text.back() == ',') text.pop_back();
+  return text;
+}
+
+std::string AbsentCodes(History const& history) {
+  std::vector<std::uint16_t> absent;
+  auto const see = [&](std::uint16_t code) {
+    if (history.byCode.count(code) == 0) absent.push_back(code);
+  };
+  std::vector<std::uint16_t> const& ends = history.codes.ends;
+  see(history.codes.start);
+  bool const noStart = !absent.empty();
+  std::for_each(ends.begin(), ends.end(), see);
+  if (!noStart && absent.size() < ends.size()) return "";
+  std::string text;
+  for (std::size_t i = 0; i < absent.size(); i++)
+    text += (i == 0 ? "" : i + 1 == absent.size() ? " or " : ", ") + std::to_string(absent[i]);
   return text;
 }
 

@@ -24,8 +24,6 @@ struct OutageCodes {
   std::vector<std::uint16_t> ends;
 
   bool IsEnd(std::uint16_t code) const;
-  // "1 or 2", "1, 2 or 4"
-  std::string Text() const;
 };
 
 struct LogEvent {
@@ -94,8 +92,12 @@ struct OutageGroup {
 // In order of time, without empty groups.
 std::vector<OutageGroup> GroupsOf(std::vector<Outage> const& outages, Period period);
 
-// 'code 1, "Mains failed", to code 2, "Mains back"', with the text of the last record of each code, if any.
+// 'code 1, "Mains failed", to code 2, "Mains back"', with the text of the last record of each code; says so if there is
+// none.
 std::string CodesText(History const& history);
+
+// The codes that no record has, "2 or 4", if the start or every end is one of them: no outage can begin, or end.
+std::string AbsentCodes(History const& history);
 
 // "0:01:07"; with a trailing "+" for an open outage.
 std::string ClockText(std::int64_t seconds);

@@ -69,20 +69,20 @@ std::uint64_t CountAt(Counts const& counts, std::int64_t row) {
   return found == counts.end() ? 0 : found->second;
 }
 
-std::string BarText(std::uint64_t count, std::uint64_t greatest, std::size_t room) {
-  return std::string(BarLength(count, greatest, room), '#') + (count == 0 ? "" : " ") + std::to_string(count);
+std::string BarText(std::uint64_t count, std::uint64_t greatest, std::size_t width) {
+  return std::string(BarLength(count, greatest, width), '#') + (count == 0 ? "" : " ") + std::to_string(count);
 }
 
 void PrintBelow(std::vector<ChartColumn> const& columns, Step step, Terminal const& terminal) {
   std::uint64_t const greatest = GreatestOf(columns);
   std::size_t const taken = RowText(step, 0).size() + std::to_string(greatest).size() + 3;
-  std::size_t const room = std::max(PageWidth(), taken + kShortestBar) - taken;
+  std::size_t const width = std::max(PageWidth(), taken + kShortestBar) - taken;
   for (ChartColumn const& column : columns) {
     terminal.PrintText((&column == &columns.front() ? "" : "\n") + Head(column).substr(0, PageWidth()));
     ForEachRow(
         step, column.counts,
         [&](std::int64_t row) {
-          std::cout << RowText(step, row) << "  " << BarText(CountAt(column.counts, row), greatest, room) << '\n';
+          std::cout << RowText(step, row) << "  " << BarText(CountAt(column.counts, row), greatest, width) << '\n';
         },
         [](std::string const& words) { std::cout << "... " << words << " without\n"; });
   }

@@ -51,8 +51,8 @@ std::size_t Convert(std::string const& text, std::string const& from, std::strin
   char piece[1024];
   for (bool more = true; more;) {
     char* end = piece;
-    std::size_t room = sizeof piece;
-    bool const all = iconv(converter, &in, &left, &end, &room) != static_cast<std::size_t>(-1);
+    std::size_t space = sizeof piece;
+    bool const all = iconv(converter, &in, &left, &end, &space) != static_cast<std::size_t>(-1);
     more = !all && errno == E2BIG;
     out.append(piece, end);
   }

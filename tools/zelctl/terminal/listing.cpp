@@ -74,7 +74,7 @@ void Listing::Flush() {
 void Listing::End() {
   if (terminal_.json) out_ += empty_ ? "]\n" : "\n]\n";
   Write(true);
-  if (!left_.empty()) terminal_.NoteNoRoom(left_);
+  if (!left_.empty()) terminal_.NoteLeftOut(left_);
 }
 
 void Listing::JsonRow(std::vector<Json> const& cells) {

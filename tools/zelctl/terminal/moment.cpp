@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <limits>
+#include <optional>
 #include <regex>
 
 #include "terminal/terminal.h"
@@ -13,6 +14,7 @@
 namespace {
 
 char const kDayForm[] = "YYYY-MM-DD or DD/MM/YYYY";
+char const kMomentForm[] = "YYYY-MM-DD or DD/MM/YYYY, optionally followed by hh:mm or hh:mm:ss";
 
 tm Fields(std::int32_t dateTime) {
   time_t const seconds = dateTime;
@@ -25,14 +27,11 @@ tm Fields(std::int32_t dateTime) {
   throw WrongUsage(name + ": expected " + form + "; range 1970-01-01 to 2038-01-19 03:14:07");
 }
 
-}  // namespace
-
-Moment ParseMoment(std::string const& name, std::string const& text) {
+std::optional<Moment> MomentOf(std::string const& text) {
   static std::regex const form(
       R"((?:(\d{4})-(\d\d?)-(\d\d?)|(\d\d?)/(\d\d?)/(\d{4}))(?:[ T](\d\d?):(\d\d)(?::(\d\d))?)?)");
-  std::string const wanted = std::string(kDayForm) + ", optionally followed by hh:mm or hh:mm:ss";
   std::smatch match;
-  if (!std::regex_match(text, match, form)) Refuse(name, wanted);
+  if (!std::regex_match(text, match, form)) return std::nullopt;
   auto const field = [&match](std::size_t i) { return match[i].matched ? std::stoi(match[i].str()) : 0; };
   int const year = field(1) + field(6);
   int const month = field(2) + field(5);
@@ -41,10 +40,18 @@ Moment ParseMoment(std::string const& name, std::string const& text) {
   // In a leap year the library accepts days past the end of a short month.
   tm const fields = Fields(first);
   if (first < 0 || fields.tm_year + 1900 != year || fields.tm_mon + 1 != month || fields.tm_mday != day)
-    Refuse(name, wanted);
+    return std::nullopt;
   std::int32_t const length = !match[7].matched ? kDaySeconds : !match[9].matched ? 60 : 1;
-  std::int32_t const room = std::numeric_limits<std::int32_t>::max() - first;
-  return {first, first + std::min(length - 1, room), length == kDaySeconds};
+  std::int32_t const left = std::numeric_limits<std::int32_t>::max() - first;
+  return Moment{first, first + std::min(length - 1, left), length == kDaySeconds};
+}
+
+}  // namespace
+
+Moment ParseMoment(std::string const& name, std::string const& text) {
+  std::optional<Moment> const moment = MomentOf(text);
+  if (!moment) Refuse(name, kMomentForm);
+  return *moment;
 }
 
 Moment ParseDay(std::string const& name, std::string const& text) {
@@ -60,7 +67,11 @@ std::int32_t ParseSince(std::string const& name, std::string const& text) {
   if (text == "yesterday") return today - kDaySeconds;
   static std::regex const form(R"((\d{1,5}) (minute|hour|day|week)s? ago)");
   std::smatch match;
-  if (!std::regex_match(text, match, form)) return ParseMoment(name, text).first;
+  if (!std::regex_match(text, match, form)) {
+    std::optional<Moment> const moment = MomentOf(text);
+    if (!moment) Refuse(name, std::string("today, yesterday, \"2 hours ago\", ") + kMomentForm);
+    return moment->first;
+  }
   std::string const unit = match[2].str();
   std::int64_t const seconds = unit == "minute" ? 60
                                : unit == "hour" ? kHourSeconds

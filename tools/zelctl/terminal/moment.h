@@ -10,6 +10,8 @@
 
 constexpr std::int32_t kHourSeconds = 3600;
 constexpr std::int32_t kDaySeconds = 86400;
+// A record of the product is younger; an earlier time shows that the bytes are something else.
+constexpr std::int32_t kYear1990 = 631152000;
 
 // A day, a minute or a second.
 struct Moment {

@@ -43,8 +43,8 @@ std::string Wrapped(std::string const& text, std::string const& head, std::strin
   return lines + line + '\n';
 }
 
-std::size_t BarLength(std::uint64_t count, std::uint64_t greatest, std::size_t room) {
+std::size_t BarLength(std::uint64_t count, std::uint64_t greatest, std::size_t width) {
   if (count == 0) return 0;
   double const share = static_cast<double>(count) / static_cast<double>(greatest);
-  return std::max<std::size_t>(static_cast<std::size_t>(std::lround(share * static_cast<double>(room))), 1);
+  return std::max<std::size_t>(static_cast<std::size_t>(std::lround(share * static_cast<double>(width))), 1);
 }

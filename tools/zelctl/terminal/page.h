@@ -13,8 +13,8 @@ std::size_t PageWidth();
 // `indent`; both are printed unchanged.
 std::string Wrapped(std::string const& text, std::string const& head = "", std::string const& indent = "");
 
-// The length of a bar if the highest count has length `room`. A bar shorter than one character has length 1; only a
+// The length of a bar if the highest count has length `width`. A bar shorter than one character has length 1; only a
 // count of 0 has length 0.
-std::size_t BarLength(std::uint64_t count, std::uint64_t greatest, std::size_t room);
+std::size_t BarLength(std::uint64_t count, std::uint64_t greatest, std::size_t width);
 
 #endif

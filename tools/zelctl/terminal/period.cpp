@@ -6,12 +6,12 @@
 #include <cstdio>
 #include <cstring>
 
+#include "terminal/moment.h"
+
 namespace {
 
-constexpr std::int64_t kHour = 3600;
-constexpr std::int64_t kDay = 86400;
-constexpr std::int64_t kWeek = 7 * kDay;
-constexpr std::int64_t kFirstMonday = -3 * kDay;  // 1970-01-01 was a Thursday
+constexpr std::int64_t kWeekSeconds = 7 * kDaySeconds;
+constexpr std::int64_t kFirstMonday = -3 * kDaySeconds;  // 1970-01-01 was a Thursday
 
 constexpr std::array<char const*, 5> kNames = {"hour", "day", "week", "month", "year"};
 
@@ -28,7 +28,7 @@ std::int64_t FirstOf(int year, int month) {
   year += 1900 + month / 12;
   month = (month + 10) % 12;  // from March, so a leap day is the last of its year
   if (month >= 10) year--;
-  return (365 * year + year / 4 - year / 100 + year / 400 + (153 * month + 2) / 5 - 719468) * kDay;
+  return (365 * year + year / 4 - year / 100 + year / 400 + (153 * month + 2) / 5 - 719468) * kDaySeconds;
 }
 
 }  // namespace
@@ -43,9 +43,9 @@ std::optional<Period> PeriodNamed(std::string const& name) {
 
 std::int64_t BeginOf(Period period, std::int64_t dateTime) {
   switch (period) {
-    case Period::kHour: return dateTime - dateTime % kHour;
-    case Period::kDay: return dateTime - dateTime % kDay;
-    case Period::kWeek: return dateTime - (dateTime - kFirstMonday) % kWeek;
+    case Period::kHour: return dateTime - dateTime % kHourSeconds;
+    case Period::kDay: return dateTime - dateTime % kDaySeconds;
+    case Period::kWeek: return dateTime - (dateTime - kFirstMonday) % kWeekSeconds;
     case Period::kMonth:
     case Period::kYear: break;
   }
@@ -54,9 +54,9 @@ std::int64_t BeginOf(Period period, std::int64_t dateTime) {
 }
 
 std::int64_t NextBegin(Period period, std::int64_t begin) {
-  if (period == Period::kHour) return begin + kHour;
-  if (period == Period::kDay) return begin + kDay;
-  if (period == Period::kWeek) return begin + kWeek;
+  if (period == Period::kHour) return begin + kHourSeconds;
+  if (period == Period::kDay) return begin + kDaySeconds;
+  if (period == Period::kWeek) return begin + kWeekSeconds;
   tm const fields = FieldsOf(begin);
   return FirstOf(fields.tm_year, fields.tm_mon + (period == Period::kMonth ? 1 : 12));
 }

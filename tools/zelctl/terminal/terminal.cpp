@@ -30,14 +30,16 @@ std::size_t TotalWidth(std::vector<std::size_t> const& widths) {
   return std::accumulate(widths.begin(), widths.end(), kBetween * (widths.size() - 1));
 }
 
-// Narrows the widest columns, then removes the last ones, until the table fits.
+// Narrows the widest columns until the table fits. If that is not enough, removes the last column and starts again, so
+// that the others get its place.
 void FitInto(std::size_t screen, std::vector<std::size_t>& widths) {
+  std::vector<std::size_t> const full = widths;
   while (TotalWidth(widths) > screen) {
     auto const widest = std::max_element(widths.begin(), widths.end());
     if (*widest > kNarrowest)
       --*widest;
     else if (widths.size() > 1)
-      widths.pop_back();
+      widths.assign(full.begin(), full.begin() + static_cast<std::ptrdiff_t>(widths.size()) - 1);
     else
       return;
   }
@@ -153,10 +155,10 @@ void Terminal::PrintTable(Table const& rows) const {
   if (widths.size() == columns) return;
   std::string left;
   for (std::size_t i = widths.size(); i < columns; i++) left += (left.empty() ? "" : ", ") + rows[0][i].text;
-  NoteNoRoom(left);
+  NoteLeftOut(left);
 }
 
-void Terminal::NoteNoRoom(std::string const& columns) const {
+void Terminal::NoteLeftOut(std::string const& columns) const {
   Note("no room for " + columns + "; use a wider terminal or --json");
 }
 

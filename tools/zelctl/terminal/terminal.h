@@ -77,7 +77,7 @@ struct Terminal {
   // or converted with --utf8.
   void PrintValue(std::string const& latin1) const;
   // Names the columns that do not fit on a narrow terminal.
-  void NoteNoRoom(std::string const& columns) const;
+  void NoteLeftOut(std::string const& columns) const;
   // A remark on standard error; the command continues.
   void Note(std::string const& text) const;
 };
