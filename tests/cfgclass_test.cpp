@@ -80,6 +80,8 @@ TEST(CfgErrors, ArgumentsThenFileThenMode) {
   ASSERT_ALL(readOnly.OpenReadOnly(path), open.Open(path), readOnly.SetSection("S"), open.SetSection("S"));
   CfgClass::SectionPosition section, none;
   CfgClass::KeyPosition key;
+  ASSERT_ALL(closed.InsertSection("", nullptr, true), closed.LocateSection("", &section),
+             closed.InsertKey("k", "v", &section, &section->second.lastKey, nullptr, true));
   ASSERT_ALL(open.LocateSection("s", &section), open.LocateKey(&section, "k", &key));
   EXPECT_NONE(open.LocateSection("none", &none), open.LocateKey(&none, "k", nullptr));
 #define ZELVANE_CALL(call) #call, [&](CfgClass & c) { return c.call; }
@@ -98,6 +100,7 @@ TEST(CfgErrors, ArgumentsThenFileThenMode) {
       {"560", ZELVANE_CALL(EraseSection("none"))},
       {"111", ZELVANE_CALL(DeleteKey("S", null))},
       {"111", ZELVANE_CALL(DeleteKey(9UL))},
+      {"56-", ZELVANE_CALL(DeleteKey(0UL))},
       {"560", ZELVANE_CALL(DeleteKey("S", "none"))},
       {"111", ZELVANE_CALL(GetKeyCount(null) != 0)},
       {"111", ZELVANE_CALL(GetKeyName(null, 0) != "")},
@@ -344,6 +347,31 @@ TEST(CfgHooks, ASubclassMayReplaceEach) {
   EXPECT_EQ(scratch.Read("f.cfg"), "[S]\na=2\n[s]\n[New]\nKey = v");
 }
 
+// A subclass whose lines do not come from the file.
+struct OwnLines : Steps {
+  bool LoadFile(bool) override { return CfgClass::ParseLine("[S]", false); }
+};
+
+TEST(CfgHooks, ALoadOfItsOwnKeepsTheOtherHooks) {
+  Scratch scratch;
+  OwnLines cfg;
+  ASSERT_TRUE(cfg.Open(scratch.Path("f.cfg")));
+  cfg.Take();
+  EXPECT_TRUE(cfg.WriteStr("S", "k", "v"));
+  EXPECT_EQ(cfg.Take(), "slkUS");
+  EXPECT_EQ(scratch.Read("f.cfg"), "[S]\nK = v");
+}
+
+TEST(CfgHooks, AKeyParsedAfterItsSectionIsErased) {
+  Scratch scratch;
+  CfgClass cfg;
+  ASSERT_ALL(cfg.Open(scratch.Write("f.cfg", "a=1\n[S]\nk=1")), cfg.SetCached(true), cfg.EraseSection("S"));
+  EXPECT_TRUE(cfg.ParseLine("b=2", false));
+  EXPECT_EQ(Dump(cfg), "{A=1|B=2}") << "it belongs to the unnamed section";
+  EXPECT_TRUE(cfg.Flush());
+  EXPECT_EQ(scratch.Read("f.cfg"), "a=1\nb=2");
+}
+
 TEST(CfgHooks, ARefusedInsertionChangesNothing) {
   Scratch scratch;
   std::string const path = scratch.Write("f.cfg", "a=1\n[s]\nk=1");
@@ -355,10 +383,12 @@ TEST(CfgHooks, ARefusedInsertionChangesNothing) {
   }
   for (char const* refused : {"s", "k", ""}) {
     Steps cfg;
-    ASSERT_TRUE(cfg.Open(path));
+    ASSERT_ALL(cfg.Open(path), cfg.SetCached(true), cfg.WriteStr("t", "x", "pending"));
     cfg.refused = refused;
     EXPECT_FALSE(cfg.LoadFile(false)) << refused;
     EXPECT_EQ(Dump(cfg), "") << refused << ": nor of half a reload";
+    EXPECT_TRUE(cfg.Flush());
+    EXPECT_EQ(scratch.Read("f.cfg"), "a=1\n[s]\nk=1") << refused << ": and a save does not empty the file";
     ASSERT_TRUE(cfg.Open(scratch.Write("g.cfg", "")));
     EXPECT_NONE(cfg.WriteStr(*refused == '\0' ? "" : "s", "k", "v"), cfg.KeyExists("s", "k")) << refused;
   }

@@ -101,8 +101,8 @@ bool CfgClass::LoadFile(bool noLines) try {
   ClearCaches();
   state.errorLine = 0;
   state.dropsLines = false;
-  state.usesOwnSteps = TableOf(*this) != state.ownTable;
-  bool const direct = !state.usesOwnSteps && !noLines;
+  state.modified = false;  // a load that keeps nothing must not be saved
+  bool const direct = TableOf(*this) == state.ownTable && !noLines;
 
   std::string text;
   ReadResult const read = ReadWhole(state.fileName, text);
@@ -158,6 +158,7 @@ bool CfgClass::ParseLine(std::string const& line, bool noLines) {
     }
     case LineKind::kKey: break;
   }
+  if (state.parseSection == state.sections.end()) state.parseSection = FindSection(state, "");
   if (state.parseSection == state.sections.end() && !InsertSection("", &position, false)) return give_up();
   auto const [name, value] = KeyOf(text);
   std::string const key(name);
@@ -327,7 +328,7 @@ std::string CfgClass::GetSectionName(unsigned long n) {
 // then uses the hooks, and names the section. All operations that differ for such a subclass ask here.
 bool CfgClass::FindDirectly(char const* section, SectionPosition* at) {
   CfgState& state = *state_;
-  if (state.usesOwnSteps) return false;
+  if (TableOf(*this) != state.ownTable) return false;
   SetError(CFG_OK);
   if (section == nullptr && state.current == state.sections.end())
     state.current = FindSection(state, state.section.c_str());
@@ -399,7 +400,7 @@ bool CfgClass::DeleteKey(std::string const& key) { return DeleteKey(key.c_str())
 bool CfgClass::DeleteKey(unsigned long n) {
   SectionPosition at;
   if (!Find(nullptr, &at) || n >= KeyCount(*state_, at->second)) return DeleteKey(GetKeyName(n).c_str());
-  if (state_->readOnly) return SetError(CFG_READ_ONLY);
+  if (!SetError(Refusal("", "its name", true))) return false;
   Expand(*state_, at->second);
   RemoveKey(*state_, at->second, at->second.keys->ranks.At(*at->second.keys, n));
   return SaveUnlessCached();

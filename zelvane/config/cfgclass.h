@@ -54,7 +54,8 @@
 /// OUT OF MEMORY: the operation throws std::bad_alloc; the object stays consistent. The destructor never throws. The
 /// keys of a section are allocated at its first use, so a read can fail too.
 ///
-///     change    made completely or not at all, but perhaps not saved; a new section can exist without its key
+///     change    made completely or not at all, but perhaps not saved; a new section can exist without its key, and a
+///               line given to ParseLine without its entry
 ///     load      no file is open
 ///     save      the file stays open with its changes; this includes the save at the start of Open and Close
 ///
@@ -138,8 +139,9 @@ class ZELVANE_API CfgClass {
 
   /// Returns whether new header and key lines have upper-cased names: true here, false in RegCfgClass.
   virtual bool GetUpperCaseWriteCache();
-  /// Reads the file named by GetFileName() again into emptied caches. With `noLines` it indexes without keeping lines:
-  /// such an object can be read, but a save would write only the lines that it created itself.
+  /// Reads the file named by GetFileName() again into emptied caches; pending changes are dropped. With `noLines` it
+  /// indexes without keeping lines: such an object can be read, but a save would write only the lines that it created
+  /// itself.
   ///
   ///     false, error 2   the file could not be opened, or a read failed (GetErrorLine() is then the line being read);
   ///                      nothing is kept

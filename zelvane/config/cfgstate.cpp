@@ -164,7 +164,7 @@ void ForgetLines(CfgState& state) {
       record.line = state.lines.end();
     }
   }
-  state.detached.splice(state.detached.end(), values);
+  state.detached.swap(values);  // nothing refers to the former ones
   state.lines.clear();
 }
 

@@ -74,7 +74,6 @@ struct CfgState {
   bool modified = false;
   bool cached = false;
   void const* ownTable = nullptr;  // see RememberTable
-  bool usesOwnSteps = false;       // a subclass may have replaced a virtual hook
   bool hasBlocks = false;          // a section may be a block
   bool dropsLines = false;         // the load stopped at a syntax error and the lines after it are not backed up yet
   bool onlyNew = false;            // saves create the file and fail if it exists
