@@ -145,6 +145,20 @@ TEST_P(Outages, OfAClockThatWasSetBackHaveNoLength) {
   EXPECT_EQ(Rows(Answer(command_ + "--csv")), Model(events).csv) << "seed " << GetParam();
 }
 
+// Their week, month and year end after the last second of a 32-bit time.
+TEST(OutagesOfTheLastDays, AreInTheirPeriod) {
+  if (*ZELVANE_ZELCTL == '\0') GTEST_SKIP() << "built without the command";
+  test::Scratch const here;
+  here.Write("log", BytesOf({{2147483580, 1}, {2147483640, 2}}));
+  std::pair<char const*, char const*> const rows[] = {
+      {"day", "2038-01-19"}, {"week", "2038-01-18"}, {"month", "2038-01"}, {"year", "2038"}};
+  for (auto const& [period, from] : rows)
+    EXPECT_EQ(
+        Rows(Answer("log outages " + here.Path("log") + " --start 1 --end 2 --csv --by " + period + " | head -3")),
+        std::string("from,outages,seconds,longest\n") + from + ",1,60,60\n")
+        << period;
+}
+
 INSTANTIATE_TEST_SUITE_P(Seed, Outages, testing::Range(1U, 13U));
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include <sys/stat.h>
 
 #include <cstdint>
+#include <filesystem>
 #include <iostream>
 #include <map>
 
@@ -67,6 +68,10 @@ void CodeFile(Arguments const& arguments, Code code, Terminal const& terminal) {
   struct stat source = {};
   if (fstat(in.Descriptor(), &source) != 0) throw FileFailed(arguments.in);
   bool const isFile = S_ISREG(source.st_mode);
+  // Without its phrase OUT could never be read again.
+  std::error_code none;
+  if (std::filesystem::equivalent(arguments.out, arguments.phraseFile, none))
+    throw WrongUsage("OUT and --phrase-file must be different files");
   if (arguments.dryRun) {
     RequireWritable(arguments.out, source, arguments.overwrite);
     return TellOutput(arguments.out, LengthOf(in), true, terminal);

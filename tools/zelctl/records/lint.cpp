@@ -87,6 +87,7 @@ class Listener final : public CfgClass {
     std::string const text = Trim(line);
     if (line_ == 1 && line.compare(0, 3, "\xEF\xBB\xBF") == 0)
       return Add("encoding", "byte order mark: the programs read it as part of the line");
+    if (line.find('\0') != std::string::npos) Add("encoding", "NUL bytes: " + WithoutPassword(line, showPasswords_));
     if (text.empty() || strchr(";#'", text[0]) != nullptr) return;
     std::string lacking;
     std::optional<std::string> const latin1 = ToLatin1(text, "UTF-8", lacking);

@@ -28,7 +28,8 @@ std::int64_t FirstOf(int year, int month) {
   year += 1900 + month / 12;
   month = (month + 10) % 12;  // from March, so a leap day is the last of its year
   if (month >= 10) year--;
-  return (365 * year + year / 4 - year / 100 + year / 400 + (153 * month + 2) / 5 - 719468) * kDaySeconds;
+  std::int64_t const days = 365 * year + year / 4 - year / 100 + year / 400 + (153 * month + 2) / 5 - 719468;
+  return days * kDaySeconds;
 }
 
 }  // namespace
