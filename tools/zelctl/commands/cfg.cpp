@@ -169,8 +169,9 @@ void RequireNoneMoves(Arguments const& arguments, Terminal const& terminal) {
   for (auto const& [place, value] : ValuesOutside(*arguments.section, file)) {
     if (before.count(place) != 0) continue;
     std::string const key = terminal.Shown(place.second);
-    throw Failed(arguments.file + ": a repeated line of " + terminal.Shown(NameOf(arguments)) + " would become " +
-                 terminal.Shown(Header(place.first)) + " " + key + "; remove key " + key + " first");
+    std::string fault = arguments.file + ": a repeated line of " + terminal.Shown(NameOf(arguments));
+    fault.append(" would become ").append(terminal.Shown(Header(place.first))).append(" ").append(key);
+    throw Failed(fault.append("; remove key ").append(key).append(" first"));
   }
 }
 
