@@ -23,7 +23,7 @@ for program in "$build"/bench/bench_*; do
   [ -x "$program" ] && [ -f "$program" ] || continue
   number=100
   while read -r name; do
-    "$program" --benchmark_filter="^$name\$" --benchmark_repetitions=$repetitions --benchmark_min_time=0.1 \
+    "$program" --benchmark_filter="^${name//+/\\+}\$" --benchmark_repetitions=$repetitions --benchmark_min_time=0.1 \
       --benchmark_out_format=json --benchmark_out="$runs/$(basename "$program")-$number.json" >/dev/null 2>&1 </dev/null
     number=$((number + 1))
   done < <("$program" --benchmark_list_tests)

@@ -38,8 +38,9 @@ constexpr ByteTable kAnsiLower = MakeCaseTable(false);
 
 void TranslateInto(std::string& out, std::string_view text, ByteTable const& table) {
   out.resize(text.size());
-  char* to = out.data();  // a pointer of its own: the loop does not load that of `out` again after each byte
-  for (char const c : text) *to++ = static_cast<char>(table[static_cast<unsigned char>(c)]);
+  for (std::size_t i = 0; i < text.size(); i++) {
+    out[i] = static_cast<char>(table[static_cast<unsigned char>(text[i])]);
+  }
 }
 
 std::string Translate(std::string_view text, ByteTable const& table) {
