@@ -114,8 +114,8 @@ void RequireWholeLoad(std::string const& path, bool force) {
   FileState const state = InspectFile(path);
   std::string const fault = state.exists && !force ? BinaryFault(ReadText(path)) : "";
   if (!fault.empty())
-    throw Failed(path + ": not a text file: " + fault +
-                 "; use --force to save it anyway (the old file is copied to " + path + ".lost)");
+    throw Failed(path + ": not a text file: " + fault + "; use --force to save it anyway (the old file is copied to " +
+                 path + ".lost)");
   if (state.badLine != 0 && !force)
     throw Failed(StoppedAt(path, state.badLine) + ", and a save drops them. Run `zelctl cfg lint " + path +
                  "` to list them, or use --force (the old file is copied to " + path + ".lost)");
