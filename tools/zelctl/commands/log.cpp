@@ -142,7 +142,7 @@ std::vector<unsigned char> Load(RecordLog const& log, Terminal const& terminal) 
   auto const size = static_cast<std::size_t>(log.RecordSize());
   EventCheck check;
   for (std::size_t at = 0; at < bytes.size(); at += size)
-    check.See({at / size, StampOf(&bytes[at]), &bytes[at] + kStampSize, size - kStampSize});
+    check.See({at / size, StampOf(&bytes[at]), &bytes[at] + kStampSize, size - static_cast<std::size_t>(kStampSize)});
   check.Require(log);
   log.NoteDamage(terminal);
   return bytes;
