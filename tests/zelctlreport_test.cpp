@@ -72,7 +72,9 @@ std::vector<std::string> Elements(std::string const& page) {
 
 TEST_P(ReportFiles, AreTheExpectedOnes) {
   auto const& [file, command] = GetParam();
-  std::string const expected = ZELVANE_FIXTURES "/pictures/" + file;
+  // Packagers' tools take a page with long lines for one made from a source that is missing.
+  std::string const expected =
+      ZELVANE_FIXTURES "/pictures/" + file + (file.find(".html") != std::string::npos ? ".txt" : "");
   std::string const script = "cd '" + here_.Path() +
                              "' && TZ=UTC0 ZELVANE_TEST_NOW=1111910400 LD_PRELOAD=" ZELVANE_TEST_REDIRECT
                              " ASAN_OPTIONS=$ASAN_OPTIONS:verify_asan_link_order=0 " ZELVANE_ZELCTL " " +
