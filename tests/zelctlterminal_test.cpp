@@ -109,8 +109,8 @@ TEST(ZelctlTerminal, FoldsCellsNamesColumnsWithoutRoomAndEscapesControls) {
     unsigned short columns;
     char const* shown;
   } const rows[] = {
-      {"log show logevt.rgt --last 1", 30, "no room for CODE, TEXT, PAYLOAD; use a wider terminal or --json\r\n"},
-      {"log show logevt.rgt --last 1", 40, "no room for TEXT, PAYLOAD; use a wider terminal or --json\r\n"},
+      {"log show logevt.rgt --last 1", 30, "too narrow for CODE, TEXT, PAYLOAD; use a wider terminal or --json\r\n"},
+      {"log show logevt.rgt --last 1", 40, "too narrow for TEXT, PAYLOAD; use a wider terminal or --json\r\n"},
       {"--root . shutdown show shutMessage", 40, "  upscli.cfg:23\r\n"},
       {"b64 decode", 80, "\\x1B[31m\r\nb\r\n"},
       {"--root . shutdown show shutMessage mailFrom", 56,

@@ -159,7 +159,7 @@ void Terminal::PrintTable(Table const& rows) const {
 }
 
 void Terminal::NoteLeftOut(std::string const& columns) const {
-  Note("no room for " + columns + "; use a wider terminal or --json");
+  Note("too narrow for " + columns + "; use a wider terminal or --json");
 }
 
 void Terminal::PrintJson(Json const& value) const { std::cout << JsonText(value, 2) << '\n'; }
