@@ -14,14 +14,13 @@
 extern "C" char const* __tsan_default_suppressions();
 extern "C" char const* __tsan_default_suppressions() { return "race:tzset_internal\nrace:tzfile\nrace:__tz_convert\n"; }
 
-#ifdef __SANITIZE_ADDRESS__
-extern "C" void __asan_handle_no_return();
-#endif
+// There with the address sanitizer only.
+extern "C" __attribute__((weak)) void __asan_handle_no_return();
 
 namespace {
 
 constexpr int kThreads = 4;
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#ifdef ZELVANE_SANITIZED
 constexpr std::size_t kStack = 1 << 20;  // sanitizers make every frame larger
 #else
 constexpr std::size_t kStack = 32 * 1024;
@@ -43,7 +42,7 @@ struct Thread {
   }
 };
 
-// Runs the body in five threads that start together; each has its own number.
+// Runs the body in threads that start together; each has its own number.
 void InThreads(Body const& body) {
   std::atomic<int> waiting{kThreads};
   Thread threads[kThreads];
@@ -223,9 +222,8 @@ TEST(Threads, ACancelledThreadFinishesItsFunctions) {
       pthread_cancel(pthread_self());
       static_cast<Cancelled*>(argument)->CallAll("0");
       static_cast<Cancelled*>(argument)->done = true;
-#ifdef __SANITIZE_ADDRESS__
-      __asan_handle_no_return();  // forgets the marks of the frames that a cancellation leaves
-#endif
+      // Forgets the marks of the frames that a cancellation leaves.
+      if (__asan_handle_no_return != nullptr) __asan_handle_no_return();
       pthread_testcancel();
       return nullptr;
     }
