@@ -1,5 +1,6 @@
-// The page of `zelctl report` and the pictures of `zelctl log`, whole. fixtures/pictures/ has the expected files,
-// without the style sheet and the version of the program, and the rows of tables only once.
+// The page of `zelctl report` and the pictures of `zelctl log`, whole, and two parts of the manual page.
+// fixtures/pictures/ has the expected files, without the style sheet and the version of the program, and the rows of
+// tables only once.
 //
 // With ZELVANE_TRANSCRIBE set, the files are rewritten instead of compared: check the changes before you keep them.
 #include <gtest/gtest.h>
@@ -49,8 +50,9 @@ class ReportFiles : public testing::TestWithParam<std::pair<std::string, std::st
     fs::copy(ZELVANE_FIXTURES "/demo-root", here_.Path("demo"), fs::copy_options::recursive);
     here_.Write("months/logevt.rgt", Log(104, kDay + 9000));
     here_.Write("years/logevt.rgt", Log(40, 60 * kDay + 5 * 3600));
-    here_.Write("years/srvlist.cfg", "[SRVLIST]\n7 = 007\n8 = 008\n9 = 009\n");
-    for (char const* unit : {"008", "009"}) here_.Write(std::string("years/") + unit + "/upssrv.cfg", "");
+    here_.Write("years/srvlist.cfg", "[SRVLIST]\n7 = 007\n8 = 008\n9 = 009\n10 = 010\n");
+    for (char const* unit : {"008", "009", "010"}) here_.Write(std::string("years/") + unit + "/upssrv.cfg", "");
+    here_.Write("plan", std::string("\1\0\0\0\0\0\0C", 8));
     here_.Write("years/007/logevt.rgt", Log(6, kDay / 2 + 500));
   }
 
@@ -94,12 +96,13 @@ INSTANTIATE_TEST_SUITE_P(
     Made, ReportFiles,
     testing::Values(std::pair("demo.html", "report --root demo --out"),
                     std::pair("months.html", "report --root months --start 1 --end 2,4,6 --out"),
-                    std::pair("years.html", "report --root years --start 1 --end 2,4 --out"),
+                    std::pair("years.html", "report --root years --start 1 --end 2,4 --schedule plan --out"),
                     std::pair("outages-day.svg", "log outages demo/logevt.rgt --start 1 --end 2 --svg"),
                     std::pair("outages-month.svg", "log outages months/logevt.rgt --start 1 --end 2 --by month --svg"),
                     std::pair("outages-year.svg", "log outages years/logevt.rgt --start 1 --end 4 --by year --svg"),
                     std::pair("chart-day.svg", "log chart demo/logevt.rgt --code 1,3 --by day --svg"),
-                    std::pair("chart-hour.svg", "log chart years/logevt.rgt --by hour-of-day --svg")),
+                    std::pair("chart-hour.svg", "log chart years/logevt.rgt --by hour-of-day --svg"),
+                    std::pair("manual.txt", "help --manual | sed '/^.Ss \\(shutdown\\|digest\\)/,/^.Ss/!d' | tee")),
     [](auto const& row) { return std::regex_replace(row.param.first, std::regex("\\W"), "_"); });
 
 // The first byte that a page must not contain: a control character except a line feed, or the second byte of a C1
