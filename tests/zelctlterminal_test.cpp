@@ -35,15 +35,16 @@ class ZelctlCipher : public testing::Test {
   test::Scratch here_;
 };
 
-// Everything that the program writes on a terminal with `columns` columns.
+// Everything that appears on a terminal with `columns` columns while the program runs and `typed` is typed.
 std::string OnTerminal(std::string const& program, std::vector<std::string> const& arguments,
-                       unsigned short columns = 0) {
+                       unsigned short columns = 0, std::string const& typed = "") {
   int const terminal = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
   grantpt(terminal);
   unlockpt(terminal);
   int const slave = open(ptsname(terminal), O_RDWR | O_NOCTTY | O_CLOEXEC);
   winsize const size = {24, columns, 0, 0};
   ioctl(slave, TIOCSWINSZ, &size);
+  if (write(terminal, typed.data(), typed.size()) < 0) return "cannot type";
   pid_t const child = test::StartCommand(program, arguments, slave, slave);
   close(slave);
   std::string shown;
@@ -85,6 +86,19 @@ TEST(ZelctlTerminal, ErasesWhatItDrawsAndDrawsNothingForLittle) {
     std::string const shown = OnTerminal("/bin/sh", {"-c", "cd '" + here.Path() + "'; " + command, ZELVANE_ZELCTL});
     std::size_t const erased = shown.find("\x1B[K");
     EXPECT_EQ(shown.substr(0, erased == std::string::npos ? 0 : erased), drawn) << command << ": " << shown;
+  }
+}
+
+TEST(ZelctlTerminal, AsksBeforeItRemoves) {
+  if (*ZELVANE_ZELCTL == '\0') GTEST_SKIP() << "built without the command";
+  for (auto const& [typed, remains] :
+       {std::pair("n\n", true), {"\n", true}, {"y\n", false}, {"Y\n", false}, {"yes\n", false}}) {
+    test::Scratch const here;
+    std::string const file = here.Write("list", "[GROUPS]\n1 = a;-1\n2 = b;1\n");
+    std::string const command = ZELVANE_ZELCTL " browse remove group 1 --file " + file;
+    std::string const shown = OnTerminal("/bin/sh", {"-c", command + " <&1"}, 80, typed);
+    EXPECT_NE(shown.find("Continue? [y/N] "), std::string::npos) << typed << shown;
+    EXPECT_EQ(here.Read("list").find("1 = a") != std::string::npos, remains) << typed << shown;
   }
 }
 
