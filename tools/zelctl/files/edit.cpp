@@ -329,7 +329,9 @@ Option DryRun(Writing& writing) {
 
 Option Yes(Writing& writing) { return Flag("--yes", &writing.yes, "Do not ask; required without a terminal"); }
 
-Option Overwrite(bool& overwrite) { return Flag("--overwrite", &overwrite, "Replace OUT if it exists"); }
+Option Overwrite(Replacing& replacing) {
+  return Flag("--overwrite", &replacing.any, "Replace OUT if it exists; never settings, logs and schedules");
+}
 
 Option DryOutput(bool& dryRun) {
   return Flag("--dry-run", &dryRun, "Write nothing; show how many bytes OUT would have");
@@ -443,7 +445,7 @@ std::string KeepAsLost(std::string const& path) {
   Input in(path, path);
   struct stat source = {};
   if (fstat(in.Descriptor(), &source) != 0) throw FileFailed(path);
-  Output out(kept, source, false);
+  Output out(kept, source, {});
   char piece[65536];
   while (std::size_t const got = in.Fill(piece, sizeof piece)) out.Write(piece, got);
   out.Keep();

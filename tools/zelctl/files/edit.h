@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "files/output.h"
 #include "files/scratch.h"
 #include "terminal/option.h"
 
@@ -28,7 +29,7 @@ Option DryRun(Writing& writing);
 Option Yes(Writing& writing);
 
 // For a command that writes a file OUT.
-Option Overwrite(bool& overwrite);
+Option Overwrite(Replacing& replacing);
 Option DryOutput(bool& dryRun);
 // Reports how many bytes were written, or would be.
 void TellOutput(std::string const& path, std::uint64_t bytes, bool dryRun, Terminal const& terminal);

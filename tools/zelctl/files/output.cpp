@@ -60,9 +60,16 @@ Failed AlreadyExists(std::string const& path) {
   return Failed(path + ": already exists; use --overwrite to replace it");
 }
 
+bool HasProductName(std::filesystem::path const& path, std::string const& own) {
+  if (path.filename() == ".zelvane") return true;
+  for (std::string const ending : {".cfg", ".conf", ".rgt", ".dat"})
+    if (ending != own && path.extension() == ending) return true;
+  return false;
+}
+
 }  // namespace
 
-void RequireNew(std::string const& path, bool overwrite) {
+void RequireNew(std::string const& path, Replacing const& replacing) {
   struct stat link = {};
   struct stat file = {};
   if (stat(path.c_str(), &file) == 0 && S_ISDIR(file.st_mode)) throw FileFailed(path, EISDIR);
@@ -70,23 +77,27 @@ void RequireNew(std::string const& path, bool overwrite) {
   if (lstat(path.c_str(), &link) != 0) return;
   if (stat(path.c_str(), &file) != 0)
     throw errno == ENOENT ? Failed(path + ": is a link to a missing file") : FileFailed(path);
-  if (!overwrite && S_ISREG(file.st_mode)) throw AlreadyExists(path);
+  if (!S_ISREG(file.st_mode)) return;
+  // Also through a link.
+  if (HasProductName(path, replacing.own) || HasProductName(std::filesystem::canonical(path), replacing.own))
+    throw Failed(path + ": has the name of a settings file, log or schedule, and is not replaced; use another name");
+  if (!replacing.any) throw AlreadyExists(path);
 }
 
-void RequireWritable(std::string const& path, struct stat const& source, bool overwrite) {
+void RequireWritable(std::string const& path, struct stat const& source, Replacing const& replacing) {
   struct stat old = {};
   bool const exists = stat(path.c_str(), &old) == 0;
   if (exists && old.st_dev == source.st_dev && old.st_ino == source.st_ino)
     throw WrongUsage("IN and OUT must be different files");
-  RequireNew(path, overwrite);
+  RequireNew(path, replacing);
   // A rename could replace a file that the user may not write. That is not intended.
   std::string const folder = path.substr(0, path.rfind('/') + 1);
   if (access(exists ? path.c_str() : folder.empty() ? "." : folder.c_str(), W_OK) != 0) throw FileFailed(path);
 }
 
-Output::Output(std::string const& path, struct stat const& source, bool overwrite)
-    : path_(path), overwrite_(overwrite), file_(nullptr, fclose) {
-  RequireWritable(path, source, overwrite);
+Output::Output(std::string const& path, struct stat const& source, Replacing const& replacing)
+    : path_(path), overwrite_(replacing.any), file_(nullptr, fclose) {
+  RequireWritable(path, source, replacing);
   struct stat old = {};
   bool const exists = stat(path.c_str(), &old) == 0;
   int const fd =
