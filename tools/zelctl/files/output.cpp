@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <filesystem>
 
+#include "files/heldsignals.h"
 #include "files/input.h"
 
 namespace {
@@ -16,8 +17,9 @@ namespace {
 char const* volatile g_unfinished = nullptr;
 
 extern "C" void RemoveUnfinished(int number) {
-  // On return the signal has its default action again.
   if (g_unfinished != nullptr) unlink(g_unfinished);
+  // Not SA_RESETHAND: a second signal could then end the process before this function runs.
+  signal(number, SIG_DFL);
   raise(number);
 }
 
@@ -28,7 +30,6 @@ void RemoveWhenStopped() {
     sigaction(number, nullptr, &action);
     if (action.sa_handler == SIG_IGN) continue;
     action.sa_handler = RemoveUnfinished;
-    action.sa_flags = static_cast<int>(SA_RESETHAND);
     sigaction(number, &action, nullptr);
   }
 }
@@ -143,13 +144,14 @@ int Output::MakeBeside(struct stat const* old) {
   // A link stays a link.
   target_ = old != nullptr ? std::filesystem::canonical(path_).string() : path_;
   unfinished_ = target_ + ".XXXXXX";
+  RemoveWhenStopped();
+  HeldSignals const held;  // until g_unfinished has the name
   int const fd = mkostemp(unfinished_.data(), O_CLOEXEC);
   if (fd < 0) {
     unfinished_.clear();
     return fd;
   }
   g_unfinished = unfinished_.c_str();
-  RemoveWhenStopped();
   mode_t const mask = umask(0);
   umask(mask);
   mode_t mode = old != nullptr ? old->st_mode & 0777 : 0666 & ~mask;
