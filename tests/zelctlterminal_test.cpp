@@ -35,9 +35,9 @@ class ZelctlCipher : public testing::Test {
   test::Scratch here_;
 };
 
-// Everything that the program writes on a terminal with `columns` columns.
+// Everything that the program writes on a terminal with `columns` columns. `typed` answers a prompt for a password.
 std::string OnTerminal(std::string const& program, std::vector<std::string> const& arguments,
-                       unsigned short columns = 0) {
+                       unsigned short columns = 0, std::string typed = "") {
   int const terminal = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
   grantpt(terminal);
   unlockpt(terminal);
@@ -48,8 +48,12 @@ std::string OnTerminal(std::string const& program, std::vector<std::string> cons
   close(slave);
   std::string shown;
   char piece[4096];
-  for (ssize_t got = 0; (got = read(terminal, piece, sizeof piece)) > 0;)
+  for (ssize_t got = 0; (got = read(terminal, piece, sizeof piece)) > 0;) {
     shown.append(piece, static_cast<std::size_t>(got));
+    if (shown.find("Password: ") == std::string::npos) continue;
+    EXPECT_EQ(write(terminal, typed.data(), typed.size()), static_cast<ssize_t>(typed.size()));
+    typed.clear();
+  }
   close(terminal);
   waitpid(child, nullptr, 0);
   return shown;
@@ -74,7 +78,7 @@ TEST_F(ZelctlCipher, LeavesNoOutputWhenStopped) {
   int const writer = open(pipe.c_str(), O_WRONLY | O_CLOEXEC);  // once the command reads
   for (int tries = 0; tries < 10000 && here_.List().size() == 2; tries++) usleep(1000);
   EXPECT_EQ(here_.List().size(), 3U) << "a part of the output";
-  kill(child, SIGTERM);
+  for (int i = 0; i < 2; i++) kill(child, SIGTERM);  // as timeout(1) does
   int status = 0;
   waitpid(child, &status, 0);
   close(writer);
@@ -122,6 +126,16 @@ TEST(ZelctlTerminal, FoldsCellsNamesColumnsWithoutRoomAndEscapesControls) {
     std::string const found = OnTerminal("/bin/sh", {"-c", line + command}, columns);
     EXPECT_NE(found.find(shown), std::string::npos) << command << " at " << columns << ": " << found;
   }
+}
+
+TEST(ZelctlTerminal, AnEmptyLineIsNoPassword) {
+  if (*ZELVANE_ZELCTL == '\0') GTEST_SKIP() << "built without the command";
+  test::Scratch const here;
+  std::string const command =
+      "HOME=. exec setsid -wc " ZELVANE_ZELCTL " shutdown set mailPassword=- --root " + here.Path("") + " <&1";
+  std::string const shown = OnTerminal("/bin/sh", {"-c", command}, 80, "\n");
+  EXPECT_NE(shown.find("no password was typed"), std::string::npos) << command << ": " << shown;
+  EXPECT_EQ(here.List(), std::vector<std::string>{}) << command;
 }
 
 }  // namespace

@@ -371,9 +371,10 @@ void SalvageText(Arguments const& arguments, Terminal& terminal) {
   TextDamage const found = InspectText(text);
   struct stat const source = StatusOf(arguments.file);
   RequireWritable(arguments.out, source, arguments.replacing);
+  std::string const kept = WithoutNul(text);
+  if (kept.empty()) throw Failed(arguments.file + ": no text to save");
   if (!arguments.dryRun) {
     Output file(arguments.out, source, arguments.replacing);
-    std::string const kept = WithoutNul(text);
     file.Write(kept.data(), kept.size());
     file.Keep();
   }
@@ -400,6 +401,22 @@ std::vector<unsigned char> Rescued(RecordLog const& log, Terminal const& termina
   return whole;
 }
 
+// Throws Failed if none is left, or if those of an event log are something else. Returns their number.
+std::uint64_t RequireSaved(std::vector<unsigned char> const& bytes, Damage const& damage, RecordLog const& log,
+                           Arguments const& arguments) {
+  auto const size = static_cast<std::size_t>(log.RecordSize());
+  EventCheck check;
+  std::uint64_t saved = 0;
+  for (std::size_t i = 0; i < damage.isLeftOut.size(); i++) {
+    if (damage.isLeftOut[i]) continue;
+    unsigned char const* const record = &bytes[i * size];
+    check.See({saved++, StampOf(record), record + kStampSize, size - kStampSize});
+  }
+  if (saved == 0) throw Failed(log.Path() + ": no record to save");
+  if (!arguments.size) check.Require(log);
+  return saved;
+}
+
 void WriteRecords(std::vector<unsigned char> const& bytes, Damage const& damage, std::uint64_t recordSize,
                   struct stat const& source, Arguments const& arguments) {
   auto const size = static_cast<std::size_t>(recordSize);
@@ -417,8 +434,8 @@ void Salvage(Arguments const& arguments, Terminal& terminal) {
   RequireWritable(out, source, arguments.replacing);
   std::vector<unsigned char> const bytes = Rescued(log, terminal);
   Damage const damage(bytes, log.RecordSize());
+  std::uint64_t const saved = RequireSaved(bytes, damage, log, arguments);
   if (!arguments.dryRun) WriteRecords(bytes, damage, log.RecordSize(), source, arguments);
-  auto const saved = static_cast<std::uint64_t>(std::count(damage.isLeftOut.begin(), damage.isLeftOut.end(), false));
   Json::Object row = {{"file", FileName{out}}, {"records", saved}, {"tornBytes", log.Torn()}};
   std::string leftOut;
   for (Fault const& fault : {damage.zero, damage.doubled, damage.mixed}) {

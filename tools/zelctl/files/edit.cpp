@@ -111,21 +111,24 @@ std::vector<Difference> Differences(std::vector<std::string> before, std::vector
   return differences;
 }
 
+bool IsConfiguration(Edit const& edit) { return !edit.asLines; }
+
 struct Counts {
   std::uint64_t changed = 0;
   std::uint64_t added = 0;
   std::uint64_t removed = 0;
 };
 
-// A removed line next to an added one counts as changed.
-Counts CountsOf(std::vector<Difference> const& differences) {
+// A removed line next to an added one counts as changed, unless `separate`.
+Counts CountsOf(std::vector<Difference> const& differences, bool separate) {
   Counts counts;
   std::uint64_t gone = 0;
   std::uint64_t come = 0;
   auto const settle = [&] {
-    counts.changed += std::min(gone, come);
-    counts.removed += gone - std::min(gone, come);
-    counts.added += come - std::min(gone, come);
+    std::uint64_t const pairs = separate ? 0 : std::min(gone, come);
+    counts.changed += pairs;
+    counts.removed += gone - pairs;
+    counts.added += come - pairs;
     gone = come = 0;
   };
   for (Difference const& difference : differences) {
@@ -143,7 +146,7 @@ std::string ShortName(std::string const& file) {
 }
 
 std::string Summary(std::vector<Difference> const& differences, Edit const& edit) {
-  Counts const counts = CountsOf(differences);
+  Counts const counts = CountsOf(differences, !IsConfiguration(edit));
   std::string text;
   auto const add = [&](std::uint64_t number, std::string const& what) {
     if (number == 0) return;
@@ -237,8 +240,6 @@ void RequireReadable(std::string const& file) {
 }
 
 // ---- The steps of a change ----
-
-bool IsConfiguration(Edit const& edit) { return !edit.asLines; }
 
 // `stops` is set if the load of a file stops at a bad line.
 std::vector<Changed> FilesBefore(Edit const& edit, bool force, bool& stops) {
