@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <functional>
 
 #include "support/command.h"
 #include "support/vectors.h"
@@ -35,9 +36,10 @@ class ZelctlCipher : public testing::Test {
   test::Scratch here_;
 };
 
-// Everything that the program writes on a terminal with `columns` columns. `typed` answers a prompt for a password.
+// Everything that the program writes on a terminal with `columns` columns. `answer` is called at a prompt
+// and returns what the user types.
 std::string OnTerminal(std::string const& program, std::vector<std::string> const& arguments,
-                       unsigned short columns = 0, std::string typed = "") {
+                       unsigned short columns = 0, std::function<std::string()> const& answer = {}) {
   int const terminal = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
   grantpt(terminal);
   unlockpt(terminal);
@@ -48,11 +50,14 @@ std::string OnTerminal(std::string const& program, std::vector<std::string> cons
   close(slave);
   std::string shown;
   char piece[4096];
+  bool answered = false;
   for (ssize_t got = 0; (got = read(terminal, piece, sizeof piece)) > 0;) {
     shown.append(piece, static_cast<std::size_t>(got));
-    if (shown.find("Password: ") == std::string::npos) continue;
+    if (answered || (shown.find("Password: ") == std::string::npos && shown.find("[y/N] ") == std::string::npos))
+      continue;
+    std::string const typed = answer ? answer() : "";
     EXPECT_EQ(write(terminal, typed.data(), typed.size()), static_cast<ssize_t>(typed.size()));
-    typed.clear();
+    answered = true;
   }
   close(terminal);
   waitpid(child, nullptr, 0);
@@ -128,14 +133,28 @@ TEST(ZelctlTerminal, FoldsCellsNamesColumnsWithoutRoomAndEscapesControls) {
   }
 }
 
-TEST(ZelctlTerminal, AnEmptyLineIsNoPassword) {
+TEST(ZelctlTerminal, OnlyAnAnswerThatIsMeantChangesTheFile) {
   if (*ZELVANE_ZELCTL == '\0') GTEST_SKIP() << "built without the command";
   test::Scratch const here;
-  std::string const command =
-      "HOME=. exec setsid -wc " ZELVANE_ZELCTL " shutdown set mailPassword=- --root " + here.Path("") + " <&1";
-  std::string const shown = OnTerminal("/bin/sh", {"-c", command}, 80, "\n");
-  EXPECT_NE(shown.find("no password was typed"), std::string::npos) << command << ": " << shown;
-  EXPECT_EQ(here.List(), std::vector<std::string>{}) << command;
+  std::string const other = "[CLILIST]\n1 = a;b;1\n2 = c;d;1\n";
+  struct {
+    char const* command;
+    char const* typed;
+    char const* shown;
+  } const rows[] = {{"shutdown set mailPassword=-", "\n", "no password was typed"},
+                    {"server clear", "n\n", "zelctl: nothing changed"},
+                    {"server clear", "y\n", "changed by another program meanwhile"}};
+  for (auto const& [command, typed, shown] : rows) {
+    here.Write("upscli.cfg", "[CLILIST]\n1 = a;b;1\n");
+    std::string const line = std::string("HOME=. exec setsid -wc " ZELVANE_ZELCTL " --root ") + here.Path("");
+    auto const answer = [&here, &other, answered = typed] {
+      here.Write("upscli.cfg", other);
+      return std::string(answered);
+    };
+    std::string const found = OnTerminal("/bin/sh", {"-c", line + " " + command + " <&1"}, 80, answer);
+    EXPECT_NE(found.find(shown), std::string::npos) << command << ": " << found;
+    EXPECT_EQ(here.Read("upscli.cfg"), other) << command;
+  }
 }
 
 }  // namespace

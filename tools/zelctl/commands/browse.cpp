@@ -329,7 +329,7 @@ void Remove(Kind const& kind, Arguments const& arguments, Terminal const& termin
     Rehearsal const rehearsal({{file}, {}}, terminal);
     gone = RemoveFrom(At(file), [&](void* list) { return kind.remove(list, id, true); });
   }
-  if (kind.kind == BrowseKind::kGroup) RequireConsent(file + ": removes " + InWords(gone), arguments.writing);
+  if (kind.kind == BrowseKind::kGroup) RequireConsent(file, "removes " + InWords(gone), arguments.writing);
   bool const done = Change(file, arguments, terminal, [&](void* list) { return kind.remove(list, id, true); });
   if (done) PrintGone(gone, terminal);
 }
@@ -338,7 +338,7 @@ void Clear(Arguments const& arguments, Terminal const& terminal) {
   std::string const file = arguments.File();
   RequireWholeLoad(file, arguments.writing.force);
   Gone const gone = CountsOf(Open(file).get());
-  if (gone != Gone{}) RequireConsent(file + ": removes " + InWords(gone), arguments.writing);
+  if (gone != Gone{}) RequireConsent(file, "removes " + InWords(gone), arguments.writing);
   bool const done = Change(file, arguments, terminal, [&gone](void* list) {
     if (gone == Gone{}) return 1;
     return ClearBrwsNobreaksList(list, false) != 0 && ClearBrwsComputersList(list, false) != 0 &&

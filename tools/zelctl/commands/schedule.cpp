@@ -201,9 +201,9 @@ void Clear(Arguments const& arguments, Terminal const& terminal) {
   std::vector<reg_proglist> const entries = Entries(before);
   // Another file is refused, or copied with --force.
   if (!entries.empty() && ScheduleFault(entries, Torn(file)).empty())
-    RequireConsent(
-        file + ": removes " + Counted(entries.size(), "date") + ", the last " + TimeText(entries.back().dateTime),
-        arguments.writing);
+    RequireConsent(file,
+                   "removes " + Counted(entries.size(), "date") + ", the last " + TimeText(entries.back().dateTime),
+                   arguments.writing);
   std::size_t removed = 0;
   bool const done = Change(arguments, true, terminal, [&removed](ProgList& list, bool) {
     removed = Entries(list).size();

@@ -127,7 +127,7 @@ void Clear(Arguments const& arguments, Terminal const& terminal) {
   for (std::size_t i = 0; i < std::min(servers.size(), kMostNames); i++)
     names += (i == 0 ? ": " : ", ") + terminal.Shown(servers[i].item.serverName);
   if (servers.size() > kMostNames) names += ", ...";
-  if (count > 0) RequireConsent(File() + ": removes " + Counted(count, "server") + names, arguments.writing);
+  if (count > 0) RequireConsent(File(), "removes " + Counted(count, "server") + names, arguments.writing);
   bool const done = Make({{File()}}, arguments.writing, terminal, [&] {
     errno = 0;
     if (ClearServerList(Open().get()) == 0) throw Failed(CannotWrite(File(), errno));

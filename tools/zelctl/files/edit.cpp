@@ -343,14 +343,17 @@ void TellOutput(std::string const& path, std::uint64_t bytes, bool dryRun, Termi
   terminal.PrintText(path + ": " + Counted(bytes, "byte") + (dryRun ? " would be written" : " written"));
 }
 
-void RequireConsent(std::string const& what, Writing const& writing) {
+void RequireConsent(std::string const& file, std::string const& what, Writing const& writing) {
   if (writing.yes || writing.dryRun) return;
-  if (isatty(STDIN_FILENO) == 0 || isatty(STDERR_FILENO) == 0) throw WrongUsage(what + "; use --yes to confirm");
-  Complain(what);
+  std::string const told = file + ": " + what;
+  if (isatty(STDIN_FILENO) == 0 || isatty(STDERR_FILENO) == 0) throw WrongUsage(told + "; use --yes to confirm");
+  Bytes const before = BytesOf(file);
+  Complain(told);
   std::cerr << "Continue? [y/N] " << std::flush;
   std::string answer;
   std::getline(std::cin, answer);
   if (answer != "y" && answer != "Y" && answer != "yes") throw Failed("nothing changed");
+  if (BytesOf(file) != before) throw Failed(file + ": was changed by another program meanwhile; run the command again");
 }
 
 std::string At(std::string const& path) {
