@@ -62,7 +62,7 @@ void AddOption(CLI::App& app, Option const& option, Terminal& terminal) {
   if (option.values.second > 0) added->expected(option.values.first, option.values.second);
   if (option.separated) added->delimiter(',')->allow_extra_args(false);  // an argument can follow
   if (!option.words.empty()) added->check(OneOf(option.words));
-  if (option.filled)
+  if (option.filled || option.IsFile())
     added->check([](std::string const& text) { return std::string(text.empty() ? "must not be empty" : ""); }, "", "");
 }
 

@@ -31,7 +31,6 @@ struct Arguments {
 
 // Throws Failed if that is unknown.
 fs::file_type TypeOf(std::string const& file) {
-  RequireName("FILE", file);
   std::error_code error;
   fs::file_type const type = fs::status(file, error).type();
   if (type == fs::file_type::none) throw Failed(CannotRead(file, error.value()));

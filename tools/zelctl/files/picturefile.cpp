@@ -8,7 +8,7 @@
 Options PictureFile::Asked(char const* name, char const* help) {
   return {Flag("--overwrite", &replacing.any, "Replace the file if it exists"),
           Flag("--dry-run", &dryRun, "Write nothing; show what would be written").Needs(name),
-          Value(name, &path, "FILE", help).Filled()};
+          Value(name, &path, "FILE", help)};
 }
 
 void PictureFile::RequireFree(std::string const& source) const {
