@@ -453,6 +453,7 @@ std::string KeepAsLost(std::string const& path) {
   char piece[65536];
   while (std::size_t const got = in.Fill(piece, sizeof piece)) out.Write(piece, got);
   out.Keep();
+  if (chown(kept.c_str(), source.st_uid, source.st_gid) != 0) errno = 0;  // the user's own copy then
   return kept;
 }
 

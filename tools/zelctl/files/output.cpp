@@ -101,8 +101,8 @@ Output::Output(std::string const& path, struct stat const& source, Replacing con
   RequireWritable(path, source, replacing);
   struct stat old = {};
   bool const exists = stat(path.c_str(), &old) == 0;
-  int const fd =
-      exists && !S_ISREG(old.st_mode) ? OpenDevice(path, S_ISFIFO(old.st_mode)) : MakeBeside(exists ? &old : nullptr);
+  int const fd = exists && !S_ISREG(old.st_mode) ? OpenDevice(path, S_ISFIFO(old.st_mode))
+                                                 : MakeBeside(exists ? &old : nullptr, source);
   if (fd >= 0) file_.reset(fdopen(fd, "wb"));
   if (file_ == nullptr) throw FileFailed(path_);
 }
@@ -139,8 +139,9 @@ void Output::TakeName() {
   if (rename(from, to) != 0) throw FileFailed(path_);
 }
 
-// Creates the new file with the owner and mode of the one that it replaces.
-int Output::MakeBeside(struct stat const* old) {
+// Creates the new file with the owner and mode of the one that it replaces, otherwise readable by no more users than
+// the source, which can have passwords.
+int Output::MakeBeside(struct stat const* old, struct stat const& source) {
   // A link stays a link.
   target_ = old != nullptr ? std::filesystem::canonical(path_).string() : path_;
   unfinished_ = target_ + ".XXXXXX";
@@ -154,7 +155,8 @@ int Output::MakeBeside(struct stat const* old) {
   g_unfinished = unfinished_.c_str();
   mode_t const mask = umask(0);
   umask(mask);
-  mode_t mode = old != nullptr ? old->st_mode & 0777 : 0666 & ~mask;
+  mode_t const fresh = S_ISREG(source.st_mode) ? (source.st_mode & 0666) | S_IWUSR : 0666;
+  mode_t mode = old != nullptr ? old->st_mode & 0777 : fresh & ~mask;
   // Another group must not get the old group's permissions.
   if (old != nullptr && fchown(fd, old->st_uid, old->st_gid) != 0) mode &= ~static_cast<mode_t>(S_IRWXG);
   fchmod(fd, mode);

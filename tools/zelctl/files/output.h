@@ -43,7 +43,7 @@ class Output {
   void Keep();
 
  private:
-  int MakeBeside(struct stat const* old);
+  int MakeBeside(struct stat const* old, struct stat const& source);
   void TakeName();
 
   std::string path_;
