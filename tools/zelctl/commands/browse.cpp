@@ -341,11 +341,10 @@ void Clear(Arguments const& arguments, Terminal const& terminal) {
   Gone const gone = CountsOf(Open(file).get());
   if (gone != Gone{}) RequireConsent(file, "removes " + InWords(gone), arguments.writing);
   bool const done = Change(file, arguments, terminal, [&gone](void* list) {
-    if (gone == Gone{}) return 1;
-    return ClearBrwsNobreaksList(list, false) != 0 && ClearBrwsComputersList(list, false) != 0 &&
-                   ClearBrwsGroupsList(list, true) != 0
-               ? 1
-               : 0;
+    bool const cleared =
+        gone == Gone{} || (ClearBrwsNobreaksList(list, false) != 0 && ClearBrwsComputersList(list, false) != 0 &&
+                           ClearBrwsGroupsList(list, true) != 0);
+    return cleared ? 1 : 0;
   });
   if (done && (terminal.json || gone != Gone{})) PrintGone(gone, terminal);
 }

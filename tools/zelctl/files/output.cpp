@@ -79,8 +79,9 @@ void RequireNew(std::string const& path, Replacing const& replacing) {
   if (stat(path.c_str(), &file) != 0)
     throw errno == ENOENT ? Failed(path + ": is a link to a missing file") : FileFailed(path);
   if (!S_ISREG(file.st_mode)) return;
-  // Also through a link.
-  if (HasProductName(path, replacing.own) || HasProductName(std::filesystem::canonical(path), replacing.own))
+  std::error_code none;
+  std::filesystem::path const target = std::filesystem::canonical(path, none);  // a link can have any name
+  if (HasProductName(path, replacing.own) || HasProductName(target, replacing.own))
     throw Failed(path + ": has the name of a settings file, log or schedule, and is not replaced; use another name");
   if (!replacing.any) throw AlreadyExists(path);
 }

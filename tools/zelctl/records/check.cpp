@@ -105,9 +105,11 @@ class Checker {
     std::vector<std::string> names;
     for (auto const& [name, keys] : known) names.push_back(name);
     std::map<std::string, KeyLine> first;
-    for (auto const& [place, line] : lines_)
-      if (known.count(place.first) == 0 && line.line < first.try_emplace(place.first, line).first->second.line)
-        first[place.first] = line;
+    for (auto const& [place, line] : lines_) {
+      if (known.count(place.first) != 0) continue;
+      KeyLine& earliest = first.try_emplace(place.first, line).first->second;
+      if (line.line < earliest.line) earliest = line;
+    }
     for (auto const& [name, line] : first)
       if (std::string const meant = name.empty() ? "" : DidYouMean(name, names); !meant.empty())
         Add(line, "unknown-section", "no program reads the keys of [" + name + "]" + meant);
