@@ -188,7 +188,9 @@ std::vector<std::string> OptionNames(CLI::App const& command) {
 
 // A word that the command does not take.
 std::string Unexpected(std::string const& word, CLI::App const& command, std::string const& path) {
-  std::string const nearest = word[0] == '-' ? DidYouMean(word, OptionNames(command)) : "";
+  std::vector<std::string> const names = OptionNames(command);
+  if (std::find(names.begin(), names.end(), word) != names.end()) return word + ": put it after `" + path + "`";
+  std::string const nearest = word[0] == '-' ? DidYouMean(word, names) : "";
   return "unexpected argument \"" + word + "\"" + nearest + (nearest.empty() ? "; see" : " See") + " `" + path +
          " --help`";
 }
