@@ -94,8 +94,9 @@ int Run(int argc, char** argv) {
 int main(int argc, char** argv) {
   try {
     HoldStreams();
-    // A limit on file sizes is then a failure with a reason. The signal would leave temporary files.
-    signal(SIGXFSZ, SIG_IGN);
+    // A limit on file sizes is then a failure with a reason; the signal's own action would leave temporary files. An
+    // ignored signal would stay ignored in the programs that the command starts.
+    signal(SIGXFSZ, [](int) {});
     return Run(argc, argv);
   } catch (WrongUsage const& error) {
     Complain(error.what());
