@@ -410,7 +410,7 @@ std::uint64_t RequireSaved(std::vector<unsigned char> const& bytes, Damage const
   for (std::size_t i = 0; i < damage.isLeftOut.size(); i++) {
     if (damage.isLeftOut[i]) continue;
     unsigned char const* const record = &bytes[i * size];
-    check.See({saved++, StampOf(record), record + kStampSize, size - kStampSize});
+    check.See({saved++, StampOf(record), record + kStampSize, size - static_cast<std::size_t>(kStampSize)});
   }
   if (saved == 0) throw Failed(log.Path() + ": no record to save");
   if (!arguments.size) check.Require(log);

@@ -103,6 +103,7 @@ class Checker {
   // Programs can have sections of their own, so only those that resemble a known one are reported.
   void Sections(std::map<std::string, std::vector<std::string>> const& known) {
     std::vector<std::string> names;
+    names.reserve(known.size());
     for (auto const& [name, keys] : known) names.push_back(name);
     std::map<std::string, KeyLine> first;
     for (auto const& [place, line] : lines_) {
@@ -110,9 +111,12 @@ class Checker {
       KeyLine& earliest = first.try_emplace(place.first, line).first->second;
       if (line.line < earliest.line) earliest = line;
     }
-    for (auto const& [name, line] : first)
-      if (std::string const meant = name.empty() ? "" : DidYouMean(name, names); !meant.empty())
-        Add(line, "unknown-section", "no program reads the keys of [" + name + "]" + meant);
+    for (auto const& [name, line] : first) {
+      std::string reason = name.empty() ? "" : DidYouMean(name, names);
+      if (reason.empty()) continue;
+      reason.insert(0, "no program reads the keys of [" + name + "]");
+      Add(line, "unknown-section", reason);
+    }
   }
 
   // A value of a record as the file would have it.
