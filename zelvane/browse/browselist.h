@@ -22,7 +22,7 @@
 /// written since the list was opened are lost. The functions that remove an entry together with what belongs to it
 /// always flush, once, at the end. The first flush with something to write creates a missing file.
 ///
-/// RESULTS are 1 for success and 0 for failure. The functions name failures of their own. Every function fails
+/// RESULTS are 1 for success and 0 for failure. Each function names the failures that only it has. Every function fails
 ///
 /// - for a null handle or record;
 /// - if the file could not be read when the list was opened: the list has no entries and takes none;

@@ -151,8 +151,8 @@ class ZELVANE_API CfgClass {
   /// (error 0), returns true and writes nothing. If the write fails, returns false (error 2); the changes stay marked
   /// as modified, so a later call tries again.
   virtual bool SaveFile();
-  /// Empty the index or the lines. Neither touches the file or marks the object as modified. Error 0; called as a hook
-  /// of another operation they leave its code unchanged.
+  /// Empty the index or the lines. Neither touches the file or marks the object as modified. Error 0. Called as a hook
+  /// of another operation, they leave its code unchanged.
   virtual void ClearReadCache();
   virtual void ClearWriteCache();
   /// Adds one line, without its line feed: keeps it (unless `noLines`) as the last one and indexes it. A key belongs to
@@ -164,7 +164,7 @@ class ZELVANE_API CfgClass {
   virtual bool InsertSection(std::string const& name, LinePosition const* line, bool create);
   /// Adds a key to `section`, after `previous` (the end of its keys: after none). With `create`, creates its line after
   /// the section's last key or else after its header; otherwise `line` is its position. Null section, previous or
-  /// required line: error 1. Indexed already: error 3. Nothing is changed then.
+  /// required line, or the end of the sections: error 1. Indexed already: error 3. Nothing is changed then.
   virtual bool InsertKey(std::string const& key, std::string const& value, SectionPosition const* section,
                          KeyPosition const* previous, LinePosition const* line, bool create);
   /// Returns true if the section is indexed. Stores its position, or the end of the sections, in `position` (can be
@@ -230,6 +230,7 @@ class ZELVANE_API CfgClass {
   virtual bool EraseSection(char const* name);
   virtual bool EraseSection(std::string const& name);
   virtual bool EraseSection();
+  /// Returns the number of sections; the unnamed one counts if it exists. 0 without an open file (error 0).
   virtual unsigned long GetSectionCount();
   /// Returns the upper-cased name of the n-th section in ascending order, counted from 0; "" if out of range (error 0).
   virtual std::string GetSectionName(unsigned long n);
@@ -253,7 +254,7 @@ class ZELVANE_API CfgClass {
   virtual bool DeleteKey(char const* key);
   virtual bool DeleteKey(std::string const& key);
   virtual bool DeleteKey(unsigned long n);
-  /// Returns 0 for a section that does not exist; null: error 1, 0.
+  /// Returns the number of keys; 0 for a section that does not exist. Null: error 1, 0.
   virtual unsigned long GetKeyCount(char const* section);
   virtual unsigned long GetKeyCount(std::string const& section);
   virtual unsigned long GetKeyCount();

@@ -90,7 +90,9 @@ class ZELVANE_API ProcManager {
   /// Reads the table again, with the `ps` found in PATH. Returns false with an empty table if `ps` cannot be started:
   /// no pipe, no process, no such command.
   virtual bool Update();
+  /// Empties the table: the next query reads it again.
   virtual void Clear();
+  /// Returns the number of entries.
   virtual unsigned long GetProcCount();
   /// Returns the entry at `index`, counted from 0; null if there is none.
   virtual ProcClass* GetProcByIndex(unsigned long index);

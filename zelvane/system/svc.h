@@ -127,7 +127,9 @@ class ZELVANE_API SvcManager {
   /// "/usr/local/etc/rc.d/". Returns whether there are any services. When memory runs out, returns false with an empty
   /// table.
   virtual bool Update();
+  /// Empties the table: the next query reads it again.
   virtual void Clear();
+  /// Returns the number of entries.
   virtual unsigned long GetSvcCount();
   /// Returns the entry at `index`, counted from 0; null if there is none.
   virtual SvcClass* GetSvcByIndex(unsigned long index);
