@@ -13,9 +13,9 @@
 /// them equal. The file date is the time of the last change: it tells a program whether its copy is current.
 ///
 /// INVALID ENTRIES are skipped: their identifiers count as free, and a new entry can replace them. A computer without
-/// an address is one: it can be added, but is not read back and does not keep its identifier. Entries whose key is
-/// spelled as the library does not write it ("007") are read by position and keep their identifier, but no function
-/// below finds, changes or removes them.
+/// an address is invalid: it can be added, but is not read back and does not keep its identifier. The library writes
+/// keys without leading zeros. An entry with another spelling ("007") is read by position and keeps its identifier, but
+/// no function below finds, changes or removes it.
 ///
 /// CHANGES stay in the handle until a flush. With `flush` true the function flushes before it returns 1, which then
 /// means on disk. A flush replaces the whole file with the list in this handle: changes that another program has

@@ -54,8 +54,8 @@
 /// OUT OF MEMORY: the operation throws std::bad_alloc; the object stays consistent. The destructor never throws. The
 /// keys of a section are allocated at its first use, so a read can fail too.
 ///
-///     change    made completely or not at all, but perhaps not saved; a new section can exist without its key, and a
-///               line given to ParseLine without its entry
+///     change    made completely or not at all, but perhaps not saved; a new section can exist without its key, and
+///               ParseLine can keep a line that it does not index
 ///     load      no file is open
 ///     save      the file stays open with its changes; this includes the save at the start of Open and Close
 ///
@@ -139,9 +139,8 @@ class ZELVANE_API CfgClass {
 
   /// Returns whether new header and key lines have upper-cased names: true here, false in RegCfgClass.
   virtual bool GetUpperCaseWriteCache();
-  /// Reads the file named by GetFileName() again into emptied caches; pending changes are dropped. With `noLines` it
-  /// indexes without keeping lines: such an object can be read, but a save would write only the lines that it created
-  /// itself.
+  /// Drops pending changes, empties the caches and reads the file GetFileName() again. With `noLines` it indexes
+  /// without keeping lines: such an object can be read, but a save would write only the lines that it created itself.
   ///
   ///     false, error 2   the file could not be opened, or a read failed (GetErrorLine() is then the line being read);
   ///                      nothing is kept
@@ -220,7 +219,8 @@ class ZELVANE_API CfgClass {
   virtual bool SetSection(std::string const& name);
   /// Returns that name as it was given; "" at first and after Close. Error 0.
   virtual std::string GetSection();
-  virtual bool SectionExists(char const* name);  ///< null: error 1, false
+  /// Returns whether the section exists; false without an open file (error 0). Null: error 1, false.
+  virtual bool SectionExists(char const* name);
   virtual bool SectionExists(std::string const& name);
   virtual bool SectionExists();
   /// Removes the section: its header line and the lines of its indexed keys. Comments, repeated keys and repeated
@@ -241,7 +241,8 @@ class ZELVANE_API CfgClass {
   /// Null section, null or empty key: error 1 and false.
   /// @{
 
-  virtual bool KeyExists(char const* section, char const* key);  ///< no open file: error 5, false
+  /// Returns whether the key exists. No open file: error 5, false.
+  virtual bool KeyExists(char const* section, char const* key);
   virtual bool KeyExists(std::string const& section, std::string const& key);
   virtual bool KeyExists(char const* key);
   virtual bool KeyExists(std::string const& key);
@@ -333,6 +334,7 @@ class ZELVANE_API CfgClass {
   /// in memory, and a later Flush tries again.
   /// @{
 
+  /// Writes the value as given.
   virtual bool WriteStr(char const* section, char const* key, char const* value);
   virtual bool WriteStr(std::string const& section, std::string const& key, std::string const& value);
   virtual bool WriteStr(char const* key, char const* value);

@@ -58,7 +58,8 @@ class ZELVANE_API SvcClass {
   /// script. Also returns false if the shell could not be started.
   bool Restart(long timeout1, long timeout2);
 
-  /// The name; the same for display; the path of the script; the script's own description ("" if it has none).
+  /// Return the name, the name for display (the same), the path of the script, and the script's own description ("" if
+  /// it has none).
   std::string GetName() const;
   std::string GetDisplayName() const;
   std::string GetFileName() const;
