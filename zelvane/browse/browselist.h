@@ -39,7 +39,7 @@
 ///
 /// Numbers have 32 bits: the low 32 bits of a wider `long` count. Arrays from the caller need no NUL: the library reads
 /// at most the array. Arrays that the library fills in are cut to fit, with NUL in the last byte. The next load drops
-/// blanks around a name. One thread at a time may use a handle. No function throws.
+/// blanks before a name and keeps those after it. One thread at a time may use a handle. No function throws.
 #ifndef ZELVANE_BROWSE_BROWSELIST_H
 #define ZELVANE_BROWSE_BROWSELIST_H
 
