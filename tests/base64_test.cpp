@@ -82,8 +82,7 @@ TEST(Base64, AgreesWithTheNaiveCodecInBytesAndCalls) {
       text.replace(pick(text.size()), pick(3), 1 + pick(3), pick(3) == 0 ? '=' : static_cast<char>(pick(256)));
     ASSERT_TRUE(decoder.LoadFromBuf(text.data(), text.size()));
     ASSERT_EQ(Result(decoder), NaiveDecode(text, calls)) << "round " << round << ": " << text;
-    encoder.SetProgress(nullptr);
-    encoder.LoadFromBuf("a", 1);
+    encoder.SetProgress(nullptr), encoder.LoadFromBuf("a", 1);
     ASSERT_EQ(recorder.calls, round % 10 == 0 ? calls : Calls()) << "round " << round << ": " << text;
   }
 }
@@ -159,9 +158,8 @@ TEST(Base64, Files) {
   EXPECT_EQ(scratch.Read("text"), "abc");
   EXPECT_NONE(codec.EncodeFile(scratch.Path("missing"), text), codec.EncodeFile(plain, ""));
   EXPECT_EACH((Result(codec)), "YWJj");
-  char buffer[9];
-  std::string out;
-  EXPECT_EACH((codec.EncodeFile(plain, text), Result(codec), codec.EncodeStr("a", buffer, 9), Result(codec),
+  std::string out(9, '?');
+  EXPECT_EACH((codec.EncodeFile(plain, text), Result(codec), codec.EncodeStr("a", out.data(), 9), Result(codec),
                codec.EncodeStr(std::string("a"), out), Result(codec), codec.SaveToFile(text), scratch.Read("text")),
               true, "", true, "", true, "", true, "");
 }

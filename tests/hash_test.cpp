@@ -52,11 +52,6 @@ TEST(Hash, InitLoadsTheStartValuesAndNothingToCalcLeavesThem) {
   EXPECT_EQ(Hex(State(hash, 40)), "0123456789abcdeffedcba98765432101032547698badcfeefcdab8967452301674523010f1e2d3c");
 }
 
-TEST(Hash, TheManagerDoesNothing) {
-  HashManager manager;
-  EXPECT_EACH((manager.GetDigest(), manager.GetDigestString(1), manager.GetDigestSize()), "", "", 0);
-}
-
 TEST(Hash, PaddingEndsTheLastBlockWithALengthOf32Bits) {
   std::tuple<std::uint32_t, size_t, size_t, char const*> const rows[] = {
       // bytes before; bytes, blocks, length in bits
