@@ -82,6 +82,7 @@ TEST(Base64, AgreesWithTheNaiveCodecInBytesAndCalls) {
       text.replace(pick(text.size()), pick(3), 1 + pick(3), pick(3) == 0 ? '=' : static_cast<char>(pick(256)));
     ASSERT_TRUE(decoder.LoadFromBuf(text.data(), text.size()));
     ASSERT_EQ(Result(decoder), NaiveDecode(text, calls)) << "round " << round << ": " << text;
+    encoder.SetProgress(nullptr), encoder.LoadFromBuf("a", 1);
     ASSERT_EQ(recorder.calls, round % 10 == 0 ? calls : Calls()) << "round " << round << ": " << text;
   }
 }
@@ -92,7 +93,9 @@ TEST(Base64, ABufferIsFilledToItsSize) {
   EXPECT_NONE(codec.DecodeStr("Zm9", buffer, 6), codec.DecodeStr(nullptr, buffer, 6));
   ASSERT_TRUE(codec.LoadFromBuf("YWIAYw==", 8));  // "ab\0c"
   EXPECT_NONE(codec.LoadFromBuf(nullptr, 3), codec.LoadFromBuf("foo", 0), codec.LoadFromFile("/dev/zero"));
-  EXPECT_NONE(codec.SaveToStr(nullptr, 6), codec.SaveToStr(buffer, 0), codec.SaveToBuf(buffer, 0));
+  buffer[0] = '?';
+  EXPECT_NONE(codec.SaveToStr(nullptr, 6), codec.SaveToStr(buffer + 1, 0), codec.SaveToBuf(buffer, 0));
+  EXPECT_EQ(buffer[0], '?');
   std::tuple<size_t, size_t, std::string> const rows[] = {{3, 3, {"ab\0...ab\0...", 12}},  // as bytes, then as text
                                                           {4, 4, {"ab\0c..ab\0\0..", 12}},
                                                           {6, 4, {"ab\0c\0\0ab\0c\0\0", 12}}};
@@ -153,6 +156,12 @@ TEST(Base64, Files) {
   EncodeBase64 codec;
   EXPECT_ALL(codec.LoadFromFile(plain), codec.SaveToFile(text), DecodeBase64().DecodeFile(text, text));
   EXPECT_EQ(scratch.Read("text"), "abc");
+  EXPECT_NONE(codec.EncodeFile(scratch.Path("missing"), text), codec.EncodeFile(plain, ""));
+  EXPECT_EACH((Result(codec)), "YWJj");
+  std::string out(9, '?');
+  EXPECT_EACH((codec.EncodeFile(plain, text), Result(codec), codec.EncodeStr("a", out.data(), 9), Result(codec),
+               codec.EncodeStr(std::string("a"), out), Result(codec), codec.SaveToFile(text), scratch.Read("text")),
+              true, "", true, "", true, "", true, "");
 }
 
 }  // namespace

@@ -155,6 +155,8 @@ TEST_F(BrowseList, AFailedFlushShowsInTheResultAndKeepsTheChange) {
   for (char const change : {'r', 'o'}) EXPECT_EQ(Do(change, kNobreak, {-1, "", 0}, true), 1) << "nothing to write";
   for (Kind const kind : kKinds)
     for (char const change : {'s', 'a', 'c', 'o', 'r', 'a'}) EXPECT_EQ(Do(change, kind, r, true), 0) << change << kind;
+  void* const lost = OpenBrwsList(nullptr);
+  EXPECT_EACH((UpdateBrwsFileDate(lost, false), CloseBrwsList(lost)), 1, 0);
   std::filesystem::create_directories(root.Root());
   EXPECT_EQ(CloseBrwsList(list_), 1);
   list_ = OpenBrwsList("");

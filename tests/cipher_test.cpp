@@ -122,6 +122,7 @@ TEST(Cipher, WithoutAKeyOrABufferNothingHappens) {
   EXPECT_STREQ(text, "unchanged");
   for (int const flag : {-1, 32, 31}) keyed.SetFlag(flag, true);
   EXPECT_EACH((keyed.GetFlag(-1), keyed.GetFlag(32), keyed.GetFlag(31), keyed.GetFlag(0)), false, false, true, false);
+  EXPECT_TRUE(keyed.EncodeBuffer("12345678", text, 8)) << "its key stays";
   keyed.GetContext(nullptr, nullptr, nullptr), keyed.CipherClass::GetContext(nullptr, nullptr, nullptr);
 }
 

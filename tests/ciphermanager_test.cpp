@@ -32,6 +32,8 @@ TEST(CipherManager, WhatCannotBeDoneFails) {
   Scratch s;
   std::string const text = Bytes(5000), source = s.Write("source", text), kept = s.Write("kept", "old");
   ASSERT_EACH((symlink(source.c_str(), s.Path("soft").c_str()), link(source.c_str(), s.Path("hard").c_str())), 0);
+  HashManager hashes;
+  EXPECT_EACH((hashes.GetDigest(), hashes.GetDigestString(1), hashes.GetDigestSize()), "", "", 0);
   CipherManager bare;
   Keyed unkeyed(nullptr), keyed;
   char bytes[] = "12345678";
@@ -97,6 +99,10 @@ TEST(CipherManager, EveryFormDoesTheSame) {
   EXPECT_EACH((s.Read("coded"), s.Read("back")), Encoded(text), text);
   EXPECT_NONE(m.EncodeFile(nullptr, coded.c_str()), m.DecodeFile(source.c_str(), nullptr));
   EXPECT_EACH((m.InitKey(std::string("open sesame"), nullptr), m.GetMode()), true, CIPHER_CHAINED);
+  m.SetMode(CIPHER_CODE_BOOK);
+  CipherMode const current = m.GetCipherObject()->GetMode();
+  m.SetAlgorithm(CIPHER_SAFER_SK64);
+  EXPECT_EACH((current, m.GetCipherObject()->GetMode()), CIPHER_CODE_BOOK) << "of the cipher, and of a new one";
 }
 
 }  // namespace

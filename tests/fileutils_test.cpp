@@ -5,6 +5,7 @@
 
 #include "support/child.h"
 #include "support/processes.h"
+#include "support/settings.h"
 #include "support/test.h"
 
 namespace {
@@ -49,6 +50,21 @@ TEST(Places, HomeAndTemporaryFolders) {
   Scratch scratch;
   Set("TMP", scratch.Path());
   EXPECT_EQ(GetTmpFileName().size(), scratch.Path("tmpXXXXXX").size());
+  Set("TMP", "/proc");  // takes no files
+  EXPECT_EQ(GetTmpFileName(), "/proc/tmpXXXXXX");
+}
+
+TEST(Places, ProgramThatCannotBeReadHasItsNameInTheCurrentDirectory) {
+  Scratch scratch;
+  std::string const exe = GetExeName(), name = ExtractFileName(exe);
+  fs::path const before = fs::current_path();
+  fs::current_path(scratch.Path());
+  test::g_refused = exe.c_str();
+  EXPECT_EQ(GetExeName(), "");
+  scratch.Write(name, "");
+  test::g_refused = exe.c_str();
+  EXPECT_EQ(GetExeName(), scratch.Path(name));
+  fs::current_path(before);
 }
 
 // ---- Permissions ----

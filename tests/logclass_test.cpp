@@ -93,7 +93,7 @@ class RecordLog : public testing::Test {
 TEST_F(RecordLog, TheFileIsStampsAndPayloads) {
   EXPECT_ALL(log.WriteReg(0x01020304, "abcd", 4), log.WriteReg(-1, "\0\xFFyz", 4));
   EXPECT_EQ(ReadFile(path), std::string("\4\3\2\1abcd\xFF\xFF\xFF\xFF\0\xFFyz", 16));
-  EXPECT_EQ(LogClass().SetFile(nullptr), 1);
+  EXPECT_EACH((LogClass().SetFile(nullptr), LogClass().ClearFile()), 1, 0);
   EXPECT_NONE(log.WriteReg(1, nullptr, 4), log.WriteReg(1, "abcd", 4294967292));
   long const before = GetDateTime();
   long when = 0;
@@ -102,6 +102,8 @@ TEST_F(RecordLog, TheFileIsStampsAndPayloads) {
   char byte = 0;
   EXPECT_EACH((log.ClearFile(), log.WriteReg("x", 1), log.ReadFileReg(0, &when, &byte, 1), byte), true, true, true,
               'x');
+  log.SetFile(scratch.Path());
+  EXPECT_EACH((log.ClearFile(), log.GetFileRegCount(0)), 0) << "a directory";
 }
 
 TEST_F(RecordLog, OnlyWholeRecordsCount) {
@@ -113,6 +115,7 @@ TEST_F(RecordLog, OnlyWholeRecordsCount) {
     WriteFile(path, bytes);
     log.UnloadFile();
     log.SetBuffer(bytes.data(), length);
+    EXPECT_FALSE(sizeof size > 4 && log.SetBuffer(bytes.data(), ULONG_MAX)) << "and the buffer stays";
     for (unsigned long const found : {log.GetFileRegCount(size), log.GetRegCount(size), log.LoadFile(size)})
       EXPECT_EQ(found, count) << length << " by " << size;
   }

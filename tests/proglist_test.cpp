@@ -76,7 +76,7 @@ TEST_F(Schedule, UncachedChangesAreWrittenAtOnce) {
   for (long index : {-1L, 2L, LONG_MIN, LONG_MAX}) EXPECT_FALSE(list.GetRegByIndex(index, &next)) << index;
   EXPECT_NONE(list.GetRegByIndex(0, nullptr), list.AddReg(nullptr), list.RemReg(nullptr));
   list.SetCached(true);
-  EXPECT_TRUE(list.ClearList());
+  EXPECT_ALL(list.ClearList(), list.SetFile(scratch.Path("other")));
   EXPECT_EQ(test::ReadFile(path), Bytes({now + 60, now + kDay}));
 }
 

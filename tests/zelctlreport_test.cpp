@@ -67,7 +67,7 @@ class ReportFiles : public testing::TestWithParam<std::pair<std::string, std::st
     here_.Write("odd/srvlist.cfg", "[SRVLIST]\n7 = 007\n8 = 008\n");
     here_.Write("odd/upscli.cfg", "[SHUTSRV]\nZELSRV = a;b\n");
     here_.Write("odd/007/logevt.rgt/other.rgt", "");
-    here_.Write("odd/007/other.rgt", "other");
+    here_.Write("odd/007/other.rgt", Record(kStart, 3, "later") + Record(kStart - 1, 3, "earlier") + "torn");
     here_.Write("odd/008/logevt.rgt", Record(kStart, 2, "Mains back"));
     here_.Write("odd/008/upssrv.cfg/other.cfg", "");
     here_.Write("odd/list.cfg",
@@ -123,9 +123,11 @@ INSTANTIATE_TEST_SUITE_P(
                     std::pair("chart-day.svg", "log chart demo/logevt.rgt --code 1,3 --by day --svg"),
                     std::pair("chart-hour.svg", "log chart years/logevt.rgt --by hour-of-day --svg"),
                     std::pair("odd.html", "report --root odd --out made >/dev/null; test $? = 1 #"),
+                    std::pair("odd-verify.txt", "log verify odd/007/other.rgt | tee"),
                     std::pair("odd-status.txt", "status --root odd | grep -v versions | tee"),
                     std::pair("odd-status.json", "status --root odd --json | grep -v versions | tee"),
-                    std::pair("odd-outages.txt", "log outages odd/008/logevt.rgt --start 1 --end 2 2>&1 | tee"),
+                    std::pair("odd-outages.txt", "log outages odd/logevt.rgt --start 1 --end 2 2>&1 | tee"),
+                    std::pair("odd-none.txt", "log outages odd/008/logevt.rgt --start 1 --end 2 2>&1 | tee"),
                     std::pair("odd-tree.txt", "browse tree --file odd/list.cfg | tee"),
                     std::pair("odd-tree.json", "browse tree --file odd/list.cfg --json | tee"),
                     std::pair("manual.txt", "help --manual | sed '/^.Ss \\(shutdown\\|digest\\)/,/^.Ss/!d' | tee")),

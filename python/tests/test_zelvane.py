@@ -1,4 +1,5 @@
 """The package: each class on the fixtures of the C++ tests and a copy of their demo-root."""
+import copy
 import datetime
 import os
 import pathlib
@@ -74,7 +75,8 @@ ERRORS = {
         'BrowseList(root / "none.cfg").add_group("a;b")', 'log.append(300, "x" * 63)', "log.append(65536)",
         'EventLog(root / "logevt.rgt", limit=0)'],
     TypeError: ['config.update(POPUP={"A": "b", "B": 5})', "popup.update(TEXT=None)",
-        'BrowseList(root / "none.cfg").edit(Group(1 << 32, "a"))', "EventLog.verify(None)", "iter(Language(1))"],
+        'BrowseList(root / "none.cfg").edit(Group(1 << 32, "a"))', "EventLog.verify(None)", "iter(Language(1))",
+        "copy.copy(log)", "copy.copy(config)", 'copy.copy(BrowseList(root / "none.cfg"))'],
     zelvane.ConfigError: ["config.close() or list(config)"],
     FileNotFoundError: ['Config(root / "none.cfg")', 'Config("")', 'ShutdownSettings.defaults(root / "none").save()',
         'EventLog(root / "none.rgt")', 'Cipher("x").decrypt_file(root / "none", root / "out")',

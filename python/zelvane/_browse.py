@@ -4,6 +4,7 @@ from __future__ import annotations
 import datetime
 from collections.abc import Iterator
 from dataclasses import dataclass, field
+from typing import NoReturn
 
 from ._config import FilePath
 from ._zelvane import Browse, root
@@ -163,3 +164,6 @@ class BrowseList:
 
     def __exit__(self, *_: object) -> None:
         self.close()
+
+    def __reduce__(self) -> NoReturn:
+        raise TypeError("an open file cannot be copied or pickled")

@@ -4,7 +4,7 @@ from __future__ import annotations
 import datetime
 import os
 from collections.abc import Iterator, Mapping, MutableMapping
-from typing import Union
+from typing import NoReturn, Union
 
 from ._zelvane import File
 
@@ -188,3 +188,6 @@ class Config(MutableMapping[str, Section]):
 
     def __exit__(self, *_: object) -> None:
         self.close()
+
+    def __reduce__(self) -> NoReturn:
+        raise TypeError("an open file cannot be copied or pickled")

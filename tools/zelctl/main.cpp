@@ -1,11 +1,13 @@
 // zelctl: the library's functions on the command line.
 #include <errno.h>
 #include <fcntl.h>
+#include <signal.h>
 #include <string.h>
 #include <unistd.h>
 
 #include <exception>
 #include <iostream>
+#include <new>
 #include <streambuf>
 #include <string>
 
@@ -92,10 +94,16 @@ int Run(int argc, char** argv) {
 int main(int argc, char** argv) {
   try {
     HoldStreams();
+    // A limit on file sizes is then a failure with a reason; the signal's own action would leave temporary files. An
+    // ignored signal would stay ignored in the programs that the command starts.
+    signal(SIGXFSZ, [](int) {});
     return Run(argc, argv);
   } catch (WrongUsage const& error) {
     Complain(error.what());
     return kWrongUsage;
+  } catch (std::bad_alloc const&) {
+    Complain("out of memory");
+    return kFailed;
   } catch (std::exception const& error) {
     Complain(error.what());
     return kFailed;

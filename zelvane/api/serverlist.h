@@ -75,8 +75,8 @@ ZELVANE_API int RemServerListItem(void* list, ServerListItem const* item);
 /// such entry or the save fails, because callers rely on it.
 ZELVANE_API int RemServerListItem2(void* list, unsigned int key);
 
-/// Removes the whole section. Returns 1 if it is saved, or there was none. Returns 0 for a null handle, and if the save
-/// fails.
+/// Removes the whole section. Returns 1 if the change is saved, or if there is no section. Returns 0 for a null handle,
+/// and if the save fails.
 ZELVANE_API int ClearServerList(void* list);
 
 /// Saves changes that an earlier save could not write, and frees the handle. Returns 1, or 0 for a null handle.

@@ -13,16 +13,16 @@
 /// them equal. The file date is the time of the last change: it tells a program whether its copy is current.
 ///
 /// INVALID ENTRIES are skipped: their identifiers count as free, and a new entry can replace them. A computer without
-/// an address is one: it can be added, but is not read back and does not keep its identifier. Entries whose key is
-/// spelled as the library does not write it ("007") are read by position and keep their identifier, but no function
-/// below finds, changes or removes them.
+/// an address is invalid: it can be added, but is not read back and does not keep its identifier. The library writes
+/// keys without leading zeros. An entry with another spelling ("007") is read by position and keeps its identifier, but
+/// no function below finds, changes or removes it.
 ///
 /// CHANGES stay in the handle until a flush. With `flush` true the function flushes before it returns 1, which then
 /// means on disk. A flush replaces the whole file with the list in this handle: changes that another program has
 /// written since the list was opened are lost. The functions that remove an entry together with what belongs to it
 /// always flush, once, at the end. The first flush with something to write creates a missing file.
 ///
-/// RESULTS are 1 for success and 0 for failure. The functions name failures of their own. Every function fails
+/// RESULTS are 1 for success and 0 for failure. Each function names the failures that only it has. Every function fails
 ///
 /// - for a null handle or record;
 /// - if the file could not be read when the list was opened: the list has no entries and takes none;
@@ -39,7 +39,7 @@
 ///
 /// Numbers have 32 bits: the low 32 bits of a wider `long` count. Arrays from the caller need no NUL: the library reads
 /// at most the array. Arrays that the library fills in are cut to fit, with NUL in the last byte. The next load drops
-/// blanks around a name. One thread at a time may use a handle. No function throws.
+/// blanks before a name and keeps those after it. One thread at a time may use a handle. No function throws.
 #ifndef ZELVANE_BROWSE_BROWSELIST_H
 #define ZELVANE_BROWSE_BROWSELIST_H
 

@@ -54,8 +54,8 @@
 /// OUT OF MEMORY: the operation throws std::bad_alloc; the object stays consistent. The destructor never throws. The
 /// keys of a section are allocated at its first use, so a read can fail too.
 ///
-///     change    made completely or not at all, but perhaps not saved; a new section can exist without its key, and a
-///               line given to ParseLine without its entry
+///     change    made completely or not at all, but perhaps not saved; a new section can exist without its key, and
+///               ParseLine can keep a line that it does not index
 ///     load      no file is open
 ///     save      the file stays open with its changes; this includes the save at the start of Open and Close
 ///
@@ -139,9 +139,8 @@ class ZELVANE_API CfgClass {
 
   /// Returns whether new header and key lines have upper-cased names: true here, false in RegCfgClass.
   virtual bool GetUpperCaseWriteCache();
-  /// Reads the file named by GetFileName() again into emptied caches; pending changes are dropped. With `noLines` it
-  /// indexes without keeping lines: such an object can be read, but a save would write only the lines that it created
-  /// itself.
+  /// Drops pending changes, empties the caches and reads the file GetFileName() again. With `noLines` it indexes
+  /// without keeping lines: such an object can be read, but a save would write only the lines that it created itself.
   ///
   ///     false, error 2   the file could not be opened, or a read failed (GetErrorLine() is then the line being read);
   ///                      nothing is kept
@@ -151,8 +150,8 @@ class ZELVANE_API CfgClass {
   /// (error 0), returns true and writes nothing. If the write fails, returns false (error 2); the changes stay marked
   /// as modified, so a later call tries again.
   virtual bool SaveFile();
-  /// Empty the index or the lines. Neither touches the file or marks the object as modified. Error 0; called as a hook
-  /// of another operation they leave its code unchanged.
+  /// Empty the index or the lines. Neither touches the file or marks the object as modified. Error 0. Called as a hook
+  /// of another operation, they leave its code unchanged.
   virtual void ClearReadCache();
   virtual void ClearWriteCache();
   /// Adds one line, without its line feed: keeps it (unless `noLines`) as the last one and indexes it. A key belongs to
@@ -164,7 +163,7 @@ class ZELVANE_API CfgClass {
   virtual bool InsertSection(std::string const& name, LinePosition const* line, bool create);
   /// Adds a key to `section`, after `previous` (the end of its keys: after none). With `create`, creates its line after
   /// the section's last key or else after its header; otherwise `line` is its position. Null section, previous or
-  /// required line: error 1. Indexed already: error 3. Nothing is changed then.
+  /// required line, or the end of the sections: error 1. Indexed already: error 3. Nothing is changed then.
   virtual bool InsertKey(std::string const& key, std::string const& value, SectionPosition const* section,
                          KeyPosition const* previous, LinePosition const* line, bool create);
   /// Returns true if the section is indexed. Stores its position, or the end of the sections, in `position` (can be
@@ -220,7 +219,8 @@ class ZELVANE_API CfgClass {
   virtual bool SetSection(std::string const& name);
   /// Returns that name as it was given; "" at first and after Close. Error 0.
   virtual std::string GetSection();
-  virtual bool SectionExists(char const* name);  ///< null: error 1, false
+  /// Returns whether the section exists; false without an open file (error 0). Null: error 1, false.
+  virtual bool SectionExists(char const* name);
   virtual bool SectionExists(std::string const& name);
   virtual bool SectionExists();
   /// Removes the section: its header line and the lines of its indexed keys. Comments, repeated keys and repeated
@@ -230,6 +230,7 @@ class ZELVANE_API CfgClass {
   virtual bool EraseSection(char const* name);
   virtual bool EraseSection(std::string const& name);
   virtual bool EraseSection();
+  /// Returns the number of sections; the unnamed one counts if it exists. 0 without an open file (error 0).
   virtual unsigned long GetSectionCount();
   /// Returns the upper-cased name of the n-th section in ascending order, counted from 0; "" if out of range (error 0).
   virtual std::string GetSectionName(unsigned long n);
@@ -240,7 +241,8 @@ class ZELVANE_API CfgClass {
   /// Null section, null or empty key: error 1 and false.
   /// @{
 
-  virtual bool KeyExists(char const* section, char const* key);  ///< no open file: error 5, false
+  /// Returns whether the key exists. No open file: error 5, false.
+  virtual bool KeyExists(char const* section, char const* key);
   virtual bool KeyExists(std::string const& section, std::string const& key);
   virtual bool KeyExists(char const* key);
   virtual bool KeyExists(std::string const& key);
@@ -253,7 +255,7 @@ class ZELVANE_API CfgClass {
   virtual bool DeleteKey(char const* key);
   virtual bool DeleteKey(std::string const& key);
   virtual bool DeleteKey(unsigned long n);
-  /// Returns 0 for a section that does not exist; null: error 1, 0.
+  /// Returns the number of keys; 0 for a section that does not exist. Null: error 1, 0.
   virtual unsigned long GetKeyCount(char const* section);
   virtual unsigned long GetKeyCount(std::string const& section);
   virtual unsigned long GetKeyCount();
@@ -332,6 +334,7 @@ class ZELVANE_API CfgClass {
   /// in memory, and a later Flush tries again.
   /// @{
 
+  /// Writes the value as given.
   virtual bool WriteStr(char const* section, char const* key, char const* value);
   virtual bool WriteStr(std::string const& section, std::string const& key, std::string const& value);
   virtual bool WriteStr(char const* key, char const* value);

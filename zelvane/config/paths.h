@@ -38,17 +38,18 @@ ZELVANE_API int SetZelvanePath(char const* path);
 /// Returns the file that a symbolic name means. Any other name is returned unchanged. Returns "" if an argument is
 /// null, or if the root is temporarily unknown (see above).
 ///
-///     //LOGEVTFILE// logevt.rgt  //LOGHISTHORA// loghora.rgt    //LOGHISTDIA// logdia.rgt    //LOGHISTMES// logmes.rgt
-///     //UPSPOWEROFFFILE// poweroff.rgt    //UPSPOWERONFILE// poweron.rgt    //UPSSRVCFG// upssrv.cfg
-///                                                                                         in the working directory
-///     //LOGDOCSAVE// logsave.rgt   //LOGDOCCLOSE// logclose.rgt   //UPSCLICFG// upscli.cfg   //USBHIDCFG// usbhid.cfg
-///                                                                                         in the root
-///     //BASEDIR//rest              the root, then the rest
-///     //UPSCONFIGDIR//rest         the working directory, then the rest
+///     in the working directory: //LOGEVTFILE//       logevt.rgt      //UPSPOWEROFFFILE//  poweroff.rgt
+///                               //LOGHISTHORA//      loghora.rgt     //UPSPOWERONFILE//   poweron.rgt
+///                               //LOGHISTDIA//       logdia.rgt      //UPSSRVCFG//        upssrv.cfg
+///                               //LOGHISTMES//       logmes.rgt
+///     in the root:              //LOGDOCSAVE//       logsave.rgt     //UPSCLICFG//        upscli.cfg
+///                               //LOGDOCCLOSE//      logclose.rgt    //USBHIDCFG//        usbhid.cfg
+///     a prefix:                 //BASEDIR//NAME      the root, then NAME
+///                               //UPSCONFIGDIR//NAME the working directory, then NAME
 ///
 /// Names match only as a whole (the last two: as a prefix) and only in upper case. The working directory is `directory`
 /// as given; no "/" is added, so it must end in one. If `directory` is a decimal number of 0 or more within 32 bits,
-/// the working directory is the directory of that unit in the root: "3" is ROOT3/.
+/// the working directory is the one with that name in the root. The number is not padded: unit 7 is "007" (upslist.h).
 ZELVANE_API std::string ParseMacroFileName(char const* name, char const* directory);
 }
 

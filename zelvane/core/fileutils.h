@@ -58,9 +58,9 @@ ZELVANE_API std::string ExcludePathDelimiter(std::string const& path);
 /// Callers pass this value; any other gives the same result.
 enum UserPathKind : int { UserPathHome = 1 };
 
-/// Returns the full path of the running program: the target of /proc/self/exe. If that cannot be read (the program's
-/// file was replaced or deleted), returns the name it was started with, looked up in the current directory. Returns ""
-/// if neither is readable.
+/// Returns the full path of the running program: the target of /proc/self/exe. If that file cannot be read (it was
+/// replaced or deleted), returns the path of the file in the current directory that has the name with which the program
+/// was started. Returns "" if that cannot be read either.
 ZELVANE_API std::string GetExeName(bool = false);
 
 /// Returns the environment variable HOME with a trailing "/" (an empty HOME returns "/"). Returns "~", without a slash,
@@ -80,17 +80,17 @@ ZELVANE_API std::string GetTmpFileName(bool = false);
 
 /// @name File permissions
 ///
-/// Found by trying, because mode bits are not decisive (root, read-only mounts).
+/// The functions open the file to find out: mode bits do not decide (root, read-only mounts).
 /// @{
 
-/// Returns true if the file can be opened for reading. Directories can. False for null. Never blocks (FIFO, serial
-/// line) and changes nothing.
+/// Returns true if the file or directory can be opened for reading; false for null. Never blocks (FIFO, serial line)
+/// and changes nothing.
 ZELVANE_API bool FilePermToRead(char const* path);
 ZELVANE_API bool FilePermToRead(std::string const& path);
 
-/// Returns true if the file can be opened for reading and for appending. Creates and changes nothing, so a missing file
-/// is not writable. Nor is a file that this user may write but not read, because the programs always read a file first.
-/// False for directories, for null and for a FIFO without a reader.
+/// Returns true if the file can be opened for reading and for appending. Creates and changes nothing. False for null, a
+/// missing file, a directory, and a FIFO without a reader. Also false for a file that this user may write but not read:
+/// the programs always read a file first.
 ZELVANE_API bool FilePermToWrite(char const* path);
 ZELVANE_API bool FilePermToWrite(std::string const& path);
 

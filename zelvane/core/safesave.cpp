@@ -33,7 +33,7 @@ bool HasAccessList(int fd) { return fgetxattr(fd, "system.posix_acl_access", nul
 
 // ---- A temporary file beside the one that it replaces ----
 
-// Only has to avoid the leftovers of killed programs and the files of concurrent ones: O_EXCL decides.
+// The name only has to avoid the leftovers of killed programs and the files of concurrent ones: O_EXCL decides.
 uint64_t RandomNumber() {
   uint64_t number = 0;
   if (getrandom(&number, sizeof number, GRND_NONBLOCK) == static_cast<ssize_t>(sizeof number)) return number;

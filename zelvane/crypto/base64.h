@@ -58,8 +58,8 @@ class ZELVANE_API ClassBase64 {
   virtual bool LoadFromFile(std::string const& path);
   virtual bool LoadFromFile(char const* path);
 
-  /// Writes the result, which can be empty, to the file, which is created, or emptied first. Returns false for null, or
-  /// if the file cannot be opened or written; an incomplete file is not removed.
+  /// Writes the result to the file, which is created, or emptied first. Returns true also without a result: the file is
+  /// then empty. Returns false for null, or if the file cannot be opened or written; an incomplete file is not removed.
   virtual bool SaveToFile(std::string const& path);
   virtual bool SaveToFile(char const* path);
   /// Stores the result up to its first NUL in `out`. Returns false with `out` unchanged if there is no result or it is
@@ -70,13 +70,13 @@ class ZELVANE_API ClassBase64 {
   virtual bool SaveToStr(char* buffer, unsigned long size);
   /// Copies the result, or its first `size` bytes, fills the remainder of the buffer with zeros, and returns the number
   /// of bytes copied. Adds no NUL. Returns 0 and writes nothing without a result or with a size of 0. With a null
-  /// buffer returns the length of the result.
+  /// buffer returns the length of the result, whatever `size` is.
   virtual unsigned long SaveToBuf(void* buffer, unsigned long size);
 
-  /// Sets the object that receives the progress (null for none); it still belongs to the caller. It is called before
-  /// each group (three bytes when encoding, four characters when decoding) if the percentage has grown since the last
-  /// call, from 0 on, after a pause of one microsecond. Encoding ends with a call for 100 % with finished true;
-  /// decoding has no such call.
+  /// Sets the object that receives the progress (null for none); it still belongs to the caller. The codec calls it
+  /// before a group (three bytes when encoding, four characters when decoding) if the percentage has grown since the
+  /// last call; the first call is for 1 % or more. Encoding ends with a call for 100 % with finished true; decoding
+  /// does not. The codec waits one microsecond before each call.
   virtual void SetProgress(ProgressClass const* progress);
 
   /// Frees the result.
@@ -96,16 +96,16 @@ class ZELVANE_API EncodeBase64 : public ClassBase64 {
   /// Bytes to text: lines of 72 characters, with CR LF between them and none at the end.
   bool EncodeDecodeFunction(void const* data, unsigned long length) override;
 
-  /// LoadFromStr and SaveToStr in one call; nothing stays loaded. Returns false with `out` unchanged if either fails.
+  /// LoadFromStr, SaveToStr and Unload in one call. Returns false with `out` unchanged if one of the first two fails.
   virtual bool EncodeStr(std::string const& in, std::string& out);
   /// Same, but returns the text; "" on failure.
   virtual std::string EncodeStr(std::string const& in);
   /// Same for `size` bytes, cut to fit and always ending in NUL. Returns false and writes nothing for null or a size of
   /// 0.
   virtual bool EncodeStr(char const* in, char* out, unsigned long size);
-  /// LoadFromFile and SaveToFile in one call; nothing stays loaded. Returns false if a name is null, `source` cannot be
-  /// read or is empty, or `destination` is "" or cannot be written. If `source` cannot be loaded, the destination is
-  /// unchanged.
+  /// LoadFromFile, SaveToFile and Unload in one call. Returns false and does nothing for a null name, a `source` that
+  /// cannot be opened, or "" as `destination`. Returns false with `destination` unchanged if `source` cannot be loaded
+  /// (LoadFromFile), and false if `destination` cannot be written.
   virtual bool EncodeFile(std::string const& source, std::string const& destination);
   virtual bool EncodeFile(char const* source, char const* destination);
 };

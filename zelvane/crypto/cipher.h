@@ -80,7 +80,7 @@ class ZELVANE_API CipherClass {
   /// and write nothing for null, for a length below 1 and before the first keying.
   virtual bool DecodeBuffer(void const* in, void* out, long length);
   virtual bool EncodeBuffer(void const* in, void* out, long length);
-  /// Takes effect from the next buffer on; keying does not change it. At first CIPHER_CHAINED.
+  /// Sets the mode of the following buffers; keying does not change it. At first CIPHER_CHAINED.
   virtual void SetMode(CipherMode mode);
   virtual CipherMode GetMode();
   /// Sets the hash for InitKey; null: none. It belongs to the caller, who keeps it alive. InitKey works with it, so in
@@ -139,7 +139,7 @@ class ZELVANE_API Cipher_Safer : public CipherClass {
   ~Cipher_Safer() override;
 
   void Protect() override;
-  /// 8, 16 and 768. A subclass can change only the size of the key.
+  /// Stores 8, 16 and 768. A subclass can change only the size of the key.
   void GetContext(long* block, long* key, long* context) override;
   /// InitNew with SAFER_SK.
   bool Init(void const* key, long length, void* iv) override;
@@ -155,8 +155,8 @@ class ZELVANE_API Cipher_Safer : public CipherClass {
   /// Keys the cipher as the variant `mode`. Returns false for a null key; the previous key then stays.
   virtual bool InitNew(void const* key, long length, void* iv, SaferMode mode);
   /// Sets 4 to 13 rounds. Any other number sets the default of the current variant, which is 8 before the first keying.
-  /// Takes effect immediately. The number stays for later keys, also of other variants: an object sets a default by
-  /// itself only once.
+  /// Takes effect immediately. Without a call, the first keying sets the default of its variant. The number stays for
+  /// later keys, also of other variants.
   virtual void SetRounds(long rounds);
 
  private:
@@ -179,7 +179,7 @@ class ZELVANE_API Cipher_Safer_K64 : public Cipher_Safer {
   Cipher_Safer_K64();
   ~Cipher_Safer_K64() override;
 
-  /// 8, 8 and 768.
+  /// Stores 8, 8 and 768.
   void GetContext(long* block, long* key, long* context) override;
   bool Init(void const* key, long length, void* iv) override;
 };
@@ -228,7 +228,7 @@ class ZELVANE_API CipherManager {
   virtual void SetAlgorithm(CipherAlgorithm algorithm);
   /// Returns the value last set; at first CIPHER_SAFER_SK64.
   virtual CipherAlgorithm GetAlgorithm();
-  /// Also sets the mode of the current cipher. At first CIPHER_CHAINED.
+  /// Sets the mode of the current cipher and of later ones. At first CIPHER_CHAINED.
   virtual void SetMode(CipherMode mode);
   virtual CipherMode GetMode();
   /// Sets the manager from which SetAlgorithm gets the hash object; null: none. An existing cipher keeps its hash. The

@@ -100,6 +100,7 @@ void Hash_RipeMD256::Init() {
 }
 
 void Hash_RipeMD256::Transform(long* block) {
+  if (block == nullptr) return;
   zelvane::internal::RipeMd256Compress(state_, reinterpret_cast<unsigned char const*>(block));
 }
 

@@ -65,8 +65,8 @@ class ZELVANE_API Hash_MD4 : public HashClass {
   void Calc(void* data, long length) override;
   /// Returns the state. Before Done() it is not a digest.
   void* DigestKey() override;
-  /// Updates the state with the 64 bytes at `block`. The type is the one that callers were built with: the bytes are 16
-  /// little-endian words of 32 bits, whatever the width of long.
+  /// Updates the state with the 64 bytes at `block`; does nothing for null. The type is the one that callers were built
+  /// with: the bytes are 16 little-endian words of 32 bits, whatever the width of long.
   virtual void Transform(long* block);
 
  protected:

@@ -196,8 +196,8 @@ Descriptor OpenNew(std::string const& path, struct stat const& log) {
 // When the log is synced: before and after it is shortened, or only after.
 enum class Syncs { kTwice, kOnce };
 
-// The second half of a cut. If the log were emptied first, a kill could lose everything. If it is shortened before it
-// is synced, a power cut can take its last records until the cut is finished.
+// The second half of a cut. If the log were emptied first, a kill could lose everything. With Syncs::kOnce the log is
+// shortened before it is synced: a power failure can then remove its last records until the cut is finished.
 bool CopyBack(Descriptor const& scratch, Descriptor const& log, std::uint64_t length, Syncs syncs) {
   if (!Seek(scratch, 0)) return false;
   off_t const kept = CopyRest(scratch, log, length, Unfinished::kIsKept);
@@ -227,8 +227,9 @@ bool Cut(std::string const& path, std::string const& scratchPath, std::uint64_t 
     name.Keep();
     return false;
   }
-  // A scratch file that a power cut brings back beside the next record, where that is the same as the one before, looks
-  // like a cut that was interrupted, and would take the record away.
+  // The removal is synced, because a power failure could bring the scratch file back after the next record was
+  // appended. If that record has the same bytes as the one before, log and scratch file look like an interrupted cut,
+  // and finishing it would remove the record.
   name.Remove();
   (void)folder.Sync();
   return true;
@@ -402,8 +403,8 @@ bool LogClass::MakeSound(int fd, unsigned long size) {
 bool LogClass::FinishCut(unsigned long size) {
   struct stat left;
   if (lstat(scratch_.c_str(), &left) != 0) return errno == ENOENT || errno == ENOTDIR;
-  // The log must not be removed as its own scratch file. Another name of it can be removed, but not the file it leads
-  // to.
+  // The log must not be removed as its own scratch file. Another hard link to it can be removed, but not the file to
+  // which the log's name leads.
   bool const isTarget = IsLinkTo(file_, left);
   if (isTarget || (IsUnder(file_, left) && scratch_ != file_ + ".tmp")) {
     scratch_ = (isTarget ? scratch_ : file_) + ".tmp";

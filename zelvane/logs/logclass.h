@@ -15,7 +15,7 @@
 /// is. The next WriteReg copies it to NAME.bad, empties it and appends the record. If it cannot be copied, WriteReg
 /// returns false and the file is unchanged.
 ///
-/// CUTS: a cut removes the oldest records of a log that has more than the maximum (LimitFile).
+/// CUTS: a cut removes the oldest records of a log that has more records than its maximum (LimitFile).
 ///
 /// CONCURRENCY: a file is open only during a call. Several processes can append to one log: each record is one write,
 /// so records do not mix, and only one process repairs a damaged file (flock). Only one process may append once the log

@@ -97,6 +97,7 @@ class ZELVANE_API ProgList {
   /// divided by the seconds of a day, truncated toward zero. Returns true even if there is none; the file is written
   /// even then.
   virtual bool RemReg(reg_proglist const* entry);
+  /// Removes all entries.
   virtual bool ClearList();
 
   /// Replaces the list with the entries of the file, in file order, including those in the past. Returns false with an

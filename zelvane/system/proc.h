@@ -59,11 +59,11 @@ class ZELVANE_API ProcClass {
   /// has its own nice value: threads that the process has already started, other than its first, keep theirs.
   virtual bool SetPriority(int level);
 
-  /// The name; the command line as far as it is known. A line of `ps` counts up to its 1023rd byte. `ps` itself cuts
-  /// its lines at the greater of COLUMNS and 132 if the environment has COLUMNS.
+  /// Return the name, and the command line as far as it is known. A line of `ps` counts up to its 1023rd byte. `ps`
+  /// itself cuts its lines at the greater of COLUMNS and 132 if the environment has COLUMNS.
   virtual std::string GetName();
   virtual std::string GetFileName();
-  /// The id of the process; the id of its parent.
+  /// Return the id of the process, and the id of its parent.
   virtual unsigned long GetPID();
   virtual unsigned long GetPPID();
 
@@ -90,7 +90,9 @@ class ZELVANE_API ProcManager {
   /// Reads the table again, with the `ps` found in PATH. Returns false with an empty table if `ps` cannot be started:
   /// no pipe, no process, no such command.
   virtual bool Update();
+  /// Empties the table: the next query reads it again.
   virtual void Clear();
+  /// Returns the number of entries.
   virtual unsigned long GetProcCount();
   /// Returns the entry at `index`, counted from 0; null if there is none.
   virtual ProcClass* GetProcByIndex(unsigned long index);

@@ -58,7 +58,8 @@ class ZELVANE_API SvcClass {
   /// script. Also returns false if the shell could not be started.
   bool Restart(long timeout1, long timeout2);
 
-  /// The name; the same for display; the path of the script; the script's own description ("" if it has none).
+  /// Return the name, the name for display (the same), the path of the script, and the script's own description ("" if
+  /// it has none).
   std::string GetName() const;
   std::string GetDisplayName() const;
   std::string GetFileName() const;
@@ -127,7 +128,9 @@ class ZELVANE_API SvcManager {
   /// "/usr/local/etc/rc.d/". Returns whether there are any services. When memory runs out, returns false with an empty
   /// table.
   virtual bool Update();
+  /// Empties the table: the next query reads it again.
   virtual void Clear();
+  /// Returns the number of entries.
   virtual unsigned long GetSvcCount();
   /// Returns the entry at `index`, counted from 0; null if there is none.
   virtual SvcClass* GetSvcByIndex(unsigned long index);

@@ -20,7 +20,7 @@ namespace {
 struct Arguments {
   std::optional<std::string> text;
   std::vector<std::string> files;
-  bool overwrite = false;
+  Replacing replacing;
   bool dryRun = false;
 };
 
@@ -42,10 +42,10 @@ void ConvertFile(ClassBase64& codec, bool encode, Arguments const& arguments, Te
   std::string const result = Result(codec);
   if (!encode && result.empty()) throw Failed(from + ": no Base64 found");
   if (arguments.dryRun) {
-    RequireWritable(to, source, arguments.overwrite);
+    RequireWritable(to, source, arguments.replacing);
     return TellOutput(to, result.size(), true, terminal);
   }
-  Output out(to, source, arguments.overwrite);
+  Output out(to, source, arguments.replacing);
   out.Write(result.data(), result.size());
   out.Keep();
   if (terminal.json || out.IsFile()) TellOutput(to, result.size(), false, terminal);
@@ -94,7 +94,7 @@ Command Direction(bool encode, char const* name, char const* help, char const* n
           {Argument("TEXT", &arguments->text, "Text to convert; put \"--\" before a text that starts with \"-\"")
                .Excludes("--file"),
            Value("-f,--file", &arguments->files, "IN OUT", "Convert file IN to file OUT").Values(2, 2),
-           Overwrite(arguments->overwrite), DryOutput(arguments->dryRun).Needs("--file")},
+           Overwrite(arguments->replacing), DryOutput(arguments->dryRun).Needs("--file")},
           notes};
 }
 

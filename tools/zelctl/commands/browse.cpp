@@ -329,7 +329,8 @@ void Remove(Kind const& kind, Arguments const& arguments, Terminal const& termin
     Rehearsal const rehearsal({{file}, {}}, terminal);
     gone = RemoveFrom(At(file), [&](void* list) { return kind.remove(list, id, true); });
   }
-  if (kind.kind == BrowseKind::kGroup) RequireConsent(file + ": removes " + InWords(gone), arguments.writing);
+  if (kind.kind == BrowseKind::kGroup || gone[0] + gone[1] + gone[2] > 1)
+    RequireConsent(file, "removes " + InWords(gone), arguments.writing);
   bool const done = Change(file, arguments, terminal, [&](void* list) { return kind.remove(list, id, true); });
   if (done) PrintGone(gone, terminal);
 }
@@ -338,12 +339,14 @@ void Clear(Arguments const& arguments, Terminal const& terminal) {
   std::string const file = arguments.File();
   RequireWholeLoad(file, arguments.writing.force);
   Gone const gone = CountsOf(Open(file).get());
-  if (gone != Gone{}) RequireConsent(file + ": removes " + InWords(gone), arguments.writing);
-  bool const done = Change(file, arguments, terminal, [](void* list) {
-    return ClearBrwsNobreaksList(list, false) != 0 && ClearBrwsComputersList(list, false) != 0 &&
-           ClearBrwsGroupsList(list, true) != 0;
+  if (gone != Gone{}) RequireConsent(file, "removes " + InWords(gone), arguments.writing);
+  bool const done = Change(file, arguments, terminal, [&gone](void* list) {
+    bool const cleared =
+        gone == Gone{} || (ClearBrwsNobreaksList(list, false) != 0 && ClearBrwsComputersList(list, false) != 0 &&
+                           ClearBrwsGroupsList(list, true) != 0);
+    return cleared ? 1 : 0;
   });
-  if (done) PrintGone(gone, terminal);
+  if (done && (terminal.json || gone != Gone{})) PrintGone(gone, terminal);
 }
 
 // ---- The command line ----
@@ -356,7 +359,7 @@ struct Action {
 };
 
 Option File(Arguments& arguments) {
-  return Value("--file", &arguments.file, "FILE", "Use FILE instead of zelbrws.cfg in the installation root").Filled();
+  return Value("--file", &arguments.file, "FILE", "Use FILE instead of zelbrws.cfg in the installation root");
 }
 
 Options EntryOptions(void (*act)(Kind const&, Arguments const&, Terminal const&), Kind const& kind,
@@ -385,7 +388,7 @@ Command Change(Action const& action, Kind const& kind) {
   auto const arguments = std::make_shared<Arguments>();
   std::string const fields = "Fields:\n" + FieldTable({kind.fields.begin() + 1, kind.fields.end()});
   char const* const below = action.act == Remove && kind.kind != BrowseKind::kUps ? " and everything below it" : "";
-  bool const asks = action.act == Remove && kind.kind == BrowseKind::kGroup;
+  bool const asks = action.act == Remove && kind.kind != BrowseKind::kUps;
   return {NameOf(kind.kind), std::string(action.help) + kWhat[static_cast<std::size_t>(kind.kind)] + below,
           [arguments, kind, act = action.act](Terminal const& terminal) { act(kind, *arguments, terminal); },
           Joined({{File(*arguments)},
@@ -406,7 +409,7 @@ Command BrowseCommands() {
        "Print the network as a tree, then orphans and invalid entries",
        On(arguments, ShowTree),
        {Argument("FILE", &arguments->file, File(*arguments).help).Excludes("--file"),
-        Value("--file", &arguments->file, "FILE", "The same").Filled()}},
+        Value("--file", &arguments->file, "FILE", "The same")}},
       {"clear", "Remove all entries", On(arguments, Clear),
        Joined({{File(*arguments)}, WritingOptions(arguments->writing), {Yes(arguments->writing)}})}};
   std::vector<Kind> const kinds = Kinds();

@@ -175,9 +175,19 @@ void RequireNoneMoves(Arguments const& arguments, Terminal const& terminal) {
   }
 }
 
+// A forgotten key must not cost the section.
+void RequireSectionMeant(Arguments const& arguments, std::string const& name) {
+  CfgClass cfg;
+  if (arguments.key || !cfg.OpenReadOnly(arguments.file)) return;
+  unsigned long const count = cfg.GetKeyCount(*arguments.section);
+  if (count > 0)
+    RequireConsent(arguments.file, "removes " + name + " with " + Counted(count, "key"), arguments.writing);
+}
+
 void Unset(Arguments const& arguments, Terminal const& terminal) {
   std::string const name = terminal.Shown(NameOf(arguments));
   RequireNoneMoves(arguments, terminal);
+  RequireSectionMeant(arguments, name);
   bool const done = Change(arguments, terminal, [&](CfgClass& cfg) {
     if (!Exists(cfg, arguments))
       throw Failed(arguments.file + ": " + (arguments.key ? "key " : "section ") + name + " does not exist");
@@ -193,7 +203,6 @@ void Unset(Arguments const& arguments, Terminal const& terminal) {
 }
 
 void ReportLint(Arguments const& arguments, Terminal& terminal) {
-  RequireName("FILE", arguments.file);
   std::optional<Busy> busy(std::in_place, "reading", std::vector<std::string>{arguments.file});
   std::vector<Finding> const findings = Lint(arguments.file, terminal);
   busy.reset();
@@ -215,10 +224,7 @@ void ReportLint(Arguments const& arguments, Terminal& terminal) {
 // The command, run on arguments converted to the encoding of the files.
 std::function<void(Terminal&)> OnConverted(std::shared_ptr<Arguments> const& arguments,
                                            void (*act)(Arguments const&, Terminal const&)) {
-  return [arguments, act](Terminal const& terminal) {
-    RequireName("FILE", arguments->file);
-    act(Converted(*arguments, terminal), terminal);
-  };
+  return [arguments, act](Terminal const& terminal) { act(Converted(*arguments, terminal), terminal); };
 }
 
 }  // namespace
@@ -256,7 +262,7 @@ Command CfgCommands() {
         "file. Refuses what the file cannot hold: brackets, line feeds, leading and trailing blanks. Put \"--\" before "
         "an argument that starts with \"-\": zelctl cfg set x.cfg UPS NAME -- -x"},
        {"unset", "Remove a key or a whole section", OnConverted(arguments, Unset),
-        Joined({{file, section, key("Key; without it, the whole section")}, writing}),
+        Joined({{file, section, key("Key; without it, the whole section")}, writing, {Yes(arguments->writing)}}),
         "Comments and repeated lines stay. Refused if a repeated key would then count in the section above it. Exit "
         "code 1 "
         "if the name does not exist."},

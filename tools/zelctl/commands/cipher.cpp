@@ -38,7 +38,7 @@ struct Arguments {
   std::string out;
   std::string algorithm = "safer-sk64";
   std::string mode = "chained";
-  bool overwrite = false;
+  Replacing replacing = {false, ".dat"};
   bool dryRun = false;
 };
 
@@ -73,10 +73,10 @@ void CodeFile(Arguments const& arguments, Code code, Terminal const& terminal) {
   if (std::filesystem::equivalent(arguments.out, arguments.phraseFile, none))
     throw WrongUsage("OUT and --phrase-file must be different files");
   if (arguments.dryRun) {
-    RequireWritable(arguments.out, source, arguments.overwrite);
+    RequireWritable(arguments.out, source, arguments.replacing);
     return TellOutput(arguments.out, LengthOf(in), true, terminal);
   }
-  Output out(arguments.out, source, arguments.overwrite);
+  Output out(arguments.out, source, arguments.replacing);
   std::uint64_t done = 0;
   {
     Progress progress(isFile ? static_cast<std::uint64_t>(source.st_size) : 0);
@@ -115,7 +115,7 @@ Command Direction(char const* name, char const* help, Code code) {
       {Argument("IN", &arguments->in, "Input file").Required(),
        Argument("OUT", &arguments->out, "Output file").Required(),
        Value("--phrase-file", &arguments->phraseFile, "FILE", "The pass phrase is the first line of FILE").Required(),
-       Overwrite(arguments->overwrite), DryOutput(arguments->dryRun),
+       Overwrite(arguments->replacing), DryOutput(arguments->dryRun),
        choice("--algorithm", arguments->algorithm, "Cipher", kAlgorithms),
        choice("--mode", arguments->mode, "Block chaining", kModes)}};
 }

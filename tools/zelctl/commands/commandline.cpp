@@ -62,7 +62,7 @@ void AddOption(CLI::App& app, Option const& option, Terminal& terminal) {
   if (option.values.second > 0) added->expected(option.values.first, option.values.second);
   if (option.separated) added->delimiter(',')->allow_extra_args(false);  // an argument can follow
   if (!option.words.empty()) added->check(OneOf(option.words));
-  if (option.filled)
+  if (option.filled || option.IsFile())
     added->check([](std::string const& text) { return std::string(text.empty() ? "must not be empty" : ""); }, "", "");
 }
 
@@ -188,7 +188,9 @@ std::vector<std::string> OptionNames(CLI::App const& command) {
 
 // A word that the command does not take.
 std::string Unexpected(std::string const& word, CLI::App const& command, std::string const& path) {
-  std::string const nearest = word[0] == '-' ? DidYouMean(word, OptionNames(command)) : "";
+  std::vector<std::string> const names = OptionNames(command);
+  if (std::find(names.begin(), names.end(), word) != names.end()) return word + ": put it after `" + path + "`";
+  std::string const nearest = word[0] == '-' ? DidYouMean(word, names) : "";
   return "unexpected argument \"" + word + "\"" + nearest + (nearest.empty() ? "; see" : " See") + " `" + path +
          " --help`";
 }

@@ -19,10 +19,9 @@ std::vector<std::string> Parts(std::string const& text, char separator) {
 std::vector<std::string> ValuesOf(Option const& option, std::string const& begun) {
   if (option.suggest) return option.suggest(begun);
   if (!option.words.empty()) return option.words;
-  std::string const& name = option.IsArgument() ? option.name : option.value;
+  std::string const& name = option.Word();
   if (name == "DIR") return {"<directory>"};
-  for (char const* file : {"FILE", "IN", "OUT", "IN OUT"})
-    if (name == file) return {"<file>"};
+  if (option.IsFile()) return {"<file>"};
   return name.find('|') == std::string::npos ? std::vector<std::string>() : Parts(name, '|');
 }
 

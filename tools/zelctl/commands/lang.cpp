@@ -145,6 +145,9 @@ void Set(Arguments const& arguments, Terminal& terminal) {
   long const lang = Language(arguments);
   RequireWholeLoad(UserFile(), arguments.writing.force);
   RequireReach(UserFile(), lang);
+  if (!text.empty() && *GetSystemLangStr(Open(lang).get(), number) == '\0')
+    terminal.Note(SystemFile() + ": no text " + std::to_string(number) + " of language " + std::to_string(lang) +
+                  "; check both numbers");
   Edit edit = {{UserFile()}, {SystemFile()}};
   // The library writes the installed file only if the user's file cannot be written.
   if (!IsWritable(UserFile())) std::swap(edit.files, edit.reads);

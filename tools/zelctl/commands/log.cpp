@@ -51,7 +51,7 @@ struct Arguments {
   std::optional<std::string> by;
   bool reverse = false;
   PictureFile picture;
-  bool overwrite = false;
+  Replacing replacing = {false, ".rgt"};
   bool dryRun = false;
   bool text = false;
 };
@@ -370,10 +370,11 @@ void SalvageText(Arguments const& arguments, Terminal& terminal) {
   std::string const text = ReadText(arguments.file);
   TextDamage const found = InspectText(text);
   struct stat const source = StatusOf(arguments.file);
-  RequireWritable(arguments.out, source, arguments.overwrite);
+  RequireWritable(arguments.out, source, arguments.replacing);
+  std::string const kept = WithoutNul(text);
+  if (kept.empty()) throw Failed(arguments.file + ": no text to save");
   if (!arguments.dryRun) {
-    Output file(arguments.out, source, arguments.overwrite);
-    std::string const kept = WithoutNul(text);
+    Output file(arguments.out, source, arguments.replacing);
     file.Write(kept.data(), kept.size());
     file.Keep();
   }
@@ -400,10 +401,26 @@ std::vector<unsigned char> Rescued(RecordLog const& log, Terminal const& termina
   return whole;
 }
 
+// Throws Failed if none is left, or if those of an event log are something else. Returns their number.
+std::uint64_t RequireSaved(std::vector<unsigned char> const& bytes, Damage const& damage, RecordLog const& log,
+                           Arguments const& arguments) {
+  auto const size = static_cast<std::size_t>(log.RecordSize());
+  EventCheck check;
+  std::uint64_t saved = 0;
+  for (std::size_t i = 0; i < damage.isLeftOut.size(); i++) {
+    if (damage.isLeftOut[i]) continue;
+    unsigned char const* const record = &bytes[i * size];
+    check.See({saved++, StampOf(record), record + kStampSize, size - static_cast<std::size_t>(kStampSize)});
+  }
+  if (saved == 0) throw Failed(log.Path() + ": no record to save");
+  if (!arguments.size) check.Require(log);
+  return saved;
+}
+
 void WriteRecords(std::vector<unsigned char> const& bytes, Damage const& damage, std::uint64_t recordSize,
                   struct stat const& source, Arguments const& arguments) {
   auto const size = static_cast<std::size_t>(recordSize);
-  Output file(arguments.out, source, arguments.overwrite);
+  Output file(arguments.out, source, arguments.replacing);
   for (std::size_t i = 0; i < damage.isLeftOut.size(); i++)
     if (!damage.isLeftOut[i]) file.Write(&bytes[i * size], size);
   file.Keep();
@@ -414,11 +431,11 @@ void Salvage(Arguments const& arguments, Terminal& terminal) {
   std::string const& out = arguments.out;
   RecordLog const log = OpenLog(arguments);
   struct stat const source = StatusOf(log.Path());
-  RequireWritable(out, source, arguments.overwrite);
+  RequireWritable(out, source, arguments.replacing);
   std::vector<unsigned char> const bytes = Rescued(log, terminal);
   Damage const damage(bytes, log.RecordSize());
+  std::uint64_t const saved = RequireSaved(bytes, damage, log, arguments);
   if (!arguments.dryRun) WriteRecords(bytes, damage, log.RecordSize(), source, arguments);
-  auto const saved = static_cast<std::uint64_t>(std::count(damage.isLeftOut.begin(), damage.isLeftOut.end(), false));
   Json::Object row = {{"file", FileName{out}}, {"records", saved}, {"tornBytes", log.Torn()}};
   std::string leftOut;
   for (Fault const& fault : {damage.zero, damage.doubled, damage.mixed}) {
@@ -506,7 +523,7 @@ std::vector<Command> Rescue(std::shared_ptr<Arguments> const& arguments) {
        On(arguments, Salvage),
        Joined(
            {asked.File(),
-            {asked.Text(), Argument("OUT", &arguments->out, "Output file").Required(), Overwrite(arguments->overwrite),
+            {asked.Text(), Argument("OUT", &arguments->out, "Output file").Required(), Overwrite(arguments->replacing),
              Flag("--dry-run", &arguments->dryRun, "Write nothing; show what would be saved"), asked.Size()}}),
        "Skips damage from a power failure; see `verify`. If a cut was interrupted and only FILE.tmp has all "
        "records, they are taken from there."}};

@@ -147,17 +147,15 @@ Command ReportCommand() {
   auto const arguments = std::make_shared<Arguments>();
   Options page = arguments->page.Asked("--out", "Output file (HTML)");
   page.back().required = true;
-  return {
-      "report",
-      "Write a report of an installation as one HTML page",
-      On(arguments, Report),
-      Joined(
-          {page,
-           arguments->codes.Asked(false),
-           {Value("--schedule", &arguments->schedule, "FILE", "Schedule file, for the next planned time").Filled()}}),
-      "The page shows the settings with their origin, units and servers, outages by day, month and hour, and "
-      "findings. It needs no script and no other file, and can be printed. It contains no passwords. Exit code 1 "
-      "if a file cannot be read.",
-      {"zelctl report --root /srv/site --out report.html",
-       "zelctl report --out report.html --overwrite --schedule proglist.dat"}};
+  return {"report",
+          "Write a report of an installation as one HTML page",
+          On(arguments, Report),
+          Joined({page,
+                  arguments->codes.Asked(false),
+                  {Value("--schedule", &arguments->schedule, "FILE", "Schedule file, for the next planned time")}}),
+          "The page shows the settings with their origin, units and servers, outages by day, month and hour, and "
+          "findings. It needs no script and no other file, and can be printed. It contains no passwords. Exit code 1 "
+          "if a file cannot be read.",
+          {"zelctl report --root /srv/site --out report.html",
+           "zelctl report --out report.html --overwrite --schedule proglist.dat"}};
 }

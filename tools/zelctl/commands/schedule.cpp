@@ -31,7 +31,6 @@ struct Arguments {
 
 // Throws Failed if that is unknown.
 fs::file_type TypeOf(std::string const& file) {
-  RequireName("FILE", file);
   std::error_code error;
   fs::file_type const type = fs::status(file, error).type();
   if (type == fs::file_type::none) throw Failed(CannotRead(file, error.value()));
@@ -195,6 +194,15 @@ void Remove(Arguments const& arguments, Terminal const& terminal) {
 }
 
 void Clear(Arguments const& arguments, Terminal const& terminal) {
+  std::string const& file = arguments.file;
+  ProgList before;
+  Load(before, file, true);
+  std::vector<reg_proglist> const entries = Entries(before);
+  // Another file is refused, or copied with --force.
+  if (!entries.empty() && ScheduleFault(entries, Torn(file)).empty())
+    RequireConsent(file,
+                   "removes " + Counted(entries.size(), "date") + ", the last " + TimeText(entries.back().dateTime),
+                   arguments.writing);
   std::size_t removed = 0;
   bool const done = Change(arguments, true, terminal, [&removed](ProgList& list, bool) {
     removed = Entries(list).size();
@@ -208,21 +216,21 @@ void Clear(Arguments const& arguments, Terminal const& terminal) {
 Command ScheduleCommands() {
   auto const arguments = std::make_shared<Arguments>();
   Options const file = {Argument("FILE", &arguments->file, "The schedule").Required()};
-  Options const writer =
-      Joined({file,
-              {Flag("--force", &arguments->writing.force,
-                    "Save even if the file is not a schedule; it is copied to FILE.lost first, and add starts an "
-                    "empty list"),
-               DryRun(arguments->writing)}});
-  auto const when = [&](char const* help) {
-    return Joined({writer, {Argument("WHEN", &arguments->moments, help).Required()}});
+  auto const writer = [&](std::string const& whatElse) {
+    return Joined({file,
+                   {Flag("--force", &arguments->writing.force,
+                         "Save even if the file is not a schedule; it is copied to FILE.lost first" + whatElse),
+                    DryRun(arguments->writing)}});
   };
+  auto const when = [&](char const* help) { return Options{Argument("WHEN", &arguments->moments, help).Required()}; };
   std::vector<Command> commands = {
       {"list", "List all entries, past ones too", On(arguments, List), file},
       {"add", "Add entries; create the file if it is missing", On(arguments, Add),
-       when("Such as \"2030-03-07 22:30\" or \"07/03/2030 22:30:15\"")},
-      {"remove", "Remove entries", On(arguments, Remove), when("A time, or a day to remove its first entry")},
-      {"clear", "Remove all entries", On(arguments, Clear), writer}};
+       Joined({writer(", and the new list has only the added dates"),
+               when("Such as \"2030-03-07 22:30\" or \"07/03/2030 22:30:15\"")})},
+      {"remove", "Remove entries", On(arguments, Remove),
+       Joined({writer(""), when("A time, or a day to remove its first entry")})},
+      {"clear", "Remove all entries", On(arguments, Clear), Joined({writer(""), {Yes(arguments->writing)}})}};
   for (Command& command : commands) command.answers = Answers::kJsonOrCsv;
   return Family("schedule", "Times at which the product acts", "Times are local. Every write removes past entries.",
                 {"zelctl schedule list proglist.dat", "zelctl schedule add proglist.dat \"2030-03-07 22:30\"",

@@ -2,6 +2,8 @@
 #include <errno.h>
 #include <string.h>
 
+#include <algorithm>
+
 #include "commands/families.h"
 #include "files/edit.h"
 #include "files/format.h"
@@ -119,10 +121,13 @@ void Remove(Arguments const& arguments, Terminal const& terminal) {
 void Clear(Arguments const& arguments, Terminal const& terminal) {
   RequireWholeLoad(File(), arguments.writing.force);
   auto const count = static_cast<std::uint64_t>(GetServerListCount(Open().get()));
+  constexpr std::size_t kMostNames = 10;
+  std::vector<Server> const servers = Servers(Open());
   std::string names;
-  for (Server const& server : Servers(Open()))
-    names += (names.empty() ? ": " : ", ") + terminal.Shown(server.item.serverName);
-  if (count > 0) RequireConsent(File() + ": removes " + Counted(count, "server") + names, arguments.writing);
+  for (std::size_t i = 0; i < std::min(servers.size(), kMostNames); i++)
+    names += (i == 0 ? ": " : ", ") + terminal.Shown(servers[i].item.serverName);
+  if (servers.size() > kMostNames) names += ", ...";
+  if (count > 0) RequireConsent(File(), "removes " + Counted(count, "server") + names, arguments.writing);
   bool const done = Make({{File()}}, arguments.writing, terminal, [&] {
     errno = 0;
     if (ClearServerList(Open().get()) == 0) throw Failed(CannotWrite(File(), errno));

@@ -287,9 +287,8 @@ Command StatusCommand() {
       "status",
       "Show the state of an installation on one screen",
       On(arguments, Status),
-      Joined(
-          {arguments->codes.Asked(false),
-           {Value("--schedule", &arguments->schedule, "FILE", "Schedule file, for the next planned time").Filled()}}),
+      Joined({arguments->codes.Asked(false),
+              {Value("--schedule", &arguments->schedule, "FILE", "Schedule file, for the next planned time")}}),
       "\"!\" marks lines that need attention. Exit code 1 if the mains are off, if a damaged log hides their state, or "
       "if a file cannot be read. With "
       "--root, the services of this computer are not shown.",

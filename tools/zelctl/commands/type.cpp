@@ -53,7 +53,7 @@ void Show(Arguments const& arguments, Terminal const& terminal) {
 Command TypeCommands() {
   auto const arguments = std::make_shared<Arguments>();
   Option const table =
-      Value("--table", &arguments->table, "FILE", "Use FILE instead of upstype.cfg in the installation root").Filled();
+      Value("--table", &arguments->table, "FILE", "Use FILE instead of upstype.cfg in the installation root");
   return Family("type", "UPS types supported by the product", "", {"zelctl type list", "zelctl type show 3"},
                 {{"list", "List all types in the table", On(arguments, List), {table}},
                  {"show",

@@ -102,7 +102,7 @@ void Remove(Arguments const& arguments, Terminal const& terminal) {
   std::string const unit = IntToStr(std::stol(number), 3);
   RequireWholeLoad(ListFile(), arguments.writing.force);
   if (!HasKey(ListFile(), "SRVLIST", number)) throw Failed(ListFile() + ": unit " + unit + " is not listed");
-  RequireConsent(ListFile() + ": removes unit " + unit + "; its directory and files stay", arguments.writing);
+  RequireConsent(ListFile(), "removes unit " + unit + "; its directory and files stay", arguments.writing);
   bool const done =
       RemoveKey(ListFile(), "SRVLIST", number, arguments.writing, terminal, [&] { RemUpsListItem(number.c_str()); });
   if (done && terminal.json) terminal.PrintJson({{"unit", unit}});

@@ -111,21 +111,24 @@ std::vector<Difference> Differences(std::vector<std::string> before, std::vector
   return differences;
 }
 
+bool IsConfiguration(Edit const& edit) { return !edit.asLines; }
+
 struct Counts {
   std::uint64_t changed = 0;
   std::uint64_t added = 0;
   std::uint64_t removed = 0;
 };
 
-// A removed line next to an added one counts as changed.
-Counts CountsOf(std::vector<Difference> const& differences) {
+// A removed line next to an added one counts as changed, unless `separate`.
+Counts CountsOf(std::vector<Difference> const& differences, bool separate) {
   Counts counts;
   std::uint64_t gone = 0;
   std::uint64_t come = 0;
   auto const settle = [&] {
-    counts.changed += std::min(gone, come);
-    counts.removed += gone - std::min(gone, come);
-    counts.added += come - std::min(gone, come);
+    std::uint64_t const pairs = separate ? 0 : std::min(gone, come);
+    counts.changed += pairs;
+    counts.removed += gone - pairs;
+    counts.added += come - pairs;
     gone = come = 0;
   };
   for (Difference const& difference : differences) {
@@ -143,7 +146,7 @@ std::string ShortName(std::string const& file) {
 }
 
 std::string Summary(std::vector<Difference> const& differences, Edit const& edit) {
-  Counts const counts = CountsOf(differences);
+  Counts const counts = CountsOf(differences, !IsConfiguration(edit));
   std::string text;
   auto const add = [&](std::uint64_t number, std::string const& what) {
     if (number == 0) return;
@@ -238,8 +241,6 @@ void RequireReadable(std::string const& file) {
 
 // ---- The steps of a change ----
 
-bool IsConfiguration(Edit const& edit) { return !edit.asLines; }
-
 // `stops` is set if the load of a file stops at a bad line.
 std::vector<Changed> FilesBefore(Edit const& edit, bool force, bool& stops) {
   std::vector<Changed> files;
@@ -329,7 +330,9 @@ Option DryRun(Writing& writing) {
 
 Option Yes(Writing& writing) { return Flag("--yes", &writing.yes, "Do not ask; required without a terminal"); }
 
-Option Overwrite(bool& overwrite) { return Flag("--overwrite", &overwrite, "Replace OUT if it exists"); }
+Option Overwrite(Replacing& replacing) {
+  return Flag("--overwrite", &replacing.any, "Replace OUT if it exists; never settings, logs and schedules");
+}
 
 Option DryOutput(bool& dryRun) {
   return Flag("--dry-run", &dryRun, "Write nothing; show how many bytes OUT would have");
@@ -340,14 +343,17 @@ void TellOutput(std::string const& path, std::uint64_t bytes, bool dryRun, Termi
   terminal.PrintText(path + ": " + Counted(bytes, "byte") + (dryRun ? " would be written" : " written"));
 }
 
-void RequireConsent(std::string const& what, Writing const& writing) {
+void RequireConsent(std::string const& file, std::string const& what, Writing const& writing) {
   if (writing.yes || writing.dryRun) return;
-  if (isatty(STDIN_FILENO) == 0 || isatty(STDERR_FILENO) == 0) throw WrongUsage(what + "; use --yes to confirm");
-  Complain(what);
+  std::string const told = file + ": " + what;
+  if (isatty(STDIN_FILENO) == 0 || isatty(STDERR_FILENO) == 0) throw WrongUsage(told + "; use --yes to confirm");
+  Bytes const before = BytesOf(file);
+  Complain(told);
   std::cerr << "Continue? [y/N] " << std::flush;
   std::string answer;
   std::getline(std::cin, answer);
   if (answer != "y" && answer != "Y" && answer != "yes") throw Failed("nothing changed");
+  if (BytesOf(file) != before) throw Failed(file + ": was changed by another program meanwhile; run the command again");
 }
 
 std::string At(std::string const& path) {
@@ -443,10 +449,11 @@ std::string KeepAsLost(std::string const& path) {
   Input in(path, path);
   struct stat source = {};
   if (fstat(in.Descriptor(), &source) != 0) throw FileFailed(path);
-  Output out(kept, source, false);
+  Output out(kept, source, {});
   char piece[65536];
   while (std::size_t const got = in.Fill(piece, sizeof piece)) out.Write(piece, got);
   out.Keep();
+  if (chown(kept.c_str(), source.st_uid, source.st_gid) != 0) errno = 0;  // the user's own copy then
   return kept;
 }
 

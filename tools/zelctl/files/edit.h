@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "files/output.h"
 #include "files/scratch.h"
 #include "terminal/option.h"
 
@@ -28,14 +29,14 @@ Option DryRun(Writing& writing);
 Option Yes(Writing& writing);
 
 // For a command that writes a file OUT.
-Option Overwrite(bool& overwrite);
+Option Overwrite(Replacing& replacing);
 Option DryOutput(bool& dryRun);
 // Reports how many bytes were written, or would be.
 void TellOutput(std::string const& path, std::uint64_t bytes, bool dryRun, Terminal const& terminal);
 
-// Reports what will be removed and asks whether to continue. Does not ask with --yes or --dry-run. Throws Failed if the
-// answer is no, and WrongUsage if there is no terminal to ask on.
-void RequireConsent(std::string const& what, Writing const& writing);
+// Reports what will be removed from the file and asks whether to continue. Does not ask with --yes or --dry-run. Throws
+// Failed if the answer is no, or if the file was changed until then, and WrongUsage if there is no terminal to ask on.
+void RequireConsent(std::string const& file, std::string const& what, Writing const& writing);
 
 // During a rehearsal the path of the copy; otherwise the path itself. The installation root and the user's home are
 // redirected to the copies without this.

@@ -60,10 +60,6 @@ std::string CannotWrite(std::string const& path, int error) {
   return path + ": cannot write" + (error == 0 ? "" : std::string(": ") + strerror(error));
 }
 
-void RequireName(std::string const& argument, std::string const& path) {
-  if (path.empty()) throw WrongUsage("missing " + argument + ": the name is empty");
-}
-
 int FolderFault(std::string const& path) {
   struct stat folder = {};
   if (stat(path.c_str(), &folder) != 0) return errno;

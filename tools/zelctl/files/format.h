@@ -21,9 +21,6 @@ std::string WithoutPassword(std::string const& line, bool showPasswords);
 std::string CannotRead(std::string const& path, int error = 0);
 std::string CannotWrite(std::string const& path, int error = 0);
 
-// Throws WrongUsage if the argument is empty.
-void RequireName(std::string const& argument, std::string const& path);
-
 // Why the directory cannot be used, as an error number of the system; 0 if it can.
 int FolderFault(std::string const& path);
 

@@ -9,19 +9,25 @@
 #include <memory>
 #include <string>
 
-// Throws Failed if the file exists and must not be replaced, or is a directory, a block device or a link that
-// leads nowhere. Other devices and
-// pipes are accepted.
-void RequireNew(std::string const& path, bool overwrite);
+// What an output file may replace. Files with the names of the programs' settings, logs and schedules are never
+// replaced: they are given by mistake.
+struct Replacing {
+  bool any = false;      // --overwrite
+  char const* own = "";  // the ending of such a name that the command's own output has, such as ".rgt"
+};
+
+// Throws Failed if the file exists and must not be replaced, or is a directory, a block device or a link that leads
+// nowhere. Other devices and pipes are accepted.
+void RequireNew(std::string const& path, Replacing const& replacing);
 // Throws the errors of the constructor of Output.
-void RequireWritable(std::string const& path, struct stat const& source, bool overwrite);
+void RequireWritable(std::string const& path, struct stat const& source, Replacing const& replacing);
 
 // The output file. Until Keep() it has a temporary name in the same directory, so after a failure or an interrupt the
 // old file is unchanged. Devices and pipes are written directly.
 class Output {
  public:
   // Throws FileFailed. Throws Failed if the path is the input file, or exists and must not be replaced.
-  Output(std::string const& path, struct stat const& source, bool overwrite);
+  Output(std::string const& path, struct stat const& source, Replacing const& replacing);
   ~Output();
   Output(Output const&) = delete;
   Output& operator=(Output const&) = delete;
@@ -37,7 +43,7 @@ class Output {
   void Keep();
 
  private:
-  int MakeBeside(struct stat const* old);
+  int MakeBeside(struct stat const* old, struct stat const& source);
   void TakeName();
 
   std::string path_;

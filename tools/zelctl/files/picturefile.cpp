@@ -2,43 +2,25 @@
 
 #include <sys/stat.h>
 
-#include <filesystem>
-
-#include "files/output.h"
 #include "terminal/listing.h"
 #include "terminal/terminal.h"
 
-namespace {
-
-// --overwrite is meant for older pictures and pages, not for the files that they show.
-void RequireNoSource(std::string const& path) {
-  namespace fs = std::filesystem;
-  std::error_code none;
-  fs::path const file = fs::canonical(path, none);
-  std::string const end = file.extension();
-  if (!none && (end == ".cfg" || end == ".rgt" || end == ".dat" || file.filename() == ".zelvane"))
-    throw Failed(path + ": is a settings file or a log, not a picture or page");
-}
-
-}  // namespace
-
 Options PictureFile::Asked(char const* name, char const* help) {
-  return {Flag("--overwrite", &overwrite, "Replace the file if it exists"),
+  return {Flag("--overwrite", &replacing.any, "Replace the file if it exists"),
           Flag("--dry-run", &dryRun, "Write nothing; show what would be written").Needs(name),
-          Value(name, &path, "FILE", help).Filled()};
+          Value(name, &path, "FILE", help)};
 }
 
 void PictureFile::RequireFree(std::string const& source) const {
   struct stat from = {};
-  if (!source.empty() && stat(source.c_str(), &from) == 0) RequireWritable(path, from, overwrite);
-  RequireNew(path, overwrite);
-  RequireNoSource(path);
+  if (!source.empty() && stat(source.c_str(), &from) == 0) RequireWritable(path, from, replacing);
+  RequireNew(path, replacing);
 }
 
 void PictureFile::Write(std::string const& bytes) const {
   struct stat const noSource = {};
-  if (dryRun) return RequireWritable(path, noSource, overwrite);
-  Output file(path, noSource, overwrite);
+  if (dryRun) return RequireWritable(path, noSource, replacing);
+  Output file(path, noSource, replacing);
   file.Write(bytes.data(), bytes.size());
   file.Keep();
 }

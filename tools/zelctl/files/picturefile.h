@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <string>
 
+#include "files/output.h"
 #include "terminal/json.h"
 #include "terminal/option.h"
 
@@ -12,15 +13,16 @@ struct Terminal;
 
 struct PictureFile {
   std::string path;  // "" if not requested
-  bool overwrite = false;
+  Replacing replacing;
   bool dryRun = false;
 
   explicit operator bool() const { return !path.empty(); }
 
   // --overwrite, --dry-run, and the option `name`.
   Options Asked(char const* name, char const* help);
-  // Throws Failed if the file exists and --overwrite was not given, or if it is a settings file or a log. Throws
-  // WrongUsage if it is `source`, the file that the picture shows ("" for none). Call this before the work is done.
+  // Throws Failed if the file exists and --overwrite was not given, or if it has the name of one of the programs'
+  // files. Throws WrongUsage if it is `source`, the file that the picture shows ("" for none). Call this before the
+  // work is done.
   void RequireFree(std::string const& source) const;
   // Atomic; with --dry-run only checks that the file can be written. Throws Failed.
   void Write(std::string const& bytes) const;

@@ -70,21 +70,23 @@ class Checker {
         known[field.section].emplace_back(field.key);
         if (seen.insert({field.section, field.key + std::to_string(field.part)}).second) Value(kind, field);
       }
-    bool const isProducts = !known.empty() || isList_;
+    if (!list_.empty()) known[list_];
+    bool const isProducts = !known.empty();
     for (auto const& [place, line] : lines_) {
       if (isProducts && place.first.empty())
         Add(line, "unknown-key", "no program reads " + place.second + " before the first header");
       auto const keys = known.find(place.first);
-      if (keys == known.end()) continue;
+      if (keys == known.end() || place.first == list_) continue;
       if (std::find(keys->second.begin(), keys->second.end(), place.second) == keys->second.end())
         Add(line, "unknown-key",
             "no program reads " + place.second + " of [" + place.first + "]" + DidYouMean(place.second, keys->second));
     }
+    Sections(known);
   }
 
   // The entries of a list, in the order of the library.
   void Entries(EntryList const& list) {
-    isList_ = true;
+    list_ = list.section;
     unsigned int position = 0;
     for (auto const& [place, line] : lines_)
       if (place.first == list.section) Entry(list, place.second, line, position++);
@@ -98,6 +100,25 @@ class Checker {
   }
 
  private:
+  // Programs can have sections of their own, so only those that resemble a known one are reported.
+  void Sections(std::map<std::string, std::vector<std::string>> const& known) {
+    std::vector<std::string> names;
+    names.reserve(known.size());
+    for (auto const& [name, keys] : known) names.push_back(name);
+    std::map<std::string, KeyLine> first;
+    for (auto const& [place, line] : lines_) {
+      if (known.count(place.first) != 0) continue;
+      KeyLine& earliest = first.try_emplace(place.first, line).first->second;
+      if (line.line < earliest.line) earliest = line;
+    }
+    for (auto const& [name, line] : first) {
+      std::string reason = name.empty() ? "" : DidYouMean(name, names);
+      if (reason.empty()) continue;
+      reason.insert(0, "no program reads the keys of [" + name + "]");
+      Add(line, "unknown-section", reason);
+    }
+  }
+
   // A value of a record as the file would have it.
   std::string InFile(Field const& field, std::string const& value) const {
     if (field.kind == FieldKind::kNumber && !field.words.empty()) {
@@ -162,7 +183,7 @@ class Checker {
   }
 
   std::string file_;
-  bool isList_ = false;
+  std::string list_;  // section of the list, "" if the file has none
   KeyLines const& lines_;
   Terminal const& terminal_;
   std::vector<Finding>& findings_;
@@ -231,8 +252,10 @@ void CheckOtherFiles(std::string const& path, std::string const& typeTable, KeyL
   }
   if (name != "zelbrws.cfg") return;
   Handle const list = OpenHandle(path, OpenBrwsList(path.c_str()), CloseBrwsList);
-  for (BrowseFault const& fault : BrowseTree(list.get(), path).faults)
-    checker.Fault("fields", SectionOf(fault.kind), fault.key, fault.reason);
+  BrowseTree const tree(list.get(), path);
+  for (BrowseFault const& fault : tree.faults) checker.Fault("fields", SectionOf(fault.kind), fault.key, fault.reason);
+  for (BrowseRow const& row : tree.orphans)
+    checker.Fault("value", SectionOf(row.entry->kind), IntToStr(row.entry->id), row.reason);
 }
 
 }  // namespace

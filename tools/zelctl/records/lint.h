@@ -10,7 +10,7 @@ struct Terminal;
 struct Finding {
   long line;            // counted from 1
   char const* kind;     // "syntax-error", "dropped", "repeated-section", "repeated-key", "encoding", "value", "fields",
-                        // "unknown-key"
+                        // "unknown-key", "unknown-section"
   std::string message;  // Latin-1, without the file and the line
 };
 

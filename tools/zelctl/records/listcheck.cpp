@@ -2,6 +2,7 @@
 
 #include <stdint.h>
 
+#include <map>
 #include <memory>
 
 #include "zelvane/api/serverlist.h"
@@ -34,8 +35,12 @@ EntryList Servers() {
   std::vector<Field> const fields = {Text<&ServerListItem::serverName>("name", ""),
                                      Text<&ServerListItem::serverAddress>("address", ""),
                                      Number<&ServerListItem::serverPort>("port", "", kHighestPort)};
-  auto const keyFault = [](std::string const& key, std::string const&) -> std::string {
-    return StrToIntDef(key, -1) >= 0 ? "" : "expected a number as key; the programs use 0";
+  auto const seen = std::make_shared<std::map<long, std::string>>();
+  auto const keyFault = [seen](std::string const& key, std::string const&) -> std::string {
+    long const number = StrToIntDef(key, -1);
+    if (number < 0) return "expected a number as key; the programs use 0";
+    std::string const& first = seen->try_emplace(number, key).first->second;
+    return first == key ? "" : "the same number as key " + first + "; the programs remove only key " + IntToStr(number);
   };
   auto const read = [list, fields](unsigned int position, std::string const&) -> Read {
     ServerListItem item;

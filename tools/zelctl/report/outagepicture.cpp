@@ -14,14 +14,14 @@ namespace {
 
 constexpr std::size_t kMostRows = 31;
 constexpr double kHour = kHourSeconds;
-constexpr std::array<std::int64_t, 3> kSteps = {60, 600, 3600};
+constexpr std::array<std::int64_t, 3> kSteps = {60, 600, kHourSeconds};
 constexpr int kRowHeight = 24;
 constexpr int kGapHeight = 20;
 constexpr int kAxisHeight = 24;
 
 std::string ShortText(std::int64_t seconds) {
-  if (seconds < 3600) return std::to_string(seconds / 60) + " min";
-  return std::to_string(seconds / 3600) + " h";
+  if (seconds < kHourSeconds) return std::to_string(seconds / 60) + " min";
+  return std::to_string(seconds / kHourSeconds) + " h";
 }
 
 // The outages of each row: by day all that overlap it, otherwise those that begin in it.

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "files/recordlog.h"
+#include "terminal/moment.h"
 #include "terminal/terminal.h"
 
 namespace {
@@ -186,7 +187,7 @@ std::string AbsentCodes(History const& history) {
 
 std::string ClockText(std::int64_t seconds) {
   auto const twoDigits = [](std::int64_t n) { return (n < 10 ? "0" : "") + std::to_string(n); };
-  return std::to_string(seconds / 3600) + ":" + twoDigits(seconds / 60 % 60) + ":" + twoDigits(seconds % 60);
+  return std::to_string(seconds / kHourSeconds) + ":" + twoDigits(seconds / 60 % 60) + ":" + twoDigits(seconds % 60);
 }
 
 std::string LengthText(Outage const& outage) { return ClockText(outage.Seconds()) + (outage.open ? "+" : ""); }

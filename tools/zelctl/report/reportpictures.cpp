@@ -59,8 +59,8 @@ std::string Picture(char const* type, int width, int height, std::string const& 
 // "45 s", "36 min", "2 h"
 std::string RoughText(std::int64_t seconds) {
   if (seconds < 60) return std::to_string(seconds) + " s";
-  if (seconds < 5970 && seconds != 3600) return std::to_string((seconds + 30) / 60) + " min";
-  return std::to_string((seconds + 1800) / 3600) + " h";
+  if (seconds < 5970 && seconds != kHourSeconds) return std::to_string((seconds + 30) / 60) + " min";
+  return std::to_string((seconds + kHourSeconds / 2) / kHourSeconds) + " h";
 }
 
 // ---- A month of days ----

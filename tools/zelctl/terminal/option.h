@@ -24,7 +24,7 @@ struct Option {
   std::string help;
   bool required = false;
   bool hidden = false;                  // not in the help of the command
-  bool filled = false;                  // an empty value is refused
+  bool filled = false;                  // an empty value is refused, as that of a file always is
   bool separated = false;               // one word with values separated by commas
   bool showDefault = false;             // the target's initial value
   std::pair<int, int> values = {0, 0};  // minimum and maximum; 0, 0: one, or any number for a list
@@ -35,6 +35,9 @@ struct Option {
 
   bool IsFlag() const { return target.index() < 3; }
   bool IsArgument() const { return name[0] != '-'; }
+  // What the value is, in the help: "FILE".
+  std::string const& Word() const { return IsArgument() ? name : value; }
+  bool IsFile() const { return Word() == "FILE" || Word() == "IN" || Word() == "OUT" || Word() == "IN OUT"; }
 
   Option Required(bool isRequired = true) && { return With(&Option::required, isRequired); }
   Option Filled() && { return With(&Option::filled, true); }

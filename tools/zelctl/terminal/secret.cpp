@@ -68,6 +68,8 @@ std::string ReadSecretFromInput() {
     std::string secret = typed == nullptr ? "" : typed;
     explicit_bzero(text, sizeof text);
     if (typed == nullptr) throw Failed(std::string("cannot ask for the password: ") + strerror(errno));
+    // Also the end of input, with which a user means to stop.
+    if (secret.empty()) throw Failed("no password was typed; FIELD= sets an empty one");
     return secret;
   }
   std::string line;

@@ -24,7 +24,8 @@ class FileSecret {
   std::size_t size_ = 0;
 };
 
-// The first line of standard input, without echo on a terminal. Throws Failed if there is none.
+// The first line of standard input, without echo on a terminal. Throws Failed if there is none, and if an
+// empty one is typed.
 std::string ReadSecretFromInput();
 // The first line of a file.
 std::string ReadSecretFromFile(std::string const& path);
