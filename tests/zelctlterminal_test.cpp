@@ -75,6 +75,28 @@ TEST_F(ZelctlCipher, DrawsABarOnATerminalOnly) {
   EXPECT_EQ(test::Zelctl(Command("encode", "plain", "other")), here_.Path("other") + ": 19660800 bytes written\n");
 }
 
+TEST(ZelctlTerminal, ErasesWhatItDrawsAndDrawsNothingForLittle) {
+  if (*ZELVANE_ZELCTL == '\0') GTEST_SKIP() << "built without the command";
+  auto const bar = [](int percent, std::size_t marks, int size) {
+    return "\r[" + std::string(marks, '#') + std::string(50 - marks, '.') + "] " + std::to_string(percent) + " %  " +
+           std::to_string(size) + " MiB";
+  };
+  std::pair<char const*, std::string> const rows[] = {
+      {"head -c 18874368 /dev/zero | $0 digest", "\r16 MiB\r17 MiB\r18 MiB\r"},
+      {"head -c 16777215 /dev/zero | $0 digest", ""},
+      {"head -c 16777215 /dev/zero > big; $0 digest big", ""},
+      {"head -c 25165824 /dev/zero > big; $0 log verify big --size 8388604",
+       bar(33, 16, 8) + bar(66, 33, 16) + bar(100, 50, 24) + "\r"},
+      {"yes '; comment' | head -c 16777216 > big; $0 cfg get big a b", "reading big, 16 MiB\r"},
+      {"yes '; comment' | head -c 16777215 > big; $0 cfg get big a b", ""}};
+  for (auto const& [command, drawn] : rows) {
+    test::Scratch const here;
+    std::string const shown = OnTerminal("/bin/sh", {"-c", "cd '" + here.Path() + "'; " + command, ZELVANE_ZELCTL});
+    std::size_t const erased = shown.find("\x1B[K");
+    EXPECT_EQ(shown.substr(0, erased == std::string::npos ? 0 : erased), drawn) << command << ": " << shown;
+  }
+}
+
 TEST_F(ZelctlCipher, LeavesNoOutputWhenStopped) {
   std::string const pipe = here_.Path("pipe");
   ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);

@@ -159,7 +159,6 @@ class Look {
   void Schedule(std::string const& file) {
     site_.hasSchedule = true;
     ProgList list;
-    list.SetCached(true);
     list.SetFile(file);
     if (!IsThere(file)) throw Failed(file + ": no such file");
     errno = 0;
