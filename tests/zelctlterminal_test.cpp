@@ -158,16 +158,18 @@ TEST(ZelctlTerminal, FoldsCellsNamesColumnsWithoutRoomAndEscapesControls) {
 TEST(ZelctlTerminal, OnlyAnAnswerThatIsMeantChangesTheFile) {
   if (*ZELVANE_ZELCTL == '\0') GTEST_SKIP() << "built without the command";
   test::Scratch const here;
-  std::string const other = "[CLILIST]\n1 = a;b;1\n2 = c;d;1\n";
+  std::string const one = "[CLILIST]\n1 = a;b;1\n", other = one + "2 = c;d;1\n";
+  // A 32-bit command does not ask for passwords (tools/zelctl/CMakeLists.txt).
+  char const* const password = sizeof(void*) == 8 ? "no password was typed" : "cannot ask for the password";
   struct {
     char const* command;
     char const* typed;
     char const* shown;
-  } const rows[] = {{"shutdown set mailPassword=-", "\n", "no password was typed"},
+  } const rows[] = {{"shutdown set mailPassword=-", "\n", password},
                     {"server clear", "n\n", "zelctl: nothing changed"},
                     {"server clear", "y\n", "changed by another program meanwhile"}};
   for (auto const& [command, typed, shown] : rows) {
-    here.Write("upscli.cfg", "[CLILIST]\n1 = a;b;1\n");
+    here.Write("upscli.cfg", one);
     std::string const line = std::string("HOME=. exec setsid -wc " ZELVANE_ZELCTL " --root ") + here.Path("");
     auto const answer = [&here, &other, answered = typed] {
       here.Write("upscli.cfg", other);
@@ -175,7 +177,7 @@ TEST(ZelctlTerminal, OnlyAnAnswerThatIsMeantChangesTheFile) {
     };
     std::string const found = OnTerminal("/bin/sh", {"-c", line + " " + command + " <&1"}, 80, answer);
     EXPECT_NE(found.find(shown), std::string::npos) << command << ": " << found;
-    EXPECT_EQ(here.Read("upscli.cfg"), other) << command;
+    EXPECT_EQ(here.Read("upscli.cfg"), found.find("cannot ask") == std::string::npos ? other : one) << command;
   }
 }
 
