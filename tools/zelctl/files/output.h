@@ -9,8 +9,8 @@
 #include <memory>
 #include <string>
 
-// What an output file may replace. Files with the names of the programs' settings, logs and schedules are never
-// replaced: they are given by mistake.
+// What an output file may replace. Files with the names of the programs' settings, logs and schedules (.cfg, .conf,
+// .rgt, .dat, .zelvane) are never replaced: they are given by mistake.
 struct Replacing {
   bool any = false;      // --overwrite
   char const* own = "";  // the ending of such a name that the command's own output has, such as ".rgt"
